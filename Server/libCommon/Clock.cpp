@@ -1,0 +1,23 @@
+#include "Clock.h"
+
+#include <windows.h>
+
+#include <ctime>
+
+namespace wrb {
+namespace {
+
+class CSystemClock final : public IClock {
+  public:
+    uint32_t TickMilliseconds() const override { return GetTickCount(); }
+    int64_t CalendarSeconds() const override { return static_cast<int64_t>(std::time(nullptr)); }
+};
+
+}  // namespace
+
+const IClock& SystemClock() {
+    static const CSystemClock clock;
+    return clock;
+}
+
+}  // namespace wrb

@@ -1,0 +1,27 @@
+// WRB_SOURCE_FILE: the current source file as wide text, repo-relative with backslashes
+// (Server\libpipe\server\PipeServer.cpp), made at compile time. The compiler's prefix map has already cut the build
+// path.
+#pragma once
+
+#include <cstddef>
+
+namespace wrb {
+
+template <std::size_t N>
+struct CSourceFileName {
+    wchar_t text[N];
+
+    consteval explicit CSourceFileName(const char (&file)[N]) : text{} {
+        for (std::size_t i = 0; i < N; ++i) {
+            text[i] = file[i] == '/' ? L'\\' : static_cast<wchar_t>(file[i]);
+        }
+    }
+};
+
+}  // namespace wrb
+
+#define WRB_SOURCE_FILE                                             \
+    ([]() noexcept -> const wchar_t* {                              \
+        static constexpr wrb::CSourceFileName sourceFile(__FILE__); \
+        return sourceFile.text;                                     \
+    }())

@@ -1,0 +1,41 @@
+# How a library, a program and a test of this project are declared.
+#
+#   wrb_library(libpipe SOURCES a.cpp DEPENDS libCommon)       static library; its folder becomes its include directory
+#   wrb_program(wrbctl SOURCES main.cpp DEPENDS libpipe)       console program in bin/
+#   wrb_test(libpipe_test SOURCES x_test.cpp DEPENDS libpipe)  GoogleTest program, one CTest entry
+#
+# A library's headers are visible only to targets that name it in DEPENDS, so an include that goes up the floors
+# fails to compile.
+
+function(wrb_library name)
+  cmake_parse_arguments(arg "" "" "SOURCES;DEPENDS" ${ARGN})
+  if(arg_SOURCES)
+    add_library(${name} STATIC ${arg_SOURCES})
+    set_target_properties(${name} PROPERTIES PREFIX "" POSITION_INDEPENDENT_CODE ON)
+    target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+    target_link_libraries(${name} PUBLIC wrb_compiler ${arg_DEPENDS})
+  else()
+    add_library(${name} INTERFACE)
+    target_include_directories(${name} INTERFACE ${CMAKE_CURRENT_SOURCE_DIR})
+    target_link_libraries(${name} INTERFACE wrb_compiler ${arg_DEPENDS})
+  endif()
+endfunction()
+
+function(wrb_program name)
+  cmake_parse_arguments(arg "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE wrb_compiler ${arg_DEPENDS})
+endfunction()
+
+# SERIAL: the test uses names that exist once on a machine (service pipes, the registry, named sections); CTest runs
+# such tests one after the other.
+function(wrb_test name)
+  cmake_parse_arguments(arg "SERIAL" "" "SOURCES;DEPENDS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE wrb_compiler ${arg_DEPENDS} GTest::gmock GTest::gtest_main)
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+  if(arg_SERIAL)
+    set_tests_properties(${name} PROPERTIES RESOURCE_LOCK machine_wide_names)
+  endif()
+endfunction()

@@ -1,0 +1,92 @@
+# shellcheck shell=bash
+# The third-party libraries: cross-built, static, Release, into one prefix where find_package looks.
+# Sourced after debian-source.sh.
+
+deps_prefix=$deps_dir/install
+toolchain_file=$repo_root/cmake/mingw-w64.cmake
+
+# One row a library: Debian package that carries the source, options of its CMake build.
+dependency_names=(googletest jsoncpp sqlite3 cli11 benchmark)
+declare -A dependency_source=(
+    [googletest]=/usr/src/googletest # a binary package that contains the source
+    [jsoncpp]=libjsoncpp
+    [sqlite3]=sqlite3
+    [cli11]=cli11
+    [benchmark]=benchmark
+)
+declare -A dependency_options=(
+    [googletest]="-DBUILD_GMOCK=ON -DINSTALL_GTEST=ON"
+    [jsoncpp]="-DBUILD_STATIC_LIBS=ON -DBUILD_OBJECT_LIBS=OFF -DJSONCPP_WITH_TESTS=OFF
+        -DJSONCPP_WITH_POST_BUILD_UNITTEST=OFF"
+    [sqlite3]=""
+    [cli11]="-DCLI11_BUILD_TESTS=OFF -DCLI11_BUILD_EXAMPLES=OFF -DCLI11_BUILD_DOCS=OFF"
+    [benchmark]="-DBENCHMARK_ENABLE_TESTING=OFF -DBENCHMARK_ENABLE_GTEST_TESTS=OFF
+        -DBENCHMARK_ENABLE_WERROR=OFF -DBENCHMARK_INSTALL_DOCS=OFF"
+)
+
+# dependency_key NAME: what the built library depends on. It changes when a rebuild is due.
+dependency_key() {
+    printf '%s\n' "$1" "${dependency_source[$1]}" "${dependency_options[$1]}" "$compiler_identity" \
+        "$(cat "$toolchain_file" "$repo_root"/cmake/deps/*/* "${BASH_SOURCE[0]}" | sha256sum)"
+}
+
+dependency_is_current() {
+    local stamp=$deps_dir/stamps/$1
+    [ -f "$stamp" ] && [ "$(<"$stamp")" = "$(dependency_key "$1")" ]
+}
+
+# build_sqlite_amalgamation FOLDER: Debian ships the development tree; this makes the one-file form.
+# The generators among its sources run on this machine, hence the native compiler.
+build_sqlite_amalgamation() {
+    local log=$deps_dir/sqlite3.log
+    (
+        cd "$1"
+        run_logged "$log" ./configure --disable-tcl --disable-readline --disable-load-extension CC=gcc
+        run_logged "$log" make sqlite3.c
+    )
+    cp "$repo_root/cmake/deps/sqlite3/"* "$1/"
+}
+
+# cmake_install NAME SOURCE: configures, builds and installs one library.
+cmake_install() {
+    local name=$1 source=$2 log=$deps_dir/$1.log build=$deps_dir/build/$1 options
+    read -r -d '' -a options <<<"${dependency_options[$name]}" || true
+    rm -rf "$build"
+    # The prefix map keeps this machine's paths out of what the libraries say about themselves.
+    export CFLAGS="-ffile-prefix-map=$source=$name" CXXFLAGS="-ffile-prefix-map=$source=$name"
+    run_logged "$log" cmake -S "$source" -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain_file" \
+        -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF -DCMAKE_INSTALL_PREFIX="$deps_prefix" \
+        -DCMAKE_INSTALL_LIBDIR=lib -DCMAKE_PREFIX_PATH="$deps_prefix" "${options[@]}"
+    run_logged "$log" cmake --build "$build"
+    run_logged "$log" cmake --install "$build"
+}
+
+# build_dependency NAME: source, build, install, stamp; the intermediate folders go.
+build_dependency() {
+    local name=$1 source=${dependency_source[$1]}
+    say "building $name"
+    rm -f "$deps_dir/$name.log" "$deps_dir/stamps/$name"
+    if [ "${source#/}" = "$source" ]; then
+        fetch_debian_source "$source" "$deps_dir/src/$name"
+        source=$deps_dir/src/$name
+    fi
+    [ "$name" != sqlite3 ] || build_sqlite_amalgamation "$source"
+    (cmake_install "$name" "$source")
+    mkdir -p "$deps_dir/stamps"
+    dependency_key "$name" >"$deps_dir/stamps/$name"
+    rm -rf "$deps_dir/build/$name" "$deps_dir/src/$name"
+}
+
+# ensure_dependencies: builds those that are missing or out of date.
+ensure_dependencies() {
+    [ -f "$toolchain_file" ] || die "no such file: $toolchain_file"
+    local name due=() need_lists=
+    compiler_identity=$(x86_64-w64-mingw32-g++-posix --version | head -n 1)
+    for name in "${dependency_names[@]}"; do
+        dependency_is_current "$name" && continue
+        due+=("$name")
+        [ "${dependency_source[$name]#/}" != "${dependency_source[$name]}" ] || need_lists=1
+    done
+    [ -z "$need_lists" ] || prepare_source_lists
+    for name in "${due[@]}"; do build_dependency "$name"; done
+}

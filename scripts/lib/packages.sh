@@ -1,0 +1,40 @@
+# shellcheck shell=bash
+# Debian binary packages: installs what is missing, and costs one dpkg-query when nothing is.
+# Sourced after common.sh.
+
+# missing_packages PACKAGE...: prints those that are not installed, one a line.
+missing_packages() {
+    local installed
+    # dpkg-query fails when it does not know one of the names: that is an answer here, not an error.
+    installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' "$@" 2>/dev/null) || true
+    local package
+    for package in "$@"; do
+        grep -qxF "installed $package" <<<"$installed" || printf '%s\n' "$package"
+    done
+}
+
+# as_root COMMAND...: runs the command as root, by sudo when we are somebody else.
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        die "root is needed for: $*"
+    fi
+}
+
+# ensure_packages PACKAGE...: installs the missing ones. The package lists are refreshed only then,
+# because that is the slow step and needs the network.
+ensure_packages() {
+    command -v apt-get >/dev/null || die "apt-get not found: these scripts prepare a Debian machine"
+    local missing
+    mapfile -t missing < <(missing_packages "$@")
+    [ ${#missing[@]} -gt 0 ] || return 0
+
+    local log=$deps_dir/packages.log
+    say "installing Debian packages: ${missing[*]}"
+    run_logged "$log" as_root apt-get update -q
+    run_logged "$log" as_root env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -q -y --no-install-recommends "${missing[@]}"
+}
