@@ -27,7 +27,9 @@ usage_if_asked() {
 
 # refuse_arguments ARGS...: for the scripts that take none.
 refuse_arguments() {
-    [ $# -eq 0 ] || die "unexpected argument: $1 (see --help)"
+    [ $# -eq 0 ] && return
+    printf '%s: unexpected argument: %s (see --help)\n' "${0##*/}" "$1" >&2
+    exit 2
 }
 
 # run_logged LOG COMMAND...: appends the command's output to LOG; shows its tail only when it fails.

@@ -1,6 +1,9 @@
 # shellcheck shell=bash
 # Debian source packages, fetched through an apt configuration of our own inside the build folder,
-# so that the machine's configuration is read but never changed. Sourced after packages.sh.
+# so that the machine's configuration is read but never changed.
+
+# shellcheck source-path=SCRIPTDIR
+. "${BASH_SOURCE%/*}/packages.sh"
 
 apt_dir=$deps_dir/apt
 
@@ -47,13 +50,13 @@ prepare_source_lists() {
     run_logged "$log" private_apt update
 }
 
-# fetch_debian_source PACKAGE FOLDER: unpacks the newest source of PACKAGE, Debian's patches applied,
+# fetch_debian_source PACKAGE FOLDER LOG: unpacks the newest source of PACKAGE, Debian's patches applied,
 # as FOLDER. apt checks the files against the signed index.
 fetch_debian_source() {
-    local package=$1 folder=$2 scratch=$2.fetch
+    local package=$1 folder=$2 log=$3 scratch=$2.fetch
     rm -rf "$folder" "$scratch"
     mkdir -p "$scratch"
-    (cd "$scratch" && run_logged "$deps_dir/$package.log" private_apt source --only-source "$package")
+    (cd "$scratch" && run_logged "$log" private_apt source --only-source "$package")
     local unpacked
     unpacked=$(find "$scratch" -mindepth 1 -maxdepth 1 -type d)
     [ -d "$unpacked" ] || die "the source package $package did not unpack to one folder"

@@ -1,6 +1,8 @@
 # shellcheck shell=bash
 # The third-party libraries: cross-built, static, Release, into one prefix where find_package looks.
-# Sourced after debian-source.sh.
+
+# shellcheck source-path=SCRIPTDIR
+. "${BASH_SOURCE%/*}/debian-source.sh"
 
 deps_prefix=$deps_dir/install
 toolchain_file=$repo_root/cmake/mingw-w64.cmake
@@ -21,13 +23,15 @@ declare -A dependency_options=(
     [sqlite3]=""
     [cli11]="-DCLI11_BUILD_TESTS=OFF -DCLI11_BUILD_EXAMPLES=OFF -DCLI11_BUILD_DOCS=OFF"
     [benchmark]="-DBENCHMARK_ENABLE_TESTING=OFF -DBENCHMARK_ENABLE_GTEST_TESTS=OFF
-        -DBENCHMARK_ENABLE_WERROR=OFF -DBENCHMARK_INSTALL_DOCS=OFF"
+        -DBENCHMARK_ENABLE_WERROR=OFF -DBENCHMARK_INSTALL_DOCS=OFF
+        -DGIT_VERSION=0.0.0" # its word for: not from git, the release's own number
 )
 
 # dependency_key NAME: what the built library depends on. It changes when a rebuild is due.
 dependency_key() {
-    printf '%s\n' "$1" "${dependency_source[$1]}" "${dependency_options[$1]}" "$compiler_identity" \
-        "$(cat "$toolchain_file" "$repo_root"/cmake/deps/*/* "${BASH_SOURCE[0]}" | sha256sum)"
+    local own_files=$repo_root/cmake/deps/$1
+    printf '%s\n' "$1" "${dependency_source[$1]}" "${dependency_options[$1]}" "$compiler_identity"
+    { cat "$toolchain_file" && if [ -d "$own_files" ]; then cat "$own_files"/*; fi; } | sha256sum
 }
 
 dependency_is_current() {
@@ -40,7 +44,7 @@ dependency_is_current() {
 build_sqlite_amalgamation() {
     local log=$deps_dir/sqlite3.log
     (
-        cd "$1"
+        cd "$1" || exit
         run_logged "$log" ./configure --disable-tcl --disable-readline --disable-load-extension CC=gcc
         run_logged "$log" make sqlite3.c
     )
@@ -67,7 +71,7 @@ build_dependency() {
     say "building $name"
     rm -f "$deps_dir/$name.log" "$deps_dir/stamps/$name"
     if [ "${source#/}" = "$source" ]; then
-        fetch_debian_source "$source" "$deps_dir/src/$name"
+        fetch_debian_source "$source" "$deps_dir/src/$name" "$deps_dir/$name.log"
         source=$deps_dir/src/$name
     fi
     [ "$name" != sqlite3 ] || build_sqlite_amalgamation "$source"

@@ -1,6 +1,8 @@
 # shellcheck shell=bash
 # Debian binary packages: installs what is missing, and costs one dpkg-query when nothing is.
-# Sourced after common.sh.
+
+# shellcheck source-path=SCRIPTDIR
+. "${BASH_SOURCE%/*}/common.sh"
 
 # missing_packages PACKAGE...: prints those that are not installed, one a line.
 missing_packages() {
