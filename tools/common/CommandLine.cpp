@@ -1,0 +1,46 @@
+#include "CommandLine.h"
+
+#include <windows.h>
+// shellapi.h needs windows.h before it.
+#include <shellapi.h>
+
+#include <algorithm>
+#include <sstream>
+
+#include "Console.h"
+#include "ExitCode.h"
+#include "Handle.h"
+#include "Text.h"
+
+namespace wrb {
+
+std::vector<std::string> Utf8Arguments() {
+    int count = 0;
+    const CLocalMemory memory(CommandLineToArgvW(GetCommandLineW(), &count));
+    std::vector<std::string> arguments;
+    if (!memory) {
+        return arguments;
+    }
+    wchar_t** const texts = static_cast<wchar_t**>(memory.Get());
+    for (int i = 1; i < count; ++i) {
+        arguments.push_back(WideToUtf8(texts[i]));
+    }
+    return arguments;
+}
+
+std::optional<int> ParseArguments(CLI::App& app, std::vector<std::string> arguments) {
+    std::reverse(arguments.begin(), arguments.end());  // CLI11 takes them from the back
+    try {
+        app.parse(std::move(arguments));
+        return std::nullopt;
+    } catch (const CLI::ParseError& error) {
+        std::ostringstream out;
+        std::ostringstream err;
+        const int code = app.exit(error, out, err);
+        PrintOut(out.str());
+        PrintErr(err.str());
+        return code == 0 ? kExitOk : kExitUsage;
+    }
+}
+
+}  // namespace wrb
