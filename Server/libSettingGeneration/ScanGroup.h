@@ -1,0 +1,152 @@
+// The twelve scan-configuration groups as data: what an agent's section holds, in which order, and where each key's
+// value comes from.
+//
+// The tables are the only description of a group. Rendering a section, reading the server-wide defaults from the scan
+// INI and storing an update all walk the same rows, so that a key exists in one place. A new key is one row in
+// ScanGroupTables.cpp.
+//
+// Everything here is constant data, readable from any thread. Every text is a literal: the character behind a
+// view's end is NUL.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+// All values that a scan group can have; a group uses the members that its rows and its number and text lists name.
+// The numbers are what the database stores; the integer keys show them as signed numbers.
+struct tagScanGroupValues {
+    uint32_t flags = 0;  // the option word: one bit for most keys, laid out differently for each group
+    uint32_t compressedLayer = 0;
+    uint32_t oleLayer = 0;
+    uint32_t possibleVirusCustActInActiveAct = 0;
+
+    // Prescheduled scan only.
+    uint32_t frequency = 0;
+    uint32_t hour = 0;
+    uint32_t minute = 0;
+    uint32_t amPm = 0;
+    uint32_t dayOfMonth = 0;
+    uint32_t dayOfWeek = 0;
+    uint32_t weekOrdinalOfMonth = 0;
+    uint32_t weekdayOfMonth = 0;
+
+    // Main groups. The database keeps one move folder: what comes from there has both folders alike.
+    std::wstring extList;
+    std::wstring moveDir;
+    std::wstring cleanFailedMoveDir;
+    std::wstring custAction;
+
+    // Exclusion groups.
+    std::wstring excludedFolder;
+    std::wstring excludedFile;
+    std::wstring excludedExt;
+
+    // Spyware groups but the real-time one.
+    std::wstring excludeFileExtList;
+
+    friend bool operator==(const tagScanGroupValues&, const tagScanGroupValues&) = default;
+};
+
+namespace wrb {
+
+enum class ScanType : uint8_t { MS, RT, PS, SN };  // manual, real-time, prescheduled, scan now
+enum class ScanGroupKind : uint8_t { Main, Spyware, Exclusion };
+
+using ScanNumber = uint32_t tagScanGroupValues::*;
+using ScanText = std::wstring tagScanGroupValues::*;
+
+// A key with a few numbered values that are spread over option bits. Reading the word, the first arm with one of its
+// bits set gives the value, `otherwise` when none has; setting the word, the arm with the value gives the bits to
+// set, none when no arm has it. An arm without bits never matches a word.
+struct ScanChoice {
+    struct Arm {
+        uint32_t bits;
+        uint32_t value;
+    };
+    std::array<Arm, 2> shown;
+    uint32_t otherwise;
+    std::array<Arm, 2> stored;
+
+    constexpr uint32_t ValueOf(uint32_t flags) const noexcept {
+        for (const Arm& arm : shown) {
+            if ((flags & arm.bits) != 0) {
+                return arm.value;
+            }
+        }
+        return otherwise;
+    }
+
+    constexpr uint32_t BitsOf(uint32_t value) const noexcept {
+        for (const Arm& arm : stored) {
+            if (arm.value == value) {
+                return arm.bits;
+            }
+        }
+        return 0;
+    }
+};
+
+enum class ScanRowKind : uint8_t {
+    Uid,               // the agent's identifier; not a setting, never in an INI file
+    Bit,               // "1" or "0" from the option word
+    Int,               // a number member, shown signed
+    Text,              // a text member as it stands
+    Choice,            // a number derived from the option word
+    CustomActionPair,  // a text member that is split into two keys when it carries the exploit marker
+    Empty              // the key alone; not a setting, never in an INI file
+};
+
+struct ScanRow {
+    std::wstring_view key;
+    ScanRowKind kind;
+    uint32_t bits = 0;                     // Bit: the mask
+    ScanNumber number = nullptr;           // Int
+    ScanText text = nullptr;               // Text, CustomActionPair
+    const ScanChoice* choice = nullptr;    // Choice
+    uint32_t defaultNumber = 0;            // what a missing INI key counts as: Bit, Int, Choice
+    const wchar_t* defaultText = nullptr;  // the same for Text, CustomActionPair
+
+    constexpr bool IsSetting() const noexcept { return kind != ScanRowKind::Uid && kind != ScanRowKind::Empty; }
+};
+
+struct ScanGroup {
+    ScanType type;
+    ScanGroupKind kind;
+    std::wstring_view name;            // as in function names and commands: "MSCfg", "MSCfgEx", "SpyMSCfg"
+    std::wstring_view logTag;          // as in the log lines of main and exclusion groups: "ms", "msex"; else empty
+    std::wstring_view section;         // the section's name, in the agent's text and in the scan INI
+    uint32_t configFlag;               // the group's configuration-changed bit in the database
+    std::wstring_view numbersCommand;  // the database command that answers with the numbers below
+    std::span<const ScanRow> rows;     // the section's keys in their order
+
+    // The values in the order in which the database answers, containers declare and serializers write them. For main
+    // and spyware groups the numbers are exactly the answer of `numbersCommand`; an exclusion group takes the first of
+    // that answer, the option word.
+    std::span<const ScanNumber> numbers;
+    std::span<const ScanText> texts;
+};
+
+// The mask of the switch "exclude the maker's own products": in the option word of a main group, shown by the
+// exclusion section of the same scan type.
+inline constexpr uint32_t kExcludeCallowayProductBit = uint32_t{1} << 16;
+
+// Every group's configFlag at once.
+inline constexpr uint32_t kAllScanConfigFlags = 0x1C507;
+
+// In the order of the complete reply: MS, RT, PS, SN, and of each the main, the spyware and the exclusion group.
+inline constexpr std::size_t kScanGroupCount = 12;
+extern const std::array<ScanGroup, kScanGroupCount> kScanGroups;
+
+constexpr std::size_t ScanGroupIndex(ScanType type, ScanGroupKind kind) noexcept {
+    return static_cast<std::size_t>(type) * 3 + static_cast<std::size_t>(kind);
+}
+
+inline const ScanGroup& FindScanGroup(ScanType type, ScanGroupKind kind) noexcept {
+    return kScanGroups[ScanGroupIndex(type, kind)];
+}
+
+}  // namespace wrb
