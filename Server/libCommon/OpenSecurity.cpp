@@ -1,0 +1,18 @@
+#include "OpenSecurity.h"
+
+namespace wrb {
+
+const wchar_t* InitOpenSecurity(tagOpenSecurity& security, bool inheritable) noexcept {
+    if (!InitializeSecurityDescriptor(&security.descriptor, SECURITY_DESCRIPTOR_REVISION)) {
+        return L"InitializeSecurityDescriptor";
+    }
+    if (!SetSecurityDescriptorDacl(&security.descriptor, TRUE, nullptr, FALSE)) {
+        return L"SetSecurityDescriptorDacl";
+    }
+    security.attributes.nLength = sizeof security.attributes;
+    security.attributes.lpSecurityDescriptor = &security.descriptor;
+    security.attributes.bInheritHandle = inheritable ? TRUE : FALSE;
+    return nullptr;
+}
+
+}  // namespace wrb
