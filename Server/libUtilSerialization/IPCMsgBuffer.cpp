@@ -1,0 +1,112 @@
+#include "IPCMsgBuffer.h"
+
+#include <cwchar>
+#include <limits>
+
+#include "IPCMsgBufferException.h"
+#include "SourceFile.h"
+
+namespace {
+
+constexpr uint32_t kLengthWord = 4;  // bytes of the length in front of a value
+
+}  // namespace
+
+CIPCMsgBuffer& CIPCMsgBuffer::operator<<(const wchar_t* text) {
+    return text == nullptr ? WriteText(L"", 0) : WriteText(text, std::wcslen(text));
+}
+
+CIPCMsgBuffer& CIPCMsgBuffer::operator<<(std::span<const uint8_t> block) {
+    WriteCount(block.size());
+    Append(block.data(), static_cast<uint32_t>(block.size()));
+    return *this;
+}
+
+// `text` is terminated, so the NUL travels with the same copy.
+CIPCMsgBuffer& CIPCMsgBuffer::WriteText(const wchar_t* text, std::size_t length) {
+    constexpr std::size_t kLongest = std::numeric_limits<uint32_t>::max() / sizeof(wchar_t) - 1;
+    if (length > kLongest) {
+        throw CIPCMsgBufferException(CIPCMsgBufferException::kOutOfRange, WRB_SOURCE_FILE, __LINE__);
+    }
+    const auto bytes = static_cast<uint32_t>((length + 1) * sizeof(wchar_t));
+    Append(&bytes, sizeof bytes);
+    Append(text, bytes);
+    return *this;
+}
+
+void CIPCMsgBuffer::WriteCount(std::size_t count) {
+    if (count > std::numeric_limits<uint32_t>::max()) {
+        throw CIPCMsgBufferException(CIPCMsgBufferException::kOutOfRange, WRB_SOURCE_FILE, __LINE__);
+    }
+    const auto word = static_cast<uint32_t>(count);
+    Append(&word, sizeof word);
+}
+
+uint32_t CIPCMsgBuffer::ReadCount() {
+    const uint32_t count = PeekLength();
+    if (count > (Remaining() - kLengthWord) / kSmallestElement) {
+        ThrowUnreadable();
+    }
+    Take(kLengthWord);
+    return count;
+}
+
+CIPCMsgBuffer& CIPCMsgBuffer::operator>>(std::wstring& text) {
+    const uint32_t bytes = PeekLength();
+    if (bytes == 1 || bytes > Remaining() - kLengthWord) {
+        ThrowUnreadable();
+    }
+    const uint8_t* characters = Take(kLengthWord + bytes) + kLengthWord;
+    if (bytes > 0) {
+        // Copied as bytes: behind a block of odd length the characters are not aligned.
+        text.resize(bytes / sizeof(wchar_t) - 1);
+        std::memcpy(text.data(), characters, text.size() * sizeof(wchar_t));
+    }
+    return *this;
+}
+
+CIPCMsgBuffer& CIPCMsgBuffer::operator>>(std::vector<uint8_t>& block) {
+    const std::span<const uint8_t> bytes = TakeBlock();
+    block.assign(bytes.begin(), bytes.end());
+    return *this;
+}
+
+std::span<const uint8_t> CIPCMsgBuffer::TakeBlock() {
+    const uint32_t bytes = PeekLength();
+    if (bytes > Remaining() - kLengthWord) {
+        ThrowUnreadable();
+    }
+    return {Take(kLengthWord + bytes) + kLengthWord, bytes};
+}
+
+void CIPCMsgBuffer::Empty() noexcept {
+    CAccBuffer::Empty();
+    m_position = 0;
+    m_previousPosition = 0;
+}
+
+void CIPCMsgBuffer::AttachBlock(uint8_t* block, uint32_t length, bool owned, uint32_t increment) noexcept {
+    CAccBuffer::AttachBlock(block, length, owned, increment);
+    m_position = 0;
+    m_previousPosition = 0;
+}
+
+wrb::CBlock CIPCMsgBuffer::DetachBlock() {
+    wrb::CBlock block = CAccBuffer::DetachBlock();
+    Empty();
+    return block;
+}
+
+uint32_t CIPCMsgBuffer::PeekLength() const {
+    uint32_t length;
+    if (kLengthWord > Remaining()) {
+        ThrowUnreadable();
+    }
+    std::memcpy(&length, m_data + m_position, sizeof length);
+    return length;
+}
+
+void CIPCMsgBuffer::ThrowUnreadable() const {
+    const auto code = m_data == nullptr ? CIPCMsgBufferException::kInvalidBuffer : CIPCMsgBufferException::kOutOfRange;
+    throw CIPCMsgBufferException(code, WRB_SOURCE_FILE, __LINE__);
+}

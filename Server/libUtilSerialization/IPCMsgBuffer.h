@@ -1,0 +1,124 @@
+// CIPCMsgBuffer: typed values in a growing buffer, and a cursor that reads them back.
+//
+// Every value is a 32-bit length and its bytes, little-endian, without padding:
+//
+//   integer32  = u32 4, 4 bytes                     signed or not
+//   integer16  = u32 2, 2 bytes
+//   bool, 8bit = u32 1, u32 value                   the length says 1 although 4 bytes follow; every reader relies on
+//   it text       = u32 (characters + 1) * 2, UTF-16 characters, 16-bit NUL      a null pointer is written as empty
+//   text bytes      = u32 n, n bytes array      = u32 count, count elements          no length in front record     =
+//   its fields, one after the other    no header
+//
+// Readers take the fixed width of an integer or bool whatever its length word says. Text of length 0 leaves the target
+// as it was; otherwise length / 2 - 1 characters are taken and `length` bytes consumed, so an odd length loses its last
+// byte; length 1 cannot hold the terminator and is refused.
+//
+// Errors: a read that would pass the last byte throws CIPCMsgBufferException kOutOfRange, or kInvalidBuffer when there
+// is no block at all; the cursor then still stands before the value. Nothing is allocated for a length or a count
+// before the bytes that it promises have been found. One thread at a time.
+#pragma once
+
+#include <concepts>
+#include <cstdint>
+#include <cstring>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "AccBuffer.h"
+
+namespace wrb {
+
+// What travels as one integer or bool value. 64-bit numbers and raw characters have no wire form.
+template <typename T>
+concept WireNumber = std::integral<T> && sizeof(T) <= 4;
+
+}  // namespace wrb
+
+class CIPCMsgBuffer : public CAccBuffer {
+  public:
+    using CAccBuffer::CAccBuffer;
+
+    // Smallest number of bytes that one array element can take: every value has at least its length word.
+    static constexpr uint32_t kSmallestElement = 4;
+
+    template <wrb::WireNumber T>
+    CIPCMsgBuffer& operator<<(T value);
+    CIPCMsgBuffer& operator<<(const std::wstring& text) { return WriteText(text.c_str(), text.size()); }
+    CIPCMsgBuffer& operator<<(const wchar_t* text);
+    CIPCMsgBuffer& operator<<(std::span<const uint8_t> block);
+
+    template <wrb::WireNumber T>
+    CIPCMsgBuffer& operator>>(T& value);
+    CIPCMsgBuffer& operator>>(std::wstring& text);
+    CIPCMsgBuffer& operator>>(std::vector<uint8_t>& block);
+
+    void WriteCount(std::size_t count);
+
+    // Throws kOutOfRange for a count that the bytes still unread cannot hold.
+    uint32_t ReadCount();
+
+    // Bytes still unread.
+    uint32_t Remaining() const noexcept { return m_used - m_position; }
+
+    // Puts the cursor back to before the value read last.
+    void StepBack() noexcept { m_position = m_previousPosition; }
+
+  protected:
+    // As the functions of the base class, with the cursor at the first byte.
+    void Empty() noexcept;
+    void AttachBlock(uint8_t* block, uint32_t length, bool owned, uint32_t increment) noexcept;
+    wrb::CBlock DetachBlock();
+
+    // Moves the cursor behind the last byte.
+    void SkipToEnd() noexcept { m_position = m_used; }
+
+    // The block at the cursor, consumed. The view is valid until the content changes.
+    std::span<const uint8_t> TakeBlock();
+
+  private:
+    CIPCMsgBuffer& WriteText(const wchar_t* text, std::size_t length);
+    const uint8_t* Take(uint32_t count);
+    uint32_t PeekLength() const;
+    [[noreturn]] void ThrowUnreadable() const;
+
+    uint32_t m_position = 0;
+    uint32_t m_previousPosition = 0;
+};
+
+// A length word and a value that fits 32 bits, written as one piece of constant size.
+template <wrb::WireNumber T>
+CIPCMsgBuffer& CIPCMsgBuffer::operator<<(T value) {
+    if constexpr (sizeof(T) == 1) {
+        const uint32_t words[] = {1, static_cast<uint8_t>(value)};
+        Append(words, sizeof words);
+    } else {
+        uint8_t bytes[4 + sizeof(T)] = {sizeof(T)};
+        std::memcpy(bytes + 4, &value, sizeof(T));
+        Append(bytes, sizeof bytes);
+    }
+    return *this;
+}
+
+template <wrb::WireNumber T>
+CIPCMsgBuffer& CIPCMsgBuffer::operator>>(T& value) {
+    constexpr uint32_t kWidth = sizeof(T) == 1 ? 4 : sizeof(T);
+    const uint8_t* bytes = Take(4 + kWidth) + 4;
+    if constexpr (sizeof(T) == 1) {
+        uint32_t word;
+        std::memcpy(&word, bytes, sizeof word);
+        value = static_cast<T>(word);  // a bool becomes true for every word but 0
+    } else {
+        std::memcpy(&value, bytes, sizeof value);
+    }
+    return *this;
+}
+
+inline const uint8_t* CIPCMsgBuffer::Take(uint32_t count) {
+    if (count > m_used - m_position) {
+        ThrowUnreadable();
+    }
+    m_previousPosition = m_position;
+    m_position += count;
+    return m_data + m_previousPosition;
+}
