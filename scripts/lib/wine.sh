@@ -1,0 +1,39 @@
+# shellcheck shell=bash
+# A Wine session for one run of a script: the prefix, and one server that outlives the single programs
+# (starting it anew for each would cost more than most tests).
+
+# shellcheck source-path=SCRIPTDIR
+. "${BASH_SOURCE%/*}/common.sh"
+
+export WINEPREFIX=${WINEPREFIX:-$repo_root/build/wine}
+
+run_under_wine() { "$repo_root/cmake/run-under-wine" "$@"; }
+
+# start_wine: takes the prefix for this script alone (pipes and registry are shared within a prefix),
+# fills it on first use, and starts its server; the server ends with the script.
+start_wine() {
+    mkdir -p "$WINEPREFIX"
+    exec 8>"$WINEPREFIX.lock"
+    if ! flock -n 8; then
+        say "waiting for another run that uses $WINEPREFIX"
+        flock 8
+    fi
+    trap stop_wine EXIT
+    trap 'exit 130' INT
+    trap 'exit 143' TERM
+
+    # system.reg is what Wine writes last: without it an earlier start was cut short.
+    if [ ! -f "$WINEPREFIX/system.reg" ]; then
+        say "preparing the Wine prefix $WINEPREFIX"
+        run_logged "$WINEPREFIX.log" run_under_wine wineboot --init 8>&-
+        # The registry reaches the disk when the server ends.
+        wineserver -w 8>&-
+    fi
+    wineserver -p >/dev/null 2>&1 8>&-
+}
+
+# stop_wine: ends every program of our prefix and its server, and no other.
+stop_wine() {
+    wineserver -k >/dev/null 2>&1 || true
+    wineserver -w || true
+}
