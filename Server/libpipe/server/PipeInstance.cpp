@@ -1,0 +1,94 @@
+#include "PipeInstance.h"
+
+namespace wrb {
+
+bool CPipeInstance::CreateEventObject() {
+    m_event = CKernelHandle(CreateEventW(nullptr, TRUE, TRUE, nullptr));
+    m_overlapped = {};
+    m_overlapped.hEvent = m_event.Get();
+    return static_cast<bool>(m_event);
+}
+
+bool CPipeInstance::ConnectToNewClient() {
+    EndPending();
+    if (ConnectNamedPipe(m_pipe.Get(), &m_overlapped)) {
+        m_pending = true;
+    } else {
+        switch (GetLastError()) {
+            case ERROR_IO_PENDING:
+                m_pending = true;
+                break;
+            case ERROR_PIPE_CONNECTED:  // a client came before the call,
+            case ERROR_NO_DATA:         // or came and has closed its end again
+                SetEvent(m_event.Get());
+                break;
+            default:
+                return false;
+        }
+    }
+    m_state = m_pending ? State::Connecting : State::Reading;
+    return true;
+}
+
+bool CPipeInstance::FinishConnect() {
+    if (m_pending) {
+        DWORD unused = 0;
+        m_pending = false;
+        if (!GetOverlappedResult(m_pipe.Get(), &m_overlapped, &unused, FALSE)) {
+            return false;
+        }
+        m_state = State::Reading;
+    }
+    return m_state == State::Reading;
+}
+
+CPipeInstance::ReadResult CPipeInstance::Read(void* buffer, DWORD& length, HANDLE stop) {
+    const DWORD room = length;
+    length = 0;
+    if (ReadFile(m_pipe.Get(), buffer, room, &length, &m_overlapped)) {
+        return length != 0 ? ReadResult::Data : ReadResult::Ended;
+    }
+    switch (GetLastError()) {
+        case ERROR_HANDLE_EOF:
+        case ERROR_MORE_DATA:
+        case ERROR_IO_PENDING:
+            return FinishRead(length, stop);
+        default:
+            return ReadResult::Ended;
+    }
+}
+
+CPipeInstance::ReadResult CPipeInstance::FinishRead(DWORD& length, HANDLE stop) {
+    // A client that connects and never writes must not hold its reader beyond the object that is to end the wait.
+    const HANDLE handles[] = {m_event.Get(), stop};
+    const DWORD wait = WaitForMultipleObjects(2, handles, FALSE, INFINITE);
+    if (wait != WAIT_OBJECT_0) {
+        CancelAndWait();
+        return wait == WAIT_OBJECT_0 + 1 ? ReadResult::Cancelled : ReadResult::Ended;
+    }
+    if (GetOverlappedResult(m_pipe.Get(), &m_overlapped, &length, TRUE) || GetLastError() == ERROR_MORE_DATA) {
+        return ReadResult::Data;
+    }
+    return ReadResult::Ended;
+}
+
+void CPipeInstance::CancelAndWait() noexcept {
+    DWORD unused = 0;
+    CancelIoEx(m_pipe.Get(), &m_overlapped);  // fails when the operation has ended by itself: then the wait is short
+    GetOverlappedResult(m_pipe.Get(), &m_overlapped, &unused, TRUE);
+}
+
+void CPipeInstance::EndPending() noexcept {
+    if (m_pending) {
+        CancelAndWait();
+        m_pending = false;
+    }
+}
+
+void CPipeInstance::Close() noexcept {
+    EndPending();
+    m_pipe.Reset();
+    m_event.Reset();
+}
+
+}  // namespace wrb

@@ -1,0 +1,59 @@
+// One instance of a server pipe: the pipe, its event and its overlapped operation.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+
+#include "Handle.h"
+
+namespace wrb {
+
+// The system writes into the OVERLAPPED block until an operation has ended, so the object has a fixed address, and
+// destroying or closing it cancels the operation and waits for the cancellation. Used from one thread.
+//
+// Only a connect is ever left pending between calls; a read is always seen to its end. Nothing here logs: what fails
+// leaves its cause in GetLastError.
+class CPipeInstance {
+  public:
+    enum class State : uint32_t { Connecting = 0, Reading = 1 };
+    enum class ReadResult { Data, Ended, Cancelled };
+
+    CPipeInstance() = default;
+    ~CPipeInstance() { Close(); }
+    CPipeInstance(const CPipeInstance&) = delete;
+    CPipeInstance& operator=(const CPipeInstance&) = delete;
+
+    // Makes the event, which the system signals when the pending connect has a client. It starts signalled.
+    bool CreateEventObject();
+    HANDLE Event() const noexcept { return m_event.Get(); }
+
+    HANDLE Pipe() const noexcept { return m_pipe.Get(); }
+    void Attach(CFileHandle pipe) noexcept { m_pipe = std::move(pipe); }
+
+    // Starts to wait for the next client, or finds that one has come already: then the event is signalled.
+    bool ConnectToNewClient();
+
+    // Takes note of the client once the event is signalled. False when there is none to read from.
+    bool FinishConnect();
+
+    // Reads what is there, at most `length` bytes and at most the rest of one message of the pipe; waits for it when
+    // nothing is there yet. On Data `length` holds the bytes read. Ended: the writer has closed its end, or the read
+    // failed. Cancelled: `stop` was signalled first, and what the read may have taken by then is lost.
+    ReadResult Read(void* buffer, DWORD& length, HANDLE stop);
+
+    void Close() noexcept;
+
+  private:
+    ReadResult FinishRead(DWORD& length, HANDLE stop);
+    void CancelAndWait() noexcept;
+    void EndPending() noexcept;
+
+    OVERLAPPED m_overlapped{};
+    CKernelHandle m_event;
+    CFileHandle m_pipe;
+    State m_state = State::Connecting;
+    bool m_pending = false;
+};
+
+}  // namespace wrb

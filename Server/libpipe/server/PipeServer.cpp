@@ -1,0 +1,241 @@
+#include "PipeServer.h"
+
+#include <algorithm>
+#include <new>
+
+#include "DebugLog.h"
+#include "PipePath.h"
+#include "SecurityAttributes.h"
+
+namespace {
+
+constexpr int kBusyRetries = 5;
+constexpr DWORD kBusyRetryMilliseconds = 100;
+constexpr DWORD kClientWaitMilliseconds = 1000;  // how long clients of a busy pipe wait by default
+constexpr int64_t kTimerUnitsPerSecond = 10'000'000;
+
+}  // namespace
+
+CPipeServer::CPipeServer()
+    : m_kernel32(LoadLibraryW(L"Kernel32.dll")), m_buffer(new (std::nothrow) uint8_t[kBufferBytes]) {
+    if (!m_kernel32) {
+        WRB_LOG(kLogWarning,
+                L"%s - Failed to load Kernel32.dll, Windows API GetNamedPipeClientProcessId is NOT available",
+                L"CPipeServer::CPipeServer");
+        return;
+    }
+    const FARPROC function = GetProcAddress(m_kernel32.Get(), "GetNamedPipeClientProcessId");
+    m_getClientPid = reinterpret_cast<GetClientPid*>(reinterpret_cast<void (*)()>(function));
+    if (m_getClientPid == nullptr) {
+        WRB_LOG(kLogWarning,
+                L"%s - Windows API GetNamedPipeClientProcessId is NOT supported on this platform (Windows XP / Windows "
+                L"2003)",
+                L"CPipeServer::CPipeServer");
+    }
+}
+
+bool CPipeServer::Initial(const wchar_t* name, uint32_t timeoutSeconds) {
+    OwnUserObject(CreateWaitableTimerW(nullptr, TRUE, nullptr));
+    m_timeoutSeconds = timeoutSeconds;
+    return InitialOpen(name, m_ownedUserObject.Get());
+}
+
+bool CPipeServer::Initial(const wchar_t* name, HANDLE userEvent) {
+    m_timeoutSeconds = 0;
+    if (userEvent == nullptr) {
+        OwnUserObject(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+        userEvent = m_ownedUserObject.Get();
+    }
+    return InitialOpen(name, userEvent);
+}
+
+void CPipeServer::OwnUserObject(HANDLE object) {
+    if (object == nullptr) {
+        WRB_LOG(kLogError, L"[CPipeServer::Initial] CreateEvent Failed! err=%d", GetLastError());
+    }
+    m_ownedUserObject.Reset(object);
+}
+
+bool CPipeServer::InitialOpen(const wchar_t* name, HANDLE userObject) {
+    wrb::tagOpenSecurity security;
+    if (!CreateSecurityAttributesWithoutACLs(security)) {
+        WRB_LOG(kLogError, L"[CPipeServer::Initial] CreateSecurityAttributesWithoutACLs for %s failed.", name);
+        return false;
+    }
+    return Initial(1, name, &security.attributes, userObject);
+}
+
+bool CPipeServer::Initial(uint32_t instanceCount, const wchar_t* name, SECURITY_ATTRIBUTES* securityAttributes,
+                          HANDLE userObject) {
+    const uint32_t count = std::min(instanceCount, kMostInstances);
+    m_instances.reset(new (std::nothrow) wrb::CPipeInstance[count]);
+    m_waitHandles.reset(new (std::nothrow) HANDLE[count + 1]());
+    m_instanceCount = 0;
+    if (m_instances == nullptr || m_waitHandles == nullptr) {
+        return false;
+    }
+    wrb::FormatPipePath(m_path, kPathCharacters, name);
+    m_userObject = userObject;
+    for (uint32_t i = 0; i < count; ++i) {
+        if (!InitialInstance(m_instances[i], count, securityAttributes)) {
+            return false;
+        }
+        m_waitHandles[i] = m_instances[i].Event();
+    }
+    m_waitHandles[count] = userObject;
+    m_instanceCount = count;
+    return true;
+}
+
+bool CPipeServer::InitialInstance(wrb::CPipeInstance& instance, uint32_t count,
+                                  SECURITY_ATTRIBUTES* securityAttributes) {
+    if (!instance.CreateEventObject()) {
+        WRB_LOG(kLogError, L"[CPipeServer::Initial] CreateEvent failed! err=%d", GetLastError());
+        return false;
+    }
+    instance.Attach(CreatePipeInstance(count, securityAttributes));
+    if (instance.Pipe() == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    if (!instance.ConnectToNewClient()) {
+        WRB_LOG(kLogError, L"[CPipeServer::Initial] ConnectToNewClient failed! err=%d", GetLastError());
+        return false;
+    }
+    return true;
+}
+
+wrb::CFileHandle CPipeServer::CreatePipeInstance(uint32_t count, SECURITY_ATTRIBUTES* securityAttributes) const {
+    for (int retries = 0;; ++retries) {
+        wrb::CFileHandle pipe(CreateNamedPipeW(m_path, PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
+                                               PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_REJECT_REMOTE_CLIENTS,
+                                               count, wrb::kPipePieceBytes, wrb::kPipePieceBytes,
+                                               kClientWaitMilliseconds, securityAttributes));
+        if (pipe) {
+            return pipe;
+        }
+        const DWORD error = GetLastError();
+        if (error != ERROR_PIPE_BUSY) {
+            WRB_LOG(kLogError, L"[CPipeServer::Initial] CreateNamedPipe failed! err=%d", error);
+            return pipe;
+        }
+        if (retries == kBusyRetries) {
+            WRB_LOG(kLogError, L"[CPipeServer::Initial] Retry %d times. Still Failed!", kBusyRetries);
+            return pipe;
+        }
+        Sleep(kBusyRetryMilliseconds);
+    }
+}
+
+bool CPipeServer::FetchCmd(std::string& out, DWORD* clientPid) {
+    return Fetch(out, clientPid, L"[CPipeServer::FetchCmd] string::append() for strCmd throw exception!");
+}
+
+bool CPipeServer::FetchCmd(std::wstring& out, DWORD* clientPid) {
+    return Fetch(out, clientPid, L"[CPipeServer::FetchCmd] wstring::append() for strCmd throw exception!");
+}
+
+template <typename String>
+bool CPipeServer::Fetch(String& out, DWORD* clientPid, const wchar_t* appendFailure) {
+    out.clear();
+    if (clientPid != nullptr) {
+        *clientPid = 0;
+    }
+    if (m_buffer == nullptr) {
+        WRB_LOG(kLogError, L"[CPipeServer::FetchCmd] m_buf == NULL");
+        return false;
+    }
+    for (DWORD fill = 0;;) {
+        DWORD length = kBufferBytes - fill;
+        const ReadResult result = ReadPipe(m_buffer.get() + fill, length, clientPid);
+        if (result == ReadResult::Data) {
+            fill += length;
+        }
+        // Asked even after data has come: whoever signals the object wants no answer any more.
+        if (result == ReadResult::Cancelled || IsUserObjectSignalled()) {
+            WRB_LOG(kLogWarning, L"[CPipeServer::FetchCmd] User define object is signaled!");
+            return false;
+        }
+        if (result == ReadResult::Ended) {
+            return AppendBuffer(out, fill, appendFailure);
+        }
+        if (fill == kBufferBytes) {
+            if (!AppendBuffer(out, fill, appendFailure)) {
+                return false;
+            }
+            fill = 0;
+        }
+    }
+}
+
+template <typename String>
+bool CPipeServer::AppendBuffer(String& out, DWORD bytes, const wchar_t* appendFailure) const {
+    using Character = typename String::value_type;
+    if (bytes > kLargestMessageBytes - out.size() * sizeof(Character)) {
+        WRB_LOG(kLogError, L"[CPipeServer::FetchCmd] The message on %s is longer than %u bytes!", m_path,
+                static_cast<unsigned>(kLargestMessageBytes));
+        return false;
+    }
+    try {
+        out.append(reinterpret_cast<const Character*>(m_buffer.get()), bytes / sizeof(Character));
+    } catch (...) {
+        WRB_LOG(kLogError, L"%s", appendFailure);
+        return false;
+    }
+    return true;
+}
+
+CPipeServer::ReadResult CPipeServer::ReadPipe(uint8_t* buffer, DWORD& length, DWORD* clientPid) {
+    if (m_waitHandles == nullptr) {  // never made ready
+        return ReadResult::Ended;
+    }
+    ArmTimer();
+    const DWORD signalled =
+        WaitForMultipleObjects(m_instanceCount + 1, m_waitHandles.get(), FALSE, INFINITE) - WAIT_OBJECT_0;
+    if (signalled == m_instanceCount) {
+        return ReadResult::Cancelled;
+    }
+    if (signalled > m_instanceCount || !m_instances[signalled].FinishConnect()) {
+        return ReadResult::Ended;
+    }
+    const ReadResult result = m_instances[signalled].Read(buffer, length, m_userObject);
+    if (result == ReadResult::Ended) {
+        DisconnectAndReconnect(signalled, clientPid);
+    }
+    return result;
+}
+
+// Armed anew for every piece: the time-out is the longest silence, not the longest answer.
+void CPipeServer::ArmTimer() {
+    if (m_timeoutSeconds == 0) {
+        return;
+    }
+    LARGE_INTEGER due;
+    due.QuadPart = -static_cast<int64_t>(m_timeoutSeconds) * kTimerUnitsPerSecond;  // negative: from now
+    if (!SetWaitableTimer(m_userObject, &due, 0, nullptr, nullptr, FALSE)) {
+        WRB_LOG(kLogWarning, L"SetWaitableTimer failed (%d)\n", GetLastError());
+    }
+}
+
+bool CPipeServer::IsUserObjectSignalled() const {
+    return WaitForSingleObject(m_userObject, 0) == WAIT_OBJECT_0;
+}
+
+bool CPipeServer::DisconnectAndReconnect(uint32_t instance, DWORD* clientPid) {
+    if (instance >= m_instanceCount) {
+        return false;
+    }
+    if (clientPid != nullptr) {
+        *clientPid = QueryClientPid(m_instances[instance].Pipe());
+    }
+    DisconnectNamedPipe(m_instances[instance].Pipe());
+    return m_instances[instance].ConnectToNewClient();
+}
+
+DWORD CPipeServer::QueryClientPid(HANDLE pipe) const {
+    ULONG pid = 0;
+    if (m_getClientPid == nullptr || !m_getClientPid(pipe, &pid)) {
+        return 0;
+    }
+    WRB_LOG(kLogDebug, L"%s - The connected pipe client PID [%d]", L"CPipeServer::DisconnectAndReconnect", pid);
+    return pid;
+}

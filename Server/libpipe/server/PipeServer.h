@@ -1,0 +1,95 @@
+// CPipeServer: a private reply pipe, which a requester opens before it sends its request; and the combined
+// PipeSendAndRecvW.
+//
+// A message is all that one client writes between connecting and closing its end; there is no length on the pipe. The
+// server is constructed, made ready by one Initial, asked for one message by FetchCmd, and destroyed; after a message
+// the pipe waits for the next client, so it may also be asked again. It is used from one thread, and objects on
+// different threads share nothing: the caller makes its pipe names unique.
+//
+// A user-defined object (an event, or a waitable timer) ends every wait of the server once it is signalled.
+//
+// Nothing throws. A failed step returns false and is logged with its Windows error: at level 'E' when it fails the
+// call; at 'W' when it does not, and for a wait that the user-defined object has ended; the client's process id at 'D'.
+#pragma once
+
+#include <windows.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "Handle.h"
+#include "PipeInstance.h"
+
+class CPipeServer {
+  public:
+    // A message longer than this is refused: a peer must not be able to use up the service's memory.
+    static constexpr uint64_t kLargestMessageBytes = 256u << 20;
+
+    CPipeServer();
+    ~CPipeServer() = default;  // cancels what is pending and waits for it before anything is freed
+    CPipeServer(const CPipeServer&) = delete;
+    CPipeServer& operator=(const CPipeServer&) = delete;
+
+    // The two short forms make one instance that every local account may connect to.
+
+    // Gives up when no data has come for `timeoutSeconds`; 0 waits for ever.
+    bool Initial(const wchar_t* name, uint32_t timeoutSeconds);
+
+    // Gives up when `userEvent`, which stays the caller's, is signalled. A null event waits for ever.
+    bool Initial(const wchar_t* name, HANDLE userEvent);
+
+    // Makes min(instanceCount, 255) instances under a path that is cut at 255 characters. `userObject` stays the
+    // caller's. The system waits for 64 objects at most, so a server of more than 63 instances can be connected to but
+    // not fetched from. A name that another process holds is tried for half a second.
+    bool Initial(uint32_t instanceCount, const wchar_t* name, SECURITY_ATTRIBUTES* securityAttributes,
+                 HANDLE userObject);
+
+    // Reads one whole message, which may be empty. The wide form takes the bytes as UTF-16 and drops an odd last one.
+    // False when the user-defined object was signalled or the message is too long; `out` is then of no use. `clientPid`
+    // receives the writer's process id, or 0 where it cannot be told.
+    bool FetchCmd(std::string& out, DWORD* clientPid = nullptr);
+    bool FetchCmd(std::wstring& out, DWORD* clientPid = nullptr);
+
+    // Drops the instance's client and waits for the next one. False also for an instance that does not exist.
+    bool DisconnectAndReconnect(uint32_t instance, DWORD* clientPid = nullptr);
+
+  private:
+    using ReadResult = wrb::CPipeInstance::ReadResult;
+    using GetClientPid = BOOL WINAPI(HANDLE pipe, ULONG* pid);
+
+    static constexpr uint32_t kMostInstances = 255;
+    static constexpr std::size_t kPathCharacters = 256;
+    static constexpr DWORD kBufferBytes = 512000;
+
+    bool InitialOpen(const wchar_t* name, HANDLE userObject);
+    void OwnUserObject(HANDLE object);
+    bool InitialInstance(wrb::CPipeInstance& instance, uint32_t count, SECURITY_ATTRIBUTES* securityAttributes);
+    wrb::CFileHandle CreatePipeInstance(uint32_t count, SECURITY_ATTRIBUTES* securityAttributes) const;
+
+    template <typename String>
+    bool Fetch(String& out, DWORD* clientPid, const wchar_t* appendFailure);
+    template <typename String>
+    bool AppendBuffer(String& out, DWORD bytes, const wchar_t* appendFailure) const;
+    ReadResult ReadPipe(uint8_t* buffer, DWORD& length, DWORD* clientPid);
+    void ArmTimer();
+    bool IsUserObjectSignalled() const;
+    DWORD QueryClientPid(HANDLE pipe) const;
+
+    wrb::CModuleHandle m_kernel32;
+    GetClientPid* m_getClientPid = nullptr;  // null where the system lacks it
+    std::unique_ptr<uint8_t[]> m_buffer;     // not cleared: a server is made for every request
+    wchar_t m_path[kPathCharacters] = {};
+    uint32_t m_timeoutSeconds = 0;
+    wrb::CKernelHandle m_ownedUserObject;  // when the server made the object itself
+    HANDLE m_userObject = nullptr;
+    uint32_t m_instanceCount = 0;
+    std::unique_ptr<HANDLE[]> m_waitHandles;  // the instances' events, then the user-defined object
+    std::unique_ptr<wrb::CPipeInstance[]> m_instances;
+};
+
+// Opens the reply pipe on `server`, then sends the request: the pipe stands before the service can answer. The caller
+// fetches the answer from `server` and destroys it. `userEvent` as in Initial. Returns 1, or 0 with the cause logged.
+int PipeSendAndRecvW(const void* request, uint64_t requestBytes, const wchar_t* replyPipeName,
+                     const wchar_t* targetPipeName, CPipeServer& server, HANDLE userEvent);

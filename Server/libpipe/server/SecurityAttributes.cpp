@@ -1,0 +1,11 @@
+#include "SecurityAttributes.h"
+
+#include "DebugLog.h"
+
+bool CreateSecurityAttributesWithoutACLs(wrb::tagOpenSecurity& security) {
+    const wchar_t* const failedCall = wrb::InitOpenSecurity(security, false);
+    if (failedCall != nullptr) {
+        WRB_LOG(kLogError, L"[CreateSecurityAttributesWithoutACLs] %s failed! err=%d", failedCall, GetLastError());
+    }
+    return failedCall == nullptr;
+}
