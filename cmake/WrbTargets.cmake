@@ -1,6 +1,8 @@
 # How a library, a program and a test of this project are declared.
 #
 #   wrb_library(libpipe SOURCES a.cpp DEPENDS libCommon)       static library; its folder becomes its include directory
+#   wrb_shared_library(WrbPfwCommon OUTPUT WrbPfwCommon_64x DESCRIPTION "..." SOURCES a.cpp DEPENDS libCommon)
+#                                                              OUTPUT.dll in bin/ with a version resource
 #   wrb_program(wrbctl SOURCES main.cpp DEPENDS libpipe)       console program in bin/
 #   wrb_test(libpipe_test SOURCES x_test.cpp DEPENDS libpipe)  GoogleTest program, one CTest entry
 #
@@ -19,6 +21,16 @@ function(wrb_library name)
     target_include_directories(${name} INTERFACE ${CMAKE_CURRENT_SOURCE_DIR})
     target_link_libraries(${name} INTERFACE wrb_compiler ${arg_DEPENDS})
   endif()
+endfunction()
+
+# DEPENDS stays inside the DLL; what its users need of it, the caller adds with target_link_libraries(... PUBLIC ...).
+function(wrb_shared_library name)
+  cmake_parse_arguments(arg "" "OUTPUT;DESCRIPTION" "SOURCES;DEPENDS" ${ARGN})
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/VersionInfo.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc @ONLY)
+  add_library(${name} SHARED ${arg_SOURCES} ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc)
+  set_target_properties(${name} PROPERTIES PREFIX "" IMPORT_PREFIX "" OUTPUT_NAME ${arg_OUTPUT})
+  target_include_directories(${name} INTERFACE ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE wrb_compiler ${arg_DEPENDS})
 endfunction()
 
 function(wrb_program name)

@@ -1,0 +1,144 @@
+#include "CounterSection.h"
+
+#include <atomic>
+
+#include "CounterUpdates.h"
+#include "OpenSecurity.h"
+
+namespace wrb {
+namespace {
+
+constexpr DWORD kAttachWaitMs = 5000;
+
+uint32_t Number(const uint32_t& shared) noexcept {
+    return std::atomic_ref<uint32_t>(const_cast<uint32_t&>(shared)).load(std::memory_order_acquire);
+}
+
+// A section of the right name may still be anybody's, and of any size: nothing past the mapped region is touched.
+bool IsCounterBlock(const void* view) noexcept {
+    MEMORY_BASIC_INFORMATION region = {};
+    if (VirtualQuery(view, &region, sizeof region) == 0 || region.RegionSize < sizeof(HandlerCounterBlock)) {
+        return false;
+    }
+    const auto& block = *static_cast<const HandlerCounterBlock*>(view);
+    return Number(block.signature) == kCounterSignature && Number(block.version) == kCounterVersion &&
+           Number(block.size) == sizeof(HandlerCounterBlock) && Number(block.slotCount) == kCounterSlots;
+}
+
+// The signature comes last: a reader that looks meanwhile sees no block yet.
+void WriteHeader(HandlerCounterBlock& block) noexcept {
+    block.version = kCounterVersion;
+    block.size = sizeof block;
+    block.slotCount = kCounterSlots;
+    std::atomic_ref<uint32_t>(block.signature).store(kCounterSignature, std::memory_order_release);
+}
+
+// The system says so when the name belongs to an object of another kind.
+CounterAttach Refused(uint32_t error) noexcept {
+    return error == ERROR_INVALID_HANDLE ? CounterAttach::Foreign : CounterAttach::Failed;
+}
+
+CounterAttach Fail(uint32_t& error) noexcept {
+    error = GetLastError();
+    return CounterAttach::Failed;
+}
+
+}  // namespace
+
+const wchar_t* CounterAttachText(CounterAttach result) noexcept {
+    switch (result) {
+        case CounterAttach::Attached:
+            return L"attached";
+        case CounterAttach::Missing:
+            return L"no counter block exists: the service is not running";
+        case CounterAttach::Foreign:
+            return L"the counter block is of another version, or is none";
+        case CounterAttach::Failed:
+            break;
+    }
+    return L"the counter block cannot be opened";
+}
+
+CounterAttach CCounterSection::Open(const tagCounterNames& names, uint32_t& error) noexcept {
+    error = ERROR_SUCCESS;
+    if (m_view) {
+        return CounterAttach::Attached;
+    }
+    tagOpenSecurity security;
+    if (InitOpenSecurity(security, false) != nullptr) {
+        return Fail(error);
+    }
+    m_mutex.Reset(CreateMutexW(&security.attributes, FALSE, names.mutex));
+    if (!m_mutex) {
+        return Fail(error);
+    }
+    const DWORD wait = WaitForSingleObject(m_mutex.Get(), kAttachWaitMs);
+    if (wait != WAIT_OBJECT_0 && wait != WAIT_ABANDONED) {
+        error = wait == WAIT_TIMEOUT ? ERROR_TIMEOUT : GetLastError();
+        Close();
+        return CounterAttach::Failed;
+    }
+    const CounterAttach result = MapLocked(names.section, &security.attributes, error);
+    ReleaseMutex(m_mutex.Get());
+    if (result != CounterAttach::Attached) {
+        Close();
+    }
+    return result;
+}
+
+CounterAttach CCounterSection::MapLocked(const wchar_t* name, SECURITY_ATTRIBUTES* attributes,
+                                         uint32_t& error) noexcept {
+    const HANDLE section = CreateFileMappingW(INVALID_HANDLE_VALUE, attributes, PAGE_READWRITE, 0,
+                                              static_cast<DWORD>(sizeof(HandlerCounterBlock)), name);
+    const DWORD creation = GetLastError();
+    m_section.Reset(section);
+    if (!m_section) {
+        error = creation;
+        return Refused(error);
+    }
+    m_view.Reset(MapViewOfFile(m_section.Get(), FILE_MAP_READ | FILE_MAP_WRITE, 0, 0, 0));
+    if (!m_view) {
+        return Fail(error);
+    }
+    if (creation != ERROR_ALREADY_EXISTS) {
+        WriteHeader(*Block());
+    }
+    return IsCounterBlock(m_view.Get()) ? CounterAttach::Attached : CounterAttach::Foreign;
+}
+
+void CCounterSection::Close() noexcept {
+    m_view.Reset();
+    m_section.Reset();
+    m_mutex.Reset();
+}
+
+CounterAttach CCounterReader::Attach(uint32_t& error, const wchar_t* sectionName) noexcept {
+    error = ERROR_SUCCESS;
+    m_view.Reset();
+    m_section.Reset(OpenFileMappingW(FILE_MAP_READ, FALSE, sectionName));
+    if (!m_section) {
+        Fail(error);
+        return error == ERROR_FILE_NOT_FOUND ? CounterAttach::Missing : Refused(error);
+    }
+    CMappedView view(MapViewOfFile(m_section.Get(), FILE_MAP_READ, 0, 0, 0));
+    if (!view) {
+        return Fail(error);
+    }
+    if (!IsCounterBlock(view.Get())) {
+        return CounterAttach::Foreign;
+    }
+    m_view = std::move(view);
+    return CounterAttach::Attached;
+}
+
+HandlerCounterSlot CCounterReader::Slot(uint32_t index) const noexcept {
+    const auto* block = static_cast<const HandlerCounterBlock*>(m_view.Get());
+    return block != nullptr && index < kCounterSlots ? ReadCounters(block->slots[index]) : HandlerCounterSlot{};
+}
+
+int32_t CCounterReader::CallsInProgress() const noexcept {
+    const auto* block = static_cast<const HandlerCounterBlock*>(m_view.Get());
+    return block != nullptr ? ReadCallsInProgress(*block) : 0;
+}
+
+}  // namespace wrb

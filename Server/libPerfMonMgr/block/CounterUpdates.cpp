@@ -1,0 +1,73 @@
+#include "CounterUpdates.h"
+
+#include <algorithm>
+#include <atomic>
+
+namespace wrb {
+namespace {
+
+// The memory is shared with other processes, which see every store: no number may ever be half written.
+static_assert(std::atomic_ref<uint32_t>::is_always_lock_free && std::atomic_ref<uint64_t>::is_always_lock_free);
+
+template <typename Number>
+Number Load(const Number& number) noexcept {
+    return std::atomic_ref<Number>(const_cast<Number&>(number)).load(std::memory_order_relaxed);
+}
+
+template <typename Number>
+void Store(Number& number, Number value) noexcept {
+    std::atomic_ref<Number>(number).store(value, std::memory_order_relaxed);
+}
+
+}  // namespace
+
+void AddCounterReference(HandlerCounterBlock& block) noexcept {
+    std::atomic_ref<int32_t>(block.referenceCount).fetch_add(1);
+    std::atomic_ref<int32_t>(block.inUse).store(1);
+}
+
+void ReleaseCounterReference(HandlerCounterBlock& block) noexcept {
+    std::atomic_ref<int32_t> count(block.referenceCount);
+    std::atomic_ref<int32_t> inUse(block.inUse);
+    if (count.fetch_sub(1) != 1) {
+        return;
+    }
+    inUse.store(0);
+    // A reference taken between the last two steps has set the flag before it was cleared.
+    if (count.load() > 0) {
+        inUse.store(1);
+    }
+}
+
+void CountCall(HandlerCounterSlot& slot) noexcept {
+    std::atomic_ref<uint32_t>(slot.calls).fetch_add(1);
+}
+
+void BookCallTime(HandlerCounterSlot& slot, uint32_t elapsed) noexcept {
+    const uint64_t total = slot.total + elapsed;
+    const uint32_t calls = Load(slot.calls);
+    Store(slot.maximum, std::max(slot.maximum, elapsed));
+    Store(slot.total, total);
+    if (calls != 0) {
+        Store(slot.average, static_cast<uint32_t>(total / calls));
+    }
+}
+
+void ZeroCounters(HandlerCounterBlock& block) noexcept {
+    for (HandlerCounterSlot& slot : block.slots) {
+        Store(slot.calls, uint32_t{0});
+        Store(slot.maximum, uint32_t{0});
+        Store(slot.total, uint64_t{0});
+        Store(slot.average, uint32_t{0});
+    }
+}
+
+HandlerCounterSlot ReadCounters(const HandlerCounterSlot& slot) noexcept {
+    return {Load(slot.calls), Load(slot.maximum), Load(slot.total), Load(slot.average), 0};
+}
+
+int32_t ReadCallsInProgress(const HandlerCounterBlock& block) noexcept {
+    return Load(block.referenceCount);
+}
+
+}  // namespace wrb

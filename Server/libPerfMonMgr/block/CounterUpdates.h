@@ -1,0 +1,27 @@
+// The changes that may be made to a counter block, whichever process makes them.
+#pragma once
+
+#include "HandlerCounterBlock.h"
+
+namespace wrb {
+
+// Takes a reference and sets the in-use flag. Needs no mutex.
+void AddCounterReference(HandlerCounterBlock& block) noexcept;
+
+// Gives a reference back and clears the in-use flag with the last one. The caller holds the block's mutex.
+void ReleaseCounterReference(HandlerCounterBlock& block) noexcept;
+
+// Counts a call that begins. Needs no mutex.
+void CountCall(HandlerCounterSlot& slot) noexcept;
+
+// Books a call that took `elapsed` milliseconds. The caller holds the block's mutex.
+void BookCallTime(HandlerCounterSlot& slot, uint32_t elapsed) noexcept;
+
+// Sets every slot to zero and leaves the header as it is. The caller holds the block's mutex.
+void ZeroCounters(HandlerCounterBlock& block) noexcept;
+
+// What the slot holds now; each number is read whole.
+HandlerCounterSlot ReadCounters(const HandlerCounterSlot& slot) noexcept;
+int32_t ReadCallsInProgress(const HandlerCounterBlock& block) noexcept;
+
+}  // namespace wrb

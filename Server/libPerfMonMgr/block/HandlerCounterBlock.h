@@ -1,0 +1,57 @@
+// The shared performance counters of the command handlers, as they lie in named shared memory. Any local process may
+// map the section and read; the server's processes write.
+//
+// The layout is fixed: little-endian, natural alignment, no pointers, the same for 32-bit and 64-bit readers. A change
+// takes a new version number. Times are milliseconds of the system's tick counter.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace wrb {
+
+inline constexpr uint32_t kCounterSignature = 0x43425257;  // the bytes "WRBC" in memory
+inline constexpr uint32_t kCounterVersion = 1;
+inline constexpr uint32_t kCounterSlots = 128;
+
+// The section that holds the block and the mutex that guards it.
+inline constexpr wchar_t kCounterSectionName[] = L"Global\\Calloway_Warrenby_Handler_Counters";
+inline constexpr wchar_t kCounterMutexName[] = L"Global\\Calloway_Warrenby_Handler_Counters_Mutex";
+
+}  // namespace wrb
+
+// One command; its slot is its row in the command table. `calls` is raised without the mutex when a call begins, the
+// rest is changed under the mutex when it ends. A reader without the mutex sees each number whole, but may see a call
+// that is counted and not yet timed.
+struct HandlerCounterSlot {
+    uint32_t calls;
+    uint32_t maximum;  // longest call
+    uint64_t total;    // of all calls that ended
+    uint32_t average;  // total / calls when the last call ended
+    uint32_t reserved;
+};
+
+struct HandlerCounterBlock {
+    uint32_t signature;      // kCounterSignature
+    uint32_t version;        // kCounterVersion
+    uint32_t size;           // of the whole block in bytes
+    uint32_t slotCount;      // kCounterSlots
+    int32_t referenceCount;  // calls in progress, over all processes; one that was killed leaves its calls behind
+    int32_t inUse;           // 1 while referenceCount is not 0
+    uint64_t reserved;
+    HandlerCounterSlot slots[wrb::kCounterSlots];
+};
+
+static_assert(offsetof(HandlerCounterSlot, calls) == 0);
+static_assert(offsetof(HandlerCounterSlot, maximum) == 4);
+static_assert(offsetof(HandlerCounterSlot, total) == 8);
+static_assert(offsetof(HandlerCounterSlot, average) == 16);
+static_assert(sizeof(HandlerCounterSlot) == 24);
+static_assert(offsetof(HandlerCounterBlock, signature) == 0);
+static_assert(offsetof(HandlerCounterBlock, version) == 4);
+static_assert(offsetof(HandlerCounterBlock, size) == 8);
+static_assert(offsetof(HandlerCounterBlock, slotCount) == 12);
+static_assert(offsetof(HandlerCounterBlock, referenceCount) == 16);
+static_assert(offsetof(HandlerCounterBlock, inUse) == 20);
+static_assert(offsetof(HandlerCounterBlock, slots) == 32);
+static_assert(sizeof(HandlerCounterBlock) == 32 + 24 * 128);

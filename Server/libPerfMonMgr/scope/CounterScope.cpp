@@ -1,0 +1,78 @@
+#include "CounterScope.h"
+
+#include "CounterUpdates.h"
+#include "OSException.h"
+#include "PerfMonMgr.h"
+
+namespace wrb {
+namespace {
+
+CWrbyPerfMonMgr& Manager() {
+    CWrbyPerfMonMgr* manager = CWrbyPerfMonMgr::GetInstance();
+    if (manager == nullptr) {
+        OS::ThrowHResult(E_FAIL, "no performance counter manager");
+    }
+    return *manager;
+}
+
+class CMutexOwnership {
+  public:
+    explicit CMutexOwnership(HANDLE mutex) noexcept : m_mutex(mutex) {
+        const DWORD wait = WaitForSingleObject(mutex, INFINITE);
+        // Abandoned: its owner died between two counters. They are only figures; the next call goes on from them.
+        m_owned = wait == WAIT_OBJECT_0 || wait == WAIT_ABANDONED;
+    }
+    ~CMutexOwnership() {
+        if (m_owned) {
+            ReleaseMutex(m_mutex);
+        }
+    }
+    CMutexOwnership(const CMutexOwnership&) = delete;
+    CMutexOwnership& operator=(const CMutexOwnership&) = delete;
+
+    explicit operator bool() const noexcept { return m_owned; }
+
+  private:
+    HANDLE m_mutex;
+    bool m_owned = false;
+};
+
+}  // namespace
+
+CCounterCall::CCounterCall(uint32_t slot, const IClock& clock) : m_clock(clock), m_startTick(clock.TickMilliseconds()) {
+    CWrbyPerfMonMgr& manager = Manager();
+    if (slot >= kCounterSlots) {
+        return;
+    }
+    m_block = manager.GetCounterInstance(CWrbyPerfMonMgr::kHandlerInstance);
+    if (m_block != nullptr) {
+        m_mutex = manager.GetMutex();
+        m_slot = &m_block->slots[slot];
+        CountCall(*m_slot);
+    }
+}
+
+CCounterCall::~CCounterCall() {
+    if (m_block == nullptr) {
+        return;
+    }
+    const uint32_t elapsed = m_clock.TickMilliseconds() - m_startTick;
+    if (const CMutexOwnership owned(m_mutex); owned) {
+        BookCallTime(*m_slot, elapsed);
+        ReleaseCounterReference(*m_block);
+    }
+}
+
+void ResetAllCounters() {
+    CWrbyPerfMonMgr& manager = Manager();
+    HandlerCounterBlock* block = manager.GetCounterInstance(CWrbyPerfMonMgr::kHandlerInstance);
+    if (block == nullptr) {
+        return;
+    }
+    if (const CMutexOwnership owned(manager.GetMutex()); owned) {
+        ZeroCounters(*block);
+        ReleaseCounterReference(*block);
+    }
+}
+
+}  // namespace wrb

@@ -1,0 +1,41 @@
+// What a command handler does to the performance counters, written once.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+
+#include "Clock.h"
+#include "HandlerCounterBlock.h"
+
+namespace wrb {
+
+// Counts one call of a command for as long as it lives: make one first thing in a handler.
+//
+//     wrb::CCounterCall call(static_cast<uint32_t>(CommandSlot::CMDHL_GET_MS_CFG));
+//
+// It counts the call at once. At its end it takes the counters' mutex (waiting without limit; a mutex whose owner died
+// counts as taken), books the time and gives the block back; when the wait fails, the figures stay as they are. Without
+// a counter block, or with a slot of 128 or more, the call goes uncounted.
+class CCounterCall {
+  public:
+    // Throws OS::CException with E_FAIL when the process has no counter manager.
+    explicit CCounterCall(uint32_t slot, const IClock& clock = SystemClock());
+    ~CCounterCall();
+    CCounterCall(const CCounterCall&) = delete;
+    CCounterCall& operator=(const CCounterCall&) = delete;
+
+  private:
+    const IClock& m_clock;
+    const uint32_t m_startTick;
+    HANDLE m_mutex = nullptr;
+    HandlerCounterBlock* m_block = nullptr;
+    HandlerCounterSlot* m_slot = nullptr;
+};
+
+// Sets all counters to zero, as the start of the service does; header, references and other processes' attachments
+// stay. Does nothing without a counter block. Throws OS::CException with E_FAIL when the process has no counter
+// manager.
+void ResetAllCounters();
+
+}  // namespace wrb
