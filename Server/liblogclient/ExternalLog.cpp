@@ -2,7 +2,8 @@
 
 namespace wrb {
 
-CExternalLog::CExternalLog(const wchar_t* libraryPath) noexcept : m_library(LoadLibraryW(libraryPath)) {
+CExternalLog::CExternalLog(const wchar_t* libraryPath) noexcept
+    : m_library(*libraryPath == L'\0' ? nullptr : LoadLibraryW(libraryPath)) {
     if (!m_library) {
         return;
     }

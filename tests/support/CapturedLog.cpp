@@ -1,0 +1,31 @@
+#include "CapturedLog.h"
+
+#include <cstdarg>
+#include <mutex>
+#include <utility>
+
+#include "DebugLog.h"
+#include "Text.h"
+
+namespace {
+
+std::mutex g_lock;
+std::vector<tagCapturedLine> g_lines;
+
+}  // namespace
+
+std::vector<tagCapturedLine> TakeCapturedLog() {
+    const std::lock_guard guard(g_lock);
+    return std::exchange(g_lines, {});
+}
+
+// The linker takes this one and leaves the log client's in its library.
+void DebugLog(uint32_t level, const wchar_t*, uint32_t, const wchar_t* format, ...) noexcept {
+    wchar_t text[4096];
+    va_list arguments;
+    va_start(arguments, format);
+    wrb::FormatIntoV(text, std::size(text), format, arguments);
+    va_end(arguments);
+    const std::lock_guard guard(g_lock);
+    g_lines.push_back({level, text});
+}

@@ -1,0 +1,71 @@
+// A service's end of a pipe, for tests: one thread, one connection at a time, everything recorded.
+//
+// It has code of its own and none of the product's pipe server, so that a fault there does not hide in its tests.
+#pragma once
+
+#include <windows.h>
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "Handle.h"
+
+namespace wrb::test {
+
+// What one client wrote between connecting and closing.
+struct tagReceived {
+    std::string bytes;
+    std::vector<std::size_t> pieces;  // the size of each write
+
+    // The bytes as UTF-16, without a terminating zero.
+    std::wstring Text() const;
+};
+
+class CFakePipeService {
+  public:
+    using Handler = std::function<void(const tagReceived&)>;
+
+    // Serves the pipe of that bare name at once. `handler` runs on the service's thread after each message, before the
+    // next client is let in. Throws std::runtime_error when the name is taken.
+    explicit CFakePipeService(const std::wstring& name, Handler handler = {});
+
+    // Stops, whatever the client is doing.
+    ~CFakePipeService();
+    CFakePipeService(const CFakePipeService&) = delete;
+    CFakePipeService& operator=(const CFakePipeService&) = delete;
+
+    // All messages so far, once there are at least `count` of them or ten seconds have passed.
+    std::vector<tagReceived> WaitFor(std::size_t count) const;
+
+  private:
+    void Serve();
+    OVERLAPPED NewOperation() const;
+    bool Await(OVERLAPPED& operation) const;
+    bool ReceiveOne(tagReceived& received) const;
+
+    Handler m_handler;
+    CKernelHandle m_stop;
+    CKernelHandle m_event;
+    CFileHandle m_pipe;
+    mutable std::mutex m_lock;
+    mutable std::condition_variable m_changed;
+    std::vector<tagReceived> m_messages;
+    std::thread m_thread;
+};
+
+// A client's end without any of the client's rules: opens the pipe for writing, waiting while it is busy. Empty when
+// that fails.
+CFileHandle OpenPipeForWriting(const std::wstring& name);
+
+// Writes the bytes as one piece, whatever their number.
+bool WritePiece(const CFileHandle& pipe, std::string_view bytes);
+
+// `count` bytes that differ from their neighbours and from those at other offsets of a buffer's size.
+std::string PatternBytes(std::size_t count);
+
+}  // namespace wrb::test

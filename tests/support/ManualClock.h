@@ -1,0 +1,22 @@
+// A clock that stands still until the test moves it.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+#include "Clock.h"
+
+class CManualClock final : public wrb::IClock {
+  public:
+    explicit CManualClock(uint32_t tick = 0, int64_t seconds = 0) : m_tick(tick), m_seconds(seconds) {}
+
+    uint32_t TickMilliseconds() const override { return m_tick; }
+    int64_t CalendarSeconds() const override { return m_seconds; }
+
+    void AdvanceTick(uint32_t milliseconds) { m_tick += milliseconds; }
+    void AdvanceSeconds(int64_t seconds) { m_seconds += seconds; }
+
+  private:
+    std::atomic<uint32_t> m_tick;
+    std::atomic<int64_t> m_seconds;
+};
