@@ -1,0 +1,46 @@
+// The INI text that goes to agents: "[section]" lines and "key=value" lines, each ended by a single "\n", no blank
+// line in between. Values stand as they are: nothing is quoted or escaped, an empty value leaves "key=".
+//
+// Everything here appends and never clears. Nothing can fail but for lack of memory.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+// One line each. The section line is cut at 1023 characters, its line end included; an integer is shown signed; a
+// bool is "1" or "0".
+void AppendIniSection(std::wstring& out, std::wstring_view name);
+void AppendIniString(std::wstring& out, std::wstring_view key, std::wstring_view value);
+void AppendIniInt(std::wstring& out, std::wstring_view key, int32_t number);
+void AppendIniBool(std::wstring& out, std::wstring_view key, bool bit);
+
+namespace wrb {
+
+// The same lines, many in a row: they gather in a small buffer and reach the text in long runs, which is what makes a
+// section of thirty short lines cheap. The text is complete after Finish; what was gathered and not finished is lost.
+class CIniWriter {
+  public:
+    explicit CIniWriter(std::wstring& out) noexcept : m_out(out) {}
+    CIniWriter(const CIniWriter&) = delete;
+    CIniWriter& operator=(const CIniWriter&) = delete;
+
+    void Section(std::wstring_view name);
+    void String(std::wstring_view key, std::wstring_view value) { Line(key, value, {}); }
+    void Int(std::wstring_view key, int32_t number);
+    void Bool(std::wstring_view key, bool bit) { Line(key, bit ? L"1" : L"0", {}); }
+
+    // A value in two pieces.
+    void Line(std::wstring_view key, std::wstring_view head, std::wstring_view tail);
+
+    void Finish();
+
+  private:
+    static constexpr std::size_t kCapacity = 1024;
+
+    std::wstring& m_out;
+    std::size_t m_used = 0;
+    wchar_t m_buffer[kCapacity];
+};
+
+}  // namespace wrb

@@ -1,0 +1,30 @@
+#include "SettingContainer.h"
+
+#include "RenderScanGroup.h"
+#include "Serializer.h"
+
+void CScanSettingContainer::Deserialize(ISerializer& serializer) {
+    CSerializer& message = serializer.GetSerializer();
+    message >> m_uid;
+    for (const wrb::ScanNumber number : m_group.numbers) {
+        message >> m_values.*number;
+    }
+    for (const wrb::ScanText text : m_group.texts) {
+        message >> m_values.*text;
+    }
+}
+
+void CScanSettingContainer::Serialize(ISerializer& serializer) const {
+    CSerializer& message = serializer.GetSerializer();
+    message << m_uid;
+    for (const wrb::ScanNumber number : m_group.numbers) {
+        message << m_values.*number;
+    }
+    for (const wrb::ScanText text : m_group.texts) {
+        message << m_values.*text;
+    }
+}
+
+void CScanSettingContainer::ExportToIni(std::wstring& out) const {
+    wrb::RenderScanGroup(out, m_group, m_uid, m_values);
+}

@@ -1,0 +1,61 @@
+// Setting containers: one group of an agent's settings as the database hands it over. A container renders itself as INI
+// text and travels in binary messages.
+//
+// Containers are plain values of one thread: made on the stack, filled, rendered once, destroyed.
+#pragma once
+
+#include <string>
+
+#include "ISerializer.h"
+#include "ScanGroup.h"
+
+// Base of every container. What renders, ExportToIni, is not virtual: callers always know the concrete type.
+class CSettingContainer : public ISerializable {
+  public:
+    // Both walk the fields in the order in which the container declares them.
+    void Deserialize(ISerializer& serializer) override = 0;
+    void Serialize(ISerializer& serializer) const override = 0;
+};
+
+// The container of a scan group: the uid, the group's numbers, the group's texts.
+class CScanSettingContainer : public CSettingContainer {
+  public:
+    // Reading throws CIPCMsgBufferException when the message ends too early; the fields read so far stay.
+    void Deserialize(ISerializer& serializer) override;
+    void Serialize(ISerializer& serializer) const override;
+
+    // Appends the group's section.
+    void ExportToIni(std::wstring& out) const;
+
+    std::wstring m_uid;
+    tagScanGroupValues m_values;
+
+  protected:
+    explicit CScanSettingContainer(const wrb::ScanGroup& group) : m_group(group) {}
+
+  private:
+    const wrb::ScanGroup& m_group;
+};
+
+namespace wrb {
+
+template <ScanType type, ScanGroupKind kind>
+class CScanGroupContainer final : public CScanSettingContainer {
+  public:
+    CScanGroupContainer() : CScanSettingContainer(FindScanGroup(type, kind)) {}
+};
+
+}  // namespace wrb
+
+using CSettingContainerMSCfg = wrb::CScanGroupContainer<wrb::ScanType::MS, wrb::ScanGroupKind::Main>;
+using CSettingContainerRTCfg = wrb::CScanGroupContainer<wrb::ScanType::RT, wrb::ScanGroupKind::Main>;
+using CSettingContainerPSCfg = wrb::CScanGroupContainer<wrb::ScanType::PS, wrb::ScanGroupKind::Main>;
+using CSettingContainerSNCfg = wrb::CScanGroupContainer<wrb::ScanType::SN, wrb::ScanGroupKind::Main>;
+using CSettingContainerMSCfgEx = wrb::CScanGroupContainer<wrb::ScanType::MS, wrb::ScanGroupKind::Exclusion>;
+using CSettingContainerRTCfgEx = wrb::CScanGroupContainer<wrb::ScanType::RT, wrb::ScanGroupKind::Exclusion>;
+using CSettingContainerPSCfgEx = wrb::CScanGroupContainer<wrb::ScanType::PS, wrb::ScanGroupKind::Exclusion>;
+using CSettingContainerSNCfgEx = wrb::CScanGroupContainer<wrb::ScanType::SN, wrb::ScanGroupKind::Exclusion>;
+using CSettingContainerSpyMSCfg = wrb::CScanGroupContainer<wrb::ScanType::MS, wrb::ScanGroupKind::Spyware>;
+using CSettingContainerSpyRTCfg = wrb::CScanGroupContainer<wrb::ScanType::RT, wrb::ScanGroupKind::Spyware>;
+using CSettingContainerSpyPSCfg = wrb::CScanGroupContainer<wrb::ScanType::PS, wrb::ScanGroupKind::Spyware>;
+using CSettingContainerSpySNCfg = wrb::CScanGroupContainer<wrb::ScanType::SN, wrb::ScanGroupKind::Spyware>;
