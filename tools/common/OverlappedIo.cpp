@@ -24,9 +24,7 @@ bool COverlappedIo::Started(BOOL finished) {
         case ERROR_MORE_DATA:
             m_pending = true;
             return true;
-        case ERROR_PIPE_CONNECTED:  // the client came before the call; the system will not set the event
-            SetEvent(m_event.Get());
-            m_pending = true;
+        case ERROR_PIPE_CONNECTED:  // the client came before the call: nothing is under way, nothing will be signalled
             return true;
         default:
             m_error = error;
@@ -51,6 +49,9 @@ bool COverlappedIo::BeginWrite(const void* data, DWORD size) {
 }
 
 IoOutcome COverlappedIo::Wait(HANDLE stopEvent, DWORD milliseconds) {
+    if (!m_pending) {
+        return Settled();
+    }
     const HANDLE handles[] = {m_event.Get(), stopEvent};
     switch (WaitForMultipleObjects(stopEvent != nullptr ? 2 : 1, handles, FALSE, milliseconds)) {
         case WAIT_OBJECT_0:
@@ -67,7 +68,7 @@ IoOutcome COverlappedIo::Wait(HANDLE stopEvent, DWORD milliseconds) {
 
 IoOutcome COverlappedIo::Cancel() {
     if (!m_pending) {
-        return m_error == 0 ? IoOutcome::Done : IoOutcome::Failed;
+        return Settled();
     }
     CancelIoEx(m_handle, &m_overlapped);
     return Collect(TRUE);
@@ -76,6 +77,10 @@ IoOutcome COverlappedIo::Cancel() {
 IoOutcome COverlappedIo::Collect(BOOL wait) {
     m_error = GetOverlappedResult(m_handle, &m_overlapped, &m_bytes, wait) ? 0 : GetLastError();
     m_pending = false;
+    return Settled();
+}
+
+IoOutcome COverlappedIo::Settled() const {
     return m_error == 0 || m_error == ERROR_MORE_DATA ? IoOutcome::Done : IoOutcome::Failed;
 }
 

@@ -42,6 +42,7 @@ class COverlappedIo {
     void Arm();
     bool Started(BOOL finished);
     IoOutcome Collect(BOOL wait);
+    IoOutcome Settled() const;
 
     HANDLE m_handle;
     CKernelHandle m_event;

@@ -11,6 +11,7 @@ namespace wrb {
 namespace {
 
 constexpr DWORD kChunkBytes = 65536;  // of one read, and of the system's buffers for a pipe
+constexpr unsigned kMostInstances = PIPE_UNLIMITED_INSTANCES - 1;  // one more would mean: no limit
 
 // System and administrators: everything. Everybody on this machine: connect, read and write.
 constexpr wchar_t kPipeAccess[] = L"D:(A;;GA;;;SY)(A;;GA;;;BA)(A;;GRGW;;;WD)";
@@ -84,14 +85,19 @@ bool CPipeListener::CreateInstances() {
     }
     SECURITY_ATTRIBUTES access{sizeof(access), descriptor.Get(), FALSE};
     const std::wstring path = L"\\\\.\\pipe\\" + m_options.name;
-    for (unsigned i = 0; i < std::max(1u, m_options.instances); ++i) {
-        // The first instance must create the name: nobody else may have taken it to read our clients' messages.
+    // The name is ours alone while we serve it, so that nobody can read what clients send: the first instance must
+    // create it, and no instance fits in beside these. Wine knows the second rule only.
+    const DWORD count = std::clamp(m_options.instances, 1u, kMostInstances);
+    for (DWORD i = 0; i < count; ++i) {
         const DWORD first = i == 0 ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0;
         m_pipes.emplace_back(CreateNamedPipeW(path.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | first,
                                               PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_REJECT_REMOTE_CLIENTS,
-                                              PIPE_UNLIMITED_INSTANCES, kChunkBytes, kChunkBytes,
-                                              m_options.clientWaitMilliseconds, &access));
+                                              count, kChunkBytes, kChunkBytes, m_options.clientWaitMilliseconds,
+                                              &access));
         if (!m_pipes.back()) {
+            const DWORD error = GetLastError();
+            const bool taken = error == ERROR_ACCESS_DENIED || error == ERROR_PIPE_BUSY;
+            SetLastError(taken ? ERROR_ALREADY_EXISTS : error);
             return false;
         }
     }

@@ -32,7 +32,7 @@ const wchar_t* PipeDropText(PipeDrop reason);
 
 struct PipeListenerOptions {
     std::wstring name;                          // without "\\.\pipe\"
-    unsigned instances = 4;                     // threads, at least 1
+    unsigned instances = 4;                     // threads, 1 to 254
     std::size_t maxMessageBytes = 16u << 20;    // longer messages are dropped
     uint32_t readTimeoutMilliseconds = 30'000;  // from the connection to the last byte
     uint32_t drainMilliseconds = 2'000;         // how long Stop lets a message in the middle of its way come in
@@ -57,7 +57,7 @@ class CPipeListener {
     CPipeListener& operator=(const CPipeListener&) = delete;
 
     // Creates every instance and its thread. When it returns true, clients can connect. False: GetLastError tells;
-    // ERROR_ACCESS_DENIED means that another process serves the name already. Called once.
+    // ERROR_ALREADY_EXISTS means that another process serves the name. Called once.
     bool Start();
 
     // Takes no further connections, finishes those that are open (see drainMilliseconds), waits for the running
