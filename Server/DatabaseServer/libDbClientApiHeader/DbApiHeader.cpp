@@ -1,0 +1,79 @@
+#include "DbApiHeader.h"
+
+#include <windows.h>
+
+#include <array>
+#include <exception>
+
+#include "DebugLog.h"
+#include "MsgSerializer.h"
+#include "PipeClient.h"
+
+namespace {
+
+constexpr DWORD kModulePathCharacters = 261;
+
+bool SendPiece(CPipeClient& client, const void* bytes, uint64_t byteCount) {
+    return client.Send(bytes, byteCount);
+}
+
+bool SendFrame(CPipeClient& client, const wchar_t* caller) {
+    CDbApiHeaderContent content;
+    content.FillInContent(caller);
+    CMsgSerializer message;
+    message << content;
+    const uint32_t length = message.GetSize();
+    return SendPiece(client, &kDbApiMagic, sizeof kDbApiMagic) && SendPiece(client, &length, sizeof length) &&
+           SendPiece(client, message.Data(), length);
+}
+
+}  // namespace
+
+void CDbApiHeaderContent::FillInContent(const wchar_t* callerName) {
+    version = kVersion;
+    processId = GetCurrentProcessId();
+    threadId = GetCurrentThreadId();
+    caller = callerName == nullptr ? L"" : callerName;
+    std::array<wchar_t, kModulePathCharacters> path;
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), kModulePathCharacters);
+    if (length == 0) {
+        const DWORD error = GetLastError();
+        WRB_LOG(kLogError, L"%s - fail to get current module name with win32 error [%d]",
+                L"CDbApiHeader::FillInContent", error);
+    }
+    modulePath.assign(path.data(), length);
+}
+
+void CDbApiHeaderContent::Serialize(ISerializer& serializer) const {
+    CSerializer& out = serializer.GetSerializer();
+    out << version;
+    if (version != 0) {
+        out << processId << threadId << modulePath << caller;
+    }
+}
+
+void CDbApiHeaderContent::Deserialize(ISerializer& serializer) {
+    Clear();
+    CSerializer& in = serializer.GetSerializer();
+    in >> version;
+    if (version != 0) {
+        in >> processId >> threadId >> modulePath >> caller;
+    }
+}
+
+void CDbApiHeaderContent::Clear() {
+    *this = CDbApiHeaderContent();
+}
+
+int SendDbApiHeader(CPipeClient& client, const wchar_t* caller) noexcept {
+    try {
+        if (SendFrame(client, caller)) {
+            return 1;
+        }
+        WRB_LOG(kLogError, L"%s - fail to send DB API header", L"SendDbApiHeader");
+    } catch (const std::exception& exception) {
+        WRB_LOG(kLogError, L"%s - %S", L"SendDbApiHeader", exception.what());
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    }
+    return 0;
+}
