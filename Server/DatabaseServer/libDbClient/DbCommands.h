@@ -1,0 +1,62 @@
+// The commands of the database server as data, shared by the client (which builds the requests) and by a back end
+// (which answers them): name on the wire, shape of the answer, fields. DbCommands.inc holds the rows.
+//
+// Text commands are a CCmdProtocol text: name, reply id, request fields. The reply id names the reply pipe "DbCln_%d";
+// -1 stands there when no answer is wanted. Commands whose answer is Message are serialized instead.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+enum class DbAnswer : uint8_t {
+    None,     // a write: nothing comes back
+    Number,   // one decimal number
+    Text,     // the text as it came; fields in it are the caller's business
+    Record,   // a fixed list of fields, TAB between them
+    List,     // any number of fields, TAB between them; an empty one ends the list
+    Message,  // serialized: a message whose body is one record
+};
+
+enum class DbCommand : uint8_t {
+#define WRB_DB_COMMAND(id, name, answer, request, fields) id,
+#include "DbCommands.inc"
+#undef WRB_DB_COMMAND
+};
+
+struct tagDbCommand {
+    DbCommand id;
+    const wchar_t* name;
+    DbAnswer answer;
+    const char* requestFields;  // names of the fields behind the reply id, ", " between them
+    const char* answerFields;   // the same for the answer; a description where the number of fields is open
+};
+
+inline constexpr tagDbCommand kDbCommands[] = {
+#define WRB_DB_COMMAND(id, name, answer, request, fields) {DbCommand::id, L"" name, DbAnswer::answer, request, fields},
+#include "DbCommands.inc"
+#undef WRB_DB_COMMAND
+};
+
+namespace wrb {
+
+constexpr const tagDbCommand& DescribeDbCommand(DbCommand command) {
+    return kDbCommands[static_cast<std::size_t>(command)];
+}
+
+constexpr const wchar_t* DbName(DbCommand command) {
+    return DescribeDbCommand(command).name;
+}
+
+// The command with this name on the wire (case-sensitive), if there is one.
+constexpr std::optional<DbCommand> FindDbCommand(std::wstring_view name) {
+    for (const tagDbCommand& command : kDbCommands) {
+        if (name == command.name) {
+            return command.id;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace wrb

@@ -1,0 +1,79 @@
+#include "DbRequest.h"
+
+#include <cstring>
+#include <cwchar>
+
+#include "MsgSerializer.h"
+#include "PipeServer.h"
+#include "Text.h"
+
+namespace {
+
+constexpr std::size_t kUidCharacters = 36;
+
+template <typename String>
+bool Ask(const CCmdProtocol& request, int32_t replyId, String& answer) {
+    CPipeServer server;
+    if (wrb::SendAndRecv(request, replyId, server, kDbAnswerSeconds, L"") != 1) {
+        return false;
+    }
+    if (!server.FetchCmd(answer)) {
+        WRB_LOG(kLogError, L"PipeServer.FetchCmd Failed!");
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool wrb::AskDb(const CCmdProtocol& request, int32_t replyId, std::string& answer) {
+    return Ask(request, replyId, answer);
+}
+
+bool wrb::AskDb(const CCmdProtocol& request, int32_t replyId, std::wstring& answer) {
+    return Ask(request, replyId, answer);
+}
+
+std::wstring wrb::TextOfDbAnswer(const std::string& bytes) {
+    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
+    return text;
+}
+
+bool wrb::OpenDbRecord(const std::wstring& answer, const wchar_t* name, CCmdProtocol& fields) {
+    fields = CCmdProtocol(answer.c_str());
+    if (answer.empty()) {
+        WRB_LOG(kLogDebug, L"%s - empty answer", name);
+    }
+    return !answer.empty();
+}
+
+bool wrb::ReadDbNumber(const wchar_t* name, uint32_t& value, const wchar_t* uid, uint32_t number) noexcept {
+    return GuardDbCall(name, [&] {
+        std::wstring answer;
+        if (!ReadDbText(name, answer, uid, number)) {
+            return false;
+        }
+        value = static_cast<uint32_t>(ParseInt32(answer));
+        return true;
+    });
+}
+
+bool wrb::ReadDbRecord(const wchar_t* name, CCmdProtocol& fields, const wchar_t* uid, uint32_t number) noexcept {
+    return GuardDbCall(name, [&] {
+        std::wstring answer;
+        return ReadDbText(name, answer, uid, number) && OpenDbRecord(answer, name, fields);
+    });
+}
+
+bool wrb::ReadDbMessage(DbCommand command, const wchar_t* uid, const wchar_t* caller, ISerializable& record) noexcept {
+    return GuardDbCall(caller, [&] {
+        CMsgSerializer message(DbName(command));
+        message << (uid == nullptr ? std::wstring() : std::wstring(uid, wcsnlen(uid, kUidCharacters)));
+        if (dbSendAndRecv(message, caller, kDbAnswerSeconds) != 1) {
+            return false;
+        }
+        message >> record;
+        return true;
+    });
+}

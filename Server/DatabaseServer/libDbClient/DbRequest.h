@@ -1,0 +1,85 @@
+// Builders shared by the functions of this library: a request from a command and its fields, and the answer in one of
+// the shapes of DbCommands.h. Not for callers outside.
+//
+// Fields are what CCmdProtocol appends: wide texts (null counts as empty) and 32-bit numbers.
+//
+// Answers are read without trust: an odd last byte is dropped, a text where a number belongs reads as 0, missing fields
+// are empty or 0, spare ones are ignored, and everything but a plain text ends at its first NUL. A record or list must
+// have at least one byte: an empty answer is how the server says that it does not know the agent.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "CmdProtocol.h"
+#include "DbCommands.h"
+#include "DbGuard.h"
+#include "DbTransport.h"
+
+class ISerializable;
+
+namespace wrb {
+
+// Sends the request and fetches its answer: the bytes, or the same as characters.
+bool AskDb(const CCmdProtocol& request, int32_t replyId, std::string& answer);
+bool AskDb(const CCmdProtocol& request, int32_t replyId, std::wstring& answer);
+
+std::wstring TextOfDbAnswer(const std::string& bytes);
+
+// Turns a record's answer into fields to read; false, and a log line, when there is no byte in it.
+bool OpenDbRecord(const std::wstring& answer, const wchar_t* name, CCmdProtocol& fields);
+
+template <typename... Fields>
+CCmdProtocol MakeDbRequest(const wchar_t* name, int32_t replyId, const Fields&... parameters) {
+    CCmdProtocol request;
+    request << name << replyId;
+    static_cast<void>((request << ... << parameters));
+    return request;
+}
+
+template <typename... Fields>
+bool ReadDbText(const wchar_t* name, std::wstring& answer, const Fields&... parameters) noexcept {
+    return GuardDbCall(name, [&] {
+        const int32_t replyId = NewDbReplyId();
+        std::string bytes;
+        if (!AskDb(MakeDbRequest(name, replyId, parameters...), replyId, bytes)) {
+            return false;
+        }
+        answer = TextOfDbAnswer(bytes);
+        return true;
+    });
+}
+
+bool ReadDbNumber(const wchar_t* name, uint32_t& value, const wchar_t* uid, uint32_t number) noexcept;
+
+// `fields` is left standing at the answer's first field.
+bool ReadDbRecord(const wchar_t* name, CCmdProtocol& fields, const wchar_t* uid, uint32_t number) noexcept;
+
+// A record that is nothing but numbers.
+template <typename... Numbers>
+bool ReadDbNumbers(const wchar_t* name, const wchar_t* uid, uint32_t number, Numbers&... numbers) noexcept {
+    return GuardDbCall(name, [&] {
+        CCmdProtocol fields;
+        if (!ReadDbRecord(name, fields, uid, number)) {
+            return false;
+        }
+        static_cast<void>((fields >> ... >> numbers));
+        return true;
+    });
+}
+
+// A text whose request fields the caller has put together, TAB between them; an empty text stands for no field.
+inline bool ReadDbPrebuilt(const wchar_t* name, std::wstring& answer, const std::wstring& parameters) noexcept {
+    return parameters.empty() ? ReadDbText(name, answer) : ReadDbText(name, answer, parameters);
+}
+
+// Serialized form: the message is named by the command and its body is the uid, cut to the 36 characters that a uid
+// field holds; the answer's body is the record.
+bool ReadDbMessage(DbCommand command, const wchar_t* uid, const wchar_t* caller, ISerializable& record) noexcept;
+
+template <typename... Fields>
+bool WriteDb(const wchar_t* name, const Fields&... parameters) noexcept {
+    return GuardDbCall(name, [&] { return Send(MakeDbRequest(name, kDbNoReplyId, parameters...), L"") == 1; });
+}
+
+}  // namespace wrb
