@@ -1,0 +1,27 @@
+#include "CommandCatalog.h"
+
+#include <algorithm>
+
+namespace wrb {
+namespace {
+
+using namespace std::string_view_literals;
+
+#define WRB_COMMAND(name, handler, role, fields, answers) {#name, role, fields, answers, #handler##sv != "nullptr"sv},
+constexpr CommandEntry kCatalog[] = {
+#include "CommandTable.inc"
+};
+#undef WRB_COMMAND
+
+}  // namespace
+
+std::span<const CommandEntry> CommandCatalog() {
+    return kCatalog;
+}
+
+const CommandEntry* FindCommand(std::string_view name) {
+    const auto row = std::ranges::find(kCatalog, name, &CommandEntry::name);
+    return row == std::end(kCatalog) ? nullptr : &*row;
+}
+
+}  // namespace wrb

@@ -1,0 +1,83 @@
+#include <windows.h>
+
+#include <cstdio>
+#include <string>
+
+#include "CommandCatalog.h"
+#include "Commands.h"
+#include "Console.h"
+#include "CounterSection.h"
+#include "ExitCode.h"
+#include "JsonOutput.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+std::string TextLine(const char* format, const char* name, const HandlerCounterSlot& slot) {
+    char line[160];
+    const int length = std::snprintf(line, sizeof line, format, name, slot.calls, slot.average, slot.maximum,
+                                     static_cast<unsigned long long>(slot.total));
+    return std::string(line, static_cast<std::size_t>(length));
+}
+
+std::string TextTable(const CCounterReader& reader, bool all) {
+    std::string text = "command                                    calls   avg ms   max ms     total ms\n";
+    uint32_t index = 0;
+    for (const CommandEntry& entry : CommandCatalog()) {
+        const HandlerCounterSlot slot = reader.Slot(index++);
+        if (all || slot.calls != 0) {
+            text += TextLine("%-38s %9u %8u %8u %12llu\n", entry.name.data(), slot);
+        }
+    }
+    return text + "calls in progress: " + std::to_string(reader.CallsInProgress()) + "\n";
+}
+
+Json::Value JsonTable(const CCounterReader& reader, bool all) {
+    Json::Value result;
+    result["callsInProgress"] = reader.CallsInProgress();
+    Json::Value& commands = result["commands"] = Json::Value(Json::arrayValue);
+    uint32_t index = 0;
+    for (const CommandEntry& entry : CommandCatalog()) {
+        const HandlerCounterSlot slot = reader.Slot(index++);
+        if (all || slot.calls != 0) {
+            Json::Value row;
+            row["name"] = std::string(entry.name);
+            row["calls"] = slot.calls;
+            row["averageMs"] = slot.average;
+            row["maximumMs"] = slot.maximum;
+            row["totalMs"] = static_cast<Json::UInt64>(slot.total);
+            commands.append(row);
+        }
+    }
+    return result;
+}
+
+int ReportAttach(CounterAttach result, uint32_t error) {
+    PrintErr("wrbctl: " + WideToUtf8(CounterAttachText(result)) +
+             (error != 0 ? " (system error " + std::to_string(error) + ")" : std::string()) + "\n");
+    return result == CounterAttach::Missing ? kExitServiceNotRunning : kExitFailed;
+}
+
+}  // namespace
+
+int RunCounters(const CountersOptions& options) {
+    CCounterReader reader;
+    uint32_t error = 0;
+    if (const CounterAttach result = reader.Attach(error); result != CounterAttach::Attached) {
+        return ReportAttach(result, error);
+    }
+    for (unsigned look = 1;; ++look) {
+        if (options.json) {
+            PrintJson(JsonTable(reader, options.all));
+        } else {
+            PrintOut(TextTable(reader, options.all));
+        }
+        if (options.interval <= 0 || look == options.times) {
+            return kExitOk;
+        }
+        Sleep(static_cast<DWORD>(options.interval * 1000));
+    }
+}
+
+}  // namespace wrb

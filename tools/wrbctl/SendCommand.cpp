@@ -1,0 +1,139 @@
+#include <windows.h>
+// objbase.h needs windows.h before it.
+#include <objbase.h>
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+
+#include "CmdProtocol.h"
+#include "CommandCatalog.h"
+#include "Commands.h"
+#include "Console.h"
+#include "ExitCode.h"
+#include "Handle.h"
+#include "JsonOutput.h"
+#include "PipeClient.h"
+#include "PipeServer.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+constexpr wchar_t kHostPipe[] = L"Calloway Systems WRBY Command Handler Manager";
+
+int Fail(ExitCode code, const std::string& message) {
+    PrintErr("wrbctl: " + message + "\n");
+    return code;
+}
+
+int FailSystem(ExitCode code, const std::string& what, DWORD error) {
+    return Fail(code, what + " (system error " + std::to_string(error) + ")");
+}
+
+// Unique on the machine, and 49 characters long: some upload commands cut up to 33 characters off the name.
+std::wstring NewReplyPipeName() {
+    GUID guid{};
+    wchar_t text[40] = L"{}";
+    if (FAILED(CoCreateGuid(&guid)) || StringFromGUID2(guid, text, 40) == 0) {
+        return FormatWide(L"wrbctl-reply-%08u-%08u-0000-000000000000", GetCurrentProcessId(), GetTickCount());
+    }
+    return L"wrbctl-reply-" + std::wstring(text + 1, 36);
+}
+
+CKernelHandle StartTimer(double seconds) {
+    CKernelHandle timer(CreateWaitableTimerW(nullptr, TRUE, nullptr));
+    LARGE_INTEGER due{};
+    due.QuadPart = -static_cast<LONGLONG>(seconds * 10'000'000);
+    if (timer && !SetWaitableTimer(timer.Get(), &due, 0, nullptr, nullptr, FALSE)) {
+        timer.Reset();
+    }
+    return timer;
+}
+
+bool Expired(HANDLE timer) {
+    return WaitForSingleObject(timer, 0) == WAIT_OBJECT_0;
+}
+
+std::wstring BuildMessage(const SendOptions& options, const CommandEntry& entry, const std::wstring& replyPipe) {
+    CCmdProtocol message;
+    message << Utf8ToWide(options.command);
+    if (entry.answers) {
+        message << replyPipe;
+    }
+    for (const std::string& field : options.fields) {
+        message << Utf8ToWide(field);
+    }
+    return std::wstring(message.Text());
+}
+
+// 0, or the exit code of a failure that has been reported.
+int SendToHost(const std::wstring& message) {
+    CPipeClient client;
+    uint64_t bytes = message.size() * sizeof(wchar_t);
+    if (!client.Initial(kHostPipe)) {
+        const DWORD error = GetLastError();
+        return error == ERROR_FILE_NOT_FOUND ? Fail(kExitServiceNotRunning, "the host is not running; start wrbhost")
+                                             : FailSystem(kExitFailed, "cannot connect to the host", error);
+    }
+    if (!client.Send(message.data(), bytes)) {
+        return FailSystem(kExitFailed, "cannot send to the host", GetLastError());
+    }
+    return kExitOk;
+}
+
+void PrintAnswer(const SendOptions& options, const CommandEntry& entry, const std::wstring& answer, double ms) {
+    if (!options.json) {
+        const std::string text = WideToUtf8(answer);
+        PrintOut(text.empty() || text.back() == '\n' ? text : text + "\n");
+        return;
+    }
+    Json::Value result;
+    result["command"] = options.command;
+    result["answers"] = entry.answers;
+    if (entry.answers) {
+        result["answer"] = WideToUtf8(answer);
+        result["bytes"] = static_cast<Json::UInt64>(answer.size() * sizeof(wchar_t));
+        result["milliseconds"] = ms;
+    }
+    PrintJson(result);
+}
+
+int Exchange(const SendOptions& options, const CommandEntry& entry) {
+    const auto start = std::chrono::steady_clock::now();
+    const std::wstring replyPipe = NewReplyPipeName();
+    const CKernelHandle timer = StartTimer(options.timeoutSeconds);
+    CPipeServer server;
+    if (entry.answers && (!timer || !server.Initial(replyPipe.c_str(), timer.Get()))) {
+        return FailSystem(kExitFailed, "cannot open the reply pipe", GetLastError());
+    }
+    if (const int code = SendToHost(BuildMessage(options, entry, replyPipe)); code != kExitOk) {
+        return code;
+    }
+    std::wstring answer;
+    if (entry.answers && !server.FetchCmd(answer)) {
+        return Expired(timer.Get()) ? Fail(kExitTimedOut, "no answer in time")
+                                    : Fail(kExitFailed, "cannot read the answer");
+    }
+    const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start;
+    PrintAnswer(options, entry, answer, elapsed.count());
+    return kExitOk;
+}
+
+}  // namespace
+
+int RunSend(const SendOptions& options) {
+    const CommandEntry* const entry = FindCommand(options.command);
+    if (entry == nullptr) {
+        return Fail(kExitUsage, "no command " + options.command + "; 'wrbctl commands' lists them");
+    }
+    if (!entry->built) {
+        return Fail(kExitFailed, options.command + " is not built yet: the library would answer nothing");
+    }
+    if (std::ranges::any_of(options.fields, [](const std::string& field) { return field.find('\t') != field.npos; })) {
+        return Fail(kExitUsage, "a field cannot hold a TAB");
+    }
+    return Exchange(options, *entry);
+}
+
+}  // namespace wrb

@@ -1,0 +1,100 @@
+// wrbctl: sends commands to the host and shows what the server shares about itself.
+#include <exception>
+
+#include "CommandLine.h"
+#include "Commands.h"
+#include "Console.h"
+#include "DebugLog.h"
+#include "ExitCode.h"
+
+namespace {
+
+constexpr char kExamples[] = R"(Examples:
+  wrbctl send CMDHL_GET_MS_CFG 11111111-2222-3333-4444-555555555555
+  wrbctl send CMDHL_GET_MS_CFG ""            server-wide settings
+  wrbctl send CMDHL_ECHO hello --json
+  wrbctl counters --interval 2               every two seconds, until Ctrl-C
+  wrbctl log-level W                         errors and warnings only
+
+Exit codes: 0 done, 1 failed, 2 wrong command line, 3 service not running, 4 timed out.
+)";
+
+struct Options {
+    wrb::SendOptions send;
+    wrb::CountersOptions counters;
+    std::optional<std::string> level;
+    double levelTimeout = 10;
+    bool json = false;
+};
+
+void AddTimeout(CLI::App& app, double& seconds) {
+    app.add_option("--timeout", seconds, "Seconds to wait for the server")
+        ->check(CLI::Range(0.001, 86400.0))
+        ->capture_default_str();
+}
+
+CLI::App* AddSend(CLI::App& app, Options& options) {
+    CLI::App* const send = app.add_subcommand("send", "Send a command to the host and print its answer as UTF-8");
+    send->add_option("command", options.send.command, "Command name, as 'wrbctl commands' lists it")->required();
+    send->add_option("fields", options.send.fields, "Fields behind the reply pipe, which wrbctl adds itself");
+    AddTimeout(*send, options.send.timeoutSeconds);
+    send->add_flag("--json", options.json, "Print a JSON object");
+    return send;
+}
+
+CLI::App* AddCounters(CLI::App& app, Options& options) {
+    CLI::App* const counters =
+        app.add_subcommand("counters", "Show calls and run times of each command, from shared memory");
+    counters->add_flag("--all", options.counters.all, "Also commands that were never called");
+    CLI::Option* const interval =
+        counters->add_option("--interval", options.counters.interval, "Look again every so many seconds");
+    interval->check(CLI::Range(0.1, 86400.0));
+    counters->add_option("--times", options.counters.times, "How many looks; without it until Ctrl-C")->needs(interval);
+    counters->add_flag("--json", options.json, "Print a JSON array");
+    return counters;
+}
+
+CLI::App* AddLogLevel(CLI::App& app, Options& options) {
+    CLI::App* const level =
+        app.add_subcommand("log-level", "Show the debug log's filter, or have the log service change it");
+    level->add_option("level", options.level, "F, E, W, I, D or 'all': lines up to that level are written");
+    AddTimeout(*level, options.levelTimeout);
+    level->add_flag("--json", options.json, "Print a JSON object");
+    return level;
+}
+
+int Run() {
+    CLI::App app{"Client of the Warrenby command handler", "wrbctl"};
+    app.require_subcommand(1);
+    app.footer(kExamples);
+    Options options;
+    CLI::App* const send = AddSend(app, options);
+    CLI::App* const commands = app.add_subcommand("commands", "List the 72 commands");
+    commands->add_flag("--json", options.json, "Print a JSON array");
+    CLI::App* const counters = AddCounters(app, options);
+    AddLogLevel(app, options);
+    if (const auto code = wrb::ParseArguments(app, wrb::Utf8Arguments())) {
+        return *code;
+    }
+    options.send.json = options.counters.json = options.json;
+    if (*send) {
+        return wrb::RunSend(options.send);
+    }
+    if (*commands) {
+        return wrb::RunCommands(options.json);
+    }
+    return *counters ? wrb::RunCounters(options.counters)
+                     : wrb::RunLogLevel(options.level, options.levelTimeout, options.json);
+}
+
+}  // namespace
+
+int main() {
+    try {
+        DebugLogSetup(L"", L"", "WRBCTL", true);
+        return Run();
+    } catch (const std::exception& error) {
+        wrb::PrintErr(std::string("wrbctl: ") + error.what() + "\n");
+        return wrb::kExitFailed;
+    }
+}
