@@ -1,10 +1,15 @@
 #include "AccBuffer.h"
 
+#include <windows.h>
+
 #include <limits>
 #include <utility>
 
+#include "DebugLog.h"
 #include "IPCMsgBufferException.h"
-#include "SourceFile.h"
+#include "SpillFile.h"
+
+CAccBuffer::CAccBuffer(uint32_t increment) noexcept : m_increment(increment == 0 ? kDefaultIncrement : increment) {}
 
 CAccBuffer::CAccBuffer(const CAccBuffer& other) : m_increment(other.m_increment) {
     *this = other;
@@ -16,16 +21,21 @@ CAccBuffer& CAccBuffer::operator=(const CAccBuffer& other) {
     }
     Empty();
     m_increment = other.m_increment;
-    wrb::CBlock copy = wrb::AllocateBlock(other.m_used);
-    if (copy && other.m_used > 0) {
-        std::memcpy(copy.get(), other.m_data, other.m_used);
-        AttachBlock(copy.release(), other.m_used, true, m_increment);
+    if (other.Data() == nullptr) {
+        return *this;
     }
+    wrb::CBlock copy = wrb::AllocateBlock(other.m_used);
+    if (!copy) {
+        WRB_LOG(kLogError, L"%s - Failed to allocate memory!", L"CAccBuffer::operator =");
+        return *this;
+    }
+    std::memcpy(copy.get(), other.m_data, other.m_used);
+    AttachBlock(copy.release(), other.m_used, true, m_increment);
     return *this;
 }
 
 CAccBuffer::~CAccBuffer() {
-    Empty();
+    AttachBlock(nullptr, 0, false, m_increment);
 }
 
 void CAccBuffer::Reserve(uint32_t count) noexcept {
@@ -35,7 +45,13 @@ void CAccBuffer::Reserve(uint32_t count) noexcept {
 }
 
 void CAccBuffer::Empty() noexcept {
-    AttachBlock(nullptr, 0, false, m_increment);
+    if (!m_ownsData || m_capacity > kKeptCapacity) {
+        AttachBlock(nullptr, 0, false, m_increment);
+        return;
+    }
+    ForgetSpill();
+    m_used = 0;
+    m_fastEnd = m_capacity;
 }
 
 void CAccBuffer::AttachBlock(uint8_t* block, uint32_t length, bool owned, uint32_t increment) noexcept {
@@ -48,6 +64,13 @@ void CAccBuffer::AttachBlock(uint8_t* block, uint32_t length, bool owned, uint32
     m_fastEnd = length;
     m_increment = increment;
     m_ownsData = owned;
+    ForgetSpill();
+}
+
+void CAccBuffer::ForgetSpill() noexcept {
+    m_spillFailed = false;
+    m_inFileOnly = 0;
+    m_spill.reset();
 }
 
 wrb::CBlock CAccBuffer::DetachBlock() {
@@ -67,7 +90,47 @@ void CAccBuffer::Overwrite(uint32_t offset, const void* bytes, uint32_t count) {
     std::memcpy(m_data + offset, bytes, count);
 }
 
+bool CAccBuffer::CreateFileModeFile() {
+    m_spill = wrb::CSpillFile::Create();
+    m_spillFailed = !m_spill;
+    if (!m_spill) {
+        const auto error = static_cast<int>(GetLastError());
+        WRB_LOG(kLogError, L"%s - [File mode] No temporary file, the message stays in memory. err = %d",
+                L"CAccBuffer::CreateFileModeFile", error);
+        return false;
+    }
+    WRB_LOG(kLogDebug, L"%s - [File mode] File = %s", L"CAccBuffer::CreateFileModeFile", m_spill->Path().c_str());
+    m_spill->Write(m_data, m_used);
+    SetFastEnd();
+    return true;
+}
+
+std::unique_ptr<wrb::CSpillFile> CAccBuffer::DetachSpillFile() noexcept {
+    std::unique_ptr<wrb::CSpillFile> file = std::move(m_spill);
+    Empty();
+    return file;
+}
+
 void CAccBuffer::AppendSlowly(const void* bytes, uint32_t count) {
+    if (m_capacity >= kSpillCapacity && !m_spill && !m_spillFailed) {
+        CreateFileModeFile();
+    }
+    if (m_spill) {
+        AppendToFile(bytes, count);
+    } else {
+        AppendToBlock(bytes, count);
+    }
+}
+
+void CAccBuffer::AppendToFile(const void* bytes, uint32_t count) {
+    if (count > std::numeric_limits<uint32_t>::max() - Size()) {
+        throw CIPCMsgBufferException(CIPCMsgBufferException::kOutOfRange, WRB_SOURCE_FILE, __LINE__);
+    }
+    m_spill->Write(bytes, count);
+    m_inFileOnly += count;
+}
+
+void CAccBuffer::AppendToBlock(const void* bytes, uint32_t count) {
     if (count > m_capacity - m_used) {
         if (GrownCapacity(m_capacity, count, m_increment) > std::numeric_limits<uint32_t>::max()) {
             throw CIPCMsgBufferException(CIPCMsgBufferException::kOutOfRange, WRB_SOURCE_FILE, __LINE__);
@@ -99,5 +162,6 @@ bool CAccBuffer::TryGrow(uint32_t count) noexcept {
 }
 
 void CAccBuffer::SetFastEnd() noexcept {
-    m_fastEnd = m_capacity < kSpillCapacity ? m_capacity : m_used;
+    const bool mayCopy = m_capacity < kSpillCapacity && !m_spill;
+    m_fastEnd = mayCopy ? m_capacity : m_used;
 }

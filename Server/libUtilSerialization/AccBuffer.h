@@ -1,24 +1,32 @@
 // CAccBuffer: the growing block of bytes under every binary message.
 //
-// Appending grows the block by whole increments (see GrownCapacity). A buffer whose capacity has reached 2 MiB moves
-// its bytes to a temporary file at the next append and from then on only the file grows: the buffer is in *file mode*,
-// and Data() is null until the owner empties it.
+// Appending grows the block by whole increments (see GrownCapacity). A buffer whose capacity has reached 2 MiB copies
+// its bytes to a temporary file at the next append, and from then on only the file grows: the buffer is in *file mode*
+// until it is emptied. Data() is then null, because the block no longer holds everything; what it held can still be
+// read. Where no temporary file can be made the buffer stays in memory and does not try again.
 //
 // Errors: a block that cannot be allocated throws CIPCMsgBufferException kInvalidBuffer, a size that 32 bits cannot
-// hold kOutOfRange; the bytes written before stay as they were. One thread at a time.
+// hold kOutOfRange; the bytes written before stay as they were. A write to the temporary file that fails shows when the
+// message is finalized. One thread at a time.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
 
 #include "Block.h"
+
+namespace wrb {
+class CSpillFile;
+}
 
 class CAccBuffer {
   public:
     static constexpr uint32_t kDefaultIncrement = 1024;
     static constexpr uint32_t kSpillCapacity = 0x200000;  // bytes of capacity at which the next append goes to a file
+    static constexpr uint32_t kKeptCapacity = 0x10000;    // largest block that an emptied buffer keeps
 
-    explicit CAccBuffer(uint32_t increment = kDefaultIncrement) noexcept : m_increment(increment) {}
+    explicit CAccBuffer(uint32_t increment = kDefaultIncrement) noexcept;
     CAccBuffer(const CAccBuffer& other);
 
     // Copies the bytes into a block of its own. When there is no memory for them the target is left empty and a log
@@ -27,24 +35,26 @@ class CAccBuffer {
     virtual ~CAccBuffer();
 
     void Append(const void* bytes, uint32_t count) {
-        if (count > m_fastEnd - m_used) {
+        if (uint8_t* room = TryClaim(count)) {
+            std::memcpy(room, bytes, count);
+        } else {
             AppendSlowly(bytes, count);
-            return;
         }
-        std::memcpy(m_data + m_used, bytes, count);
-        m_used += count;
     }
 
     // Makes room for `count` more bytes, so that a writer that knows its size grows the block once. Only a hint: it
     // never throws and never takes the capacity to the size at which a buffer spills.
     void Reserve(uint32_t count) noexcept;
 
-    uint32_t Size() const noexcept { return m_used; }
+    // Bytes written, in memory or to the file.
+    uint32_t Size() const noexcept { return m_used + m_inFileOnly; }
     uint32_t Capacity() const noexcept { return m_capacity; }
     uint32_t Increment() const noexcept { return m_increment; }
 
     // Valid until the next append or change of content; null in file mode and while nothing has been written.
-    const uint8_t* Data() const noexcept { return m_data; }
+    const uint8_t* Data() const noexcept { return m_spill ? nullptr : m_data; }
+
+    bool InFileMode() const noexcept { return m_spill != nullptr; }
 
     // Capacity of a block of `capacity` bytes after it has made room for `count` more: their sum, rounded up to the
     // next multiple of `increment`; a sum that is a multiple already still gains one whole increment.
@@ -54,8 +64,28 @@ class CAccBuffer {
     }
 
   protected:
-    // Frees the block.
+    // Forgets the content and deletes the temporary file. A small block is kept, so that an object that is used for one
+    // message after the other does not allocate each time.
     void Empty() noexcept;
+
+    // Room for `count` bytes, counted as written, when they fit without a decision; else null and nothing is changed.
+    uint8_t* TryClaim(uint32_t count) noexcept {
+        if (count > m_fastEnd - m_used) {
+            return nullptr;
+        }
+        uint8_t* room = m_data + m_used;
+        m_used += count;
+        return room;
+    }
+
+    // Switches to file mode now. False when no temporary file can be made.
+    bool CreateFileModeFile();
+
+    // The temporary file, null in memory.
+    wrb::CSpillFile* SpillFile() const noexcept { return m_spill.get(); }
+
+    // Gives the temporary file away and empties the buffer.
+    std::unique_ptr<wrb::CSpillFile> DetachSpillFile() noexcept;
 
     // Uses `block` in place of its own; `increment` is the granule from now on. An owned block comes from AllocateBlock
     // and is freed by the buffer; one that is not owned must outlive its use and is never written to.
@@ -69,7 +99,10 @@ class CAccBuffer {
 
   private:
     void AppendSlowly(const void* bytes, uint32_t count);
+    void AppendToBlock(const void* bytes, uint32_t count);
+    void AppendToFile(const void* bytes, uint32_t count);
     bool TryGrow(uint32_t count) noexcept;
+    void ForgetSpill() noexcept;
     void SetFastEnd() noexcept;
 
     friend class CIPCMsgBuffer;  // reads at full speed
@@ -80,4 +113,7 @@ class CAccBuffer {
     uint32_t m_fastEnd = 0;  // appends that end here or before need no decision; never below m_used
     uint8_t* m_data = nullptr;
     bool m_ownsData = false;
+    bool m_spillFailed = false;
+    uint32_t m_inFileOnly = 0;  // bytes in the temporary file behind those that the block holds too
+    std::unique_ptr<wrb::CSpillFile> m_spill;
 };

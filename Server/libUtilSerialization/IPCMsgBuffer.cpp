@@ -1,16 +1,30 @@
 #include "IPCMsgBuffer.h"
 
+#include <algorithm>
 #include <cwchar>
 #include <limits>
 
+#include "DebugLog.h"
 #include "IPCMsgBufferException.h"
-#include "SourceFile.h"
+#include "SpillFile.h"
 
 namespace {
 
 constexpr uint32_t kLengthWord = 4;  // bytes of the length in front of a value
 
 }  // namespace
+
+CIPCMsgBuffer::CIPCMsgBuffer(const CIPCMsgBuffer& other) : CAccBuffer(other.Increment()) {
+    *this = other;
+}
+
+// The bytes may not have come along (CAccBuffer), and the cursor never stands behind the last one.
+CIPCMsgBuffer& CIPCMsgBuffer::operator=(const CIPCMsgBuffer& other) {
+    CAccBuffer::operator=(other);
+    m_position = std::min(other.m_position, m_used);
+    m_previousPosition = std::min(other.m_previousPosition, m_used);
+    return *this;
+}
 
 CIPCMsgBuffer& CIPCMsgBuffer::operator<<(const wchar_t* text) {
     return text == nullptr ? WriteText(L"", 0) : WriteText(text, std::wcslen(text));
@@ -22,15 +36,20 @@ CIPCMsgBuffer& CIPCMsgBuffer::operator<<(std::span<const uint8_t> block) {
     return *this;
 }
 
-// `text` is terminated, so the NUL travels with the same copy.
+// `text` is terminated, so the NUL travels with the same copy. The longest text leaves room for its length word.
 CIPCMsgBuffer& CIPCMsgBuffer::WriteText(const wchar_t* text, std::size_t length) {
-    constexpr std::size_t kLongest = std::numeric_limits<uint32_t>::max() / sizeof(wchar_t) - 1;
+    constexpr std::size_t kLongest = std::numeric_limits<uint32_t>::max() / sizeof(wchar_t) - 3;
     if (length > kLongest) {
         throw CIPCMsgBufferException(CIPCMsgBufferException::kOutOfRange, WRB_SOURCE_FILE, __LINE__);
     }
     const auto bytes = static_cast<uint32_t>((length + 1) * sizeof(wchar_t));
-    Append(&bytes, sizeof bytes);
-    Append(text, bytes);
+    if (uint8_t* room = TryClaim(kLengthWord + bytes)) {
+        std::memcpy(room, &bytes, kLengthWord);
+        std::memcpy(room + kLengthWord, text, bytes);
+    } else {
+        Append(&bytes, kLengthWord);
+        Append(text, bytes);
+    }
     return *this;
 }
 
@@ -74,6 +93,11 @@ CIPCMsgBuffer& CIPCMsgBuffer::operator>>(std::vector<uint8_t>& block) {
 std::span<const uint8_t> CIPCMsgBuffer::TakeBlock() {
     const uint32_t bytes = PeekLength();
     if (bytes > Remaining() - kLengthWord) {
+        WRB_LOG(
+            kLogError,
+            L"%s - CIPCMsgBuffer::operator >>() ==> size error (m_dwCurPos[%d]+iTotalBytes[%d]) > m_dwBytesUsed[%d]",
+            L"CIPCMsgBuffer::operator >>", static_cast<int>(m_position + kLengthWord), static_cast<int>(bytes),
+            static_cast<int>(m_used));
         ThrowUnreadable();
     }
     return {Take(kLengthWord + bytes) + kLengthWord, bytes};
@@ -95,6 +119,12 @@ wrb::CBlock CIPCMsgBuffer::DetachBlock() {
     wrb::CBlock block = CAccBuffer::DetachBlock();
     Empty();
     return block;
+}
+
+std::unique_ptr<wrb::CSpillFile> CIPCMsgBuffer::DetachSpillFile() noexcept {
+    std::unique_ptr<wrb::CSpillFile> file = CAccBuffer::DetachSpillFile();
+    Empty();
+    return file;
 }
 
 uint32_t CIPCMsgBuffer::PeekLength() const {

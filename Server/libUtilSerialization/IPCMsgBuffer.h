@@ -38,6 +38,8 @@ concept WireNumber = std::integral<T> && sizeof(T) <= 4;
 class CIPCMsgBuffer : public CAccBuffer {
   public:
     using CAccBuffer::CAccBuffer;
+    CIPCMsgBuffer(const CIPCMsgBuffer& other);
+    CIPCMsgBuffer& operator=(const CIPCMsgBuffer& other);
 
     // Smallest number of bytes that one array element can take: every value has at least its length word.
     static constexpr uint32_t kSmallestElement = 4;
@@ -69,6 +71,7 @@ class CIPCMsgBuffer : public CAccBuffer {
     void Empty() noexcept;
     void AttachBlock(uint8_t* block, uint32_t length, bool owned, uint32_t increment) noexcept;
     wrb::CBlock DetachBlock();
+    std::unique_ptr<wrb::CSpillFile> DetachSpillFile() noexcept;
 
     // Moves the cursor behind the last byte.
     void SkipToEnd() noexcept { m_position = m_used; }

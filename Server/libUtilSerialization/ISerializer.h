@@ -28,8 +28,9 @@ class ISerializer {
     // Back to an empty message.
     virtual void Reset() = 0;
 
-    // Copies a received message in. False when the message is sound but its body cannot be had; a malformed message
-    // throws CIPCMsgBufferException. After either, the object can be reset, loaded again or destroyed.
+    // Copies a received message in; the bytes are not the message's own. False when the message is sound but its body
+    // cannot be had; a malformed message throws CIPCMsgBufferException. After either, the object can be reset, loaded
+    // again or destroyed.
     virtual bool Load(const void* bytes, uint32_t length) = 0;
 
     // As Load, without copying: `bytes` comes from wrb::AllocateBlock and belongs to the message from the call on,

@@ -5,52 +5,97 @@
 #include <cstring>
 
 #include "Clock.h"
-
-namespace {
-
-constexpr std::array<uint8_t, 16> kNewControlBlock = {0x20, 0xAC, 0, 0, 0x01};
-constexpr uint32_t kStatusOffset = 8;
-
-}  // namespace
+#include "DebugLog.h"
+#include "ResultFile.h"
+#include "SpillFile.h"
 
 std::wstring wrb::MakeMessageId(const std::wstring& name, uint32_t tickCount, uint32_t processId, uint32_t threadId) {
     const auto text = [](uint32_t number) { return std::to_wstring(static_cast<int32_t>(number)); };
     return L"0105" + name + text(tickCount) + L"_" + text(processId) + L"_" + text(threadId);
 }
 
-CMsgSerializer::CMsgSerializer(const wchar_t* name, int)
-    : m_control(kNewControlBlock),
-      m_name(name == nullptr ? L"NULL" : name),
+CMsgSerializer::CMsgSerializer(const wchar_t* name, int mode)
+    : m_name(name == nullptr ? L"NULL" : name),
       m_id(wrb::MakeMessageId(m_name, wrb::SystemClock().TickMilliseconds(), GetCurrentProcessId(),
-                              GetCurrentThreadId())) {
+                              GetCurrentThreadId())),
+      m_mapFrom(wrb::CResultFile::kMapFrom) {
     WriteHeader();
+    if (mode == kInFile) {
+        CreateFileModeFile();
+    }
 }
 
 CMsgSerializer::~CMsgSerializer() = default;
 
 void CMsgSerializer::Reset() {
-    Empty();
+    DropContent();
+    SetBodyPlace(kBodyInMessage);
     WriteHeader();
 }
 
 bool CMsgSerializer::Load(const void* bytes, uint32_t length) {
+    DropContent();
+    DiscardSentFile();
     CSerializer::Load(bytes, length);
-    return ReadHeader();
+    return ReadHeader(Source::kMessage);
 }
 
 bool CMsgSerializer::Attach(uint8_t* bytes, uint32_t length) {
+    DropContent();
+    DiscardSentFile();
     CSerializer::Attach(bytes, length);
-    return ReadHeader();
+    return ReadHeader(Source::kMessage);
 }
 
 bool CMsgSerializer::Finalize() {
+    if (!InFileMode()) {
+        return true;
+    }
+    if (!SpillFile()->Close()) {
+        WRB_LOG(kLogError, L"%s - [File mode] Failed to write %s", L"CMsgSerializer::Finalize",
+                SpillFile()->Path().c_str());
+        return false;
+    }
+    const std::unique_ptr<wrb::CSpillFile> file = DetachSpillFile();
+    if (!file->OpenToReceivers()) {
+        // A receiver under the same account still gets it.
+        WRB_LOG(kLogWarning, L"%s - [File mode] Failed to set the access of %s. err = %d", L"CMsgSerializer::Finalize",
+                file->Path().c_str(), static_cast<int>(GetLastError()));
+    }
+    Reset();
+    Buffer() << file->Path();
+    SetBodyPlace(kBodyInFile);
+    Overwrite(kControlOffset, m_control.data(), sizeof m_control);
+    m_sentFile = file->Path();
+    file->HandOver();
     return true;
 }
 
-uint32_t CMsgSerializer::Status() const noexcept {
-    uint32_t status;
-    std::memcpy(&status, m_control.data() + kStatusOffset, sizeof status);
-    return status;
+void CMsgSerializer::DiscardSentFile() noexcept {
+    if (!m_sentFile.empty()) {
+        DeleteFileW(m_sentFile.c_str());
+        m_sentFile.clear();
+    }
+}
+
+uint32_t CMsgSerializer::ControlWord(uint32_t offset) const noexcept {
+    uint32_t word;
+    std::memcpy(&word, m_control.data() + offset, sizeof word);
+    return word;
+}
+
+void CMsgSerializer::SetControlWord(uint32_t offset, uint32_t value) noexcept {
+    std::memcpy(m_control.data() + offset, &value, sizeof value);
+}
+
+void CMsgSerializer::SetBodyPlace(uint32_t place) noexcept {
+    SetControlWord(kFlagsOffset, (ControlWord(kFlagsOffset) & ~(kBodyInMessage | kBodyInFile)) | place);
+}
+
+// The buffer lets go of a view before the file that it shows is unmapped.
+void CMsgSerializer::DropContent() noexcept {
+    Empty();
+    m_resultFile.reset();
 }
 
 void CMsgSerializer::WriteHeader() {
@@ -58,11 +103,22 @@ void CMsgSerializer::WriteHeader() {
     SkipToEnd();
 }
 
-bool CMsgSerializer::ReadHeader() {
+bool CMsgSerializer::ReadHeader(Source source) {
     Buffer() >> m_formatValue;
     ReadControlBlock();
     Buffer() >> m_name >> m_id;
-    return true;
+    if ((ControlWord(kFlagsOffset) & kBodyInFile) == 0) {
+        return true;
+    }
+    std::wstring path;
+    Buffer() >> path;
+    // A file that names a file would let a sender lead the reader on for ever.
+    if (source == Source::kMessage && ReadFile(path)) {
+        return true;
+    }
+    SetControlWord(kStatusOffset, kStatusNoResultFile);
+    SkipToEnd();
+    return false;
 }
 
 // A block that is too long is passed over; a short one leaves the rest as in a new message.
@@ -72,4 +128,26 @@ void CMsgSerializer::ReadControlBlock() {
     if (block.size() <= m_control.size()) {
         std::memcpy(m_control.data(), block.data(), block.size());
     }
+}
+
+bool CMsgSerializer::ReadFile(const std::wstring& path) {
+    return TakeFile(path) && ReadHeader(Source::kFile);
+}
+
+// Puts the content of the file in the place of the message that named it.
+bool CMsgSerializer::TakeFile(const std::wstring& path) {
+    auto file = std::make_unique<wrb::CResultFile>();
+    if (!file->Open(path)) {
+        return false;
+    }
+    const bool mapped = file->Size() >= m_mapFrom;
+    wrb::CBlock block = mapped ? nullptr : file->Read();
+    uint8_t* bytes = mapped ? file->Map() : block.get();
+    if (bytes == nullptr) {
+        return false;
+    }
+    AttachBlock(bytes, static_cast<uint32_t>(file->Size()), !mapped, kAttachedIncrement);
+    static_cast<void>(block.release());
+    m_resultFile = std::move(file);
+    return true;
 }

@@ -7,19 +7,33 @@
 //   12       16   control block: bytes 20 AC 00 00, u32 flags, u32 status, u32 0
 //   28       ..   name, as text ("NULL" when none is given)
 //   ..       ..   id, as text: "0105", name, tick count, "_", process id, "_", thread id
-//   ..       ..   body values; in file mode one text instead: the path of the file that holds the message
+//   ..       ..   body values; in file mode one text instead: the path of the file that holds the whole message
 //
 // Flags: bit 0 (0x01) the body follows in the message, bit 1 (0x02) it is in a file; one or the other is set.
 // Status: 0, or 0x8009000E when the file that a message names could not be had.
 //
 // The cursor of a new, reset or received message stands at the body. One thread at a time. Not copied.
+//
+// File mode. A message that grows past 2 MiB continues in a temporary file (AccBuffer.h), header first. Finalize turns
+// it into a small message that names the file, with the same name and id. The receiver's Load or Attach reads the file,
+// or maps it from 50 MiB on, and deletes it when the message is reset, loaded again or destroyed. Who owns the file:
+//   until Finalize      the sender's message, which deletes it like any other content;
+//   from Finalize on    the receiver. The sender's object may go away at once, as it must for a message without answer.
+//                       It deletes the file only in DiscardSentFile, for a message that could not be sent or was not
+//                       answered, and in Load, because an answer means that the exchange is over.
+// A file is accepted only by the rules of SpillDirectory.h and ResultFile.h, and its message must hold its body itself.
 #pragma once
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "Serializer.h"
+
+namespace wrb {
+class CResultFile;
+}
 
 class CMsgSerializer : public CSerializer {
   public:
@@ -32,28 +46,56 @@ class CMsgSerializer : public CSerializer {
     CMsgSerializer& operator=(const CMsgSerializer&) = delete;
     ~CMsgSerializer() override;
 
-    // Drops the body and writes the header again, with the same name, id and control block.
+    // Drops the body and writes the header again, with the same name, id and control block; the flags say that the body
+    // follows.
     void Reset() override;
+
+    // False, with the status set and no body to read, when the message names a file that cannot be had.
     bool Load(const void* bytes, uint32_t length) override;
     bool Attach(uint8_t* bytes, uint32_t length) override;
 
-    // Called once by the sender when the message is complete, before GetSize() and Data() are taken.
+    // Called by the sender when the message is complete, before GetSize() and Data() are taken; does nothing in memory.
+    // False when the temporary file did not take all bytes: the message cannot be sent.
     bool Finalize();
+
+    // Deletes the file that Finalize handed over; nothing when there is none or the receiver has done so.
+    void DiscardSentFile() noexcept;
 
     const std::wstring& Name() const noexcept { return m_name; }
     const std::wstring& Id() const noexcept { return m_id; }
-    uint32_t Status() const noexcept;
+    uint32_t Status() const noexcept { return ControlWord(kStatusOffset); }
+
+    // Size in bytes from which a received file is mapped instead of read.
+    void SetMapFrom(uint64_t bytes) noexcept { m_mapFrom = bytes; }
 
   private:
     using ControlBlock = std::array<uint8_t, 16>;
+    enum class Source { kMessage, kFile };
 
+    static constexpr ControlBlock kNewControlBlock = {0x20, 0xAC, 0, 0, 0x01};
+    static constexpr uint32_t kControlOffset = 12;  // in the message
+    static constexpr uint32_t kFlagsOffset = 4;     // in the control block, as the next
+    static constexpr uint32_t kStatusOffset = 8;
+    static constexpr uint32_t kBodyInMessage = 0x01;
+    static constexpr uint32_t kBodyInFile = 0x02;
+
+    uint32_t ControlWord(uint32_t offset) const noexcept;
+    void SetControlWord(uint32_t offset, uint32_t value) noexcept;
+    void SetBodyPlace(uint32_t place) noexcept;
+
+    void DropContent() noexcept;
     void WriteHeader();
-    bool ReadHeader();
+    bool ReadHeader(Source source);
     void ReadControlBlock();
+    bool ReadFile(const std::wstring& path);
+    bool TakeFile(const std::wstring& path);
 
-    ControlBlock m_control;
+    ControlBlock m_control = kNewControlBlock;
     std::wstring m_name;
     std::wstring m_id;
+    std::wstring m_sentFile;                         // handed over by Finalize
+    std::unique_ptr<wrb::CResultFile> m_resultFile;  // outlives the bytes that are a view of it
+    uint64_t m_mapFrom;
 };
 
 namespace wrb {

@@ -38,11 +38,13 @@ void CSerializer::Reset() {
 
 bool CSerializer::Load(const void* bytes, uint32_t length) {
     Empty();
-    Append(bytes, length);
+    if (bytes != nullptr) {
+        Append(bytes, length);
+    }
     return true;
 }
 
 bool CSerializer::Attach(uint8_t* bytes, uint32_t length) {
-    AttachBlock(bytes, length, true, kAttachedIncrement);
+    AttachBlock(bytes, bytes == nullptr ? 0 : length, true, kAttachedIncrement);
     return true;
 }

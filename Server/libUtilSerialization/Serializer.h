@@ -67,16 +67,23 @@ class CSerializer : public ISerializer, private CIPCMsgBuffer {
     }
 
     using CAccBuffer::Data;
+    using CAccBuffer::InFileMode;
     using CAccBuffer::Reserve;
     using CIPCMsgBuffer::Remaining;
+
+    // Gives the block away, GetSize() bytes of it as they were before the call, and leaves the message empty. Throws
+    // kNotOwner when there is none or it is the view of a file.
+    using CIPCMsgBuffer::DetachBlock;
 
   protected:
     CIPCMsgBuffer& Buffer() noexcept { return *this; }
 
+    using CAccBuffer::CreateFileModeFile;
+    using CAccBuffer::Overwrite;
+    using CAccBuffer::SpillFile;
     using CIPCMsgBuffer::AttachBlock;
-    using CIPCMsgBuffer::DetachBlock;
+    using CIPCMsgBuffer::DetachSpillFile;
     using CIPCMsgBuffer::Empty;
-    using CIPCMsgBuffer::Overwrite;
     using CIPCMsgBuffer::SkipToEnd;
     using CIPCMsgBuffer::TakeBlock;
 

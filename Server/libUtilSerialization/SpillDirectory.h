@@ -1,0 +1,29 @@
+// Where messages too large for memory spend their time, and which path a received message may name.
+//
+// A message in file mode names a file that its receiver reads and then deletes, so the path comes from another process
+// and is not to be trusted: a local program could otherwise have a service read, lock or delete any file that the
+// service can reach, or connect to a share or a pipe. Both sides therefore agree on a rule: the file lies directly in a
+// spill directory and has the name that the system gives a temporary file with our prefix. Any account may be granted
+// such a file (see CSpillFile), so the bodies that pass through here are no secret on the machine.
+//
+// Sender and receiver find the same directories when the server is installed ("Local_Path" is set) or when they run
+// under the same account. Silent; any thread.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace wrb {
+
+// In order of preference, without a backslash at the end; directories that the system cannot name are left out:
+// the "temp" folder of the server's home folder, the account's internet cache, the account's temporary folder.
+std::vector<std::wstring> SpillDirectories();
+
+// Makes a new, empty file in the first of the directories that lets it, and returns its full path; empty when none does
+// (GetLastError has the cause of the last).
+std::wstring CreateFileInSpillDirectory();
+
+// The path in its full form when the rule above allows it, else empty. Looks at the text alone, never at the disk.
+std::wstring AcceptedSpillPath(const std::wstring& path);
+
+}  // namespace wrb

@@ -1,0 +1,45 @@
+// CSpillFile: the sender's side of a message in file mode, a temporary file that takes what no longer fits in memory.
+//
+// The file is deleted with the object unless it has been handed over. Nothing throws. One thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <fstream>
+#include <memory>
+#include <string>
+
+namespace wrb {
+
+class CSpillFile {
+  public:
+    // Null when no directory takes a new file; GetLastError has the cause.
+    static std::unique_ptr<CSpillFile> Create();
+
+    CSpillFile(const CSpillFile&) = delete;
+    CSpillFile& operator=(const CSpillFile&) = delete;
+    ~CSpillFile();
+
+    const std::wstring& Path() const noexcept { return m_path; }
+
+    // A write that fails shows at Close.
+    void Write(const void* bytes, uint32_t count);
+
+    // Ends the writing; true when every byte has reached the file.
+    bool Close();
+
+    // Gives Everyone, SYSTEM and the two accounts of the web server (S-1-5-32-568, S-1-5-17) full access: the receiver
+    // may run under any of them, and it deletes the file. False with the cause in GetLastError.
+    bool OpenToReceivers() const;
+
+    // From here on the receiver deletes the file.
+    void HandOver() noexcept { m_deleteFile = false; }
+
+  private:
+    explicit CSpillFile(std::wstring path);
+
+    std::wstring m_path;
+    std::ofstream m_stream;
+    bool m_deleteFile = true;
+};
+
+}  // namespace wrb
