@@ -47,6 +47,7 @@ int RecvMessage(CPipeServer& server, CMsgSerializer& message) {
     std::string answer;
     if (!server.FetchCmd(answer)) {
         WRB_LOG(kLogError, L"[dbSendAndRecv] PipeServer.FetchCmd Failed!");
+        message.DiscardSentFile();
         return 0;
     }
     if (answer.empty()) {
@@ -99,11 +100,18 @@ int dbSend(CMsgSerializer& message, const wchar_t* caller) noexcept {
             WRB_LOG(kLogError, L"[dbSend] cannot finalize %s", message.Name().c_str());
             return 0;
         }
-        return ReportStep(Deliver(message.Data(), message.GetSize(), caller), [](bool opening, DWORD error) {
-            WRB_LOG(kLogError,
-                    opening ? L"[dbSend] Initial pipe client failed! err=%d" : L"[dbSend] pipe send failed!. err=%d",
-                    error);
-        });
+        const Step step = Deliver(message.Data(), message.GetSize(), caller);
+        if (step == Step::Done) {
+            return 1;
+        }
+        const DWORD error = GetLastError();
+        WRB_LOG(
+            kLogError,
+            step == Step::Open ? L"[dbSend] Initial pipe client failed! err=%d" : L"[dbSend] pipe send failed!. err=%d",
+            error);
+        message.DiscardSentFile();
+        SetLastError(error);
+        return 0;
     });
 }
 
