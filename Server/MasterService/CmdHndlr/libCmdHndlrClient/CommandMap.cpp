@@ -1,0 +1,43 @@
+#include "CommandMap.h"
+
+#include <cwchar>
+
+#include "CmdProtocol.h"
+
+namespace wrb {
+namespace {
+
+constexpr wchar_t kPrefix[] = L"CMDHL_";
+constexpr std::size_t kPrefixLength = std::size(kPrefix) - 1;
+constexpr uint64_t kLeastBytes = 15;
+
+}  // namespace
+
+void AddCommands(CommandMap& map, std::span<const tagCommandRow> rows) {
+    for (const tagCommandRow& row : rows) {
+        map.try_emplace(row.name, row.handler);
+    }
+}
+
+unsigned DispatchCommand(const CommandMap& map, const wchar_t* message, uint64_t bytes) {
+    // wcsncmp stops at a terminator, so a measured text may be shorter than the prefix.
+    if (message == nullptr || bytes < kLeastBytes || std::wcsncmp(message, kPrefix, kPrefixLength) != 0) {
+        return 0;
+    }
+    // The size is a signed 32-bit number, and all ones ask for a measured text, which is what -1 means to CCmdProtocol.
+    const auto size = static_cast<int32_t>(static_cast<uint32_t>(bytes));
+    if (size < -1) {
+        return 0;  // a length below nothing holds no command
+    }
+    CCmdProtocol fields(message, size);
+    std::wstring name;
+    fields >> name;
+    const auto found = map.find(name);
+    if (found == map.end() || found->second == nullptr) {
+        return 0;
+    }
+    found->second(fields);
+    return 1;
+}
+
+}  // namespace wrb

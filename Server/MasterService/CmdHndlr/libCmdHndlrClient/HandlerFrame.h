@@ -1,0 +1,35 @@
+// The frame that every answering command shares: an agent's uid goes in, a text goes out to the reply pipe.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "CommandSlot.h"
+
+class CCmdProtocol;
+
+namespace wrb {
+
+// The command's own logic: fills `output` for the agent `uid`, or for the server as a whole when `uid` is empty. With
+// `bResetCfgFlag` it also clears the agent's "changed" bit. False: nothing was found, and `output` is empty.
+using AnswerLogic = bool (*)(std::wstring& output, const wchar_t* uid, bool bResetCfgFlag);
+
+// What sets one answering command apart from another. All texts are formats that live as long as the program.
+struct tagAnswerFrame {
+    CommandSlot slot;  // where its calls are counted
+    AnswerLogic logic;
+    const wchar_t* uidLine;     // logged at level 8 before the logic runs; its %s is the uid
+    const wchar_t* outputLine;  // logged at level 8 after it; its %s is the answer
+    const wchar_t* sourceFile;  // where the log lines say that they come from
+    uint32_t line;
+    const wchar_t* replyFailedLine = nullptr;  // logged when the answer cannot be sent; null: no further line is
+    uint32_t replyFailedLevel = 'E';
+};
+
+// Reads the reply pipe and the uid from `message`, runs the logic with bResetCfgFlag false and sends what it gave; an
+// answer is sent also when it is empty. The call is counted, and timed from here to before the reply, so that a slow
+// reader does not show as a slow command. What the logic throws passes through, and so does the E_FAIL of a process
+// without counters; the counters are given back either way.
+void AnswerCommand(const tagAnswerFrame& frame, CCmdProtocol& message);
+
+}  // namespace wrb

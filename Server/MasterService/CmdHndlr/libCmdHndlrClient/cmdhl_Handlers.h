@@ -1,0 +1,26 @@
+// The handlers behind the command table. Each gets the message with the command's name already read, runs on the
+// caller's thread, and reports by the answer it writes and by the debug log. Any number run at once.
+#pragma once
+
+class CCmdProtocol;
+
+// cmdhl_Examples.cpp
+void cmdhl_Sleep(CCmdProtocol& message);
+void cmdhl_Echo(CCmdProtocol& message);
+void cmdhl_ClearIniCache(CCmdProtocol& message);
+
+// cmdhl_RqCfg.cpp: one section each of an agent's scan settings, or of the server-wide ones when the uid is empty.
+void cmdhl_GetAllScanCfg(CCmdProtocol& message);
+void cmdhl_GetMSCfg(CCmdProtocol& message);
+void cmdhl_GetMSCfgEx(CCmdProtocol& message);
+void cmdhl_GetSpyMSCfg(CCmdProtocol& message);
+void cmdhl_GetRTCfg(CCmdProtocol& message);
+void cmdhl_GetRTCfgEx(CCmdProtocol& message);
+void cmdhl_GetSpyRTCfg(CCmdProtocol& message);
+void cmdhl_GetPSCfg(CCmdProtocol& message);
+void cmdhl_GetPSCfgEx(CCmdProtocol& message);
+void cmdhl_GetSpyPSCfg(CCmdProtocol& message);
+void cmdhl_GetSNCfg(CCmdProtocol& message);
+void cmdhl_GetSNCfgEx(CCmdProtocol& message);
+void cmdhl_GetSpySNCfg(CCmdProtocol& message);
+void cmdhl_GetSpyRestoreList(CCmdProtocol& message);

@@ -1,0 +1,19 @@
+// The one way in which an answer leaves the library.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+// Connects to the pipe of that bare name, writes the body once and closes; an empty body is a connection without a
+// byte. Returns 1 when all of it was written. Returns 0 after a log line of level 5 that holds the system's error code;
+// the answer, or its rest, is then lost, and the peer's own time-out ends its wait. Any thread.
+unsigned cmdhl_OutputCommand(const wchar_t* pipeName, const void* body, uint64_t byteCount);
+
+namespace wrb {
+
+// The same for a text, sent without a terminator.
+inline bool Reply(const wchar_t* pipeName, std::wstring_view text) {
+    return cmdhl_OutputCommand(pipeName, text.data(), text.size() * sizeof(wchar_t)) == 1;
+}
+
+}  // namespace wrb
