@@ -38,7 +38,7 @@ prepare_source_lists() {
     archives=$(debian_archives)
     if [ -z "$archives" ]; then
         # Origins are known only once the release files have been fetched; images often ship without.
-        run_logged "$log" as_root apt-get update -q
+        refresh_package_lists "$log"
         archives=$(debian_archives)
     fi
     [ -n "$archives" ] || die "apt is not configured for a Debian archive (component main)"

@@ -26,6 +26,12 @@ as_root() {
     fi
 }
 
+# refresh_package_lists LOG: apt's own lists. One unreachable archive among several is no reason to stop.
+refresh_package_lists() {
+    run_logged "$1" as_root apt-get update -q -o Acquire::Retries=3 ||
+        say "some package lists could not be refreshed; going on with what is there"
+}
+
 # ensure_packages PACKAGE...: installs the missing ones. The package lists are refreshed only then,
 # because that is the slow step and needs the network.
 ensure_packages() {
@@ -36,7 +42,7 @@ ensure_packages() {
 
     local log=$deps_dir/packages.log
     say "installing Debian packages: ${missing[*]}"
-    run_logged "$log" as_root apt-get update -q
+    refresh_package_lists "$log"
     run_logged "$log" as_root env DEBIAN_FRONTEND=noninteractive \
-        apt-get install -q -y --no-install-recommends "${missing[@]}"
+        apt-get install -q -y -o Acquire::Retries=3 --no-install-recommends "${missing[@]}"
 }
