@@ -25,9 +25,12 @@ CKernelHandle OpenSection() noexcept {
 
 }  // namespace
 
-CLogFilter& CLogFilter::Shared() noexcept {
+constinit std::atomic<CLogFilter*> CLogFilter::s_shared{nullptr};
+
+CLogFilter& CLogFilter::MakeShared() noexcept {
     alignas(CLogFilter) static unsigned char storage[sizeof(CLogFilter)];
     static CLogFilter* const filter = new (storage) CLogFilter;
+    s_shared.store(filter, std::memory_order_release);
     return *filter;
 }
 

@@ -55,7 +55,10 @@ class CLogFilter {
   public:
     // The one object of the process; made on first use, whichever thread comes first, and never destroyed, so that
     // even the last lines of a dying process find it. Keeps the last error.
-    static CLogFilter& Shared() noexcept;
+    static CLogFilter& Shared() noexcept {
+        CLogFilter* const filter = s_shared.load(std::memory_order_acquire);
+        return filter != nullptr ? *filter : MakeShared();
+    }
 
     // Reads the word, without a lock: the cost of a line that is filtered out.
     bool Admits(uint32_t level) const noexcept { return LogFilterAdmits(Word(), level); }
@@ -70,6 +73,9 @@ class CLogFilter {
   private:
     CLogFilter() noexcept;
     ~CLogFilter() = default;
+
+    static CLogFilter& MakeShared() noexcept;
+    static std::atomic<CLogFilter*> s_shared;
 
     uint32_t m_unmapped = 0;  // stands in for the shared word: filtering off
     uint32_t* m_word = &m_unmapped;

@@ -145,7 +145,7 @@ bool CPipeServer::Fetch(String& out, DWORD* clientPid, const wchar_t* appendFail
         return false;
     }
     for (DWORD fill = 0;;) {
-        DWORD length = kBufferBytes - fill;
+        DWORD length = std::min(kReadBytes, kBufferBytes - fill);
         const ReadResult result = ReadPipe(m_buffer.get() + fill, length, clientPid);
         if (result == ReadResult::Data) {
             fill += length;

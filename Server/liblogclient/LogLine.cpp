@@ -1,0 +1,88 @@
+#include "LogLine.h"
+
+#include <windows.h>
+
+#include <string>
+#include <string_view>
+
+#include "Clock.h"
+#include "LastError.h"
+#include "LoggerState.h"
+#include "Text.h"
+#include "logcl_command.h"
+
+namespace wrb {
+namespace {
+
+constexpr std::size_t kTextCharacters = 4096;  // with the terminator
+
+// The file name of the program that this module was loaded into.
+const std::wstring& HostName() {
+    static const std::wstring name = [] {
+        wchar_t path[MAX_PATH];
+        const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
+        const std::wstring_view whole(path, length);
+        return std::wstring(whole.substr(whole.find_last_of(L'\\') + 1));
+    }();
+    return name;
+}
+
+// A line while it is put together. Cleared at the start because a printf that meets a text it cannot convert gives up
+// without writing a terminator.
+struct tagLineText {
+    wchar_t characters[kTextCharacters] = {};
+    std::size_t length;
+
+    explicit tagLineText(const tagLoggerSetup& setup)
+        : length(FormatInto(characters, kTextCharacters, L"[%s][%s]", setup.moduleTag.c_str(), HostName().c_str())) {}
+
+    wchar_t* Tail() noexcept { return characters + length; }
+    std::size_t Room() const noexcept { return kTextCharacters - length; }  // with the terminator
+};
+
+void Write(const tagLoggerSetup& setup, uint32_t level, const wchar_t* sourceFile, uint32_t line, const wchar_t* text) {
+    const wchar_t* const source = sourceFile == nullptr ? L"" : sourceFile;
+    if (setup.internalLogger) {
+        const auto seconds = static_cast<int32_t>(SystemClock().CalendarSeconds());
+        logcl_Write({seconds, GetCurrentProcessId(), GetCurrentThreadId(), level, source, line, text},
+                    setup.external.get());
+    } else if (setup.external != nullptr) {
+        setup.external->Trace(source, line, level, text);
+    }
+    if (setup.mirror != nullptr) {
+        setup.mirror->Append(source, line, text);
+    }
+}
+
+// The frame of both forms; `append` puts the caller's message behind the line's prefix.
+template <typename Append>
+void WriteWith(uint32_t level, const wchar_t* sourceFile, uint32_t line, Append append) noexcept {
+    const CKeepLastError keep;
+    try {
+        if (const auto setup = CLoggerState::Shared().Get()) {
+            tagLineText text(*setup);
+            append(text);
+            Write(*setup, level, sourceFile, line, text.characters);
+        }
+    } catch (...) {  // out of memory: the line is lost, the caller goes on
+    }
+}
+
+}  // namespace
+
+void WriteLogLine(uint32_t level, const wchar_t* sourceFile, uint32_t line, const wchar_t* format,
+                  va_list arguments) noexcept {
+    WriteWith(level, sourceFile, line,
+              [&](tagLineText& text) { FormatIntoV(text.Tail(), text.Room(), format, arguments); });
+}
+
+void WriteLogLine(uint32_t level, const wchar_t* sourceFile, uint32_t line, const char* format,
+                  va_list arguments) noexcept {
+    WriteWith(level, sourceFile, line, [&](tagLineText& text) {
+        char message[kTextCharacters] = {};
+        FormatIntoV(message, kTextCharacters, format, arguments);
+        FormatInto(text.Tail(), text.Room(), L"%s", AnsiToWide(message).c_str());
+    });
+}
+
+}  // namespace wrb

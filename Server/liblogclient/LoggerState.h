@@ -1,0 +1,50 @@
+// What the set-up of the debug log said, shared by all threads that log.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "ExternalLog.h"
+#include "LogMirror.h"
+#include "SRWLock.h"
+
+namespace wrb {
+
+// Never changed once it is visible: a thread that logs holds on to the set-up that it began with, and the debug
+// library and the mirror file are closed with their last holder.
+struct tagLoggerSetup {
+    std::wstring moduleTag;
+    bool internalLogger = false;
+    std::shared_ptr<const CExternalLog> external;  // null with the internal logger
+    std::shared_ptr<const CLogMirror> mirror;
+};
+
+class CLoggerState {
+  public:
+    // The one object of the process. Never destroyed: objects that outlive this module's statics may still log.
+    static CLoggerState& Shared() noexcept;
+
+    // Null before the first set-up.
+    std::shared_ptr<const tagLoggerSetup> Get() noexcept;
+
+    // Lets `change` alter a copy of the present set-up and makes that the present one. Throws when memory is exhausted;
+    // then the present one stays.
+    template <typename Change>
+    void Replace(Change change) {
+        auto next = std::make_shared<tagLoggerSetup>();
+        std::shared_ptr<const tagLoggerSetup> last;  // let go outside the lock: unloading a library runs its code
+        const CExclusiveGuard guard(m_lock);
+        if (m_setup != nullptr) {
+            *next = *m_setup;
+        }
+        change(*next);
+        last = std::exchange(m_setup, std::move(next));
+    }
+
+  private:
+    CWrbSRWLock m_lock;
+    std::shared_ptr<const tagLoggerSetup> m_setup WRB_GUARDED_BY(m_lock);
+};
+
+}  // namespace wrb

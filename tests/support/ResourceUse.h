@@ -1,0 +1,16 @@
+// How much this process holds, for tests that repeat something and expect it to stay the same.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace wrb::test {
+
+struct tagResourceUse {
+    uint32_t handles;            // open handles of the kernel
+    std::size_t committedBytes;  // private memory
+};
+
+tagResourceUse ResourceUse();
+
+}  // namespace wrb::test
