@@ -5,34 +5,26 @@
 #include <algorithm>
 #include <utility>
 
-#include "OverlappedIo.h"
+#include "PipeInstance.h"
 
 namespace wrb {
 namespace {
 
-constexpr DWORD kChunkBytes = 65536;  // of one read, and of the system's buffers for a pipe
+constexpr DWORD kBufferBytes = 65536;                              // of the system, for each instance
 constexpr unsigned kMostInstances = PIPE_UNLIMITED_INSTANCES - 1;  // one more would mean: no limit
+constexpr ULONGLONG kRestMilliseconds = 100;
 
 // System and administrators: everything. Everybody on this machine: connect, read and write.
 constexpr wchar_t kPipeAccess[] = L"D:(A;;GA;;;SY)(A;;GA;;;BA)(A;;GRGW;;;WD)";
 
-// What is left of the time that a peer or a stop allows, on the tick clock.
-class CDeadline {
-  public:
-    explicit CDeadline(uint32_t milliseconds) : m_end(GetTickCount64() + milliseconds) {}
-    DWORD Left() const {
-        const ULONGLONG now = GetTickCount64();
-        return now >= m_end ? 0 : static_cast<DWORD>(m_end - now);
-    }
-    void Shorten(uint32_t milliseconds) { m_end = std::min(m_end, GetTickCount64() + milliseconds); }
+unsigned InstanceCount(const PipeListenerOptions& options) {
+    return std::clamp(options.instances, 1u, kMostInstances);
+}
 
-  private:
-    ULONGLONG m_end;
-};
-
-uint32_t ClientPid(HANDLE pipe) {
-    ULONG pid = 0;
-    return GetNamedPipeClientProcessId(pipe, &pid) ? pid : 0;
+CPipeListener::InOrder OnWorkers(unsigned workers, CPipeListener::Handler handler) {
+    return {workers, [handler = std::move(handler)](std::string message, const CPipePeer&) -> Job {
+                return [&handler, message = std::move(message)]() mutable { handler(std::move(message)); };
+            }};
 }
 
 }  // namespace
@@ -53,27 +45,30 @@ const wchar_t* PipeDropText(PipeDrop reason) {
     return L"";
 }
 
+uint32_t CPipePeer::Pid() const {
+    ULONG pid = 0;
+    return GetNamedPipeClientProcessId(m_pipe, &pid) ? pid : 0;
+}
+
+CPipeListener::CPipeListener(PipeListenerOptions options, InOrder inOrder)
+    : m_options(std::move(options)), m_inOrder(std::move(inOrder)) {}
+
 CPipeListener::CPipeListener(PipeListenerOptions options, Handler handler)
-    : m_options(std::move(options)),
-      m_handler(std::move(handler)),
-      m_stopEvent(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
+    : CPipeListener(options, OnWorkers(InstanceCount(options), std::move(handler))) {}
 
 CPipeListener::~CPipeListener() {
     Stop();
 }
 
 bool CPipeListener::Start() {
-    if (!m_stopEvent) {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    m_port.Reset(CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, 1));
+    if (!m_port || !CreateInstances()) {
+        m_instances.clear();
         return false;
     }
-    if (!CreateInstances()) {
-        m_pipes.clear();
-        return false;
-    }
-    for (const CFileHandle& pipe : m_pipes) {
-        m_threads.emplace_back([this, handle = pipe.Get()] { Serve(handle); });
-    }
+    m_open = m_instances.size();
+    m_jobs.Start(m_inOrder.workers);
+    m_thread = std::thread([this] { Run(); });
     return true;
 }
 
@@ -87,119 +82,224 @@ bool CPipeListener::CreateInstances() {
     const std::wstring path = L"\\\\.\\pipe\\" + m_options.name;
     // The name is ours alone while we serve it, so that nobody can read what clients send: the first instance must
     // create it, and no instance fits in beside these. Wine knows the second rule only.
-    const DWORD count = std::clamp(m_options.instances, 1u, kMostInstances);
+    const DWORD count = InstanceCount(m_options);
     for (DWORD i = 0; i < count; ++i) {
         const DWORD first = i == 0 ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0;
-        m_pipes.emplace_back(CreateNamedPipeW(path.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | first,
-                                              PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_REJECT_REMOTE_CLIENTS,
-                                              count, kChunkBytes, kChunkBytes, m_options.clientWaitMilliseconds,
-                                              &access));
-        if (!m_pipes.back()) {
+        CFileHandle pipe(CreateNamedPipeW(path.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | first,
+                                          PIPE_TYPE_MESSAGE | PIPE_READMODE_BYTE | PIPE_REJECT_REMOTE_CLIENTS, count,
+                                          kBufferBytes, kBufferBytes, m_options.clientWaitMilliseconds, &access));
+        if (!pipe) {
             const DWORD error = GetLastError();
             const bool taken = error == ERROR_ACCESS_DENIED || error == ERROR_PIPE_BUSY;
             SetLastError(taken ? ERROR_ALREADY_EXISTS : error);
             return false;
         }
+        auto instance = std::make_unique<CPipeInstance>(std::move(pipe));
+        const auto key = reinterpret_cast<ULONG_PTR>(instance.get());
+        if (CreateIoCompletionPort(instance->Pipe(), m_port.Get(), key, 0) == nullptr) {
+            return false;
+        }
+        m_instances.push_back(std::move(instance));
     }
     return true;
 }
 
 void CPipeListener::Stop() {
-    if (m_stopEvent) {
-        SetEvent(m_stopEvent.Get());
+    if (m_thread.joinable()) {
+        PostQueuedCompletionStatus(m_port.Get(), 0, 0, nullptr);
+        m_thread.join();
     }
-    for (std::thread& thread : m_threads) {
-        thread.join();
-    }
-    m_threads.clear();
-    m_pipes.clear();
+    m_jobs.Finish();
+    m_instances.clear();
 }
 
 PipeListenerCounters CPipeListener::Counters() const {
     return {m_accepted.load(), m_empty.load(), m_dropped.load()};
 }
 
-void CPipeListener::Serve(HANDLE pipe) {
-    const auto chunk = std::make_unique<char[]>(kChunkBytes);  // outlives the operation that fills it
-    COverlappedIo io(pipe);
-    while (Connect(io)) {
-        std::string message;
-        const bool received = Receive(io, pipe, chunk.get(), message);
-        if (received && message.empty()) {
-            ++m_empty;
-        } else if (received) {
-            Handle(pipe, std::move(message));
-        }
-        io.Cancel();
-        DisconnectNamedPipe(pipe);
+// Every change of an instance happens here: a packet of its operation, a packet from the worker that is done with it,
+// or its deadline. A packet without an instance is the stop.
+void CPipeListener::Run() {
+    for (const auto& instance : m_instances) {
+        Arm(*instance);
     }
-}
-
-// True: a client is there. False: the service stops.
-bool CPipeListener::Connect(COverlappedIo& io) {
-    for (;;) {
-        if (io.BeginConnect()) {
-            const IoOutcome outcome = io.Wait(m_stopEvent.Get(), INFINITE);
-            if (outcome == IoOutcome::Stopped) {
-                return io.Cancel() == IoOutcome::Done;  // a client that came just before the cancel is served
+    while (m_open > 0) {
+        ULONGLONG next = CPipeInstance::kNever;
+        for (const auto& instance : m_instances) {
+            next = std::min(next, instance->deadline);
+        }
+        const ULONGLONG now = GetTickCount64();
+        const DWORD wait = next == CPipeInstance::kNever ? INFINITE : static_cast<DWORD>(next > now ? next - now : 0);
+        DWORD bytes = 0;
+        ULONG_PTR key = 0;
+        OVERLAPPED* operation = nullptr;
+        const BOOL good = GetQueuedCompletionStatus(m_port.Get(), &bytes, &key, &operation, wait);
+        const DWORD error = good ? 0 : GetLastError();
+        if (key != 0) {
+            OnPacket(*reinterpret_cast<CPipeInstance*>(key), operation == nullptr, bytes, error);
+        } else if (good) {
+            OnStop();
+        }
+        for (const auto& instance : m_instances) {
+            if (instance->deadline <= GetTickCount64()) {
+                OnExpired(*instance);
             }
-            if (outcome == IoOutcome::Done) {
-                return true;
-            }
-        } else if (io.Error() == ERROR_NO_DATA) {
-            return true;  // came, wrote and went before the call; what it wrote can still be read
-        }
-        // Connecting failed for good: pause, so that a lasting fault does not spin, and try again until the stop.
-        if (WaitForSingleObject(m_stopEvent.Get(), 100) != WAIT_TIMEOUT) {
-            return false;
         }
     }
 }
 
-// Reads until the writer has closed its end. False: dropped.
-bool CPipeListener::Receive(COverlappedIo& io, HANDLE pipe, char* chunk, std::string& message) {
-    CDeadline deadline(m_options.readTimeoutMilliseconds);
-    bool stopping = false;
-    for (;;) {
-        IoOutcome outcome = io.BeginRead(chunk, kChunkBytes) ? IoOutcome::Done : IoOutcome::Failed;
-        if (outcome == IoOutcome::Done) {
-            outcome = io.Wait(stopping ? nullptr : m_stopEvent.Get(), deadline.Left());
-        }
-        if (outcome == IoOutcome::Stopped) {
-            stopping = true;
-            deadline.Shorten(m_options.drainMilliseconds);
-            outcome = io.Wait(nullptr, deadline.Left());
-        }
-        if (outcome == IoOutcome::Failed && io.Error() == ERROR_BROKEN_PIPE) {
-            return true;
-        }
-        if (outcome != IoOutcome::Done) {
-            const bool late = outcome == IoOutcome::TimedOut;
-            Drop(!late ? PipeDrop::Broken : stopping ? PipeDrop::Stopping : PipeDrop::TimedOut, pipe, message.size());
-            return false;
-        }
-        if (io.Bytes() > m_options.maxMessageBytes - message.size()) {
-            Drop(PipeDrop::Oversized, pipe, message.size() + io.Bytes());
-            return false;
-        }
-        message.append(chunk, io.Bytes());
+void CPipeListener::OnPacket(CPipeInstance& instance, bool ours, DWORD bytes, DWORD error) {
+    if (ours) {
+        Recycle(instance);
+    } else if (instance.state == PipeState::Reading) {
+        OnRead(instance, bytes, error);
+    } else if (error == 0) {
+        Connected(instance);
+    } else if (m_stopping) {
+        Close(instance);
+    } else {
+        instance.state = PipeState::Resting;
+        instance.deadline = GetTickCount64() + kRestMilliseconds;
     }
 }
 
-void CPipeListener::Handle(HANDLE pipe, std::string message) {
-    const std::size_t bytes = message.size();
+void CPipeListener::OnExpired(CPipeInstance& instance) {
+    instance.deadline = CPipeInstance::kNever;
+    if (instance.state == PipeState::Resting) {
+        Arm(instance);
+    } else {
+        instance.expired = true;
+        instance.Cancel();
+    }
+}
+
+void CPipeListener::OnStop() {
+    m_stopping = true;
+    for (const auto& instance : m_instances) {
+        switch (instance->state) {
+            case PipeState::Resting:
+                Close(*instance);
+                break;
+            case PipeState::Connecting:
+                instance->Cancel();  // a client that came just before is served
+                break;
+            case PipeState::Reading:
+                instance->deadline = std::min(instance->deadline, GetTickCount64() + m_options.drainMilliseconds);
+                break;
+            default:
+                break;
+        }
+    }
+}
+
+void CPipeListener::Arm(CPipeInstance& instance) {
+    if (m_stopping) {
+        Close(instance);
+        return;
+    }
+    instance.state = PipeState::Connecting;
+    switch (instance.Connect()) {
+        case PipeStep::Ready:
+            Connected(instance);
+            break;
+        case PipeStep::Failed:  // a lasting fault must not spin
+            instance.state = PipeState::Resting;
+            instance.deadline = GetTickCount64() + kRestMilliseconds;
+            break;
+        case PipeStep::Pending:
+            break;
+    }
+}
+
+void CPipeListener::Connected(CPipeInstance& instance) {
+    instance.state = PipeState::Reading;
+    instance.deadline =
+        GetTickCount64() + (m_stopping ? m_options.drainMilliseconds : m_options.readTimeoutMilliseconds);
+    ReadOn(instance);
+}
+
+void CPipeListener::ReadOn(CPipeInstance& instance) {
+    switch (instance.Read(m_options.maxMessageBytes)) {
+        case PipeStep::Ready:
+            Complete(instance);
+            break;
+        case PipeStep::Failed:
+            DropAndRecycle(PipeDrop::Broken, instance);
+            break;
+        case PipeStep::Pending:
+            break;
+    }
+}
+
+void CPipeListener::OnRead(CPipeInstance& instance, DWORD bytes, DWORD error) {
+    if (error == ERROR_BROKEN_PIPE) {
+        Complete(instance);
+    } else if (instance.expired) {
+        DropAndRecycle(m_stopping ? PipeDrop::Stopping : PipeDrop::TimedOut, instance);
+    } else if (error != 0) {
+        DropAndRecycle(PipeDrop::Broken, instance);
+    } else if (!instance.Took(bytes, m_options.maxMessageBytes)) {
+        DropAndRecycle(PipeDrop::Oversized, instance);
+    } else {
+        ReadOn(instance);
+    }
+}
+
+void CPipeListener::Complete(CPipeInstance& instance) {
+    instance.state = PipeState::Handling;
+    instance.deadline = CPipeInstance::kNever;
+    if (instance.Filled() == 0) {
+        ++m_empty;
+        Recycle(instance);
+        return;
+    }
     try {
-        m_handler(std::move(message));
+        Job job = m_inOrder.accept(instance.TakeMessage(), CPipePeer(instance.Pipe()));
+        if (job) {
+            m_jobs.Push([this, &instance, job = std::move(job)] { RunJob(instance, job); });
+            return;
+        }
         ++m_accepted;
     } catch (...) {
-        Drop(PipeDrop::HandlerThrew, pipe, bytes);
+        Drop(PipeDrop::HandlerThrew, instance);
+    }
+    Recycle(instance);
+}
+
+void CPipeListener::RunJob(CPipeInstance& instance, const Job& job) {
+    try {
+        job();
+        ++m_accepted;
+    } catch (...) {
+        Drop(PipeDrop::HandlerThrew, instance);
+    }
+    PostQueuedCompletionStatus(m_port.Get(), 0, reinterpret_cast<ULONG_PTR>(&instance), nullptr);
+}
+
+void CPipeListener::Drop(PipeDrop reason, const CPipeInstance& instance) {
+    ++m_dropped;
+    if (m_options.onDrop) {
+        m_options.onDrop(reason, instance.Filled(), CPipePeer(instance.Pipe()).Pid());
     }
 }
 
-void CPipeListener::Drop(PipeDrop reason, HANDLE pipe, std::size_t bytes) {
-    ++m_dropped;
-    if (m_options.onDrop) {
-        m_options.onDrop(reason, bytes, ClientPid(pipe));
+void CPipeListener::DropAndRecycle(PipeDrop reason, CPipeInstance& instance) {
+    Drop(reason, instance);
+    Recycle(instance);
+}
+
+void CPipeListener::Recycle(CPipeInstance& instance) {
+    instance.deadline = CPipeInstance::kNever;
+    instance.Disconnect();
+    Arm(instance);
+}
+
+void CPipeListener::Close(CPipeInstance& instance) {
+    if (instance.state != PipeState::Closed) {
+        instance.state = PipeState::Closed;
+        instance.deadline = CPipeInstance::kNever;
+        instance.Close();
+        --m_open;
     }
 }
 

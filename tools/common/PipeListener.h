@@ -1,6 +1,11 @@
 // A named-pipe server for services that take one message a connection: a client connects, writes, and closes; all it
-// wrote is the message. One thread a pipe instance, and the handler runs on that thread, so as many messages are
-// handled at once as there are instances. Clients beyond that wait for a free instance.
+// wrote is the message.
+//
+// One thread accepts and reads; handlers run on worker threads. Each pipe instance holds one message from the
+// connection until its handler is done, so `instances` bounds what is in flight, and further clients wait for a free
+// instance. Messages become complete in an order that keeps cause and effect: when a client connects after another
+// connection was closed, its message comes after the other one's. A service that must not let a question overtake the
+// change before it uses the form with InOrder.
 //
 // Whatever a peer does, it can cost the service no more than one instance for the read time-out and one message of the
 // largest size: silent, slow, oversized and vanished peers are dropped and counted. A handler that throws is counted,
@@ -21,10 +26,11 @@
 #include <vector>
 
 #include "Handle.h"
+#include "JobQueue.h"
 
 namespace wrb {
 
-class COverlappedIo;
+class CPipeInstance;
 
 enum class PipeDrop { Oversized, TimedOut, Broken, Stopping, HandlerThrew };
 
@@ -32,18 +38,28 @@ const wchar_t* PipeDropText(PipeDrop reason);
 
 struct PipeListenerOptions {
     std::wstring name;                          // without "\\.\pipe\"
-    unsigned instances = 4;                     // threads, 1 to 254
+    unsigned instances = 4;                     // 1 to 254
     std::size_t maxMessageBytes = 16u << 20;    // longer messages are dropped
     uint32_t readTimeoutMilliseconds = 30'000;  // from the connection to the last byte
     uint32_t drainMilliseconds = 2'000;         // how long Stop lets a message in the middle of its way come in
     uint32_t clientWaitMilliseconds = 60'000;   // how long the system lets a client wait for a free instance
-    std::function<void(PipeDrop, std::size_t bytes, uint32_t clientPid)> onDrop;  // may be empty; on the pipe's thread
+    std::function<void(PipeDrop, std::size_t bytes, uint32_t clientPid)> onDrop;  // may be empty; on any of the threads
 };
 
 struct PipeListenerCounters {
-    uint64_t accepted = 0;  // whole messages given to the handler
+    uint64_t accepted = 0;  // whole messages whose handling is done
     uint64_t empty = 0;     // connections closed without a byte: ignored
     uint64_t dropped = 0;   // all the rest, and the messages whose handler threw
+};
+
+// Who is at the other end, while its connection is open.
+class CPipePeer {
+  public:
+    explicit CPipePeer(HANDLE pipe) : m_pipe(pipe) {}
+    uint32_t Pid() const;  // 0 when the system does not tell
+
+  private:
+    HANDLE m_pipe;
 };
 
 class CPipeListener {
@@ -51,12 +67,21 @@ class CPipeListener {
     // Gets all bytes of one message. Called from several threads at once.
     using Handler = std::function<void(std::string message)>;
 
-    CPipeListener(PipeListenerOptions options, Handler handler);
+    // The form for services that care for the order: `accept` is called for one message at a time, in their order, on
+    // the reading thread, so it must not block for long. What takes time and may overtake goes into the job that it
+    // returns, which runs on a worker; an empty job: done.
+    struct InOrder {
+        unsigned workers = 0;  // 0: accept never returns a job
+        std::function<Job(std::string message, const CPipePeer& peer)> accept;
+    };
+
+    CPipeListener(PipeListenerOptions options, Handler handler);  // as many workers as instances
+    CPipeListener(PipeListenerOptions options, InOrder inOrder);
     ~CPipeListener();  // stops
     CPipeListener(const CPipeListener&) = delete;
     CPipeListener& operator=(const CPipeListener&) = delete;
 
-    // Creates every instance and its thread. When it returns true, clients can connect. False: GetLastError tells;
+    // Creates every instance and the threads. When it returns true, clients can connect. False: GetLastError tells;
     // ERROR_ALREADY_EXISTS means that another process serves the name. Called once.
     bool Start();
 
@@ -68,17 +93,32 @@ class CPipeListener {
 
   private:
     bool CreateInstances();
-    void Serve(HANDLE pipe);
-    bool Connect(COverlappedIo& io);
-    bool Receive(COverlappedIo& io, HANDLE pipe, char* chunk, std::string& message);
-    void Handle(HANDLE pipe, std::string message);
-    void Drop(PipeDrop reason, HANDLE pipe, std::size_t bytes);
+    void Run();
+    void OnPacket(CPipeInstance& instance, bool ours, DWORD bytes, DWORD error);
+    void OnExpired(CPipeInstance& instance);
+    void OnStop();
+    void Arm(CPipeInstance& instance);
+    void Connected(CPipeInstance& instance);
+    void ReadOn(CPipeInstance& instance);
+    void OnRead(CPipeInstance& instance, DWORD bytes, DWORD error);
+    void Complete(CPipeInstance& instance);
+    void RunJob(CPipeInstance& instance, const Job& job);
+    void Drop(PipeDrop reason, const CPipeInstance& instance);
+    void DropAndRecycle(PipeDrop reason, CPipeInstance& instance);
+    void Recycle(CPipeInstance& instance);
+    void Close(CPipeInstance& instance);
 
     const PipeListenerOptions m_options;
-    const Handler m_handler;
-    CKernelHandle m_stopEvent;
-    std::vector<CFileHandle> m_pipes;
-    std::vector<std::thread> m_threads;
+    const InOrder m_inOrder;
+    CKernelHandle m_port;
+    std::vector<std::unique_ptr<CPipeInstance>> m_instances;
+    std::thread m_thread;
+    CJobQueue m_jobs;
+
+    // Of the reading thread only.
+    bool m_stopping = false;
+    std::size_t m_open = 0;  // instances that are not closed
+
     std::atomic<uint64_t> m_accepted{0};
     std::atomic<uint64_t> m_empty{0};
     std::atomic<uint64_t> m_dropped{0};

@@ -175,6 +175,65 @@ TEST_F(CListenerTest, FiftyClientsAtOnceShareFewInstances) {
     EXPECT_THAT(inbox.Take(50), UnorderedElementsAreArray(sent));
 }
 
+// A client that has closed one connection and opens the next: the service must never see the second message first.
+TEST_F(CListenerTest, OneClientsMessagesComeInItsOrder) {
+    auto options = Options(16);
+    options.maxMessageBytes = 1u << 20;
+    options.readTimeoutMilliseconds = 20'000;
+    std::vector<std::vector<int>> seen(4);
+    CPipeListener listener(
+        options, CPipeListener::InOrder{
+                     0, [&](std::string message, const CPipePeer&) {
+                         seen.at(static_cast<unsigned char>(message[0])).push_back(std::atoi(message.c_str() + 1));
+                         return Job();
+                     }});
+    ASSERT_TRUE(listener.Start());
+    constexpr int kMessages = 100;
+    std::vector<std::thread> clients;
+    for (std::size_t who = 0; who < seen.size(); ++who) {
+        clients.emplace_back([&, who] {
+            for (int i = 0; i < kMessages; ++i) {
+                std::string text = static_cast<char>(who) + std::to_string(i) + '\0';
+                text.resize(text.size() + (i % 3 == 0 ? 200'000u : 0u));  // long ones take many reads
+                CPeer peer(options.name);
+                EXPECT_TRUE(peer && peer.Write(text));
+            }
+        });
+    }
+    for (std::thread& client : clients) {
+        client.join();
+    }
+    listener.Stop();
+    for (const auto& numbers : seen) {
+        EXPECT_EQ(numbers.size(), static_cast<std::size_t>(kMessages));
+        EXPECT_TRUE(std::ranges::is_sorted(numbers));
+    }
+}
+
+TEST_F(CListenerTest, AJobRunsOnAWorkerWhileTheNextMessageIsAccepted) {
+    const auto options = Options(2);
+    CKernelHandle second(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    CPipeListener listener(options, CPipeListener::InOrder{1, [&](std::string message, const CPipePeer& peer) {
+                                                               EXPECT_EQ(peer.Pid(), GetCurrentProcessId());
+                                                               if (message == "second") {
+                                                                   SetEvent(second.Get());
+                                                                   return Job();
+                                                               }
+                                                               return Job([&] {
+                                                                   WaitForSingleObject(second.Get(), 20'000);
+                                                                   inbox.Put("first, after the second");
+                                                               });
+                                                           }});
+    ASSERT_TRUE(listener.Start());
+    for (const char* text : {"first", "second"}) {
+        CPeer peer(options.name);
+        ASSERT_TRUE(peer.Write(text));
+    }
+    EXPECT_EQ(inbox.Take(1).size(), 1u);
+    listener.Stop();
+    EXPECT_EQ(listener.Counters().accepted, 2u);
+}
+
 TEST_F(CListenerTest, AHandlerThatThrowsIsCountedAndTheServiceGoesOn) {
     const auto options = Options(1);
     CPipeListener listener(options, [this](std::string message) {

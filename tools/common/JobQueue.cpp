@@ -1,0 +1,48 @@
+#include "JobQueue.h"
+
+#include <utility>
+
+namespace wrb {
+
+void CJobQueue::Start(unsigned workers) {
+    for (unsigned i = 0; i < workers; ++i) {
+        m_threads.emplace_back([this] { Work(); });
+    }
+}
+
+void CJobQueue::Push(Job job) {
+    {
+        const std::lock_guard lock(m_lock);
+        m_jobs.push_back(std::move(job));
+    }
+    m_changed.notify_one();
+}
+
+void CJobQueue::Finish() {
+    {
+        const std::lock_guard lock(m_lock);
+        m_finishing = true;
+    }
+    m_changed.notify_all();
+    for (std::thread& thread : m_threads) {
+        thread.join();
+    }
+    m_threads.clear();
+}
+
+void CJobQueue::Work() {
+    std::unique_lock lock(m_lock);
+    for (;;) {
+        m_changed.wait(lock, [this] { return m_finishing || !m_jobs.empty(); });
+        if (m_jobs.empty()) {
+            return;
+        }
+        const Job job = std::move(m_jobs.front());
+        m_jobs.pop_front();
+        lock.unlock();
+        job();
+        lock.lock();
+    }
+}
+
+}  // namespace wrb

@@ -1,0 +1,40 @@
+// Worker threads that run jobs in the order of their arrival.
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace wrb {
+
+using Job = std::function<void()>;
+
+class CJobQueue {
+  public:
+    CJobQueue() = default;
+    ~CJobQueue() { Finish(); }
+    CJobQueue(const CJobQueue&) = delete;
+    CJobQueue& operator=(const CJobQueue&) = delete;
+
+    void Start(unsigned workers);
+
+    // From any thread. The job must not throw. The queue has no limit of its own.
+    void Push(Job job);
+
+    // Runs what is queued, then ends the threads. No Push may follow.
+    void Finish();
+
+  private:
+    void Work();
+
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    std::deque<Job> m_jobs;
+    bool m_finishing = false;
+    std::vector<std::thread> m_threads;
+};
+
+}  // namespace wrb

@@ -1,0 +1,64 @@
+// One instance of a listener's pipe: its handle, the one operation that may be under way, and the message so far.
+// Belongs to the listener's reading thread; while it is Handling, `message` is gone and nobody touches it.
+//
+// Not destroyed with an operation under way: the listener cancels and waits for the packet first.
+#pragma once
+
+#include <windows.h>
+
+#include <cstddef>
+#include <string>
+
+#include "Handle.h"
+
+namespace wrb {
+
+enum class PipeState {
+    Closed,      // takes no client
+    Resting,     // connecting failed; tried again at the deadline
+    Connecting,  // waits for a client
+    Reading,     // has a client that has not closed its end
+    Handling,    // has a whole message, and a worker has it
+};
+
+enum class PipeStep { Pending, Ready, Failed };  // a packet will tell; nothing is under way; GetLastError tells
+
+class CPipeInstance {
+  public:
+    static constexpr ULONGLONG kNever = ~0ull;
+
+    explicit CPipeInstance(CFileHandle pipe) : m_pipe(std::move(pipe)) {}
+
+    HANDLE Pipe() const { return m_pipe.Get(); }
+
+    PipeStep Connect();  // Ready: a client is there already
+
+    // Reads all that has come, and waits for more when nothing has. Ready: the writer has closed its end.
+    PipeStep Read(std::size_t maxMessageBytes);
+
+    // The packet of Read: `bytes` have come. False: the message is longer than it may be.
+    bool Took(DWORD bytes, std::size_t maxMessageBytes);
+
+    // The packet still comes, with ERROR_OPERATION_ABORTED or with the result.
+    void Cancel() { CancelIoEx(m_pipe.Get(), &m_operation); }
+
+    void Disconnect() { DisconnectNamedPipe(m_pipe.Get()); }
+    void Close() { m_pipe.Reset(); }
+
+    std::string TakeMessage();
+    std::size_t Filled() const { return m_filled; }
+
+    PipeState state = PipeState::Closed;
+    ULONGLONG deadline = kNever;  // of a resting or reading instance, on the 64-bit tick clock
+    bool expired = false;         // the read was cancelled at the deadline
+
+  private:
+    void Reset();
+
+    CFileHandle m_pipe;
+    OVERLAPPED m_operation{};
+    std::string m_message;  // m_filled bytes of it have come, the rest is room for the read under way
+    std::size_t m_filled = 0;
+};
+
+}  // namespace wrb
