@@ -35,6 +35,9 @@ class CAccBuffer {
     virtual ~CAccBuffer();
 
     void Append(const void* bytes, uint32_t count) {
+        if (count == 0) {
+            return;  // `bytes` may be null
+        }
         if (uint8_t* room = TryClaim(count)) {
             std::memcpy(room, bytes, count);
         } else {

@@ -68,6 +68,7 @@ class CSerializer : public ISerializer, private CIPCMsgBuffer {
 
     using CAccBuffer::Data;
     using CAccBuffer::InFileMode;
+    using CAccBuffer::kDefaultIncrement;
     using CAccBuffer::Reserve;
     using CIPCMsgBuffer::Remaining;
 

@@ -10,14 +10,6 @@
 #include "SpillDirectory.h"
 
 namespace wrb {
-namespace {
-
-// Four entries, in this order, each "allow" (A), inherited by files and folders (OICI), all rights (GA).
-constexpr const wchar_t* kReceivers =
-    L"D:(A;OICI;GA;;;S-1-5-32-568)(A;OICI;GA;;;S-1-5-17)(A;OICI;GA;;;S-1-5-18)(A;OICI;GA;;;S-1-1-0)";
-
-}  // namespace
-
 std::unique_ptr<CSpillFile> CSpillFile::Create() {
     std::wstring path = CreateFileInSpillDirectory();
     if (path.empty()) {
@@ -48,7 +40,7 @@ bool CSpillFile::Close() {
 
 bool CSpillFile::OpenToReceivers() const {
     CLocalMemory descriptor;
-    return ConvertStringSecurityDescriptorToSecurityDescriptorW(kReceivers, SDDL_REVISION_1, descriptor.Receive(),
+    return ConvertStringSecurityDescriptorToSecurityDescriptorW(kReceiverAccess, SDDL_REVISION_1, descriptor.Receive(),
                                                                 nullptr) != FALSE &&
            SetFileSecurityW(m_path.c_str(), DACL_SECURITY_INFORMATION, descriptor.Get()) != FALSE;
 }

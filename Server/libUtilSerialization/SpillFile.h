@@ -10,6 +10,11 @@
 
 namespace wrb {
 
+// Who may use a file that is handed over: IIS_IUSRS, IUSR, SYSTEM and Everyone, in this order. Each entry allows (A)
+// all rights (GA) and is inherited by files and folders (OICI).
+inline constexpr wchar_t kReceiverAccess[] =
+    L"D:(A;OICI;GA;;;S-1-5-32-568)(A;OICI;GA;;;S-1-5-17)(A;OICI;GA;;;S-1-5-18)(A;OICI;GA;;;S-1-1-0)";
+
 class CSpillFile {
   public:
     // Null when no directory takes a new file; GetLastError has the cause.
@@ -27,8 +32,8 @@ class CSpillFile {
     // Ends the writing; true when every byte has reached the file.
     bool Close();
 
-    // Gives Everyone, SYSTEM and the two accounts of the web server (S-1-5-32-568, S-1-5-17) full access: the receiver
-    // may run under any of them, and it deletes the file. False with the cause in GetLastError.
+    // Gives the file kReceiverAccess: the receiver may run under any of these accounts, and it deletes the file. False
+    // with the cause in GetLastError.
     bool OpenToReceivers() const;
 
     // From here on the receiver deletes the file.

@@ -1,0 +1,136 @@
+#include "MsgSerializer.h"
+
+#include <gmock/gmock.h>
+#include <windows.h>
+
+#include "Block.h"
+#include "IPCMsgBufferException.h"
+#include "SampleRecord.h"
+
+namespace {
+
+constexpr std::string_view kHeaderHex =
+    "04 00 00 00  01 00 00 00"
+    "10 00 00 00  20 AC 00 00  01 00 00 00  00 00 00 00  00 00 00 00"
+    "0A 00 00 00  4E 00 55 00 4C 00 4C 00 00 00"
+    "30 00 00 00  30 00 31 00 30 00 35 00 4E 00 55 00 4C 00 4C 00 31 00 32 00 33 00 34 00 35 00 36 00 5F 00"
+    "             34 00 33 00 32 00 31 00 5F 00 39 00 38 00 37 00 00 00";
+constexpr std::size_t kControlOffset = 12;
+
+Bytes SampleMessage() {
+    return FromHex(std::string(kHeaderHex) + std::string(kSampleHex));
+}
+
+Bytes BytesOf(const CMsgSerializer& message) {
+    return Bytes(message.Data(), message.Data() + message.GetSize());
+}
+
+bool AttachCopy(CMsgSerializer& message, const Bytes& bytes) {
+    wrb::CBlock block = wrb::AllocateBlock(static_cast<uint32_t>(bytes.size()));
+    std::copy(bytes.begin(), bytes.end(), block.get());
+    return message.Attach(block.release(), static_cast<uint32_t>(bytes.size()));
+}
+
+bool Load(CMsgSerializer& message, const Bytes& bytes) {
+    return message.Load(bytes.data(), static_cast<uint32_t>(bytes.size()));
+}
+
+TEST(MsgSerializer, IdNamesMessageTimeAndSender) {
+    EXPECT_EQ(wrb::MakeMessageId(L"NULL", 123456, 4321, 987), L"0105NULL123456_4321_987");
+    EXPECT_EQ(wrb::MakeMessageId(L"", 0x80000000, 1, 2), L"0105-2147483648_1_2");
+    const CMsgSerializer message(L"DBV2_X");
+    EXPECT_THAT(message.Id(), testing::StartsWith(L"0105DBV2_X"));
+    EXPECT_THAT(message.Id(), testing::EndsWith(L"_" + std::to_wstring(GetCurrentProcessId()) + L"_" +
+                                                std::to_wstring(GetCurrentThreadId())));
+}
+
+// One message, taken apart and put together again: the bytes in the test are the format.
+TEST(MsgSerializer, ReadsAndWritesAWholeMessageByteForByte) {
+    for (const auto receive : {Load, AttachCopy}) {
+        CMsgSerializer message(L"other");
+        ASSERT_TRUE(receive(message, SampleMessage()));
+        EXPECT_EQ(message.Name(), L"NULL");
+        EXPECT_EQ(message.Id(), L"0105NULL123456_4321_987");
+        EXPECT_EQ(message.Status(), 0u);
+        tagSampleRecord record;
+        message >> record;
+        EXPECT_EQ(record, Sample());
+        EXPECT_EQ(message.Remaining(), 0u);
+
+        message.Reset();
+        message << record;
+        EXPECT_TRUE(message.Finalize());
+        EXPECT_EQ(BytesOf(message), SampleMessage());
+    }
+    const Bytes fresh = BytesOf(CMsgSerializer());
+    EXPECT_EQ(Bytes(fresh.begin(), fresh.begin() + 42), FromHex(kHeaderHex.substr(0, kHeaderHex.find("30 00 00 00"))));
+}
+
+TEST(MsgSerializer, AMessageReadsBackWhatWasWrittenToIt) {
+    CMsgSerializer message(L"n");
+    const uint32_t header = message.GetSize();
+    message << Sample() << 5u;
+    EXPECT_EQ(message.GetSize(), header + FromHex(kSampleHex).size() + 8);
+    tagSampleRecord record;
+    uint32_t number;
+    message >> record >> number;
+    EXPECT_EQ(record, Sample());
+    EXPECT_THROW(message >> number, CIPCMsgBufferException);
+    EXPECT_NE(message.DetachBlock(), nullptr);
+    EXPECT_EQ(message.GetSize(), 0u);
+}
+
+// A block of at most 16 bytes is taken over as far as it goes; a longer one is passed over.
+TEST(MsgSerializer, ControlBlockMayHaveAnyLength) {
+    const struct {
+        uint8_t length;
+        uint32_t status;
+    } rows[] = {{0, 0}, {8, 0}, {12, 0x11111111}, {16, 0x11111111}, {17, 0}, {200, 0}};
+    for (const auto& row : rows) {
+        Bytes bytes = SampleMessage();
+        bytes[kControlOffset - 4] = row.length;
+        const auto control = bytes.begin() + kControlOffset;
+        bytes.erase(control, control + 16);
+        Bytes block(row.length, 0x11);
+        if (row.length > 4) {
+            block[4] = 0x01;
+        }
+        bytes.insert(bytes.begin() + kControlOffset, block.begin(), block.end());
+        CMsgSerializer message;
+        ASSERT_TRUE(Load(message, bytes)) << int{row.length};
+        EXPECT_EQ(message.Status(), row.status) << int{row.length};
+        EXPECT_EQ(message.Name(), L"NULL");
+    }
+}
+
+TEST(MsgSerializer, SurvivesEveryTruncationAndMutation) {
+    const Bytes whole = SampleMessage();
+    CMsgSerializer message;
+    for (std::size_t length = 0; length < whole.size(); ++length) {
+        const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
+        tagSampleRecord record;
+        EXPECT_THROW(Load(message, cut) && (message >> record).GetSize(), CIPCMsgBufferException) << length;
+        EXPECT_THROW(AttachCopy(message, cut) && (message >> record).GetSize(), CIPCMsgBufferException) << length;
+    }
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+        for (const uint8_t value : kMutations) {
+            Bytes mutated = whole;
+            mutated[at] = value;
+            tagSampleRecord record;
+            try {
+                if (Load(message, mutated)) {
+                    message >> record;
+                } else {
+                    EXPECT_EQ(message.Status(), CMsgSerializer::kStatusNoResultFile) << at;
+                    EXPECT_EQ(message.Remaining(), 0u) << at;
+                }
+            } catch (const CIPCMsgBufferException&) {
+            }
+        }
+    }
+    ASSERT_THROW(message.Load(nullptr, 7), CIPCMsgBufferException);
+    ASSERT_THROW(message.Attach(nullptr, 7), CIPCMsgBufferException);
+    ASSERT_TRUE(Load(message, whole)) << "usable after all of that";
+}
+
+}  // namespace
