@@ -30,7 +30,8 @@ CFakePipeService::CFakePipeService(const std::wstring& name, Handler handler)
       m_stop(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
       m_event(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
       m_pipe(CreateNamedPipeW(Path(name).c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
-                              PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, 1024, 1024, 10'000, nullptr)) {
+                              PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, 1024, 1024, 10'000, nullptr)),
+      m_piece(kLongestPiece) {
     if (!m_pipe) {
         throw std::runtime_error("the pipe's name is taken, error " + std::to_string(GetLastError()));
     }
@@ -81,15 +82,14 @@ bool CFakePipeService::Await(OVERLAPPED& operation) const {
     return false;
 }
 
-bool CFakePipeService::ReceiveOne(tagReceived& received) const {
+bool CFakePipeService::ReceiveOne(tagReceived& received) {
     OVERLAPPED operation = NewOperation();
     if (!ConnectNamedPipe(m_pipe.Get(), &operation) && GetLastError() == ERROR_IO_PENDING && !Await(operation)) {
         return false;
     }
-    std::vector<char> piece(kLongestPiece);
-    for (DWORD bytes = 0;; received.bytes.append(piece.data(), bytes), received.pieces.push_back(bytes)) {
+    for (DWORD bytes = 0;; received.bytes.append(m_piece.data(), bytes), received.pieces.push_back(bytes)) {
         operation = NewOperation();
-        if (!ReadFile(m_pipe.Get(), piece.data(), kLongestPiece, nullptr, &operation)) {
+        if (!ReadFile(m_pipe.Get(), m_piece.data(), kLongestPiece, nullptr, &operation)) {
             if (GetLastError() != ERROR_IO_PENDING) {
                 break;
             }

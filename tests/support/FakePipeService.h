@@ -46,12 +46,13 @@ class CFakePipeService {
     void Serve();
     OVERLAPPED NewOperation() const;
     bool Await(OVERLAPPED& operation) const;
-    bool ReceiveOne(tagReceived& received) const;
+    bool ReceiveOne(tagReceived& received);
 
     Handler m_handler;
     CKernelHandle m_stop;
     CKernelHandle m_event;
     CFileHandle m_pipe;
+    std::vector<char> m_piece;
     mutable std::mutex m_lock;
     mutable std::condition_variable m_changed;
     std::vector<tagReceived> m_messages;
