@@ -144,11 +144,13 @@ bool CPipeServer::Fetch(String& out, DWORD* clientPid, const wchar_t* appendFail
         WRB_LOG(kLogError, L"[CPipeServer::FetchCmd] m_buf == NULL");
         return false;
     }
+    DWORD readBytes = kReadBytes;
     for (DWORD fill = 0;;) {
-        DWORD length = std::min(kReadBytes, kBufferBytes - fill);
+        DWORD length = std::min(readBytes, kBufferBytes - fill);
         const ReadResult result = ReadPipe(m_buffer.get() + fill, length, clientPid);
         if (result == ReadResult::Data) {
             fill += length;
+            readBytes = length < readBytes ? readBytes : kBufferBytes;
         }
         // Asked even after data has come: whoever signals the object wants no answer any more.
         if (result == ReadResult::Cancelled || IsUserObjectSignalled()) {

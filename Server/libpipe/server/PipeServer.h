@@ -63,9 +63,9 @@ class CPipeServer {
     static constexpr std::size_t kPathCharacters = 256;
     static constexpr DWORD kBufferBytes = 512000;
 
-    // The most that one read asks for. The system touches every page of the buffer that it is offered, whatever comes:
-    // offering all that is free of a fresh 512000 bytes would cost more than the rest of the exchange.
-    static constexpr DWORD kReadBytes = 16384;
+    // What a read asks for until a peer has written more than that at once. The system touches every page of a buffer
+    // that it is offered, whatever comes: all of a fresh 512000 bytes would cost more than the rest of an exchange.
+    static constexpr DWORD kReadBytes = 4096;
 
     bool InitialOpen(const wchar_t* name, HANDLE userObject);
     void OwnUserObject(HANDLE object);
