@@ -1,0 +1,73 @@
+#include "ScanCfgIni.h"
+
+#include <string>
+
+namespace wrb {
+namespace {
+
+constexpr uint32_t kLongestText = 65535;
+
+// Reads one section; the text buffer is made for the first text and serves them all.
+class CSectionReader {
+  public:
+    CSectionReader(CINICache& ini, const ScanGroup& group) : m_ini(ini), m_section(group.section.data()) {}
+
+    void Read(const ScanRow& row, tagScanGroupValues& values) {
+        switch (row.kind) {
+            case ScanRowKind::Bit:
+                values.flags |= ReadNumber(row) > 0 ? row.bits : 0;
+                break;
+            case ScanRowKind::Int:
+                values.*row.number = ReadNumber(row);
+                break;
+            case ScanRowKind::Choice:
+                values.flags |= row.choice->BitsOf(ReadNumber(row));
+                break;
+            case ScanRowKind::Text:
+            case ScanRowKind::CustomActionPair:
+                values.*row.text = ReadText(row);
+                break;
+            case ScanRowKind::Uid:
+            case ScanRowKind::Empty:
+                break;
+        }
+    }
+
+  private:
+    uint32_t ReadNumber(const ScanRow& row) {
+        return m_ini.readINIInt(m_section, row.key.data(), static_cast<int32_t>(row.defaultNumber));
+    }
+
+    const wchar_t* ReadText(const ScanRow& row) {
+        m_text.resize(kLongestText + 1);
+        m_text.front() = L'\0';
+        m_ini.readINIString(m_text.data(), m_section, row.key.data(), row.defaultText,
+                            static_cast<uint32_t>(m_text.size()));
+        return m_text.c_str();
+    }
+
+    CINICache& m_ini;
+    const wchar_t* m_section;
+    std::wstring m_text;
+};
+
+}  // namespace
+
+void ReadScanGroupIni(CINICache& ini, const ScanGroup& group, tagScanGroupValues& values) {
+    values = {};
+    CSectionReader section(ini, group);
+    for (const ScanRow& row : group.rows) {
+        section.Read(row, values);
+    }
+    if (group.kind == ScanGroupKind::Main) {
+        const ScanGroup& exclusion = FindScanGroup(group.type, ScanGroupKind::Exclusion);
+        CSectionReader exclusionSection(ini, exclusion);
+        for (const ScanRow& row : exclusion.rows) {
+            if (row.kind == ScanRowKind::Bit) {
+                exclusionSection.Read(row, values);
+            }
+        }
+    }
+}
+
+}  // namespace wrb

@@ -1,0 +1,31 @@
+// An agent's uid as requests and sections carry it: a field of 37 characters, the terminator included.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace wrb {
+
+class CUidField {
+  public:
+    // Cuts a longer text; null counts as empty.
+    explicit CUidField(const wchar_t* uid) noexcept {
+        while (uid != nullptr && m_length < kCapacity - 1 && uid[m_length] != L'\0') {
+            m_text[m_length] = uid[m_length];
+            ++m_length;
+        }
+    }
+
+    // An empty uid stands for the server as a whole.
+    bool IsEmpty() const noexcept { return m_length == 0; }
+    const wchar_t* CStr() const noexcept { return m_text; }
+    std::wstring_view View() const noexcept { return {m_text, m_length}; }
+
+  private:
+    static constexpr std::size_t kCapacity = 37;
+
+    std::size_t m_length = 0;
+    wchar_t m_text[kCapacity] = {};
+};
+
+}  // namespace wrb

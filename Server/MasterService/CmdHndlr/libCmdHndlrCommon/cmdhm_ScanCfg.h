@@ -1,0 +1,54 @@
+// Retrieval of scan settings: of one agent from the database, or of the server as a whole from the scan INI.
+//
+// A uid is cut to 36 characters; an empty or null one asks for the server-wide settings. With bResetCfgFlag an agent's
+// configuration-changed bit of the group is cleared once its settings have been read; server-wide settings have none.
+// False: a request failed, the agent is not known, or it has no settings; the log says which. Throws only for lack of
+// memory. Any thread; a call waits for the database as long as that takes, at most 600 seconds a request.
+#pragma once
+
+#include <string>
+
+#include "ScanGroup.h"
+
+// The values of one group, set anew; after a failure they are not to be used.
+bool cmdhm_GetMSCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetRTCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetPSCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSNCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetMSCfgEx(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetRTCfgEx(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetPSCfgEx(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSNCfgEx(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSpyMSCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSpyRTCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSpyPSCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSpySNCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+
+// The group's section, alone in `out`, which is empty after a failure.
+bool cmdhm_GetAndExportMSCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetAndExportRTCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetAndExportPSCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetAndExportSNCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetAndExportMSCfgEx(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetAndExportRTCfgEx(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetAndExportPSCfgEx(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetAndExportSNCfgEx(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetAndExportSpyMSCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetAndExportSpyRTCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetAndExportSpyPSCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetAndExportSpySNCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+
+// All twelve sections of an agent, alone in `out`, which is empty after a failure. There is no server-wide form:
+// without a uid the database knows no such agent.
+bool cmdhm_GetAllScanCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+
+// The agent's spyware restore sessions as one section, alone in `out`, which is empty after a failure.
+bool cmdhm_GetSpyRestoreList(std::wstring& out, const wchar_t* uid);
+
+namespace wrb {
+
+// The same for callers that walk the groups.
+bool GetScanGroup(const ScanGroup& group, tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool GetAndExportScanGroup(const ScanGroup& group, std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+
+}  // namespace wrb
