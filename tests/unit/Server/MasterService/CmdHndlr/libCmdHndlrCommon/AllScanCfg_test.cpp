@@ -1,0 +1,134 @@
+// All twelve sections of an agent from the combined records.
+#include <gtest/gtest.h>
+
+#include "AllScanValues.h"
+#include "ExpectedScanSections.h"
+#include "FakeDbService.h"
+#include "Serializer.h"
+#include "cmdhm_ScanCfg.h"
+
+namespace {
+
+using wrb::ScanGroupKind;
+using wrb::ScanType;
+using wrb::test::ExpectedScanSections;
+using wrb::test::MessageBytes;
+using wrb::test::tagDbRequest;
+
+constexpr const wchar_t* kUid = L"12345678-1234-1234-1234-123456789abc";
+constexpr const wchar_t* kFirst = L"DBV2_CLIENT_GET_ALL_SCAN_CFG";
+constexpr const wchar_t* kSecond = L"DBV2_CLIENT_GET_ALL_SCAN_EX";
+
+std::string Message(const wchar_t* name, const ISerializable& record) {
+    CSerializer body;
+    body << record;
+    return MessageBytes(name, {reinterpret_cast<const char*>(body.Data()), body.GetSize()});
+}
+
+tagClnAllScanCfg Config(bool hasExtra) {
+    tagClnAllScanCfg config;
+    config.hasConfig = true;
+    config.hasExtra = hasExtra;
+    for (uint32_t i = 0; i < kScanTypeCount; ++i) {
+        config.scans[i] = wrb::test::DistinctScanValues(0x11111111u << i);
+        config.scans[i].moveDir += std::to_wstring(i);
+        config.scans[i].custAction = L"Type" + std::to_wstring(i) + L"-1-2";
+        config.spywareFlags[i] = 0x01010000u >> i;
+    }
+    // Only the word of PS has the bit that the exclusion section shows.
+    config.scans[2].flags |= 0x10000;
+    config.scans[3].flags &= ~0x10000u;
+    return config;
+}
+
+tagClnAllScanCfgEx Lists() {
+    tagClnAllScanCfgEx lists;
+    for (uint32_t i = 0; i < kScanTypeCount; ++i) {
+        const std::wstring number = std::to_wstring(i);
+        lists.scans[i] = {L"folder" + number, L"file" + number, L"ext" + number, i == 1 ? L"" : L"spy" + number};
+    }
+    return lists;
+}
+
+// The reply, from the two records by the rules of the combined answer.
+std::wstring ExpectedReply(const tagClnAllScanCfg& config, const tagClnAllScanCfgEx& lists) {
+    std::wstring reply;
+    for (const ScanType type : {ScanType::MS, ScanType::RT, ScanType::PS, ScanType::SN}) {
+        const auto i = static_cast<std::size_t>(type);
+        for (const ScanGroupKind kind : {ScanGroupKind::Main, ScanGroupKind::Spyware, ScanGroupKind::Exclusion}) {
+            tagScanGroupValues values = config.scans[i];
+            values.cleanFailedMoveDir = values.moveDir;
+            values.excludedFolder = lists.scans[i].excludedFolder;
+            values.excludedFile = lists.scans[i].excludedFile;
+            values.excludedExt = lists.scans[i].excludedExt;
+            values.excludeFileExtList = lists.scans[i].excludeFileExtList;
+            if (kind == ScanGroupKind::Spyware) {
+                values.flags = config.spywareFlags[i];
+            } else if (kind == ScanGroupKind::Exclusion && type == ScanType::SN) {
+                values.flags = config.scans[2].flags;
+            }
+            for (const auto& section : ExpectedScanSections()) {
+                if (section.type == type && section.kind == kind) {
+                    reply += section.Text(kUid, values);
+                }
+            }
+        }
+    }
+    return reply;
+}
+
+// Answers the two requests with these bytes; none connect and close.
+auto Answering(std::string first, std::string second = {}) {
+    return [first = std::move(first), second = std::move(second)](const tagDbRequest& request) {
+        return std::optional(request.Name() == kFirst ? first : request.Name() == kSecond ? second : std::string());
+    };
+}
+
+TEST(AllScanCfg, RepliesWithTwelveSectionsAndClearsEveryBitOnRequest) {
+    for (const bool hasExtra : {false, true}) {
+        const tagClnAllScanCfg config = Config(hasExtra);
+        const tagClnAllScanCfgEx lists = hasExtra ? Lists() : tagClnAllScanCfgEx();
+        const wrb::test::CFakeDbService db(Answering(Message(kFirst, config), Message(kSecond, Lists())));
+        std::wstring out = L"old";
+        EXPECT_TRUE(cmdhm_GetAllScanCfg(out, (std::wstring(kUid) + L"more").c_str(), hasExtra));
+        EXPECT_EQ(out, ExpectedReply(config, lists));
+
+        const auto requests = db.WaitFor(hasExtra ? 3 : 1);
+        ASSERT_EQ(requests.size(), hasExtra ? 3u : 1u);
+        EXPECT_EQ(requests[0].Name(), kFirst);
+        EXPECT_EQ(requests[0].Texts().at(2), kUid);
+        if (hasExtra) {
+            EXPECT_EQ(requests[1].Name(), kSecond);
+            const std::vector<std::wstring> reset{L"DB_SET_CONF_FLAG", L"-1", kUid, L"0", L"115975", L"0"};
+            EXPECT_EQ(requests[2].Fields(), reset);
+        }
+    }
+}
+
+TEST(AllScanCfg, AnythingButWholeAnswersGivesAnEmptyReply) {
+    const std::string first = Message(kFirst, Config(true));
+    const std::string second = Message(kSecond, Lists());
+    std::vector<std::pair<std::string, std::string>> answers{
+        {"", second}, {first, ""}, {Message(kFirst, tagClnAllScanCfg()), second}, {wrb::test::WideBytes(L"1\t2"), ""}};
+    for (std::size_t length = 1; length < first.size(); length += 41) {
+        answers.emplace_back(first.substr(0, length), second);
+    }
+    for (std::size_t length = 1; length < second.size(); length += 41) {
+        answers.emplace_back(first, second.substr(0, length));
+    }
+    for (auto& [one, two] : answers) {
+        const auto lengths = std::pair(one.size(), two.size());
+        const wrb::test::CFakeDbService db(Answering(one, two));
+        std::wstring out = L"old";
+        EXPECT_FALSE(cmdhm_GetAllScanCfg(out, kUid, true)) << lengths.first << " " << lengths.second;
+        EXPECT_EQ(out, L"");
+    }
+}
+
+TEST(AllScanCfg, WithoutADatabaseServerTheReplyIsEmpty) {
+    std::wstring out = L"old";
+    EXPECT_FALSE(cmdhm_GetAllScanCfg(out, kUid, false));
+    EXPECT_EQ(out, L"");
+}
+
+}  // namespace
