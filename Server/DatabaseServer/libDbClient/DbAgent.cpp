@@ -38,7 +38,7 @@ bool dbGetClnFullDomainNameAndUidW(const wchar_t* uid, std::wstring& text, uint3
 }
 
 bool dbGetComputerNameW(const wchar_t* uid, std::wstring& text, uint32_t number) noexcept {
-    return ReadDbText(DbName(DbCommand::GetComputerName), text, uid, number);
+    return ReadDbText(DbName(DbCommand::GetComputername), text, uid, number);
 }
 
 bool dbGetIpW(const wchar_t* uid, std::wstring& text, uint32_t number) noexcept {

@@ -1,0 +1,147 @@
+#include "DbApiHeader.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <cstring>
+
+#include "CapturedLog.h"
+#include "FakePipeService.h"
+#include "MsgSerializer.h"
+#include "PipeClient.h"
+#include "UniqueName.h"
+
+namespace {
+
+using testing::ElementsAre;
+using wrb::DbApiHeaderStatus;
+using wrb::ReadDbApiHeader;
+using wrb::test::CFakePipeService;
+
+constexpr char kRequest[] = "what follows";
+
+// The frame that SendDbApiHeader writes, as one client after the other would: its pieces, and the request behind it.
+wrb::test::tagReceived SendFrame() {
+    const std::wstring name = wrb::test::UniqueName();
+    CFakePipeService service(name);
+    CPipeClient client;
+    EXPECT_TRUE(client.Initial(name.c_str()));
+    EXPECT_EQ(SendDbApiHeader(client, L"dbExample"), 1);
+    uint64_t byteCount = sizeof kRequest;
+    EXPECT_TRUE(client.Send(kRequest, byteCount));
+    client.Close();
+    return service.WaitFor(1).at(0);
+}
+
+std::span<const uint8_t> Bytes(const std::string& text) {
+    return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
+}
+
+DbApiHeaderStatus Read(const std::string& frame) {
+    std::span<const uint8_t> request = Bytes(frame);
+    CDbApiHeaderContent content;
+    return ReadDbApiHeader(request, content);
+}
+
+std::string WithWord(std::string frame, std::size_t offset, uint32_t word) {
+    std::memcpy(frame.data() + offset, &word, sizeof word);
+    return frame;
+}
+
+TEST(DbApiHeader, IsWrittenInThreePieces) {
+    const auto received = SendFrame();
+    ASSERT_EQ(received.bytes.substr(0, 4), std::string("\x03\x07\x1A\x0E"));
+    uint32_t length;
+    std::memcpy(&length, received.bytes.data() + 4, sizeof length);
+    EXPECT_THAT(received.pieces, ElementsAre(4, 4, length, sizeof kRequest));
+    EXPECT_EQ(received.bytes.substr(8, 16), std::string("\x04\0\0\0\x01\0\0\0\x10\0\0\0\x20\xAC\0\0", 16));
+    EXPECT_EQ(received.bytes.substr(36, 14), std::string("\x0A\0\0\0N\0U\0L\0L\0\0\0", 14));
+}
+
+TEST(DbApiHeader, TellsTheServerWhoAsks) {
+    const std::string frame = SendFrame().bytes;
+    std::span<const uint8_t> request = Bytes(frame);
+    CDbApiHeaderContent content;
+    ASSERT_EQ(ReadDbApiHeader(request, content), DbApiHeaderStatus::Ok);
+    EXPECT_EQ(content.version, 1u);
+    EXPECT_EQ(content.processId, GetCurrentProcessId());
+    EXPECT_EQ(content.threadId, GetCurrentThreadId());
+    EXPECT_EQ(content.caller, L"dbExample");
+    EXPECT_TRUE(content.modulePath.ends_with(L"libDbClientApiHeader_test.exe"))
+        << "path of " << content.modulePath.size();
+    EXPECT_STREQ(reinterpret_cast<const char*>(request.data()), kRequest);
+}
+
+TEST(DbApiHeader, VersionZeroHasNoOtherField) {
+    CDbApiHeaderContent content;
+    content.version = 0;
+    content.caller = L"not written";
+    CSerializer serializer;
+    serializer << content;
+    EXPECT_EQ(serializer.GetSize(), 8u);
+    content.processId = 7;
+    serializer >> content;
+    EXPECT_EQ(content.processId, 0u);
+}
+
+TEST(DbApiHeader, RefusesEveryTruncation) {
+    const std::string frame = SendFrame().bytes;
+    for (std::size_t length = 0; length < frame.size() - sizeof kRequest; ++length) {
+        EXPECT_EQ(Read(frame.substr(0, length)), DbApiHeaderStatus::TooShort) << length;
+    }
+}
+
+TEST(DbApiHeader, RefusesWhatIsNoFrame) {
+    const std::string frame = SendFrame().bytes;
+    const struct {
+        const char* what;
+        std::size_t offset;
+        uint32_t word;
+        DbApiHeaderStatus status;
+    } cases[] = {
+        {"other magic", 0, 0x0E1A0704, DbApiHeaderStatus::BadMagic},
+        {"length of all ones", 4, 0xFFFFFFFF, DbApiHeaderStatus::BadLength},
+        {"length just above the limit", 4, kDbApiHeaderLimit + 1, DbApiHeaderStatus::BadLength},
+        {"length of more than there is", 4, kDbApiHeaderLimit, DbApiHeaderStatus::TooShort},
+        {"empty message", 4, 0, DbApiHeaderStatus::BadContent},
+        {"message that ends in a value", 4, 100, DbApiHeaderStatus::BadContent},
+        {"control block of no bytes", 8 + 8, 0, DbApiHeaderStatus::BadContent},
+        {"body in a file", 8 + 16, 2, DbApiHeaderStatus::BadContent},
+        {"name of all ones", 8 + 28, 0xFFFFFFFF, DbApiHeaderStatus::BadContent},
+    };
+    for (const auto& [what, offset, word, status] : cases) {
+        EXPECT_EQ(Read(WithWord(frame, offset, word)), status) << what;
+    }
+}
+
+// Whatever a byte is changed to, reading ends, and never with a request that begins anywhere but behind the frame.
+TEST(DbApiHeader, SurvivesEveryChangedByte) {
+    const std::string frame = SendFrame().bytes;
+    for (std::size_t offset = 0; offset < frame.size() - sizeof kRequest; ++offset) {
+        for (const char byte : {'\0', '\x02', '\x7F', '\xFF'}) {
+            std::string changed = frame;
+            changed[offset] = byte;
+            std::span<const uint8_t> request = Bytes(changed);
+            CDbApiHeaderContent content;
+            const bool read = ReadDbApiHeader(request, content) == DbApiHeaderStatus::Ok;
+            const bool lengthChanged = changed.substr(4, 4) != frame.substr(4, 4);
+            EXPECT_TRUE(!read || lengthChanged || request.size() == sizeof kRequest) << offset;
+            EXPECT_TRUE(read || request.size() == changed.size()) << offset;
+        }
+    }
+}
+
+TEST(DbApiHeader, ReportsAReaderThatHasGone) {
+    const std::wstring name = wrb::test::UniqueName();
+    CPipeClient client;
+    {
+        const CFakePipeService service(name);
+        ASSERT_TRUE(client.Initial(name.c_str()));
+    }
+    TakeCapturedLog();
+    EXPECT_EQ(SendDbApiHeader(client, nullptr), 0);
+    EXPECT_THAT(TakeCapturedLog(), ElementsAre(tagCapturedLine{'E', L"SendDbApiHeader - fail to send DB API header"}));
+}
+
+}  // namespace
