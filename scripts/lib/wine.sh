@@ -30,6 +30,9 @@ start_wine() {
         wineserver -w 8>&-
     fi
     wineserver -p >/dev/null 2>&1 8>&-
+    # Wine's own services start with the first program and keep its output open as long as the server
+    # lives. Started here, none of them holds on to a pipe that somebody reads to its end.
+    run_under_wine wineboot >/dev/null 2>&1 8>&-
 }
 
 # stop_wine: ends every program of our prefix and its server, and no other.
