@@ -19,6 +19,10 @@ else()
   target_compile_options(wrb_compiler INTERFACE
       -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
       $<$<COMPILE_LANGUAGE:CXX>:-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=>)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    # GCC 12 sees overlapping copies in its own std::string when it optimises (assignments and operator+ of literals).
+    target_compile_options(wrb_compiler INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
+  endif()
   if(WRB_WARNINGS_AS_ERRORS)
     target_compile_options(wrb_compiler INTERFACE -Werror)
   endif()
