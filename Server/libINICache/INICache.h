@@ -1,0 +1,98 @@
+// Read-through cache of one INI file: a value that was read is served again until it is older than the expiry.
+//
+// Narrow texts are in the system's ANSI code page; a wide form converts its texts and does the same. A null text counts
+// as an empty one. Any thread may call anything at any time. Hits share the cache's lock; a miss reads the file with
+// the lock held exclusively, so that misses come one at a time. Nothing throws but for lack of memory.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "Clock.h"
+#include "EntryTable.h"
+#include "ProfileAccess.h"
+#include "SRWLock.h"
+
+class CINICache {
+  public:
+    // `clock` and `profile` must outlive the cache.
+    explicit CINICache(const wrb::IClock& clock = wrb::SystemClock(),
+                       wrb::IProfileAccess& profile = wrb::SystemProfile());
+    CINICache(const CINICache&) = delete;
+    CINICache& operator=(const CINICache&) = delete;
+
+    // Binds the cache to a file; the path is cut at 260 characters. Returns 1, or 0 when the file does not exist: the
+    // path is kept even so, and reads answer their defaults until the file appears. The expiry becomes `seconds`; it
+    // stays as it was (30 seconds at first) when the file is missing or `seconds` is 0. Seconds beyond 49 days mean 49
+    // days. A path other than the one before drops what was cached of the old file.
+    int init(const char* path, uint32_t seconds);
+    int init(const wchar_t* path, uint32_t seconds);
+
+    // Whatever the file gave is kept, the default too: until it expires, a later read gets that earlier default even if
+    // it passes another. `bypass` 1 goes to the file and leaves the cache alone. A text that does not begin like a
+    // number reads as the default; a negative number comes back as its two's complement.
+    uint32_t readINIInt(const char* section, const char* key, int32_t defaultValue, int bypass = 0);
+    uint32_t readINIInt(const wchar_t* section, const wchar_t* key, int32_t defaultValue, int bypass = 0);
+
+    // Puts at most `size` - 1 characters of the value and a terminator into `buffer` and returns their number; of the
+    // wide form, the number of narrow characters. A `size` of 0 (or a null buffer) writes nothing, 1 only the
+    // terminator; both return 0. The cache keeps the whole value (up to 65535 characters) however small the buffer, so
+    // that a reader with a short buffer does not shorten the value for the next one. The wide form returns 0 and leaves
+    // the buffer as it was when memory is lacking.
+    uint32_t readINIString(char* buffer, const char* section, const char* key, const char* defaultText, uint32_t size,
+                           int bypass = 0);
+    uint32_t readINIString(wchar_t* buffer, const wchar_t* section, const wchar_t* key, const wchar_t* defaultText,
+                           uint32_t size, int bypass = 0);
+
+    // Writes through to the file, without the lock, and drops the entry whether or not that worked. Up to six attempts,
+    // 100 ms apart. Returns the system's result, non-zero on success. A null value deletes the key; a null section or
+    // key, which the system would take as an order to delete a whole section, is refused with 0.
+    int writeINIString(const char* section, const char* key, const char* value);
+    int writeINIString(const wchar_t* section, const wchar_t* key, const wchar_t* value);
+    int writeINIInt(const char* section, const char* key, int32_t value);
+    int writeINIInt(const wchar_t* section, const wchar_t* key, int32_t value);
+
+    void clear();
+
+  private:
+    static constexpr uint32_t kDefaultExpiryMs = 30000;
+    static constexpr std::size_t kPathLimit = 260;
+
+    template <typename Value>
+    struct tagEntry {
+        Value value;
+        uint32_t readTick;
+    };
+    template <typename Value>
+    using EntryTable = wrb::CEntryTable<tagEntry<Value>>;
+
+    struct tagPath {
+        char text[kPathLimit + 1];
+    };
+
+    template <typename Value>
+    const Value* FindFresh(const EntryTable<Value>& table, const wrb::CEntryKey& key) const WRB_REQUIRES_SHARED(m_lock);
+    template <typename Value>
+    const Value& Store(EntryTable<Value>& table, const wrb::CEntryKey& key, Value value) WRB_REQUIRES(m_lock);
+    template <typename Char>
+    uint32_t ReadNumber(const Char* section, const Char* key, int32_t defaultValue, int bypass);
+    template <typename Char, typename Copy>
+    uint32_t ReadText(const Char* section, const Char* key, const Char* defaultText, int bypass, Copy copy);
+    void Forget(const char* section, const char* key);
+    tagPath Path();
+
+    const wrb::IClock& m_clock;
+    wrb::IProfileAccess& m_profile;
+    CWrbSRWLock m_lock;
+    tagPath m_path WRB_GUARDED_BY(m_lock) = {};
+    uint32_t m_expiryMs WRB_GUARDED_BY(m_lock) = kDefaultExpiryMs;
+    // A key read both as a number and as text has an entry in each.
+    EntryTable<uint32_t> m_integers WRB_GUARDED_BY(m_lock);
+    EntryTable<std::string> m_texts WRB_GUARDED_BY(m_lock);
+};
+
+// The caches of the server's three INI files. Each exists from its first use, before anybody binds it to its file,
+// until the library is unloaded.
+CINICache& ScanIniCache();    // wrbscan.ini
+CINICache& ServerIniCache();  // Private\wrbserver.ini
+CINICache& SbaIniCache();     // private\wrbSbaSvr.ini

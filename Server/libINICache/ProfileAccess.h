@@ -1,0 +1,37 @@
+// The system's private-profile functions behind a seam, so that a test can count file reads and make writes fail.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace wrb {
+
+// All texts are narrow, in the system's ANSI code page, never null unless said. Implementations are called from many
+// threads at once and must allow it.
+class IProfileAccess {
+  public:
+    virtual ~IProfileAccess() = default;
+
+    // Whether `path` names an existing file; a folder does not count.
+    virtual bool FileExists(const char* path) = 0;
+
+    // The number as the system reads it: leading sign and digits, a negative one as its two's complement. The default
+    // when the key is absent or its text does not begin like a number.
+    virtual uint32_t ReadInt(const char* section, const char* key, int32_t defaultValue, const char* path) = 0;
+
+    // The whole value, as far as the system reads one: 65535 characters. Throws std::bad_alloc for lack of memory.
+    virtual std::string ReadString(const char* section, const char* key, const char* defaultText, const char* path) = 0;
+
+    // A null `value` deletes the key. Returns what the system's write returned, non-zero for success; otherwise `error`
+    // is the Windows error code.
+    virtual int WriteString(const char* section, const char* key, const char* value, const char* path,
+                            uint32_t& error) = 0;
+
+    // Waits between two attempts to write.
+    virtual void Pause(uint32_t milliseconds) = 0;
+};
+
+// The machine's own profile functions; lives for the whole process.
+IProfileAccess& SystemProfile();
+
+}  // namespace wrb

@@ -1,0 +1,50 @@
+// A profile in memory that counts what the cache asks of it and fails on demand.
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "ProfileAccess.h"
+
+class CFakeProfile : public wrb::IProfileAccess {
+  public:
+    bool FileExists(const char* path) override {
+        lastPath = path;
+        return exists;
+    }
+
+    uint32_t ReadInt(const char* section, const char* key, int32_t defaultValue, const char* path) override {
+        const std::string text = ReadString(section, key, "", path);
+        return text.empty() ? static_cast<uint32_t>(defaultValue) : static_cast<uint32_t>(std::stol(text));
+    }
+
+    std::string ReadString(const char* section, const char* key, const char* defaultText, const char* path) override {
+        ++reads;
+        lastPath = path;
+        const auto found = values.find(std::string(section) + "/" + key);
+        return found != values.end() ? found->second : defaultText;
+    }
+
+    int WriteString(const char* section, const char* key, const char* value, const char*, uint32_t& error) override {
+        ++writeAttempts;
+        if (failingWrites > 0) {
+            --failingWrites;
+            error = static_cast<uint32_t>(writeAttempts);
+            return 0;
+        }
+        values[std::string(section) + "/" + key] = value;
+        return 1;
+    }
+
+    void Pause(uint32_t milliseconds) override { pauses.push_back(milliseconds); }
+
+    std::map<std::string, std::string> values;
+    bool exists = true;
+    int failingWrites = 0;
+    int writeAttempts = 0;
+    std::atomic<int> reads{0};
+    std::vector<uint32_t> pauses;
+    std::string lastPath;
+};

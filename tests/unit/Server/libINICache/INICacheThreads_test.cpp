@@ -1,0 +1,95 @@
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "FakeProfile.h"
+#include "INICache.h"
+#include "ManualClock.h"
+
+namespace {
+
+constexpr int kThreads = 8;
+
+template <typename Work>
+void OnAllThreads(Work work) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+        threads.emplace_back([=] { work(i); });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+// Notices when two threads read the file at once.
+class COneAtATimeProfile final : public CFakeProfile {
+  public:
+    std::string ReadString(const char* section, const char* key, const char* text, const char* path) override {
+        if (++m_inside > 1) {
+            overlapped = true;
+        }
+        std::this_thread::yield();
+        std::string value = CFakeProfile::ReadString(section, key, text, path);
+        --m_inside;
+        return value;
+    }
+
+    std::atomic<bool> overlapped{false};
+
+  private:
+    std::atomic<int> m_inside{0};
+};
+
+// Every look finds every entry stale.
+class CRacingClock final : public wrb::IClock {
+  public:
+    uint32_t TickMilliseconds() const override { return m_tick += 30001; }
+    int64_t CalendarSeconds() const override { return 0; }
+
+  private:
+    mutable std::atomic<uint32_t> m_tick{0};
+};
+
+TEST(INICacheThreads, ThreadsThatMissTheSameKeyTogetherReadTheFileOnce) {
+    for (int round = 0; round < 50; ++round) {
+        CManualClock clock;
+        COneAtATimeProfile profile;
+        CINICache cache(clock, profile);
+        OnAllThreads([&](int) { EXPECT_EQ(cache.readINIInt("S", "k", 9), 9u); });
+        EXPECT_EQ(profile.reads, 1);
+    }
+}
+
+TEST(INICacheThreads, MissesComeOneAtATimeWhileOthersWriteAndClear) {
+    CRacingClock clock;
+    COneAtATimeProfile profile;
+    profile.values["S/long"] = std::string(500, 'v');
+    CINICache cache(clock, profile);
+    OnAllThreads([&](int thread) {
+        for (int i = 0; i < 500; ++i) {
+            wchar_t text[600];
+            const std::string key = std::to_string(i % 7);
+            EXPECT_EQ(cache.readINIInt("S", key.c_str(), thread), static_cast<uint32_t>(thread));
+            EXPECT_EQ(cache.readINIString(text, L"S", L"long", L"", 600), 500u);
+            if (i % 50 == thread) {
+                cache.clear();
+                cache.init("x.ini", 30);
+            }
+        }
+    });
+    EXPECT_FALSE(profile.overlapped);
+}
+
+TEST(INICacheThreads, HitsAndWritesMixOnTheSystemsOwnSeam) {
+    CINICache cache;  // bound to no file: every write fails at once or not, every read gives its default
+    OnAllThreads([&](int) {
+        for (int i = 0; i < 2000; ++i) {
+            EXPECT_EQ(cache.readINIInt("NoSuchSection", "k", 3), 3u);
+            if (i % 500 == 0) {
+                cache.clear();
+            }
+        }
+    });
+}
+
+}  // namespace
