@@ -1,0 +1,43 @@
+#include "cgi_HomeDir.h"
+
+#include <windows.h>
+
+#include "ServerRegistry.h"
+
+namespace {
+
+// Longer than any path of the system, so that a long one is recognised, not cut.
+constexpr DWORD kModulePathCapacity = 32768;
+
+std::wstring ProgramFolder() {
+    std::wstring path(kModulePathCapacity, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), kModulePathCapacity));
+    path.resize(path.find_last_of(L'\\') + 1);  // nothing found: nothing left
+    return path;
+}
+
+}  // namespace
+
+std::wstring cgi_GetHomeDir() {
+    std::wstring folder = wrb::ReadLocalPath();
+    if (!folder.empty() && folder.back() != L'\\') {
+        folder += L'\\';
+    }
+    if (folder.empty() || folder.size() >= kHomeDirCapacity) {
+        folder = ProgramFolder();
+    }
+    if (folder.size() >= kHomeDirCapacity) {
+        folder.clear();
+    }
+    return folder;
+}
+
+bool cgi_GetHomeDir(wchar_t* buffer, uint32_t capacity) {
+    if (buffer == nullptr || capacity == 0) {
+        return false;
+    }
+    const std::wstring folder = cgi_GetHomeDir();
+    const bool fits = !folder.empty() && folder.size() < capacity;
+    buffer[fits ? folder.copy(buffer, folder.size()) : 0] = L'\0';
+    return fits;
+}
