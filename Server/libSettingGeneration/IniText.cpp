@@ -50,7 +50,7 @@ void CIniWriter::Section(std::wstring_view name) {
 }
 
 void CIniWriter::Int(std::wstring_view key, int32_t number) {
-    char digits[kLongestInt32];
+    char digits[kLongestInt32] = {};
     const char* const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
     wchar_t text[kLongestInt32];
     std::size_t length = 0;

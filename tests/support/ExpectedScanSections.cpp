@@ -1,6 +1,7 @@
 #include "ExpectedScanSections.h"
 
 #include <sstream>
+#include <utility>
 
 namespace wrb::test {
 namespace {
@@ -148,11 +149,12 @@ const std::vector<tagExpectedSection>& ExpectedScanSections() {
     static const std::vector<tagExpectedSection> sections = [] {
         std::vector<tagExpectedSection> all;
         for (const auto& row : kSections) {
-            tagExpectedSection& section = all.emplace_back(row.type, row.kind, row.name);
+            tagExpectedSection section{row.type, row.kind, row.name, {}};
             std::wistringstream words(row.keys);
             for (std::wstring word; words >> word;) {
                 section.keys.push_back(ParseKey(word));
             }
+            all.push_back(std::move(section));
         }
         return all;
     }();
