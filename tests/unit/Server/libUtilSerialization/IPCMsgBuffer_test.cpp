@@ -118,6 +118,14 @@ TEST(IPCMsgBuffer, ReadersOfFixedWidthIgnoreTheLengthWord) {
     EXPECT_EQ(CodeThrownBy([&] { in >> number; }), Code::kOutOfRange);
 }
 
+TEST(IPCMsgBuffer, AnArrayOfMoreElementsThanBytesIsRefusedWhole) {
+    CGuardedReader in(FromHex("03 00 00 00  02 00 00 00 07 00  02 00 00 00 00"));
+    std::vector<tagSampleItem> items(1);
+    EXPECT_EQ(CodeThrownBy([&] { in >> items; }), Code::kOutOfRange);
+    EXPECT_TRUE(items.empty());
+    EXPECT_EQ(in.Remaining(), 15u);
+}
+
 TEST(IPCMsgBuffer, GetDataTellsTheSizeBeforeItReads) {
     CSerializer in;
     in.WriteBytes("\x01\x02\x03", 3);
@@ -144,7 +152,7 @@ TEST(IPCMsgBuffer, ErrorsSayWhatAndWhere) {
     EXPECT_STREQ(CIPCMsgBufferException(Code::kNotOwner, L"Server\\a.cpp", 12).what(),
                  "Not owner, (2), [Server\\a.cpp|12]");
     CSerializer empty;
-    uint32_t number;
+    uint32_t number = 0;
     EXPECT_EQ(CodeThrownBy([&] { empty >> number; }), Code::kInvalidBuffer);
     EXPECT_EQ(CodeThrownBy([&] { empty.DetachBlock(); }), Code::kNotOwner);
     try {
@@ -207,7 +215,7 @@ TEST(AccBuffer, GrowsByWholeIncrements) {
 TEST(AccBuffer, CopiesKeepTheBytesAndTheCursor) {
     CIPCMsgBuffer source;
     source << uint32_t{1} << L"two";
-    uint32_t number;
+    uint32_t number = 0;
     source >> number;
     CIPCMsgBuffer copy = source;
     source << true;

@@ -96,7 +96,7 @@ void WriteFileOf(const fs::path& path, const Bytes& bytes) {
 
 TEST_F(MessageFile, ABufferSpillsAtTheFirstAppendAfterTwoMiB) {
     const Bytes bytes(0x200000, 0x5A);
-    CAccBuffer buffer;
+    CIPCMsgBuffer buffer;
     buffer.Append(bytes.data(), 0x1FFFFF);
     EXPECT_EQ(buffer.Capacity(), 0x200000u);
     EXPECT_FALSE(buffer.InFileMode());
@@ -106,7 +106,12 @@ TEST_F(MessageFile, ABufferSpillsAtTheFirstAppendAfterTwoMiB) {
     EXPECT_EQ(buffer.Size(), 0x200000u);
     EXPECT_THAT(TakeCapturedLog(),
                 Logged(L"CAccBuffer::CreateFileModeFile - [File mode] File = " + OnlyFile().wstring()));
-    EXPECT_EQ(CAccBuffer(buffer).Size(), 0u);
+    uint32_t held = 0;
+    buffer >> held;
+    EXPECT_EQ(held, 0x5A5A5A5Au) << "what the block held can still be read";
+    const CIPCMsgBuffer copy = buffer;
+    EXPECT_EQ(copy.Size(), 0u);
+    EXPECT_EQ(copy.Remaining(), 0u);
 }
 
 TEST_F(MessageFile, ALargeMessageArrivesWhole) {
@@ -129,7 +134,7 @@ TEST_F(MessageFile, ALargeMessageArrivesWhole) {
     ASSERT_TRUE(Load(receiver, sent));
     EXPECT_EQ(receiver.Id(), sender.Id());
     for (uint32_t i = 0; i < kTexts; ++i) {
-        uint32_t number;
+        uint32_t number = 0;
         std::wstring read;
         receiver >> number >> read;
         ASSERT_EQ(number, i);
@@ -187,7 +192,11 @@ TEST_F(MessageFile, TheFileOutlivesTheSenderButNotTheExchange) {
     EXPECT_TRUE(fs::is_empty(m_spill)) << "receiver has the next message";
 
     const std::function<void(CMsgSerializer&)> ends[] = {
-        [](CMsgSerializer& message) { message.DiscardSentFile(); },
+        [](CMsgSerializer& message) {
+            message.Reset();
+            EXPECT_EQ(message.Data()[kFlagsOffset], 0x01);
+            message.DiscardSentFile();
+        },
         [](CMsgSerializer& message) { Load(message, BytesOf(CMsgSerializer())); },
     };
     for (const auto& end : ends) {
@@ -201,13 +210,14 @@ TEST_F(MessageFile, TheFileOutlivesTheSenderButNotTheExchange) {
 
 TEST_F(MessageFile, OnlySpillFilesAreReadAndDeleted) {
     const Bytes sound = BytesOf(CMsgSerializer());
-    const fs::path victims[] = {m_home / L"mst1.tmp", m_spill / L"secret.txt", m_spill / L"mstsecret.tmp"};
+    const fs::path victims[] = {m_home / L"mst1.tmp", m_spill / L"secret.txt", m_spill / L"mstsecret.tmp",
+                                m_spill / L"mst5.tmp", m_home / L"linked"};
     for (const fs::path& victim : victims) {
         WriteFileOf(victim, sound);
     }
     fs::create_directory(m_spill / L"mst2.tmp");
     const fs::path link = m_spill / L"mst3.tmp";
-    fs::create_hard_link(victims[0], link);
+    fs::create_hard_link(victims[4], link);
 
     const std::wstring paths[] = {
         L"",
@@ -223,10 +233,10 @@ TEST_F(MessageFile, OnlySpillFilesAreReadAndDeleted) {
         link,
         m_spill / L"mst4.tmp",
         m_spill / L"..\\mst1.tmp",
-        m_spill / L"mst3.tmp:stream",
+        m_spill / L"mst5.tmp:stream",
         m_spill / L"mst.tmp",
         m_spill / L"mst?.tmp",
-        (m_spill / L"mst3.tmp").wstring() + std::wstring(1, L'\0') + L"x",
+        victims[3].wstring() + std::wstring(1, L'\0') + L"x",
         L"\\\\?\\" + victims[0].wstring(),
     };
     CMsgSerializer receiver;

@@ -72,7 +72,7 @@ TEST(MsgSerializer, AMessageReadsBackWhatWasWrittenToIt) {
     message << Sample() << 5u;
     EXPECT_EQ(message.GetSize(), header + FromHex(kSampleHex).size() + 8);
     tagSampleRecord record;
-    uint32_t number;
+    uint32_t number = 0;
     message >> record >> number;
     EXPECT_EQ(record, Sample());
     EXPECT_THROW(message >> number, CIPCMsgBufferException);
@@ -80,12 +80,14 @@ TEST(MsgSerializer, AMessageReadsBackWhatWasWrittenToIt) {
     EXPECT_EQ(message.GetSize(), 0u);
 }
 
-// A block of at most 16 bytes is taken over as far as it goes; a longer one is passed over.
+// A block of at most 16 bytes is taken over as far as it goes; a longer one is passed over. Nothing stays of the block
+// before it.
 TEST(MsgSerializer, ControlBlockMayHaveAnyLength) {
     const struct {
         uint8_t length;
         uint32_t status;
-    } rows[] = {{0, 0}, {8, 0}, {12, 0x11111111}, {16, 0x11111111}, {17, 0}, {200, 0}};
+    } rows[] = {{16, 0x11111111}, {0, 0}, {12, 0x11111111}, {8, 0}, {16, 0x11111111}, {17, 0}, {200, 0}};
+    CMsgSerializer message;
     for (const auto& row : rows) {
         Bytes bytes = SampleMessage();
         bytes[kControlOffset - 4] = row.length;
@@ -96,7 +98,6 @@ TEST(MsgSerializer, ControlBlockMayHaveAnyLength) {
             block[4] = 0x01;
         }
         bytes.insert(bytes.begin() + kControlOffset, block.begin(), block.end());
-        CMsgSerializer message;
         ASSERT_TRUE(Load(message, bytes)) << int{row.length};
         EXPECT_EQ(message.Status(), row.status) << int{row.length};
         EXPECT_EQ(message.Name(), L"NULL");
