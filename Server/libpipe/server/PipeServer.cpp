@@ -68,7 +68,7 @@ bool CPipeServer::InitialOpen(const wchar_t* name, HANDLE userObject) {
 bool CPipeServer::Initial(uint32_t instanceCount, const wchar_t* name, SECURITY_ATTRIBUTES* securityAttributes,
                           HANDLE userObject) {
     const uint32_t count = std::min(instanceCount, kMostInstances);
-    m_instances.reset(new (std::nothrow) wrb::CPipeInstance[count]);
+    m_instances.reset(new (std::nothrow) wrb::CReplyPipe[count]);
     m_waitHandles.reset(new (std::nothrow) HANDLE[count + 1]());
     m_instanceCount = 0;
     if (m_instances == nullptr || m_waitHandles == nullptr) {
@@ -87,8 +87,7 @@ bool CPipeServer::Initial(uint32_t instanceCount, const wchar_t* name, SECURITY_
     return true;
 }
 
-bool CPipeServer::InitialInstance(wrb::CPipeInstance& instance, uint32_t count,
-                                  SECURITY_ATTRIBUTES* securityAttributes) {
+bool CPipeServer::InitialInstance(wrb::CReplyPipe& instance, uint32_t count, SECURITY_ATTRIBUTES* securityAttributes) {
     if (!instance.CreateEventObject()) {
         WRB_LOG(kLogError, L"[CPipeServer::Initial] CreateEvent failed! err=%d", GetLastError());
         return false;

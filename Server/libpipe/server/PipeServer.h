@@ -20,7 +20,7 @@
 #include <string>
 
 #include "Handle.h"
-#include "PipeInstance.h"
+#include "ReplyPipe.h"
 
 class CPipeServer {
   public:
@@ -56,7 +56,7 @@ class CPipeServer {
     bool DisconnectAndReconnect(uint32_t instance, DWORD* clientPid = nullptr);
 
   private:
-    using ReadResult = wrb::CPipeInstance::ReadResult;
+    using ReadResult = wrb::CReplyPipe::ReadResult;
     using GetClientPid = BOOL WINAPI(HANDLE pipe, ULONG* pid);
 
     static constexpr uint32_t kMostInstances = 255;
@@ -69,7 +69,7 @@ class CPipeServer {
 
     bool InitialOpen(const wchar_t* name, HANDLE userObject);
     void OwnUserObject(HANDLE object);
-    bool InitialInstance(wrb::CPipeInstance& instance, uint32_t count, SECURITY_ATTRIBUTES* securityAttributes);
+    bool InitialInstance(wrb::CReplyPipe& instance, uint32_t count, SECURITY_ATTRIBUTES* securityAttributes);
     wrb::CFileHandle CreatePipeInstance(uint32_t count, SECURITY_ATTRIBUTES* securityAttributes) const;
 
     template <typename String>
@@ -90,7 +90,7 @@ class CPipeServer {
     HANDLE m_userObject = nullptr;
     uint32_t m_instanceCount = 0;
     std::unique_ptr<HANDLE[]> m_waitHandles;  // the instances' events, then the user-defined object
-    std::unique_ptr<wrb::CPipeInstance[]> m_instances;
+    std::unique_ptr<wrb::CReplyPipe[]> m_instances;
 };
 
 // Opens the reply pipe on `server`, then sends the request: the pipe stands before the service can answer. The caller

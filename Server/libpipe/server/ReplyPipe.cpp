@@ -1,15 +1,15 @@
-#include "PipeInstance.h"
+#include "ReplyPipe.h"
 
 namespace wrb {
 
-bool CPipeInstance::CreateEventObject() {
+bool CReplyPipe::CreateEventObject() {
     m_event = CKernelHandle(CreateEventW(nullptr, TRUE, TRUE, nullptr));
     m_overlapped = {};
     m_overlapped.hEvent = m_event.Get();
     return static_cast<bool>(m_event);
 }
 
-bool CPipeInstance::ConnectToNewClient() {
+bool CReplyPipe::ConnectToNewClient() {
     EndPending();
     if (ConnectNamedPipe(m_pipe.Get(), &m_overlapped)) {
         m_pending = true;
@@ -30,7 +30,7 @@ bool CPipeInstance::ConnectToNewClient() {
     return true;
 }
 
-bool CPipeInstance::FinishConnect() {
+bool CReplyPipe::FinishConnect() {
     if (m_pending) {
         DWORD unused = 0;
         m_pending = false;
@@ -42,7 +42,7 @@ bool CPipeInstance::FinishConnect() {
     return m_state == State::Reading;
 }
 
-CPipeInstance::ReadResult CPipeInstance::Read(void* buffer, DWORD& length, HANDLE stop) {
+CReplyPipe::ReadResult CReplyPipe::Read(void* buffer, DWORD& length, HANDLE stop) {
     const DWORD room = length;
     length = 0;
     if (ReadFile(m_pipe.Get(), buffer, room, &length, &m_overlapped)) {
@@ -58,7 +58,7 @@ CPipeInstance::ReadResult CPipeInstance::Read(void* buffer, DWORD& length, HANDL
     }
 }
 
-CPipeInstance::ReadResult CPipeInstance::FinishRead(DWORD& length, HANDLE stop) {
+CReplyPipe::ReadResult CReplyPipe::FinishRead(DWORD& length, HANDLE stop) {
     // A client that connects and never writes must not hold its reader beyond the object that is to end the wait.
     const HANDLE handles[] = {m_event.Get(), stop};
     const DWORD wait = WaitForMultipleObjects(2, handles, FALSE, INFINITE);
@@ -72,20 +72,20 @@ CPipeInstance::ReadResult CPipeInstance::FinishRead(DWORD& length, HANDLE stop) 
     return ReadResult::Ended;
 }
 
-void CPipeInstance::CancelAndWait() noexcept {
+void CReplyPipe::CancelAndWait() noexcept {
     DWORD unused = 0;
     CancelIoEx(m_pipe.Get(), &m_overlapped);  // fails when the operation has ended by itself: then the wait is short
     GetOverlappedResult(m_pipe.Get(), &m_overlapped, &unused, TRUE);
 }
 
-void CPipeInstance::EndPending() noexcept {
+void CReplyPipe::EndPending() noexcept {
     if (m_pending) {
         CancelAndWait();
         m_pending = false;
     }
 }
 
-void CPipeInstance::Close() noexcept {
+void CReplyPipe::Close() noexcept {
     EndPending();
     m_pipe.Reset();
     m_event.Reset();

@@ -14,15 +14,15 @@ namespace wrb {
 //
 // Only a connect is ever left pending between calls; a read is always seen to its end. Nothing here logs: what fails
 // leaves its cause in GetLastError.
-class CPipeInstance {
+class CReplyPipe {
   public:
     enum class State : uint32_t { Connecting = 0, Reading = 1 };
     enum class ReadResult { Data, Ended, Cancelled };
 
-    CPipeInstance() = default;
-    ~CPipeInstance() { Close(); }
-    CPipeInstance(const CPipeInstance&) = delete;
-    CPipeInstance& operator=(const CPipeInstance&) = delete;
+    CReplyPipe() = default;
+    ~CReplyPipe() { Close(); }
+    CReplyPipe(const CReplyPipe&) = delete;
+    CReplyPipe& operator=(const CReplyPipe&) = delete;
 
     // Makes the event, which the system signals when the pending connect has a client. It starts signalled.
     bool CreateEventObject();
