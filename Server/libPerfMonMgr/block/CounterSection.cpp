@@ -14,12 +14,10 @@ uint32_t Number(const uint32_t& shared) noexcept {
     return std::atomic_ref<uint32_t>(const_cast<uint32_t&>(shared)).load(std::memory_order_acquire);
 }
 
-// A section of the right name may still be anybody's, and of any size: nothing past the mapped region is touched.
+// A section of the right name may still be anybody's and of any size. The smallest has a page, and so room to look.
+static_assert(sizeof(HandlerCounterBlock) <= 4096);
+
 bool IsCounterBlock(const void* view) noexcept {
-    MEMORY_BASIC_INFORMATION region = {};
-    if (VirtualQuery(view, &region, sizeof region) == 0 || region.RegionSize < sizeof(HandlerCounterBlock)) {
-        return false;
-    }
     const auto& block = *static_cast<const HandlerCounterBlock*>(view);
     return Number(block.signature) == kCounterSignature && Number(block.version) == kCounterVersion &&
            Number(block.size) == sizeof(HandlerCounterBlock) && Number(block.slotCount) == kCounterSlots;
