@@ -1,14 +1,16 @@
 // Facts about one agent, read from the database, and the writes that are not scan settings or firewall data.
 //
-// Reads by uid carry a `number` of the caller's, which the server does not use. All functions return true on success; a
-// false leaves the caller's values as they were, with a log line. None throws. A write is a success once its bytes are
-// on the pipe. For an agent that the server does not know a number reads as 0, a text as empty, and a record fails.
+// Reads by uid carry a `number` of the caller's, which the server passes over but for the status. All functions return
+// true on success; a false leaves the caller's values as they were, with a log line. None throws. A write is a success
+// once its bytes are on the pipe. For an agent that the server does not know a number reads as 0, a text as empty, and a
+// record fails.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
-// An empty or null uid fails without asking.
+// One of the agent's two status words: `number` 0 asks for the first, 1 for the second. An empty or null uid fails
+// without asking.
 bool dbGetStatusW(const wchar_t* uid, uint32_t& status, uint32_t number = 0) noexcept;
 
 bool dbGetArchitectureW(const wchar_t* uid, uint32_t& architecture, uint32_t number = 0) noexcept;
