@@ -1,0 +1,73 @@
+#include "StopEvent.h"
+
+#include <windows.h>
+
+#include <atomic>
+
+namespace wrb {
+namespace {
+
+constexpr DWORD kPollMilliseconds = 50;
+
+// Console handlers get no context and run on a thread of the system's.
+std::atomic<HANDLE> g_stopEvent = nullptr;
+
+BOOL WINAPI OnConsoleEvent(DWORD event) {
+    SetEvent(g_stopEvent);
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+        // The system ends the process when this returns: stay until the program has finished by itself, or until the
+        // system's patience ends.
+        Sleep(INFINITE);
+    }
+    return TRUE;
+}
+
+CKernelHandle OpenStopEvent(const wchar_t* name, DWORD access) {
+    return CKernelHandle(OpenEventW(access, FALSE, name));
+}
+
+StopResult ResultOfOpen(DWORD error) {
+    return error == ERROR_FILE_NOT_FOUND ? StopResult::NotRunning : StopResult::Failed;
+}
+
+}  // namespace
+
+CStopEvent::~CStopEvent() {
+    if (m_event) {
+        SetConsoleCtrlHandler(OnConsoleEvent, FALSE);
+        g_stopEvent = nullptr;
+    }
+}
+
+bool CStopEvent::Create(const wchar_t* name) {
+    CKernelHandle event(CreateEventW(nullptr, TRUE, FALSE, name));
+    if (!event || GetLastError() == ERROR_ALREADY_EXISTS) {
+        return false;
+    }
+    m_event = std::move(event);
+    g_stopEvent = m_event.Get();
+    SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
+    return true;
+}
+
+void CStopEvent::Wait() const {
+    WaitForSingleObject(m_event.Get(), INFINITE);
+}
+
+StopResult StopRunning(const wchar_t* name, uint32_t milliseconds) {
+    if (const CKernelHandle event = OpenStopEvent(name, EVENT_MODIFY_STATE); !event || !SetEvent(event.Get())) {
+        return ResultOfOpen(GetLastError());
+    }
+    // The event lives as long as the program does: its end is seen by the name's end.
+    const ULONGLONG start = GetTickCount64();
+    while (OpenStopEvent(name, SYNCHRONIZE)) {
+        if (GetTickCount64() - start >= milliseconds) {
+            return StopResult::TimedOut;
+        }
+        Sleep(kPollMilliseconds);
+    }
+    const DWORD error = GetLastError();
+    return error == ERROR_FILE_NOT_FOUND ? StopResult::Stopped : StopResult::Failed;
+}
+
+}  // namespace wrb

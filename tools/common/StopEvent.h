@@ -1,0 +1,36 @@
+// The named event that stops a service program, seen from both sides.
+#pragma once
+
+#include <cstdint>
+
+#include "Handle.h"
+
+namespace wrb {
+
+inline constexpr wchar_t kHostStopEvent[] = L"Calloway_Warrenby_Server_Stop_Event";
+inline constexpr wchar_t kBackEndStopEvent[] = L"Calloway_Warrenby_BackEnd_Stop_Event";
+
+// The program's side: owns the event, and turns Ctrl-C, the closing of the console and the end of the session into it.
+// At most one object at a time in a process.
+class CStopEvent {
+  public:
+    CStopEvent() = default;
+    ~CStopEvent();
+    CStopEvent(const CStopEvent&) = delete;
+    CStopEvent& operator=(const CStopEvent&) = delete;
+
+    // False: GetLastError tells; ERROR_ALREADY_EXISTS means that the program is running on this machine.
+    bool Create(const wchar_t* name);
+
+    void Wait() const;
+
+  private:
+    CKernelHandle m_event;
+};
+
+enum class StopResult { Stopped, NotRunning, TimedOut, Failed };
+
+// The other side: signals the running program and waits until it has gone. Failed: GetLastError tells.
+StopResult StopRunning(const wchar_t* name, uint32_t milliseconds);
+
+}  // namespace wrb

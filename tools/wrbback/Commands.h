@@ -1,0 +1,26 @@
+// The subcommands of the program. Each returns the exit code.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace wrb {
+
+struct ServeOptions {
+    std::string database;
+    unsigned workers = 8;
+    std::string debugIni;
+    std::optional<std::string> logFolder;  // this and the next three: over what the INI file says
+    std::optional<std::string> logLevel;
+    std::optional<uint64_t> splitBytes;
+    std::optional<unsigned> maxLogs;
+};
+
+int Serve(const ServeOptions& options);
+int Seed(const std::string& file, const std::string& database);
+int Stop(unsigned timeoutSeconds);
+
+// Prints "wrbback: TEXT" to the standard error and returns the code.
+int Fail(const std::string& text, int code);
+
+}  // namespace wrb

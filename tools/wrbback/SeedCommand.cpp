@@ -1,0 +1,26 @@
+#include "Commands.h"
+#include "Console.h"
+#include "ExitCode.h"
+#include "SeedStore.h"
+#include "Store.h"
+#include "Text.h"
+
+namespace wrb {
+
+int Seed(const std::string& file, const std::string& database) {
+    tagSeed seed;
+    try {
+        seed = ReadSeedFile(Utf8ToWide(file));
+    } catch (const CSeedError& error) {
+        return Fail(file + ": " + error.what(), kExitUsage);
+    }
+    try {
+        StoreSeed(*CreateStore(Utf8ToWide(database)), seed);
+    } catch (const CSqliteError& error) {
+        return Fail(error.what(), kExitFailed);
+    }
+    PrintOut("wrbback: " + std::to_string(seed.agents.size()) + " agents in " + database + "\n");
+    return kExitOk;
+}
+
+}  // namespace wrb

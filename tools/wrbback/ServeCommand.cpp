@@ -1,0 +1,98 @@
+#include <windows.h>
+
+#include "Commands.h"
+#include "Console.h"
+#include "DbServer.h"
+#include "ExitCode.h"
+#include "LogServer.h"
+#include "LogSettings.h"
+#include "Notes.h"
+#include "ReceivedLine.h"
+#include "StopEvent.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+// Empty, or what is wrong.
+std::string Settle(const ServeOptions& options, LogSettings& settings) {
+    if (!ReadLogSettings(Utf8ToWide(options.debugIni), settings)) {
+        return "no such file: " + options.debugIni;
+    }
+    if (options.logFolder) {
+        settings.files.folder = Utf8ToWide(*options.logFolder);
+    }
+    if (options.logLevel) {
+        settings.level = Utf8ToWide(*options.logLevel);
+        if (!ParseLogLevel(settings.level)) {
+            return "no log level " + *options.logLevel + "; take F, E, W, I, D, all or none";
+        }
+    }
+    settings.files.splitBytes = options.splitBytes.value_or(settings.files.splitBytes);
+    settings.files.maxFiles = options.maxLogs.value_or(settings.files.maxFiles);
+    return {};
+}
+
+std::string WhyNot(const char* pipe, DWORD error) {
+    return error == ERROR_ALREADY_EXISTS
+               ? std::string("another program serves the ") + pipe
+               : std::string("cannot create the ") + pipe + " (error " + std::to_string(error) + ")";
+}
+
+void PrintCounters(const DbServerCounters& db, const LogServerCounters& log) {
+    PrintOut("wrbback: stopped; database: " + std::to_string(db.reads) + " reads, " + std::to_string(db.writes) +
+             " writes, " + std::to_string(db.badRequests) + " refused, " + std::to_string(db.failed) +
+             " failed; log: " + std::to_string(log.lines) + " lines, " + std::to_string(log.badMessages) +
+             " refused, " + std::to_string(log.lost) + " lost\n");
+}
+
+// From the first pipe to the last counter. The log service starts first and ends last, so that it has every line.
+int RunServices(const ServeOptions& options, const LogSettings& settings, const CStopEvent& stop) {
+    CNotes screen([](const std::wstring& note) { PrintErr("wrbback: " + WideToUtf8(EscapeLogText(note)) + "\n"); });
+    CLogServer log(settings, [&screen](const std::wstring& note) { screen.Write(note); });
+    CNotes notes([&log](const std::wstring& note) {
+        PrintErr("wrbback: " + WideToUtf8(EscapeLogText(note)) + "\n");
+        log.WriteOwn(L'W', note);
+    });
+    CDbServer db({.database = Utf8ToWide(options.database),
+                  .workers = options.workers,
+                  .answer = {},
+                  .note = [&notes](const std::wstring& note) { notes.Write(note); }});
+    if (!log.Start()) {
+        return Fail(WhyNot("log service's pipe", GetLastError()), kExitFailed);
+    }
+    if (!db.Start()) {
+        return Fail(WhyNot("database server's pipe", GetLastError()), kExitFailed);
+    }
+    PrintOut("wrbback: ready\n");
+    stop.Wait();
+    PrintOut("wrbback: stopping\n");
+    db.Stop();
+    log.Stop();
+    PrintCounters(db.Counters(), log.Counters());
+    return kExitOk;
+}
+
+}  // namespace
+
+int Serve(const ServeOptions& options) {
+    LogSettings settings;
+    if (const std::string wrong = Settle(options, settings); !wrong.empty()) {
+        return Fail(wrong, kExitUsage);
+    }
+    CStopEvent stop;
+    if (!stop.Create(kBackEndStopEvent)) {
+        const DWORD error = GetLastError();
+        return Fail(error == ERROR_ALREADY_EXISTS
+                        ? "already running on this machine"
+                        : "cannot create the stop event (error " + std::to_string(error) + ")",
+                    kExitFailed);
+    }
+    try {
+        return RunServices(options, settings, stop);
+    } catch (const CSqliteError& error) {
+        return Fail(error.what(), kExitFailed);
+    }
+}
+
+}  // namespace wrb

@@ -1,0 +1,85 @@
+#include "AnswerPipe.h"
+
+#include <algorithm>
+
+#include "Handle.h"
+#include "OverlappedIo.h"
+#include "PipePath.h"
+
+namespace wrb {
+namespace {
+
+constexpr std::size_t kPathCharacters = 260;
+
+class CDeadline {
+  public:
+    explicit CDeadline(uint32_t milliseconds) : m_end(GetTickCount64() + milliseconds) {}
+    DWORD Left(uint32_t atMost) const {
+        const ULONGLONG now = GetTickCount64();
+        return now >= m_end ? 0 : static_cast<DWORD>(std::min<ULONGLONG>(m_end - now, atMost));
+    }
+
+  private:
+    ULONGLONG m_end;
+};
+
+DWORD Open(const wchar_t* path, uint32_t milliseconds, CFileHandle& pipe) {
+    const CDeadline deadline(milliseconds);
+    for (;;) {
+        // The requester may learn who we are, but cannot act in our name.
+        constexpr DWORD kFlags = FILE_FLAG_OVERLAPPED | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
+        pipe.Reset(CreateFileW(path, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, kFlags, nullptr));
+        if (pipe) {
+            return 0;
+        }
+        const DWORD error = GetLastError();
+        const DWORD left = deadline.Left(milliseconds);
+        if (error != ERROR_PIPE_BUSY) {
+            return error;
+        }
+        // 0 would mean the time-out that the pipe's server has set.
+        if (left == 0 || (!WaitNamedPipeW(path, left) && GetLastError() == ERROR_SEM_TIMEOUT)) {
+            return ERROR_TIMEOUT;
+        }
+    }
+}
+
+DWORD WritePiece(COverlappedIo& io, std::span<const uint8_t> piece, DWORD milliseconds) {
+    if (!io.BeginWrite(piece.data(), static_cast<DWORD>(piece.size()))) {
+        return io.Error();
+    }
+    switch (io.Wait(nullptr, milliseconds)) {
+        case IoOutcome::Done:
+            return io.Bytes() == piece.size() ? 0 : ERROR_WRITE_FAULT;
+        case IoOutcome::TimedOut:
+            io.Cancel();
+            return ERROR_TIMEOUT;
+        default:
+            return io.Error();
+    }
+}
+
+}  // namespace
+
+DWORD WriteAnswer(const std::wstring& pipeName, std::span<const uint8_t> answer, const AnswerLimits& limits) {
+    wchar_t path[kPathCharacters];
+    if (!FormatPipePath(path, kPathCharacters, pipeName.c_str()) || !StaysInPipeNamespace(pipeName.c_str())) {
+        return ERROR_INVALID_NAME;
+    }
+    CFileHandle pipe;
+    if (const DWORD error = Open(path, limits.connectMilliseconds, pipe); error != 0) {
+        return error;
+    }
+    const CDeadline deadline(limits.totalMilliseconds);
+    COverlappedIo io(pipe.Get());
+    while (!answer.empty()) {
+        const auto piece = answer.first(std::min<std::size_t>(answer.size(), kPipePieceBytes));
+        if (const DWORD error = WritePiece(io, piece, deadline.Left(limits.pieceMilliseconds)); error != 0) {
+            return error;
+        }
+        answer = answer.subspan(piece.size());
+    }
+    return 0;
+}
+
+}  // namespace wrb

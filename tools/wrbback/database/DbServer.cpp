@@ -1,0 +1,196 @@
+#include "DbServer.h"
+
+#include <cstring>
+#include <exception>
+#include <string_view>
+#include <utility>
+
+#include "CmdProtocol.h"
+#include "DbApiHeader.h"
+#include "DbTransport.h"
+#include "MsgSerializer.h"
+#include "SerializedCommands.h"
+#include "Text.h"
+#include "TextCommands.h"
+
+namespace wrb {
+namespace {
+
+constexpr unsigned kInstances = 64;
+constexpr std::size_t kMaxRequestBytes = 4u << 20;
+constexpr std::size_t kShownCharacters = 64;
+constexpr std::size_t kUidCharacters = 36;
+
+// Every serialized message starts with these four bytes, no text command does.
+constexpr uint8_t kMessageStart[] = {4, 0, 0, 0};
+
+// The header keeps this flag where a message says that its body is in a file.
+constexpr std::size_t kMessageFlags = 16;
+constexpr uint8_t kBodyInFile = 0x02;
+
+std::span<const uint8_t> BytesOf(const std::wstring& text) {
+    return {reinterpret_cast<const uint8_t*>(text.data()), text.size() * sizeof(wchar_t)};
+}
+
+std::wstring TextOf(std::span<const uint8_t> bytes) {
+    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
+    text.resize(std::min(text.size(), text.find(L'\0')));
+    return text;
+}
+
+std::wstring Shown(std::wstring_view text) {
+    return std::wstring(text.substr(0, kShownCharacters));
+}
+
+PipeListenerOptions ListenerOptions(std::function<void(PipeDrop, std::size_t, uint32_t)> onDrop) {
+    PipeListenerOptions options;
+    options.name = kDbServerPipe;
+    options.instances = kInstances;
+    options.maxMessageBytes = kMaxRequestBytes;
+    options.onDrop = std::move(onDrop);
+    return options;
+}
+
+}  // namespace
+
+CDbServer::CDbServer(DbServerOptions options)
+    : m_options(std::move(options)),
+      m_writer(OpenStore(m_options.database)),
+      m_readers(m_options.database, m_options.workers),
+      m_listener(
+          ListenerOptions([this](PipeDrop reason, std::size_t bytes, uint32_t pid) { NoteDrop(reason, bytes, pid); }),
+          CPipeListener::InOrder{m_options.workers, [this](const std::string& message, const CPipePeer& peer) {
+                                     return Accept(message, peer);
+                                 }}) {
+    VerifyStore(*m_writer, m_options.database);
+}
+
+DbServerCounters CDbServer::Counters() const {
+    return {m_reads, m_writes, m_badRequests + m_listener.Counters().dropped, m_failed};
+}
+
+void CDbServer::NoteDrop(PipeDrop reason, std::size_t bytes, uint32_t pid) {
+    m_options.note(FormatWide(L"database server: a request of process %u is dropped after %u bytes: %s", pid,
+                              static_cast<unsigned>(bytes), PipeDropText(reason)));
+}
+
+Job CDbServer::Refuse(const std::string& from, const std::wstring& why) {
+    ++m_badRequests;
+    m_options.note(L"database server: refused a request of " + Utf8ToWide(from) + L": " + why);
+    return {};
+}
+
+Job CDbServer::Accept(const std::string& message, const CPipePeer& peer) {
+    std::span<const uint8_t> request(reinterpret_cast<const uint8_t*>(message.data()), message.size());
+    const std::string from = "process " + std::to_string(peer.Pid());
+    CDbApiHeaderContent header;
+    if (const auto status = ReadDbApiHeader(request, header); status != DbApiHeaderStatus::Ok) {
+        return Refuse(from, std::wstring(L"header frame: ") + DescribeDbApiHeaderStatus(status));
+    }
+    const bool serialized =
+        request.size() >= sizeof kMessageStart && std::memcmp(request.data(), kMessageStart, sizeof kMessageStart) == 0;
+    return serialized ? AcceptSerialized(request, from) : AcceptText(request, from);
+}
+
+Job CDbServer::AcceptText(std::span<const uint8_t> bytes, const std::string& from) {
+    if (bytes.empty() || bytes.size() % sizeof(wchar_t) != 0) {
+        return Refuse(from, L"not a text");
+    }
+    const std::wstring text = TextOf(bytes);
+    CCmdProtocol request(text.c_str());
+    std::wstring name;
+    uint32_t id = 0;
+    request >> name >> id;
+    const auto replyId = static_cast<int32_t>(id);
+    const std::optional<DbCommand> command = FindDbCommand(name);
+    const DbAnswer shape = command ? DescribeDbCommand(*command).answer : DbAnswer::Message;
+    if (command && shape == DbAnswer::None) {
+        Write(*command, request, from);
+        return {};
+    }
+    if (replyId == kDbNoReplyId) {
+        return Refuse(from, L"no such write: " + Shown(name));
+    }
+    const std::wstring replyPipe = FormatWide(L"DbCln_%d", replyId);
+    if (shape == DbAnswer::Message) {
+        Refuse(from, L"no such command: " + Shown(name));
+        return [this, replyPipe] { Reply(replyPipe, {}); };  // or the requester waits ten minutes
+    }
+    return [this, command = *command, request, replyPipe]() mutable { AnswerText(command, request, replyPipe); };
+}
+
+void CDbServer::Write(DbCommand command, CCmdProtocol& request, const std::string& from) {
+    const wchar_t* name = DescribeDbCommand(command).name;
+    try {
+        if (RunTextCommand(*m_writer, command, request) == 0) {
+            m_options.note(FormatWide(L"database server: %s of %S changed nothing", name, from.c_str()));
+        }
+        ++m_writes;
+    } catch (const CSqliteError& error) {
+        ++m_failed;
+        m_options.note(FormatWide(L"database server: %s failed: %s", name, Utf8ToWide(error.what()).c_str()));
+    }
+}
+
+void CDbServer::AnswerText(DbCommand command, CCmdProtocol& request, const std::wstring& replyPipe) {
+    std::optional<std::wstring> answer;
+    try {
+        answer = AnswerTextCommand(m_readers.Lend().Db(), command, request);
+        ++m_reads;
+    } catch (const CSqliteError& error) {
+        ++m_failed;
+        m_options.note(FormatWide(L"database server: %s failed: %s", DescribeDbCommand(command).name,
+                                  Utf8ToWide(error.what()).c_str()));
+    }
+    Reply(replyPipe, BytesOf(answer.value_or(std::wstring())));
+}
+
+Job CDbServer::AcceptSerialized(std::span<const uint8_t> bytes, const std::string& from) {
+    // No request is large, so none may have us read, and delete, a file.
+    if (bytes.size() <= kMessageFlags || (bytes[kMessageFlags] & kBodyInFile) != 0) {
+        return Refuse(from, L"a message without its body");
+    }
+    const auto message = std::make_shared<CMsgSerializer>();
+    std::wstring uid;
+    try {
+        if (!message->Load(bytes.data(), static_cast<uint32_t>(bytes.size()))) {
+            return Refuse(from, L"a message that cannot be loaded");
+        }
+        *message >> uid;
+    } catch (const std::exception& error) {
+        return Refuse(from, L"a malformed message: " + Utf8ToWide(error.what()));
+    }
+    const std::optional<DbCommand> command = FindDbCommand(message->Name());
+    if (!command || DescribeDbCommand(*command).answer != DbAnswer::Message) {
+        Refuse(from, L"no such command: " + Shown(message->Name()));
+        return [this, replyPipe = message->Id()] { Reply(replyPipe, {}); };
+    }
+    uid.resize(std::min(uid.size(), kUidCharacters));
+    return [this, command = *command, uid, message] { AnswerSerialized(command, uid, *message); };
+}
+
+void CDbServer::AnswerSerialized(DbCommand command, const std::wstring& uid, CMsgSerializer& message) {
+    const std::wstring replyPipe = message.Id();
+    message.Reset();  // the answer has the request's name and id
+    bool known = false;
+    try {
+        known = AnswerSerializedCommand(m_readers.Lend().Db(), command, uid, message) && message.Finalize();
+        ++m_reads;
+    } catch (const std::exception& error) {
+        ++m_failed;
+        m_options.note(FormatWide(L"database server: %s failed: %s", DescribeDbCommand(command).name,
+                                  Utf8ToWide(error.what()).c_str()));
+    }
+    Reply(replyPipe, known ? std::span(message.Data(), message.GetSize()) : std::span<const uint8_t>());
+}
+
+void CDbServer::Reply(const std::wstring& replyPipe, std::span<const uint8_t> answer) {
+    if (const DWORD error = WriteAnswer(replyPipe, answer, m_options.answer); error != 0) {
+        ++m_failed;
+        m_options.note(FormatWide(L"database server: the answer to %s could not be delivered, error %u",
+                                  Shown(replyPipe).c_str(), static_cast<unsigned>(error)));
+    }
+}
+
+}  // namespace wrb

@@ -1,0 +1,76 @@
+// The database server of the reference back end, on "DbServerNamePipe".
+//
+// Writes are carried out one after the other, in the order of their connections; reads run on workers, each with a
+// connection of its own to the database, and see every write that was there before them. A request that cannot be read
+// is noted, counted and dropped; a request whose answer cannot be delivered likewise.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "DbCommands.h"
+#include "PipeListener.h"
+#include "AnswerPipe.h"
+#include "Store.h"
+
+class CCmdProtocol;
+class CMsgSerializer;
+
+namespace wrb {
+
+struct DbServerOptions {
+    std::wstring database;
+    unsigned workers = 8;
+    AnswerLimits answer;
+
+    // What an operator should know of, one line each. Called from any thread.
+    std::function<void(const std::wstring& note)> note = [](const std::wstring&) {};
+};
+
+struct DbServerCounters {
+    uint64_t reads = 0;        // answered, also with "no such agent"
+    uint64_t writes = 0;       // carried out
+    uint64_t badRequests = 0;  // frames, texts and messages that could not be read, and connections that were dropped
+    uint64_t failed = 0;       // the database refused, or the answer could not be delivered
+};
+
+class CDbServer {
+  public:
+    // Opens the database; throws CSqliteError, see Store.h.
+    explicit CDbServer(DbServerOptions options);
+
+    // False: GetLastError tells; ERROR_ALREADY_EXISTS means that another database server runs.
+    bool Start() { return m_listener.Start(); }
+
+    // Answers what it has accepted, then returns.
+    void Stop() { m_listener.Stop(); }
+
+    DbServerCounters Counters() const;
+
+  private:
+    Job Accept(const std::string& message, const CPipePeer& peer);
+    Job AcceptText(std::span<const uint8_t> request, const std::string& from);
+    Job AcceptSerialized(std::span<const uint8_t> request, const std::string& from);
+    void Write(DbCommand command, CCmdProtocol& request, const std::string& from);
+    void AnswerText(DbCommand command, CCmdProtocol& request, const std::wstring& replyPipe);
+    void AnswerSerialized(DbCommand command, const std::wstring& uid, CMsgSerializer& message);
+    void Reply(const std::wstring& replyPipe, std::span<const uint8_t> answer);
+    Job Refuse(const std::string& from, const std::wstring& why);
+    void NoteDrop(PipeDrop reason, std::size_t bytes, uint32_t pid);
+
+    const DbServerOptions m_options;
+    std::unique_ptr<CSqliteDb> m_writer;  // of the reading thread
+    CStorePool m_readers;
+    std::atomic<uint64_t> m_reads{0};
+    std::atomic<uint64_t> m_writes{0};
+    std::atomic<uint64_t> m_badRequests{0};
+    std::atomic<uint64_t> m_failed{0};
+    CPipeListener m_listener;  // last: its threads use what stands above
+};
+
+}  // namespace wrb

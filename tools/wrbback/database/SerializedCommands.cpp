@@ -1,0 +1,93 @@
+#include "SerializedCommands.h"
+
+#include "DbAllScanRecord.h"
+#include "DbVexor.h"
+#include "MsgSerializer.h"
+#include "ScanTable.h"
+#include "SqliteDb.h"
+
+namespace wrb {
+namespace {
+
+static_assert(kScanTypeCount == kScanTypes.size());
+
+tagClnAllScanCfgEx ListsOf(const StoredScans& scans) {
+    tagClnAllScanCfgEx lists;
+    for (std::size_t i = 0; i < scans.size(); ++i) {
+        const tagScanGroupValues& values = scans[i].values;
+        lists.scans[i] = {values.excludedFolder, values.excludedFile, values.excludedExt,
+                          kScanTypes[i] == ScanType::RT ? std::wstring() : values.excludeFileExtList};
+    }
+    return lists;
+}
+
+bool AnswerAllScanCfg(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
+    const std::optional<tagAgentScans> agent = ReadScans(db, uid);
+    if (!agent) {
+        return false;
+    }
+    tagClnAllScanCfg cfg;
+    cfg.hasConfig = agent->scans.has_value();
+    if (agent->scans) {
+        cfg.hasExtra = ListsOf(*agent->scans).HasText();
+        for (std::size_t i = 0; i < agent->scans->size(); ++i) {
+            cfg.scans[i] = agent->scans->at(i).values;
+            cfg.spywareFlags[i] = agent->scans->at(i).spywareFlags;
+        }
+    }
+    answer << cfg;
+    return true;
+}
+
+bool AnswerAllScanEx(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
+    const std::optional<tagAgentScans> agent = ReadScans(db, uid);
+    if (!agent) {
+        return false;
+    }
+    answer << ListsOf(agent->scans.value_or(StoredScans()));
+    return true;
+}
+
+bool AnswerCustomBm(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
+    CSqliteStatement read = db.Use(
+        "SELECT policy_id, action, enable FROM agent LEFT JOIN behaviour_policy USING (uid) WHERE agent.uid = :uid "
+        "ORDER BY position");
+    read.Bind(":uid", uid);
+    bool known = false;
+    tagVEXORCustomBmCfg cfg;
+    while (read.Step()) {
+        known = true;
+        if (!read.IsNull(0)) {
+            tagVEXORPolicyItem& policy = cfg.policies.emplace_back();
+            policy.policyId = read.Text(0);
+            policy.action = static_cast<uint32_t>(read.Number(1));
+            policy.enable = read.Number(2) != 0;
+        }
+    }
+    if (known) {
+        answer << cfg;
+    }
+    return known;
+}
+
+constexpr struct {
+    DbCommand command;
+    bool (*answer)(CSqliteDb&, const std::wstring&, CMsgSerializer&);
+} kRows[] = {
+    {DbCommand::ClientGetAllScanCfg, AnswerAllScanCfg},
+    {DbCommand::ClientGetAllScanEx, AnswerAllScanEx},
+    {DbCommand::GetVexorCustomBmCfg, AnswerCustomBm},
+};
+
+}  // namespace
+
+bool AnswerSerializedCommand(CSqliteDb& db, DbCommand command, const std::wstring& uid, CMsgSerializer& answer) {
+    for (const auto& row : kRows) {
+        if (row.command == command) {
+            return row.answer(db, uid, answer);
+        }
+    }
+    return false;
+}
+
+}  // namespace wrb

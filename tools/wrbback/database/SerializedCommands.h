@@ -1,0 +1,18 @@
+// The serialized commands of the database server.
+#pragma once
+
+#include <string>
+
+#include "DbCommands.h"
+
+class CMsgSerializer;
+
+namespace wrb {
+
+class CSqliteDb;
+
+// Writes the record that the command asks for into `answer`. False when there is no such agent, or the command is not
+// one of these. Throws CSqliteError.
+bool AnswerSerializedCommand(CSqliteDb& db, DbCommand command, const std::wstring& uid, CMsgSerializer& answer);
+
+}  // namespace wrb

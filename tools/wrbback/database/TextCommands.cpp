@@ -1,0 +1,194 @@
+#include "TextCommands.h"
+
+#include <algorithm>
+#include <charconv>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "ScanTable.h"
+#include "SqliteDb.h"
+#include "TextCommandTable.h"
+
+namespace wrb {
+namespace {
+
+// Decimal text as a 64-bit number, by the rules of the 32-bit fields: blanks and a sign may lead, the first other
+// character ends it, no digits give 0, and what is too large is clamped.
+int64_t ParseInt64(std::wstring_view text) {
+    text.remove_prefix(std::min(text.size(), text.find_first_not_of(L" \t")));
+    std::string digits;
+    for (const wchar_t c : text) {
+        const bool sign = digits.empty() && (c == L'-' || c == L'+');
+        if (!sign && (c < L'0' || c > L'9')) {
+            break;
+        }
+        digits += static_cast<char>(c);
+    }
+    const char* first = digits.data() + (digits.starts_with('+') ? 1 : 0);
+    int64_t number = 0;
+    if (std::from_chars(first, digits.data() + digits.size(), number).ec == std::errc::result_out_of_range) {
+        number = digits.starts_with('-') ? INT64_MIN : INT64_MAX;
+    }
+    return number;
+}
+
+// A request's fields under the names that a row of the table gives them.
+struct Field {
+    std::string name;
+    std::wstring text;
+};
+
+std::vector<Field> TakeFields(const TextCommandRow& row, CCmdProtocol request) {
+    std::vector<Field> fields;
+    for (std::string_view rest = row.fields; !rest.empty();) {
+        const std::size_t end = std::min(rest.size(), rest.find(' '));
+        Field& field = fields.emplace_back(Field{std::string(rest.substr(0, end)), {}});
+        request >> field.text;
+        rest.remove_prefix(std::min(rest.size(), end + 1));
+    }
+    return fields;
+}
+
+const std::wstring* Find(const std::vector<Field>& fields, std::string_view name) {
+    const auto found = std::ranges::find(fields, name, &Field::name);
+    return found == fields.end() ? nullptr : &found->text;
+}
+
+// The scan type of the group that the request's configuration bit names, if it is one of this kind.
+std::optional<ScanType> TypeOfBit(const std::vector<Field>& fields, ScanGroupKind kind) {
+    const std::wstring* bit = Find(fields, "bit");
+    for (const ScanGroup& group : kScanGroups) {
+        if (bit != nullptr && group.kind == kind && ParseInt64(*bit) == group.configFlag) {
+            return group.type;
+        }
+    }
+    return std::nullopt;
+}
+
+struct Call {
+    const TextCommandRow* row;
+    std::vector<Field> fields;
+    ScanType type;
+};
+
+// Nothing when there is no such command, or no group with the bit that it names.
+std::optional<Call> Resolve(DbCommand command, const CCmdProtocol& request) {
+    for (const TextCommandRow& row : TextCommandRows()) {
+        if (row.command != command) {
+            continue;
+        }
+        std::vector<Field> fields = TakeFields(row, request);
+        std::optional<ScanType> type;
+        switch (row.scan) {
+            case ScanOf::MainBit:
+                type = TypeOfBit(fields, ScanGroupKind::Main);
+                break;
+            case ScanOf::ExclusionBit:
+                type = TypeOfBit(fields, ScanGroupKind::Exclusion);
+                break;
+            case ScanOf::None:
+                type = ScanType::MS;  // not used
+                break;
+            default:
+                type = static_cast<ScanType>(static_cast<int>(row.scan) - static_cast<int>(ScanOf::MS));
+        }
+        if (type) {
+            return Call{&row, std::move(fields), *type};
+        }
+    }
+    return std::nullopt;
+}
+
+CSqliteStatement Prepare(CSqliteDb& db, const Call& call) {
+    return db.Use(std::string(call.row->sql) + call.row->where);
+}
+
+void BindAll(CSqliteStatement& statement, const Call& call) {
+    statement.Bind("@type", static_cast<int64_t>(call.type));
+    for (const Field& field : call.fields) {
+        switch (field.name[0]) {
+            case ':':
+                statement.Bind(field.name.c_str(), field.text);
+                break;
+            case '@':
+                statement.Bind(field.name.c_str(), ParseInt64(field.text) & 0xFFFFFFFF);
+                break;
+            case '$':
+                statement.Bind(field.name.c_str(), ParseInt64(field.text));
+                break;
+            default:
+                break;
+        }
+    }
+}
+
+int64_t Run(CSqliteDb& db, const Call& call) {
+    CSqliteStatement statement = Prepare(db, call);
+    BindAll(statement, call);
+    statement.Run();
+    return db.Changes();
+}
+
+// False when there is no such agent, or it has a configuration already.
+bool GiveConfiguration(CSqliteDb& db, const std::wstring& uid) {
+    const std::optional<tagAgentScans> agent = ReadScans(db, uid);
+    if (!agent || agent->scans) {
+        return false;
+    }
+    for (const ScanType type : kScanTypes) {
+        InsertScan(db, uid, type, DefaultScan(type));
+    }
+    return true;
+}
+
+}  // namespace
+
+std::optional<std::wstring> AnswerTextCommand(CSqliteDb& db, DbCommand command, CCmdProtocol& request) {
+    const std::optional<Call> call = Resolve(command, request);
+    if (!call) {
+        return std::nullopt;
+    }
+    CSqliteStatement statement = Prepare(db, *call);
+    BindAll(statement, *call);
+    std::optional<std::wstring> answer;
+    while (statement.Step()) {
+        for (int column = 0; column < statement.Columns(); ++column) {
+            if (answer) {
+                *answer += L'\t';
+            } else {
+                answer.emplace();
+            }
+            // A word of 0x80000000 and above must go out as the negative number: that is how clients read it.
+            *answer += statement.IsNumber(column) ? std::to_wstring(static_cast<int32_t>(statement.Number(column)))
+                                                  : statement.Text(column);
+        }
+    }
+    return answer;
+}
+
+int64_t RunTextCommand(CSqliteDb& db, DbCommand command, CCmdProtocol& request) {
+    const std::optional<Call> call = Resolve(command, request);
+    if (!call) {
+        return 0;
+    }
+    CSqliteTransaction transaction(db);
+    int64_t changed = Run(db, *call);
+    const std::wstring* uid = Find(call->fields, ":uid");
+    if (changed == 0 && call->row->scan != ScanOf::None && uid != nullptr && GiveConfiguration(db, *uid)) {
+        changed = Run(db, *call);
+    }
+    transaction.Commit();
+    return changed;
+}
+
+std::optional<std::size_t> TextCommandFields(DbCommand command) {
+    for (const TextCommandRow& row : TextCommandRows()) {
+        if (row.command == command) {
+            return TakeFields(row, CCmdProtocol()).size();
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace wrb

@@ -1,0 +1,113 @@
+#include "LogServer.h"
+
+#include <cstring>
+#include <ctime>
+#include <optional>
+#include <utility>
+
+#include "LogFilter.h"
+#include "ReceivedLine.h"
+#include "Text.h"
+#include "logcl_command.h"
+
+namespace wrb {
+namespace {
+
+constexpr wchar_t kSetLevelCommand[] = L"LOG_SET_LEVEL";
+constexpr std::size_t kMaxMessageBytes = 64 * 1024;  // a line is at most 4095 characters and its source's name
+constexpr std::size_t kShownCharacters = 32;
+
+PipeListenerOptions ListenerOptions(std::function<void(PipeDrop, std::size_t, uint32_t)> onDrop) {
+    PipeListenerOptions options;
+    options.name = kLogServicePipe;
+    options.instances = 64;
+    options.maxMessageBytes = kMaxMessageBytes;
+    options.readTimeoutMilliseconds = 5'000;
+    options.onDrop = std::move(onDrop);
+    return options;
+}
+
+}  // namespace
+
+CLogServer::CLogServer(const LogSettings& settings, Note note)
+    : m_settings(settings),
+      m_note(std::move(note)),
+      m_files(settings.files),
+      m_listener(ListenerOptions([this](PipeDrop reason, std::size_t bytes, uint32_t pid) {
+                     m_note(FormatWide(L"log service: a message of process %u is dropped after %u bytes: %s", pid,
+                                       static_cast<unsigned>(bytes), PipeDropText(reason)));
+                 }),
+                 CPipeListener::InOrder{0, [this](const std::string& message, const CPipePeer& peer) {
+                                            Accept(message, peer);
+                                            return Job();
+                                        }}) {}
+
+bool CLogServer::Start() {
+    if (!m_listener.Start()) {
+        return false;
+    }
+    if (!CLogFilter::Shared().Set(FilterWordOf(m_settings))) {
+        m_note(L"log service: the filter word cannot be shared; every line will be sent");
+    }
+    return true;
+}
+
+LogServerCounters CLogServer::Counters() const {
+    return {m_lines, m_badMessages + m_listener.Counters().dropped, m_lost};
+}
+
+void CLogServer::Accept(const std::string& message, const CPipePeer& peer) {
+    std::wstring text(message.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(text.data(), message.data(), text.size() * sizeof(wchar_t));
+    text.resize(std::min(text.size(), text.find(L'\0')));
+    const std::size_t end = std::min(text.size(), text.find(L'\t'));
+    const std::wstring_view command = std::wstring_view(text).substr(0, end);
+    const std::wstring_view fields = std::wstring_view(text).substr(std::min(text.size(), end + 1));
+    if (command == kLogWriteCommand) {
+        if (const std::optional<tagReceivedLine> line = ParseLogLine(fields)) {
+            WriteLine(*line);
+            return;
+        }
+    } else if (command == kSetLevelCommand && ParseLogLevel(fields)) {
+        SetLevel(std::wstring(fields));
+        return;
+    }
+    ++m_badMessages;
+    m_note(FormatWide(L"log service: refused a message of process %u: ", peer.Pid()) +
+           EscapeLogText(std::wstring_view(text).substr(0, kShownCharacters)));
+}
+
+void CLogServer::SetLevel(const std::wstring& level) {
+    const bool shared = CLogFilter::Shared().Set(*ParseLogLevel(level));
+    WriteOwn(L'N', (shared ? L"the log level is now " : L"the log level cannot be set to ") + level);
+}
+
+void CLogServer::WriteOwn(wchar_t level, std::wstring_view text) {
+    WriteLine({.seconds = std::time(nullptr),
+               .process = GetCurrentProcessId(),
+               .thread = GetCurrentThreadId(),
+               .level = level,
+               .sourceFile = L"wrbback",
+               .line = 0,
+               .text = L"[WRBBACK][wrbback.exe]" + std::wstring(text)});
+}
+
+void CLogServer::WriteLine(const tagReceivedLine& line) {
+    if (!m_settings.enabled) {
+        return;
+    }
+    const LogWriteResult result = m_files.Write(FormatLogLine(line));
+    const DWORD error = GetLastError();
+    if (result == LogWriteResult::Written) {
+        ++m_lines;
+        return;
+    }
+    if (m_lost++ == 0) {  // said once: there will be many
+        m_note(result == LogWriteResult::NoSpace
+                   ? std::wstring(L"log service: lines are lost, the disk is short of space")
+                   : FormatWide(L"log service: lines are lost, the file cannot be written, error %u",
+                                static_cast<unsigned>(error)));
+    }
+}
+
+}  // namespace wrb

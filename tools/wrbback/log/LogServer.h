@@ -1,0 +1,56 @@
+// The log service of the reference back end, on "Log_ServerNamePipe".
+//
+// It never logs through the debug log: that would come back to it. What it has to say of itself goes to `note`.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "LogFiles.h"
+#include "LogSettings.h"
+#include "PipeListener.h"
+
+namespace wrb {
+
+struct tagReceivedLine;
+
+struct LogServerCounters {
+    uint64_t lines = 0;        // written
+    uint64_t badMessages = 0;  // neither a line nor a level, and connections that were dropped
+    uint64_t lost = 0;         // lines that could not be written
+};
+
+class CLogServer {
+  public:
+    using Note = std::function<void(const std::wstring&)>;
+
+    CLogServer(const LogSettings& settings, Note note);
+
+    // Sets the filter word and serves. False: GetLastError tells; ERROR_ALREADY_EXISTS means that another log service
+    // runs.
+    bool Start();
+    void Stop() { m_listener.Stop(); }
+
+    // A line of the back end's own, past the pipe and the filter.
+    void WriteOwn(wchar_t level, std::wstring_view text);
+
+    LogServerCounters Counters() const;
+
+  private:
+    void Accept(const std::string& message, const CPipePeer& peer);
+    void SetLevel(const std::wstring& level);
+    void WriteLine(const tagReceivedLine& line);
+
+    const LogSettings m_settings;
+    const Note m_note;
+    CLogFiles m_files;
+    std::atomic<uint64_t> m_lines{0};
+    std::atomic<uint64_t> m_badMessages{0};
+    std::atomic<uint64_t> m_lost{0};
+    CPipeListener m_listener;  // last: its thread uses what stands above
+};
+
+}  // namespace wrb

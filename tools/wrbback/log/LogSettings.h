@@ -1,0 +1,24 @@
+// The log service's settings: defaults, the section "Debug" of an INI file, and what the command line says on top.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "LogFiles.h"
+
+namespace wrb {
+
+struct LogSettings {
+    bool enabled = true;          // DebugFlags: without it no line is wanted, and none is written
+    std::wstring level = L"all";  // DebugLevel: see ParseLogLevel
+    LogFileOptions files;
+};
+
+// Reads the keys that are there over what `settings` holds. A key whose value makes no sense leaves the setting as it
+// was. An empty path reads nothing. False: there is no such file.
+bool ReadLogSettings(const std::wstring& iniPath, LogSettings& settings);
+
+// The filter word that these settings ask for.
+uint32_t FilterWordOf(const LogSettings& settings);
+
+}  // namespace wrb

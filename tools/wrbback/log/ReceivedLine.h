@@ -1,0 +1,40 @@
+// One line of the debug log: from the message on the pipe to the text in the file.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace wrb {
+
+struct tagReceivedLine {
+    int64_t seconds = 0;   // since 1970-01-01 00:00 UTC
+    uint32_t process = 0;  // id
+    uint32_t thread = 0;   // id
+    uint32_t level = 0;
+    std::wstring sourceFile;
+    int32_t line = 0;
+    std::wstring text;
+};
+
+// Reads the fields of a "LOG_WRITE" message behind the command name; numbers that are none read as 0. The source file
+// is cut at 260 characters, the text at 8191. Nothing when fields are missing.
+std::optional<tagReceivedLine> ParseLogLine(std::wstring_view fields);
+
+// The line in UTF-8, in local time, with its CR and LF:
+//
+//   YYYY MM/DD hh:mm:ss [process : thread] [class] text - [source file(line)]
+//
+// process and thread in hexadecimal, class one of F E W I D N, or the number of a level that has none. Whatever could
+// break the line, steer a terminal or hide a part of it is written as an escape: \n \r \t, else \uXXXX.
+std::string FormatLogLine(const tagReceivedLine& line);
+
+// The text with those escapes; everything else as it stands.
+std::wstring EscapeLogText(std::wstring_view text);
+
+// The filter word for the level that a setting or a "LOG_SET_LEVEL" message names: F, E, W, I or D for lines of that
+// class and the weightier ones, "all" for no filter, "none" for no line but those that no filter can stop.
+std::optional<uint32_t> ParseLogLevel(std::wstring_view level);
+
+}  // namespace wrb

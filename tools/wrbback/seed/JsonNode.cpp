@@ -1,0 +1,117 @@
+#include "JsonNode.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+constexpr std::size_t kTextCharacters = 65535;
+constexpr int64_t kSmallestNumber = INT32_MIN;
+constexpr int64_t kLargestNumber = UINT32_MAX;
+
+std::optional<uint32_t> ParseHex(std::string_view text) {
+    uint32_t number = 0;
+    if (!text.starts_with("0x") && !text.starts_with("0X")) {
+        return std::nullopt;
+    }
+    text.remove_prefix(2);
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number, 16);
+    return result.ec == std::errc() && result.ptr == text.data() + text.size() ? std::optional(number) : std::nullopt;
+}
+
+}  // namespace
+
+void CJsonNode::Fail(const std::string& what) const {
+    throw CSeedError((m_place.empty() ? "the file" : m_place) + ": " + what);
+}
+
+CJsonNode CJsonNode::At(const std::string& key, const Json::Value& value) const {
+    return CJsonNode(value, m_place.empty() ? key : m_place + "." + key);
+}
+
+void CJsonNode::RequireObject() const {
+    if (!m_value->isObject()) {
+        Fail("must be an object in braces");
+    }
+}
+
+std::optional<CJsonNode> CJsonNode::Member(std::string_view key) const {
+    RequireObject();
+    const Json::Value* member = m_value->find(key.data(), key.data() + key.size());
+    return member != nullptr ? std::optional(At(std::string(key), *member)) : std::nullopt;
+}
+
+CJsonNode CJsonNode::Required(std::string_view key) const {
+    const std::optional<CJsonNode> member = Member(key);
+    if (!member) {
+        Fail("\"" + std::string(key) + "\" is missing");
+    }
+    return *member;
+}
+
+void CJsonNode::ForEachMember(const std::function<void(const std::string&, const CJsonNode&)>& visit) const {
+    RequireObject();
+    for (auto member = m_value->begin(); member != m_value->end(); ++member) {
+        visit(member.name(), At(member.name(), *member));
+    }
+}
+
+void CJsonNode::RefuseUnknown(const std::function<bool(std::string_view)>& isKnown) const {
+    ForEachMember([&](const std::string& key, const CJsonNode& member) {
+        if (!isKnown(key)) {
+            member.Fail("unknown key");
+        }
+    });
+}
+
+void CJsonNode::RefuseUnknown(std::initializer_list<std::string_view> known) const {
+    RefuseUnknown([&](std::string_view key) { return std::ranges::find(known, key) != known.end(); });
+}
+
+void CJsonNode::ForEachElement(const std::function<void(const CJsonNode&)>& visit) const {
+    if (!m_value->isArray()) {
+        Fail("must be a list in brackets");
+    }
+    for (Json::ArrayIndex i = 0; i < m_value->size(); ++i) {
+        visit(CJsonNode((*m_value)[i], m_place + "[" + std::to_string(i) + "]"));
+    }
+}
+
+bool CJsonNode::Bool() const {
+    if (!m_value->isBool()) {
+        Fail("must be true or false");
+    }
+    return m_value->asBool();
+}
+
+uint32_t CJsonNode::Number() const {
+    if (m_value->isString()) {
+        if (const std::optional<uint32_t> number = ParseHex(m_value->asString())) {
+            return *number;
+        }
+        Fail("must be a whole number, or a hexadecimal text such as \"0x1F\" of at most eight digits");
+    }
+    if (!m_value->isInt64() || m_value->asInt64() < kSmallestNumber || m_value->asInt64() > kLargestNumber) {
+        Fail("must be a whole number of 32 bits");
+    }
+    return static_cast<uint32_t>(m_value->asInt64());
+}
+
+std::wstring CJsonNode::Text() const {
+    if (!m_value->isString()) {
+        Fail("must be a text in quotation marks");
+    }
+    std::wstring text = Utf8ToWide(m_value->asString());
+    if (text.size() > kTextCharacters) {
+        Fail("is longer than 65535 characters");
+    }
+    if (text.find_first_of(std::wstring_view(L"\t\r\n\0", 4)) != std::wstring::npos) {
+        Fail("holds a TAB, a line end or a NUL, which would split the answer to an agent");
+    }
+    return text;
+}
+
+}  // namespace wrb

@@ -1,0 +1,54 @@
+// A JSON value that knows where it stands, for reading files that people write: every complaint names the place.
+#pragma once
+
+#include <json/value.h>
+
+#include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace wrb {
+
+// The text is "PLACE: what is wrong", as in: agents[2].scan.manual.OleLayer: must be a whole number.
+class CSeedError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+class CJsonNode {
+  public:
+    // `value` must outlive the node; the root's place is empty.
+    explicit CJsonNode(const Json::Value& value, std::string place = {}) : m_value(&value), m_place(std::move(place)) {}
+
+    [[noreturn]] void Fail(const std::string& what) const;  // throws CSeedError
+
+    // An object's members. Reading one that is not there gives nothing.
+    std::optional<CJsonNode> Member(std::string_view key) const;
+    CJsonNode Required(std::string_view key) const;
+    void ForEachMember(const std::function<void(const std::string& key, const CJsonNode& value)>& visit) const;
+    void RefuseUnknown(const std::function<bool(std::string_view key)>& isKnown) const;
+    void RefuseUnknown(std::initializer_list<std::string_view> known) const;
+
+    void ForEachElement(const std::function<void(const CJsonNode& element)>& visit) const;
+
+    bool Bool() const;
+
+    // 32 bits, signed or not, as their unsigned pattern: a whole number, or a hexadecimal text such as "0x1C507".
+    uint32_t Number() const;
+
+    // At most 65535 characters. TAB, CR, LF and NUL are refused: none of them survives the way to an agent.
+    std::wstring Text() const;
+
+  private:
+    void RequireObject() const;
+    CJsonNode At(const std::string& key, const Json::Value& value) const;
+
+    const Json::Value* m_value;
+    std::string m_place;
+};
+
+}  // namespace wrb

@@ -1,0 +1,226 @@
+#include "SeedFile.h"
+
+#include <json/reader.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <memory>
+
+#include "AgentColumns.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+constexpr std::size_t kMostFileBytes = 256u << 20;
+constexpr std::string_view kUidForm = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
+
+constexpr struct {
+    std::string_view key;
+    ScanType type;
+} kScanKeys[] = {
+    {"manual", ScanType::MS},
+    {"realTime", ScanType::RT},
+    {"prescheduled", ScanType::PS},
+    {"scanNow", ScanType::SN},
+};
+
+// In the order in which the database server answers them.
+constexpr std::string_view kServiceSwitches[kServiceSwitchCount] = {
+    "EnableVEXOROnDesktop",
+    "EnableVEXOROnServer",
+    "EnableFWOnDesktop",
+    "EnableFWOnServer",
+    "EnableDLPOnDesktop",
+    "EnableDLPOnServer",
+    "EnableNCIEOnDesktop",
+    "EnableNCIEOnServer",
+    "EnableCCSFOnDesktop",
+    "EnableCCSFOnServer",
+    "EnableLightweightVEXOROnServer",
+};
+
+bool IsUid(const std::wstring& text) {
+    return std::ranges::equal(text, kUidForm, [](wchar_t c, char form) {
+        return form == '-' ? c == L'-' : c < 0x80 && std::isxdigit(static_cast<int>(c)) != 0;
+    });
+}
+
+std::wstring ReadUid(const CJsonNode& node) {
+    std::wstring uid = node.Text();
+    if (!IsUid(uid)) {
+        node.Fail("must be a GUID of the form " + std::string(kUidForm) + ", x a hexadecimal digit");
+    }
+    return uid;
+}
+
+// The agent's plain values: its own members and those of the objects in it that the table of columns names.
+void ReadValues(const CJsonNode& agent, std::vector<tagSeedValue>& values) {
+    for (const AgentColumn& column : AgentColumns()) {
+        const auto owner = column.group == nullptr ? std::optional(agent) : agent.Member(column.group);
+        const auto node = owner ? owner->Member(column.key) : std::nullopt;
+        if (node) {
+            tagSeedValue& value = values.emplace_back(tagSeedValue{&column, {}, 0});
+            if (column.isText) {
+                value.text = node->Text();
+            } else {
+                value.number = node->Number();
+            }
+        }
+    }
+}
+
+void RefuseUnknownValues(const CJsonNode& agent) {
+    const auto isColumn = [](std::string_view group, std::string_view key) {
+        return std::ranges::any_of(AgentColumns(), [&](const AgentColumn& column) {
+            return group == (column.group != nullptr ? column.group : "") && key == column.key;
+        });
+    };
+    const auto isGroup = [](std::string_view key) {
+        return std::ranges::any_of(
+            AgentColumns(), [&](const AgentColumn& column) { return column.group != nullptr && key == column.group; });
+    };
+    constexpr std::string_view kOthers[] = {"uid", "scan", "approvedSpyware", "restoreSessions", "behaviourPolicies",
+                                            "note"};
+    agent.RefuseUnknown([&](std::string_view key) {
+        return isColumn("", key) || isGroup(key) || std::ranges::find(kOthers, key) != std::end(kOthers);
+    });
+    agent.ForEachMember([&](const std::string& group, const CJsonNode& node) {
+        if (isGroup(group)) {
+            node.RefuseUnknown([&](std::string_view key) { return isColumn(group, key); });
+        }
+    });
+}
+
+std::vector<std::wstring> ReadTexts(const CJsonNode& agent, std::string_view key) {
+    std::vector<std::wstring> texts;
+    if (const auto list = agent.Member(key)) {
+        list->ForEachElement([&](const CJsonNode& element) {
+            if (texts.emplace_back(element.Text()).empty()) {
+                element.Fail("must not be empty: an empty text ends the list");
+            }
+        });
+    }
+    return texts;
+}
+
+std::vector<tagSeedPolicy> ReadPolicies(const CJsonNode& agent) {
+    std::vector<tagSeedPolicy> policies;
+    if (const auto list = agent.Member("behaviourPolicies")) {
+        list->ForEachElement([&](const CJsonNode& element) {
+            element.RefuseUnknown({"id", "action", "enable"});
+            policies.push_back({element.Required("id").Text(), element.Required("action").Number(),
+                                element.Required("enable").Bool()});
+        });
+    }
+    return policies;
+}
+
+std::optional<StoredScans> ReadScansOf(const CJsonNode& agent) {
+    const auto node = agent.Member("scan");
+    if (!node) {
+        return std::nullopt;
+    }
+    node->RefuseUnknown({kScanKeys[0].key, kScanKeys[1].key, kScanKeys[2].key, kScanKeys[3].key});
+    StoredScans scans;
+    for (const auto& row : kScanKeys) {
+        const auto scan = node->Member(row.key);
+        scans[static_cast<std::size_t>(row.type)] = scan ? ParseSeedScan(row.type, *scan) : DefaultScan(row.type);
+    }
+    return scans;
+}
+
+tagSeedAgent ReadAgent(const CJsonNode& node) {
+    RefuseUnknownValues(node);
+    tagSeedAgent agent;
+    agent.uid = ReadUid(node.Required("uid"));
+    ReadValues(node, agent.values);
+    agent.approvedSpyware = ReadTexts(node, "approvedSpyware");
+    agent.restoreSessions = ReadTexts(node, "restoreSessions");
+    agent.policies = ReadPolicies(node);
+    agent.scans = ReadScansOf(node);
+    return agent;
+}
+
+std::vector<bool> ReadServiceSwitches(const CJsonNode& node) {
+    node.RefuseUnknown(
+        [](std::string_view key) { return std::ranges::find(kServiceSwitches, key) != std::end(kServiceSwitches); });
+    std::vector<bool> switches;
+    for (const std::string_view key : kServiceSwitches) {
+        const auto member = node.Member(key);
+        switches.push_back(!member || member->Bool());
+    }
+    return switches;
+}
+
+std::wstring Folded(std::wstring uid) {
+    std::ranges::transform(uid, uid.begin(), [](wchar_t c) { return c >= L'A' && c <= L'Z' ? c + (L'a' - L'A') : c; });
+    return uid;
+}
+
+bool IsUtf8(const std::string& bytes) {
+    return bytes.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(),
+                                                static_cast<int>(bytes.size()), nullptr, 0) != 0;
+}
+
+Json::Value ParseJson(const std::string& utf8) {
+    Json::CharReaderBuilder builder;
+    builder["rejectDupKeys"] = true;
+    builder["failIfExtra"] = true;
+    builder["stackLimit"] = 100;
+    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    const std::size_t start = utf8.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    Json::Value root;
+    std::string errors;
+    try {
+        if (reader->parse(utf8.data() + start, utf8.data() + utf8.size(), &root, &errors)) {
+            return root;
+        }
+    } catch (const Json::Exception& error) {  // what nests too deep
+        errors = error.what();
+    }
+    throw CSeedError("not JSON:\n" + errors);
+}
+
+}  // namespace
+
+tagSeed ParseSeed(const std::string& utf8) {
+    if (!IsUtf8(utf8)) {
+        throw CSeedError("the file: is not UTF-8");
+    }
+    const Json::Value value = ParseJson(utf8);
+    const CJsonNode root(value);
+    root.RefuseUnknown({"agents", "serviceSwitch", "note"});
+    tagSeed seed;
+    std::map<std::wstring, std::size_t> seen;
+    root.Required("agents").ForEachElement([&](const CJsonNode& node) {
+        const tagSeedAgent& agent = seed.agents.emplace_back(ReadAgent(node));
+        const auto [first, isNew] = seen.emplace(Folded(agent.uid), seed.agents.size() - 1);
+        if (!isNew) {
+            node.Required("uid").Fail("is the uid of agents[" + std::to_string(first->second) + "] too");
+        }
+    });
+    if (const auto switches = root.Member("serviceSwitch")) {
+        seed.serviceSwitches = ReadServiceSwitches(*switches);
+    }
+    return seed;
+}
+
+tagSeed ReadSeedFile(const std::wstring& path) {
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
+    if (!file) {
+        throw CSeedError("cannot be opened");
+    }
+    std::error_code error;
+    if (std::filesystem::file_size(path, error) > kMostFileBytes && !error) {
+        throw CSeedError("is larger than 256 MiB");
+    }
+    return ParseSeed(std::string(std::istreambuf_iterator<char>(file), {}));
+}
+
+}  // namespace wrb

@@ -1,0 +1,81 @@
+#include "SeedStore.h"
+
+#include "SqliteDb.h"
+
+namespace wrb {
+namespace {
+
+void InsertAgent(CSqliteDb& db, const tagSeedAgent& agent) {
+    std::string columns = "uid";
+    std::string parameters = ":uid";
+    for (const tagSeedValue& value : agent.values) {
+        columns += std::string(", ") + value.column->column;
+        parameters += std::string(", :") + value.column->column;
+    }
+    CSqliteStatement insert = db.Use("INSERT INTO agent (" + columns + ") VALUES (" + parameters + ")");
+    insert.Bind(":uid", agent.uid);
+    for (const tagSeedValue& value : agent.values) {
+        const std::string name = std::string(":") + value.column->column;
+        if (value.column->isText) {
+            insert.Bind(name.c_str(), value.text);
+        } else {
+            insert.Bind(name.c_str(), value.number);
+        }
+    }
+    insert.Run();
+}
+
+void InsertList(CSqliteDb& db, const char* sql, const std::wstring& uid, const std::vector<std::wstring>& texts) {
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        CSqliteStatement insert = db.Use(sql);
+        insert.Bind(":uid", uid).Bind(":position", static_cast<int64_t>(i)).Bind(":text", texts[i]).Run();
+    }
+}
+
+void InsertPolicies(CSqliteDb& db, const tagSeedAgent& agent) {
+    for (std::size_t i = 0; i < agent.policies.size(); ++i) {
+        const tagSeedPolicy& policy = agent.policies[i];
+        CSqliteStatement insert = db.Use(
+            "INSERT INTO behaviour_policy (uid, position, policy_id, action, enable) "
+            "VALUES (:uid, :position, :id, :action, :enable)");
+        insert.Bind(":uid", agent.uid).Bind(":position", static_cast<int64_t>(i)).Bind(":id", policy.id);
+        insert.Bind(":action", policy.action).Bind(":enable", policy.enable ? 1 : 0).Run();
+    }
+}
+
+void StoreAgent(CSqliteDb& db, const tagSeedAgent& agent) {
+    db.Use("DELETE FROM agent WHERE uid = :uid").Bind(":uid", agent.uid).Run();
+    InsertAgent(db, agent);
+    InsertList(db, "INSERT INTO spyware_approved (uid, position, item) VALUES (:uid, :position, :text)", agent.uid,
+               agent.approvedSpyware);
+    InsertList(db, "INSERT INTO restore_session (uid, position, session) VALUES (:uid, :position, :text)", agent.uid,
+               agent.restoreSessions);
+    InsertPolicies(db, agent);
+    if (agent.scans) {
+        for (const ScanType type : kScanTypes) {
+            InsertScan(db, agent.uid, type, agent.scans->at(static_cast<std::size_t>(type)));
+        }
+    }
+}
+
+void StoreServiceSwitches(CSqliteDb& db, const std::vector<bool>& switches) {
+    for (std::size_t i = 0; i < switches.size(); ++i) {
+        CSqliteStatement update = db.Use("UPDATE service_switch SET enabled = :enabled WHERE position = :position");
+        update.Bind(":enabled", switches[i] ? 1 : 0).Bind(":position", static_cast<int64_t>(i)).Run();
+    }
+}
+
+}  // namespace
+
+void StoreSeed(CSqliteDb& db, const tagSeed& seed) {
+    CSqliteTransaction transaction(db);
+    for (const tagSeedAgent& agent : seed.agents) {
+        StoreAgent(db, agent);
+    }
+    if (seed.serviceSwitches) {
+        StoreServiceSwitches(db, *seed.serviceSwitches);
+    }
+    transaction.Commit();
+}
+
+}  // namespace wrb

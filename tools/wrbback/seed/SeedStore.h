@@ -1,0 +1,15 @@
+// From the seed file into the database.
+#pragma once
+
+#include "SeedFile.h"
+
+namespace wrb {
+
+class CSqliteDb;
+
+// Every agent of the seed replaces the one with its uid, if there is one; other agents stay. The service switches
+// change when the seed has any. All in one transaction: seeding twice is seeding once, and a failure changes nothing.
+// Throws CSqliteError.
+void StoreSeed(CSqliteDb& db, const tagSeed& seed);
+
+}  // namespace wrb

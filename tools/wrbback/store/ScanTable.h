@@ -1,0 +1,41 @@
+// One agent's settings of one scan type as the database keeps them: the values of its three groups in one row of the
+// table "scan".
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "ScanGroup.h"
+
+namespace wrb {
+
+class CSqliteDb;
+
+struct tagStoredScan {
+    // Of the main group, the texts of the exclusion group, and excludeFileExtList of the spyware group.
+    // `values.flags` is the option word of the main and the exclusion group. cleanFailedMoveDir is not stored.
+    tagScanGroupValues values;
+    uint32_t spywareFlags = 0;
+
+    uint32_t& Flags(ScanGroupKind kind) { return kind == ScanGroupKind::Spyware ? spywareFlags : values.flags; }
+};
+
+inline constexpr std::array<ScanType, 4> kScanTypes = {ScanType::MS, ScanType::RT, ScanType::PS, ScanType::SN};
+
+using StoredScans = std::array<tagStoredScan, kScanTypes.size()>;  // by ScanType
+
+// What the product sets where nobody has set anything: the defaults of the scan groups' tables.
+tagStoredScan DefaultScan(ScanType type);
+
+// The agent must exist and have no row of this type yet.
+void InsertScan(CSqliteDb& db, const std::wstring& uid, ScanType type, const tagStoredScan& scan);
+
+// For an agent without a configuration `scans` is empty. Returns nothing for an agent that does not exist.
+struct tagAgentScans {
+    std::optional<StoredScans> scans;
+};
+std::optional<tagAgentScans> ReadScans(CSqliteDb& db, const std::wstring& uid);
+
+}  // namespace wrb

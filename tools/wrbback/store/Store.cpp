@@ -1,0 +1,115 @@
+#include "Store.h"
+
+#include <utility>
+
+#include "StoreSchema.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+[[noreturn]] void Refuse(int code, const std::wstring& path, const std::string& why) {
+    throw CSqliteError(code, WideToUtf8(path) + ": " + why);
+}
+
+// What SQLite says about a file that it cannot use is short; these cases come up most, so they get a sentence.
+[[noreturn]] void Explain(const CSqliteError& error, const std::wstring& path) {
+    switch (error.Code()) {
+        case SQLITE_CANTOPEN:
+            Refuse(SQLITE_CANTOPEN, path, "cannot be opened; make it with: wrbback seed AGENTS.json --db FILE");
+        case SQLITE_NOTADB:
+            Refuse(SQLITE_NOTADB, path, "is not a database");
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+            Refuse(SQLITE_BUSY, path, "is locked by another program");
+        case SQLITE_CORRUPT:
+            Refuse(SQLITE_CORRUPT, path, "is damaged");
+        default:
+            throw error;
+    }
+}
+
+// True when the file is ours and of this version; false when it is empty.
+bool IsOurs(CSqliteDb& db, const std::wstring& path) {
+    const int64_t application = db.NumberOf("PRAGMA application_id");
+    const int64_t version = db.NumberOf("PRAGMA user_version");
+    if (application == 0 && version == 0 && db.NumberOf("SELECT count(*) FROM sqlite_master") == 0) {
+        return false;
+    }
+    if (application != kStoreApplicationId) {
+        Refuse(SQLITE_NOTADB, path, "is a database of another program");
+    }
+    if (version != kStoreVersion) {
+        Refuse(SQLITE_NOTADB, path,
+               "has version " + std::to_string(version) + ", this program knows " + std::to_string(kStoreVersion));
+    }
+    return true;
+}
+
+void CreateTables(CSqliteDb& db) {
+    db.Execute("PRAGMA encoding = 'UTF-16le'");
+    db.Execute("PRAGMA journal_mode = WAL");
+    CSqliteTransaction transaction(db);
+    db.Execute(kStoreSchema);
+    transaction.Commit();
+}
+
+std::unique_ptr<CSqliteDb> Open(const std::wstring& path, CSqliteDb::Open mode) {
+    try {
+        auto db = std::make_unique<CSqliteDb>(path, mode);
+        db->Execute("PRAGMA foreign_keys = ON; PRAGMA trusted_schema = OFF; PRAGMA synchronous = NORMAL");
+        if (!IsOurs(*db, path)) {
+            if (mode == CSqliteDb::Open::kReadWrite) {
+                Refuse(SQLITE_NOTADB, path, "is empty; fill it with: wrbback seed AGENTS.json --db FILE");
+            }
+            CreateTables(*db);
+        }
+        return db;
+    } catch (const CSqliteError& error) {
+        Explain(error, path);
+    }
+}
+
+}  // namespace
+
+std::unique_ptr<CSqliteDb> OpenStore(const std::wstring& path) {
+    return Open(path, CSqliteDb::Open::kReadWrite);
+}
+std::unique_ptr<CSqliteDb> CreateStore(const std::wstring& path) {
+    return Open(path, CSqliteDb::Open::kCreate);
+}
+
+void VerifyStore(CSqliteDb& db, const std::wstring& path) {
+    try {
+        CSqliteStatement check = db.Use("PRAGMA quick_check(1)");
+        if (check.Step() && check.Text(0) != L"ok") {
+            Refuse(SQLITE_CORRUPT, path, "is damaged: " + WideToUtf8(check.Text(0)));
+        }
+    } catch (const CSqliteError& error) {
+        Explain(error, path);
+    }
+}
+
+CStorePool::CStorePool(const std::wstring& path, unsigned connections) {
+    for (unsigned i = 0; i < connections; ++i) {
+        m_free.push_back(OpenStore(path));
+    }
+}
+
+CStorePool::CLease CStorePool::Lend() {
+    std::unique_lock lock(m_lock);
+    m_returned.wait(lock, [this] { return !m_free.empty(); });
+    std::unique_ptr<CSqliteDb> db = std::move(m_free.back());
+    m_free.pop_back();
+    return {*this, std::move(db)};
+}
+
+void CStorePool::Return(std::unique_ptr<CSqliteDb> db) {
+    {
+        const std::lock_guard lock(m_lock);
+        m_free.push_back(std::move(db));
+    }
+    m_returned.notify_one();
+}
+
+}  // namespace wrb
