@@ -80,9 +80,9 @@ bool CPipeServer::Initial(uint32_t instanceCount, const wchar_t* name, SECURITY_
         if (!InitialInstance(m_instances[i], count, securityAttributes)) {
             return false;
         }
-        m_waitHandles[i] = m_instances[i].Event();
+        m_waitHandles[i + 1] = m_instances[i].Event();
     }
-    m_waitHandles[count] = userObject;
+    m_waitHandles[0] = userObject;
     m_instanceCount = count;
     return true;
 }
@@ -151,8 +151,7 @@ bool CPipeServer::Fetch(String& out, DWORD* clientPid, const wchar_t* appendFail
             fill += length;
             readBytes = length < readBytes ? readBytes : kBufferBytes;
         }
-        // Asked even after data has come: whoever signals the object wants no answer any more.
-        if (result == ReadResult::Cancelled || IsUserObjectSignalled()) {
+        if (result == ReadResult::Cancelled) {
             WRB_LOG(kLogWarning, L"[CPipeServer::FetchCmd] User define object is signaled!");
             return false;
         }
@@ -186,26 +185,48 @@ bool CPipeServer::AppendBuffer(String& out, DWORD bytes, const wchar_t* appendFa
 }
 
 CPipeServer::ReadResult CPipeServer::ReadPipe(uint8_t* buffer, DWORD& length, DWORD* clientPid) {
-    if (m_waitHandles == nullptr) {  // never made ready
-        return ReadResult::Ended;
+    uint32_t instance = 0;
+    bool waited = false;
+    const ReadResult ready = AwaitInstance(instance, waited);
+    if (ready != ReadResult::Data) {
+        return ready;
     }
-    ArmTimer();
-    const DWORD signalled =
-        WaitForMultipleObjects(m_instanceCount + 1, m_waitHandles.get(), FALSE, INFINITE) - WAIT_OBJECT_0;
-    if (signalled == m_instanceCount) {
-        return ReadResult::Cancelled;
+    wrb::CReplyPipe& pipe = m_instances[instance];
+    ReadResult result = pipe.Read(buffer, length);
+    if (result == ReadResult::Pending) {
+        if (!waited) {
+            ArmTimer();
+        }
+        // A client that connects and never writes must not hold its reader beyond the object that ends the wait.
+        result = pipe.FinishRead(length, m_userObject);
     }
-    if (signalled > m_instanceCount || !m_instances[signalled].FinishConnect()) {
-        return ReadResult::Ended;
-    }
-    const ReadResult result = m_instances[signalled].Read(buffer, length, m_userObject);
     if (result == ReadResult::Ended) {
-        DisconnectAndReconnect(signalled, clientPid);
+        DisconnectAndReconnect(instance, clientPid);
     }
     return result;
 }
 
-// Armed anew for every piece: the time-out is the longest silence, not the longest answer.
+// Data: `instance` has a client to read from. The user-defined object comes first: whoever signals it wants no answer
+// any more, even one that has come.
+CPipeServer::ReadResult CPipeServer::AwaitInstance(uint32_t& instance, bool& waited) {
+    if (m_instanceCount == 1 && m_instances[0].IsReading()) {
+        return WasUserObjectSignalled() ? ReadResult::Cancelled : ReadResult::Data;
+    }
+    if (m_waitHandles == nullptr) {  // never made ready
+        return ReadResult::Ended;
+    }
+    ArmTimer();
+    waited = true;
+    const DWORD signalled = WaitForMultipleObjects(m_instanceCount + 1, m_waitHandles.get(), FALSE, INFINITE);
+    if (signalled == WAIT_OBJECT_0) {
+        return ReadResult::Cancelled;
+    }
+    instance = signalled - WAIT_OBJECT_0 - 1;
+    const bool connected = instance < m_instanceCount && m_instances[instance].FinishConnect();
+    return connected ? ReadResult::Data : ReadResult::Ended;
+}
+
+// Armed anew for every wait: the time-out is the longest silence, not the longest answer.
 void CPipeServer::ArmTimer() {
     if (m_timeoutSeconds == 0) {
         return;
@@ -217,8 +238,10 @@ void CPipeServer::ArmTimer() {
     }
 }
 
-bool CPipeServer::IsUserObjectSignalled() const {
-    return WaitForSingleObject(m_userObject, 0) == WAIT_OBJECT_0;
+// The server's own timer is armed for a wait and means nothing between two.
+bool CPipeServer::WasUserObjectSignalled() const {
+    const bool ownTimer = m_timeoutSeconds != 0 && m_userObject == m_ownedUserObject.Get();
+    return !ownTimer && WaitForSingleObject(m_userObject, 0) == WAIT_OBJECT_0;
 }
 
 bool CPipeServer::DisconnectAndReconnect(uint32_t instance, DWORD* clientPid) {

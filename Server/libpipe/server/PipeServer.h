@@ -77,8 +77,9 @@ class CPipeServer {
     template <typename String>
     bool AppendBuffer(String& out, DWORD bytes, const wchar_t* appendFailure) const;
     ReadResult ReadPipe(uint8_t* buffer, DWORD& length, DWORD* clientPid);
+    ReadResult AwaitInstance(uint32_t& instance, bool& waited);
     void ArmTimer();
-    bool IsUserObjectSignalled() const;
+    bool WasUserObjectSignalled() const;
     DWORD QueryClientPid(HANDLE pipe) const;
 
     wrb::CModuleHandle m_kernel32;
@@ -89,7 +90,7 @@ class CPipeServer {
     wrb::CKernelHandle m_ownedUserObject;  // when the server made the object itself
     HANDLE m_userObject = nullptr;
     uint32_t m_instanceCount = 0;
-    std::unique_ptr<HANDLE[]> m_waitHandles;  // the instances' events, then the user-defined object
+    std::unique_ptr<HANDLE[]> m_waitHandles;  // the user-defined object, then the instances' events
     std::unique_ptr<wrb::CReplyPipe[]> m_instances;
 };
 

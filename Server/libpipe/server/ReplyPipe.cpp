@@ -42,30 +42,34 @@ bool CReplyPipe::FinishConnect() {
     return m_state == State::Reading;
 }
 
-CReplyPipe::ReadResult CReplyPipe::Read(void* buffer, DWORD& length, HANDLE stop) {
+CReplyPipe::ReadResult CReplyPipe::Read(void* buffer, DWORD& length) {
     const DWORD room = length;
     length = 0;
     if (ReadFile(m_pipe.Get(), buffer, room, &length, &m_overlapped)) {
         return length != 0 ? ReadResult::Data : ReadResult::Ended;
     }
     switch (GetLastError()) {
+        case ERROR_IO_PENDING:
+            return ReadResult::Pending;
         case ERROR_HANDLE_EOF:
         case ERROR_MORE_DATA:
-        case ERROR_IO_PENDING:
-            return FinishRead(length, stop);
+            return CollectRead(length);
         default:
             return ReadResult::Ended;
     }
 }
 
 CReplyPipe::ReadResult CReplyPipe::FinishRead(DWORD& length, HANDLE stop) {
-    // A client that connects and never writes must not hold its reader beyond the object that is to end the wait.
-    const HANDLE handles[] = {m_event.Get(), stop};
+    const HANDLE handles[] = {stop, m_event.Get()};
     const DWORD wait = WaitForMultipleObjects(2, handles, FALSE, INFINITE);
-    if (wait != WAIT_OBJECT_0) {
-        CancelAndWait();
-        return wait == WAIT_OBJECT_0 + 1 ? ReadResult::Cancelled : ReadResult::Ended;
+    if (wait == WAIT_OBJECT_0 + 1) {
+        return CollectRead(length);
     }
+    CancelAndWait();
+    return wait == WAIT_OBJECT_0 ? ReadResult::Cancelled : ReadResult::Ended;
+}
+
+CReplyPipe::ReadResult CReplyPipe::CollectRead(DWORD& length) {
     if (GetOverlappedResult(m_pipe.Get(), &m_overlapped, &length, TRUE) || GetLastError() == ERROR_MORE_DATA) {
         return ReadResult::Data;
     }

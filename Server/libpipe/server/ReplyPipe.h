@@ -17,7 +17,7 @@ namespace wrb {
 class CReplyPipe {
   public:
     enum class State : uint32_t { Connecting = 0, Reading = 1 };
-    enum class ReadResult { Data, Ended, Cancelled };
+    enum class ReadResult { Data, Ended, Pending, Cancelled };
 
     CReplyPipe() = default;
     ~CReplyPipe() { Close(); }
@@ -37,15 +37,22 @@ class CReplyPipe {
     // Takes note of the client once the event is signalled. False when there is none to read from.
     bool FinishConnect();
 
-    // Reads what is there, at most `length` bytes and at most the rest of one message of the pipe; waits for it when
-    // nothing is there yet. On Data `length` holds the bytes read. Ended: the writer has closed its end, or the read
-    // failed. Cancelled: `stop` was signalled first, and what the read may have taken by then is lost.
-    ReadResult Read(void* buffer, DWORD& length, HANDLE stop);
+    // True while there is a client to read from.
+    bool IsReading() const noexcept { return !m_pending && m_state == State::Reading; }
+
+    // Reads what is there, at most `length` bytes and at most the rest of one message of the pipe. On Data `length`
+    // holds the bytes read. Ended: the writer has closed its end, or the read failed. Pending: nothing is there yet;
+    // FinishRead must follow.
+    ReadResult Read(void* buffer, DWORD& length);
+
+    // Waits for the pending read; Cancelled when `stop` was signalled first. The read is over in any case, and what a
+    // cancelled one may have taken is lost.
+    ReadResult FinishRead(DWORD& length, HANDLE stop);
 
     void Close() noexcept;
 
   private:
-    ReadResult FinishRead(DWORD& length, HANDLE stop);
+    ReadResult CollectRead(DWORD& length);
     void CancelAndWait() noexcept;
     void EndPending() noexcept;
 
