@@ -2,8 +2,8 @@
 //
 // Reads by uid carry a `number` of the caller's, which the server passes over but for the status. All functions return
 // true on success; a false leaves the caller's values as they were, with a log line. None throws. A write is a success
-// once its bytes are on the pipe. For an agent that the server does not know a number reads as 0, a text as empty, and a
-// record fails.
+// once its bytes are on the pipe. For an agent that the server does not know a number reads as 0, a text as empty, and
+// a record fails.
 #pragma once
 
 #include <cstdint>
