@@ -1,0 +1,29 @@
+// Counts what a piece of code allocates: operator new of this program is replaced by one that counts per thread.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+
+namespace wrb::bench {
+
+uint64_t AllocationsOfThisThread() noexcept;
+
+// While it lives, counts; reports allocations per iteration as the counter "allocations".
+class CAllocationCounter {
+  public:
+    explicit CAllocationCounter(benchmark::State& state) noexcept
+        : m_state(state), m_before(AllocationsOfThisThread()) {}
+    ~CAllocationCounter() {
+        m_state.counters["allocations"] = benchmark::Counter(static_cast<double>(AllocationsOfThisThread() - m_before),
+                                                             benchmark::Counter::kAvgIterations);
+    }
+    CAllocationCounter(const CAllocationCounter&) = delete;
+    CAllocationCounter& operator=(const CAllocationCounter&) = delete;
+
+  private:
+    benchmark::State& m_state;
+    uint64_t m_before;
+};
+
+}  // namespace wrb::bench

@@ -1,0 +1,46 @@
+#include "BarePipe.h"
+
+#include <windows.h>
+
+#include "Handle.h"
+
+namespace wrb::bench {
+namespace {
+
+std::wstring Path(const std::wstring& name) {
+    return L"\\\\.\\pipe\\" + name;
+}
+
+}  // namespace
+
+bool BareSend(const std::wstring& name, std::string_view bytes) {
+    const std::wstring path = Path(name);
+    CFileHandle pipe;
+    while (!pipe) {
+        pipe.Reset(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        if (!pipe && (GetLastError() != ERROR_PIPE_BUSY || !WaitNamedPipeW(path.c_str(), NMPWAIT_USE_DEFAULT_WAIT))) {
+            return false;
+        }
+    }
+    DWORD written = 0;
+    return WriteFile(pipe.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) != FALSE;
+}
+
+bool BareExchange(const std::wstring& target, std::string_view request, const std::wstring& replyPipe) {
+    const CFileHandle reply(CreateNamedPipeW(Path(replyPipe).c_str(), PIPE_ACCESS_INBOUND,
+                                             PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, 1, 1024, 1024, 1000,
+                                             nullptr));
+    if (!reply || !BareSend(target, request)) {
+        return false;
+    }
+    if (!ConnectNamedPipe(reply.Get(), nullptr) && GetLastError() != ERROR_PIPE_CONNECTED) {
+        return false;
+    }
+    char buffer[4096];
+    DWORD read = 0;
+    while (ReadFile(reply.Get(), buffer, sizeof buffer, &read, nullptr)) {
+    }
+    return GetLastError() == ERROR_BROKEN_PIPE;
+}
+
+}  // namespace wrb::bench

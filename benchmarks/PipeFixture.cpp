@@ -1,0 +1,81 @@
+#include "PipeFixture.h"
+
+#include <windows.h>
+
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <string_view>
+
+#include "BarePipe.h"
+#include "CmdProtocol.h"
+#include "DbApiHeader.h"
+#include "MsgSerializer.h"
+#include "PipeListener.h"
+
+namespace wrb::bench {
+namespace {
+
+// More than the threads of any row, so that no figure waits for a free instance.
+constexpr unsigned kInstances = 16;
+
+std::unique_ptr<CPipeListener> Listen(const wchar_t* name, CPipeListener::Handler handler) {
+    PipeListenerOptions options;
+    options.name = name;
+    options.instances = kInstances;
+    auto listener = std::make_unique<CPipeListener>(options, std::move(handler));
+    if (!listener->Start()) {
+        throw std::runtime_error("a pipe of the benchmark is taken: is a service running?");
+    }
+    return listener;
+}
+
+std::string_view Bytes(std::wstring_view text) {
+    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)};
+}
+
+std::wstring_view AnswerTo(const std::wstring& command) {
+    return command == L"DB_GET_EXTRA"
+               ? L".EXE, .COM, .SYS, .DOC, .DRV, .CMD, .XLS, .DLL, .386\t\\temp\t\t\tUniverse-5-4"
+               : L"632681409\t20\t3\t4";
+}
+
+void Answer(const std::string& message) {
+    std::span<const uint8_t> request(reinterpret_cast<const uint8_t*>(message.data()), message.size());
+    CDbApiHeaderContent header;
+    if (ReadDbApiHeader(request, header) != DbApiHeaderStatus::Ok) {
+        return;
+    }
+    std::wstring text(request.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(text.data(), request.data(), text.size() * sizeof(wchar_t));
+    CCmdProtocol fields(text.c_str());
+    std::wstring command;
+    std::wstring replyId;
+    fields >> command >> replyId;
+    BareSend(L"DbCln_" + replyId, Bytes(AnswerTo(command)));
+}
+
+}  // namespace
+
+void NeedSink() {
+    static const auto sink = Listen(kSinkPipe, [](const std::string&) {});
+}
+
+void NeedDatabase() {
+    static const auto database = Listen(kDbPipe, Answer);
+}
+
+std::string DatabaseRequest(const std::wstring& text) {
+    CDbApiHeaderContent content;
+    content.FillInContent(L"");
+    CMsgSerializer header;
+    content.Serialize(header);
+    const uint32_t size = header.GetSize();
+    std::string request(8, '\0');
+    std::memcpy(request.data(), &kDbApiMagic, 4);
+    std::memcpy(request.data() + 4, &size, 4);
+    request.append(reinterpret_cast<const char*>(header.Data()), size);
+    return request.append(Bytes(std::wstring_view(text.c_str(), text.size() + 1)));
+}
+
+}  // namespace wrb::bench

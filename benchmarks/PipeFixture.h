@@ -1,0 +1,19 @@
+// The other ends of the pipes: a client's reply pipe that swallows everything, and a database server that answers from
+// memory. The figures and their floors use the same ones, so that what these cost is on both sides of a ratio.
+#pragma once
+
+#include <string>
+
+namespace wrb::bench {
+
+inline constexpr wchar_t kSinkPipe[] = L"wrb-bench-reply-pipe-0123456789-0123456789";
+inline constexpr wchar_t kDbPipe[] = L"DbServerNamePipe";
+
+// Start on first use and serve until the program ends.
+void NeedSink();
+void NeedDatabase();
+
+// A request as the product sends it: header frame and text, with NUL.
+std::string DatabaseRequest(const std::wstring& text);
+
+}  // namespace wrb::bench

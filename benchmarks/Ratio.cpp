@@ -1,0 +1,32 @@
+#include "Ratio.h"
+
+namespace wrb::bench {
+namespace {
+
+std::vector<tagRatio>& Rows() {
+    static std::vector<tagRatio> rows;
+    return rows;
+}
+
+void Register(const std::string& name, Body body, int threads) {
+    benchmark::RegisterBenchmark(name.c_str(), body)->Threads(threads)->UseRealTime();
+}
+
+}  // namespace
+
+void AddRatio(const std::string& title, Body figure, const std::string& floorText, Body floor, Goal goal, double limit,
+              const std::vector<int>& threads) {
+    for (const int count : threads) {
+        const std::string figureName = title + ": ours";
+        const std::string floorName = title + ": " + floorText;
+        Register(figureName, figure, count);
+        Register(floorName, floor, count);
+        Rows().push_back({title, figureName, floorName, floorText, goal, limit, count});
+    }
+}
+
+const std::vector<tagRatio>& Ratios() {
+    return Rows();
+}
+
+}  // namespace wrb::bench
