@@ -1,8 +1,7 @@
 // Runs the benchmarks and prints each figure beside its floor. Takes Google Benchmark's own options; by default every
-// pair is repeated, its repetitions interleaved, and the medians are compared.
+// pair is repeated, its repetitions interleaved, and the medians are compared. Progress goes to stderr.
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <string>
@@ -17,32 +16,24 @@ using wrb::bench::Goal;
 using wrb::bench::tagRatio;
 
 struct tagMeasured {
-    std::vector<double> times;  // nanoseconds an iteration, a value a repetition
-    double allocations = -1;    // an iteration, where they were counted
-
-    double Median() const {
-        std::vector<double> sorted = times;
-        std::sort(sorted.begin(), sorted.end());
-        return sorted.empty() ? 0 : sorted[sorted.size() / 2];
-    }
+    double time = 0;          // nanoseconds an iteration
+    double allocations = -1;  // an iteration, where they were counted
 };
 
-// Prints as the console does, and keeps the times for the table at the end.
-class CRatioReporter final : public benchmark::ConsoleReporter {
+// Keeps the medians for the table at the end, and shows on stderr that something is going on.
+class CRatioReporter final : public benchmark::BenchmarkReporter {
   public:
-    CRatioReporter() : ConsoleReporter(OO_Tabular) {}
+    bool ReportContext(const Context&) override { return true; }
 
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& run : runs) {
-            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
-                tagMeasured& measured = m_measured[Key(run.run_name.function_name, static_cast<int>(run.threads))];
-                measured.times.push_back(run.GetAdjustedRealTime());
-                if (const auto counter = run.counters.find("allocations"); counter != run.counters.end()) {
-                    measured.allocations = counter->second;
-                }
+            if (run.error_occurred) {
+                std::fprintf(stderr, "%s: %s\n", run.benchmark_name().c_str(), run.error_message.c_str());
+            } else if (run.run_type == Run::RT_Iteration || run.aggregate_name == "median") {
+                Keep(run);
             }
         }
-        ConsoleReporter::ReportRuns(runs);
+        std::fputc('.', stderr);
     }
 
     const tagMeasured* Find(const std::string& name, int threads) const {
@@ -52,6 +43,14 @@ class CRatioReporter final : public benchmark::ConsoleReporter {
 
   private:
     static std::string Key(const std::string& name, int threads) { return name + "/" + std::to_string(threads); }
+
+    void Keep(const Run& run) {
+        tagMeasured& measured = m_measured[Key(run.run_name.function_name, static_cast<int>(run.threads))];
+        measured.time = run.GetAdjustedRealTime();
+        if (const auto counter = run.counters.find("allocations"); counter != run.counters.end()) {
+            measured.allocations = counter->second;
+        }
+    }
 
     std::map<std::string, tagMeasured> m_measured;
 };
@@ -85,8 +84,8 @@ bool Met(const tagRatio& row, double figure, double floor) {
 }
 
 void PrintRow(const tagRatio& row, const tagMeasured& figure, const tagMeasured& floor) {
-    const double ours = figure.Median();
-    const double least = floor.Median();
+    const double ours = figure.time;
+    const double least = floor.time;
     char ratio[32];
     std::snprintf(ratio, sizeof ratio, row.goal == Goal::FasterBy ? "1/%.0f" : "%.2f",
                   row.goal == Goal::FasterBy ? least / ours : ours / least);
