@@ -1,5 +1,6 @@
 #include "ExpectedScanSections.h"
 
+#include <map>
 #include <sstream>
 #include <utility>
 
@@ -80,58 +81,46 @@ tagExpectedKey ParseKey(const std::wstring& word) {
     return key;
 }
 
-std::wstring NumberAt(const tagScanGroupValues& v, int index) {
-    const uint32_t numbers[] = {v.compressedLayer,
-                                v.oleLayer,
-                                v.possibleVirusCustActInActiveAct,
-                                v.frequency,
-                                v.hour,
-                                v.minute,
-                                v.amPm,
-                                v.dayOfMonth,
-                                v.dayOfWeek,
-                                v.weekOrdinalOfMonth,
-                                v.weekdayOfMonth};
-    return std::to_wstring(static_cast<int32_t>(numbers[index]));
-}
-
-const std::wstring& TextAt(const tagScanGroupValues& v, int index) {
-    const std::wstring* texts[] = {&v.extList,        &v.moveDir,      &v.cleanFailedMoveDir, &v.custAction,
-                                   &v.excludedFolder, &v.excludedFile, &v.excludedExt,        &v.excludeFileExtList};
-    return *texts[index];
-}
+using V = tagScanGroupValues;
+constexpr uint32_t V::*kNumbers[] = {&V::compressedLayer,
+                                     &V::oleLayer,
+                                     &V::possibleVirusCustActInActiveAct,
+                                     &V::frequency,
+                                     &V::hour,
+                                     &V::minute,
+                                     &V::amPm,
+                                     &V::dayOfMonth,
+                                     &V::dayOfWeek,
+                                     &V::weekOrdinalOfMonth,
+                                     &V::weekdayOfMonth};
+constexpr std::wstring V::*kTexts[] = {&V::extList,     &V::moveDir,           &V::cleanFailedMoveDir,
+                                       &V::custAction,  &V::excludedFolder,    &V::excludedFile,
+                                       &V::excludedExt, &V::excludeFileExtList};
 
 std::wstring ValueOf(const std::wstring& source, std::wstring_view uid, const tagScanGroupValues& values) {
     const auto bit = [&](int number) { return (values.flags >> number & 1) != 0; };
-    if (source == L"uid") {
-        return std::wstring(uid);
-    }
-    if (source == L"nothing") {
-        return {};
-    }
-    if (source == L"speed") {
-        return bit(17) ? L"1" : bit(18) ? L"2" : L"0";
-    }
-    if (source == L"type") {
-        return bit(8) ? L"1" : L"2";
-    }
-    if (source == L"action16") {
-        return bit(16) ? L"1" : L"2";
-    }
-    if (source == L"action17") {
-        return bit(17) ? L"2" : L"1";
-    }
-    if (source == L"actionRT") {
-        return bit(2) ? L"2" : bit(3) ? L"0" : L"1";
+    const std::map<std::wstring, std::wstring> named{{L"uid", std::wstring(uid)},
+                                                     {L"nothing", L""},
+                                                     {L"speed", bit(17)   ? L"1"
+                                                                : bit(18) ? L"2"
+                                                                          : L"0"},
+                                                     {L"type", bit(8) ? L"1" : L"2"},
+                                                     {L"action16", bit(16) ? L"1" : L"2"},
+                                                     {L"action17", bit(17) ? L"2" : L"1"},
+                                                     {L"actionRT", bit(2)   ? L"2"
+                                                                   : bit(3) ? L"0"
+                                                                            : L"1"}};
+    if (const auto found = named.find(source); found != named.end()) {
+        return found->second;
     }
     const int index = std::stoi(source.substr(1));
     switch (source[0]) {
         case L'b':
             return bit(index) ? L"1" : L"0";
         case L'n':
-            return NumberAt(values, index);
+            return std::to_wstring(static_cast<int32_t>(values.*kNumbers[index]));
         default:
-            return TextAt(values, index);
+            return values.*kTexts[index];
     }
 }
 
@@ -163,26 +152,16 @@ const std::vector<tagExpectedSection>& ExpectedScanSections() {
 
 tagScanGroupValues DistinctScanValues(uint32_t flags) {
     tagScanGroupValues values;
-    values.flags = flags;
-    values.compressedLayer = 20;
+    for (uint32_t i = 0; i < std::size(kNumbers); ++i) {
+        values.*kNumbers[i] = i + 20;
+    }
     values.oleLayer = 0xFFFFFFFF;
     values.possibleVirusCustActInActiveAct = 0x80000000;
-    values.frequency = 31;
-    values.hour = 32;
-    values.minute = 33;
-    values.amPm = 34;
-    values.dayOfMonth = 35;
-    values.dayOfWeek = 36;
-    values.weekOrdinalOfMonth = 37;
-    values.weekdayOfMonth = 38;
-    values.extList = L".EXE, .\x540D";
-    values.moveDir = L"C:\\move = here";
-    values.cleanFailedMoveDir = L"D:\\clean";
-    values.custAction = L"Joke-1-2;Universe-5-4";
-    values.excludedFolder = std::wstring(2000, L'f');
-    values.excludedFile = L"a.txt|b.txt";
-    values.excludedExt = L".log";
-    values.excludeFileExtList = L"MP3;AVI";
+    for (std::size_t i = 0; i < std::size(kTexts); ++i) {
+        values.*kTexts[i] = L"C:\\text = \x540D" + std::to_wstring(i);
+    }
+    values.excludedFolder.append(2000, L'f');
+    values.flags = flags;
     return values;
 }
 

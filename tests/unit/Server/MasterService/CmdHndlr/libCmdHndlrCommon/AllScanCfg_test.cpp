@@ -1,7 +1,9 @@
 // All twelve sections of an agent from the combined records.
 #include <gtest/gtest.h>
 
-#include "AllScanValues.h"
+#include <algorithm>
+
+#include "DbAllScanRecord.h"
 #include "ExpectedScanSections.h"
 #include "FakeDbService.h"
 #include "Serializer.h"
@@ -53,26 +55,25 @@ tagClnAllScanCfgEx Lists() {
 // The reply, from the two records by the rules of the combined answer.
 std::wstring ExpectedReply(const tagClnAllScanCfg& config, const tagClnAllScanCfgEx& lists) {
     std::wstring reply;
-    for (const ScanType type : {ScanType::MS, ScanType::RT, ScanType::PS, ScanType::SN}) {
-        const auto i = static_cast<std::size_t>(type);
-        for (const ScanGroupKind kind : {ScanGroupKind::Main, ScanGroupKind::Spyware, ScanGroupKind::Exclusion}) {
-            tagScanGroupValues values = config.scans[i];
-            values.cleanFailedMoveDir = values.moveDir;
-            values.excludedFolder = lists.scans[i].excludedFolder;
-            values.excludedFile = lists.scans[i].excludedFile;
-            values.excludedExt = lists.scans[i].excludedExt;
-            values.excludeFileExtList = lists.scans[i].excludeFileExtList;
-            if (kind == ScanGroupKind::Spyware) {
-                values.flags = config.spywareFlags[i];
-            } else if (kind == ScanGroupKind::Exclusion && type == ScanType::SN) {
-                values.flags = config.scans[2].flags;
-            }
-            for (const auto& section : ExpectedScanSections()) {
-                if (section.type == type && section.kind == kind) {
-                    reply += section.Text(kUid, values);
-                }
-            }
+    for (std::size_t i = 0; i < 12; ++i) {
+        constexpr ScanGroupKind kKinds[] = {ScanGroupKind::Main, ScanGroupKind::Spyware, ScanGroupKind::Exclusion};
+        const auto type = static_cast<ScanType>(i / 3);
+        const ScanGroupKind kind = kKinds[i % 3];
+        const std::size_t scan = i / 3;
+        tagScanGroupValues values = config.scans[scan];
+        values.cleanFailedMoveDir = values.moveDir;
+        values.excludedFolder = lists.scans[scan].excludedFolder;
+        values.excludedFile = lists.scans[scan].excludedFile;
+        values.excludedExt = lists.scans[scan].excludedExt;
+        values.excludeFileExtList = lists.scans[scan].excludeFileExtList;
+        if (kind == ScanGroupKind::Spyware) {
+            values.flags = config.spywareFlags[scan];
+        } else if (kind == ScanGroupKind::Exclusion && type == ScanType::SN) {
+            values.flags = config.scans[2].flags;
         }
+        const auto section = std::ranges::find_if(
+            ExpectedScanSections(), [&](const auto& one) { return one.type == type && one.kind == kind; });
+        reply += section->Text(kUid, values);
     }
     return reply;
 }
@@ -123,12 +124,6 @@ TEST(AllScanCfg, AnythingButWholeAnswersGivesAnEmptyReply) {
         EXPECT_FALSE(cmdhm_GetAllScanCfg(out, kUid, true)) << lengths.first << " " << lengths.second;
         EXPECT_EQ(out, L"");
     }
-}
-
-TEST(AllScanCfg, WithoutADatabaseServerTheReplyIsEmpty) {
-    std::wstring out = L"old";
-    EXPECT_FALSE(cmdhm_GetAllScanCfg(out, kUid, false));
-    EXPECT_EQ(out, L"");
 }
 
 }  // namespace

@@ -1,28 +1,20 @@
-// The server-wide settings from real INI files.
+// What comes from the scan INI: the server-wide settings and the completion of custom actions.
 #include <gtest/gtest.h>
 
-#include <cwctype>
-
 #include "CapturedLog.h"
+#include "CustomAction.h"
 #include "ExpectedScanSections.h"
-#include "IniFile.h"
-#include "ScanCfgIni.h"
+#include "ScanIni.h"
 #include "cmdhm_ScanCfg.h"
 
 namespace {
 
-using wrb::ScanGroupKind;
 using wrb::test::ExpectedScanSections;
 using wrb::test::tagExpectedKey;
 using wrb::test::tagExpectedSection;
 
-constexpr uint32_t kOwnProducts = 0x10000;
-
-// The section as the server answers it when its file holds `iniText`, or no file is there.
 std::wstring Answer(const tagExpectedSection& section, const std::wstring& iniText) {
-    const CIniFile file(iniText);
-    ScanIniCache().clear();
-    ScanIniCache().init(file.Path().c_str(), 6);
+    const CScanIni ini(iniText);
     std::wstring out = L"old";
     EXPECT_TRUE(wrb::GetAndExportScanGroup(section.Group(), out, L"", true));
     return out;
@@ -37,81 +29,51 @@ std::wstring Lines(const tagExpectedSection& section, Value value) {
     return text;
 }
 
-std::wstring Default(const tagExpectedKey& key) {
-    return key.iniDefault;
-}
-
 // Something else than the default, of the key's kind.
 std::wstring Other(const tagExpectedKey& key) {
     if (key.source[0] == L't' && key.source != L"type") {
         return L"the " + key.key + L", set";
     }
-    if (key.source == L"n1") {
-        return L"-7";
+    if (key.source[0] == L'b') {
+        return key.iniDefault == L"1" ? L"0" : L"1";
     }
-    return std::iswdigit(key.source[1]) && key.source[0] == L'b' ? (key.iniDefault == L"1" ? L"0" : L"1") : L"2";
+    return key.source == L"n1" ? L"-7" : L"2";
 }
 
-TEST(ScanCfgIni, WithoutAFileEveryKeyHasItsDefault) {
+TEST(ScanCfgIni, KeysHaveTheirDefaultsUntilTheFileHasThem) {
     for (const tagExpectedSection& section : ExpectedScanSections()) {
-        EXPECT_EQ(Answer(section, L""), Lines(section, Default));
-    }
-}
-
-TEST(ScanCfgIni, WhatTheFileSaysComesBack) {
-    for (const tagExpectedSection& section : ExpectedScanSections()) {
+        EXPECT_EQ(Answer(section, L""), Lines(section, [](const tagExpectedKey& key) { return key.iniDefault; }));
         const std::wstring text = Lines(section, Other);
         EXPECT_EQ(Answer(section, text), text);
     }
 }
 
-TEST(ScanCfgIni, ASwitchIsOnAboveZeroAndOffAtAnyOtherNumber) {
+TEST(ScanCfgIni, NumbersOutOfTheOrdinary) {
     const struct {
-        const wchar_t* text;
-        wchar_t shown;  // AllowCfg is off by default
-    } rows[] = {{L"0", L'0'}, {L"2", L'1'}, {L"-1", L'1'}, {L"", L'0'}, {L"yes", L'0'}};
+        std::size_t section;
+        const wchar_t* key;
+        const wchar_t* value;
+        const wchar_t* shown;
+    } rows[] = {
+        {0, L"AllowCfg", L"2", L"1"},   {0, L"AllowCfg", L"-1", L"1"},  {0, L"AllowCfg", L"yes", L"0"},
+        {0, L"Enable", L"", L"1"},      {0, L"ScanSpeed", L"1", L"1"},  {0, L"ScanSpeed", L"3", L"0"},
+        {9, L"ActionType", L"0", L"0"}, {9, L"ActionType", L"5", L"1"}, {10, L"ScanType", L"7", L"2"},
+    };
     for (const auto& row : rows) {
-        const std::wstring answer = Answer(ExpectedScanSections()[0],
-                                           std::wstring(L"[manual scan configuration]\nALLOWCFG=") + row.text + L"\n");
-        EXPECT_EQ(answer.at(answer.find(L"AllowCfg=") + 9), row.shown) << row.text;
-    }
-}
-
-TEST(ScanCfgIni, AChoiceOutOfRangeIsTheValueWithoutBits) {
-    const std::wstring speed = Answer(ExpectedScanSections()[0], L"[Manual Scan Configuration]\nScanSpeed=3\n");
-    EXPECT_NE(speed.find(L"ScanSpeed=0\n"), speed.npos);
-    for (const auto& [stored, shown] : {std::pair(L"0", L"0"), std::pair(L"1", L"1"), std::pair(L"5", L"1")}) {
-        const std::wstring answer =
-            Answer(ExpectedScanSections()[9],
-                   std::wstring(L"[Spyware Real Time Scan Configuration]\nActionType=") + stored + L"\n");
-        EXPECT_NE(answer.find(std::wstring(L"ActionType=") + shown + L"\n"), answer.npos) << answer.size();
-    }
-}
-
-TEST(ScanCfgIni, TheMainWordTakesTheSwitchOfTheExclusionSection) {
-    for (const tagExpectedSection& section : ExpectedScanSections()) {
-        if (section.kind != ScanGroupKind::Main) {
-            continue;
-        }
-        for (const wchar_t* value : {L"", L"0"}) {
-            const CIniFile file(L"[" + section.name + L" Ex]\nExcludeCallowayProduct=" + value + L"\n");
-            CINICache ini;
-            ini.init(file.Path().c_str(), 6);
-            tagScanGroupValues values;
-            wrb::ReadScanGroupIni(ini, section.Group(), values);
-            EXPECT_EQ(values.flags & kOwnProducts, *value == L'0' ? 0 : kOwnProducts);
-        }
+        const tagExpectedSection& section = ExpectedScanSections()[row.section];
+        const std::wstring key = std::wstring(row.key) + L"=";
+        const std::wstring answer = Answer(section, L"[" + section.name + L"]\n" + key + row.value + L"\n");
+        EXPECT_NE(answer.find(L"\n" + key + row.shown + L"\n"), answer.npos) << row.key << row.value;
     }
 }
 
 TEST(ScanCfgIni, LogLinesSayIniInPlaceOfTheUid) {
-    const wchar_t* const texts =
-        L"[.EXE, .COM, .SYS, .DOC, .DRV, .CMD, .XLS, .DLL, .386][\\temp][\\temp][Universe-5-4]";
-    const std::vector<std::vector<std::wstring>> expected = {
-        {L"get ms:[ini][21011cfd][20][3][4]" + std::wstring(texts)},
-        {L"get rt:[ini][3101b4fd][20][3][4]" + std::wstring(texts)},
-        {L"get ps:[ini][3101e63d][20][3][4][1][12][0][1][1][7][1][1]" + std::wstring(texts)},
-        {L"get sn:[ini][21011c7d][20][3][4]" + std::wstring(texts)},
+    const std::wstring texts = L"[.EXE, .COM, .SYS, .DOC, .DRV, .CMD, .XLS, .DLL, .386][\\temp][\\temp][Universe-5-4]";
+    const std::vector<std::wstring> expected[] = {
+        {L"get ms:[ini][21011cfd][20][3][4]" + texts},
+        {L"get rt:[ini][3101b4fd][20][3][4]" + texts},
+        {L"get ps:[ini][3101e63d][20][3][4][1][12][0][1][1][7][1][1]" + texts},
+        {L"get sn:[ini][21011c7d][20][3][4]" + texts},
         {L"get msex:[ini][00010000][][][]"},
         {L"get rtex:[ini][00010000][][][]"},
         {L"get psex:[ini][00010000][][][]"},
@@ -121,16 +83,55 @@ TEST(ScanCfgIni, LogLinesSayIniInPlaceOfTheUid) {
         {L"[cmdhm_GetSpyPSCfgIni][01010101]", L"[cmdhm_GetSpyPSCfg][Exclusion - file extension list:MP3;]"},
         {L"[cmdhm_GetSpySNCfgIni][01010101]", L"[cmdhm_GetSpySNCfg][Exclusion - file extension list:MP3;]"},
     };
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        TakeCapturedLog();
-        Answer(ExpectedScanSections()[i], L"");
+    TakeCapturedLog();
+    for (std::size_t i = 0; i < std::size(expected); ++i) {
+        const CScanIni ini(L"");
+        tagScanGroupValues values;
+        wrb::GetScanGroup(ExpectedScanSections()[i].Group(), values, nullptr, true);
         std::vector<std::wstring> lines;
         for (const tagCapturedLine& line : TakeCapturedLog()) {
             EXPECT_EQ(line.level, 8u);
             lines.push_back(line.text);
         }
-        lines.resize(expected[i].size());  // the export of the manual spyware group leaves a line of its own
         EXPECT_EQ(lines, expected[i]);
+    }
+    // The main word takes the switch of the exclusion section.
+    const CScanIni ini(L"[Prescheduled Scan Configuration Ex]\nExcludeCallowayProduct=0\n");
+    tagScanGroupValues values;
+    cmdhm_GetPSCfg(values, L"", false);
+    EXPECT_EQ(values.flags, 0x3100e63d);
+}
+
+TEST(CustomAction, TypesWithoutAnItemGetOne) {
+    const std::wstring section = L"[INI_MAJOR_VIRUS_TYPE_SECTION]\n";
+    const std::wstring types =
+        section +
+        L"Count=5\nName_000=Joke\n1st_Act_000=1\n2nd_Act_000=2\n"
+        L"Name_001=CVE_Exploit\n1st_Act_001=3\n2nd_Act_001=4\nName_002=\n1st_Act_002=9\n2nd_Act_002=9\n"
+        L"Name_003=Packer\n1st_Act_003=5\n2nd_Act_003=\nName_004=Idle\n2nd_Act_004=7\n1st_Act_Universe=5-4\n";
+    const struct {
+        std::wstring ini;
+        const wchar_t* text;
+        const wchar_t* completed;
+    } rows[] = {
+        {types, L"", L"Joke-1-2;Packer-5;Universe-5-4"},
+        {types, L"Universe-1-1", L"Universe-1-1;Joke-1-2;Packer-5"},
+        {types, L"Packer-8-8;", L"Packer-8-8;Joke-1-2;Universe-5-4"},
+        {types, L"CVE_Exploit-6-6;Joke-0-0", L"CVE_Exploit-6-6;Joke-0-0;Packer-5;Universe-5-4"},
+        {types, L"Jokes-1-1", L"Jokes-1-1;Joke-1-2;Packer-5;Universe-5-4"},
+        {types, L"Universe;Joke;Packer", L"Universe;Joke;Packer"},
+        {L"", L"A-1-1;;", L"A-1-1;;"},
+        {section + L"Count=0\n1st_Act_Universe=5\n", L"A-1-1;;", L"A-1-1;;"},
+        {section + L"Count=many\nName_000=B\n1st_Act_000=1\n", L"A-1-1;;", L"A-1-1;;"},
+        {section + L"Count=-1\nName_999=Last\n1st_Act_999=1\nName_1000=Beyond\n1st_Act_1000=1\nUniverse=Others\n"
+                   L"1st_Act_Universe=3\n",
+         L"A-1-1", L"A-1-1;Last-1;Others-3"},
+    };
+    for (const auto& row : rows) {
+        const CScanIni ini(row.ini);
+        std::wstring text = row.text;
+        wrb::CompleteCustomAction(ScanIniCache(), text);
+        EXPECT_EQ(text, row.completed);
     }
 }
 
