@@ -13,9 +13,9 @@ struct tagReceivedLine {
     uint32_t process = 0;  // id
     uint32_t thread = 0;   // id
     uint32_t level = 0;
-    std::wstring sourceFile;
+    std::wstring sourceFile{};
     int32_t line = 0;
-    std::wstring text;
+    std::wstring text{};
 };
 
 // Reads the fields of a "LOG_WRITE" message behind the command name; numbers that are none read as 0. The source file

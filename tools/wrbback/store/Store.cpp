@@ -37,10 +37,10 @@ bool IsOurs(CSqliteDb& db, const std::wstring& path) {
         return false;
     }
     if (application != kStoreApplicationId) {
-        Refuse(SQLITE_NOTADB, path, "is a database of another program");
+        Refuse(SQLITE_ERROR, path, "is a database of another program");
     }
     if (version != kStoreVersion) {
-        Refuse(SQLITE_NOTADB, path,
+        Refuse(SQLITE_ERROR, path,
                "has version " + std::to_string(version) + ", this program knows " + std::to_string(kStoreVersion));
     }
     return true;
@@ -60,7 +60,7 @@ std::unique_ptr<CSqliteDb> Open(const std::wstring& path, CSqliteDb::Open mode) 
         db->Execute("PRAGMA foreign_keys = ON; PRAGMA trusted_schema = OFF; PRAGMA synchronous = NORMAL");
         if (!IsOurs(*db, path)) {
             if (mode == CSqliteDb::Open::kReadWrite) {
-                Refuse(SQLITE_NOTADB, path, "is empty; fill it with: wrbback seed AGENTS.json --db FILE");
+                Refuse(SQLITE_ERROR, path, "is empty; fill it with: wrbback seed AGENTS.json --db FILE");
             }
             CreateTables(*db);
         }

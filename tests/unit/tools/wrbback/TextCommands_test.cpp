@@ -1,0 +1,159 @@
+#include "TextCommands.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include "ScanTable.h"
+#include "Store.h"
+#include "TempFolder.h"
+
+namespace wrb {
+namespace {
+
+constexpr wchar_t kUid[] = L"3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3";
+constexpr wchar_t kOther[] = L"8d94e7b5-20c1-4f8a-8e3d-57a1f09c6b42";
+
+struct CTextCommandsTest : testing::Test {
+    CTextCommandsTest() : db(CreateStore((folder / L"agents.db").wstring())) {
+        for (const wchar_t* uid : {kUid, kOther}) {
+            db->Use("INSERT INTO agent (uid) VALUES (:uid)").Bind(":uid", uid).Run();
+        }
+        for (const ScanType type : kScanTypes) {
+            InsertScan(*db, kUid, type, DefaultScan(type));
+        }
+    }
+    int64_t Write(DbCommand command, const std::wstring& fields) {
+        CCmdProtocol request(fields.c_str());
+        return RunTextCommand(*db, command, request);
+    }
+    std::optional<std::wstring> Read(DbCommand command, const std::wstring& fields) {
+        CCmdProtocol request(fields.c_str());
+        return AnswerTextCommand(*db, command, request);
+    }
+    // One column of the manual scan of kUid.
+    int64_t Manual(const std::string& column) {
+        const std::string sql = "SELECT " + column + " FROM scan WHERE type = 0 AND uid LIKE '3f2a%'";
+        return db->NumberOf(sql.c_str());
+    }
+
+    test::CTempFolder folder;
+    std::unique_ptr<CSqliteDb> db;
+};
+
+TEST(TextCommandTable, EveryTextCommandHasARowThatTakesItsFields) {
+    for (const tagDbCommand& command : kDbCommands) {
+        const std::string_view names = command.requestFields;
+        const auto commas = static_cast<std::size_t>(std::ranges::count(names, ','));
+        const auto fields = TextCommandFields(command.id);
+        const std::wstring name = command.name;
+        EXPECT_EQ(fields.has_value(), command.answer != DbAnswer::Message) << std::string(name.begin(), name.end());
+        EXPECT_EQ(fields.value_or(1), names.empty() ? 0 : commas + 1) << std::string(name.begin(), name.end());
+    }
+}
+
+TEST_F(CTextCommandsTest, EveryStatementIsGoodSql) {
+    for (const tagDbCommand& command : kDbCommands) {
+        if (command.answer == DbAnswer::None) {
+            EXPECT_NO_THROW(Write(command.id, L"")) << command.requestFields;
+        } else if (command.answer != DbAnswer::Message) {
+            EXPECT_NO_THROW(Read(command.id, L"")) << command.requestFields;
+        }
+    }
+}
+
+TEST_F(CTextCommandsTest, AnUnknownAgentHasNoAnswerAndTakesNoWrite) {
+    for (const tagDbCommand& command : kDbCommands) {
+        const bool byUid = std::string_view(command.requestFields).starts_with("uid");
+        const std::wstring fields = L"e5a9308d-6b74-4c12-9f0e-b3d8127a4c61\t1\t1\t1\t1\t1";
+        if (byUid && command.answer == DbAnswer::None) {
+            EXPECT_EQ(Write(command.id, fields), 0) << command.requestFields;
+        } else if (byUid && command.answer != DbAnswer::Message && command.id != DbCommand::IsClientExisted) {
+            EXPECT_FALSE(Read(command.id, fields)) << command.requestFields;
+        }
+    }
+    EXPECT_EQ(Read(DbCommand::IsClientExisted, L"nobody"), L"0");
+    EXPECT_EQ(Read(DbCommand::IsClientExisted, L"3F2A6C10-5B1E-4D27-9A64-0C8E7D51B2F3"), L"1");
+    EXPECT_EQ(db->NumberOf("SELECT count(*) FROM agent"), 2);
+    EXPECT_EQ(db->NumberOf("SELECT count(*) FROM special_log"), 0);
+}
+
+TEST_F(CTextCommandsTest, AMaskSaysWhichBitsAValueReplaces) {
+    const struct {
+        uint32_t stored;
+        const wchar_t* value;
+        const wchar_t* mask;
+        uint32_t result;
+    } kCases[] = {
+        {0x0000000F, L"240", L"255", 0x000000F0},
+        {0xFFFFFFFF, L"0", L"4294901757", 0x00010002},  // all but AllowCfg and the exclusion switch
+        {0x00010002, L"4294967295", L"4294901757", 0xFFFFFFFF},
+        {0x00000000, L"4294967295", L"4294901757", 0xFFFEFFFD},
+        {0x12345678, L"-1", L"0", 0x12345678},
+        {0x00000000, L"-1", L"-2147483648", 0x80000000},
+        {0x000000FF, L"text", L"15", 0x000000F0},
+        {0x000000FF, L"", L"", 0x000000FF},
+        {0x00000000, L" +7x", L"99999999999999999999", 0x00000007},
+    };
+    for (const auto& [stored, value, mask, result] : kCases) {
+        db->Use("UPDATE scan SET flags = @f, spyware_flags = @f").Bind("@f", stored).Run();
+        EXPECT_EQ(Write(DbCommand::SetMsFlg, std::wstring(kUid) + L"\t" + value + L"\t" + mask), 1);
+        EXPECT_EQ(Manual("flags"), result) << result;
+        EXPECT_EQ(Manual("spyware_flags"), stored);
+    }
+    EXPECT_EQ(db->NumberOf("SELECT flags FROM scan WHERE type = 1"), 0);  // the other types are not touched
+}
+
+TEST_F(CTextCommandsTest, WordsGoOutSigned) {
+    db->Use("UPDATE scan SET flags = 2147483649, ole_layer = 4294967295, compressed_layer = 2147483647").Run();
+    EXPECT_EQ(Read(DbCommand::GetMscf, std::wstring(kUid) + L"\t0"), L"-2147483647\t2147483647\t-1\t4");
+}
+
+TEST_F(CTextCommandsTest, ConfigurationBitsChooseTheGroup) {
+    const struct {
+        const wchar_t* bit;
+        std::optional<std::wstring> answer;
+    } kCases[] = {
+        {L"1", L"ms\t\\m\t\t\ta"}, {L"1024", L"sn\t\\m\t\t\ta"}, {L"256", L"f-ms\tf\te"},
+        {L"65536", L"f-sn\tf\te"}, {L"0", std::nullopt},         {L"3", std::nullopt},
+        {L"-1", std::nullopt},     {L"", std::nullopt},          {L"4294967297", std::nullopt},
+    };
+    db->Execute(
+        "UPDATE scan SET ext_list = substr('msrtpssn', type * 2 + 1, 2), move_dir = '\\m', cust_action = 'a', "
+        "excluded_folder = 'f-' || substr('msrtpssn', type * 2 + 1, 2), excluded_file = 'f', excluded_ext = 'e'");
+    for (const auto& [bit, answer] : kCases) {
+        EXPECT_EQ(Read(DbCommand::GetExtra, std::wstring(kUid) + L"\t" + bit), answer)
+            << testing::PrintToString(std::wstring(bit));
+    }
+    EXPECT_EQ(Write(DbCommand::SetExcludeList, std::wstring(kUid) + L"\t1\tx\ty\tz"), 0);  // a main group's bit
+}
+
+TEST_F(CTextCommandsTest, TheFirstWriteConfiguresAnAgentFromTheDefaults) {
+    EXPECT_FALSE(Read(DbCommand::GetMscf, std::wstring(kOther) + L"\t0"));
+    EXPECT_EQ(Write(DbCommand::SetExcludeList, std::wstring(kOther) + L"\t256\tC:\\x\t\t"), 1);
+    const auto agent = ReadScans(*db, kOther);
+    ASSERT_TRUE(agent && agent->scans);
+    EXPECT_EQ(agent->scans->at(0).values.excludedFolder, L"C:\\x");
+    EXPECT_EQ(agent->scans->at(1).values.flags, DefaultScan(ScanType::RT).values.flags);
+    EXPECT_NE(agent->scans->at(1).values.flags & 1, 0u);  // not a switched-off real-time scan
+}
+
+TEST_F(CTextCommandsTest, WritesToAllReachEveryConfiguredAgent) {
+    EXPECT_EQ(Write(DbCommand::SetAllMsFlg, L"0\t1"), 1);
+    EXPECT_EQ(Write(DbCommand::SetAllConfFlg, L"7\t0"), 2);
+    EXPECT_EQ(db->NumberOf("SELECT sum(changed) FROM agent"), 14);
+}
+
+TEST_F(CTextCommandsTest, SpecialLogsHaveAnEnd) {
+    db->Execute(
+        "INSERT INTO special_log (id, uid, log_type, text, received) VALUES (1, "
+        "'3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3', "
+        "1, 'first', 0), (10000, '3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3', 1, 'second', 0)");
+    EXPECT_EQ(Write(DbCommand::SetSpecialLog, std::wstring(kUid) + L"\t7\ttext"), 1);
+    EXPECT_EQ(db->NumberOf("SELECT count(*) FROM special_log WHERE text = 'first'"), 0);
+    EXPECT_EQ(db->NumberOf("SELECT count(*) FROM special_log WHERE log_type = 7 AND received > 1600000000"), 1);
+}
+
+}  // namespace
+}  // namespace wrb
