@@ -1,0 +1,93 @@
+#include <windows.h>
+
+#include <new>
+
+#include "BmPolicyCache.h"
+#include "CommandMap.h"
+#include "CommandSlot.h"
+#include "CounterScope.h"
+#include "DebugLog.h"
+#include "INICache.h"
+#include "PerfMonMgr.h"
+#include "Text.h"
+#include "cgi_HomeDir.h"
+#include "cmdhl.h"
+#include "cmdhl_Handlers.h"
+
+namespace {
+
+constexpr wrb::tagCommandRow kCommandTable[] = {
+#define WRB_COMMAND(name, handler, role, fields, answers) {L"" #name, handler},
+#include "CommandTable.inc"
+#undef WRB_COMMAND
+};
+
+wrb::CommandMap g_commandMap;
+void* g_pReserved = nullptr;  // kept for the service, never read
+
+bool SetUpDebugLog(const wchar_t* debugIni, const wchar_t* debugLibrary) {
+    return DebugLogSetup(debugIni, debugLibrary, "CMDHL", true) == 1;
+}
+
+// A missing file stops nothing: its cache answers the defaults.
+void InitialiseIniCaches() {
+    constexpr std::size_t kPathCharacters = 260;
+    const std::wstring homeDir = cgi_GetHomeDir();
+    const wchar_t* const home = homeDir.c_str();
+    wchar_t scanIni[kPathCharacters];
+    wchar_t serverIni[kPathCharacters];
+    wchar_t sbaIni[kPathCharacters];
+    wrb::FormatInto(scanIni, kPathCharacters, L"%swrbscan.ini", home);
+    wrb::FormatInto(serverIni, kPathCharacters, L"%sPrivate\\wrbserver.ini", home);
+    // The home folder ends in a separator already. The doubled one and the small "private" are part of the path that
+    // the service's other programs use.
+    wrb::FormatInto(sbaIni, kPathCharacters, L"%s\\private\\%s", home, L"wrbSbaSvr.ini");
+    WRB_LOG('I', L"%s - cmdhl_Initialize: ini home:[%s]", L"cmdhl_Initialize", scanIni);
+    ScanIniCache().init(scanIni, 6);
+    ServerIniCache().init(serverIni, 6);
+    SbaIniCache().init(sbaIni, 30);
+}
+
+// A second start leaves the first cache as it is: a command that is running may be reading it.
+void CreatePolicyCache() {
+    g_pBmPolicyCache = new (std::nothrow) CBmPolicyCache;
+    if (g_pBmPolicyCache == nullptr) {
+        WRB_LOG('E', L"%s - Failed to new g_pBmPolicyCache", L"cmdhl_Initialize");
+    }
+}
+
+void CloseCounters() {
+    if (CWrbyPerfMonMgr* counters = CWrbyPerfMonMgr::GetInstance(); counters != nullptr) {
+        counters->UnInitialize();
+    }
+    CWrbyPerfMonMgr::CloseSingleton();
+}
+
+}  // namespace
+
+bool cmdhl_Initialize(const wchar_t* debugIni, const wchar_t* debugLibrary, void* reserved) {
+    const bool externalLog = SetUpDebugLog(debugIni, debugLibrary);
+    wrb::AddCommands(g_commandMap, kCommandTable);
+    g_pReserved = reserved;
+    InitialiseIniCaches();
+    CWrbyPerfMonMgr::Initialize();
+    wrb::ResetAllCounters();
+    CreatePolicyCache();
+    return externalLog;
+}
+
+unsigned cmdhl_Process(const wchar_t* message, unsigned long long bytes) {
+    return wrb::DispatchCommand(g_commandMap, message, bytes);
+}
+
+bool cmdhl_Finalize(void) {
+    WRB_LOG(8, L"cmdhl_Finalize: Called");
+    CloseCounters();
+    delete g_pBmPolicyCache;
+    g_pBmPolicyCache = nullptr;
+    return false;
+}
+
+bool cmdhl_ReloadDebugSetting(const wchar_t* debugIni, const wchar_t* debugLibrary) {
+    return SetUpDebugLog(debugIni, debugLibrary);
+}
