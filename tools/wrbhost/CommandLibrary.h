@@ -1,0 +1,35 @@
+// The command library, bound at run time through its exports.
+#pragma once
+
+#include <string>
+
+#include "Handle.h"
+#include "cmdhl.h"
+
+namespace wrb {
+
+// The four entry points; they are valid for as long as the library object that they came from.
+struct tagEntryPoints {
+    cmdhl_InitializeFn initialize = nullptr;
+    cmdhl_ProcessFn process = nullptr;
+    cmdhl_FinalizeFn finalize = nullptr;
+    cmdhl_ReloadDebugSettingFn reloadDebugSetting = nullptr;
+};
+
+class CCommandLibrary {
+  public:
+    // Loads the DLL and finds all four exports; DLLs that it needs are looked for beside it first. `path` may be
+    // relative to the current folder. Returns an empty text, or what is wrong, for people.
+    std::string Load(const std::wstring& path);
+
+    const tagEntryPoints& Exports() const { return m_exports; }
+
+  private:
+    CModuleHandle m_module;
+    tagEntryPoints m_exports;
+};
+
+// libCmdHndlrClient.dll in the folder of the running program.
+std::wstring DefaultLibraryPath();
+
+}  // namespace wrb
