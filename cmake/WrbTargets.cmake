@@ -29,7 +29,7 @@ function(wrb_shared_library name)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/VersionInfo.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc @ONLY)
   add_library(${name} SHARED ${arg_SOURCES} ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc)
   set_target_properties(${name} PROPERTIES PREFIX "" IMPORT_PREFIX "" OUTPUT_NAME ${arg_OUTPUT})
-  target_include_directories(${name} INTERFACE ${CMAKE_CURRENT_SOURCE_DIR})
+  target_include_directories(${name} INTERFACE $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>)
   target_link_libraries(${name} PRIVATE wrb_compiler ${arg_DEPENDS})
 endfunction()
 
