@@ -200,8 +200,8 @@ CPipeServer::ReadResult CPipeServer::ReadPipe(uint8_t* buffer, DWORD& length, DW
         // A client that connects and never writes must not hold its reader beyond the object that ends the wait.
         result = pipe.FinishRead(length, m_userObject);
     }
-    if (result == ReadResult::Ended) {
-        DisconnectAndReconnect(instance, clientPid);
+    if (result == ReadResult::Ended && clientPid != nullptr) {
+        *clientPid = QueryClientPid(pipe.Pipe());
     }
     return result;
 }
@@ -215,6 +215,7 @@ CPipeServer::ReadResult CPipeServer::AwaitInstance(uint32_t& instance, bool& wai
     if (m_waitHandles == nullptr) {  // never made ready
         return ReadResult::Ended;
     }
+    ReconnectSpentInstances();
     ArmTimer();
     waited = true;
     const DWORD signalled = WaitForMultipleObjects(m_instanceCount + 1, m_waitHandles.get(), FALSE, INFINITE);
@@ -224,6 +225,16 @@ CPipeServer::ReadResult CPipeServer::AwaitInstance(uint32_t& instance, bool& wai
     instance = signalled - WAIT_OBJECT_0 - 1;
     const bool connected = instance < m_instanceCount && m_instances[instance].FinishConnect();
     return connected ? ReadResult::Data : ReadResult::Ended;
+}
+
+// Only now, and not when the message ended: most servers are destroyed after their one message, and starting and
+// cancelling a connect that nobody needs would cost as much as the rest of the fetch.
+void CPipeServer::ReconnectSpentInstances() {
+    for (uint32_t i = 0; i < m_instanceCount; ++i) {
+        if (m_instances[i].IsSpent()) {
+            DisconnectAndReconnect(i);
+        }
+    }
 }
 
 // Armed anew for every wait: the time-out is the longest silence, not the longest answer.

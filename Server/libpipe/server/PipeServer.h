@@ -2,9 +2,9 @@
 // PipeSendAndRecvW.
 //
 // A message is all that one client writes between connecting and closing its end; there is no length on the pipe. The
-// server is constructed, made ready by one Initial, asked for one message by FetchCmd, and destroyed; after a message
-// the pipe waits for the next client, so it may also be asked again. It is used from one thread, and objects on
-// different threads share nothing: the caller makes its pipe names unique.
+// server is constructed, made ready by one Initial, asked for one message by FetchCmd, and destroyed. It may also be
+// asked again: between two fetches a new client finds the pipe busy and waits for the next one. It is used from one
+// thread, and objects on different threads share nothing: the caller makes its pipe names unique.
 //
 // A user-defined object (an event, or a waitable timer) ends every wait of the server once it is signalled.
 //
@@ -78,6 +78,7 @@ class CPipeServer {
     bool AppendBuffer(String& out, DWORD bytes, const wchar_t* appendFailure) const;
     ReadResult ReadPipe(uint8_t* buffer, DWORD& length, DWORD* clientPid);
     ReadResult AwaitInstance(uint32_t& instance, bool& waited);
+    void ReconnectSpentInstances();
     void ArmTimer();
     bool WasUserObjectSignalled() const;
     DWORD QueryClientPid(HANDLE pipe) const;

@@ -11,6 +11,7 @@ bool CReplyPipe::CreateEventObject() {
 
 bool CReplyPipe::ConnectToNewClient() {
     EndPending();
+    m_spent = false;
     if (ConnectNamedPipe(m_pipe.Get(), &m_overlapped)) {
         m_pending = true;
     } else {
@@ -46,7 +47,7 @@ CReplyPipe::ReadResult CReplyPipe::Read(void* buffer, DWORD& length) {
     const DWORD room = length;
     length = 0;
     if (ReadFile(m_pipe.Get(), buffer, room, &length, &m_overlapped)) {
-        return length != 0 ? ReadResult::Data : ReadResult::Ended;
+        return length != 0 ? ReadResult::Data : Ended();
     }
     switch (GetLastError()) {
         case ERROR_IO_PENDING:
@@ -55,7 +56,7 @@ CReplyPipe::ReadResult CReplyPipe::Read(void* buffer, DWORD& length) {
         case ERROR_MORE_DATA:
             return CollectRead(length);
         default:
-            return ReadResult::Ended;
+            return Ended();
     }
 }
 
@@ -66,13 +67,18 @@ CReplyPipe::ReadResult CReplyPipe::FinishRead(DWORD& length, HANDLE stop) {
         return CollectRead(length);
     }
     CancelAndWait();
-    return wait == WAIT_OBJECT_0 ? ReadResult::Cancelled : ReadResult::Ended;
+    return wait == WAIT_OBJECT_0 ? ReadResult::Cancelled : Ended();
 }
 
 CReplyPipe::ReadResult CReplyPipe::CollectRead(DWORD& length) {
     if (GetOverlappedResult(m_pipe.Get(), &m_overlapped, &length, TRUE) || GetLastError() == ERROR_MORE_DATA) {
         return ReadResult::Data;
     }
+    return Ended();
+}
+
+CReplyPipe::ReadResult CReplyPipe::Ended() noexcept {
+    m_spent = true;
     return ReadResult::Ended;
 }
 

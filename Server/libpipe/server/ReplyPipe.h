@@ -38,7 +38,10 @@ class CReplyPipe {
     bool FinishConnect();
 
     // True while there is a client to read from.
-    bool IsReading() const noexcept { return !m_pending && m_state == State::Reading; }
+    bool IsReading() const noexcept { return !m_pending && !m_spent && m_state == State::Reading; }
+
+    // True once a client's message has ended: the pipe is to be disconnected and connected to a new client.
+    bool IsSpent() const noexcept { return m_spent; }
 
     // Reads what is there, at most `length` bytes and at most the rest of one message of the pipe. On Data `length`
     // holds the bytes read. Ended: the writer has closed its end, or the read failed. Pending: nothing is there yet;
@@ -53,6 +56,7 @@ class CReplyPipe {
 
   private:
     ReadResult CollectRead(DWORD& length);
+    ReadResult Ended() noexcept;
     void CancelAndWait() noexcept;
     void EndPending() noexcept;
 
@@ -61,6 +65,7 @@ class CReplyPipe {
     CFileHandle m_pipe;
     State m_state = State::Connecting;
     bool m_pending = false;
+    bool m_spent = false;
 };
 
 }  // namespace wrb

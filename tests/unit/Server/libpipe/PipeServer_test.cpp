@@ -90,12 +90,15 @@ TEST_F(PipeServer, GathersPiecesOfAnySize) {
 TEST_F(PipeServer, AClientThatClosesAtOnceGivesAnEmptyMessage) {
     CPipeServer server;
     ASSERT_TRUE(server.Initial(m_name.c_str(), nullptr));
-    for (int i = 0; i < 3; ++i) {  // the client has gone before the fetch, and the pipe serves the next one
-        EXPECT_TRUE(OpenPipeForWriting(m_name));
+    EXPECT_TRUE(OpenPipeForWriting(m_name));  // and has gone before the fetch
+    for (int i = 0; i < 3; ++i) {
         std::string fetched = "left over";
         EXPECT_TRUE(server.FetchCmd(fetched));
         EXPECT_EQ(fetched, "");
+        Client([this] { EXPECT_TRUE(OpenPipeForWriting(m_name)); });  // waits for the next fetch
     }
+    std::string fetched;
+    EXPECT_TRUE(server.FetchCmd(fetched));
 }
 
 TEST_F(PipeServer, AMessageWrittenBeforeTheFetchIsKept) {
