@@ -1,0 +1,230 @@
+#include "CabinetReader.h"
+
+#include <windows.h>
+// After windows.h, whose types it uses.
+#include <fdi.h>
+
+#include <cstdlib>
+#include <limits>
+#include <memory>
+#include <new>
+
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+constexpr int64_t kLargestPackage = std::numeric_limits<int32_t>::max();
+
+// A sound package is read about once, its directory of entries a few times over. One whose entries refer to the same
+// data backwards would have it unpacked again for each of them.
+constexpr int64_t kReadsPerByte = 16;
+constexpr int64_t kReadAllowance = 1 << 20;
+
+// What FDI knows as a file: the cabinet, or where an entry goes. By itself it can do nothing.
+class IFdiFile {
+  public:
+    static constexpr UINT kFailed = static_cast<UINT>(-1);
+
+    virtual ~IFdiFile() = default;
+    virtual UINT Read(void*, UINT) noexcept { return kFailed; }
+    virtual UINT Write(const void*, UINT) noexcept { return kFailed; }
+    virtual long Seek(long, int) noexcept { return -1; }
+    virtual void Close() noexcept {}
+};
+
+// One reading position in the package; FDI opens two at a time. The file belongs to the reader.
+class CPackageView final : public IFdiFile {
+  public:
+    CPackageView(HANDLE file, int64_t size) noexcept
+        : m_file(file), m_size(size), m_allowance(size * kReadsPerByte + kReadAllowance) {}
+
+    UINT Read(void* buffer, UINT bytes) noexcept override {
+        m_allowance -= bytes;
+        if (m_allowance < 0) {
+            return kFailed;
+        }
+        OVERLAPPED position = {};
+        position.Offset = static_cast<DWORD>(m_offset);
+        DWORD read = 0;
+        if (!ReadFile(m_file, buffer, bytes, &read, &position) && GetLastError() != ERROR_HANDLE_EOF) {
+            return kFailed;
+        }
+        m_offset += read;
+        return read;
+    }
+
+    long Seek(long distance, int origin) noexcept override {
+        const int64_t base = origin == SEEK_SET ? 0 : origin == SEEK_CUR ? m_offset : m_size;
+        const int64_t target = base + distance;
+        if (target < 0 || target > kLargestPackage) {
+            return -1;
+        }
+        m_offset = target;
+        return static_cast<long>(target);
+    }
+
+    void Close() noexcept override { delete this; }
+
+  private:
+    HANDLE m_file;
+    int64_t m_size;
+    int64_t m_allowance;
+    int64_t m_offset = 0;
+};
+
+// One entry on its way to its data; lives in the visit.
+class CEntryFile final : public IFdiFile {
+  public:
+    void Begin(IEntryData* data) noexcept { m_data = data; }
+    UINT Write(const void* bytes, UINT count) noexcept override {
+        return m_data->Write(bytes, count) ? count : kFailed;
+    }
+    bool Finish() noexcept { return m_data->Finish(); }
+
+  private:
+    IEntryData* m_data = nullptr;
+};
+
+// FDI opens files by name and hands its functions no context: this is the package that the thread is reading.
+thread_local HANDLE t_package = INVALID_HANDLE_VALUE;
+
+class CPackageOfThread {
+  public:
+    explicit CPackageOfThread(HANDLE package) noexcept : m_before(t_package) { t_package = package; }
+    ~CPackageOfThread() { t_package = m_before; }
+    CPackageOfThread(const CPackageOfThread&) = delete;
+    CPackageOfThread& operator=(const CPackageOfThread&) = delete;
+
+  private:
+    HANDLE m_before;
+};
+
+// Wine closes a cabinet once more by a handle of 0 when a reading ends early.
+IFdiFile& File(INT_PTR handle) noexcept {
+    static IFdiFile none;
+    return handle != 0 && handle != -1 ? *reinterpret_cast<IFdiFile*>(handle) : none;
+}
+
+INT_PTR OpenView() noexcept {
+    LARGE_INTEGER size = {};
+    if (!GetFileSizeEx(t_package, &size)) {
+        return -1;
+    }
+    auto* view = new (std::nothrow) CPackageView(t_package, size.QuadPart);
+    return view != nullptr ? reinterpret_cast<INT_PTR>(static_cast<IFdiFile*>(view)) : -1;
+}
+
+void* DIAMONDAPI FdiAlloc(ULONG bytes) {
+    return std::malloc(bytes);
+}
+void DIAMONDAPI FdiFree(void* memory) {
+    std::free(memory);
+}
+// Whatever name is asked for: a package cannot make FDI open any other file.
+INT_PTR DIAMONDAPI FdiOpen(char*, int, int) {
+    return OpenView();
+}
+UINT DIAMONDAPI FdiRead(INT_PTR file, void* buffer, UINT bytes) {
+    return File(file).Read(buffer, bytes);
+}
+UINT DIAMONDAPI FdiWrite(INT_PTR file, void* buffer, UINT bytes) {
+    return File(file).Write(buffer, bytes);
+}
+int DIAMONDAPI FdiClose(INT_PTR file) {
+    File(file).Close();
+    return 0;
+}
+long DIAMONDAPI FdiSeek(INT_PTR file, long distance, int origin) {
+    return File(file).Seek(distance, origin);
+}
+
+struct FdiTraits {
+    using Type = HFDI;
+    static HFDI Empty() noexcept { return nullptr; }
+    static void Close(HFDI fdi) noexcept { FDIDestroy(fdi); }
+};
+using CFdiHandle = CUniqueHandle<FdiTraits>;
+
+struct tagVisit {
+    ICabinetVisitor& visitor;
+    CEntryFile file;
+};
+
+constexpr INT_PTR kAbort = -1;
+constexpr INT_PTR kGoOn = 0;
+constexpr INT_PTR kPassOver = 0;
+
+INT_PTR OnEntry(tagVisit& visit, const FDINOTIFICATION& notification) noexcept {
+    const tagCabinetEntry entry{notification.psz1, (notification.attribs & _A_NAME_IS_UTF) != 0, notification.cb};
+    try {
+        IEntryData* data = nullptr;
+        if (!visit.visitor.OnEntry(entry, data)) {
+            return kAbort;
+        }
+        if (data == nullptr) {
+            return kPassOver;
+        }
+        visit.file.Begin(data);
+        return reinterpret_cast<INT_PTR>(static_cast<IFdiFile*>(&visit.file));
+    } catch (const std::bad_alloc&) {
+        return kAbort;
+    }
+}
+
+INT_PTR DIAMONDAPI FdiNotify(FDINOTIFICATIONTYPE type, PFDINOTIFICATION notification) {
+    auto& visit = *static_cast<tagVisit*>(notification->pv);
+    switch (type) {
+        case fdintCABINET_INFO:
+            // Names the next cabinet of a set.
+            return notification->psz1 != nullptr && *notification->psz1 != '\0' ? kAbort : kGoOn;
+        case fdintCOPY_FILE:
+            return OnEntry(visit, *notification);
+        case fdintCLOSE_FILE_INFO:
+            return visit.file.Finish() ? TRUE : FALSE;
+        case fdintENUMERATE:
+            return kGoOn;
+        case fdintPARTIAL_FILE:  // begins in another cabinet
+        case fdintNEXT_CABINET:
+            break;
+    }
+    return kAbort;
+}
+
+// FDICopy alone would also take the broken remains of a cabinet for one.
+bool IsCabinet(HFDI fdi) noexcept {
+    const INT_PTR view = OpenView();
+    if (view == -1) {
+        return false;
+    }
+    FDICABINETINFO info = {};
+    const bool isCabinet = FDIIsCabinet(fdi, view, &info) != FALSE && !info.hasprev;
+    FdiClose(view);
+    return isCabinet;
+}
+
+}  // namespace
+
+bool CCabinetReader::Open(const char* package) {
+    m_file.Reset(CreateFileW(AnsiToWide(package).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                             FILE_ATTRIBUTE_NORMAL, nullptr));
+    LARGE_INTEGER size = {};
+    return m_file && GetFileType(m_file.Get()) == FILE_TYPE_DISK && GetFileSizeEx(m_file.Get(), &size) &&
+           size.QuadPart <= kLargestPackage;
+}
+
+bool CCabinetReader::Read(ICabinetVisitor& visitor) {
+    const CPackageOfThread current(m_file.Get());
+    ERF error = {};
+    const CFdiHandle fdi(
+        FDICreate(FdiAlloc, FdiFree, FdiOpen, FdiRead, FdiWrite, FdiClose, FdiSeek, cpuUNKNOWN, &error));
+    if (!fdi || !IsCabinet(fdi.Get())) {
+        return false;
+    }
+    tagVisit visit{visitor, {}};
+    char name[] = "package";
+    char folder[] = "";
+    return FDICopy(fdi.Get(), name, folder, 0, FdiNotify, nullptr, &visit) != FALSE;
+}
+
+}  // namespace wrb

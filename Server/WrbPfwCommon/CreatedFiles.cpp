@@ -1,0 +1,60 @@
+#include "CreatedFiles.h"
+
+#include <windows.h>
+
+#include <ranges>
+
+namespace wrb {
+namespace {
+
+// A link, of whatever kind, could lead out of the target folder.
+bool IsPlainFolder(const std::wstring& path) noexcept {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
+           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
+}
+
+}  // namespace
+
+CCreatedFiles::~CCreatedFiles() {
+    for (const tagCreated& created : std::views::reverse(m_created)) {
+        if (created.isFolder) {
+            RemoveDirectoryW(created.path.c_str());
+        } else {
+            DeleteFileW(created.path.c_str());
+        }
+    }
+}
+
+bool CCreatedFiles::MakeFolders(const std::wstring& relativePath) {
+    for (std::size_t end = relativePath.find(L'\\'); end != std::wstring::npos;
+         end = relativePath.find(L'\\', end + 1)) {
+        // Remembered first, so that nothing is made that lack of memory would leave behind.
+        m_created.push_back({m_folder + L"\\" + relativePath.substr(0, end), true});
+        const std::wstring& path = m_created.back().path;
+        if (CreateDirectoryW(path.c_str(), nullptr)) {
+            continue;
+        }
+        const bool isThere = IsPlainFolder(path);
+        m_created.pop_back();
+        if (!isThere) {
+            return false;
+        }
+    }
+    return true;
+}
+
+CFileHandle CCreatedFiles::Create(const std::wstring& relativePath) {
+    if (!MakeFolders(relativePath)) {
+        return {};
+    }
+    m_created.push_back({m_folder + L"\\" + relativePath, false});
+    CFileHandle file(CreateFileW(m_created.back().path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                 FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) {
+        m_created.pop_back();
+    }
+    return file;
+}
+
+}  // namespace wrb

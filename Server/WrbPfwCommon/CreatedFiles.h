@@ -1,0 +1,37 @@
+// The files and folders that one unpacking has made below its target folder.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Handle.h"
+
+namespace wrb {
+
+// Removes what it has made when it is destroyed, newest first, unless told to keep it. Files must be closed by then.
+class CCreatedFiles {
+  public:
+    explicit CCreatedFiles(std::wstring folder) : m_folder(std::move(folder)) {}
+    ~CCreatedFiles();
+    CCreatedFiles(const CCreatedFiles&) = delete;
+    CCreatedFiles& operator=(const CCreatedFiles&) = delete;
+
+    // Makes a new file for writing, and the folders on the way to it. An empty owner when it exists already, when
+    // something on the way is no folder or is a link, or when the system refuses.
+    CFileHandle Create(const std::wstring& relativePath);
+
+    void Keep() noexcept { m_created.clear(); }
+
+  private:
+    struct tagCreated {
+        std::wstring path;
+        bool isFolder;
+    };
+
+    bool MakeFolders(const std::wstring& relativePath);
+
+    std::wstring m_folder;
+    std::vector<tagCreated> m_created;
+};
+
+}  // namespace wrb

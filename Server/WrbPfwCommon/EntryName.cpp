@@ -1,0 +1,75 @@
+#include "EntryName.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+constexpr std::wstring_view kForbidden = L"<>:\"|?*";
+constexpr std::wstring_view kDevices[] = {L"CON", L"PRN", L"AUX", L"NUL", L"CLOCK$", L"CONIN$", L"CONOUT$"};
+constexpr std::wstring_view kNumberedDevices[] = {L"COM", L"LPT"};
+constexpr std::wstring_view kDeviceNumbers =
+    L"0123456789\u00B9\u00B2\u00B3";  // the system takes superscripts as digits
+
+bool EqualsIgnoringAsciiCase(std::wstring_view text, std::wstring_view upper) {
+    return std::ranges::equal(text, upper, [](wchar_t character, wchar_t expected) {
+        return (character >= L'a' && character <= L'z' ? character - L'a' + L'A' : character) == expected;
+    });
+}
+
+// The system sees a device in these names whatever extension follows, in any folder.
+bool IsDeviceName(std::wstring_view part) {
+    std::wstring_view stem = part.substr(0, part.find(L'.'));
+    while (stem.ends_with(L' ')) {
+        stem.remove_suffix(1);
+    }
+    const auto isStem = [stem](std::wstring_view device) { return EqualsIgnoringAsciiCase(stem, device); };
+    if (std::ranges::any_of(kDevices, isStem)) {
+        return true;
+    }
+    return stem.size() == 4 && kDeviceNumbers.find(stem[3]) != std::wstring_view::npos &&
+           std::ranges::any_of(kNumberedDevices, [stem](std::wstring_view device) {
+               return EqualsIgnoringAsciiCase(stem.substr(0, 3), device);
+           });
+}
+
+bool IsPlainPart(std::wstring_view part) {
+    const auto isForbidden = [](wchar_t character) {
+        return character < L' ' || kForbidden.find(character) != std::wstring_view::npos;
+    };
+    // A part of dots alone, "." and ".." among them, ends in a dot.
+    return !part.empty() && part.back() != L'.' && part.back() != L' ' && std::ranges::none_of(part, isForbidden) &&
+           !IsDeviceName(part);
+}
+
+bool IsPlainRelativePath(std::wstring_view path) {
+    for (;;) {
+        const std::size_t separator = path.find(L'\\');
+        if (!IsPlainPart(path.substr(0, separator))) {
+            return false;
+        }
+        if (separator == std::wstring_view::npos) {
+            return true;
+        }
+        path.remove_prefix(separator + 1);
+    }
+}
+
+}  // namespace
+
+std::optional<tagEntryName> CheckEntryName(std::string_view stored, bool utf8) {
+    tagEntryName name;
+    name.wide = utf8 ? Utf8ToWide(stored) : AnsiToWide(stored);
+    std::ranges::replace(name.wide, L'/', L'\\');
+    name.narrow = WideToAnsi(name.wide);
+    // A character that the code page lacks may come back as something else, a separator even.
+    if (!IsPlainRelativePath(name.wide) || AnsiToWide(name.narrow) != name.wide) {
+        return std::nullopt;
+    }
+    return name;
+}
+
+}  // namespace wrb
