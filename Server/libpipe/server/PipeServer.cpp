@@ -16,8 +16,7 @@ constexpr int64_t kTimerUnitsPerSecond = 10'000'000;
 
 }  // namespace
 
-CPipeServer::CPipeServer()
-    : m_kernel32(LoadLibraryW(L"Kernel32.dll")), m_buffer(new (std::nothrow) uint8_t[kBufferBytes]) {
+CPipeServer::CPipeServer() : m_kernel32(LoadLibraryW(L"Kernel32.dll")) {
     if (!m_kernel32) {
         WRB_LOG(kLogWarning,
                 L"%s - Failed to load Kernel32.dll, Windows API GetNamedPipeClientProcessId is NOT available",
@@ -139,17 +138,17 @@ bool CPipeServer::Fetch(String& out, DWORD* clientPid, const wchar_t* appendFail
     if (clientPid != nullptr) {
         *clientPid = 0;
     }
-    if (m_buffer == nullptr) {
+    if (m_buffer.Get() == nullptr) {
         WRB_LOG(kLogError, L"[CPipeServer::FetchCmd] m_buf == NULL");
         return false;
     }
     DWORD readBytes = kReadBytes;
     for (DWORD fill = 0;;) {
-        DWORD length = std::min(readBytes, kBufferBytes - fill);
-        const ReadResult result = ReadPipe(m_buffer.get() + fill, length, clientPid);
+        DWORD length = std::min(readBytes, wrb::CReceiveBuffer::kBytes - fill);
+        const ReadResult result = ReadPipe(m_buffer.Get() + fill, length, clientPid);
         if (result == ReadResult::Data) {
             fill += length;
-            readBytes = length < readBytes ? readBytes : kBufferBytes;
+            readBytes = length < readBytes ? readBytes : wrb::CReceiveBuffer::kBytes;
         }
         if (result == ReadResult::Cancelled) {
             WRB_LOG(kLogWarning, L"[CPipeServer::FetchCmd] User define object is signaled!");
@@ -158,7 +157,7 @@ bool CPipeServer::Fetch(String& out, DWORD* clientPid, const wchar_t* appendFail
         if (result == ReadResult::Ended) {
             return AppendBuffer(out, fill, appendFailure);
         }
-        if (fill == kBufferBytes) {
+        if (fill == wrb::CReceiveBuffer::kBytes) {
             if (!AppendBuffer(out, fill, appendFailure)) {
                 return false;
             }
@@ -176,7 +175,7 @@ bool CPipeServer::AppendBuffer(String& out, DWORD bytes, const wchar_t* appendFa
         return false;
     }
     try {
-        out.append(reinterpret_cast<const Character*>(m_buffer.get()), bytes / sizeof(Character));
+        out.append(reinterpret_cast<const Character*>(m_buffer.Get()), bytes / sizeof(Character));
     } catch (...) {
         WRB_LOG(kLogError, L"%s", appendFailure);
         return false;

@@ -20,6 +20,7 @@
 #include <string>
 
 #include "Handle.h"
+#include "ReceiveBuffer.h"
 #include "ReplyPipe.h"
 
 class CPipeServer {
@@ -61,8 +62,6 @@ class CPipeServer {
 
     static constexpr uint32_t kMostInstances = 255;
     static constexpr std::size_t kPathCharacters = 256;
-    static constexpr DWORD kBufferBytes = 512000;
-
     // What a read asks for until a peer has written more than that at once. The system touches every page of a buffer
     // that it is offered, whatever comes: all of a fresh 512000 bytes would cost more than the rest of an exchange.
     static constexpr DWORD kReadBytes = 4096;
@@ -85,7 +84,7 @@ class CPipeServer {
 
     wrb::CModuleHandle m_kernel32;
     GetClientPid* m_getClientPid = nullptr;  // null where the system lacks it
-    std::unique_ptr<uint8_t[]> m_buffer;     // not cleared: a server is made for every request
+    wrb::CReceiveBuffer m_buffer;
     wchar_t m_path[kPathCharacters] = {};
     uint32_t m_timeoutSeconds = 0;
     wrb::CKernelHandle m_ownedUserObject;  // when the server made the object itself
