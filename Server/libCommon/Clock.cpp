@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <ctime>
+#include <new>
 
 namespace wrb {
 namespace {
@@ -16,8 +17,9 @@ class CSystemClock final : public IClock {
 }  // namespace
 
 const IClock& SystemClock() {
-    static const CSystemClock clock;
-    return clock;
+    alignas(CSystemClock) static unsigned char storage[sizeof(CSystemClock)];
+    static const CSystemClock* const clock = new (storage) CSystemClock;
+    return *clock;
 }
 
 }  // namespace wrb

@@ -17,7 +17,7 @@ class IClock {
     virtual int64_t CalendarSeconds() const = 0;
 };
 
-// The machine's own clocks; lives for the whole process.
+// The machine's own clocks. Never destroyed: lines are logged, with their time, until the very end of the process.
 const IClock& SystemClock();
 
 }  // namespace wrb

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cwchar>
 #include <limits>
@@ -26,6 +27,47 @@ std::wstring Widen(UINT codePage, std::string_view text) {
 }
 
 constexpr std::size_t kFormattedLimit = 4096;
+
+// `print` is of the family with the leading underscore, which reads %s as wide in a wide format on every Windows
+// compiler. A negative count is a cut or a text that cannot be converted; either may leave the buffer without a
+// terminator, so what was there before must not show behind what was written: once more, into zeros.
+template <typename Character, typename Print>
+std::size_t FormatWith(Print print, Character* buffer, std::size_t capacity, const Character* format,
+                       va_list arguments) {
+    va_list again;
+    va_copy(again, arguments);
+    int written = print(buffer, capacity - 1, format, arguments);
+    buffer[capacity - 1] = 0;
+    if (written < 0) {
+        std::fill_n(buffer, capacity, Character{});
+        print(buffer, capacity - 1, format, again);
+        written = static_cast<int>(std::char_traits<Character>::length(buffer));
+    }
+    va_end(again);
+    return static_cast<std::size_t>(written);
+}
+
+// Conversion stops at the first character that is no digit; what does not fit is clamped.
+int64_t ParseClamped(std::wstring_view text, int64_t lowest, int64_t highest) {
+    std::size_t i = 0;
+    while (i < text.size() && (text[i] == L' ' || (text[i] >= L'\t' && text[i] <= L'\r'))) {
+        ++i;
+    }
+    const bool negative = i < text.size() && text[i] == L'-';
+    if (i < text.size() && (text[i] == L'-' || text[i] == L'+')) {
+        ++i;
+    }
+    int64_t value = 0;
+    for (; i < text.size() && text[i] >= L'0' && text[i] <= L'9'; ++i) {
+        const int digit = text[i] - L'0';
+        if (negative) {
+            value = value < (lowest + digit) / 10 ? lowest : value * 10 - digit;
+        } else {
+            value = value > (highest - digit) / 10 ? highest : value * 10 + digit;
+        }
+    }
+    return value;
+}
 
 }  // namespace
 
@@ -62,39 +104,22 @@ std::size_t FormatInto(wchar_t* buffer, std::size_t capacity, const wchar_t* for
     return length;
 }
 
-// The family with the leading underscore reads %s as wide in a wide format on every Windows compiler; it reports a cut
-// with a negative count and then leaves the buffer without a terminator.
 std::size_t FormatIntoV(wchar_t* buffer, std::size_t capacity, const wchar_t* format, va_list arguments) {
-    const int written = _vsnwprintf(buffer, capacity - 1, format, arguments);
-    buffer[capacity - 1] = L'\0';
-    return written < 0 ? std::wcslen(buffer) : static_cast<std::size_t>(written);
+    return FormatWith([](auto... rest) { return _vsnwprintf(rest...); }, buffer, capacity, format, arguments);
 }
 
 std::size_t FormatIntoV(char* buffer, std::size_t capacity, const char* format, va_list arguments) {
-    const int written = _vsnprintf(buffer, capacity - 1, format, arguments);
-    buffer[capacity - 1] = '\0';
-    return written < 0 ? std::char_traits<char>::length(buffer) : static_cast<std::size_t>(written);
+    return FormatWith([](auto... rest) { return _vsnprintf(rest...); }, buffer, capacity, format, arguments);
 }
 
 int32_t ParseInt32(std::wstring_view text) {
-    std::size_t i = 0;
-    while (i < text.size() && (text[i] == L' ' || (text[i] >= L'\t' && text[i] <= L'\r'))) {
-        ++i;
-    }
-    const bool negative = i < text.size() && text[i] == L'-';
-    if (i < text.size() && (text[i] == L'-' || text[i] == L'+')) {
-        ++i;
-    }
-    const int64_t limit = negative ? -static_cast<int64_t>(std::numeric_limits<int32_t>::min())
-                                   : static_cast<int64_t>(std::numeric_limits<int32_t>::max());
-    int64_t value = 0;
-    for (; i < text.size() && text[i] >= L'0' && text[i] <= L'9'; ++i) {
-        value = value * 10 + (text[i] - L'0');
-        if (value > limit) {
-            value = limit;
-        }
-    }
-    return static_cast<int32_t>(negative ? -value : value);
+    using Limits = std::numeric_limits<int32_t>;
+    return static_cast<int32_t>(ParseClamped(text, Limits::min(), Limits::max()));
+}
+
+int64_t ParseInt64(std::wstring_view text) {
+    using Limits = std::numeric_limits<int64_t>;
+    return ParseClamped(text, Limits::min(), Limits::max());
 }
 
 }  // namespace wrb

@@ -21,13 +21,14 @@ std::wstring Utf8ToWide(std::string_view text);
 std::wstring FormatWide(const wchar_t* format, ...);
 
 // Formats into a buffer of `capacity` characters and always terminates it. Returns the characters written, at most
-// capacity - 1; longer results are cut.
+// capacity - 1; longer results are cut, and one that meets a text that cannot be converted ends before it.
 std::size_t FormatInto(wchar_t* buffer, std::size_t capacity, const wchar_t* format, ...);
 std::size_t FormatIntoV(wchar_t* buffer, std::size_t capacity, const wchar_t* format, va_list arguments);
 std::size_t FormatIntoV(char* buffer, std::size_t capacity, const char* format, va_list arguments);
 
-// Decimal text to a signed 32-bit number: leading blanks and a sign are allowed, conversion stops at the first other
+// Decimal text to a signed number: leading blanks and a sign are allowed, conversion stops at the first other
 // character, no digits give 0, and what does not fit is clamped to the nearest end of the range.
 int32_t ParseInt32(std::wstring_view text);
+int64_t ParseInt64(std::wstring_view text);
 
 }  // namespace wrb
