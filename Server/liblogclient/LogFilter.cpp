@@ -28,6 +28,7 @@ CKernelHandle OpenSection() noexcept {
 constinit std::atomic<CLogFilter*> CLogFilter::s_shared{nullptr};
 
 CLogFilter& CLogFilter::MakeShared() noexcept {
+    const CKeepLastError keep;  // from before the static's guard, which may wait for another thread
     alignas(CLogFilter) static unsigned char storage[sizeof(CLogFilter)];
     static CLogFilter* const filter = new (storage) CLogFilter;
     s_shared.store(filter, std::memory_order_release);
@@ -35,7 +36,6 @@ CLogFilter& CLogFilter::MakeShared() noexcept {
 }
 
 CLogFilter::CLogFilter() noexcept {
-    const CKeepLastError keep;
     m_section = OpenSection();
     if (m_section) {
         m_view = CMappedView(MapViewOfFile(m_section.Get(), kAccess, 0, 0, sizeof(uint32_t)));

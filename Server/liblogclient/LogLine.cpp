@@ -2,8 +2,8 @@
 
 #include <windows.h>
 
+#include <cwchar>
 #include <string>
-#include <string_view>
 
 #include "Clock.h"
 #include "LastError.h"
@@ -16,25 +16,25 @@ namespace {
 
 constexpr std::size_t kTextCharacters = 4096;  // with the terminator
 
-// The file name of the program that this module was loaded into.
-const std::wstring& HostName() {
-    static const std::wstring name = [] {
-        wchar_t path[MAX_PATH];
-        const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
-        const std::wstring_view whole(path, length);
-        return std::wstring(whole.substr(whole.find_last_of(L'\\') + 1));
+// The file name of the program that this module was loaded into. An array, which has no destructor: lines are written
+// until the very end of the process.
+const wchar_t* HostName() {
+    static wchar_t path[MAX_PATH + 1];
+    static const wchar_t* const name = [] {
+        GetModuleFileNameW(nullptr, path, MAX_PATH);  // the last element stays NUL
+        const wchar_t* const slash = std::wcsrchr(path, L'\\');
+        return slash == nullptr ? path : slash + 1;
     }();
     return name;
 }
 
-// A line while it is put together. Cleared at the start because a printf that meets a text it cannot convert gives up
-// without writing a terminator.
+// A line while it is put together.
 struct tagLineText {
-    wchar_t characters[kTextCharacters] = {};
+    wchar_t characters[kTextCharacters];
     std::size_t length;
 
     explicit tagLineText(const tagLoggerSetup& setup)
-        : length(FormatInto(characters, kTextCharacters, L"[%s][%s]", setup.moduleTag.c_str(), HostName().c_str())) {}
+        : length(FormatInto(characters, kTextCharacters, L"[%s][%s]", setup.moduleTag.c_str(), HostName())) {}
 
     wchar_t* Tail() noexcept { return characters + length; }
     std::size_t Room() const noexcept { return kTextCharacters - length; }  // with the terminator
@@ -79,7 +79,7 @@ void WriteLogLine(uint32_t level, const wchar_t* sourceFile, uint32_t line, cons
 void WriteLogLine(uint32_t level, const wchar_t* sourceFile, uint32_t line, const char* format,
                   va_list arguments) noexcept {
     WriteWith(level, sourceFile, line, [&](tagLineText& text) {
-        char message[kTextCharacters] = {};
+        char message[kTextCharacters];
         FormatIntoV(message, kTextCharacters, format, arguments);
         FormatInto(text.Tail(), text.Room(), L"%s", AnsiToWide(message).c_str());
     });
