@@ -15,7 +15,7 @@ std::size_t TextLength(const wchar_t* text, int64_t length) {
     if (text == nullptr) {
         return 0;
     }
-    return length == -1 ? std::wcslen(text) : static_cast<std::size_t>(length);
+    return length == -1 ? std::wcslen(text) : static_cast<std::size_t>(std::max<int64_t>(length, 0));
 }
 
 template <typename Integer>
@@ -32,7 +32,9 @@ CCmdProtocol::CCmdProtocol() {
 }
 
 CCmdProtocol::CCmdProtocol(const wchar_t* text, int64_t byteCount) {
-    m_buffer.assign(text == nullptr ? L"" : text, TextLength(text, byteCount == -1 ? -1 : byteCount / 2));
+    // Half of -2 is -1, which would measure a text that need not be terminated.
+    const int64_t length = byteCount < -1 ? 0 : byteCount == -1 ? -1 : byteCount / 2;
+    m_buffer.assign(text == nullptr ? L"" : text, TextLength(text, length));
     m_firstField = m_buffer.empty();
 }
 

@@ -18,7 +18,8 @@ class CCmdProtocol {
     // An empty message to build, with room for 1024 characters.
     CCmdProtocol();
 
-    // A message to read. `byteCount` is twice the number of characters; -1 measures a zero-terminated text.
+    // A message to read. `byteCount` is twice the number of characters; -1 measures a zero-terminated text, any
+    // other negative count is 0.
     explicit CCmdProtocol(const wchar_t* text, int64_t byteCount = -1);
 
     virtual ~CCmdProtocol() = default;
@@ -26,7 +27,7 @@ class CCmdProtocol {
     CCmdProtocol& operator=(const CCmdProtocol&) = default;
 
     // Each call appends one field and returns the message, so that calls chain. A null text appends an empty field;
-    // `length` counts characters, -1 measures a zero-terminated text.
+    // `length` counts characters, -1 measures a zero-terminated text, any other negative length is 0.
     CCmdProtocol& Append(const wchar_t* text, int64_t length);
     CCmdProtocol& operator<<(const wchar_t* text) { return Append(text, -1); }
     CCmdProtocol& operator<<(const std::wstring& text) { return AppendField(text); }
@@ -43,7 +44,8 @@ class CCmdProtocol {
     // character behind it is always NUL.
     std::wstring_view Text() const noexcept { return m_buffer; }
 
-    // True once every field has been read.
+    // True once every character has been read. The empty field behind a TAB at the very end is then still to come, as
+    // it is for an empty message.
     bool AtEnd() const noexcept { return m_position == m_buffer.size(); }
 
   private:

@@ -40,8 +40,10 @@ TEST(CmdProtocol, TheByteCountIsTheLength) {
     EXPECT_EQ(field, L"abc");
     CCmdProtocol(L"abcdef", 7) >> field;  // half a character is none
     EXPECT_EQ(field, L"abc");
-    CCmdProtocol(L"abcdef", 0) >> field;
-    EXPECT_EQ(field, L"");
+    for (const int64_t none : {int64_t{0}, int64_t{-2}, int64_t{-3}, int64_t{-100}, INT64_MIN}) {
+        CCmdProtocol(L"abcdef", none) >> field;
+        EXPECT_EQ(field, L"") << none;
+    }
     CCmdProtocol(nullptr) >> field;
     EXPECT_EQ(field, L"");
     CCmdProtocol(L"a\0b\tc", 10) >> field;  // a zero is a character like any other
@@ -81,8 +83,8 @@ TEST(CmdProtocol, BuildsFieldsBetweenTabs) {
     message << L"a" << 5u << L"";
     EXPECT_EQ(message.Text(), L"a\t5\t");
     message << INT32_MIN << UINT32_MAX << std::wstring(L"b");
-    message.Append(L"cut here", 3).Append(nullptr, -1).Append(nullptr, 5);
-    EXPECT_EQ(message.Text(), L"a\t5\t\t-2147483648\t4294967295\tb\tcut\t\t");
+    message.Append(L"cut here", 3).Append(nullptr, -1).Append(nullptr, 5).Append(L"none", -2);
+    EXPECT_EQ(message.Text(), L"a\t5\t\t-2147483648\t4294967295\tb\tcut\t\t\t");
 
     CCmdProtocol emptyFirst;
     emptyFirst << L"" << L"b";
