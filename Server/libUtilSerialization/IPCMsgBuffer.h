@@ -2,12 +2,15 @@
 //
 // Every value is a 32-bit length and its bytes, little-endian, without padding:
 //
-//   integer32  = u32 4, 4 bytes                     signed or not
-//   integer16  = u32 2, 2 bytes
-//   bool, 8bit = u32 1, u32 value                   the length says 1 although 4 bytes follow; every reader relies on
-//   it text       = u32 (characters + 1) * 2, UTF-16 characters, 16-bit NUL      a null pointer is written as empty
-//   text bytes      = u32 n, n bytes array      = u32 count, count elements          no length in front record     =
-//   its fields, one after the other    no header
+// clang-format off
+//   integer32   = u32 4, 4 bytes                    signed or not
+//   integer16   = u32 2, 2 bytes
+//   bool, 8 bit = u32 1, u32 value                  the length says 1 although 4 bytes follow; every reader relies on it
+//   text        = u32 (characters + 1) * 2, UTF-16 characters, 16-bit NUL; a null pointer is written as empty
+//   bytes       = u32 n, n bytes
+//   array       = u32 count, count elements         no length in front
+//   record      = its fields, one after the other   no header
+// clang-format on
 //
 // Readers take the fixed width of an integer or bool whatever its length word says. Text of length 0 leaves the target
 // as it was; otherwise length / 2 - 1 characters are taken and `length` bytes consumed, so an odd length loses its last
@@ -29,9 +32,14 @@
 
 namespace wrb {
 
-// What travels as one integer or bool value. 64-bit numbers and raw characters have no wire form.
+// A single character is no number, whatever its width.
 template <typename T>
-concept WireNumber = std::integral<T> && sizeof(T) <= 4;
+concept Character = std::same_as<T, char> || std::same_as<T, wchar_t> || std::same_as<T, char8_t> ||
+    std::same_as<T, char16_t> || std::same_as<T, char32_t>;
+
+// What travels as one integer or bool value. 64-bit numbers and characters have no wire form.
+template <typename T>
+concept WireNumber = std::integral<T> && sizeof(T) <= 4 && !Character<T>;
 
 }  // namespace wrb
 

@@ -6,6 +6,7 @@
 
 #include "Clock.h"
 #include "DebugLog.h"
+#include "LastError.h"
 #include "ResultFile.h"
 #include "SpillFile.h"
 
@@ -35,14 +36,14 @@ void CMsgSerializer::Reset() {
 
 bool CMsgSerializer::Load(const void* bytes, uint32_t length) {
     DropContent();
-    DiscardSentFile();
+    m_sentFile.clear();
     CSerializer::Load(bytes, length);
     return ReadHeader(Source::kMessage);
 }
 
 bool CMsgSerializer::Attach(uint8_t* bytes, uint32_t length) {
     DropContent();
-    DiscardSentFile();
+    m_sentFile.clear();
     CSerializer::Attach(bytes, length);
     return ReadHeader(Source::kMessage);
 }
@@ -72,6 +73,7 @@ bool CMsgSerializer::Finalize() {
 }
 
 void CMsgSerializer::DiscardSentFile() noexcept {
+    const wrb::CKeepLastError keep;
     if (!m_sentFile.empty()) {
         DeleteFileW(m_sentFile.c_str());
         m_sentFile.clear();

@@ -20,7 +20,8 @@
 //   until Finalize      the sender's message, which deletes it like any other content;
 //   from Finalize on    the receiver. The sender's object may go away at once, as it must for a message without answer.
 //                       It deletes the file only in DiscardSentFile, for a message that could not be sent or was not
-//                       answered, and in Load, because an answer means that the exchange is over.
+//                       answered. Load and Attach take an answer: the receiver has deleted the file, and its name may
+//                       be another message's by now, so it is forgotten.
 // A file is accepted only by the rules of SpillDirectory.h and ResultFile.h, and its message must hold its body itself.
 #pragma once
 
@@ -58,7 +59,7 @@ class CMsgSerializer : public CSerializer {
     // False when the temporary file did not take all bytes: the message cannot be sent.
     bool Finalize();
 
-    // Deletes the file that Finalize handed over; nothing when there is none or the receiver has done so.
+    // Deletes the file that Finalize handed over, when no answer has been taken since. Keeps the last error.
     void DiscardSentFile() noexcept;
 
     const std::wstring& Name() const noexcept { return m_name; }

@@ -17,8 +17,13 @@ constexpr const wchar_t* kPrefix = L"mstmp";
 constexpr std::size_t kPrefixTaken = 3;
 constexpr std::wstring_view kExtension = L".tmp";
 
+// "C:\\" is a root; "C:" would be whatever directory is current on that drive.
+bool IsDriveRoot(std::wstring_view directory) {
+    return directory.size() == 3 && directory.ends_with(L":\\");
+}
+
 void AddDirectory(std::vector<std::wstring>& directories, std::wstring directory) {
-    while (!directory.empty() && directory.back() == L'\\') {
+    while (!directory.empty() && directory.back() == L'\\' && !IsDriveRoot(directory)) {
         directory.pop_back();
     }
     if (!directory.empty()) {
@@ -75,9 +80,10 @@ std::vector<std::wstring> SpillDirectories() {
 }
 
 std::wstring CreateFileInSpillDirectory() {
-    wchar_t path[MAX_PATH + 1];
+    std::wstring path(MAX_PATH, L'\0');  // allocated before the file is there
     for (const std::wstring& directory : SpillDirectories()) {
-        if (GetTempFileNameW(directory.c_str(), kPrefix, 0, path) != 0) {
+        if (GetTempFileNameW(directory.c_str(), kPrefix, 0, path.data()) != 0) {
+            path.resize(wcslen(path.c_str()));
             return path;
         }
     }
@@ -90,10 +96,10 @@ std::wstring AcceptedSpillPath(const std::wstring& path) {
     if (slash == std::wstring::npos || !IsSpillName(std::wstring_view(full).substr(slash + 1))) {
         return {};
     }
-    const std::wstring_view parent = std::wstring_view(full).substr(0, slash);
+    const std::wstring_view name = std::wstring_view(full).substr(slash + 1);
     const std::vector<std::wstring> directories = SpillDirectories();
     const bool ours = std::any_of(directories.begin(), directories.end(), [&](const std::wstring& directory) {
-        return EqualNames(parent, FullPath(directory));
+        return EqualNames(full, FullPath(directory + (IsDriveRoot(directory) ? L"" : L"\\") + std::wstring(name)));
     });
     return ours ? full : std::wstring();
 }

@@ -15,8 +15,9 @@
 
 namespace wrb {
 
-// In order of preference, without a backslash at the end; directories that the system cannot name are left out:
-// the "temp" folder of the server's home folder, the account's internet cache, the account's temporary folder.
+// In order of preference, with a backslash at the end of a drive's root only; directories that the system cannot name
+// are left out: the "temp" folder of the server's home folder, the account's internet cache, the account's temporary
+// folder.
 std::vector<std::wstring> SpillDirectories();
 
 // Makes a new, empty file in the first of the directories that lets it, and returns its full path; empty when none does

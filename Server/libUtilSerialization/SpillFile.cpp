@@ -7,24 +7,24 @@
 #include <filesystem>
 
 #include "Handle.h"
+#include "LastError.h"
 #include "SpillDirectory.h"
 
 namespace wrb {
 std::unique_ptr<CSpillFile> CSpillFile::Create() {
-    std::wstring path = CreateFileInSpillDirectory();
-    if (path.empty()) {
+    std::unique_ptr<CSpillFile> file(new CSpillFile);  // first, so that there is always an owner of what is created
+    file->m_path = CreateFileInSpillDirectory();
+    if (file->m_path.empty()) {
         return nullptr;
     }
-    std::unique_ptr<CSpillFile> file(new CSpillFile(std::move(path)));
+    file->m_stream.open(std::filesystem::path(file->m_path), std::ios::binary | std::ios::trunc);
     return file->m_stream.is_open() ? std::move(file) : nullptr;
 }
 
-CSpillFile::CSpillFile(std::wstring path)
-    : m_path(std::move(path)), m_stream(std::filesystem::path(m_path), std::ios::binary | std::ios::trunc) {}
-
 CSpillFile::~CSpillFile() {
+    const CKeepLastError keep;
     m_stream.close();
-    if (m_deleteFile) {
+    if (m_deleteFile && !m_path.empty()) {
         DeleteFileW(m_path.c_str());
     }
 }

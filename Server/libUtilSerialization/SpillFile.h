@@ -1,6 +1,7 @@
 // CSpillFile: the sender's side of a message in file mode, a temporary file that takes what no longer fits in memory.
 //
-// The file is deleted with the object unless it has been handed over. Nothing throws. One thread at a time.
+// The file is deleted with the object unless it has been handed over; that keeps the last error. Nothing throws but for
+// lack of memory, and then no file is left behind. One thread at a time.
 #pragma once
 
 #include <cstdint>
@@ -40,7 +41,7 @@ class CSpillFile {
     void HandOver() noexcept { m_deleteFile = false; }
 
   private:
-    explicit CSpillFile(std::wstring path);
+    CSpillFile() = default;
 
     std::wstring m_path;
     std::ofstream m_stream;

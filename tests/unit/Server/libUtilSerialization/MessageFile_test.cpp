@@ -12,6 +12,7 @@
 #include "IPCMsgBufferException.h"
 #include "MsgSerializer.h"
 #include "SampleRecord.h"
+#include "SpillDirectory.h"
 
 namespace {
 
@@ -191,21 +192,47 @@ TEST_F(MessageFile, TheFileOutlivesTheSenderButNotTheExchange) {
     EXPECT_TRUE(Load(receiver, BytesOf(CMsgSerializer())));
     EXPECT_TRUE(fs::is_empty(m_spill)) << "receiver has the next message";
 
-    const std::function<void(CMsgSerializer&)> ends[] = {
-        [](CMsgSerializer& message) {
-            message.Reset();
-            EXPECT_EQ(message.Data()[kFlagsOffset], 0x01);
-            message.DiscardSentFile();
+    CMsgSerializer unanswered(nullptr, CMsgSerializer::kInFile);
+    ASSERT_TRUE(unanswered.Finalize());
+    unanswered.Reset();
+    EXPECT_EQ(unanswered.Data()[kFlagsOffset], 0x01);
+    ASSERT_TRUE(fs::exists(OnlyFile()));
+    unanswered.DiscardSentFile();
+    EXPECT_TRUE(fs::is_empty(m_spill));
+}
+
+// By the time of the answer the receiver has deleted the file, and the system may have given its name to another.
+TEST_F(MessageFile, AnAnswerLeavesTheFileOfThatNameAlone) {
+    Bytes answer = BytesOf(CMsgSerializer());
+    const std::function<void(CMsgSerializer&)> answers[] = {
+        [&](CMsgSerializer& message) { EXPECT_TRUE(Load(message, answer)); },
+        [&](CMsgSerializer& message) {
+            EXPECT_TRUE(message.Attach(answer.data(), static_cast<uint32_t>(answer.size())));
         },
-        [](CMsgSerializer& message) { Load(message, BytesOf(CMsgSerializer())); },
+        [](CMsgSerializer& message) { EXPECT_ANY_THROW(Load(message, Bytes(3))); },
     };
-    for (const auto& end : ends) {
+    for (const auto& take : answers) {
         CMsgSerializer message(nullptr, CMsgSerializer::kInFile);
         ASSERT_TRUE(message.Finalize());
-        ASSERT_TRUE(fs::exists(OnlyFile()));
-        end(message);
-        EXPECT_TRUE(fs::is_empty(m_spill));
+        const fs::path another = OnlyFile();
+        take(message);
+        message.DiscardSentFile();
+        EXPECT_TRUE(fs::remove(another));
     }
+}
+
+TEST_F(MessageFile, ADriveIsASpillDirectoryToo) {
+    wchar_t before[MAX_PATH + 1] = {};
+    GetEnvironmentVariableW(L"TMP", before, MAX_PATH + 1);
+    for (const std::wstring& folder : {std::wstring(L"C:\\"), m_home.wstring(), m_home.wstring() + L"\\"}) {
+        SetEnvironmentVariableW(L"TMP", folder.c_str());
+        const std::wstring directory = wrb::SpillDirectories().back();
+        EXPECT_EQ(directory, folder == L"C:\\" ? folder : m_home.wstring()) << fs::path(folder);
+        const std::wstring file = fs::path(folder) / L"mst1.tmp";
+        EXPECT_EQ(wrb::AcceptedSpillPath(file), file);
+        EXPECT_EQ(wrb::AcceptedSpillPath(fs::path(folder) / L"below" / L"mst1.tmp"), L"");
+    }
+    SetEnvironmentVariableW(L"TMP", before);
 }
 
 TEST_F(MessageFile, OnlySpillFilesAreReadAndDeleted) {
