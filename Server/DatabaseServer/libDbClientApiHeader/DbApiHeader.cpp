@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
 #include <exception>
 
@@ -41,7 +42,7 @@ void CDbApiHeaderContent::FillInContent(const wchar_t* callerName) {
         WRB_LOG(kLogError, L"%s - fail to get current module name with win32 error [%d]",
                 L"CDbApiHeader::FillInContent", error);
     }
-    modulePath.assign(path.data(), length);
+    modulePath.assign(path.data(), std::min(length, kModulePathCharacters - 1));  // a cut path counts its terminator
 }
 
 void CDbApiHeaderContent::Serialize(ISerializer& serializer) const {
