@@ -54,7 +54,7 @@ bool wrb::ReadDbNumber(const wchar_t* name, uint32_t& value, const wchar_t* uid,
         if (!ReadDbText(name, answer, uid, number)) {
             return false;
         }
-        value = static_cast<uint32_t>(ParseInt32(answer));
+        value = static_cast<uint32_t>(ParseInt64(answer));
         return true;
     });
 }

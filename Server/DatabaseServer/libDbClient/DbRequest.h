@@ -50,6 +50,7 @@ bool ReadDbText(const wchar_t* name, std::wstring& answer, const Fields&... para
     });
 }
 
+// The low 32 bits of the decimal number, so that a word comes whole with its sign or without.
 bool ReadDbNumber(const wchar_t* name, uint32_t& value, const wchar_t* uid, uint32_t number) noexcept;
 
 // `fields` is left standing at the answer's first field.

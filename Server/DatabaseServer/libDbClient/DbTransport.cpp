@@ -16,31 +16,48 @@
 
 namespace {
 
-enum class Step { Done, Open, Write };
+// Logged: the step has written a line of its own.
+enum class Step { Done, Open, Write, Logged };
 
-// One whole request: the step that failed, with its cause in GetLastError.
-Step Deliver(const void* request, uint64_t byteCount, const wchar_t* caller) {
+// One whole request: the step that failed, with its cause in GetLastError. `sendRequest` comes behind the header.
+template <typename SendRequest>
+Step Deliver(const wchar_t* caller, SendRequest sendRequest) {
     CPipeClient client;
     if (!client.Initial(kDbServerPipe)) {
         return Step::Open;
     }
-    return SendDbApiHeader(client, caller) == 1 && client.Send(request, byteCount) ? Step::Done : Step::Write;
+    return SendDbApiHeader(client, caller) == 1 ? sendRequest(client) : Step::Logged;
+}
+
+Step SendBytes(CPipeClient& client, const void* bytes, uint64_t byteCount) {
+    return client.Send(bytes, byteCount) ? Step::Done : Step::Write;
 }
 
 Step DeliverText(const CCmdProtocol& request, const wchar_t* caller) {
-    const std::wstring_view text = request.Text();
-    return Deliver(text.data(), (text.size() + 1) * sizeof(wchar_t), caller);
+    return Deliver(caller, [text = request.Text()](CPipeClient& client) {
+        return SendBytes(client, text.data(), (text.size() + 1) * sizeof(wchar_t));
+    });
+}
+
+// Finalized only now: while the service is down a large message stays whole, and its own.
+Step DeliverMessage(CMsgSerializer& message, const wchar_t* caller) {
+    return Deliver(caller, [&](CPipeClient& client) {
+        if (message.Finalize()) {
+            return SendBytes(client, message.Data(), message.GetSize());
+        }
+        WRB_LOG(kLogError, L"[dbSend] cannot finalize %s", message.Name().c_str());
+        return Step::Logged;
+    });
 }
 
 // 1, or 0 after `log` has written the line of the step that failed.
 template <typename Log>
 int ReportStep(Step step, Log log) {
-    if (step == Step::Done) {
-        return 1;
-    }
     const DWORD error = GetLastError();
-    log(step == Step::Open, error);
-    return 0;
+    if (step == Step::Open || step == Step::Write) {
+        log(step == Step::Open, error);
+    }
+    return step == Step::Done ? 1 : 0;
 }
 
 int RecvMessage(CPipeServer& server, CMsgSerializer& message) {
@@ -52,6 +69,7 @@ int RecvMessage(CPipeServer& server, CMsgSerializer& message) {
     }
     if (answer.empty()) {
         WRB_LOG(kLogDebug, L"%s - empty answer to %s", L"dbSendAndRecv", message.Name().c_str());
+        message.DiscardSentFile();
         return 0;
     }
     if (!message.Load(answer.data(), static_cast<uint32_t>(answer.size()))) {
@@ -96,22 +114,15 @@ int wrb::SendAndRecv(const CCmdProtocol& request, int32_t replyId, CPipeServer& 
 int dbSend(CMsgSerializer& message, const wchar_t* caller) noexcept {
     return wrb::GuardDbCall(L"dbSend", [&] {
         WRB_LOG(kLogDebug, L"[dbSend] Send %s", message.Name().c_str());
-        if (!message.Finalize()) {
-            WRB_LOG(kLogError, L"[dbSend] cannot finalize %s", message.Name().c_str());
-            return 0;
+        const int sent = ReportStep(DeliverMessage(message, caller), [](bool opening, DWORD error) {
+            WRB_LOG(kLogError,
+                    opening ? L"[dbSend] Initial pipe client failed! err=%d" : L"[dbSend] pipe send failed!. err=%d",
+                    error);
+        });
+        if (sent != 1) {
+            message.DiscardSentFile();
         }
-        const Step step = Deliver(message.Data(), message.GetSize(), caller);
-        if (step == Step::Done) {
-            return 1;
-        }
-        const DWORD error = GetLastError();
-        WRB_LOG(
-            kLogError,
-            step == Step::Open ? L"[dbSend] Initial pipe client failed! err=%d" : L"[dbSend] pipe send failed!. err=%d",
-            error);
-        message.DiscardSentFile();
-        SetLastError(error);
-        return 0;
+        return sent;
     });
 }
 

@@ -4,9 +4,9 @@
 // comes over a second connection, which the server makes to a reply pipe that exists before the request leaves. A text
 // request names that pipe by its reply id, a serialized one by its message id.
 //
-// Every function returns 1 for success and 0 for failure, leaves one log line for a failure, and never throws. A
-// service that is down is not waited for. Each call has its own client, pipe and message: callers on different threads
-// share nothing.
+// Every function returns 1 for success and 0 for failure and never throws. A failure leaves one log line, which the
+// failing step writes; dbSendAndRecv adds its own to that of dbSend. A service that is down is not waited for. Each
+// call has its own client, pipe and message: callers on different threads share nothing.
 #pragma once
 
 #include <cstdint>
@@ -44,7 +44,8 @@ int SendAndRecv(const CCmdProtocol& request, int32_t replyId, CPipeServer& serve
 
 }  // namespace wrb
 
-// Serialized form, no answer. Finalizes the message. A failure's cause stays in GetLastError.
+// Serialized form, no answer. Finalizes the message once the header is on the pipe, so that one that finds no service
+// is as it was. A failure's cause stays in GetLastError.
 int dbSend(CMsgSerializer& message, const wchar_t* caller) noexcept;
 
 // Serialized form with answer: on success `message` holds the answer, with its cursor at the body. An answer without a

@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "CapturedLog.h"
 #include "CmdProtocol.h"
 #include "DbAgent.h"
@@ -132,16 +134,67 @@ TEST(DbFailures, UnreadableAnswerIsLoggedWithItsCause) {
                 Contains(StartsWith(L"dbSendAndRecv - Out of range, (0), [")));
 }
 
-// A large request waits in a file, which has no reader when the request could not be sent.
-TEST(DbFailures, LargeRequestLeavesNoFileWhenNobodyTakesIt) {
-    CMsgSerializer message(L"DBV2_TEST");
+// A database server that closes the connection within the frame. Its pipe holds the magic and no more, so the client
+// never comes further.
+class CDeafDbService {
+  public:
+    CDeafDbService()
+        : m_pipe(CreateNamedPipeW(L"\\\\.\\pipe\\DbServerNamePipe", PIPE_ACCESS_INBOUND, PIPE_TYPE_MESSAGE, 1, 0, 4, 0,
+                                  nullptr)),
+          m_thread([this] {
+              ConnectNamedPipe(m_pipe.Get(), nullptr);
+              m_pipe.Reset();
+          }) {}
+    ~CDeafDbService() { m_thread.join(); }
+
+  private:
+    wrb::CFileHandle m_pipe;
+    std::thread m_thread;
+};
+
+CMsgSerializer& FillBeyondMemory(CMsgSerializer& message) {
     message << std::wstring(2 << 20, L'x');
     message << uint32_t{1};
+    EXPECT_TRUE(message.InFileMode());
+    return message;
+}
+
+TEST(DbFailures, ALargeRequestThatFindsNoServiceStaysWhole) {
+    CMsgSerializer message(L"DBV2_TEST");
+    FillBeyondMemory(message);
+    const uint32_t size = message.GetSize();
     EXPECT_EQ(dbSend(message, L"caller"), 0);
-    std::wstring path;
-    message >> path;
-    EXPECT_TRUE(path.ends_with(L".tmp")) << path.size();
-    EXPECT_EQ(GetFileAttributesW(path.c_str()), INVALID_FILE_ATTRIBUTES);
+    EXPECT_TRUE(message.InFileMode());
+    const CFakeDbService service;
+    EXPECT_EQ(dbSend(message, L"caller"), 1);
+    const std::wstring path = service.WaitFor(1).at(0).Texts().at(2);
+    WIN32_FILE_ATTRIBUTE_DATA file{};
+    EXPECT_TRUE(GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &file));
+    EXPECT_EQ(file.nFileSizeLow, size);
+    message.DiscardSentFile();
+}
+
+// The file of a request is deleted when nobody reads it: the answer is a time-out, or empty.
+TEST(DbFailures, ALargeRequestLeavesNoFileWhenNobodyTakesIt) {
+    const CFakeDbService::Answer answers[] = {
+        {},
+        [](const tagDbRequest&) { return std::string(); },
+    };
+    for (const CFakeDbService::Answer& answer : answers) {
+        const CFakeDbService service(answer);
+        CMsgSerializer message(L"DBV2_TEST");
+        EXPECT_EQ(dbSendAndRecv(FillBeyondMemory(message), L"caller", 1), 0);
+        const std::wstring path = service.WaitFor(1).at(0).Texts().at(2);
+        EXPECT_TRUE(path.ends_with(L".tmp")) << path.size();
+        EXPECT_EQ(GetFileAttributesW(path.c_str()), INVALID_FILE_ATTRIBUTES);
+    }
+}
+
+TEST(DbFailures, AServiceThatGoesAwayIsOneLine) {
+    const CDeafDbService service;
+    CMsgSerializer message(L"DBV2_TEST");
+    EXPECT_THAT(LogOf([&] { EXPECT_EQ(dbSend(message, L"caller"), 0); }),
+                ElementsAre(L"[dbSend] Send DBV2_TEST", L"SendDbApiHeader - fail to send DB API header"));
 }
 
 }  // namespace
