@@ -2,8 +2,6 @@
 
 #include <windows.h>
 
-#include <ranges>
-
 namespace wrb {
 namespace {
 
@@ -17,11 +15,11 @@ bool IsPlainFolder(const std::wstring& path) noexcept {
 }  // namespace
 
 CCreatedFiles::~CCreatedFiles() {
-    for (const tagCreated& created : std::views::reverse(m_created)) {
-        if (created.isFolder) {
-            RemoveDirectoryW(created.path.c_str());
+    for (auto created = m_created.rbegin(); created != m_created.rend(); ++created) {
+        if (created->isFolder) {
+            RemoveDirectoryW(created->path.c_str());
         } else {
-            DeleteFileW(created.path.c_str());
+            DeleteFileW(created->path.c_str());
         }
     }
 }

@@ -16,6 +16,10 @@ bool Extract(const CPackageFolder& folder) {
     return fpkExtract(folder.Package().c_str(), folder.Target().c_str(), nullptr, nullptr);
 }
 
+bool Contains(const Bytes& whole, const Bytes& part) {
+    return std::search(whole.begin(), whole.end(), part.begin(), part.end()) != whole.end() || part.empty();
+}
+
 bool RefuseAll(const char*, const char*, unsigned, void*) {
     return false;
 }
@@ -67,7 +71,7 @@ TEST(HostilePackage, AChangedByteNeverYieldsOtherData) {
             std::size_t files = 0;
             for (const auto& [name, data] : folder.Files()) {
                 const bool isFolder = data == kFolder;
-                EXPECT_TRUE(isFolder || !std::ranges::search(allData, data).empty() || data.empty()) << name;
+                EXPECT_TRUE(isFolder || Contains(allData, data)) << name;
                 EXPECT_FALSE(name.starts_with("..")) << name;
                 files += isFolder ? 0 : 1;
             }
