@@ -34,10 +34,11 @@ bool CReplyPipe::ConnectToNewClient() {
 bool CReplyPipe::FinishConnect() {
     if (m_pending) {
         DWORD unused = 0;
-        m_pending = false;
         if (!GetOverlappedResult(m_pipe.Get(), &m_overlapped, &unused, FALSE)) {
+            m_pending = GetLastError() == ERROR_IO_INCOMPLETE;  // then it still writes into the block
             return false;
         }
+        m_pending = false;
         m_state = State::Reading;
     }
     return m_state == State::Reading;
