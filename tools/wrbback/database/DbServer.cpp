@@ -182,15 +182,20 @@ void CDbServer::AnswerSerialized(DbCommand command, const std::wstring& uid, CMs
         m_options.note(FormatWide(L"database server: %s failed: %s", DescribeDbCommand(command).name,
                                   Utf8ToWide(error.what()).c_str()));
     }
-    Reply(replyPipe, known ? std::span(message.Data(), message.GetSize()) : std::span<const uint8_t>());
+    const std::span<const uint8_t> none;
+    if (!Reply(replyPipe, known ? std::span<const uint8_t>(message.Data(), message.GetSize()) : none)) {
+        message.DiscardSentFile();  // nobody else knows of it
+    }
 }
 
-void CDbServer::Reply(const std::wstring& replyPipe, std::span<const uint8_t> answer) {
-    if (const DWORD error = WriteAnswer(replyPipe, answer, m_options.answer); error != 0) {
+bool CDbServer::Reply(const std::wstring& replyPipe, std::span<const uint8_t> answer) {
+    const DWORD error = WriteAnswer(replyPipe, answer, m_options.answer);
+    if (error != 0) {
         ++m_failed;
         m_options.note(FormatWide(L"database server: the answer to %s could not be delivered, error %u",
                                   Shown(replyPipe).c_str(), static_cast<unsigned>(error)));
     }
+    return error == 0;
 }
 
 }  // namespace wrb

@@ -13,9 +13,9 @@
 #include <span>
 #include <string>
 
+#include "AnswerPipe.h"
 #include "DbCommands.h"
 #include "PipeListener.h"
-#include "AnswerPipe.h"
 #include "Store.h"
 
 class CCmdProtocol;
@@ -59,7 +59,7 @@ class CDbServer {
     void Write(DbCommand command, CCmdProtocol& request, const std::string& from);
     void AnswerText(DbCommand command, CCmdProtocol& request, const std::wstring& replyPipe);
     void AnswerSerialized(DbCommand command, const std::wstring& uid, CMsgSerializer& message);
-    void Reply(const std::wstring& replyPipe, std::span<const uint8_t> answer);
+    bool Reply(const std::wstring& replyPipe, std::span<const uint8_t> answer);
     Job Refuse(const std::string& from, const std::wstring& why);
     void NoteDrop(PipeDrop reason, std::size_t bytes, uint32_t pid);
 
