@@ -1,0 +1,30 @@
+# cmake --install: the public header, the import library, the DLLs, the programs, and a package config, so that
+#
+#   find_package(Warrenby CONFIG REQUIRED)
+#   target_link_libraries(my_service PRIVATE Warrenby::CmdHndlrClient)
+#
+# builds against the library from anywhere.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(wrb_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Warrenby)
+
+set_target_properties(libCmdHndlrClient PROPERTIES EXPORT_NAME CmdHndlrClient)
+install(TARGETS libCmdHndlrClient EXPORT WarrenbyTargets
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES Server/MasterService/CmdHndlr/libCmdHndlrClient/cmdhl.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# Loaded by the library; nobody links against them.
+install(TARGETS libPerfMonMgr WrbPfwCommon RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} ARCHIVE EXCLUDE_FROM_ALL
+        DESTINATION ${CMAKE_INSTALL_LIBDIR})
+if(WRB_BUILD_TOOLS)
+  install(TARGETS wrbhost wrbback wrbctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+
+install(EXPORT WarrenbyTargets NAMESPACE Warrenby:: DESTINATION ${wrb_package_dir})
+configure_package_config_file(cmake/WarrenbyConfig.cmake.in ${CMAKE_BINARY_DIR}/WarrenbyConfig.cmake
+                              INSTALL_DESTINATION ${wrb_package_dir})
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/WarrenbyConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/WarrenbyConfig.cmake ${CMAKE_BINARY_DIR}/WarrenbyConfigVersion.cmake
+        DESTINATION ${wrb_package_dir})
