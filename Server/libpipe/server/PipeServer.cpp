@@ -71,6 +71,7 @@ bool CPipeServer::Initial(uint32_t instanceCount, const wchar_t* name, SECURITY_
     m_waitHandles.reset(new (std::nothrow) HANDLE[count + 1]());
     m_instanceCount = 0;
     if (m_instances == nullptr || m_waitHandles == nullptr) {
+        WRB_LOG(kLogError, L"[CPipeServer::Initial] no memory for %u instances!", count);
         return false;
     }
     wrb::FormatPipePath(m_path, kPathCharacters, name);

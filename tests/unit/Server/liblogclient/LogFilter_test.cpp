@@ -2,32 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <new>
 #include <thread>
 #include <vector>
 
+#include "AllocationCount.h"
 #include "DebugLog.h"
-
-namespace {
-
-thread_local unsigned long allocations = 0;
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    ++allocations;
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
 
 namespace {
 
@@ -101,13 +80,13 @@ TEST(LogFilter, ALineThatIsFilteredOutAllocatesNothingAndEvaluatesNothing) {
     ASSERT_TRUE(CLogFilter::Shared().Set(LogFilterWord(5)));
     int evaluated = 0;
     SetLastError(ERROR_CRC);
-    const unsigned long before = allocations;
+    const std::size_t before = AllocationsOfThisThread();
     for (int i = 0; i < 1'000; ++i) {
         WRB_LOG(kLogDebug, L"%d", ++evaluated);
         DebugLog(kLogDebug8, L"file", 1, L"%s", L"text");
         DebugLogA(kLogInfo, L"file", 1, "%s", "text");
     }
-    EXPECT_EQ(allocations, before);
+    EXPECT_EQ(AllocationsOfThisThread(), before);
     EXPECT_EQ(evaluated, 0);
     EXPECT_EQ(GetLastError(), DWORD{ERROR_CRC});
     CLogFilter::Shared().Set(0);

@@ -121,16 +121,4 @@ TEST(PipeClient, ASendToAReaderThatHasGoneFailsAndTellsWhatWasWritten) {
     EXPECT_EQ(bytes, 0u);
 }
 
-TEST(PipeClient, ClosingKeepsTheCauseOfAFailure) {
-    const std::wstring name = UniqueName();
-    const CFakePipeService service(name);
-    SetLastError(0);
-    {
-        CPipeClient open;
-        ASSERT_TRUE(open.Initial(name.c_str()));
-        SetLastError(ERROR_CRC);
-    }
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_CRC});
-}
-
 }  // namespace
