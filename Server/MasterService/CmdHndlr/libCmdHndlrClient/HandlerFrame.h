@@ -14,15 +14,15 @@ namespace wrb {
 // `bResetCfgFlag` it also clears the agent's "changed" bit. False: nothing was found, and `output` is empty.
 using AnswerLogic = bool (*)(std::wstring& output, const wchar_t* uid, bool bResetCfgFlag);
 
-// What sets one answering command apart from another. All texts are formats that live as long as the program.
+// What sets one answering command apart from another. The texts live as long as the program.
 struct tagAnswerFrame {
     CommandSlot slot;  // where its calls are counted
     AnswerLogic logic;
-    const wchar_t* uidLine;     // logged at level 8 before the logic runs; its %s is the uid
-    const wchar_t* outputLine;  // logged at level 8 after it; its %s is the answer
+    const wchar_t* uidLine;     // format, logged at level 8 before the logic runs; its %s is the uid
+    const wchar_t* outputLine;  // format, logged at level 8 after it; its %s is the answer
     const wchar_t* sourceFile;  // where the log lines say that they come from
     uint32_t line;
-    const wchar_t* replyFailedLine = nullptr;  // logged when the answer cannot be sent; null: no further line is
+    const wchar_t* replyFailedLine = nullptr;  // text, logged when the answer cannot be sent; null: no further line
     uint32_t replyFailedLevel = 'E';
 };
 

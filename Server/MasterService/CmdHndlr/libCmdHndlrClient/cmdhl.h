@@ -36,11 +36,12 @@ extern "C" {
  * default. */
 bool cmdhl_Initialize(const wchar_t* debugIni, const wchar_t* debugLibrary, void* reserved);
 
-/* Runs one command. `message` holds `bytes` bytes and needs no terminator; when the low 32 bits of `bytes` are all ones
- * it is zero-terminated instead and is measured. An odd last byte is dropped.
+/* Runs one command. `message` holds `bytes` bytes and needs no terminator. Only the low 32 bits of `bytes` are the
+ * size: when they are all ones, the text is zero-terminated instead and is measured. An odd last byte is dropped.
  *
- * Returns 1 when a handler ran, whatever came of it. Returns 0, without a trace in the log, when `message` is NULL or
- * shorter than 15 bytes, does not begin with "CMDHL_", or names a command that is unknown or not built. */
+ * Returns 1 when a handler ran, whatever came of it. Returns 0, without a trace in the log, when `message` is NULL, is
+ * shorter than 15 bytes, has a size of 2 GiB or more, does not begin with "CMDHL_", or names a command that is unknown
+ * or not built. */
 unsigned cmdhl_Process(const wchar_t* message, unsigned long long bytes);
 
 /* Lets go of the policies and the call counters; every cmdhl_Process must have returned. Settings, log and command map
