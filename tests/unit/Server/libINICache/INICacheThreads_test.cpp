@@ -80,16 +80,4 @@ TEST(INICacheThreads, MissesComeOneAtATimeWhileOthersWriteAndClear) {
     EXPECT_FALSE(profile.overlapped);
 }
 
-TEST(INICacheThreads, HitsAndWritesMixOnTheSystemsOwnSeam) {
-    CINICache cache;  // bound to no file: every write fails at once or not, every read gives its default
-    OnAllThreads([&](int) {
-        for (int i = 0; i < 2000; ++i) {
-            EXPECT_EQ(cache.readINIInt("NoSuchSection", "k", 3), 3u);
-            if (i % 500 == 0) {
-                cache.clear();
-            }
-        }
-    });
-}
-
 }  // namespace
