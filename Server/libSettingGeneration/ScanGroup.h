@@ -1,8 +1,8 @@
 // The twelve scan-configuration groups as data: what an agent's section holds, in which order, and where each key's
 // value comes from.
 //
-// The tables are the only description of a group. Rendering a section, reading the server-wide defaults from the scan
-// INI and storing an update all walk the same rows, so that a key exists in one place. A new key is one row in
+// The tables are the only description of a group. Rendering a section and reading the server-wide defaults from the
+// scan INI walk the same rows, and so must an update, so that a key exists in one place. A new key is one row in
 // ScanGroupTables.cpp.
 //
 // Everything here is constant data, readable from any thread. Every text is a literal: the character behind a

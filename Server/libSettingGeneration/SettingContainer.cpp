@@ -4,6 +4,9 @@
 #include "Serializer.h"
 
 void CScanSettingContainer::Deserialize(ISerializer& serializer) {
+    // A text of no length at all on the wire leaves its target as it was.
+    m_uid.clear();
+    m_values = {};
     CSerializer& message = serializer.GetSerializer();
     message >> m_uid;
     for (const wrb::ScanNumber number : m_group.numbers) {

@@ -10,7 +10,7 @@ namespace {
 
 constexpr const wchar_t* kSection = L"INI_MAJOR_VIRUS_TYPE_SECTION";
 constexpr std::wstring_view kExploitName = L"CVE_Exploit";
-constexpr uint32_t kMostTypes = 1000;  // the keys have three digits
+constexpr int32_t kMostTypes = 1000;  // the keys have three digits
 constexpr std::size_t kLongestPart = 256;
 constexpr wchar_t kItemSeparator = L';';
 constexpr wchar_t kPartSeparator = L'-';
@@ -21,7 +21,7 @@ std::wstring ReadPart(CINICache& ini, const wchar_t* key, const wchar_t* default
     return text;
 }
 
-std::wstring ReadPart(CINICache& ini, const wchar_t* keyFormat, uint32_t index) {
+std::wstring ReadPart(CINICache& ini, const wchar_t* keyFormat, int32_t index) {
     wchar_t key[32];
     FormatInto(key, std::size(key), keyFormat, index);
     return ReadPart(ini, key);
@@ -55,11 +55,11 @@ void AppendMissingItem(std::wstring& list, const std::wstring& name, const std::
 }  // namespace
 
 void CompleteCustomAction(CINICache& ini, std::wstring& customAction) {
-    const uint32_t count = std::min(ini.readINIInt(kSection, L"Count", 0), kMostTypes);
-    if (count == 0) {
+    const int32_t count = std::min(static_cast<int32_t>(ini.readINIInt(kSection, L"Count", 0)), kMostTypes);
+    if (count <= 0) {
         return;
     }
-    for (uint32_t i = 0; i < count; ++i) {
+    for (int32_t i = 0; i < count; ++i) {
         AppendMissingItem(customAction, ReadPart(ini, L"Name_%03d", i), ReadPart(ini, L"1st_Act_%03d", i),
                           ReadPart(ini, L"2nd_Act_%03d", i));
     }

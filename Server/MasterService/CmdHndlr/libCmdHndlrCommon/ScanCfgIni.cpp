@@ -15,7 +15,7 @@ class CSectionReader {
     void Read(const ScanRow& row, tagScanGroupValues& values) {
         switch (row.kind) {
             case ScanRowKind::Bit:
-                values.flags |= ReadNumber(row) > 0 ? row.bits : 0;
+                values.flags |= static_cast<int32_t>(ReadNumber(row)) > 0 ? row.bits : 0;
                 break;
             case ScanRowKind::Int:
                 values.*row.number = ReadNumber(row);

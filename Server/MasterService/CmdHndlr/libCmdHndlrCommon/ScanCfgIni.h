@@ -7,7 +7,7 @@
 namespace wrb {
 
 // Reads every setting of the group's section (ScanGroup.h gives keys and defaults) into `values`, which it sets anew. A
-// switch is on when its number, taken as unsigned, is greater than 0. A main group also takes the switch of its
+// switch is on when its number is greater than 0. A main group also takes the switch of its
 // exclusion section into its option word. Throws only for lack of memory.
 void ReadScanGroupIni(CINICache& ini, const ScanGroup& group, tagScanGroupValues& values);
 

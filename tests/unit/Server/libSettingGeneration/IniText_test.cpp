@@ -1,4 +1,5 @@
 #include "IniText.h"
+#include "IniList.h"
 
 #include <gtest/gtest.h>
 
@@ -41,6 +42,27 @@ TEST(IniText, LinesOfEveryLengthStayWholeAndInOrder) {
     }
     writer.Finish();
     EXPECT_EQ(out, expected);
+}
+
+TEST(IniList, ItemsThenTheirCount) {
+    const auto protect = [](std::wstring_view item) { return L"!" + std::wstring(item); };
+    const struct {
+        std::wstring list;
+        std::wstring expected;
+    } rows[] = {
+        {L"", L"N=0\n"},
+        {L"|a", L"N=0\n"},
+        {L"a", L"I000=!a\nN=1\n"},
+        {L"a|b|", L"I000=!a\nI001=!b\nN=2\n"},
+        {L"a||c", L"I000=!a\nN=1\n"},
+        {std::wstring(1535, L'x'), L"I000=!" + std::wstring(1535, L'x') + L"\nN=1\n"},
+        {std::wstring(1536, L'x'), L"I000=!" + std::wstring(1535, L'x') + L"\nN=1\n"},
+    };
+    for (const auto& row : rows) {
+        std::wstring out;
+        wrb::AppendIniList(out, {L"N", L"I%03d"}, row.list, protect);
+        EXPECT_EQ(out, row.expected);
+    }
 }
 
 }  // namespace

@@ -55,7 +55,7 @@ TEST(ScanCfgIni, NumbersOutOfTheOrdinary) {
         const wchar_t* value;
         const wchar_t* shown;
     } rows[] = {
-        {0, L"AllowCfg", L"2", L"1"},   {0, L"AllowCfg", L"-1", L"1"},  {0, L"AllowCfg", L"yes", L"0"},
+        {0, L"AllowCfg", L"2", L"1"},   {0, L"AllowCfg", L"-1", L"0"},  {0, L"AllowCfg", L"yes", L"0"},
         {0, L"Enable", L"", L"1"},      {0, L"ScanSpeed", L"1", L"1"},  {0, L"ScanSpeed", L"3", L"0"},
         {9, L"ActionType", L"0", L"0"}, {9, L"ActionType", L"5", L"1"}, {10, L"ScanType", L"7", L"2"},
     };
@@ -122,8 +122,9 @@ TEST(CustomAction, TypesWithoutAnItemGetOne) {
         {types, L"Universe;Joke;Packer", L"Universe;Joke;Packer"},
         {L"", L"A-1-1;;", L"A-1-1;;"},
         {section + L"Count=0\n1st_Act_Universe=5\n", L"A-1-1;;", L"A-1-1;;"},
+        {section + L"Count=-1\nName_000=B\n1st_Act_000=1\n", L"A-1-1;;", L"A-1-1;;"},
         {section + L"Count=many\nName_000=B\n1st_Act_000=1\n", L"A-1-1;;", L"A-1-1;;"},
-        {section + L"Count=-1\nName_999=Last\n1st_Act_999=1\nName_1000=Beyond\n1st_Act_1000=1\nUniverse=Others\n"
+        {section + L"Count=1001\nName_999=Last\n1st_Act_999=1\nName_1000=Beyond\n1st_Act_1000=1\nUniverse=Others\n"
                    L"1st_Act_Universe=3\n",
          L"A-1-1", L"A-1-1;Last-1;Others-3"},
     };
