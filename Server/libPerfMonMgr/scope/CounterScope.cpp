@@ -69,8 +69,11 @@ void ResetAllCounters() {
     if (block == nullptr) {
         return;
     }
-    if (const CMutexOwnership owned(manager.GetMutex()); owned) {
-        ZeroCounters(*block);
+    // Under the mutex, so that a call that another process is just booking is not half kept; without it a start from
+    // zero still matters more than that call.
+    const CMutexOwnership owned(manager.GetMutex());
+    ZeroCounters(*block);
+    if (owned) {
         ReleaseCounterReference(*block);
     }
 }
