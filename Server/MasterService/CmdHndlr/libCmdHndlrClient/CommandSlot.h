@@ -13,6 +13,4 @@ enum class CommandSlot : uint32_t {
     kCount
 };
 
-static_assert(static_cast<uint32_t>(CommandSlot::kCount) == 72, "agents and readers of the counters know 72 rows");
-
 }  // namespace wrb
