@@ -1,12 +1,7 @@
 // The handlers of the scan-configuration requests: which text each logs, what it answers, and where it is counted.
-#include <gtest/gtest.h>
-
-#include "CmdProtocol.h"
+#include "Ask.h"
 #include "CounterSection.h"
 #include "FakeLogService.h"
-#include "FakePipeService.h"
-#include "UniqueName.h"
-#include "cmdhl.h"
 
 namespace {
 
@@ -40,16 +35,6 @@ class RqCfg : public testing::Test {
         ASSERT_EQ(m_counters.Attach(error), wrb::CounterAttach::Attached) << error;
     }
     void TearDown() override { cmdhl_Finalize(); }
-
-    static std::wstring Ask(const wchar_t* command, const wchar_t* uid) {
-        const std::wstring name = wrb::test::UniqueName(L"reply");
-        const wrb::test::CFakePipeService reply(name);
-        CCmdProtocol message;
-        message << command << name << uid;
-        EXPECT_EQ(cmdhl_Process(message.Text().data(), message.Text().size() * sizeof(wchar_t)), 1u);
-        const auto messages = reply.WaitFor(1);
-        return messages.empty() ? L"no answer" : messages[0].Text();
-    }
 
     wrb::test::CFakeLogService m_log;
     wrb::CCounterReader m_counters;
