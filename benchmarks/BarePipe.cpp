@@ -33,7 +33,9 @@ bool BareExchange(const std::wstring& target, std::string_view request, const st
     if (!reply || !BareSend(target, request)) {
         return false;
     }
-    if (!ConnectNamedPipe(reply.Get(), nullptr) && GetLastError() != ERROR_PIPE_CONNECTED) {
+    // A client that was quicker than this call is connected, or has already gone and left its bytes behind.
+    if (!ConnectNamedPipe(reply.Get(), nullptr) && GetLastError() != ERROR_PIPE_CONNECTED &&
+        GetLastError() != ERROR_NO_DATA) {
         return false;
     }
     char buffer[4096];
