@@ -26,14 +26,4 @@ TEST(DbCommands, AreThoseOfThePage) {
     EXPECT_THAT(wrb::test::WirePageCommands(), testing::UnorderedElementsAreArray(rows));
 }
 
-TEST(DbCommands, AreFoundByTheirExactName) {
-    for (const tagDbCommand& command : kDbCommands) {
-        EXPECT_EQ(wrb::FindDbCommand(command.name), command.id);
-        EXPECT_EQ(&wrb::DescribeDbCommand(command.id), &command);
-    }
-    for (const wchar_t* name : {L"", L"DB_GET_STATU", L"DB_GET_STATUS2", L"db_get_status"}) {
-        EXPECT_FALSE(wrb::FindDbCommand(name));
-    }
-}
-
 }  // namespace
