@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <initializer_list>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -56,19 +56,10 @@ inline tagSampleRecord Sample() {
 
 // "04 00 FF" as bytes.
 inline Bytes FromHex(std::string_view hex) {
+    std::istringstream words{std::string(hex)};
     Bytes bytes;
-    unsigned value = 0;
-    bool half = false;
-    for (const char c : hex) {
-        if (c == ' ') {
-            continue;
-        }
-        value = value << 4 | static_cast<unsigned>(c <= '9' ? c - '0' : c - 'A' + 10);
-        if (half) {
-            bytes.push_back(static_cast<uint8_t>(value));
-            value = 0;
-        }
-        half = !half;
+    for (std::string word; words >> word;) {
+        bytes.push_back(static_cast<uint8_t>(std::stoul(word, nullptr, 16)));
     }
     return bytes;
 }
@@ -77,13 +68,13 @@ inline Bytes FromHex(std::string_view hex) {
 inline constexpr uint8_t kMutations[] = {0x00, 0x01, 0x02, 0x03, 0x11, 0x7F, 0x80, 0xFF};
 
 inline constexpr std::string_view kSampleHex =
-    "04 00 00 00  EF CD AB 89"
-    "04 00 00 00  FE FF FF FF"
-    "01 00 00 00  01 00 00 00"
-    "06 00 00 00  41 00 E9 00 00 00"
-    "03 00 00 00  01 02 03"
-    "02 00 00 00"
-    "02 00 00 00  07 00"
-    "04 00 00 00  78 00 00 00"
-    "02 00 00 00  08 00"
-    "02 00 00 00  00 00";
+    "04 00 00 00  EF CD AB 89 "
+    "04 00 00 00  FE FF FF FF "
+    "01 00 00 00  01 00 00 00 "
+    "06 00 00 00  41 00 E9 00 00 00 "
+    "03 00 00 00  01 02 03 "
+    "02 00 00 00 "
+    "02 00 00 00  07 00 "
+    "04 00 00 00  78 00 00 00 "
+    "02 00 00 00  08 00 "
+    "02 00 00 00  00 00 ";
