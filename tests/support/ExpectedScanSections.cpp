@@ -82,34 +82,25 @@ tagExpectedKey ParseKey(const std::wstring& word) {
 }
 
 using V = tagScanGroupValues;
-constexpr uint32_t V::*kNumbers[] = {&V::compressedLayer,
-                                     &V::oleLayer,
-                                     &V::possibleVirusCustActInActiveAct,
-                                     &V::frequency,
-                                     &V::hour,
-                                     &V::minute,
-                                     &V::amPm,
-                                     &V::dayOfMonth,
-                                     &V::dayOfWeek,
-                                     &V::weekOrdinalOfMonth,
-                                     &V::weekdayOfMonth};
+// clang-format off
+constexpr uint32_t V::*kNumbers[] = {
+    &V::compressedLayer, &V::oleLayer, &V::possibleVirusCustActInActiveAct, &V::frequency, &V::hour, &V::minute, &V::amPm,
+    &V::dayOfMonth, &V::dayOfWeek, &V::weekOrdinalOfMonth, &V::weekdayOfMonth,
+};
+// clang-format on
 constexpr std::wstring V::*kTexts[] = {&V::extList,     &V::moveDir,           &V::cleanFailedMoveDir,
                                        &V::custAction,  &V::excludedFolder,    &V::excludedFile,
                                        &V::excludedExt, &V::excludeFileExtList};
 
 std::wstring ValueOf(const std::wstring& source, std::wstring_view uid, const tagScanGroupValues& values) {
     const auto bit = [&](int number) { return (values.flags >> number & 1) != 0; };
-    const std::map<std::wstring, std::wstring> named{{L"uid", std::wstring(uid)},
-                                                     {L"nothing", L""},
-                                                     {L"speed", bit(17)   ? L"1"
-                                                                : bit(18) ? L"2"
-                                                                          : L"0"},
-                                                     {L"type", bit(8) ? L"1" : L"2"},
-                                                     {L"action16", bit(16) ? L"1" : L"2"},
-                                                     {L"action17", bit(17) ? L"2" : L"1"},
-                                                     {L"actionRT", bit(2)   ? L"2"
-                                                                   : bit(3) ? L"0"
-                                                                            : L"1"}};
+    const std::map<std::wstring, std::wstring> named{
+        // clang-format off
+        {L"uid", std::wstring(uid)}, {L"nothing", L""}, {L"type", bit(8) ? L"1" : L"2"},
+        {L"speed", bit(17) ? L"1" : bit(18) ? L"2" : L"0"}, {L"actionRT", bit(2) ? L"2" : bit(3) ? L"0" : L"1"},
+        {L"action16", bit(16) ? L"1" : L"2"}, {L"action17", bit(17) ? L"2" : L"1"},
+        // clang-format on
+    };
     if (const auto found = named.find(source); found != named.end()) {
         return found->second;
     }
