@@ -111,11 +111,8 @@ TEST(AllScanCfg, AnythingButWholeAnswersGivesAnEmptyReply) {
     const std::string second = Message(kSecond, Lists());
     std::vector<std::pair<std::string, std::string>> answers{
         {"", second}, {first, ""}, {Message(kFirst, tagClnAllScanCfg()), second}, {wrb::test::WideBytes(L"1\t2"), ""}};
-    for (std::size_t length = 1; length < first.size(); length += 41) {
-        answers.emplace_back(first.substr(0, length), second);
-    }
-    for (std::size_t length = 1; length < second.size(); length += 41) {
-        answers.emplace_back(first, second.substr(0, length));
+    for (std::size_t cut = 1; cut < second.size(); cut += 41) {
+        answers.insert(answers.end(), {{first.substr(0, first.size() - cut), second}, {first, second.substr(0, cut)}});
     }
     for (auto& [one, two] : answers) {
         const auto lengths = std::pair(one.size(), two.size());
