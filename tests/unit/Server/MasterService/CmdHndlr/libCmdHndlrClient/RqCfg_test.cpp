@@ -68,14 +68,4 @@ TEST_F(RqCfg, AnEmptyUidAsksForTheServerWideSection) {
     }
 }
 
-// A reply that nobody takes leaves one line, that of the reply itself.
-TEST_F(RqCfg, AReplyThatNobodyTakesIsLoggedOnce) {
-    m_log.TakeTexts();
-    cmdhl_Process(L"CMDHL_GET_SN_CFG_EX\tno_such_pipe\t", 0xFFFFFFFF);
-    const auto lines = m_log.TakeTexts();
-    ASSERT_GE(lines.size(), 3u);
-    EXPECT_EQ(lines.back(), L"init pipe client [no_such_pipe] failed! err=[2]");
-    EXPECT_TRUE(lines[lines.size() - 2].starts_with(L"cmdhl_GetSNCfgEx: output:["));
-}
-
 }  // namespace
