@@ -47,17 +47,6 @@ TEST_P(PipeClientSizes, SendsAllBytesInPiecesOfAtMost1024) {
 INSTANTIATE_TEST_SUITE_P(Edges, PipeClientSizes,
                          testing::Values(0, 1, 1023, 1024, 1025, 511999, 512000, 512001, 2'000'000));
 
-TEST(PipeClient, AnAbsentPipeFailsAtOnce) {
-    CPipeClient client;
-    DWORD error = 0;
-    const auto elapsed = TimeOf([&] {
-        EXPECT_FALSE(client.Initial(UniqueName().c_str()));
-        error = GetLastError();
-    });
-    EXPECT_EQ(error, DWORD{ERROR_FILE_NOT_FOUND});
-    EXPECT_LT(elapsed, 900ms);  // the default time-out of a busy pipe is a second
-}
-
 // The names come from the network. One that the system would resolve to a file must not reach that file.
 TEST(PipeClient, RefusesNamesThatLeaveThePipeNamespace) {
     const struct {
@@ -77,20 +66,6 @@ TEST(PipeClient, RefusesNamesThatLeaveThePipeNamespace) {
         EXPECT_FALSE(client.Initial(row.name.c_str()));
         EXPECT_EQ(GetLastError(), row.error) << testing::PrintToString(row.name);
     }
-}
-
-TEST(PipeClient, WaitsForABusyPipe) {
-    const std::wstring name = UniqueName();
-    const CFakePipeService service(name);
-    CPipeClient first;
-    ASSERT_TRUE(first.Initial(name.c_str()));
-    std::thread release([&] {
-        Sleep(200);
-        first.Close();
-    });
-    CPipeClient second;
-    EXPECT_TRUE(second.Initial(name.c_str())) << GetLastError();
-    release.join();
 }
 
 TEST(PipeClient, GivesABusyPipeUpAfterTheTimeOutOfItsServer) {

@@ -9,7 +9,6 @@
 
 #include "FakePipeService.h"
 #include "PipeClient.h"
-#include "ReplyPipe.h"
 #include "ResourceUse.h"
 #include "UniqueName.h"
 
@@ -23,11 +22,8 @@ namespace {
 
 class PipeServer : public testing::Test {
   protected:
-    // Runs a client on a thread of its own; the thread ends with the test.
-    void Client(std::function<void()> action) { m_clients.emplace_back(std::move(action)); }
-
     void ClientSends(const std::string& data) {
-        Client([this, data] {
+        m_clients.emplace_back([this, data] {
             CPipeClient client;
             uint64_t bytes = data.size();
             EXPECT_TRUE(client.Initial(m_name.c_str()) && client.Send(data.data(), bytes)) << GetLastError();
@@ -38,10 +34,6 @@ class PipeServer : public testing::Test {
         for (std::thread& client : m_clients) {
             client.join();
         }
-    }
-
-    static wrb::CKernelHandle NewEvent(bool manualReset = true) {
-        return wrb::CKernelHandle(CreateEventW(nullptr, manualReset, FALSE, nullptr));
     }
 
     const std::wstring m_name = UniqueName();
@@ -56,7 +48,9 @@ TEST_P(PipeServerSizes, FetchesTheWholeMessageNarrowAndWide) {
     ASSERT_TRUE(server.Initial(m_name.c_str(), nullptr));
     ClientSends(data);
     std::string narrow;
-    EXPECT_TRUE(server.FetchCmd(narrow));
+    DWORD pid = 0;
+    EXPECT_TRUE(server.FetchCmd(narrow, &pid));
+    EXPECT_EQ(pid, GetCurrentProcessId());
     EXPECT_TRUE(narrow == data) << narrow.size();
 
     ClientSends(data);
@@ -88,48 +82,11 @@ TEST_F(PipeServer, GathersPiecesOfAnySize) {
     }
 }
 
-TEST_F(PipeServer, AClientThatClosesAtOnceGivesAnEmptyMessage) {
-    CPipeServer server;
-    ASSERT_TRUE(server.Initial(m_name.c_str(), nullptr));
-    EXPECT_TRUE(OpenPipeForWriting(m_name));  // and has gone before the fetch
-    for (int i = 0; i < 3; ++i) {
-        std::string fetched = "left over";
-        EXPECT_TRUE(server.FetchCmd(fetched));
-        EXPECT_EQ(fetched, "");
-        Client([this] { EXPECT_TRUE(OpenPipeForWriting(m_name)); });  // waits for the next fetch
-    }
-    std::string fetched;
-    EXPECT_TRUE(server.FetchCmd(fetched));
-}
-
-TEST_F(PipeServer, AConnectThatIsAskedForTooEarlyStaysPending) {
-    wrb::CReplyPipe instance;
-    ASSERT_TRUE(instance.CreateEventObject());
-    instance.Attach(wrb::CFileHandle(CreateNamedPipeW((L"\\\\.\\pipe\\" + m_name).c_str(),
-                                                      PIPE_ACCESS_INBOUND | FILE_FLAG_OVERLAPPED, PIPE_TYPE_MESSAGE, 1,
-                                                      0, 1024, 0, nullptr)));
-    ASSERT_TRUE(instance.ConnectToNewClient());
-    EXPECT_FALSE(instance.FinishConnect());
-    const auto client = OpenPipeForWriting(m_name);
-    EXPECT_EQ(WaitForSingleObject(instance.Event(), 10'000), WAIT_OBJECT_0);
-    EXPECT_TRUE(instance.FinishConnect());
-    EXPECT_TRUE(instance.IsReading());
-}
-
-TEST_F(PipeServer, AMessageWrittenBeforeTheFetchIsKept) {
-    CPipeServer server;
-    ASSERT_TRUE(server.Initial(m_name.c_str(), nullptr));
-    EXPECT_TRUE(WritePiece(OpenPipeForWriting(m_name), "early"));
-    std::string fetched;
-    EXPECT_TRUE(server.FetchCmd(fetched));
-    EXPECT_EQ(fetched, "early");
-}
-
 // What a peer may do to hold up a fetch. Each must end with the time-out, not later.
 TEST_F(PipeServer, TheTimeOutEndsAFetchWhateverThePeerDoes) {
     enum class Peer { Absent, ConnectsAndIsSilent, WritesOnceAndIsSilent };
     for (const Peer peer : {Peer::Absent, Peer::ConnectsAndIsSilent, Peer::WritesOnceAndIsSilent}) {
-        Client([peer, name = UniqueName()] {
+        m_clients.emplace_back([peer, name = UniqueName()] {
             CPipeServer server;
             ASSERT_TRUE(server.Initial(name.c_str(), 1u));
             const auto pipe = peer == Peer::Absent ? wrb::CFileHandle() : OpenPipeForWriting(name);
@@ -146,50 +103,9 @@ TEST_F(PipeServer, TheTimeOutEndsAFetchWhateverThePeerDoes) {
     }
 }
 
-TEST_F(PipeServer, TheTimeOutCountsFromTheLastPiece) {
-    CPipeServer server;
-    ASSERT_TRUE(server.Initial(m_name.c_str(), 1u));
-    Client([this] {
-        const auto pipe = OpenPipeForWriting(m_name);
-        for (int i = 0; i < 4; ++i) {
-            EXPECT_TRUE(WritePiece(pipe, "piece "));
-            Sleep(400);
-        }
-    });
-    std::string fetched;
-    EXPECT_TRUE(server.FetchCmd(fetched));
-    EXPECT_EQ(fetched, "piece piece piece piece ");
-}
-
-TEST_F(PipeServer, TheUserEventEndsAFetch) {
-    for (const bool manualReset : {true, false}) {
-        const auto event = NewEvent(manualReset);
-        CPipeServer server;
-        ASSERT_TRUE(server.Initial(m_name.c_str(), event.Get()));
-        const auto silent = OpenPipeForWriting(m_name);
-        std::thread signaller([&] {
-            Sleep(100);
-            SetEvent(event.Get());
-        });
-        std::wstring fetched;
-        EXPECT_FALSE(server.FetchCmd(fetched));
-        signaller.join();
-    }
-}
-
-TEST_F(PipeServer, AnEventSignalledBeforeTheFetchWinsOverTheData) {
-    const auto event = NewEvent();
-    CPipeServer server;
-    ASSERT_TRUE(server.Initial(m_name.c_str(), event.Get()));
-    EXPECT_TRUE(WritePiece(OpenPipeForWriting(m_name), "too late"));
-    SetEvent(event.Get());
-    std::string fetched;
-    EXPECT_FALSE(server.FetchCmd(fetched));
-}
-
 // A cancelled read must leave nothing behind that the system still writes to, and the server fit for the next fetch.
 TEST_F(PipeServer, FetchesAfterACancelledFetch) {
-    const auto event = NewEvent(false);
+    const wrb::CKernelHandle event(CreateEventW(nullptr, FALSE, FALSE, nullptr));
     CPipeServer server;
     ASSERT_TRUE(server.Initial(m_name.c_str(), event.Get()));
     const auto peer = OpenPipeForWriting(m_name);
@@ -205,77 +121,6 @@ TEST_F(PipeServer, FetchesAfterACancelledFetch) {
     ClientSends("next");
     EXPECT_TRUE(server.FetchCmd(fetched));
     EXPECT_EQ(fetched, "next");
-}
-
-TEST_F(PipeServer, TellsTheProcessIdOfTheWriter) {
-    CPipeServer server;
-    ASSERT_TRUE(server.Initial(m_name.c_str(), nullptr));
-    ClientSends("who am I");
-    std::string fetched;
-    DWORD pid = 1;
-    EXPECT_TRUE(server.FetchCmd(fetched, &pid));
-    EXPECT_EQ(pid, GetCurrentProcessId());
-
-    const auto peer = OpenPipeForWriting(m_name);
-    EXPECT_TRUE(server.DisconnectAndReconnect(0, &pid));
-    EXPECT_EQ(pid, GetCurrentProcessId());
-    EXPECT_FALSE(server.DisconnectAndReconnect(1, &pid));
-}
-
-TEST_F(PipeServer, MakesAtMost255Instances) {
-    const auto event = NewEvent();
-    CPipeServer server;
-    ASSERT_TRUE(server.Initial(300, m_name.c_str(), nullptr, event.Get()));
-    const std::wstring path = L"\\\\.\\pipe\\" + m_name;
-    std::vector<wrb::CFileHandle> clients;
-    for (;;) {
-        wrb::CFileHandle client(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-        if (!client) {
-            break;
-        }
-        clients.push_back(std::move(client));
-    }
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_PIPE_BUSY});
-    EXPECT_EQ(clients.size(), 255u);
-}
-
-TEST_F(PipeServer, AServerWithoutInstancesOnlyWaitsForItsObject) {
-    const auto event = NewEvent();
-    CPipeServer server;
-    ASSERT_TRUE(server.Initial(0, m_name.c_str(), nullptr, event.Get()));
-    SetEvent(event.Get());
-    std::string fetched;
-    EXPECT_FALSE(server.FetchCmd(fetched));
-}
-
-TEST_F(PipeServer, ANameIsFreeAgainOnceItsServerIsGone) {
-    for (int i = 0; i < 3; ++i) {
-        CPipeServer server;
-        ASSERT_TRUE(server.Initial(m_name.c_str(), 0u)) << i;
-        std::thread peer([&] { EXPECT_TRUE(WritePiece(OpenPipeForWriting(m_name), "x")); });
-        std::string fetched;
-        EXPECT_TRUE(server.FetchCmd(fetched));
-        peer.join();
-    }
-}
-
-TEST_F(PipeServer, ANameThatIsTakenIsTriedForHalfASecond) {
-    CPipeServer holder;
-    ASSERT_TRUE(holder.Initial(m_name.c_str(), nullptr));
-    const auto start = std::chrono::steady_clock::now();
-    CPipeServer late;
-    EXPECT_FALSE(late.Initial(m_name.c_str(), nullptr));
-    EXPECT_GE(std::chrono::steady_clock::now() - start, 450ms);
-
-    auto leaver = std::make_unique<CPipeServer>();
-    const std::wstring name = UniqueName();
-    ASSERT_TRUE(leaver->Initial(name.c_str(), nullptr));
-    std::thread leaving([&] {
-        Sleep(150);
-        leaver.reset();
-    });
-    EXPECT_TRUE(late.Initial(name.c_str(), nullptr));
-    leaving.join();
 }
 
 // It takes longer than the time-out, which must not end it: there is no second of silence.
@@ -294,18 +139,6 @@ TEST_F(PipeServer, RefusesAMessageWithoutEnd) {
     EXPECT_LE(fetched.size(), CPipeServer::kLargestMessageBytes);
     EXPECT_TRUE(server.DisconnectAndReconnect(0));  // lets the client go
     client.join();
-}
-
-TEST_F(PipeServer, SendAndRecvBringsTheAnswerOfAService) {
-    const std::wstring service = UniqueName(L"service");
-    const wrb::test::CFakePipeService upper(service, [this](const wrb::test::tagReceived& request) {
-        EXPECT_TRUE(WritePiece(OpenPipeForWriting(m_name), "answer to " + request.bytes));
-    });
-    CPipeServer server;
-    ASSERT_EQ(PipeSendAndRecvW("request", 7, m_name.c_str(), service.c_str(), server, nullptr), 1);
-    std::string answer;
-    EXPECT_TRUE(server.FetchCmd(answer));
-    EXPECT_EQ(answer, "answer to request");
 }
 
 TEST_F(PipeServer, TwoThousandRequestsLeaveNothingBehind) {
