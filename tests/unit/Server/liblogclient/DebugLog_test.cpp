@@ -4,10 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <fstream>
+#include <iterator>
 #include <map>
+#include <regex>
 #include <thread>
 
 #include "FakeLogService.h"
+#include "Text.h"
+#include "UniqueName.h"
+#include "logcl_command.h"
 
 using wrb::test::CFakeLogService;
 using wrb::test::CFakePipeService;
@@ -19,16 +25,19 @@ const std::wstring kPrefix = L"[CMDHL][liblogclient_test.exe]";
 
 class DebugLogTest : public testing::Test {
   protected:
-    ~DebugLogTest() override { wrb::CLogFilter::Shared().Set(0); }
-
-    std::wstring OnlyText() {
-        const auto lines = m_service.TakeLines();
-        EXPECT_EQ(lines.size(), 1u);
-        return lines.empty() ? std::wstring() : lines[0].text;
-    }
-
     CFakeLogService m_service{"CMDHL"};
 };
+
+TEST(LogWrite, AMessageIsItsFieldsBetweenTabsAndATerminatingZero) {
+    constexpr tagLogLine kLine = {-1, 4'294'967'295u, 12, 68, L"a.cpp", 4'294'967'295u, L"[T][h]text"};
+    const CFakePipeService service(L"Log_ServerNamePipe");
+    EXPECT_EQ(logcl_Write(kLine, nullptr), 1);
+    const auto messages = service.WaitFor(1);
+    ASSERT_EQ(messages.size(), 1u);
+    const std::wstring expected = L"LOG_WRITE\t-1\t4294967295\t12\t68\ta.cpp\t-1\t[T][h]text";
+    EXPECT_EQ(messages[0].bytes,
+              std::string(reinterpret_cast<const char*>(expected.c_str()), (expected.size() + 1) * sizeof(wchar_t)));
+}
 
 TEST_F(DebugLogTest, ALineArrivesFieldByField) {
     const auto before = static_cast<int32_t>(std::time(nullptr));
@@ -47,24 +56,6 @@ TEST_F(DebugLogTest, ALineArrivesFieldByField) {
     EXPECT_EQ(line.text, kPrefix + L"[f] wide\t-5 narrow");
 }
 
-TEST_F(DebugLogTest, TheMacroNamesItsOwnPlace) {
-    WRB_LOG(kLogNotice5, L"no arguments");
-    const uint32_t here = __LINE__ - 1;
-    const auto lines = m_service.TakeLines();
-    ASSERT_EQ(lines.size(), 1u);
-    EXPECT_EQ(lines[0].sourceFile, L"tests\\unit\\Server\\liblogclient\\DebugLog_test.cpp");
-    EXPECT_EQ(lines[0].line, here);
-    EXPECT_EQ(lines[0].level, 5u);
-}
-
-TEST_F(DebugLogTest, TheNarrowTwinBehavesTheSame) {
-    DebugLogA('E', L"x.cpp", 7, "%s %S %d", "narrow", L"wide", 9);
-    const auto lines = m_service.TakeLines();
-    ASSERT_EQ(lines.size(), 1u);
-    EXPECT_EQ(lines[0].text, kPrefix + L"narrow wide 9");
-    EXPECT_EQ(lines[0].level, uint32_t{'E'});
-}
-
 TEST_F(DebugLogTest, TheWholeTextIsCutAt4095Characters) {
     const std::size_t room = 4095 - kPrefix.size();
     for (const std::size_t length : {room - 1, room, room + 1, std::size_t{4096}, std::size_t{100'000}}) {
@@ -80,37 +71,19 @@ TEST_F(DebugLogTest, TheWholeTextIsCutAt4095Characters) {
     }
 }
 
-TEST_F(DebugLogTest, NullTextsAndEmptyLinesDoNoHarm) {
-    DebugLog('E', nullptr, 0, L"");
-    const auto lines = m_service.TakeLines();
-    ASSERT_EQ(lines.size(), 1u);
-    EXPECT_EQ(lines[0].sourceFile, L"");
-    EXPECT_EQ(lines[0].text, kPrefix);
-}
-
-TEST_F(DebugLogTest, TheFilterWordRulesWhatArrives) {
-    const auto arrived = [this] {
-        for (const uint32_t level :
-             {5u, 8u, uint32_t{'D'}, uint32_t{'E'}, uint32_t{'I'}, uint32_t{'W'}, uint32_t{'N'}, 256u}) {
-            DebugLog(level, L"x.cpp", 1, L"line");
-        }
-        std::vector<uint32_t> levels;
-        for (const tagLogMessage& line : m_service.TakeLines()) {
-            levels.push_back(line.level);
-        }
-        return levels;
-    };
-    auto& filter = wrb::CLogFilter::Shared();
-    const std::vector<uint32_t> all = {5, 8, 'D', 'E', 'I', 'W', 'N', 256};
-    EXPECT_EQ(arrived(), all);
-    filter.Set(wrb::LogFilterWord(8));
-    EXPECT_EQ(arrived(), (std::vector<uint32_t>{5, 'E', 'I', 'W', 'N', 256}));
-    filter.Set(wrb::LogFilterWord(-1));
-    EXPECT_EQ(arrived(), (std::vector<uint32_t>{'N', 256}));
-    filter.Set(wrb::LogFilterWord(-2));
-    EXPECT_EQ(arrived(), (std::vector<uint32_t>{256}));
-    filter.Set(0);
-    EXPECT_EQ(arrived(), all);
+TEST_F(DebugLogTest, AMirrorFileGetsTheLineAsWell) {
+    const std::wstring path = wrb::test::UniqueName(L"mirror") + L".log";
+    ASSERT_TRUE(DebugLogAttachMirror(path.c_str()));
+    DebugLog('E', L"x.cpp", 12, L"first");
+    ASSERT_TRUE(DebugLogAttachMirror(nullptr));
+    std::ifstream file(wrb::WideToAnsi(path), std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    file.close();
+    EXPECT_TRUE(DeleteFileW(path.c_str()));
+    const std::wstring pattern = L"\xFEFF\\d{4} \\d\\d/\\d\\d \\d\\d:\\d\\d:\\d\\d \\[" +
+                                 wrb::FormatWide(L"%04x : %04x", GetCurrentProcessId(), GetCurrentThreadId()) +
+                                 L"\\] \\[CMDHL\\]\\[liblogclient_test.exe\\]first - \\[x.cpp\\(12\\)\\]\r\n";
+    EXPECT_TRUE(std::regex_match(wrb::test::tagReceived{bytes, {}}.Text(), std::wregex(pattern))) << bytes;
 }
 
 TEST_F(DebugLogTest, KeepsTheLastError) {
@@ -148,29 +121,6 @@ TEST_F(DebugLogTest, EightThreadsNeverMixTheirLines) {
     for (const auto& [thread, count] : next) {
         EXPECT_EQ(count, kLines) << thread;
     }
-}
-
-TEST_F(DebugLogTest, TheSetUpMayChangeWhileThreadsLog) {
-    std::thread setups([] {
-        for (int i = 0; i < 200; ++i) {
-            DebugLogSetup(L"debug.ini", L"", i % 2 == 0 ? "EVEN" : "ODD", true);
-        }
-    });
-    for (int i = 0; i < 100; ++i) {
-        WRB_LOG('I', L"%d", i);
-    }
-    setups.join();
-    int expected = 0;
-    for (const std::wstring& text : m_service.TakeTexts()) {
-        EXPECT_EQ(text, std::to_wstring(expected++));
-    }
-    EXPECT_EQ(expected, 100);
-}
-
-TEST_F(DebugLogTest, ALongModuleTagIsCutAndLeavesRoomForNothingElseToBreak) {
-    DebugLogSetup(L"", L"", std::string(5'000, 't').c_str(), true);
-    WRB_LOG('I', L"text");
-    EXPECT_EQ(OnlyText(), L"[" + std::wstring(1023, L't') + L"][liblogclient_test.exe]text");
 }
 
 }  // namespace
