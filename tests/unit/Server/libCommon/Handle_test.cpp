@@ -18,12 +18,9 @@ struct CountingTraits {
 };
 using CCounted = wrb::CUniqueHandle<CountingTraits>;
 
-class Handle : public testing::Test {
-  protected:
-    Handle() { closed.clear(); }
-};
-
-TEST_F(Handle, ClosesExactlyOnceWhereverItMoves) {
+TEST(Handle, ClosesExactlyOnceWhereverItMovesAndKeepsTheLastError) {
+    closed.clear();
+    SetLastError(ERROR_FILE_NOT_FOUND);
     {
         CCounted first(1);
         CCounted second(std::move(first));
@@ -36,31 +33,7 @@ TEST_F(Handle, ClosesExactlyOnceWhereverItMoves) {
         EXPECT_EQ(third.Get(), 1);
     }
     EXPECT_EQ(closed, (std::vector<int>{3, 1}));
-}
-
-TEST_F(Handle, ReleaseGivesUpResetAndReceiveClose) {
-    CCounted handle(1);
-    EXPECT_EQ(handle.Release(), 1);
-    handle.Reset(2);
-    handle.Reset();
-    *handle.Receive() = 3;
-    *handle.Receive() = 4;
-    EXPECT_EQ(closed, (std::vector<int>{2, 3}));
-    EXPECT_EQ(handle.Get(), 4);
-}
-
-TEST_F(Handle, ClosingKeepsTheLastError) {
-    SetLastError(ERROR_FILE_NOT_FOUND);
-    { const CCounted handle(1); }
-    EXPECT_EQ(closed.size(), 1u);
     EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
-}
-
-TEST_F(Handle, TheEmptyValueDependsOnTheKind) {
-    EXPECT_FALSE(wrb::CFileHandle(INVALID_HANDLE_VALUE));
-    EXPECT_FALSE(wrb::CKernelHandle(nullptr));
-    const wrb::CKernelHandle event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    EXPECT_TRUE(event);
 }
 
 }  // namespace
