@@ -10,19 +10,15 @@
 
 class CFakeProfile : public wrb::IProfileAccess {
   public:
-    bool FileExists(const char* path) override {
-        lastPath = path;
-        return exists;
-    }
+    bool FileExists(const char*) override { return true; }
 
     uint32_t ReadInt(const char* section, const char* key, int32_t defaultValue, const char* path) override {
         const std::string text = ReadString(section, key, "", path);
         return text.empty() ? static_cast<uint32_t>(defaultValue) : static_cast<uint32_t>(std::stol(text));
     }
 
-    std::string ReadString(const char* section, const char* key, const char* defaultText, const char* path) override {
+    std::string ReadString(const char* section, const char* key, const char* defaultText, const char*) override {
         ++reads;
-        lastPath = path;
         const auto found = values.find(std::string(section) + "/" + key);
         return found != values.end() ? found->second : defaultText;
     }
@@ -41,10 +37,8 @@ class CFakeProfile : public wrb::IProfileAccess {
     void Pause(uint32_t milliseconds) override { pauses.push_back(milliseconds); }
 
     std::map<std::string, std::string> values;
-    bool exists = true;
     int failingWrites = 0;
     int writeAttempts = 0;
     std::atomic<int> reads{0};
     std::vector<uint32_t> pauses;
-    std::string lastPath;
 };

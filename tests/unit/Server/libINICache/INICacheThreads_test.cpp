@@ -50,16 +50,6 @@ class CRacingClock final : public wrb::IClock {
     mutable std::atomic<uint32_t> m_tick{0};
 };
 
-TEST(INICacheThreads, ThreadsThatMissTheSameKeyTogetherReadTheFileOnce) {
-    for (int round = 0; round < 50; ++round) {
-        CManualClock clock;
-        COneAtATimeProfile profile;
-        CINICache cache(clock, profile);
-        OnAllThreads([&](int) { EXPECT_EQ(cache.readINIInt("S", "k", 9), 9u); });
-        EXPECT_EQ(profile.reads, 1);
-    }
-}
-
 TEST(INICacheThreads, MissesComeOneAtATimeWhileOthersWriteAndClear) {
     CRacingClock clock;
     COneAtATimeProfile profile;
