@@ -2,14 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
-#include <thread>
-#include <vector>
-
 #include "ChildProcess.h"
 #include "CounterSection.h"
 #include "ManualClock.h"
-#include "OSException.h"
 #include "PerfMonMgr.h"
 
 namespace {
@@ -24,7 +19,7 @@ class CounterScope : public testing::Test {
     }
     void TearDown() override { CWrbyPerfMonMgr::CloseSingleton(); }
 
-    CManualClock clock;
+    CManualClock clock{0xFFFFFFF0};  // about to wrap
     wrb::CCounterReader reader;
 };
 
@@ -50,72 +45,6 @@ TEST_F(CounterScope, ACallIsCountedAtItsStartAndTimedAtItsEnd) {
     wrb::ResetAllCounters();
     EXPECT_EQ(reader.Slot(kSlot).calls, 0u);
     EXPECT_EQ(reader.Slot(kSlot).total, 0u);
-    EXPECT_EQ(reader.CallsInProgress(), 0);
-}
-
-TEST_F(CounterScope, AnExceptionInAHandlerEndsTheCallToo) {
-    EXPECT_THROW(
-        {
-            const wrb::CCounterCall call(5, clock);
-            clock.AdvanceTick(4);
-            throw std::runtime_error("handler");
-        },
-        std::runtime_error);
-    EXPECT_EQ(reader.Slot(5).total, 4u);
-    EXPECT_EQ(reader.CallsInProgress(), 0);
-}
-
-TEST_F(CounterScope, TheTickCounterMayWrapDuringACall) {
-    CManualClock late(0xFFFFFFF0);
-    {
-        const wrb::CCounterCall call(5, late);
-        late.AdvanceTick(0x20);
-    }
-    EXPECT_EQ(reader.Slot(5).maximum, 0x20u);
-}
-
-TEST_F(CounterScope, WithoutABlockOrASlotACallGoesUncounted) {
-    { const wrb::CCounterCall call(wrb::kCounterSlots, clock); }
-    EXPECT_EQ(CWrbyPerfMonMgr::GetInstance()->GetCounterInstance(2), nullptr);
-    EXPECT_EQ(reader.CallsInProgress(), 0);
-
-    CWrbyPerfMonMgr::GetInstance()->UnInitialize();
-    EXPECT_EQ(CWrbyPerfMonMgr::GetInstance()->GetCounterInstance(1), nullptr);
-    EXPECT_EQ(CWrbyPerfMonMgr::GetInstance()->GetMutex(), nullptr);
-    { const wrb::CCounterCall call(5, clock); }
-    wrb::ResetAllCounters();
-    EXPECT_EQ(reader.Slot(5).calls, 0u);
-}
-
-TEST_F(CounterScope, WithoutAManagerACallRaisesTheGeneralFailure) {
-    CWrbyPerfMonMgr::CloseSingleton();
-    EXPECT_EQ(CWrbyPerfMonMgr::GetInstance(), nullptr);
-    try {
-        const wrb::CCounterCall call(5, clock);
-        ADD_FAILURE() << "no exception";
-    } catch (const OS::CException& failure) {
-        EXPECT_EQ(failure.GetCode(), 0x80004005u);
-    }
-    EXPECT_THROW(wrb::ResetAllCounters(), OS::CException);
-
-    ASSERT_TRUE(CWrbyPerfMonMgr::Initialize());
-    { const wrb::CCounterCall call(5, clock); }
-    EXPECT_EQ(reader.Slot(5).calls, 1u) << "attached to the block that the reader kept alive";
-}
-
-TEST_F(CounterScope, ThreadsLoseNoCall) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([] {
-            for (int call = 0; call < 200; ++call) {
-                const wrb::CCounterCall counted(5);
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(reader.Slot(5).calls, 1600u);
     EXPECT_EQ(reader.CallsInProgress(), 0);
 }
 
