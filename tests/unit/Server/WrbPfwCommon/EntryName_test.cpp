@@ -12,23 +12,14 @@
 
 namespace {
 
-TEST(EntryName, PlainRelativePathsPass) {
-    constexpr struct {
-        const char* stored;
-        const wchar_t* wide;
-    } kCases[] = {{"a", L"a"},        {"log.dat", L"log.dat"}, {"a\\b\\c.log", L"a\\b\\c.log"},
-                  {"a/b", L"a\\b"},   {".hidden", L".hidden"}, {"a..b", L"a..b"},
-                  {" a", L" a"},      {"CONSOLE", L"CONSOLE"}, {"COM10", L"COM10"},
-                  {"a.nul", L"a.nul"}};
-    for (const auto& name : kCases) {
-        const auto checked = wrb::CheckEntryName(name.stored, false);
-        ASSERT_TRUE(checked) << name.stored;
-        EXPECT_EQ(checked->wide, name.wide);
-        EXPECT_EQ(wrb::AnsiToWide(checked->narrow), name.wide);
+TEST(EntryName, OnlyPlainRelativePathsPass) {
+    for (const char* name : {"a", "a\\b\\c.log", ".hidden", "a..b", " a", "CONSOLE", "COM10", "a.nul"}) {
+        const auto checked = wrb::CheckEntryName(name, false);
+        ASSERT_TRUE(checked) << name;
+        EXPECT_EQ(checked->narrow, name);
+        EXPECT_EQ(checked->wide, wrb::AnsiToWide(name));
     }
-}
-
-TEST(EntryName, EverythingElseIsRefused) {
+    EXPECT_EQ(wrb::CheckEntryName("a/b", false)->wide, L"a\\b");
     std::istringstream names(R"(. .. ... ..\a ../a a\..\b a\.. a\.\b a\\b a\ a. a.\b \a /a \\server\share\a \\?\C:\a
         \\.\pipe\a C:\a c:a C: a.txt:stream a.txt::$DATA CON con NUL.txt a\nul PRN. COM1 lpt9.dat COM0 conin$ CLOCK$
         a<b a>b a"b a|b a? *)");

@@ -20,12 +20,22 @@ bool Contains(const Bytes& whole, const Bytes& part) {
     return std::search(whole.begin(), whole.end(), part.begin(), part.end()) != whole.end() || part.empty();
 }
 
-bool RefuseAll(const char*, const char*, unsigned, void*) {
-    return false;
+void Put(Bytes& cabinet, std::size_t at, uint32_t number) {
+    for (std::size_t i = 0; i < 4; ++i) {
+        cabinet.at(at + i) = static_cast<uint8_t>(number >> (8 * i));
+    }
 }
 
-bool IsSound(const CPackageFolder& folder) {
-    return fpkExtract(folder.Package().c_str(), folder.Target().c_str(), RefuseAll, nullptr);
+// The header's number at 16 is where the entries begin; each is its size, its offset, 8 more bytes and a terminated
+// name. Numbers are little-endian.
+std::size_t EntryAt(const Bytes& cabinet, std::size_t index) {
+    std::size_t at = cabinet.at(16) | std::size_t{cabinet.at(17)} << 8;
+    for (; index > 0; --index) {
+        at += 16;
+        while (cabinet.at(at++) != 0) {
+        }
+    }
+    return at;
 }
 
 TEST(HostilePackage, ABadNameRefusesTheWholePackage) {
@@ -81,26 +91,6 @@ TEST(HostilePackage, AChangedByteNeverYieldsOtherData) {
     }
 }
 
-TEST(HostilePackage, WhatIsNoCabinetIsRefused) {
-    CPackageFolder folder;
-    for (const Bytes& content : {Bytes{}, Bytes{'M', 'S', 'C', 'F'}, Bytes(36, 0), Noise(5000), Bytes(100, 0xFF)}) {
-        folder.WritePackage(content);
-        EXPECT_FALSE(Extract(folder));
-    }
-    EXPECT_TRUE(folder.Files().empty());
-}
-
-TEST(HostilePackage, APartOfASetIsRefused) {
-    CPackageFolder folder;
-    const std::vector<Bytes> set = BuildCabinets({{"a", Noise(60000)}, {"b", Noise(60000, 2)}}, 50000);
-    ASSERT_GT(set.size(), 2u);
-    for (const Bytes& part : set) {
-        folder.WritePackage(part);
-        EXPECT_FALSE(Extract(folder));
-        EXPECT_TRUE(folder.Files().empty());
-    }
-}
-
 TEST(HostilePackage, PromisesBeyondTheLimitsAreRefused) {
     constexpr uint32_t kMostEntryBytes = 256u << 20;
     const std::vector<tagNewEntry> entries{{"a", kText}, {"b", kText}, {"c", kText}, {"d", kText}, {"e", kText}};
@@ -112,25 +102,12 @@ TEST(HostilePackage, PromisesBeyondTheLimitsAreRefused) {
         CPackageFolder folder;
         Bytes cabinet = BuildCabinet(entries);
         for (std::size_t i = 0; i < promise.large; ++i) {
-            CCabinetPatch(cabinet).SetEntrySize(4 - i, promise.bytes);
+            Put(cabinet, EntryAt(cabinet, 4 - i), promise.bytes);
         }
         folder.WritePackage(cabinet);
         const bool isShorterThanItsData = promise.bytes == 3;  // legal: nobody refers to the last byte
         EXPECT_EQ(Extract(folder), isShorterThanItsData) << promise.bytes;
     }
-}
-
-TEST(HostilePackage, TenThousandEntriesAreTheMost) {
-    CPackageFolder folder;
-    std::vector<tagNewEntry> entries{{"0", kText}};  // Wine's writer takes no cabinet of empty entries alone
-    for (int i = 1; i < 10000; ++i) {
-        entries.push_back({std::to_string(i), {}});
-    }
-    folder.WritePackage(BuildCabinet(entries));
-    EXPECT_TRUE(IsSound(folder));
-    entries.push_back({"one more", {}});
-    folder.WritePackage(BuildCabinet(entries));
-    EXPECT_FALSE(IsSound(folder));
 }
 
 // Entries in falling order make a reader unpack the data before them again for each.
@@ -143,12 +120,13 @@ TEST(HostilePackage, EndlessRereadingIsStopped) {
     }
     Bytes cabinet = BuildCabinet(entries);
     folder.WritePackage(cabinet);
-    EXPECT_TRUE(IsSound(folder));
+    EXPECT_TRUE(Extract(folder));
+    folder.EmptyTarget();
     for (uint32_t i = 1; i <= 200; ++i) {
-        CCabinetPatch(cabinet).SetEntryOffset(i, kLarge + 4 * (200 - i));
+        Put(cabinet, EntryAt(cabinet, i) + 4, kLarge + 4 * (200 - i));
     }
     folder.WritePackage(cabinet);
-    EXPECT_FALSE(IsSound(folder));
+    EXPECT_FALSE(Extract(folder));
 }
 
 }  // namespace
