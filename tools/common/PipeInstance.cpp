@@ -6,7 +6,7 @@
 namespace wrb {
 namespace {
 
-constexpr std::size_t kSmallestRead = 4096;
+constexpr std::size_t kReadBytes = 16 * 1024;
 
 }  // namespace
 
@@ -32,17 +32,14 @@ PipeStep CPipeInstance::Connect() {
 }
 
 PipeStep CPipeInstance::Read(std::size_t maxMessageBytes) {
-    DWORD available = 0;
-    if (!PeekNamedPipe(m_pipe.Get(), nullptr, 0, nullptr, &available, nullptr)) {
-        available = 0;  // the read tells why
-    }
     // One byte more than may come, so that an oversized message shows.
-    const std::size_t most = maxMessageBytes - m_filled + 1;
-    const std::size_t wanted = std::min(most, std::max<std::size_t>(available, kSmallestRead));
+    const std::size_t wanted = std::min(maxMessageBytes + 1 - m_filled, kReadBytes);
     m_message.resize(m_filled + wanted);
     m_operation = {};
-    if (ReadFile(m_pipe.Get(), m_message.data() + m_filled, static_cast<DWORD>(wanted), nullptr, &m_operation)) {
-        return PipeStep::Pending;  // done already, but its packet comes all the same
+    DWORD bytes = 0;
+    if (ReadFile(m_pipe.Get(), m_message.data() + m_filled, static_cast<DWORD>(wanted), &bytes, &m_operation)) {
+        m_filled += bytes;
+        return PipeStep::Taken;
     }
     switch (GetLastError()) {
         case ERROR_IO_PENDING:
@@ -52,11 +49,6 @@ PipeStep CPipeInstance::Read(std::size_t maxMessageBytes) {
         default:
             return PipeStep::Failed;
     }
-}
-
-bool CPipeInstance::Took(DWORD bytes, std::size_t maxMessageBytes) {
-    m_filled += bytes;
-    return m_filled <= maxMessageBytes;
 }
 
 std::string CPipeInstance::TakeMessage() {

@@ -21,23 +21,27 @@ enum class PipeState {
     Handling,    // has a whole message, and a worker has it
 };
 
-enum class PipeStep { Pending, Ready, Failed };  // a packet will tell; nothing is under way; GetLastError tells
+// Pending: a packet will tell. Taken: something has come, ask again. Ready: done. Failed: GetLastError tells.
+enum class PipeStep { Pending, Taken, Ready, Failed };
 
 class CPipeInstance {
   public:
     static constexpr ULONGLONG kNever = ~0ull;
 
+    // The pipe is overlapped and reads bytes; it must be on a completion port that gets no packet for what is done at
+    // once.
     explicit CPipeInstance(CFileHandle pipe) : m_pipe(std::move(pipe)) {}
 
     HANDLE Pipe() const { return m_pipe.Get(); }
 
     PipeStep Connect();  // Ready: a client is there already
 
-    // Reads all that has come, and waits for more when nothing has. Ready: the writer has closed its end.
+    // Reads what has come. Ready: the writer has closed its end and all is read. What is there already is Taken without
+    // a packet: a packet could come too late (see PipeListener.cpp).
     PipeStep Read(std::size_t maxMessageBytes);
 
-    // The packet of Read: `bytes` have come. False: the message is longer than it may be.
-    bool Took(DWORD bytes, std::size_t maxMessageBytes);
+    // `bytes` of the read have come: by its packet.
+    void Took(DWORD bytes) { m_filled += bytes; }
 
     // The packet still comes, with ERROR_OPERATION_ABORTED or with the result.
     void Cancel() { CancelIoEx(m_pipe.Get(), &m_operation); }

@@ -3,6 +3,7 @@
 #include <sddl.h>
 
 #include <algorithm>
+#include <future>
 #include <utility>
 
 #include "PipeInstance.h"
@@ -62,46 +63,55 @@ CPipeListener::~CPipeListener() {
 
 bool CPipeListener::Start() {
     m_port.Reset(CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, 1));
-    if (!m_port || !CreateInstances()) {
-        m_instances.clear();
+    if (!m_port) {
         return false;
     }
-    m_open = m_instances.size();
     m_jobs.Start(m_inOrder.workers);
-    m_thread = std::thread([this] { Run(); });
-    return true;
+    std::promise<DWORD> created;
+    std::future<DWORD> error = created.get_future();
+    m_thread = std::thread([this, created = std::move(created)]() mutable { Run(created); });
+    SetLastError(error.get());
+    return GetLastError() == 0;
 }
 
-bool CPipeListener::CreateInstances() {
+// Each instance waits for its client before the next one exists: no client can come to an instance that is not watched.
+DWORD CPipeListener::CreateInstances() {
     CLocalMemory descriptor;
     if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(kPipeAccess, SDDL_REVISION_1, descriptor.Receive(),
                                                               nullptr)) {
-        return false;
+        return GetLastError();
     }
     SECURITY_ATTRIBUTES access{sizeof(access), descriptor.Get(), FALSE};
-    const std::wstring path = L"\\\\.\\pipe\\" + m_options.name;
-    // The name is ours alone while we serve it, so that nobody can read what clients send: the first instance must
-    // create it, and no instance fits in beside these. Wine knows the second rule only.
     const DWORD count = InstanceCount(m_options);
+    m_instances.reserve(count);
     for (DWORD i = 0; i < count; ++i) {
-        const DWORD first = i == 0 ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0;
-        CFileHandle pipe(CreateNamedPipeW(path.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | first,
-                                          PIPE_TYPE_MESSAGE | PIPE_READMODE_BYTE | PIPE_REJECT_REMOTE_CLIENTS, count,
-                                          kBufferBytes, kBufferBytes, m_options.clientWaitMilliseconds, &access));
+        CFileHandle pipe = CreateInstance(count, i == 0, access);
         if (!pipe) {
             const DWORD error = GetLastError();
-            const bool taken = error == ERROR_ACCESS_DENIED || error == ERROR_PIPE_BUSY;
-            SetLastError(taken ? ERROR_ALREADY_EXISTS : error);
-            return false;
+            return error == ERROR_ACCESS_DENIED || error == ERROR_PIPE_BUSY ? ERROR_ALREADY_EXISTS : error;
         }
-        auto instance = std::make_unique<CPipeInstance>(std::move(pipe));
-        const auto key = reinterpret_cast<ULONG_PTR>(instance.get());
-        if (CreateIoCompletionPort(instance->Pipe(), m_port.Get(), key, 0) == nullptr) {
-            return false;
+        CPipeInstance& instance = *m_instances.emplace_back(std::make_unique<CPipeInstance>(std::move(pipe)));
+        const auto key = reinterpret_cast<ULONG_PTR>(&instance);
+        if (CreateIoCompletionPort(instance.Pipe(), m_port.Get(), key, 0) == nullptr ||
+            !SetFileCompletionNotificationModes(instance.Pipe(), FILE_SKIP_COMPLETION_PORT_ON_SUCCESS)) {
+            const DWORD error = GetLastError();
+            m_instances.pop_back();
+            return error;
         }
-        m_instances.push_back(std::move(instance));
+        ++m_open;
+        Arm(instance);
     }
-    return true;
+    return 0;
+}
+
+// The name is ours alone while we serve it, so that nobody can read what clients send: the first instance must create
+// it, and no instance fits in beside our `count`. Wine knows the second rule only.
+CFileHandle CPipeListener::CreateInstance(DWORD count, bool first, SECURITY_ATTRIBUTES& access) const {
+    const std::wstring path = L"\\\\.\\pipe\\" + m_options.name;
+    const DWORD open = PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | (first ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0);
+    return CFileHandle(CreateNamedPipeW(path.c_str(), open,
+                                        PIPE_TYPE_MESSAGE | PIPE_READMODE_BYTE | PIPE_REJECT_REMOTE_CLIENTS, count,
+                                        kBufferBytes, kBufferBytes, m_options.clientWaitMilliseconds, &access));
 }
 
 void CPipeListener::Stop() {
@@ -117,35 +127,41 @@ PipeListenerCounters CPipeListener::Counters() const {
     return {m_accepted.load(), m_empty.load(), m_dropped.load()};
 }
 
-// Every change of an instance happens here: a packet of its operation, a packet from the worker that is done with it,
-// or its deadline. A packet without an instance is the stop.
-void CPipeListener::Run() {
-    for (const auto& instance : m_instances) {
-        Arm(*instance);
+// Every change of an instance happens on this thread: by a packet of its operation, by a packet from the worker that is
+// done with it, or at its deadline. A packet without an instance is the stop.
+void CPipeListener::Run(std::promise<DWORD>& created) {
+    const DWORD failure = CreateInstances();
+    if (failure != 0) {
+        OnStop();
     }
+    created.set_value(failure);
     while (m_open > 0) {
-        ULONGLONG next = CPipeInstance::kNever;
-        for (const auto& instance : m_instances) {
-            next = std::min(next, instance->deadline);
-        }
-        const ULONGLONG now = GetTickCount64();
-        const DWORD wait = next == CPipeInstance::kNever ? INFINITE : static_cast<DWORD>(next > now ? next - now : 0);
         DWORD bytes = 0;
         ULONG_PTR key = 0;
         OVERLAPPED* operation = nullptr;
-        const BOOL good = GetQueuedCompletionStatus(m_port.Get(), &bytes, &key, &operation, wait);
+        const BOOL good = GetQueuedCompletionStatus(m_port.Get(), &bytes, &key, &operation, NextDeadline());
         const DWORD error = good ? 0 : GetLastError();
         if (key != 0) {
             OnPacket(*reinterpret_cast<CPipeInstance*>(key), operation == nullptr, bytes, error);
         } else if (good) {
             OnStop();
         }
+        const ULONGLONG now = GetTickCount64();
         for (const auto& instance : m_instances) {
-            if (instance->deadline <= GetTickCount64()) {
+            if (instance->deadline <= now) {
                 OnExpired(*instance);
             }
         }
     }
+}
+
+DWORD CPipeListener::NextDeadline() const {
+    ULONGLONG next = CPipeInstance::kNever;
+    for (const auto& instance : m_instances) {
+        next = std::min(next, instance->deadline);
+    }
+    const ULONGLONG now = GetTickCount64();
+    return next == CPipeInstance::kNever ? INFINITE : static_cast<DWORD>(next > now ? next - now : 0);
 }
 
 void CPipeListener::OnPacket(CPipeInstance& instance, bool ours, DWORD bytes, DWORD error) {
@@ -206,7 +222,7 @@ void CPipeListener::Arm(CPipeInstance& instance) {
             instance.state = PipeState::Resting;
             instance.deadline = GetTickCount64() + kRestMilliseconds;
             break;
-        case PipeStep::Pending:
+        default:
             break;
     }
 }
@@ -218,27 +234,34 @@ void CPipeListener::Connected(CPipeInstance& instance) {
     ReadOn(instance);
 }
 
+// Takes all that has come, and only then goes back to the port. So a message whose client has closed is complete before
+// the connection that this client made next is even seen: its packet stands behind the one that brought us here.
 void CPipeListener::ReadOn(CPipeInstance& instance) {
-    switch (instance.Read(m_options.maxMessageBytes)) {
-        case PipeStep::Ready:
+    for (;;) {
+        const PipeStep step = instance.Read(m_options.maxMessageBytes);
+        if (step == PipeStep::Pending) {
+            return;
+        }
+        if (step == PipeStep::Ready) {
             Complete(instance);
-            break;
-        case PipeStep::Failed:
-            DropAndRecycle(PipeDrop::Broken, instance);
-            break;
-        case PipeStep::Pending:
-            break;
+            return;
+        }
+        if (step == PipeStep::Failed || instance.Filled() > m_options.maxMessageBytes) {
+            DropAndRecycle(step == PipeStep::Failed ? PipeDrop::Broken : PipeDrop::Oversized, instance);
+            return;
+        }
     }
 }
 
 void CPipeListener::OnRead(CPipeInstance& instance, DWORD bytes, DWORD error) {
+    instance.Took(bytes);
     if (error == ERROR_BROKEN_PIPE) {
         Complete(instance);
     } else if (instance.expired) {
         DropAndRecycle(m_stopping ? PipeDrop::Stopping : PipeDrop::TimedOut, instance);
     } else if (error != 0) {
         DropAndRecycle(PipeDrop::Broken, instance);
-    } else if (!instance.Took(bytes, m_options.maxMessageBytes)) {
+    } else if (instance.Filled() > m_options.maxMessageBytes) {
         DropAndRecycle(PipeDrop::Oversized, instance);
     } else {
         ReadOn(instance);

@@ -20,6 +20,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <memory>
 #include <string>
 #include <thread>
@@ -81,7 +82,7 @@ class CPipeListener {
     CPipeListener(const CPipeListener&) = delete;
     CPipeListener& operator=(const CPipeListener&) = delete;
 
-    // Creates every instance and the threads. When it returns true, clients can connect. False: GetLastError tells;
+    // Creates the threads and every instance. When it returns true, clients can connect. False: GetLastError tells;
     // ERROR_ALREADY_EXISTS means that another process serves the name. Called once.
     bool Start();
 
@@ -92,8 +93,10 @@ class CPipeListener {
     PipeListenerCounters Counters() const;
 
   private:
-    bool CreateInstances();
-    void Run();
+    DWORD CreateInstances();  // 0 or the error
+    CFileHandle CreateInstance(DWORD count, bool first, SECURITY_ATTRIBUTES& access) const;
+    void Run(std::promise<DWORD>& created);
+    DWORD NextDeadline() const;  // milliseconds until it
     void OnPacket(CPipeInstance& instance, bool ours, DWORD bytes, DWORD error);
     void OnExpired(CPipeInstance& instance);
     void OnStop();
