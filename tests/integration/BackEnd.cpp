@@ -1,0 +1,85 @@
+#include "BackEnd.h"
+
+#include <stdexcept>
+
+#include "Text.h"
+
+namespace wrb::test {
+namespace {
+
+constexpr wchar_t kProgram[] = L"wrbback.exe";
+
+constexpr char kFull[] = R"({"uid": "3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3", "computer": "RECEPTION-01",
+    "ip": "192.0.2.17", "domain": {"name": "Front", "path": "Company\\Front", "uid": "d-1"},
+    "programVersion": "14.0", "platform": 10, "architecture": 9, "status": {"word1": 5, "word2": "0x80000001"},
+    "changed": 7, "scanMethod": 1, "privilege": {"word1": 3, "word2": "0xFFFFFFFF"},
+    "passwords": {"uninstall": "un", "unload": "ul"}, "outbreakPrevention": {"status": 1, "end": 4000000000},
+    "behaviourText": "b=1", "behaviourPolicies": [{"id": "p0", "action": 2, "enable": true},
+    {"id": "p1", "action": 1, "enable": false}], "approvedSpyware": ["one", "two"],
+    "restoreSessions": ["s 1", "s 2", "s 3"], "scan": {"manual": {"Flags": 33, "MoveDir": "\\m",
+    "exclusions": {"ExcludedExt": "iso"}}}})";
+
+std::string SeedText() {
+    std::string text = std::string("{\"agents\": [") + kFull + R"(, {"uid": ")" + WideToUtf8(kBareAgent) + "\"}";
+    for (unsigned i = 0; i < 8; ++i) {
+        text += R"(, {"uid": ")" + WideToUtf8(ThreadAgent(i)) + R"(", "scan": {}})";
+    }
+    return text + "], \"serviceSwitch\": {\"EnableDLPOnServer\": false}}";
+}
+
+}  // namespace
+
+std::wstring ThreadAgent(unsigned thread) {
+    return FormatWide(L"00000000-0000-0000-0000-%012u", thread);
+}
+
+tagRun RunBackEnd(const std::vector<std::wstring>& arguments) {
+    const CChildProcess process(kProgram, arguments);
+    const auto code = process.WaitForExit();
+    if (!code) {
+        throw std::runtime_error("wrbback does not end");
+    }
+    return {*code, process.Output()};
+}
+
+CBackEnd::CBackEnd(std::vector<std::wstring> moreArguments) {
+    WriteAll(m_folder / L"agents.json", SeedText());
+    const tagRun seed = RunBackEnd({L"seed", (m_folder / L"agents.json").wstring(), L"--db", Database()});
+    if (seed.code != 0) {
+        throw std::runtime_error(seed.output);
+    }
+    std::vector<std::wstring> arguments = {L"serve", L"--db", Database(), L"--log-folder",
+                                           (m_folder / L"log").wstring()};
+    arguments.insert(arguments.end(), moreArguments.begin(), moreArguments.end());
+    m_process = std::make_unique<CChildProcess>(kProgram, arguments);
+    if (!m_process->WaitForOutput("wrbback: ready")) {
+        throw std::runtime_error(m_process->Output());
+    }
+}
+
+CBackEnd::~CBackEnd() {
+    if (m_process) {
+        Stop();
+    }
+}
+
+std::string CBackEnd::Stop() {
+    EXPECT_EQ(RunBackEnd({L"stop"}).code, 0u);
+    EXPECT_EQ(m_process->WaitForExit(), 0u);
+    const std::string output = m_process->Output();
+    m_process.reset();
+    return output;
+}
+
+bool CBackEnd::WaitForLog(const std::string& part) const {
+    const ULONGLONG end = GetTickCount64() + 20'000;
+    while (Log().find(part) == std::string::npos) {
+        if (GetTickCount64() > end) {
+            return false;
+        }
+        Sleep(10);
+    }
+    return true;
+}
+
+}  // namespace wrb::test
