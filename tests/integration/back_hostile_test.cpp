@@ -174,6 +174,7 @@ TEST(BackHostile, ExitCodes) {
         {{L"serve", L"--db", db, L"--debug-ini", json + L"x"}, 2, "no such file"},
         {{L"serve", L"--db", db}, 1, "cannot be opened"},
         {{L"seed", json + L"x", L"--db", db}, 2, "cannot be opened"},
+        {{L"seed", L"/no/file", L"--db", db}, 2, "/no/file: cannot be opened"},  // no option, though it has a slash
         {{L"seed", json, L"--db", db}, 2, "agents[0].uid: must be a GUID"},
         {{L"stop"}, 3, "not running"},
     };

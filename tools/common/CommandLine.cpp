@@ -28,7 +28,20 @@ std::vector<std::string> Utf8Arguments() {
     return arguments;
 }
 
+namespace {
+
+// "/dir/file" is a path, whatever old programs of this system make of it.
+void TakeSlashesAsPaths(CLI::App& app) {
+    app.allow_windows_style_options(false);
+    for (CLI::App* subcommand : app.get_subcommands([](CLI::App*) { return true; })) {
+        TakeSlashesAsPaths(*subcommand);
+    }
+}
+
+}  // namespace
+
 std::optional<int> ParseArguments(CLI::App& app, std::vector<std::string> arguments) {
+    TakeSlashesAsPaths(app);
     std::reverse(arguments.begin(), arguments.end());  // CLI11 takes them from the back
     try {
         app.parse(std::move(arguments));
