@@ -13,7 +13,7 @@ CNotes::CNotes(Sink sink, unsigned perMinute, const IClock& clock)
     : m_sink(std::move(sink)), m_perMinute(perMinute), m_clock(clock), m_start(clock.TickMilliseconds()) {}
 
 void CNotes::Write(const std::wstring& note) {
-    const std::lock_guard lock(m_lock);
+    const CExclusiveGuard guard(m_lock);
     const uint32_t now = m_clock.TickMilliseconds();
     if (now - m_start >= kMinuteMilliseconds) {
         m_start = now;

@@ -3,10 +3,10 @@
 
 #include <cstdint>
 #include <functional>
-#include <mutex>
 #include <string>
 
 #include "Clock.h"
+#include "SRWLock.h"
 
 namespace wrb {
 
@@ -24,10 +24,10 @@ class CNotes {
     const Sink m_sink;
     const unsigned m_perMinute;
     const IClock& m_clock;
-    std::mutex m_lock;
-    uint32_t m_start = 0;  // of the current minute, on the tick clock
-    unsigned m_written = 0;
-    unsigned m_heldBack = 0;
+    CWrbSRWLock m_lock;
+    uint32_t m_start WRB_GUARDED_BY(m_lock) = 0;  // of the current minute, on the tick clock
+    unsigned m_written WRB_GUARDED_BY(m_lock) = 0;
+    unsigned m_heldBack WRB_GUARDED_BY(m_lock) = 0;
 };
 
 }  // namespace wrb

@@ -77,7 +77,7 @@ std::wstring CLogFiles::FinishedPath(uint64_t number) const {
 }
 
 LogWriteResult CLogFiles::Write(std::string_view line) {
-    const std::lock_guard lock(m_lock);
+    const CExclusiveGuard guard(m_lock);
     if (!m_file && !Open()) {
         return LogWriteResult::Failed;
     }

@@ -15,11 +15,11 @@
 
 #include <cstdint>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <string_view>
 
 #include "Handle.h"
+#include "SRWLock.h"
 
 namespace wrb {
 
@@ -47,18 +47,18 @@ class CLogFiles {
     LogWriteResult Write(std::string_view line);
 
   private:
-    bool HasSpace();
-    bool Open();
-    void Split();
+    bool HasSpace() WRB_REQUIRES(m_lock);
+    bool Open() WRB_REQUIRES(m_lock);
+    void Split() WRB_REQUIRES(m_lock);
     std::wstring CurrentPath() const;
     std::wstring FinishedPath(uint64_t number) const;
 
     const LogFileOptions m_options;
-    std::mutex m_lock;
-    CFileHandle m_file;
-    uint64_t m_size = 0;
-    uint64_t m_sinceSpaceCheck = 0;  // bytes
-    bool m_hasSpace = false;
+    CWrbSRWLock m_lock;
+    CFileHandle m_file WRB_GUARDED_BY(m_lock);
+    uint64_t m_size WRB_GUARDED_BY(m_lock) = 0;
+    uint64_t m_sinceSpaceCheck WRB_GUARDED_BY(m_lock) = 0;  // bytes
+    bool m_hasSpace WRB_GUARDED_BY(m_lock) = false;
 };
 
 }  // namespace wrb
