@@ -54,7 +54,7 @@ uint32_t CPipePeer::Pid() const {
 CPipeListener::CPipeListener(PipeListenerOptions options, InOrder inOrder)
     : m_options(std::move(options)), m_inOrder(std::move(inOrder)) {}
 
-CPipeListener::CPipeListener(PipeListenerOptions options, Handler handler)
+CPipeListener::CPipeListener(const PipeListenerOptions& options, Handler handler)
     : CPipeListener(options, OnWorkers(InstanceCount(options), std::move(handler))) {}
 
 CPipeListener::~CPipeListener() {

@@ -76,7 +76,7 @@ class CPipeListener {
         std::function<Job(std::string message, const CPipePeer& peer)> accept;
     };
 
-    CPipeListener(PipeListenerOptions options, Handler handler);  // as many workers as instances
+    CPipeListener(const PipeListenerOptions& options, Handler handler);  // as many workers as instances
     CPipeListener(PipeListenerOptions options, InOrder inOrder);
     ~CPipeListener();  // stops
     CPipeListener(const CPipeListener&) = delete;

@@ -26,15 +26,15 @@ enum class DbCommand : uint8_t {
 };
 
 struct tagDbCommand {
-    DbCommand id;
     const wchar_t* name;
-    DbAnswer answer;
     const char* requestFields;  // names of the fields behind the reply id, ", " between them
     const char* answerFields;   // the same for the answer; a description where the number of fields is open
+    DbCommand id;
+    DbAnswer answer;
 };
 
 inline constexpr tagDbCommand kDbCommands[] = {
-#define WRB_DB_COMMAND(id, name, answer, request, fields) {DbCommand::id, L"" name, DbAnswer::answer, request, fields},
+#define WRB_DB_COMMAND(id, name, answer, request, fields) {L"" name, request, fields, DbCommand::id, DbAnswer::answer},
 #include "DbCommands.inc"
 #undef WRB_DB_COMMAND
 };
