@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "Handle.h"
-#include "OverlappedIo.h"
 #include "PipePath.h"
 
 namespace wrb {
@@ -44,19 +43,27 @@ DWORD Open(const wchar_t* path, uint32_t milliseconds, CFileHandle& pipe) {
     }
 }
 
-DWORD WritePiece(COverlappedIo& io, std::span<const uint8_t> piece, DWORD milliseconds) {
-    if (!io.BeginWrite(piece.data(), static_cast<DWORD>(piece.size()))) {
-        return io.Error();
+// Writes one piece. When the time is up the write is cancelled and waited for: the system must have let go of the
+// bytes.
+DWORD WritePiece(HANDLE pipe, HANDLE event, std::span<const uint8_t> piece, DWORD milliseconds) {
+    OVERLAPPED operation{};
+    operation.hEvent = event;
+    DWORD written = 0;
+    if (!WriteFile(pipe, piece.data(), static_cast<DWORD>(piece.size()), nullptr, &operation)) {
+        const DWORD error = GetLastError();
+        if (error != ERROR_IO_PENDING) {
+            return error;
+        }
     }
-    switch (io.Wait(nullptr, milliseconds)) {
-        case IoOutcome::Done:
-            return io.Bytes() == piece.size() ? 0 : ERROR_WRITE_FAULT;
-        case IoOutcome::TimedOut:
-            io.Cancel();
-            return ERROR_TIMEOUT;
-        default:
-            return io.Error();
+    const bool late = WaitForSingleObject(event, milliseconds) != WAIT_OBJECT_0;
+    if (late) {
+        CancelIoEx(pipe, &operation);
     }
+    if (!GetOverlappedResult(pipe, &operation, &written, TRUE)) {
+        const DWORD error = GetLastError();
+        return late ? ERROR_TIMEOUT : error;
+    }
+    return written == piece.size() ? 0 : ERROR_WRITE_FAULT;
 }
 
 }  // namespace
@@ -71,10 +78,14 @@ DWORD WriteAnswer(const std::wstring& pipeName, std::span<const uint8_t> answer,
         return error;
     }
     const CDeadline deadline(limits.totalMilliseconds);
-    COverlappedIo io(pipe.Get());
+    const CKernelHandle event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    if (!event) {
+        return GetLastError();
+    }
     while (!answer.empty()) {
         const auto piece = answer.first(std::min<std::size_t>(answer.size(), kPipePieceBytes));
-        if (const DWORD error = WritePiece(io, piece, deadline.Left(limits.pieceMilliseconds)); error != 0) {
+        const DWORD left = deadline.Left(limits.pieceMilliseconds);
+        if (const DWORD error = WritePiece(pipe.Get(), event.Get(), piece, left); error != 0) {
             return error;
         }
         answer = answer.subspan(piece.size());
