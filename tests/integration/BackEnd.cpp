@@ -66,7 +66,7 @@ CBackEnd::~CBackEnd() {
 std::string CBackEnd::Stop() {
     EXPECT_EQ(RunBackEnd({L"stop"}).code, 0u);
     EXPECT_EQ(m_process->WaitForExit(), 0u);
-    const std::string output = m_process->Output();
+    std::string output = m_process->Output();
     m_process.reset();
     return output;
 }

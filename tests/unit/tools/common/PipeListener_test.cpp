@@ -216,7 +216,7 @@ TEST_F(CListenerTest, OneClientsMessagesComeInItsOrder) {
 TEST_F(CListenerTest, AJobRunsOnAWorkerWhileTheNextMessageIsAccepted) {
     const auto options = Options(2);
     CKernelHandle second(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    CPipeListener listener(options, CPipeListener::InOrder{1, [&](std::string message, const CPipePeer& peer) {
+    CPipeListener listener(options, CPipeListener::InOrder{1, [&](const std::string& message, const CPipePeer& peer) {
                                                                EXPECT_EQ(peer.Pid(), GetCurrentProcessId());
                                                                if (message == "second") {
                                                                    SetEvent(second.Get());

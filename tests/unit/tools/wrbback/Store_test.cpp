@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <thread>
 
@@ -109,9 +110,9 @@ TEST(Store, ThePoolLendsEachConnectionToOneThreadAtATime) {
     CreateStore(path);
     CStorePool pool(path, 2);
     std::atomic<int> out{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 6; ++i) {
-        threads.emplace_back([&] {
+    std::array<std::thread, 6> threads;
+    for (std::thread& thread : threads) {
+        thread = std::thread([&] {
             for (int n = 0; n < 50; ++n) {
                 const auto lease = pool.Lend();
                 EXPECT_LE(++out, 2);

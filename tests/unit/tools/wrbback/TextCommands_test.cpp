@@ -82,21 +82,21 @@ TEST_F(CTextCommandsTest, AnUnknownAgentHasNoAnswerAndTakesNoWrite) {
 TEST_F(CTextCommandsTest, AMaskSaysWhichBitsAValueReplaces) {
     const struct {
         uint32_t stored;
+        uint32_t result;
         const wchar_t* value;
         const wchar_t* mask;
-        uint32_t result;
     } kCases[] = {
-        {0x0000000F, L"240", L"255", 0x000000F0},
-        {0xFFFFFFFF, L"0", L"4294901757", 0x00010002},  // all but AllowCfg and the exclusion switch
-        {0x00010002, L"4294967295", L"4294901757", 0xFFFFFFFF},
-        {0x00000000, L"4294967295", L"4294901757", 0xFFFEFFFD},
-        {0x12345678, L"-1", L"0", 0x12345678},
-        {0x00000000, L"-1", L"-2147483648", 0x80000000},
-        {0x000000FF, L"text", L"15", 0x000000F0},
-        {0x000000FF, L"", L"", 0x000000FF},
-        {0x00000000, L" +7x", L"99999999999999999999", 0x00000007},
+        {0x0000000F, 0x000000F0, L"240", L"255"},
+        {0xFFFFFFFF, 0x00010002, L"0", L"4294901757"},  // all but AllowCfg and the exclusion switch
+        {0x00010002, 0xFFFFFFFF, L"4294967295", L"4294901757"},
+        {0x00000000, 0xFFFEFFFD, L"4294967295", L"4294901757"},
+        {0x12345678, 0x12345678, L"-1", L"0"},
+        {0x00000000, 0x80000000, L"-1", L"-2147483648"},
+        {0x000000FF, 0x000000F0, L"text", L"15"},
+        {0x000000FF, 0x000000FF, L"", L""},
+        {0x00000000, 0x00000007, L" +7x", L"99999999999999999999"},
     };
-    for (const auto& [stored, value, mask, result] : kCases) {
+    for (const auto& [stored, result, value, mask] : kCases) {
         db->Use("UPDATE scan SET flags = @f, spyware_flags = @f").Bind("@f", stored).Run();
         EXPECT_EQ(Write(DbCommand::SetMsFlg, std::wstring(kUid) + L"\t" + value + L"\t" + mask), 1);
         EXPECT_EQ(Manual("flags"), result) << result;
