@@ -1,0 +1,34 @@
+// The bits of the two privilege words: what an agent's user may do and is shown. Only bits that this system reads or
+// writes are named; the others belong to the database's other clients and must be left as they are, which the masks of
+// dbSetPrivilegeW see to.
+//
+// A bit's number runs through both words: 0 to 31 are word 1, 32 to 63 are word 2. A set bit means on. The comments
+// give the key under which an agent knows the switch. docs/wire-formats.md has the same rows.
+#pragma once
+
+#include <cstdint>
+
+#include "DbAgent.h"
+
+namespace wrb {
+
+enum class DbPrivilegeBit : uint8_t {
+    ScheduleUpdate = 0,        // ScheduleUpdateEnableDisable
+    ScheduleScanWarning = 1,   // EnableScheduleScanWarning
+    Pop3MailScan = 10,         // EnablePop3MailScan
+    VirusMailWarning = 11,     // EnableVirEmailWarning
+    SampleSubmission = 32 + 4  // EnableSampleSubmission
+};
+
+constexpr bool HasPrivilege(const tagDbPrivilege& privilege, DbPrivilegeBit bit) noexcept {
+    const auto number = static_cast<uint32_t>(bit);
+    return (((number < 32 ? privilege.word1 : privilege.word2) >> number % 32) & 1) != 0;
+}
+
+// Sets the bit; to clear one in the database, leave it out of the value and set it in the mask.
+constexpr void AddPrivilege(tagDbPrivilege& privilege, DbPrivilegeBit bit) noexcept {
+    const auto number = static_cast<uint32_t>(bit);
+    (number < 32 ? privilege.word1 : privilege.word2) |= uint32_t{1} << number % 32;
+}
+
+}  // namespace wrb
