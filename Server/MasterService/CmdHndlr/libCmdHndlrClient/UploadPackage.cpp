@@ -1,0 +1,98 @@
+#include "UploadPackage.h"
+
+#include <windows.h>
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+
+#include "DebugLog.h"
+#include "Handle.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+constexpr wchar_t kLibraryName[] = L"WrbPfwCommon_64x.dll";
+constexpr DWORD kModulePathCapacity = 32768;
+constexpr std::size_t kAnsiPathCapacity = 260;
+constexpr uint8_t kExtracted = 1;
+
+// The result is one byte of somebody else's making: as a bool, any value but 0 and 1 would be undefined.
+using ExtractFunction = uint8_t (*)(const char*, const char*, PackageCallback, void*);
+
+std::wstring LibraryPath() {
+    static const wchar_t here = L'\0';
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, &here,
+                       &module);
+    std::wstring path(kModulePathCapacity, L'\0');
+    path.resize(GetModuleFileNameW(module, path.data(), kModulePathCapacity));
+    path.resize(path.find_last_of(L'\\') + 1);
+    return path.append(kLibraryName);
+}
+
+// A full path, and for what that library needs in turn only its own folder and the system's: neither the current
+// folder nor the search path gets a say.
+ExtractFunction Bind() {
+    const std::wstring path = LibraryPath();
+    CModuleHandle library(
+        LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32));
+    const FARPROC entry = library ? GetProcAddress(library.Get(), "fpkExtract") : nullptr;
+    if (entry == nullptr) {
+        const DWORD error = GetLastError();
+        WRB_LOG(kLogError, L"%s - cannot bind fpkExtract of %s, err=%d", L"ExtractPackage", path.c_str(), error);
+        return nullptr;
+    }
+    static_cast<void>(library.Release());  // for the life of the process: another thread may be inside at any time
+    // By way of void*: a function pointer may not be cast to one of another type without a warning.
+    return reinterpret_cast<ExtractFunction>(reinterpret_cast<void*>(entry));
+}
+
+using AnsiPath = std::array<char, kAnsiPathCapacity>;
+
+// Nothing when the path does not fit or comes back as another one, which would be some other file.
+std::optional<AnsiPath> ToAnsiPath(const std::wstring& wide) {
+    const std::string narrow = WideToAnsi(wide.c_str());
+    if (narrow.size() >= kAnsiPathCapacity || AnsiToWide(narrow) != wide.c_str()) {
+        return std::nullopt;
+    }
+    AnsiPath path{};
+    std::memcpy(path.data(), narrow.data(), narrow.size());
+    return path;
+}
+
+bool LeaveOut(const char*, const char*, unsigned, void*) {
+    return false;
+}
+
+}  // namespace
+
+std::wstring ExtractionDirectory(std::wstring_view base, std::wstring_view replyPipe, std::size_t skip) {
+    return std::wstring(base).append(replyPipe.substr(skip));
+}
+
+bool ExtractPackage(const std::wstring& package, const std::wstring& directory, PackageCallback callback,
+                    void* context) {
+    static const ExtractFunction extract = Bind();
+    const std::optional<AnsiPath> packagePath = ToAnsiPath(package);
+    const std::optional<AnsiPath> folderPath = ToAnsiPath(directory);
+    return extract != nullptr && packagePath && folderPath &&
+           extract(packagePath->data(), folderPath->data(), callback, context) == kExtracted;
+}
+
+bool TestPackage(const std::wstring& package, const std::wstring& directory) {
+    return ExtractPackage(package, directory, LeaveOut, nullptr);
+}
+
+void RemoveEntryFolders(const std::wstring& directory, std::wstring_view entry) {
+    for (std::size_t end = entry.rfind(L'\\'); end != std::wstring_view::npos; end = entry.rfind(L'\\', end - 1)) {
+        const std::wstring folder = directory + L"\\" + std::wstring(entry.substr(0, end));
+        if (end == 0 || !RemoveDirectoryW(folder.c_str())) {
+            return;
+        }
+    }
+}
+
+}  // namespace wrb
