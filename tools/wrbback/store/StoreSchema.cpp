@@ -5,7 +5,7 @@ namespace wrb {
 // Uids are GUID texts, which nobody should have to spell in one case.
 const char kStoreSchema[] = R"sql(
 PRAGMA application_id = 0x57524244;
-PRAGMA user_version = 1;
+PRAGMA user_version = 2;
 
 CREATE TABLE agent (
     uid                TEXT PRIMARY KEY COLLATE NOCASE,
@@ -110,6 +110,39 @@ CREATE TRIGGER special_log_limit AFTER INSERT ON special_log
 BEGIN
     DELETE FROM special_log WHERE id <= NEW.id - 10000;
 END;
+
+-- What the log pool keeps, under the names that its senders use. The columns are those of records/RecordTable.cpp.
+CREATE TABLE TBL_CFW_LOG (
+    id         INTEGER PRIMARY KEY,
+    UID        TEXT    NOT NULL COLLATE NOCASE,
+    DATE       TEXT    NOT NULL,  -- local time of the server
+    LOCAL_HOST TEXT    NOT NULL,  -- this and the next: 32 hexadecimal digits
+    REMOTEHOST TEXT    NOT NULL,
+    PROTOCOL   INTEGER NOT NULL,
+    TYPE       INTEGER NOT NULL,
+    SUBTYPE    INTEGER NOT NULL,
+    PORT       INTEGER NOT NULL,
+    DIRECTION  INTEGER NOT NULL,
+    PV_NAME    TEXT    NOT NULL,
+    LOG_TYPE   INTEGER NOT NULL
+);
+CREATE TABLE TBL_RESTORE_LOG (
+    id        INTEGER PRIMARY KEY,
+    LOGID     TEXT    NOT NULL,
+    UID       TEXT    NOT NULL COLLATE NOCASE,
+    RECV_TIME TEXT    NOT NULL,
+    LOG_TYPE  INTEGER NOT NULL,
+    RESULT    INTEGER NOT NULL
+);
+
+-- Messages to the central-management agent and the agent-command service.
+CREATE TABLE event (
+    id       INTEGER PRIMARY KEY,
+    RECEIVED TEXT NOT NULL,  -- local time of the server
+    SERVICE  TEXT NOT NULL,  -- its pipe
+    NAME     TEXT NOT NULL,
+    FIELDS   TEXT NOT NULL   -- TAB between them
+);
 )sql";
 
 }  // namespace wrb

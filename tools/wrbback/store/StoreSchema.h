@@ -8,7 +8,7 @@
 namespace wrb {
 
 inline constexpr int64_t kStoreApplicationId = 0x57524244;  // "WRBD"
-inline constexpr int64_t kStoreVersion = 1;
+inline constexpr int64_t kStoreVersion = 2;
 
 extern const char kStoreSchema[];
 

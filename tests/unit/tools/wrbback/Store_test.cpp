@@ -40,8 +40,8 @@ TEST(Store, AFileThatCannotBeUsedIsNamedWithTheReason) {
         {"another program's",
          [&] { CSqliteDb(path, CSqliteDb::Open::kCreate).Execute("CREATE TABLE theirs (x); PRAGMA user_version = 1"); },
          "is a database of another program"},
-        {"a newer version's", [&] { CreateStore(path)->Execute("PRAGMA user_version = 2"); },
-         "has version 2, this program knows 1"},
+        {"a newer version's", [&] { CreateStore(path)->Execute("PRAGMA user_version = 99"); },
+         "has version 99, this program knows 2"},
         {"damaged",
          [&] {
              CreateStore(path)->Execute("PRAGMA journal_mode = DELETE");
