@@ -1,0 +1,85 @@
+#include "LogPoolRecord.h"
+
+#include <json/writer.h>
+
+#include <ctime>
+#include <sstream>
+
+#include "CmdProtocol.h"
+#include "DbFirewall.h"
+#include "HostAddress.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+// Tabs and line ends inside a text are escaped by the writer, so that without indentation the row is one line.
+Json::StreamWriterBuilder MakeBuilder() {
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    builder["emitUTF8"] = true;
+    return builder;
+}
+
+std::string Utf8(const wchar_t* text) {
+    return text == nullptr ? std::string() : WideToUtf8(text);
+}
+
+}  // namespace
+
+std::wstring LocalTimeText(int64_t seconds) {
+    const auto time = static_cast<std::time_t>(seconds);
+    std::tm local{};
+    if (localtime_s(&local, &time) != 0) {
+        return {};
+    }
+    return FormatWide(L"%04d-%02d-%02d %02d:%02d:%02d", local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
+                      local.tm_hour, local.tm_min, local.tm_sec);
+}
+
+Json::Value CfwLogColumns(const tagFirewallLogEntry& entry) {
+    CCmdProtocol process;
+    process << entry.processPath << entry.processInfo;
+    Json::Value columns(Json::objectValue);
+    columns["UID"] = Utf8(entry.uid);
+    columns["DATE"] = WideToUtf8(LocalTimeText(ConvertDateTime(entry.date, entry.time, 0)));
+    columns["LOCAL_HOST"] = HostAddressHex(entry.localHost);
+    columns["REMOTEHOST"] = HostAddressHex(entry.remoteHost);
+    columns["PROTOCOL"] = entry.protocol;
+    columns["TYPE"] = entry.type;
+    columns["SUBTYPE"] = entry.subType;
+    columns["PORT"] = entry.port;
+    columns["DIRECTION"] = entry.direction;
+    columns["PV_NAME"] = WideToUtf8(process.Text());
+    columns["LOG_TYPE"] = entry.logType;
+    return columns;
+}
+
+Json::Value RestoreLogColumns(const tagRestoreLog& log) {
+    Json::Value columns(Json::objectValue);
+    columns["LOGID"] = Utf8(log.logId);
+    columns["UID"] = Utf8(log.uid);
+    columns["RECV_TIME"] = WideToUtf8(LocalTimeText(log.received));
+    columns["LOG_TYPE"] = log.logType;
+    columns["RESULT"] = log.result;
+    return columns;
+}
+
+int FormatLogRow(const tagLogTable& table, const Json::Value& columns, std::wstring& text) {
+    static const Json::StreamWriterBuilder builder = MakeBuilder();
+    Json::Value row(Json::objectValue);
+    row["TBL"] = table.name;
+    row["COL"] = columns;
+    row["VER"] = table.version;
+    row["CATEGORY"] = table.category;
+    std::ostringstream out;
+    const std::unique_ptr<Json::StreamWriter> writer(builder.newStreamWriter());
+    const int error = writer->write(row, &out);
+    if (error != 0 || !out) {
+        return error != 0 ? error : -1;
+    }
+    text = Utf8ToWide(out.str());
+    return 0;
+}
+
+}  // namespace wrb

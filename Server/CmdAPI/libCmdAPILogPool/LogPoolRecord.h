@@ -1,0 +1,41 @@
+// The rows of the log pool as JSON. An object has the keys "TBL", "COL", "VER" and "CATEGORY"; "COL" holds the columns,
+// texts as JSON strings and numbers as JSON integers. docs/wire-formats.md lists them.
+#pragma once
+
+#include <json/value.h>
+
+#include <cstdint>
+#include <string>
+
+#include "FirewallLogEntry.h"
+
+namespace wrb {
+
+struct tagLogTable {
+    const char* name;
+    int version;
+    const char* category;
+};
+
+inline constexpr tagLogTable kCfwLogTable = {"TBL_CFW_LOG", 3, "CfwLogFieldInfo"};
+inline constexpr tagLogTable kRestoreLogTable = {"TBL_RESTORE_LOG", 3, "RestoreLogFieldInfo"};
+
+struct tagRestoreLog {
+    const wchar_t* logId;
+    const wchar_t* uid;  // null counts as empty
+    int64_t received;    // calendar seconds
+    int32_t logType;
+    int32_t result;
+};
+
+// Throw for lack of memory. An entry whose date cannot be converted has the second 0.
+Json::Value CfwLogColumns(const tagFirewallLogEntry& entry);
+Json::Value RestoreLogColumns(const tagRestoreLog& log);
+
+// The whole row as text, on one line. 0, or what the JSON writer reports.
+int FormatLogRow(const tagLogTable& table, const Json::Value& columns, std::wstring& text);
+
+// Local time as "2024-01-31 23:59:59"; seconds that the calendar cannot hold are an empty text.
+std::wstring LocalTimeText(int64_t seconds);
+
+}  // namespace wrb

@@ -1,0 +1,47 @@
+#include "cmdlog_OutputCmd.h"
+
+#include "Clock.h"
+#include "DbGuard.h"
+#include "LogId.h"
+#include "LogPoolRecord.h"
+#include "MsgSerializer.h"
+#include "ServiceClient.h"
+
+namespace {
+
+int SendRow(const wchar_t* function, const wchar_t* command, const wrb::tagLogTable& table,
+            const Json::Value& columns) {
+    std::wstring text;
+    if (const int error = wrb::FormatLogRow(table, columns, text); error != 0) {
+        WRB_LOG(kLogError, L"%s - Fail to format log into Json format, err=%d", function, error);
+        return 0;
+    }
+    CMsgSerializer message(command);
+    message << text;
+    return cmdlog_OutputCmd(message);
+}
+
+}  // namespace
+
+int cmdlog_OutputCmd(CMsgSerializer& message) noexcept {
+    constexpr wrb::tagService kService = wrb::ServiceWithPipeLines(kLogPoolPipe);
+    return wrb::SendToService(kService, message, wrb::SentBlock::Freed);
+}
+
+int cmdlog_SendCfwLog(const tagFirewallLogEntry& entry) noexcept {
+    return wrb::GuardDbCall(L"cmdlog_SendCfwLog", [&] {
+        return SendRow(L"cmdlog_SendCfwLog", kSendCfwLog, wrb::kCfwLogTable, wrb::CfwLogColumns(entry));
+    });
+}
+
+int dbSetRestoreLogW(const wchar_t* uid, int32_t logType, int32_t result) noexcept {
+    return wrb::GuardDbCall(L"dbSetRestoreLogW", [&] {
+        wchar_t logId[wrb::kLogIdCapacity];
+        if (!cwCreateGUID(logId, wrb::kLogIdCapacity)) {
+            WRB_LOG(kLogError, L"%s - Fail to create log ID", L"dbSetRestoreLogW");
+            return 0;
+        }
+        const wrb::tagRestoreLog log = {logId, uid, wrb::SystemClock().CalendarSeconds(), logType, result};
+        return SendRow(L"dbSetRestoreLogW", kSendRestoreLog, wrb::kRestoreLogTable, wrb::RestoreLogColumns(log));
+    });
+}

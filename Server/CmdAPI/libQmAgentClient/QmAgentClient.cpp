@@ -1,0 +1,45 @@
+#include "QmAgentClient.h"
+
+#include <string>
+
+#include "CmdProtocol.h"
+#include "DbFirewall.h"
+#include "DbGuard.h"
+#include "DebugLog.h"
+#include "ServiceClient.h"
+
+namespace {
+
+constexpr wrb::tagService kAgent = wrb::ServiceWithPlainLines(kQmAgentPipe);
+
+CCmdProtocol MakeFirewallLog(const tagFirewallLogEntry& entry) {
+    CCmdProtocol text;
+    // 64 bits wide: the text form has no number of that width.
+    text << kQmSendFirewallLog << entry.uid << std::to_wstring(ConvertDateTime(entry.date, entry.time, 0))
+         << entry.localHost << entry.remoteHost;
+    for (const uint32_t number :
+         {entry.protocol, entry.type, entry.subType, entry.port, entry.direction, entry.logType}) {
+        text << number;
+    }
+    text << entry.processPath << entry.processInfo;
+    return text;
+}
+
+}  // namespace
+
+int qmaSend(const CCmdProtocol& text) noexcept {
+    WRB_LOG(kLogDebug, L"[caClient] Send %s", text.Text().data());
+    return wrb::SendToService(kAgent, text);
+}
+
+int qmaSendRtsStatusChange(uint32_t status) noexcept {
+    return wrb::GuardDbCall(L"qmaSendRtsStatusChange", [&] {
+        CCmdProtocol text;
+        text << kQmRtsStatusChange << status;
+        return qmaSend(text);
+    });
+}
+
+int qmaSendFirewallLog(const tagFirewallLogEntry& entry) noexcept {
+    return wrb::GuardDbCall(L"qmaSendFirewallLog", [&] { return qmaSend(MakeFirewallLog(entry)); });
+}

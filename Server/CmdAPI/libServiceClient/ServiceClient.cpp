@@ -1,0 +1,68 @@
+#include "ServiceClient.h"
+
+#include <windows.h>
+
+#include "CmdProtocol.h"
+#include "DbGuard.h"
+#include "DebugLog.h"
+#include "MsgSerializer.h"
+#include "PipeClient.h"
+
+namespace wrb {
+namespace {
+
+bool Report(const tagService& service, const wchar_t* format, DWORD error) {
+    if (service.namesPipe) {
+        WRB_LOG(kLogError, format, service.pipe, error);
+    } else {
+        WRB_LOG(kLogError, format, error);
+    }
+    return false;
+}
+
+bool SendBytes(const tagService& service, CPipeClient& client, const void* bytes, uint64_t byteCount) {
+    return client.Send(bytes, byteCount) || Report(service, service.sendFailed, GetLastError());
+}
+
+bool SendMessageBytes(const tagService& service, CPipeClient& client, CMsgSerializer& message, SentBlock after) {
+    if (!message.Finalize()) {
+        WRB_LOG(kLogError, L"%s - cannot finalize %s", L"SendToService", message.Name().c_str());
+        return false;
+    }
+    const uint32_t size = message.GetSize();
+    if (after == SentBlock::Kept) {
+        return SendBytes(service, client, message.Data(), size);
+    }
+    const CBlock block = message.DetachBlock();
+    return SendBytes(service, client, block.get(), size);
+}
+
+template <typename Write>
+int Deliver(const tagService& service, Write write) noexcept {
+    return GuardDbCall(L"SendToService", [&] {
+        CPipeClient client;
+        const bool written =
+            client.Initial(service.pipe) ? write(client) : Report(service, service.openFailed, GetLastError());
+        return written ? 1 : 0;
+    });
+}
+
+}  // namespace
+
+int SendToService(const tagService& service, const CCmdProtocol& text) noexcept {
+    return Deliver(service, [&](CPipeClient& client) {
+        const std::wstring_view all = text.Text();
+        return SendBytes(service, client, all.data(), (all.size() + 1) * sizeof(wchar_t));
+    });
+}
+
+int SendToService(const tagService& service, CMsgSerializer& message, SentBlock block) noexcept {
+    const int sent =
+        Deliver(service, [&](CPipeClient& client) { return SendMessageBytes(service, client, message, block); });
+    if (sent != 1) {
+        message.DiscardSentFile();
+    }
+    return sent;
+}
+
+}  // namespace wrb
