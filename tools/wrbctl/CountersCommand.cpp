@@ -16,18 +16,18 @@ namespace {
 
 std::string TextLine(const char* format, const char* name, const HandlerCounterSlot& slot) {
     char line[160];
-    const int length = std::snprintf(line, sizeof line, format, name, slot.calls, slot.average, slot.maximum,
-                                     static_cast<unsigned long long>(slot.total));
+    const int length = std::snprintf(line, sizeof line, format, name, slot.calls, slot.failures, slot.average,
+                                     slot.maximum, static_cast<unsigned long long>(slot.total));
     return std::string(line, static_cast<std::size_t>(length));
 }
 
 std::string TextTable(const CCounterReader& reader, bool all) {
-    std::string text = "command                                    calls   avg ms   max ms     total ms\n";
+    std::string text = "command                                    calls    failed   avg ms   max ms     total ms\n";
     uint32_t index = 0;
     for (const CommandEntry& entry : CommandCatalog()) {
         const HandlerCounterSlot slot = reader.Slot(index++);
         if (all || slot.calls != 0) {
-            text += TextLine("%-38s %9u %8u %8u %12llu\n", entry.name.data(), slot);
+            text += TextLine("%-38s %9u %9u %8u %8u %12llu\n", entry.name.data(), slot);
         }
     }
     return text + "calls in progress: " + std::to_string(reader.CallsInProgress()) + "\n";
@@ -44,6 +44,7 @@ Json::Value JsonTable(const CCounterReader& reader, bool all) {
             Json::Value row;
             row["name"] = std::string(entry.name);
             row["calls"] = slot.calls;
+            row["failures"] = slot.failures;
             row["averageMs"] = slot.average;
             row["maximumMs"] = slot.maximum;
             row["totalMs"] = static_cast<Json::UInt64>(slot.total);

@@ -43,6 +43,10 @@ void CountCall(HandlerCounterSlot& slot) noexcept {
     std::atomic_ref<uint32_t>(slot.calls).fetch_add(1);
 }
 
+void CountFailure(HandlerCounterSlot& slot) noexcept {
+    std::atomic_ref<uint32_t>(slot.failures).fetch_add(1);
+}
+
 void BookCallTime(HandlerCounterSlot& slot, uint32_t elapsed) noexcept {
     const uint64_t total = slot.total + elapsed;
     const uint32_t calls = Load(slot.calls);
@@ -59,11 +63,12 @@ void ZeroCounters(HandlerCounterBlock& block) noexcept {
         Store(slot.maximum, uint32_t{0});
         Store(slot.total, uint64_t{0});
         Store(slot.average, uint32_t{0});
+        Store(slot.failures, uint32_t{0});
     }
 }
 
 HandlerCounterSlot ReadCounters(const HandlerCounterSlot& slot) noexcept {
-    return {Load(slot.calls), Load(slot.maximum), Load(slot.total), Load(slot.average), 0};
+    return {Load(slot.calls), Load(slot.maximum), Load(slot.total), Load(slot.average), Load(slot.failures)};
 }
 
 int32_t ReadCallsInProgress(const HandlerCounterBlock& block) noexcept {

@@ -14,6 +14,9 @@ void ReleaseCounterReference(HandlerCounterBlock& block) noexcept;
 // Counts a call that begins. Needs no mutex.
 void CountCall(HandlerCounterSlot& slot) noexcept;
 
+// Counts a call that has failed. Needs no mutex.
+void CountFailure(HandlerCounterSlot& slot) noexcept;
+
 // Books a call that took `elapsed` milliseconds. The caller holds the block's mutex.
 void BookCallTime(HandlerCounterSlot& slot, uint32_t elapsed) noexcept;
 

@@ -20,15 +20,15 @@ inline constexpr wchar_t kCounterMutexName[] = L"Global\\Calloway_Warrenby_Handl
 
 }  // namespace wrb
 
-// One command; its slot is its row in the command table. `calls` is raised without the mutex when a call begins, the
-// rest is changed under the mutex when it ends. A reader without the mutex sees each number whole, but may see a call
-// that is counted and not yet timed.
+// One command; its slot is its row in the command table. `calls` is raised without the mutex when a call begins,
+// `failures` when its work has failed, the rest is changed under the mutex when it ends. A reader without the mutex
+// sees each number whole, but may see a call that is counted and not yet timed.
 struct HandlerCounterSlot {
     uint32_t calls;
-    uint32_t maximum;  // longest call
-    uint64_t total;    // of all calls that ended
-    uint32_t average;  // total / calls when the last call ended
-    uint32_t reserved;
+    uint32_t maximum;   // longest call
+    uint64_t total;     // of all calls that ended
+    uint32_t average;   // total / calls when the last call ended
+    uint32_t failures;  // calls of a command without an answer that reported failure; always 0 for the others
 };
 
 struct HandlerCounterBlock {
@@ -46,6 +46,7 @@ static_assert(offsetof(HandlerCounterSlot, calls) == 0);
 static_assert(offsetof(HandlerCounterSlot, maximum) == 4);
 static_assert(offsetof(HandlerCounterSlot, total) == 8);
 static_assert(offsetof(HandlerCounterSlot, average) == 16);
+static_assert(offsetof(HandlerCounterSlot, failures) == 20);
 static_assert(sizeof(HandlerCounterSlot) == 24);
 static_assert(offsetof(HandlerCounterBlock, signature) == 0);
 static_assert(offsetof(HandlerCounterBlock, version) == 4);

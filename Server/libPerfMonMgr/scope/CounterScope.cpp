@@ -63,6 +63,12 @@ CCounterCall::~CCounterCall() {
     }
 }
 
+void CCounterCall::ReportResult(bool succeeded) noexcept {
+    if (!succeeded && m_slot != nullptr) {
+        CountFailure(*m_slot);
+    }
+}
+
 void ResetAllCounters() {
     CWrbyPerfMonMgr& manager = Manager();
     HandlerCounterBlock* block = manager.GetCounterInstance(CWrbyPerfMonMgr::kHandlerInstance);

@@ -25,6 +25,9 @@ class CCounterCall {
     CCounterCall(const CCounterCall&) = delete;
     CCounterCall& operator=(const CCounterCall&) = delete;
 
+    // For a command without an answer: its result, once. A failure is counted.
+    void ReportResult(bool succeeded) noexcept;
+
   private:
     const IClock& m_clock;
     const uint32_t m_startTick;
