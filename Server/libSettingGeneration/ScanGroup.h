@@ -1,9 +1,9 @@
 // The twelve scan-configuration groups as data: what an agent's section holds, in which order, and where each key's
 // value comes from.
 //
-// The tables are the only description of a group. Rendering a section and reading the server-wide defaults from the
-// scan INI walk the same rows, and so must an update, so that a key exists in one place. A new key is one row in
-// ScanGroupTables.cpp.
+// The tables are the only description of a group. Rendering a section, reading and writing the server-wide defaults in
+// the scan INI and taking an update apart walk the same rows, so that a key exists in one place. A new key is one row
+// in ScanGroupTables.cpp.
 //
 // Everything here is constant data, readable from any thread. Every text is a literal: the character behind a
 // view's end is NUL.
@@ -109,6 +109,8 @@ struct ScanRow {
     const ScanChoice* choice = nullptr;    // Choice
     uint32_t defaultNumber = 0;            // what a missing INI key counts as: Bit, Int, Choice
     const wchar_t* defaultText = nullptr;  // the same for Text, CustomActionPair
+    bool isUpdated = true;                 // a setting that has a field in an update message
+    std::wstring_view updateBehind = {};   // the key behind whose field it stands there; empty: as in the section
 
     constexpr bool IsSetting() const noexcept { return kind != ScanRowKind::Uid && kind != ScanRowKind::Empty; }
 };
@@ -128,6 +130,11 @@ struct ScanGroup {
     // that answer, the option word.
     std::span<const ScanNumber> numbers;
     std::span<const ScanText> texts;
+
+    // An update message: the rows in the order of its fields, and the bits of the stored option word that it replaces.
+    // A bit outside the mask keeps its stored value even if the message has a field for it.
+    std::span<const ScanRow* const> updateRows;
+    uint32_t updateMask;
 };
 
 // The mask of the switch "exclude the maker's own products": in the option word of a main group, shown by the

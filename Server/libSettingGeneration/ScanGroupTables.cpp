@@ -10,6 +10,9 @@ constexpr uint32_t Mask(unsigned bit) {
     return uint32_t{1} << bit;
 }
 
+// Whether the agent may configure itself: the same bit in every word that has it, and never an agent's to change.
+constexpr unsigned kAllowCfg = 1;
+
 constexpr ScanRow BitRow(std::wstring_view key, unsigned bit, uint32_t defaultNumber) {
     return {.key = key, .kind = Bit, .bits = Mask(bit), .defaultNumber = defaultNumber};
 }
@@ -24,6 +27,16 @@ constexpr ScanRow TextRow(std::wstring_view key, ScanText text, const wchar_t* d
 
 constexpr ScanRow ChoiceRow(std::wstring_view key, const ScanChoice& choice, uint32_t defaultNumber) {
     return {.key = key, .kind = Choice, .choice = &choice, .defaultNumber = defaultNumber};
+}
+
+constexpr ScanRow UpdatedBehind(std::wstring_view key, ScanRow row) {
+    row.updateBehind = key;
+    return row;
+}
+
+constexpr ScanRow NotUpdated(ScanRow row) {
+    row.isUpdated = false;
+    return row;
 }
 
 // ---- keys that look the same wherever they stand ----
@@ -50,14 +63,16 @@ constexpr ScanRow kEnablePossibleVirusAction = BitRow(L"EnablePossibleVirusCustA
 constexpr ScanRow kPossibleVirusAction =
     IntRow(L"PossibleVirusCustActInActiveAct", &Values::possibleVirusCustActInActiveAct, 4);
 constexpr ScanRow kSystemCleanForPossibleVirus = BitRow(L"SystemCleanForPossibleVirus", 27, 0);
-constexpr ScanRow kCompressedLayer = IntRow(L"CompressedLayer", &Values::compressedLayer, 20);
+constexpr ScanRow kCompressedLayer =
+    UpdatedBehind(L"ScanCompressed", IntRow(L"CompressedLayer", &Values::compressedLayer, 20));
 constexpr ScanRow kExtList =
     TextRow(L"ExtList", &Values::extList, L".EXE, .COM, .SYS, .DOC, .DRV, .CMD, .XLS, .DLL, .386");
 constexpr ScanRow kMoveDir = TextRow(L"MoveDir", &Values::moveDir, L"\\temp");
 constexpr ScanRow kCleanFailedMoveDir = TextRow(L"CleanFailedMoveDir", &Values::cleanFailedMoveDir, L"\\temp");
-constexpr ScanRow kCustAction = TextRow(L"CustAction", &Values::custAction, kDefaultCustAction);
+constexpr ScanRow kCustAction =
+    UpdatedBehind(L"EnableUniAct", TextRow(L"CustAction", &Values::custAction, kDefaultCustAction));
 constexpr ScanRow kIntelliTrap = BitRow(L"IntelliTrap", 24, 1);
-constexpr ScanRow kEnableAggressiveClean = BitRow(L"EnableAggressiveClean", 20, 0);
+constexpr ScanRow kEnableAggressiveClean = NotUpdated(BitRow(L"EnableAggressiveClean", 20, 0));
 
 // ---- sections ----
 
@@ -66,7 +81,7 @@ constexpr ScanRow kManual[] = {
     BitRow(L"Enable", 0, 1),
     BitRow(L"IntelliScan", 8, 0),
     BitRow(L"ActiveAction", 9, 0),
-    BitRow(L"AllowCfg", 1, 0),
+    BitRow(L"AllowCfg", kAllowCfg, 0),
     BitRow(L"ScanMemory", 2, 1),
     BitRow(L"ScanBoot", 3, 1),
     BitRow(L"ScanCompressed", 4, 1),
@@ -98,7 +113,7 @@ constexpr ScanRow kRealTime[] = {
     BitRow(L"Enable", 0, 1),
     BitRow(L"IntelliScan", 8, 0),
     BitRow(L"ActiveAction", 9, 0),
-    BitRow(L"AllowCfg", 1, 0),
+    BitRow(L"AllowCfg", kAllowCfg, 0),
     BitRow(L"ScanBoot", 2, 1),
     BitRow(L"ScanShutDown", 3, 1),
     BitRow(L"ScanCompressed", 4, 1),
@@ -136,7 +151,7 @@ constexpr ScanRow kPrescheduled[] = {
     BitRow(L"Enable", 0, 1),
     BitRow(L"IntelliScan", 11, 0),
     BitRow(L"ActiveAction", 12, 0),
-    BitRow(L"AllowCfg", 1, 0),
+    BitRow(L"AllowCfg", kAllowCfg, 0),
     BitRow(L"ScanMemory", 2, 1),
     BitRow(L"ScanBoot", 3, 1),
     BitRow(L"ScanCompressed", 4, 1),
@@ -211,7 +226,7 @@ constexpr ScanRow kExclusion[] = {
 };
 
 constexpr ScanRow kSpywareEnable = BitRow(L"Enable", 0, 1);
-constexpr ScanRow kSpywareAllowCfg = BitRow(L"AllowCfg", 1, 0);
+constexpr ScanRow kSpywareAllowCfg = BitRow(L"AllowCfg", kAllowCfg, 0);
 constexpr ScanRow kSpywareScanTypeRow = ChoiceRow(L"ScanType", kSpywareScanType, 1);
 constexpr ScanRow kPopSpywareFoundAlert = BitRow(L"PopSpywareFoundAlert", 18, 0);
 constexpr ScanRow kEnableSpyExclusion = BitRow(L"EnableSpyExclusion", 24, 1);
@@ -253,6 +268,68 @@ constexpr ScanRow kSpywareScanNow[] = {
     kExcludeFileExtList,
 };
 
+// ---- updates ----
+
+template <std::size_t count>
+class CUpdateOrder {
+  public:
+    constexpr explicit CUpdateOrder(const ScanRow (&rows)[count]) {
+        for (const ScanRow& row : rows) {
+            if (row.updateBehind.empty() && Add(row)) {
+                AddThoseBehind(rows, row.key);
+            }
+        }
+    }
+
+    constexpr std::span<const ScanRow* const> Rows() const { return std::span(m_rows).first(m_used); }
+
+  private:
+    constexpr bool Add(const ScanRow& row) {
+        const bool has = row.IsSetting() && row.isUpdated;
+        if (has) {
+            m_rows[m_used++] = &row;
+        }
+        return has;
+    }
+
+    constexpr void AddThoseBehind(const ScanRow (&rows)[count], std::wstring_view key) {
+        for (const ScanRow& row : rows) {
+            if (row.updateBehind == key) {
+                Add(row);
+            }
+        }
+    }
+
+    std::array<const ScanRow*, count> m_rows{};
+    std::size_t m_used = 0;
+};
+
+constexpr CUpdateOrder kManualUpdate(kManual);
+constexpr CUpdateOrder kRealTimeUpdate(kRealTime);
+constexpr CUpdateOrder kPrescheduledUpdate(kPrescheduled);
+constexpr CUpdateOrder kScanNowUpdate(kScanNow);
+constexpr CUpdateOrder kExclusionUpdate(kExclusion);
+constexpr CUpdateOrder kSpywareManualUpdate(kSpywareManual);
+constexpr CUpdateOrder kSpywareRealTimeUpdate(kSpywareRealTime);
+constexpr CUpdateOrder kSpywarePrescheduledUpdate(kSpywarePrescheduled);
+constexpr CUpdateOrder kSpywareScanNowUpdate(kSpywareScanNow);
+
+// A main group replaces its whole word, bits without a field included, but for two: whether the agent may configure
+// itself, and the switch of the exclusion group.
+constexpr uint32_t kMainMask = ~(Mask(kAllowCfg) | kExcludeCallowayProductBit);
+
+// A spyware group replaces what its fields can set.
+constexpr uint32_t SpywareMask(std::span<const ScanRow> rows) {
+    uint32_t mask = 0;
+    for (const ScanRow& row : rows) {
+        mask |= row.bits;
+        if (row.choice != nullptr) {
+            mask |= row.choice->stored[0].bits | row.choice->stored[1].bits;
+        }
+    }
+    return mask & ~Mask(kAllowCfg);
+}
+
 // ---- values in database order ----
 
 constexpr ScanNumber kNumbers[] = {
@@ -284,31 +361,34 @@ using enum ScanGroupKind;
 }  // namespace
 
 constexpr std::array<ScanGroup, kScanGroupCount> kScanGroups{{
-    {MS, Main, L"MSCfg", L"ms", L"Manual Scan Configuration", 0x1, L"DB_GET_MSCF", kManual, kMainNumbers, kMainTexts},
+    {MS, Main, L"MSCfg", L"ms", L"Manual Scan Configuration", 0x1, L"DB_GET_MSCF", kManual, kMainNumbers, kMainTexts,
+     kManualUpdate.Rows(), kMainMask},
     {MS, Spyware, L"SpyMSCfg", L"", L"Spyware Manual Scan Configuration", 0x1, L"DB_GET_SPYWARE_MSCF", kSpywareManual,
-     kFlagsOnly, kSpywareTexts},
+     kFlagsOnly, kSpywareTexts, kSpywareManualUpdate.Rows(), SpywareMask(kSpywareManual)},
     {MS, Exclusion, L"MSCfgEx", L"msex", L"Manual Scan Configuration Ex", 0x100, L"DB_GET_MSCF", kExclusion, kFlagsOnly,
-     kExclusionTexts},
+     kExclusionTexts, kExclusionUpdate.Rows(), kExcludeCallowayProductBit},
 
     {RT, Main, L"RTCfg", L"rt", L"Real Time Scan Configuration", 0x2, L"DB_GET_RTCF", kRealTime, kMainNumbers,
-     kMainTexts},
+     kMainTexts, kRealTimeUpdate.Rows(), kMainMask},
     {RT, Spyware, L"SpyRTCfg", L"", L"Spyware Real Time Scan Configuration", 0x2, L"DB_GET_SPYWARE_RTCF",
-     kSpywareRealTime, kFlagsOnly, kSpywareTexts},
+     kSpywareRealTime, kFlagsOnly, kSpywareTexts, kSpywareRealTimeUpdate.Rows(), SpywareMask(kSpywareRealTime)},
     {RT, Exclusion, L"RTCfgEx", L"rtex", L"Real Time Scan Configuration Ex", 0x4000, L"DB_GET_RTCF", kExclusion,
-     kFlagsOnly, kExclusionTexts},
+     kFlagsOnly, kExclusionTexts, kExclusionUpdate.Rows(), kExcludeCallowayProductBit},
 
     {PS, Main, L"PSCfg", L"ps", L"Prescheduled Scan Configuration", 0x4, L"DB_GET_PSCF", kPrescheduled,
-     kScheduledNumbers, kMainTexts},
+     kScheduledNumbers, kMainTexts, kPrescheduledUpdate.Rows(), kMainMask},
     {PS, Spyware, L"SpyPSCfg", L"", L"Spyware Prescheduled Scan Configuration", 0x4, L"DB_GET_SPYWARE_PSCF",
-     kSpywarePrescheduled, kFlagsOnly, kSpywareTexts},
+     kSpywarePrescheduled, kFlagsOnly, kSpywareTexts, kSpywarePrescheduledUpdate.Rows(),
+     SpywareMask(kSpywarePrescheduled)},
     {PS, Exclusion, L"PSCfgEx", L"psex", L"Prescheduled Scan Configuration Ex", 0x8000, L"DB_GET_PSCF", kExclusion,
-     kFlagsOnly, kExclusionTexts},
+     kFlagsOnly, kExclusionTexts, kExclusionUpdate.Rows(), kExcludeCallowayProductBit},
 
-    {SN, Main, L"SNCfg", L"sn", L"Scan Now Configuration", 0x400, L"DB_GET_SNCF", kScanNow, kMainNumbers, kMainTexts},
+    {SN, Main, L"SNCfg", L"sn", L"Scan Now Configuration", 0x400, L"DB_GET_SNCF", kScanNow, kMainNumbers, kMainTexts,
+     kScanNowUpdate.Rows(), kMainMask},
     {SN, Spyware, L"SpySNCfg", L"", L"Spyware Scan Now Configuration", 0x400, L"DB_GET_SPYWARE_SNCF", kSpywareScanNow,
-     kFlagsOnly, kSpywareTexts},
+     kFlagsOnly, kSpywareTexts, kSpywareScanNowUpdate.Rows(), SpywareMask(kSpywareScanNow)},
     {SN, Exclusion, L"SNCfgEx", L"snex", L"Scan Now Configuration Ex", 0x10000, L"DB_GET_SNCF", kExclusion, kFlagsOnly,
-     kExclusionTexts},
+     kExclusionTexts, kExclusionUpdate.Rows(), kExcludeCallowayProductBit},
 }};
 
 namespace {
