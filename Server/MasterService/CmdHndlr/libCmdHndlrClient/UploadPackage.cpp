@@ -86,10 +86,13 @@ bool TestPackage(const std::wstring& package, const std::wstring& directory) {
     return ExtractPackage(package, directory, LeaveOut, nullptr);
 }
 
-void RemoveEntryFolders(const std::wstring& directory, std::wstring_view entry) {
-    for (std::size_t end = entry.rfind(L'\\'); end != std::wstring_view::npos; end = entry.rfind(L'\\', end - 1)) {
-        const std::wstring folder = directory + L"\\" + std::wstring(entry.substr(0, end));
-        if (end == 0 || !RemoveDirectoryW(folder.c_str())) {
+void RemoveEntryFolders(const char* directory, const char* entry) {
+    std::wstring folder = AnsiToWide(directory);
+    const std::size_t top = folder.size();
+    folder.append(L"\\").append(AnsiToWide(entry));
+    for (std::size_t end = folder.rfind(L'\\'); end > top; end = folder.rfind(L'\\')) {
+        folder.resize(end);
+        if (!RemoveDirectoryW(folder.c_str())) {
             return;
         }
     }

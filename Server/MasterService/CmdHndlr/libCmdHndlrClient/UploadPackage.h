@@ -31,8 +31,8 @@ bool ExtractPackage(const std::wstring& package, const std::wstring& directory, 
 // Checks a package as thoroughly as unpacking it would, and writes nothing.
 bool TestPackage(const std::wstring& package, const std::wstring& directory);
 
-// Removes the folders on the way from `directory` down to `entry` (a relative path with backslashes), deepest first, as
-// far as they are empty; `directory` itself stays. Never fails.
-void RemoveEntryFolders(const std::wstring& directory, std::wstring_view entry);
+// Removes the folders on the way from `directory` down to `entry`, deepest first, as far as they are empty; `directory`
+// itself stays. Both as a callback gets them.
+void RemoveEntryFolders(const char* directory, const char* entry);
 
 }  // namespace wrb

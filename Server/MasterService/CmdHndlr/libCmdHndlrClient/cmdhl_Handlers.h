@@ -24,3 +24,8 @@ void cmdhl_GetSNCfg(CCmdProtocol& message);
 void cmdhl_GetSNCfgEx(CCmdProtocol& message);
 void cmdhl_GetSpySNCfg(CCmdProtocol& message);
 void cmdhl_GetSpyRestoreList(CCmdProtocol& message);
+
+// cmdhl_Others.cpp: firewall logs of agents.
+void cmdhl_GetPFWLogQueryCondition(CCmdProtocol& message);
+void cmdhl_SetCFWLog(CCmdProtocol& message);
+void cmdhl_UpdateCfwCount(CCmdProtocol& message);

@@ -1,0 +1,163 @@
+#include "cmdhl_CfwLogFile.h"
+
+#include <cwchar>
+
+#include "DebugLog.h"
+#include "Handle.h"
+#include "INICache.h"
+#include "PfwLogReader.h"
+#include "PfwLogText.h"
+#include "QmAgentClient.h"
+#include "cmdlog_OutputCmd.h"
+
+namespace wrb {
+namespace {
+
+constexpr int32_t kForwarded = 1;
+constexpr int32_t kRecordLost = -2;
+constexpr uint8_t kGuardedDirection = 2;  // whose processes are shown only on request
+constexpr uint16_t kFirewallLog = 0;
+
+// The line shows the function and the source only: the values travel behind a format that has no place for them. It has
+// always looked like this, and those who search the logs for it count on that.
+template <typename Item>
+void LogFormatError(const Item& item) {
+    WRB_LOG('E', L"%s - Server\\MasterService\\CmdHndlr\\libCmdHndlrClient\\cmdhl_Others", L"processCFWLogFile",
+            __LINE__,
+            L"processCFWLogFile[format error]: cfwLog.byHead(%x), cfwLog.byRear(%x), cfwLog.byDirection(%x), "
+            L"cfwLog.wPort(%d)",
+            item.byHead, item.byRear, item.byDirection, item.wPort);
+}
+
+bool IsPathHidden(uint8_t direction, const wchar_t* path) {
+    return (direction == kGuardedDirection &&
+            ServerIniCache().readINIInt("INI_SERVER_SECTION", "CFWShowAllPV", 0) == 0) ||
+           std::wcscmp(path, L"Idle") == 0;
+}
+
+class CRecordForwarder {
+  public:
+    CRecordForwarder(const wchar_t* uid, const tagCfwLogTargets& targets) : m_uid(uid), m_targets(targets) {}
+
+    // False when the record is lost.
+    template <typename Item>
+    bool Forward(const Item& item) {
+        if (!HasPfwLogMarkers(item)) {
+            LogFormatError(item);
+            return false;
+        }
+        m_time.Set(item.dwTime);
+        DecodePfwLogTexts(item, m_texts);
+        return Send({m_uid, m_time.Date(), m_time.Time(), m_texts.localHost, m_texts.remoteHost, item.wProtocol,
+                     item.wType, item.wSubType, item.wPort, item.byDirection,
+                     IsPathHidden(item.byDirection, m_texts.pvName) ? L"" : m_texts.pvName, m_texts.pvInfo,
+                     kFirewallLog});
+    }
+
+  private:
+    bool Send(const tagFirewallLogEntry& entry) const {
+        if (m_targets.agentClient(entry) != 1) {
+            WRB_LOG(8, L"qmaSendFirewallLog: send agent log failed(%s)", m_uid);
+        }
+        if (m_targets.logPool(entry) != 1) {
+            WRB_LOG(8, L"processCFWLogFile:uid=%s fail", m_uid);
+            return false;
+        }
+        return true;
+    }
+
+    const wchar_t* m_uid;
+    const tagCfwLogTargets& m_targets;
+    CLocalTimeText m_time;
+    tagPfwLogTexts m_texts;
+};
+
+template <typename Item>
+int32_t ForwardRecords(HANDLE file, CRecordForwarder& forwarder) {
+    int32_t result = kForwarded;
+    CPfwLogReader reader(file, sizeof(Item));
+    while (const void* const record = reader.Next()) {
+        if (!forwarder.Forward(*static_cast<const Item*>(record))) {
+            result = kRecordLost;
+        }
+    }
+    return result;
+}
+
+PfwLogVersion VersionOf(HANDLE file, uint32_t size) {
+    const PfwLogVersion bySize = PfwLogVersionOfSize(size);
+    const int32_t version = bySize == PfwLogVersion::kUnknown ? CheckPFWLogVersion(file) : static_cast<int32_t>(bySize);
+    WRB_LOG('D', L"processCFWLogFile:final log version(%d)", version);
+    return static_cast<PfwLogVersion>(version);
+}
+
+// One record from the file's position; what the file lacks of it is zero. False when nothing was read.
+template <typename Item>
+bool ReadFirst(HANDLE file, Item& item) {
+    item = {};
+    DWORD read = 0;
+    return ReadFile(file, &item, sizeof item, &read, nullptr) && read != 0;
+}
+
+void Rewind(HANDLE file) {
+    SetFilePointer(file, 0, nullptr, FILE_BEGIN);
+}
+
+int32_t ReportVersion(int32_t version) {
+    WRB_LOG(8, L"CheckPFWLogVersion: bRetVer=(%d)", version);
+    return version;
+}
+
+}  // namespace
+
+int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, const tagCfwLogTargets& targets) {
+    WRB_LOG(8, L"processCFWLogFile: FileName=%s", fileName);
+    const CFileHandle file(
+        CreateFileW(fileName, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) {
+        const DWORD error = GetLastError();
+        WRB_LOG(5, L"processCFWLogFile:Fail open file err=%d, '%s'", error, fileName);
+        return kForwarded;
+    }
+    const DWORD size = GetFileSize(file.Get(), nullptr);  // no package holds a file that needs the upper half
+    CRecordForwarder forwarder(uid.c_str(), targets);
+    switch (VersionOf(file.Get(), size)) {
+        case PfwLogVersion::kV0:
+            return ForwardRecords<SWRB_PFW_LOG_ITEM_V0>(file.Get(), forwarder);
+        case PfwLogVersion::kV1:
+            return ForwardRecords<SWRB_PFW_LOG_ITEM>(file.Get(), forwarder);
+        case PfwLogVersion::kUnknown:
+            break;
+    }
+    WRB_LOG('E',
+            L"processCFWLogFile: processCFWLogFile ERROR:GetFileSize(%d), sizeof(SWRB_PFW_LOG_ITEM_V0)=(%d), "
+            L"(sizeof(SWRB_PFW_LOG_ITEM)=(%d)",
+            size, PfwLogRecordSize(PfwLogVersion::kV0), PfwLogRecordSize(PfwLogVersion::kV1));
+    return kForwarded;
+}
+
+}  // namespace wrb
+
+int32_t processCFWLogFile(const std::wstring& uid, const wchar_t* fileName) {
+    return wrb::ForwardCfwLogFile(uid, fileName, {qmaSendFirewallLog, cmdlog_SendCfwLog});
+}
+
+int32_t CheckPFWLogVersion(HANDLE file) {
+    SWRB_PFW_LOG_ITEM_V0 v0;
+    if (wrb::ReadFirst(file, v0)) {
+        WRB_LOG(8, L"CheckPFWLogVersion: PfwLogV0.byHead(%x), PfwLogV0.byRear(%x)", v0.byHead, v0.byRear);
+        if (wrb::HasPfwLogMarkers(v0)) {
+            wrb::Rewind(file);
+            return wrb::ReportVersion(0);
+        }
+    }
+    wrb::Rewind(file);
+    SWRB_PFW_LOG_ITEM v1;
+    if (!wrb::ReadFirst(file, v1)) {
+        return wrb::ReportVersion(-1);
+    }
+    WRB_LOG(8, L"CheckPFWLogVersion: PfwLogV1.byHead(%x), PfwLogV1.byRear(%x)", v1.byHead, v1.byRear);
+    const int32_t version = wrb::HasPfwLogMarkers(v1) ? 1 : -1;
+    wrb::Rewind(file);
+    return wrb::ReportVersion(version);
+}

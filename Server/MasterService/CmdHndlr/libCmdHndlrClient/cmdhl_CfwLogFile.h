@@ -1,0 +1,31 @@
+// One firewall log file of an agent (PfwLogRecord.h), forwarded record by record to the two services that take it.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <string>
+
+#include "FirewallLogEntry.h"
+
+namespace wrb {
+
+// Where the records go; each returns 1 when it has taken one.
+struct tagCfwLogTargets {
+    int (*agentClient)(const tagFirewallLogEntry& entry) noexcept;  // a record that it does not take is only logged
+    int (*logPool)(const tagFirewallLogEntry& entry) noexcept;      // one that it does not take marks the result
+};
+
+// processCFWLogFile with other targets. Memory does not grow with the file. Any thread, each with a file of its own.
+int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, const tagCfwLogTargets& targets);
+
+}  // namespace wrb
+
+// Forwards every record of the file to the central-management agent and to the log pool. Returns -2 when a record had
+// wrong markers or did not reach the log pool, otherwise 1; also when there is no file, when it cannot be read and when
+// its version cannot be told. Throws for lack of memory only.
+int32_t processCFWLogFile(const std::wstring& uid, const wchar_t* fileName);
+
+// The version of an open file by the markers of its first record: 0, 1 or -1 for neither. Version 0 is looked for
+// first. The file's position is at its start afterwards, unless the second look could not read anything.
+int32_t CheckPFWLogVersion(HANDLE file);

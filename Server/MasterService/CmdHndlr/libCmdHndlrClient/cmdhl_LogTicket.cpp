@@ -1,0 +1,179 @@
+#include "cmdhl_LogTicket.h"
+
+#include <algorithm>
+
+#include "DebugLog.h"
+
+namespace wrb {
+namespace {
+
+constexpr wchar_t kRequest[] = L"cmdhl_RequestToUploadPFWLog";
+constexpr wchar_t kRelease[] = L"cmdhl_RemoveClientFromLogUploadingList";
+constexpr wchar_t kCleanList[] = L"CleanList";
+
+constexpr char kGlobalSection[] = "Global Setting";
+constexpr char kServerSection[] = "INI_SERVER_SECTION";
+constexpr char kTicketSection[] = "LOG_TICKET_SECTION";
+constexpr char kFixedThreads[] = "Command_Handler_Static_Thread_Number";
+constexpr char kMaximumThreads[] = "Command_Handler_Maxium_Thread_Number";  // the server's own spelling
+
+constexpr uint32_t kDefaultRate = 4;  // clients a second
+constexpr uint32_t kDefaultMaxWaitTime = 1800;
+constexpr uint32_t kDefaultUploadTime = 60;
+constexpr uint32_t kDefaultCleanUpInterval = 60;
+constexpr int32_t kShortWait = 60;     // below it a client is admitted ahead of its time
+constexpr int64_t kWaitingGrace = 60;  // how late a waiting client may come back and still count
+
+// The log's %d takes 32 bits.
+template <typename Number>
+int32_t Logged(Number number) {
+    return static_cast<int32_t>(number);
+}
+
+template <typename ClientList>
+void CleanList(ClientList& clients, int64_t earliest, int64_t latest) {
+    WRB_LOG('D', L"%s - >>", kCleanList);
+    const auto removed = std::erase_if(clients, [earliest, latest](const auto& client) {
+        return client.second <= earliest || client.second > latest;
+    });
+    WRB_LOG('D', L"%s - [LogTicket] Remove client(%d)  <<", kCleanList, Logged(removed));
+}
+
+CLogTicket& TheTicket() {
+    static CLogTicket ticket(SystemClock(), ScanIniCache(), ServerIniCache());
+    return ticket;
+}
+
+}  // namespace
+
+bool CLogTicket::IsInForce() const {
+    return m_scanIni.readINIInt(kGlobalSection, "EnablePFWLogUploadingTicket", -1) == 1;
+}
+
+uint32_t CLogTicket::Setting(const char* key, uint32_t defaultValue) const {
+    return m_serverIni.readINIInt(kTicketSection, key, static_cast<int32_t>(defaultValue));
+}
+
+const CLogTicket::tagThreadNumbers& CLogTicket::ThreadNumbers() {
+    if (!m_threads) {
+        m_threads = {m_scanIni.readINIInt(kServerSection, kFixedThreads, 20),
+                     m_scanIni.readINIInt(kServerSection, kMaximumThreads, 40)};
+    }
+    return *m_threads;
+}
+
+int32_t CLogTicket::Request(const std::wstring& uid) {
+    WRB_LOG('D', L"%s - >>", kRequest);
+    if (!IsInForce()) {
+        return 0;
+    }
+    int32_t waitingTime = 0;
+    {
+        const CExclusiveGuard guard(m_lock);
+        waitingTime = Decide(uid);
+    }
+    WRB_LOG('D', L"%s - <<", kRequest);
+    return waitingTime;
+}
+
+int32_t CLogTicket::Decide(const std::wstring& uid) {
+    const int64_t now = m_clock.CalendarSeconds();
+    if (const auto held = m_uploading.find(uid); held != m_uploading.end()) {
+        WRB_LOG('W',
+                L"%s - [LogTicket] the client is in uploading list already, remove and put it into waiting list for "
+                L"log uploading slot occupied.",
+                kRequest);
+        m_uploading.erase(held);
+        return PutOff(uid, now, WaitingTime());
+    }
+    CleanUp(now);
+    const tagLimits limits = ReadLimits();
+    if (m_uploading.size() < limits.free) {
+        return Admit(uid, now,
+                     L"%s - [LogTicket] put the client into uploading list GUID(%s), current time(%d) timeout(%d)");
+    }
+    const int32_t waitingTime = WaitingTime();
+    if (m_uploading.size() < limits.ahead && waitingTime < kShortWait) {
+        return Admit(uid, now,
+                     L"%s - [LogTicket] (upload prearation) put the client into uploading list GUID(%s), current "
+                     L"time(%d) upload timeout(%d)");
+    }
+    return PutOff(uid, now, waitingTime);
+}
+
+CLogTicket::tagLimits CLogTicket::ReadLimits() {
+    const tagThreadNumbers& threads = ThreadNumbers();
+    const uint32_t free = std::min(threads.maximum, Setting("NumberOfConcurrentLogUploadingClient", threads.fixed));
+    const uint32_t ahead =
+        std::min(threads.maximum, Setting("NumberOfMaxConcurrentLogUploadingClient", threads.maximum));
+    WRB_LOG('I',
+            L"%s - [LogTicket] dwStaticThreadNum(%d), dwMaxThreadNum(%d), dwConcurrentUploadingNum(%d), "
+            L"dwMaxConcurrentUploadingNum(%d), uploadinglist(%d), waitinglist(%d)",
+            kRequest, threads.fixed, threads.maximum, free, ahead, Logged(m_uploading.size()),
+            Logged(m_waiting.size()));
+    return {free, ahead};
+}
+
+// By the length of the queue alone: a client's own place in it, if it has one, deliberately counts for nothing.
+int32_t CLogTicket::WaitingTime() const {
+    const uint32_t rate = Setting("NumberOfMaxProcessingLogInSec", kDefaultRate);
+    const uint32_t ceiling = Setting("MaxWaitTime", kDefaultMaxWaitTime);
+    const uint32_t wait = static_cast<uint32_t>(m_waiting.size()) / (rate == 0 ? kDefaultRate : rate) + 1;
+    return static_cast<int32_t>(std::min(ceiling, wait));
+}
+
+int32_t CLogTicket::Admit(const std::wstring& uid, int64_t now, const wchar_t* lineFormat) {
+    const int64_t deadline = now + Setting("MaxUploadTime", kDefaultUploadTime);
+    WRB_LOG('I', lineFormat, kRequest, uid.c_str(), Logged(now), Logged(deadline));
+    m_uploading.insert_or_assign(uid, deadline);
+    m_waiting.erase(uid);
+    return 0;
+}
+
+int32_t CLogTicket::PutOff(const std::wstring& uid, int64_t now, int32_t waitingTime) {
+    WRB_LOG('I', L"%s - [LogTicket] put the client into waiting list GUID(%s), current time(%d) nWaitingTime(%d)",
+            kRequest, uid.c_str(), Logged(now), waitingTime);
+    m_waiting.insert_or_assign(uid, now + waitingTime);
+    return waitingTime;
+}
+
+void CLogTicket::CleanUp(int64_t now) {
+    if (now - m_lastCleanUp <= Setting("MinClearListFrequencyInSec", kDefaultCleanUpInterval)) {
+        return;
+    }
+    CleanList(m_uploading, now, now + Setting("MaxUploadTime", kDefaultUploadTime));
+    CleanList(m_waiting, now - kWaitingGrace, now + Setting("MaxWaitTime", kDefaultMaxWaitTime));
+    m_lastCleanUp = now;
+}
+
+bool CLogTicket::Release(const std::wstring& uid) {
+    if (!IsInForce()) {
+        return true;
+    }
+    WRB_LOG('D', L"%s - [LogTicket] upload log finish. try to remove client[%s] from log uploading list", kRelease,
+            uid.c_str());
+    const CExclusiveGuard guard(m_lock);
+    if (m_uploading.erase(uid) != 0) {
+        WRB_LOG('D', L"%s - [LogTicket] find the cleint in uploading list! remove client[%s] from log uploading list",
+                kRelease, uid.c_str());
+    }
+    const bool wasWaiting = m_waiting.erase(uid) != 0;
+    if (wasWaiting) {
+        WRB_LOG('D',
+                L"%s - [LogTicket] error handling. find the cleint in waiting list! remove client[%s] from log "
+                L"waiting list",
+                kRelease, uid.c_str());
+    }
+    return wasWaiting;
+}
+
+}  // namespace wrb
+
+bool cmdhl_RequestToUploadPFWLog(const std::wstring& uid, int32_t& waitingSeconds) {
+    waitingSeconds = wrb::TheTicket().Request(uid);
+    return true;
+}
+
+bool cmdhl_RemoveClientFromLogUploadingList(const std::wstring& uid) {
+    return wrb::TheTicket().Release(uid);
+}

@@ -1,0 +1,77 @@
+// The log-upload ticket: how many agents upload firewall logs at once.
+//
+// An agent asks before it uploads. It is admitted at once, or told in how many seconds to ask again; once its log is
+// stored, it is released. An agent that never is loses its place when its time is over, at the first clean-up after
+// that. docs/settings.md has the keys, docs/operating.md says how to read the ticket's log lines.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "Clock.h"
+#include "INICache.h"
+#include "SRWLock.h"
+
+namespace wrb {
+
+// All times are whole calendar seconds. Settings are read through the caches at every use, but for the two thread
+// numbers, which are read once; all count as unsigned. Any thread may call; the lock is held while a line is logged and
+// while a setting is read, so nothing that the log or a cache does may come back here.
+class CLogTicket {
+  public:
+    // All three must outlive the ticket.
+    CLogTicket(const IClock& clock, CINICache& scanIni, CINICache& serverIni)
+        : m_clock(clock), m_scanIni(scanIni), m_serverIni(serverIni) {}
+    CLogTicket(const CLogTicket&) = delete;
+    CLogTicket& operator=(const CLogTicket&) = delete;
+
+    // The seconds to wait before asking again; 0: upload now.
+    int32_t Request(const std::wstring& uid) WRB_EXCLUDES(m_lock);
+
+    // Takes the client off both lists. True when it was waiting, and always while the ticket is not in force.
+    bool Release(const std::wstring& uid) WRB_EXCLUDES(m_lock);
+
+  private:
+    // From a client's uid to the end of its upload slot, or to the time at which it was told to come back.
+    using ClientList = std::map<std::wstring, int64_t>;
+
+    struct tagThreadNumbers {
+        uint32_t fixed;
+        uint32_t maximum;
+    };
+
+    struct tagLimits {
+        std::size_t free;   // so many upload without further ado
+        std::size_t ahead;  // so many while the queue is short
+    };
+
+    bool IsInForce() const;
+    uint32_t Setting(const char* key, uint32_t defaultValue) const;
+    const tagThreadNumbers& ThreadNumbers() WRB_REQUIRES(m_lock);
+    int32_t Decide(const std::wstring& uid) WRB_REQUIRES(m_lock);
+    tagLimits ReadLimits() WRB_REQUIRES(m_lock);
+    int32_t WaitingTime() const WRB_REQUIRES(m_lock);
+    int32_t Admit(const std::wstring& uid, int64_t now, const wchar_t* lineFormat) WRB_REQUIRES(m_lock);
+    int32_t PutOff(const std::wstring& uid, int64_t now, int32_t waitingTime) WRB_REQUIRES(m_lock);
+    void CleanUp(int64_t now) WRB_REQUIRES(m_lock);
+
+    const IClock& m_clock;
+    CINICache& m_scanIni;
+    CINICache& m_serverIni;
+    CWrbSRWLock m_lock;
+    ClientList m_uploading WRB_GUARDED_BY(m_lock);
+    ClientList m_waiting WRB_GUARDED_BY(m_lock);
+    int64_t m_lastCleanUp WRB_GUARDED_BY(m_lock) = 0;  // so that the first request cleans
+    std::optional<tagThreadNumbers> m_threads WRB_GUARDED_BY(m_lock);
+};
+
+}  // namespace wrb
+
+// The process's one ticket, over the system's clock and the server's INI files. Its lists are empty at load and never
+// stored. `waitingSeconds` is what Request returns; the result is always true.
+bool cmdhl_RequestToUploadPFWLog(const std::wstring& uid, int32_t& waitingSeconds);
+bool cmdhl_RemoveClientFromLogUploadingList(const std::wstring& uid);

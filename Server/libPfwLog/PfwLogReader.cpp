@@ -1,0 +1,35 @@
+#include "PfwLogReader.h"
+
+#include <algorithm>
+
+namespace wrb {
+
+static_assert(alignof(SWRB_PFW_LOG_ITEM) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__ &&
+              sizeof(SWRB_PFW_LOG_ITEM) % alignof(SWRB_PFW_LOG_ITEM) == 0);
+
+CPfwLogReader::CPfwLogReader(HANDLE file, std::size_t recordSize)
+    : m_file(file), m_recordSize(recordSize), m_block(new uint8_t[recordSize * kBlockRecords]) {}
+
+const void* CPfwLogReader::Next() noexcept {
+    if (m_next >= m_filled && !Fill()) {
+        return nullptr;
+    }
+    const uint8_t* const record = m_block.get() + m_next;
+    m_next += m_recordSize;
+    return record;
+}
+
+bool CPfwLogReader::Fill() noexcept {
+    const std::size_t capacity = m_recordSize * kBlockRecords;
+    DWORD read = 0;
+    if (!ReadFile(m_file, m_block.get(), static_cast<DWORD>(capacity), &read, nullptr)) {
+        read = 0;
+    }
+    const std::size_t missing = (m_recordSize - read % m_recordSize) % m_recordSize;
+    std::fill_n(m_block.get() + read, missing, uint8_t{0});
+    m_filled = read;
+    m_next = 0;
+    return read != 0;
+}
+
+}  // namespace wrb
