@@ -1,0 +1,142 @@
+#include "StringProtection.h"
+
+#include <wincrypt.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+#include "OSException.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+constexpr std::wstring_view kPrefix = L"!CRYPT!";
+constexpr std::size_t kNonceBytes = 12;
+constexpr std::size_t kTagBytes = 16;
+
+[[noreturn]] void Throw(uint32_t code, const char* call) {
+    char text[80];
+    std::snprintf(text, sizeof text, "%s failed, status=0x%08x", call, static_cast<unsigned>(code));
+    throw OS::CException(code, text);
+}
+
+void Check(NTSTATUS status, const char* call) {
+    if (!BCRYPT_SUCCESS(status)) {
+        Throw(static_cast<uint32_t>(status), call);
+    }
+}
+
+std::wstring ToBase64(const std::vector<uint8_t>& bytes) {
+    constexpr DWORD kFlags = CRYPT_STRING_BASE64 | CRYPT_STRING_NOCRLF;
+    const auto count = static_cast<DWORD>(bytes.size());
+    DWORD length = 0;  // with the terminator when asked for, without it when done
+    std::wstring text;
+    if (CryptBinaryToStringW(bytes.data(), count, kFlags, nullptr, &length)) {
+        text.resize(length);
+        if (CryptBinaryToStringW(bytes.data(), count, kFlags, text.data(), &length)) {
+            text.resize(length);
+            return text;
+        }
+    }
+    Throw(GetLastError(), "CryptBinaryToStringW");
+}
+
+// The system reads more than one spelling of the same bytes; only the one that ToBase64 writes counts.
+std::optional<std::vector<uint8_t>> FromBase64(std::wstring_view text) {
+    DWORD count = 0;
+    const auto length = static_cast<DWORD>(text.size());
+    if (text.empty() ||
+        !CryptStringToBinaryW(text.data(), length, CRYPT_STRING_BASE64, nullptr, &count, nullptr, nullptr)) {
+        return std::nullopt;
+    }
+    std::vector<uint8_t> bytes(count);
+    if (!CryptStringToBinaryW(text.data(), length, CRYPT_STRING_BASE64, bytes.data(), &count, nullptr, nullptr)) {
+        return std::nullopt;
+    }
+    bytes.resize(count);
+    return ToBase64(bytes) == text ? std::optional(std::move(bytes)) : std::nullopt;
+}
+
+// Where nonce and tag are in the bytes, which hold both.
+BCRYPT_AUTHENTICATED_CIPHER_MODE_INFO ModeOf(std::vector<uint8_t>& bytes) {
+    BCRYPT_AUTHENTICATED_CIPHER_MODE_INFO mode;
+    BCRYPT_INIT_AUTH_MODE_INFO(mode);
+    mode.pbNonce = bytes.data();
+    mode.cbNonce = kNonceBytes;
+    mode.pbTag = bytes.data() + bytes.size() - kTagBytes;
+    mode.cbTag = kTagBytes;
+    return mode;
+}
+
+std::optional<uint8_t> HexDigit(wchar_t c) {
+    if (c >= L'0' && c <= L'9') {
+        return static_cast<uint8_t>(c - L'0');
+    }
+    const wchar_t lower = c | 0x20;
+    return lower >= L'a' && lower <= L'f' ? std::optional(static_cast<uint8_t>(lower - L'a' + 10)) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<ProtectionKey> ParseProtectionKey(std::wstring_view hex) noexcept {
+    ProtectionKey key{};
+    if (hex.size() != key.size() * 2) {
+        return std::nullopt;
+    }
+    for (std::size_t i = 0; i < hex.size(); ++i) {
+        const std::optional<uint8_t> digit = HexDigit(hex[i]);
+        if (!digit) {
+            return std::nullopt;
+        }
+        key[i / 2] = static_cast<uint8_t>(key[i / 2] << 4 | *digit);
+    }
+    return key;
+}
+
+CStringProtection::CStringProtection(const ProtectionKey& key) {
+    Check(BCryptOpenAlgorithmProvider(m_algorithm.Receive(), BCRYPT_AES_ALGORITHM, nullptr, 0),
+          "BCryptOpenAlgorithmProvider");
+    wchar_t mode[] = BCRYPT_CHAIN_MODE_GCM;
+    Check(BCryptSetProperty(m_algorithm.Get(), BCRYPT_CHAINING_MODE, reinterpret_cast<PUCHAR>(mode), sizeof mode, 0),
+          "BCryptSetProperty");
+    ProtectionKey secret = key;  // the system takes a pointer to what it does not change
+    const NTSTATUS status = BCryptGenerateSymmetricKey(m_algorithm.Get(), m_key.Receive(), nullptr, 0, secret.data(),
+                                                       static_cast<ULONG>(secret.size()), 0);
+    SecureZeroMemory(secret.data(), secret.size());
+    Check(status, "BCryptGenerateSymmetricKey");
+}
+
+std::wstring CStringProtection::Protect(std::wstring_view text) const {
+    const std::string plain = WideToUtf8(text);
+    std::vector<uint8_t> bytes(kNonceBytes + plain.size() + kTagBytes);
+    uint8_t* const body = bytes.data() + kNonceBytes;
+    std::ranges::copy(plain, body);
+    Check(BCryptGenRandom(nullptr, bytes.data(), kNonceBytes, BCRYPT_USE_SYSTEM_PREFERRED_RNG), "BCryptGenRandom");
+    BCRYPT_AUTHENTICATED_CIPHER_MODE_INFO mode = ModeOf(bytes);
+    const auto length = static_cast<ULONG>(plain.size());
+    ULONG written = 0;
+    Check(BCryptEncrypt(m_key.Get(), body, length, &mode, nullptr, 0, body, length, &written, 0), "BCryptEncrypt");
+    return std::wstring(kPrefix) + ToBase64(bytes);
+}
+
+std::optional<std::wstring> CStringProtection::Unprotect(std::wstring_view text) const {
+    if (!text.starts_with(kPrefix)) {
+        return std::nullopt;
+    }
+    std::optional<std::vector<uint8_t>> bytes = FromBase64(text.substr(kPrefix.size()));
+    if (!bytes || bytes->size() < kNonceBytes + kTagBytes) {
+        return std::nullopt;
+    }
+    uint8_t* const body = bytes->data() + kNonceBytes;
+    BCRYPT_AUTHENTICATED_CIPHER_MODE_INFO mode = ModeOf(*bytes);
+    const auto length = static_cast<ULONG>(bytes->size() - kNonceBytes - kTagBytes);
+    ULONG written = 0;
+    if (!BCRYPT_SUCCESS(BCryptDecrypt(m_key.Get(), body, length, &mode, nullptr, 0, body, length, &written, 0))) {
+        return std::nullopt;
+    }
+    return Utf8ToWide({reinterpret_cast<const char*>(body), length});
+}
+
+}  // namespace wrb

@@ -1,0 +1,59 @@
+// Protection of single texts on their way to agents:
+//
+//   protected = "!CRYPT!" base64(nonce, cipher text, tag)      without line ends
+//     nonce        12 bytes, random, new for every text
+//     cipher text  the text as UTF-8, under AES-256 in Galois/counter mode; as long as that UTF-8
+//     tag          16 bytes
+//
+// So the same text looks different each time, and a text that has been changed, shortened or made under another key is
+// recognised. A text of n UTF-8 bytes becomes 7 + 4 * ceil((n + 28) / 3) characters. What is not sound UTF-16 comes
+// back with U+FFFD in its place.
+#pragma once
+
+#include <windows.h>
+
+#include <bcrypt.h>
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Handle.h"
+
+namespace wrb {
+
+using ProtectionKey = std::array<uint8_t, 32>;
+
+// From 64 hexadecimal digits in upper or lower case; nothing from any other text.
+std::optional<ProtectionKey> ParseProtectionKey(std::wstring_view hex) noexcept;
+
+// Both directions with one key. One thread at a time.
+class CStringProtection {
+  public:
+    // Throws OS::CException, as Protect does, when the system's crypto library fails.
+    explicit CStringProtection(const ProtectionKey& key);
+
+    std::wstring Protect(std::wstring_view text) const;
+
+    // Nothing for what this key has not protected, in these very characters.
+    std::optional<std::wstring> Unprotect(std::wstring_view text) const;
+
+  private:
+    struct AlgorithmTraits {
+        using Type = BCRYPT_ALG_HANDLE;
+        static Type Empty() noexcept { return nullptr; }
+        static void Close(Type algorithm) noexcept { BCryptCloseAlgorithmProvider(algorithm, 0); }
+    };
+    struct KeyTraits {
+        using Type = BCRYPT_KEY_HANDLE;
+        static Type Empty() noexcept { return nullptr; }
+        static void Close(Type key) noexcept { BCryptDestroyKey(key); }
+    };
+
+    CUniqueHandle<AlgorithmTraits> m_algorithm;  // outlives the key
+    CUniqueHandle<KeyTraits> m_key;
+};
+
+}  // namespace wrb
