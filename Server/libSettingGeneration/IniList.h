@@ -1,4 +1,6 @@
-// Numbered lists in a section: a key an item, numbered from 0, and behind the items the key with their count.
+// Numbered lists in a section: a key an item, numbered from 0, and a key with their count.
+//
+// A list arrives as one text with "|" between its items. An empty item, so also two separators in a row, ends it.
 #pragma once
 
 #include <cstddef>
@@ -27,9 +29,14 @@ using IniItemProtection = std::function<std::wstring(std::wstring_view item)>;
 // A protected item longer than this is cut.
 inline constexpr std::size_t kLongestProtectedItem = 1536;
 
-// Appends the items of `list`, which has "|" between them, and their count. An empty item, so also two separators in a
-// row, ends the list. Throws what `protect` throws, and for lack of memory.
+// Appends the items, protected, and behind them their count. Throws what `protect` throws, and for lack of memory.
 void AppendIniList(std::wstring& out, const tagIniListKeys& keys, std::wstring_view list,
                    const IniItemProtection& protect);
+
+// Appends the count, and behind it the items as they stand.
+void AppendCountedIniList(std::wstring& out, const tagIniListKeys& keys, std::wstring_view list);
+
+// The key of item `number`.
+std::wstring FormatIniKey(const wchar_t* format, std::size_t number);
 
 }  // namespace wrb

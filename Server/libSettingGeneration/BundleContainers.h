@@ -1,0 +1,106 @@
+// The containers of the setting bundles. As a message: the uid, then the fields of the values in their order; of the
+// two with items the uid, then an array.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "IniText.h"
+#include "SettingContainer.h"
+#include "SettingRecord.h"
+#include "SettingTables.h"
+
+namespace wrb {
+
+// Appends the values' section to `out`. `protect` is for the rows that need it; what it throws passes through.
+template <typename Values>
+void AppendSettings(std::wstring& out, const Values& values, const IniItemProtection& protect) {
+    const SettingTable<Values>& table = SettingTableOf(values);
+    AppendIniSection(out, table.section);
+    for (const SettingRow<Values>& row : table.rows) {
+        switch (row.kind) {
+            case SettingRowKind::Bit:
+                AppendIniBool(out, row.key, (values.*row.number & row.bits) != 0);
+                break;
+            case SettingRowKind::Int:
+                AppendIniInt(out, row.key, static_cast<int32_t>(values.*row.number));
+                break;
+            case SettingRowKind::List:
+                AppendCountedIniList(out, row.list, values.*row.text);
+                break;
+            case SettingRowKind::ProtectedList:
+                AppendIniList(out, row.list, values.*row.text, protect);
+                break;
+        }
+    }
+}
+
+// The same for a section with items, numbered from 0.
+template <typename Values>
+void AppendSettingItems(std::wstring& out, const std::vector<SettingRecord<Values>>& items) {
+    const SettingItemTable<Values>& table = SettingTableOf(Values());
+    AppendIniSection(out, table.section);
+    AppendIniInt(out, table.countKey, static_cast<int32_t>(items.size()));
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        for (const SettingItemRow<Values>& row : table.rows) {
+            AppendIniString(out, FormatIniKey(row.key, i), items[i].*row.text);
+        }
+    }
+}
+
+// One group of values and the uid that they belong to. Serialized is what `Content` is.
+template <typename Content>
+class CBundleContainer : public CSettingContainer {
+  public:
+    // Reading throws CIPCMsgBufferException when the message ends too early; the fields read so far stay.
+    void Deserialize(ISerializer& serializer) override {
+        m_uid.clear();
+        serializer.GetSerializer() >> m_uid;
+        m_content.Deserialize(serializer);
+    }
+    void Serialize(ISerializer& serializer) const override {
+        serializer.GetSerializer() << m_uid;
+        m_content.Serialize(serializer);
+    }
+
+    std::wstring m_uid;
+    Content m_content;
+};
+
+template <typename Values>
+class CSettingsContainer final : public CBundleContainer<SettingRecord<Values>> {
+  public:
+    void ExportToIni(std::wstring& out) const { AppendSettings<Values>(out, this->m_content, {}); }
+};
+
+}  // namespace wrb
+
+using CSettingContainerNCIESetting = wrb::CSettingsContainer<tagNcieValues>;
+using CSettingContainerSampleSubmissionSetting = wrb::CSettingsContainer<tagSampleSubmissionValues>;
+using CSettingContainerSablexSetting = wrb::CSettingsContainer<tagSablexValues>;
+using CSettingContainerAggrScanSetting = wrb::CSettingsContainer<tagAggrScanValues>;
+
+class CSettingContainerWtpSetting final : public wrb::CBundleContainer<wrb::SettingRecord<tagWtpValues>> {
+  public:
+    // `protect` gives every address the form in which agents get it; ExportToIni passes on what it throws.
+    explicit CSettingContainerWtpSetting(wrb::IniItemProtection protect) : m_protect(std::move(protect)) {}
+
+    void ExportToIni(std::wstring& out) const { wrb::AppendSettings<tagWtpValues>(out, m_content, m_protect); }
+
+  private:
+    wrb::IniItemProtection m_protect;
+};
+
+class CSettingContainerFARestoreSetting final
+    : public wrb::CBundleContainer<wrb::SettingRecordList<wrb::SettingRecord<tagFARestoreValues>>> {
+  public:
+    void ExportToIni(std::wstring& out) const { wrb::AppendSettingItems(out, m_content.items); }
+};
+
+class CSettingContainerQMAgentPolicy final
+    : public wrb::CBundleContainer<wrb::SettingRecordList<wrb::SettingRecord<tagPolicyTrackingValues>>> {
+  public:
+    // Also logs each policy.
+    void ExportToIni(std::wstring& out) const;
+};

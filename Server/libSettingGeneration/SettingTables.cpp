@@ -1,0 +1,97 @@
+#include "SettingTables.h"
+
+namespace wrb {
+namespace {
+
+using enum SettingRowKind;
+
+template <typename Values>
+constexpr SettingRow<Values> BitRow(std::wstring_view key, uint32_t Values::*word, uint32_t bits) {
+    return {.key = key, .kind = Bit, .number = word, .bits = bits};
+}
+template <typename Values>
+constexpr SettingRow<Values> IntRow(std::wstring_view key, uint32_t Values::*number) {
+    return {.key = key, .kind = Int, .number = number};
+}
+template <typename Values>
+constexpr SettingRow<Values> ListRow(SettingRowKind kind, std::wstring Values::*text, const tagIniListKeys& keys) {
+    return {.key = {}, .kind = kind, .text = text, .list = keys};
+}
+
+using Wtp = tagWtpValues;
+constexpr SettingRow<Wtp> kWtp[] = {
+    BitRow(L"EnablePolicyIn", &Wtp::flags, Wtp::kEnablePolicyIn),
+    BitRow(L"EnablePolicyOut", &Wtp::flags, Wtp::kEnablePolicyOut),
+    IntRow(L"SecurityLevelIn", &Wtp::securityLevelIn),
+    IntRow(L"SecurityLevelOut", &Wtp::securityLevelOut),
+    BitRow(L"SendLogIn", &Wtp::flags, Wtp::kSendLogIn),
+    BitRow(L"SendLogOut", &Wtp::flags, Wtp::kSendLogOut),
+    IntRow(L"URLFilterCfgFlag_InOffice", &Wtp::filterFlagIn),
+    IntRow(L"URLFilterCfgFlag_OutOffice", &Wtp::filterFlagOut),
+    IntRow(L"URLFilterQueryMode_InOffice", &Wtp::queryModeIn),
+    IntRow(L"URLFilterRatingLevel_InOffice", &Wtp::ratingLevelIn),
+    IntRow(L"URLFilterRatingLevel_OutOffice", &Wtp::ratingLevelOut),
+    ListRow(ProtectedList, &Wtp::approvedIn, kApprovedUrlsInOffice),
+    ListRow(ProtectedList, &Wtp::approvedOut, kApprovedUrlsOutOffice),
+    ListRow(ProtectedList, &Wtp::blockedIn, kBlockedUrlsInOffice),
+    ListRow(ProtectedList, &Wtp::blockedOut, kBlockedUrlsOutOffice),
+};
+
+using Ncie = tagNcieValues;
+constexpr SettingRow<Ncie> kNcie[] = {
+    BitRow(L"EnableRR", &Ncie::flags, Ncie::kEnableRR), BitRow(L"EnableCNP", &Ncie::flags, Ncie::kEnableCNP),
+    BitRow(L"EnableGC", &Ncie::flags, Ncie::kEnableGC), IntRow(L"ActionForCNP", &Ncie::actionForCNP),
+    IntRow(L"ActionForRR", &Ncie::actionForRR),         IntRow(L"ActionForUserDefine", &Ncie::actionForUserDefine),
+    IntRow(L"ActionForSBA", &Ncie::actionForSBA),
+};
+
+using Sample = tagSampleSubmissionValues;
+constexpr SettingRow<Sample> kSampleSubmission[] = {
+    BitRow(L"EnableSampleSubmission", &Sample::flags, Sample::kEnable),
+};
+
+using Sablex = tagSablexValues;
+constexpr SettingRow<Sablex> kSablex[] = {
+    BitRow(L"EnableSablex", &Sablex::flags, Sablex::kEnableSablex),
+    BitRow(L"EnableFile", &Sablex::flags, Sablex::kEnableFile),
+    BitRow(L"EnableProcess", &Sablex::flags, Sablex::kEnableProcess),
+    IntRow(L"ActionForFile", &Sablex::actionForFile),
+    IntRow(L"ActionForProcess", &Sablex::actionForProcess),
+    ListRow(List, &Sablex::exceptions, {L"ExceptionCount", L"ExceptionItem%03d"}),
+    ListRow(List, &Sablex::processNames, {L"DS_ProcessCount", L"DS_ProcessName%03d"}),
+};
+
+using Aggr = tagAggrScanValues;
+constexpr SettingRow<Aggr> kAggrScan[] = {
+    BitRow(L"EnableMitre", &Aggr::cfg, Aggr::kEnableMitre),
+    IntRow(L"AggreDetectFlag", &Aggr::detectFlag),
+    IntRow(L"AggreDetectFlagForIProduct", &Aggr::detectFlagForIProduct),
+};
+
+using Restore = tagFARestoreValues;
+constexpr SettingItemRow<Restore> kFARestore[] = {
+    {L"FASha1Hash", L"FASha1Hash_%d", &Restore::sha1Hash}, {L"FATaskId", L"FATaskId_%d", &Restore::taskId},
+    {L"FAItemId", L"FAItemId_%d", &Restore::itemId},       {L"FAFileDir", L"FAFileDir_%d", &Restore::fileDir},
+    {L"FAFileName", L"FAFileName_%d", &Restore::fileName},
+};
+
+using Policy = tagPolicyTrackingValues;
+constexpr SettingItemRow<Policy> kPolicyTracking[] = {
+    {L"Name", L"QMAPolicy%d_Name", &Policy::name},
+    {L"LastUpdateTime", L"QMAPolicy%d_LastUpdateTime", &Policy::lastUpdateTime},
+    {L"PolicyOwner", L"QMAPolicy%d_PolicyOwner", &Policy::policyOwner},
+    {L"PolicyTypeID", L"QMAPolicy%d_PolicyTypeID", &Policy::policyTypeId},
+};
+
+}  // namespace
+
+constexpr SettingTable<tagWtpValues> kWtpTable{L"Web Threat Protection", kWtp};
+constexpr SettingTable<tagNcieValues> kNcieTable{L"NCIE Settings", kNcie};
+constexpr SettingTable<tagSampleSubmissionValues> kSampleSubmissionTable{L"SAMPLE_SUBMISSION", kSampleSubmission};
+constexpr SettingTable<tagSablexValues> kSablexTable{L"Sablex_Settings", kSablex};
+constexpr SettingTable<tagAggrScanValues> kAggrScanTable{L"AggrScan Settings", kAggrScan};
+constexpr SettingItemTable<tagFARestoreValues> kFARestoreTable{L"Centralized FA Restore", L"FACount", kFARestore};
+constexpr SettingItemTable<tagPolicyTrackingValues> kPolicyTrackingTable{L"QM_AGENT_POLICY", L"PolicyCount",
+                                                                         kPolicyTracking};
+
+}  // namespace wrb
