@@ -1,6 +1,8 @@
 #include "SerializedCommands.h"
 
+#include "BundleTables.h"
 #include "DbAllScanRecord.h"
+#include "DbBundle.h"
 #include "DbVexor.h"
 #include "MsgSerializer.h"
 #include "ScanTable.h"
@@ -70,6 +72,25 @@ bool AnswerCustomBm(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& answ
     return known;
 }
 
+// One record; zeros for an agent without one.
+template <typename Values>
+bool AnswerBundle(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
+    const auto rows = ReadBundle<Values>(db, uid);
+    if (rows) {
+        answer << SettingRecord<Values>(rows->empty() ? Values() : rows->front());
+    }
+    return rows.has_value();
+}
+
+template <typename Values>
+bool AnswerBundleList(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
+    const auto rows = ReadBundle<Values>(db, uid);
+    if (rows) {
+        answer << std::vector<SettingRecord<Values>>(rows->begin(), rows->end());
+    }
+    return rows.has_value();
+}
+
 constexpr struct {
     DbCommand command;
     bool (*answer)(CSqliteDb&, const std::wstring&, CMsgSerializer&);
@@ -77,6 +98,12 @@ constexpr struct {
     {DbCommand::ClientGetAllScanCfg, AnswerAllScanCfg},
     {DbCommand::ClientGetAllScanEx, AnswerAllScanEx},
     {DbCommand::GetVexorCustomBmCfg, AnswerCustomBm},
+    {DbCommand::GetClientWcsCfg, AnswerBundle<tagWtpValues>},
+    {DbCommand::GetFARestoreItem, AnswerBundleList<tagFARestoreValues>},
+    {DbCommand::GetClientNcieCfg, AnswerBundle<tagNcieValues>},
+    {DbCommand::GetSablexCfg, AnswerBundle<tagSablexValues>},
+    {DbCommand::GetAggrScanCfg, AnswerBundle<tagAggrScanValues>},
+    {DbCommand::GetPolicyTrackingInfo, AnswerBundleList<tagPolicyTrackingValues>},
 };
 
 }  // namespace

@@ -87,7 +87,8 @@ void RefuseUnknownValues(const CJsonNode& agent) {
     constexpr std::string_view kOthers[] = {"uid", "scan", "approvedSpyware", "restoreSessions", "behaviourPolicies",
                                             "note"};
     agent.RefuseUnknown([&](std::string_view key) {
-        return isColumn("", key) || isGroup(key) || std::ranges::find(kOthers, key) != std::end(kOthers);
+        return isColumn("", key) || isGroup(key) || std::ranges::find(kOthers, key) != std::end(kOthers) ||
+               std::ranges::find(kBundleKeys, key) != std::end(kBundleKeys);
     });
     agent.ForEachMember([&](const std::string& group, const CJsonNode& node) {
         if (isGroup(group)) {
@@ -143,6 +144,7 @@ tagSeedAgent ReadAgent(const CJsonNode& node) {
     agent.restoreSessions = ReadTexts(node, "restoreSessions");
     agent.policies = ReadPolicies(node);
     agent.scans = ReadScansOf(node);
+    agent.bundles = ParseSeedBundles(node);
     return agent;
 }
 

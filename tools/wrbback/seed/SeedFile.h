@@ -4,8 +4,10 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "BundleTables.h"
 #include "JsonNode.h"
 #include "ScanTable.h"
 
@@ -40,6 +42,7 @@ struct tagSeedAgent {
     std::vector<std::wstring> restoreSessions;
     std::vector<tagSeedPolicy> policies;
     std::optional<StoredScans> scans;  // nothing: an agent without a configuration
+    tagAgentBundles bundles;
 };
 
 struct tagSeed {
@@ -53,5 +56,10 @@ tagSeed ParseSeed(const std::string& utf8);
 
 // One of an agent's scan types: the keys of its INI section, "Flags", and the objects "spyware" and "exclusions".
 tagStoredScan ParseSeedScan(ScanType type, const CJsonNode& node);
+
+// An agent's setting bundles, from its members of these names.
+inline constexpr std::string_view kBundleKeys[] = {"webThreat", "ncie",         "sablex",
+                                                   "aggrScan",  "restoreItems", "agentPolicies"};
+tagAgentBundles ParseSeedBundles(const CJsonNode& agent);
 
 }  // namespace wrb

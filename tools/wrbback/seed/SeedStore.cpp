@@ -51,6 +51,7 @@ void StoreAgent(CSqliteDb& db, const tagSeedAgent& agent) {
     InsertList(db, "INSERT INTO restore_session (uid, position, session) VALUES (:uid, :position, :text)", agent.uid,
                agent.restoreSessions);
     InsertPolicies(db, agent);
+    InsertBundles(db, agent.uid, agent.bundles);
     if (agent.scans) {
         for (const ScanType type : kScanTypes) {
             InsertScan(db, agent.uid, type, agent.scans->at(static_cast<std::size_t>(type)));

@@ -89,6 +89,70 @@ CREATE TABLE behaviour_policy (
     PRIMARY KEY (uid, position)
 ) WITHOUT ROWID;
 
+-- Setting bundles. Behind uid and position stand the fields of the records, in their order. A list of items is one text
+-- with | between them.
+CREATE TABLE web_threat (
+    uid              TEXT    PRIMARY KEY COLLATE NOCASE REFERENCES agent (uid) ON DELETE CASCADE,
+    flags            INTEGER NOT NULL,
+    security_in      INTEGER NOT NULL,
+    security_out     INTEGER NOT NULL,
+    filter_flag_in   INTEGER NOT NULL,
+    filter_flag_out  INTEGER NOT NULL,
+    query_mode_in    INTEGER NOT NULL,
+    rating_level_in  INTEGER NOT NULL,
+    rating_level_out INTEGER NOT NULL,
+    approved_in      TEXT    NOT NULL,
+    approved_out     TEXT    NOT NULL,
+    blocked_in       TEXT    NOT NULL,
+    blocked_out      TEXT    NOT NULL
+) WITHOUT ROWID;
+
+CREATE TABLE ncie (
+    uid                    TEXT    PRIMARY KEY COLLATE NOCASE REFERENCES agent (uid) ON DELETE CASCADE,
+    flags                  INTEGER NOT NULL,
+    action_for_cnp         INTEGER NOT NULL,
+    action_for_rr          INTEGER NOT NULL,
+    action_for_user_define INTEGER NOT NULL,
+    action_for_sba         INTEGER NOT NULL
+) WITHOUT ROWID;
+
+CREATE TABLE sablex (
+    uid                TEXT    PRIMARY KEY COLLATE NOCASE REFERENCES agent (uid) ON DELETE CASCADE,
+    flags              INTEGER NOT NULL,
+    action_for_file    INTEGER NOT NULL,
+    action_for_process INTEGER NOT NULL,
+    exceptions         TEXT    NOT NULL,
+    process_names      TEXT    NOT NULL
+) WITHOUT ROWID;
+
+CREATE TABLE aggr_scan (
+    uid                      TEXT    PRIMARY KEY COLLATE NOCASE REFERENCES agent (uid) ON DELETE CASCADE,
+    cfg                      INTEGER NOT NULL,
+    detect_flag              INTEGER NOT NULL,
+    detect_flag_for_iproduct INTEGER NOT NULL
+) WITHOUT ROWID;
+
+CREATE TABLE fa_restore_item (
+    uid       TEXT    NOT NULL COLLATE NOCASE REFERENCES agent (uid) ON DELETE CASCADE,
+    position  INTEGER NOT NULL,
+    sha1_hash TEXT    NOT NULL,
+    task_id   TEXT    NOT NULL,
+    item_id   TEXT    NOT NULL,
+    file_dir  TEXT    NOT NULL,
+    file_name TEXT    NOT NULL,
+    PRIMARY KEY (uid, position)
+) WITHOUT ROWID;
+
+CREATE TABLE agent_policy (
+    uid              TEXT    NOT NULL COLLATE NOCASE REFERENCES agent (uid) ON DELETE CASCADE,
+    position         INTEGER NOT NULL,
+    name             TEXT    NOT NULL,
+    last_update_time TEXT    NOT NULL,
+    policy_owner     TEXT    NOT NULL,
+    policy_type_id   TEXT    NOT NULL,
+    PRIMARY KEY (uid, position)
+) WITHOUT ROWID;
+
 -- Server-wide, in the order of the section ServiceSwitch.
 CREATE TABLE service_switch (
     position INTEGER PRIMARY KEY CHECK (position BETWEEN 0 AND 10),
