@@ -14,11 +14,21 @@ struct ServeOptions {
     std::optional<std::string> logLevel;
     std::optional<uint64_t> splitBytes;
     std::optional<unsigned> maxLogs;
+    int64_t maxRows = 1'000'000;  // of each record table; 0: all
+};
+
+struct ShowOptions {
+    std::string database = "agents.db";
+    std::string table;  // empty: all of the log pool
+    uint64_t limit = 100;
+    bool json = false;
 };
 
 int Serve(const ServeOptions& options);
 int Seed(const std::string& file, const std::string& database);
 int Stop(unsigned timeoutSeconds);
+int ShowLogPool(const ShowOptions& options);
+int ShowEvents(const ShowOptions& options);
 
 // Prints "wrbback: TEXT" to the standard error and returns the code.
 int Fail(const std::string& text, int code);

@@ -8,6 +8,7 @@
 #include "LogSettings.h"
 #include "Notes.h"
 #include "ReceivedLine.h"
+#include "RecordServer.h"
 #include "StopEvent.h"
 #include "Text.h"
 
@@ -33,17 +34,18 @@ std::string Settle(const ServeOptions& options, LogSettings& settings) {
     return {};
 }
 
-std::string WhyNot(const char* pipe, DWORD error) {
-    return error == ERROR_ALREADY_EXISTS
-               ? std::string("another program serves the ") + pipe
-               : std::string("cannot create the ") + pipe + " (error " + std::to_string(error) + ")";
+int FailAtPipe(const std::string& pipe, DWORD error) {
+    return Fail(error == ERROR_ALREADY_EXISTS ? "another program serves the " + pipe
+                                              : "cannot create the " + pipe + " (error " + std::to_string(error) + ")",
+                kExitFailed);
 }
 
-void PrintCounters(const DbServerCounters& db, const LogServerCounters& log) {
+void PrintCounters(const DbServerCounters& db, const RecordServerCounters& records, const LogServerCounters& log) {
     PrintOut("wrbback: stopped; database: " + std::to_string(db.reads) + " reads, " + std::to_string(db.writes) +
              " writes, " + std::to_string(db.badRequests) + " refused, " + std::to_string(db.failed) +
-             " failed; log: " + std::to_string(log.lines) + " lines, " + std::to_string(log.badMessages) +
-             " refused, " + std::to_string(log.lost) + " lost\n");
+             " failed; records: " + std::to_string(records.stored) + " stored, " + std::to_string(records.badMessages) +
+             " refused, " + std::to_string(records.lost) + " lost; log: " + std::to_string(log.lines) + " lines, " +
+             std::to_string(log.badMessages) + " refused, " + std::to_string(log.lost) + " lost\n");
 }
 
 // From the first pipe to the last counter. The log service starts first and ends last, so that it has every line.
@@ -58,18 +60,26 @@ int RunServices(const ServeOptions& options, const LogSettings& settings, const 
                   .workers = options.workers,
                   .answer = {},
                   .note = [&notes](const std::wstring& note) { notes.Write(note); }});
+    CRecordServer records({.database = Utf8ToWide(options.database),
+                           .keep = options.maxRows,
+                           .note = [&notes](const std::wstring& note) { notes.Write(note); }});
     if (!log.Start()) {
-        return Fail(WhyNot("log service's pipe", GetLastError()), kExitFailed);
+        return FailAtPipe("log service's pipe", GetLastError());
     }
     if (!db.Start()) {
-        return Fail(WhyNot("database server's pipe", GetLastError()), kExitFailed);
+        return FailAtPipe("database server's pipe", GetLastError());
+    }
+    if (const wchar_t* pipe = records.Start()) {
+        const DWORD error = GetLastError();
+        return FailAtPipe("pipe " + WideToUtf8(pipe), error);
     }
     PrintOut("wrbback: ready\n");
     stop.Wait();
     PrintOut("wrbback: stopping\n");
+    records.Stop();
     db.Stop();
     log.Stop();
-    PrintCounters(db.Counters(), log.Counters());
+    PrintCounters(db.Counters(), records.Counters(), log.Counters());
     return kExitOk;
 }
 

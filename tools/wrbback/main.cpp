@@ -1,4 +1,4 @@
-// wrbback: the reference back end. One program, one database file: database server and log service.
+// wrbback: the reference back end. One program, one database file, all services that the server library talks to.
 #include <windows.h>
 
 #include <exception>
@@ -37,12 +37,14 @@ constexpr char kFooter[] =
     "  wrbback seed samples/agents.json --db agents.db       make or update a database from a file\n"
     "  wrbback serve --db agents.db --log-folder log         serve it until Ctrl-C or wrbback stop\n"
     "  wrbback serve --db agents.db --log-level W --split-size 1000000 --max-logs 5\n"
+    "  wrbback log-pool --db agents.db --table TBL_CFW_LOG   the latest firewall-log rows, also while it serves\n"
+    "  wrbback events --limit 0 --json                       every event in agents.db, for a program\n"
     "  wrbback stop --timeout 10                             stop the running program; give up after ten seconds\n"
     "\n"
     "Exit codes: 0 done, 1 failed, 2 wrong command line or seed file, 3 not running, 4 timed out";
 
 void AddServe(CLI::App& app, ServeOptions& options) {
-    CLI::App* serve = app.add_subcommand("serve", "Run the database server and the log service until they are stopped");
+    CLI::App* serve = app.add_subcommand("serve", "Run all services until they are stopped");
     serve->add_option("--db", options.database, "Database file, made by wrbback seed")->required();
     serve->add_option("--workers", options.workers, "Questions answered at once (default: 8)")
         ->check(CLI::Range(1u, 64u));
@@ -51,10 +53,21 @@ void AddServe(CLI::App& app, ServeOptions& options) {
     serve->add_option("--log-level", options.logLevel, "Lines wanted: F, E, W, I, D, all (default) or none");
     serve->add_option("--split-size", options.splitBytes, "Bytes after which a new log file begins; 0: never");
     serve->add_option("--max-logs", options.maxLogs, "Log files that are kept, the current one included; 0: all");
+    serve->add_option("--max-rows", options.maxRows, "Rows kept of each log-pool and event table (1000000); 0: all")
+        ->check(CLI::Range(int64_t{0}, int64_t{1} << 40));
+}
+
+CLI::App* AddShow(CLI::App& app, const char* name, const char* description, ShowOptions& options) {
+    CLI::App* show = app.add_subcommand(name, description);
+    show->add_option("--db", options.database, "Database file (default: agents.db)");
+    show->add_option("--limit", options.limit, "Latest rows of a table that are shown (default: 100); 0: all")
+        ->check(CLI::Range(uint64_t{0}, uint64_t{1} << 40));
+    show->add_flag("--json", options.json, "As JSON");
+    return show;
 }
 
 int Main() {
-    CLI::App app("The reference back end: database server and log service over one SQLite file.", "wrbback");
+    CLI::App app("The reference back end: the services behind the command library over one SQLite file.", "wrbback");
     app.require_subcommand(1);
     app.footer(kFooter);
     ServeOptions serveOptions;
@@ -64,6 +77,11 @@ int Main() {
     CLI::App* seed = app.add_subcommand("seed", "Store the agents of a JSON file");
     seed->add_option("FILE", file, "JSON file, UTF-8")->required();
     seed->add_option("--db", database, "Database file; made when there is none")->required();
+    ShowOptions showOptions;
+    CLI::App* logPool = AddShow(app, "log-pool", "Show the log rows that were received", showOptions);
+    logPool->add_option("--table", showOptions.table, "This table only")
+        ->check(CLI::IsMember({"TBL_CFW_LOG", "TBL_RESTORE_LOG"}));
+    CLI::App* events = AddShow(app, "events", "Show the messages to the other services", showOptions);
     unsigned timeoutSeconds = 60;
     CLI::App* stop = app.add_subcommand("stop", "Stop the running program, and wait until it has gone");
     stop->add_option("--timeout", timeoutSeconds, "Seconds to wait (default: 60)")->check(CLI::Range(1u, 86400u));
@@ -73,6 +91,12 @@ int Main() {
     }
     if (app.got_subcommand(seed)) {
         return Seed(file, database);
+    }
+    if (app.got_subcommand(logPool)) {
+        return ShowLogPool(showOptions);
+    }
+    if (app.got_subcommand(events)) {
+        return ShowEvents(showOptions);
     }
     return app.got_subcommand(stop) ? Stop(timeoutSeconds) : Serve(serveOptions);
 }

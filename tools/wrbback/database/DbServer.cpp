@@ -9,6 +9,7 @@
 #include "DbApiHeader.h"
 #include "DbTransport.h"
 #include "MsgSerializer.h"
+#include "ReceivedMessage.h"
 #include "SerializedCommands.h"
 #include "Text.h"
 #include "TextCommands.h"
@@ -24,19 +25,8 @@ constexpr std::size_t kUidCharacters = 36;
 // Every serialized message starts with these four bytes, no text command does.
 constexpr uint8_t kMessageStart[] = {4, 0, 0, 0};
 
-// The header keeps this flag where a message says that its body is in a file.
-constexpr std::size_t kMessageFlags = 16;
-constexpr uint8_t kBodyInFile = 0x02;
-
 std::span<const uint8_t> BytesOf(const std::wstring& text) {
     return {reinterpret_cast<const uint8_t*>(text.data()), text.size() * sizeof(wchar_t)};
-}
-
-std::wstring TextOf(std::span<const uint8_t> bytes) {
-    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
-    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
-    text.resize(std::min(text.size(), text.find(L'\0')));
-    return text;
 }
 
 std::wstring Shown(std::wstring_view text) {
@@ -97,7 +87,7 @@ Job CDbServer::AcceptText(std::span<const uint8_t> bytes, const std::string& fro
     if (bytes.empty() || bytes.size() % sizeof(wchar_t) != 0) {
         return Refuse(from, L"not a text");
     }
-    const std::wstring text = TextOf(bytes);
+    const std::wstring text = ReceivedText(bytes);
     CCmdProtocol request(text.c_str());
     std::wstring name;
     uint32_t id = 0;
@@ -147,16 +137,10 @@ void CDbServer::AnswerText(DbCommand command, CCmdProtocol& request, const std::
 }
 
 Job CDbServer::AcceptSerialized(std::span<const uint8_t> bytes, const std::string& from) {
-    // No request is large, so none may have us read, and delete, a file.
-    if (bytes.size() <= kMessageFlags || (bytes[kMessageFlags] & kBodyInFile) != 0) {
-        return Refuse(from, L"a message without its body");
-    }
     const auto message = std::make_shared<CMsgSerializer>();
     std::wstring uid;
     try {
-        if (!message->Load(bytes.data(), static_cast<uint32_t>(bytes.size()))) {
-            return Refuse(from, L"a message that cannot be loaded");
-        }
+        LoadReceivedMessage(bytes, *message);
         *message >> uid;
     } catch (const std::exception& error) {
         return Refuse(from, L"a malformed message: " + Utf8ToWide(error.what()));

@@ -1,0 +1,236 @@
+// The log pool, the central-management agent and the agent-command service: through the library's own clients, and past
+// them.
+#include <gtest/gtest.h>
+
+#include <mutex>
+#include <thread>
+
+#include "BackEnd.h"
+#include "CmdProtocol.h"
+#include "FakePipeService.h"
+#include "MsgSerializer.h"
+#include "PipeClient.h"
+#include "QmAgentClient.h"
+#include "RecordServer.h"
+#include "Store.h"
+#include "Text.h"
+#include "WrbClient.h"
+#include "cmdlog_OutputCmd.h"
+
+namespace wrb::test {
+namespace {
+
+constexpr char kCfwRow[] =
+    R"({"TBL":"TBL_CFW_LOG","COL":{"UID":"u","DATE":"2024-01-31 23:59:59",)"
+    R"("LOCAL_HOST":"00000000000000000000FFFFC0000211","REMOTEHOST":"20010DB8000000000000000000000001","PROTOCOL":6,)"
+    R"("TYPE":0,"SUBTYPE":1,"PORT":65535,"DIRECTION":2,"PV_NAME":"p\ti","LOG_TYPE":0},"VER":3,)"
+    R"("CATEGORY":"CfwLogFieldInfo"})";
+constexpr char kRestoreRow[] =
+    R"({"TBL":"TBL_RESTORE_LOG","COL":{"LOGID":"l","UID":"u","RECV_TIME":"2024-01-31 23:59:59","LOG_TYPE":-1,)"
+    R"("RESULT":2147483647},"VER":3,"CATEGORY":"RestoreLogFieldInfo"})";
+
+tagFirewallLogEntry Entry(const wchar_t* uid) {
+    return {uid, L"20240131", L"235959", L"192.0.2.17", L"2001:db8::1", 6, 0, 1, 65535, 2, L"C:\\\xFC.exe", L"info", 0};
+}
+
+std::string BytesOf(const CMsgSerializer& message) {
+    return {reinterpret_cast<const char*>(message.Data()), message.GetSize()};
+}
+
+std::string LogMessage(const wchar_t* command, const std::string& json) {
+    CMsgSerializer message(command);
+    message << Utf8ToWide(json);
+    return BytesOf(message);
+}
+
+std::string AgentText(const std::wstring& text) {
+    return {reinterpret_cast<const char*>(text.c_str()), (text.size() + 1) * sizeof(wchar_t)};
+}
+
+std::string SpywareEvent(int32_t event) {
+    CMsgSerializer message(kWrbSpywareLogEvent);
+    message << event;
+    return BytesOf(message);
+}
+
+void SendBytes(const wchar_t* pipe, const std::string& bytes) {
+    CPipeClient client;
+    ASSERT_TRUE(client.Initial(pipe)) << GetLastError();
+    uint64_t count = bytes.size();
+    client.Send(bytes.data(), count);  // may fail: a service that has seen enough closes
+}
+
+std::string Replaced(std::string text, const std::string& part, const std::string& by) {
+    const std::size_t at = text.find(part);
+    return at == std::string::npos ? "the case replaces nothing" : text.replace(at, part.size(), by);
+}
+
+std::string CounterOf(const CRecordServer& server) {
+    const RecordServerCounters counters = server.Counters();
+    return std::to_string(counters.stored) + " stored, " + std::to_string(counters.badMessages) + " refused, " +
+           std::to_string(counters.lost) + " lost";
+}
+
+TEST(BackRecords, WhatTheClientsSendIsShownAsItWasSent) {
+    CBackEnd backEnd;
+    EXPECT_EQ(cmdlog_SendCfwLog(Entry(kFullAgent)), 1);
+    EXPECT_EQ(dbSetRestoreLogW(kFullAgent, -1, 7), 1);
+    EXPECT_EQ(qmaSendRtsStatusChange(0), 1);
+    EXPECT_EQ(qmaSendFirewallLog(Entry(kFullAgent)), 1);
+    EXPECT_EQ(wrbSetSpywareLogEvent(-2), 1);
+    const std::wstring database = backEnd.Database();
+    tagRun events;
+    for (int i = 0; i < 100 && events.output.find("event: 3 of 3 rows") == std::string::npos; ++i) {
+        events = RunBackEnd({L"events", L"--db", database});  // while it serves
+    }
+    for (const char* part : {"CMDHQM_EVENT_RTS_STATUS_CHANGE        0\n", "WC_SET_SPYWARE_LOG_EVENT              -2\n",
+                             "192.0.2.17\\t2001:db8::1\\t6\\t0\\t1\\t65535\\t2\\t0\\tC:\\\xC3\xBC.exe\\tinfo\n"}) {
+        EXPECT_NE(events.output.find(part), std::string::npos) << part << events.output;
+    }
+    EXPECT_NE(backEnd.Stop().find("records: 5 stored, 0 refused, 0 lost;"), std::string::npos);
+    const tagRun json = RunBackEnd({L"log-pool", L"--db", database, L"--json"});
+    for (const char* part :
+         {R"({"TBL_CFW_LOG": [)", R"("DATE":"2024-01-31 23:59:59")",
+          R"("LOCAL_HOST":"00000000000000000000FFFFC0000211")", R"("REMOTEHOST":"20010DB8000000000000000000000001")",
+          "\"PV_NAME\":\"C:\\\\\xC3\xBC.exe\\tinfo\"", R"("PORT":65535)", R"(], "TBL_RESTORE_LOG": [)",
+          R"("LOG_TYPE":-1)", R"("RESULT":7)"}) {
+        EXPECT_NE(json.output.find(part), std::string::npos) << part << json.output;
+    }
+    const tagRun one = RunBackEnd({L"log-pool", L"--db", database, L"--table", L"TBL_RESTORE_LOG", L"--limit", L"0"});
+    EXPECT_NE(one.output.find("TBL_RESTORE_LOG: 1 of 1 rows"), std::string::npos) << one.output;
+    EXPECT_EQ(one.output.find("TBL_CFW_LOG"), std::string::npos);
+    EXPECT_EQ(RunBackEnd({L"log-pool", L"--db", database, L"--table", L"agent"}).code, 2u);
+    EXPECT_EQ(RunBackEnd({L"events", L"--db", database + L"x"}).code, 1u);
+}
+
+// Serves in this process: its counters say when a message has been seen.
+class Records : public testing::Test {
+  protected:
+    void Start(int64_t keep = 0) {
+        CreateStore(Database());
+        m_server =
+            std::make_unique<CRecordServer>(RecordServerOptions{Database(), keep, [this](const std::wstring& note) {
+                                                                    const std::scoped_lock guard(m_lock);
+                                                                    m_notes += note + L'\n';
+                                                                }});
+        ASSERT_EQ(m_server->Start(), nullptr) << GetLastError();
+    }
+    std::wstring Database() const { return (m_folder / L"records.db").wstring(); }
+
+    CTempFolder m_folder;
+    std::mutex m_lock;
+    std::wstring m_notes;
+    std::unique_ptr<CRecordServer> m_server;
+};
+
+TEST_F(Records, OnlyWholeAndRightMessagesBecomeRows) {
+    Start();
+    const std::pair<const wchar_t*, std::string> kGood[] = {
+        {kLogPoolPipe, LogMessage(kSendCfwLog, kCfwRow)},
+        {kLogPoolPipe, LogMessage(kSendRestoreLog, kRestoreRow)},
+        {kQmAgentPipe, AgentText(L"CMDHQM_SEND_FIREWALL_LOG\tu\t1706745599\tl\tr\t1\t2\t3\t4\t5\t0\tpath\tin\tfo")},
+        {kQmAgentPipe, AgentText(L"CMDHQM_EVENT_RTS_STATUS_CHANGE\t4294967295")},
+        {kWrbServerPipe, SpywareEvent(2)},
+    };
+    std::size_t bad = 0;
+    for (const auto& [pipe, bytes] : kGood) {
+        SendBytes(pipe, bytes);
+        for (std::size_t length = 1; length < bytes.size(); length += 1 + bytes.size() / 64, ++bad) {
+            SendBytes(pipe, bytes.substr(0, length));
+        }
+        SendBytes(pipe, bytes + "xx");
+        SendBytes(pipe, bytes + std::string(70'000, 'x'));
+        bad += 2;
+    }
+    const struct {
+        const char* part;
+        const char* by;
+    } kWrongRows[] = {
+        {"\"VER\":3", "\"VER\":4"},
+        {"\"VER\":3", "\"VER\":\"3\""},
+        {"TBL_CFW_LOG", "agent"},
+        {"CfwLogField", "CfwLog"},
+        {"{\"TBL\"", "{\"TBLX\""},
+        {"\"UID\":\"u\"", "\"UID\":1"},
+        {"\"UID\":\"u\",", ""},
+        {"23:59:59", "23:59"},
+        {"C0000211", "C000021z"},
+        {"C0000211", "C00002110"},
+        {"\"PORT\":65535", "\"PORT\":65536"},
+        {"\"PORT\":65535", "\"PORT\":-1"},
+        {"\"TYPE\":0", "\"TYPE\":0.5"},
+        {"\"TYPE\":0", "\"TYPE\":1e300"},
+        {"\"TYPE\":0", "\"TYPE\":null"},
+        {"\"TYPE\":0,", ""},
+        {"\"TYPE\":0", "\"TYPE\":0,\"X\":0"},
+        {"\"TYPE\":0", "\"TYPE\":0,\"TYPE\":0"},
+        {"\"VER\":3", "\"VER\":3 // 3"},
+        {"{\"TBL\"", "{\"X\":0,\"TBL\""},
+        {"\"COL\":{", "\"COL\":[[[[[[[[[[[{"},
+        {"\"TYPE\":0", "\"TYPE\":[0]"},
+        {"\"VER\":3", "\"VER\":18446744073709551619"},
+    };
+    for (const auto& [part, by] : kWrongRows) {
+        SendBytes(kLogPoolPipe, LogMessage(kSendCfwLog, Replaced(kCfwRow, part, by)));
+    }
+    std::string inFile = LogMessage(kSendCfwLog, kCfwRow);
+    inFile[16] = 2;
+    const std::pair<const wchar_t*, std::string> kBad[] = {
+        {kLogPoolPipe, inFile},
+        {kLogPoolPipe, LogMessage(kSendCfwLog, kRestoreRow)},
+        {kLogPoolPipe, LogMessage(kSendCfwLog, std::string(20'000, '['))},
+        {kLogPoolPipe, LogMessage(kSendCfwLog, Replaced(kCfwRow, "p\\ti", std::string(4097, 'p')))},
+        {kLogPoolPipe, LogMessage(L"CMDLOGV2_ERASE", kCfwRow)},
+        {kQmAgentPipe, AgentText(L"CMDHQM_EVENT_RTS_STATUS_CHANGE\t1x")},
+        {kQmAgentPipe, AgentText(L"CMDHQM_EVENT_RTS_STATUS_CHANGE")},
+        {kQmAgentPipe, AgentText(L"CMDHQM_SEND_FIREWALL_LOG\tu\t1\tl\tr\t1\t2\t3\t4\tx\t0\tpath\tinfo")},
+        {kQmAgentPipe, AgentText(L"CMDHQM_ERASE\t1")},
+        {kQmAgentPipe, AgentText(L"")},
+        {kWrbServerPipe, LogMessage(L"WC_ERASE", "")},
+        {kWrbServerPipe, LogMessage(kSendCfwLog, kCfwRow)},
+    };
+    for (const auto& [pipe, bytes] : kBad) {
+        SendBytes(pipe, bytes);
+    }
+    bad += std::size(kWrongRows) + std::size(kBad);
+    SendBytes(kLogPoolPipe, LogMessage(kSendCfwLog, kCfwRow));  // it still serves
+    m_server->Stop();
+    EXPECT_EQ(CounterOf(*m_server), "6 stored, " + std::to_string(bad) + " refused, 0 lost") << WideToUtf8(m_notes);
+    EXPECT_NE(m_notes.find(L"log pool: refused a message of process"), std::wstring::npos);
+    EXPECT_NE(m_notes.find(L"\"PORT\" is not a whole number from 0 to 65535"), std::wstring::npos);
+}
+
+TEST_F(Records, NothingThatWasTakenIsLostAcrossAStopAndALockedFile) {
+    Start(500);
+    const std::string message = LogMessage(kSendCfwLog, kCfwRow);
+    std::atomic<int> taken = 0;
+    std::vector<std::thread> threads;
+    const auto lock = OpenStore(Database());
+    lock->Execute("BEGIN IMMEDIATE");  // as another program may, for a while
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&] {
+            for (CPipeClient client; client.Initial(kLogPoolPipe); client.Close()) {
+                uint64_t count = message.size();
+                taken += client.Send(message.data(), count) ? 1 : 0;
+            }
+        });
+    }
+    const auto waitFor = [&taken](int count) {
+        while (taken < count) {
+            Sleep(1);
+        }
+    };
+    waitFor(1000);
+    lock->Execute("COMMIT");
+    waitFor(1500);
+    m_server->Stop();  // in the middle of it
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(CounterOf(*m_server), std::to_string(taken) + " stored, 0 refused, 0 lost") << WideToUtf8(m_notes);
+    EXPECT_EQ(lock->NumberOf("SELECT count(*) FROM TBL_CFW_LOG"), 500);
+    EXPECT_EQ(lock->NumberOf("SELECT max(id) FROM TBL_CFW_LOG"), taken);
+}
+
+}  // namespace
+}  // namespace wrb::test

@@ -1,0 +1,112 @@
+#include "RecordListing.h"
+
+#include <json/writer.h>
+
+#include "ReceivedLine.h"
+#include "SqliteDb.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+constexpr std::size_t kPieceBytes = 64 * 1024;
+
+std::size_t WidthOf(const RecordColumn& column) {
+    switch (column.kind) {
+        case ColumnKind::Date:
+            return 19;
+        case ColumnKind::Address:
+            return 32;
+        case ColumnKind::Word:
+        case ColumnKind::Number:
+            return 10;
+        default:
+            return 36;
+    }
+}
+
+class CPiecewise {
+  public:
+    explicit CPiecewise(const ListingSink& print) : m_print(print) {}
+
+    void Add(const std::string& text) {
+        m_text += text;
+        if (m_text.size() >= kPieceBytes) {
+            Flush();
+        }
+    }
+
+    void Flush() {
+        m_print(m_text);
+        m_text.clear();
+    }
+
+  private:
+    const ListingSink& m_print;
+    std::string m_text;
+};
+
+using Visit = std::function<void(const CSqliteStatement& row)>;
+
+uint64_t ForEachRow(CSqliteDb& db, const RecordTable& table, uint64_t limit, const Visit& visit) {
+    const std::string latest =
+        limit == 0 ? "" : std::string(" WHERE id > (SELECT max(id) FROM ") + table.name + ") - :limit";
+    CSqliteStatement select = db.Use(SelectSql(table) + latest + " ORDER BY id");
+    select.Bind(":limit", static_cast<int64_t>(limit));
+    uint64_t rows = 0;
+    for (; select.Step(); ++rows) {
+        visit(select);
+    }
+    return rows;
+}
+
+// Trailing blanks are left out.
+std::string Line(const RecordTable& table, const std::function<std::wstring(int column)>& cell) {
+    std::wstring line;
+    for (std::size_t i = 0; i < table.columns.size(); ++i) {
+        const std::wstring text = cell(static_cast<int>(i));
+        line += (i == 0 ? L"" : L"  ") + text;
+        line.append(WidthOf(table.columns[i]) - std::min(WidthOf(table.columns[i]), text.size()), L' ');
+    }
+    line.resize(line.find_last_not_of(L' ') + 1);
+    return WideToUtf8(line) + "\n";
+}
+
+Json::Value JsonRow(const RecordTable& table, const CSqliteStatement& row) {
+    Json::Value value(Json::objectValue);
+    for (std::size_t i = 0; i < table.columns.size(); ++i) {
+        const int column = static_cast<int>(i);
+        value[table.columns[i].name] =
+            row.IsNumber(column) ? Json::Value(row.Number(column)) : Json::Value(WideToUtf8(row.Text(column)));
+    }
+    return value;
+}
+
+}  // namespace
+
+void ListAsText(CSqliteDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print) {
+    CPiecewise out(print);
+    out.Add(Line(table, [&](int i) { return Utf8ToWide(table.columns[static_cast<std::size_t>(i)].name); }));
+    const uint64_t shown = ForEachRow(db, table, limit, [&](const CSqliteStatement& row) {
+        out.Add(Line(table, [&](int column) { return EscapeLogText(row.Text(column)); }));
+    });
+    const int64_t all = db.NumberOf((std::string("SELECT count(*) FROM ") + table.name).c_str());
+    out.Add(std::string(table.name) + ": " + std::to_string(shown) + " of " + std::to_string(all) + " rows\n");
+    out.Flush();
+}
+
+void ListAsJson(CSqliteDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print) {
+    Json::StreamWriterBuilder writer;
+    writer["indentation"] = "";
+    writer["emitUTF8"] = true;
+    CPiecewise out(print);
+    const char* between = "[\n  ";
+    const uint64_t shown = ForEachRow(db, table, limit, [&](const CSqliteStatement& row) {
+        out.Add(between + Json::writeString(writer, JsonRow(table, row)));
+        between = ",\n  ";
+    });
+    out.Add(shown == 0 ? "[]" : "\n]");
+    out.Flush();
+}
+
+}  // namespace wrb

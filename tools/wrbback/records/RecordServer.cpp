@@ -1,0 +1,90 @@
+#include "RecordServer.h"
+
+#include <exception>
+#include <utility>
+
+#include "QmAgentClient.h"
+#include "RecordParser.h"
+#include "Text.h"
+#include "WrbClient.h"
+#include "cmdlog_OutputCmd.h"
+
+namespace wrb {
+namespace {
+
+constexpr unsigned kInstances = 64;
+constexpr std::size_t kMaxMessageBytes = 64 * 1024;  // a row is below 10 KiB
+
+}  // namespace
+
+struct CRecordServer::Service {
+    const wchar_t* pipe;
+    const wchar_t* name;  // for people
+    tagRecord (*parse)(std::span<const uint8_t> bytes);
+};
+
+const CRecordServer::Service CRecordServer::kServices[] = {
+    {kLogPoolPipe, L"log pool", ParseLogPoolMessage},
+    {kQmAgentPipe, L"central-management agent", ParseAgentEvent},
+    {kWrbServerPipe, L"agent-command service", ParseSpywareEvent},
+};
+
+CRecordServer::CRecordServer(RecordServerOptions options)
+    : m_options(std::move(options)), m_writer(m_options.database, m_options.keep, m_options.note) {
+    for (const Service& service : kServices) {
+        PipeListenerOptions listener;
+        listener.name = service.pipe;
+        listener.instances = kInstances;
+        listener.maxMessageBytes = kMaxMessageBytes;
+        listener.onDrop = [this, &service](PipeDrop reason, std::size_t bytes, uint32_t pid) {
+            NoteDrop(service, reason, bytes, pid);
+        };
+        const auto accept = [this, &service](const std::string& message, const CPipePeer& peer) {
+            Accept(service, message, peer);
+            return Job();
+        };
+        m_listeners.push_back(std::make_unique<CPipeListener>(listener, CPipeListener::InOrder{0, accept}));
+    }
+}
+
+const wchar_t* CRecordServer::Start() {
+    for (std::size_t i = 0; i < m_listeners.size(); ++i) {
+        if (!m_listeners[i]->Start()) {
+            return kServices[i].pipe;
+        }
+    }
+    return nullptr;
+}
+
+void CRecordServer::Stop() {
+    m_writer.Hurry();  // a reading thread may be waiting for it
+    for (const auto& listener : m_listeners) {
+        listener->Stop();
+    }
+    m_writer.Finish();
+}
+
+RecordServerCounters CRecordServer::Counters() const {
+    RecordServerCounters counters{m_writer.Stored(), m_badMessages, m_writer.Lost()};
+    for (const auto& listener : m_listeners) {
+        counters.badMessages += listener->Counters().dropped;
+    }
+    return counters;
+}
+
+void CRecordServer::Accept(const Service& service, const std::string& message, const CPipePeer& peer) {
+    try {
+        m_writer.Put(service.parse({reinterpret_cast<const uint8_t*>(message.data()), message.size()}));
+    } catch (const std::exception& error) {
+        ++m_badMessages;
+        m_options.note(FormatWide(L"%s: refused a message of process %u: %s", service.name, peer.Pid(),
+                                  Utf8ToWide(error.what()).c_str()));
+    }
+}
+
+void CRecordServer::NoteDrop(const Service& service, PipeDrop reason, std::size_t bytes, uint32_t pid) const {
+    m_options.note(FormatWide(L"%s: a message of process %u is dropped after %u bytes: %s", service.name, pid,
+                              static_cast<unsigned>(bytes), PipeDropText(reason)));
+}
+
+}  // namespace wrb

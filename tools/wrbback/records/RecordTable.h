@@ -1,0 +1,55 @@
+// The tables of what the back end is told and nobody asks for again: log rows and events. Parsing, storing and showing
+// them all run over these descriptions.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace wrb {
+
+enum class ColumnKind : uint8_t {
+    Text,     // at most kLongestRecordText characters
+    Date,     // "YYYY-MM-DD hh:mm:ss"
+    Address,  // 32 upper-case hexadecimal digits: the 16 bytes of an IPv6 address
+    Word,     // 0 ... 65535
+    Number,   // of 32 bits, signed
+};
+
+inline constexpr std::size_t kLongestRecordText = 4096;
+
+struct RecordColumn {
+    const char* name;  // in the database, in messages and in what is shown
+    ColumnKind kind;
+};
+
+struct RecordTable {
+    const char* name;
+    std::span<const RecordColumn> columns;  // without "id", which counts the rows in the order of their arrival
+};
+
+extern const RecordTable kCfwLogRecords;
+extern const RecordTable kRestoreLogRecords;
+extern const RecordTable kEventRecords;
+
+using RecordValue = std::variant<int64_t, std::wstring>;
+
+// A row on its way into its table. The values are checked, and stand in the order of the columns.
+struct tagRecord {
+    const RecordTable* table;
+    std::vector<RecordValue> values;
+};
+
+// Whether a value may stand in a column of that kind.
+bool FitsColumn(ColumnKind kind, const RecordValue& value);
+
+const char* DescribeColumnKind(ColumnKind kind);
+
+// "SELECT column, ... FROM table" and "INSERT INTO table (column, ...) VALUES (:column, ...)".
+std::string SelectSql(const RecordTable& table);
+std::string InsertSql(const RecordTable& table);
+
+}  // namespace wrb

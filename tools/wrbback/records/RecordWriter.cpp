@@ -1,0 +1,127 @@
+#include "RecordWriter.h"
+
+#include <windows.h>
+
+#include <chrono>
+#include <set>
+#include <utility>
+
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+constexpr std::size_t kMostQueued = 1000;
+constexpr ULONGLONG kLastMilliseconds = 60'000;
+constexpr std::chrono::milliseconds kRest{500};
+
+// What goes away by itself, or when somebody makes room.
+bool MayPass(int code) {
+    return code == SQLITE_BUSY || code == SQLITE_LOCKED || code == SQLITE_FULL || code == SQLITE_IOERR ||
+           code == SQLITE_NOMEM;
+}
+
+void Bind(CSqliteStatement& statement, const char* column, const RecordValue& value) {
+    const std::string name = std::string(":") + column;
+    std::visit([&](const auto& bound) { statement.Bind(name.c_str(), bound); }, value);
+}
+
+void Insert(CSqliteDb& db, const tagRecord& record) {
+    CSqliteStatement insert = db.Use(InsertSql(*record.table));
+    for (std::size_t i = 0; i < record.values.size(); ++i) {
+        Bind(insert, record.table->columns[i].name, record.values[i]);
+    }
+    insert.Run();
+}
+
+// Rows go in the order of their coming, so the ids are without gaps and the newest tells which are too old.
+void Trim(CSqliteDb& db, const RecordTable& table, int64_t keep) {
+    const std::string name = table.name;
+    CSqliteStatement trim = db.Use("DELETE FROM " + name + " WHERE id <= (SELECT max(id) FROM " + name + ") - :keep");
+    trim.Bind(":keep", keep).Run();
+}
+
+}  // namespace
+
+CRecordWriter::CRecordWriter(const std::wstring& database, int64_t keep, Note note)
+    : m_keep(keep), m_note(std::move(note)), m_db(OpenStore(database)), m_thread([this] { Work(); }) {}
+
+void CRecordWriter::Put(tagRecord record) {
+    {
+        std::unique_lock lock(m_lock);
+        m_changed.wait(lock, [this] { return m_queue.size() < kMostQueued; });
+        m_queue.push_back(std::move(record));
+    }
+    m_changed.notify_all();
+}
+
+void CRecordWriter::Hurry() {
+    uint64_t never = kNever;
+    m_giveUpAt.compare_exchange_strong(never, GetTickCount64() + kLastMilliseconds);
+}
+
+void CRecordWriter::Finish() {
+    Hurry();
+    {
+        const std::lock_guard lock(m_lock);
+        m_finishing = true;
+    }
+    m_changed.notify_all();
+    if (m_thread.joinable()) {
+        m_thread.join();
+    }
+}
+
+void CRecordWriter::Work() {
+    for (;;) {
+        Batch batch;
+        {
+            std::unique_lock lock(m_lock);
+            m_changed.wait(lock, [this] { return m_finishing || !m_queue.empty(); });
+            if (m_queue.empty()) {
+                return;
+            }
+            batch.swap(m_queue);
+        }
+        m_changed.notify_all();  // there is room again
+        StoreOrLose(batch);
+    }
+}
+
+void CRecordWriter::StoreOrLose(const Batch& batch) {
+    for (bool noted = false;;) {
+        try {
+            StoreOnce(batch);
+            m_stored += batch.size();
+            return;
+        } catch (const CSqliteError& error) {
+            const bool again = MayPass(error.Code()) && GetTickCount64() < m_giveUpAt;
+            if (!again || !std::exchange(noted, true)) {
+                m_note(FormatWide(L"records: %u rows %s: %s", static_cast<unsigned>(batch.size()),
+                                  again ? L"have to wait" : L"are lost", Utf8ToWide(error.what()).c_str()));
+            }
+            if (!again) {
+                m_lost += batch.size();
+                return;
+            }
+        }
+        std::this_thread::sleep_for(kRest);
+    }
+}
+
+void CRecordWriter::StoreOnce(const Batch& batch) {
+    CSqliteTransaction transaction(*m_db);
+    std::set<const RecordTable*> touched;
+    for (const tagRecord& record : batch) {
+        Insert(*m_db, record);
+        touched.insert(record.table);
+    }
+    for (const RecordTable* table : touched) {
+        if (m_keep != 0) {
+            Trim(*m_db, *table, m_keep);
+        }
+    }
+    transaction.Commit();
+}
+
+}  // namespace wrb
