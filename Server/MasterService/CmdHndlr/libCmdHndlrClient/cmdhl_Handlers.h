@@ -25,6 +25,13 @@ void cmdhl_GetSNCfgEx(CCmdProtocol& message);
 void cmdhl_GetSpySNCfg(CCmdProtocol& message);
 void cmdhl_GetSpyRestoreList(CCmdProtocol& message);
 
+// cmdhl_RqBundle.cpp: one setting bundle each of an agent.
+void cmdhl_GetWtpSetting(CCmdProtocol& message);
+void cmdhl_GetFARestoreSetting(CCmdProtocol& message);
+void cmdhl_GetNCIESetting(CCmdProtocol& message);
+void cmdhl_GetSampleSubmissionSetting(CCmdProtocol& message);
+void cmdhl_GetSablexSetting(CCmdProtocol& message);
+
 // cmdhl_Others.cpp: firewall logs of agents.
 void cmdhl_GetPFWLogQueryCondition(CCmdProtocol& message);
 void cmdhl_SetCFWLog(CCmdProtocol& message);
