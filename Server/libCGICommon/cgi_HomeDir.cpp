@@ -9,14 +9,14 @@ namespace {
 // Longer than any path of the system, so that a long one is recognised, not cut.
 constexpr DWORD kModulePathCapacity = 32768;
 
-std::wstring ProgramFolder() {
+}  // namespace
+
+std::wstring wrb::ProgramFolder() {
     std::wstring path(kModulePathCapacity, L'\0');
     path.resize(GetModuleFileNameW(nullptr, path.data(), kModulePathCapacity));
     path.resize(path.find_last_of(L'\\') + 1);  // nothing found: nothing left
     return path;
 }
-
-}  // namespace
 
 std::wstring cgi_GetHomeDir() {
     std::wstring folder = wrb::ReadLocalPath();
@@ -24,7 +24,7 @@ std::wstring cgi_GetHomeDir() {
         folder += L'\\';
     }
     if (folder.empty() || folder.size() >= kHomeDirCapacity) {
-        folder = ProgramFolder();
+        folder = wrb::ProgramFolder();
     }
     if (folder.size() >= kHomeDirCapacity) {
         folder.clear();
@@ -36,8 +36,13 @@ bool cgi_GetHomeDir(wchar_t* buffer, uint32_t capacity) {
     if (buffer == nullptr || capacity == 0) {
         return false;
     }
-    const std::wstring folder = cgi_GetHomeDir();
-    const bool fits = !folder.empty() && folder.size() < capacity;
-    buffer[fits ? folder.copy(buffer, folder.size()) : 0] = L'\0';
-    return fits;
+    buffer[0] = L'\0';
+    try {
+        const std::wstring folder = cgi_GetHomeDir();
+        const bool fits = !folder.empty() && folder.size() < capacity;
+        buffer[fits ? folder.copy(buffer, folder.size()) : 0] = L'\0';
+        return fits;
+    } catch (const std::exception&) {  // an exported function lets nothing through
+        return false;
+    }
 }

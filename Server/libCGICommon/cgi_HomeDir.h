@@ -5,14 +5,20 @@
 #include <cstdint>
 #include <string>
 
+#include "cgi_Helpers.h"
+
 // Room for the longest home folder and its terminator.
 inline constexpr std::size_t kHomeDirCapacity = 260;
 
 // The folder that the installation wrote into the registry (ServerRegistry.h), with a backslash added when it ends in
 // none. Without it, or when it is too long, the folder of the running program. Always ends in a backslash and has at
 // most 259 characters; empty when even the program's folder is longer. Read afresh at every call; any thread.
+// The form with a buffer is in cgi_Helpers.h.
 std::wstring cgi_GetHomeDir();
 
-// The same into a buffer of `capacity` characters. False, with an empty text in the buffer, when there is no home
-// folder or it does not fit with its terminator.
-bool cgi_GetHomeDir(wchar_t* buffer, uint32_t capacity);
+namespace wrb {
+
+// The folder of the running program with a backslash at its end; empty when the system does not tell.
+std::wstring ProgramFolder();
+
+}  // namespace wrb

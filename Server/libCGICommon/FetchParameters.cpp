@@ -1,0 +1,163 @@
+// The part of CGetParameterImp that reads the request.
+#include <algorithm>
+#include <new>
+
+#include "DebugLog.h"
+#include "MultipartForm.h"
+#include "QueryTokens.h"
+#include "Text.h"
+#include "UnEscapeUrl.h"
+#include "cgi_GetParameterImp.h"
+
+namespace {
+
+constexpr const wchar_t* kFormReader = L"CGetCGINameValuePair::CGetCGINameValuePair";
+constexpr const wchar_t* kMultipartReader = L"CGetParameterImp::FetchMultipart";
+constexpr std::string_view kMultipartType = "multipart/form-data";
+constexpr std::string_view kFormType = "application/x-www-form-urlencoded";
+constexpr std::string_view kBinaryBlockToken = "BinaryDataBlock=";
+
+bool StartsIgnoringCase(std::string_view text, std::string_view smallPrefix) {
+    const auto small = [](char letter) {
+        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter;
+    };
+    return std::ranges::equal(text.substr(0, smallPrefix.size()), smallPrefix, {}, small);
+}
+
+}  // namespace
+
+CGetParameterImp::CGetParameterImp(bool allowBinaryBlock, bool skipPercentDecoding, wrb::IGateway& gateway)
+    : m_gateway(gateway),
+      m_folder(gateway.HomeFolder()),
+      m_allowBinaryBlock(allowBinaryBlock),
+      m_skipPercentDecoding(skipPercentDecoding),
+      m_status(FetchParameters()) {}
+
+CgiStatus CGetParameterImp::FetchParameters() {
+    const std::string method = m_gateway.Variable(L"REQUEST_METHOD").value_or("");
+    if (method == "GET") {
+        std::string query = m_gateway.Variable(L"QUERY_STRING").value_or("");
+        AddTokens(query.data(), query.size(), false);
+        return kCgiFetched;
+    }
+    return method == "POST" ? FetchPost() : kCgiBadMethod;
+}
+
+CgiStatus CGetParameterImp::FetchPost() {
+    const std::optional<std::string> contentType = m_gateway.Variable(L"CONTENT_TYPE");
+    if (contentType && StartsIgnoringCase(*contentType, kMultipartType)) {
+        const CgiStatus status = FetchMultipart(*contentType);
+        if (status != kCgiFetched) {
+            Reset();
+            DropUploads();
+            WRB_LOG('E', L"%s - the request is refused with status [%d].", kMultipartReader, static_cast<int>(status));
+        }
+        return status;
+    }
+    if (contentType && !StartsIgnoringCase(*contentType, kFormType)) {
+        WRB_LOG('D', L"%s - env CONTENT_TYPE with _HTML_CONTENT_TYPE_FORM", L"CGetParameterImp::FetchParameters");
+        return kCgiBadContentType;
+    }
+    FetchForm();
+    return kCgiFetched;
+}
+
+void CGetParameterImp::FetchForm() {
+    const wrb::tagRequestBody body = wrb::ReadRequestBody(m_gateway, m_postSizeLimit, kFormReader);
+    if (body.bytes == nullptr) {
+        return;
+    }
+    AddTokens(body.bytes.get(), body.size, m_allowBinaryBlock);
+    WRB_LOG('D', L"%s - <<<", kFormReader);
+}
+
+void CGetParameterImp::AddTokens(char* text, std::size_t size, bool mayHaveBinaryBlock) try {
+    const wrb::CTokenArray tokens = wrb::SplitQuery(text, size);
+    for (std::size_t i = 0; i < tokens.Size(); ++i) {
+        const std::string_view token = tokens[i];
+        if (mayHaveBinaryBlock && i + 1 == tokens.Size() && token == kBinaryBlockToken) {
+            const char* const end = token.data() + token.size();
+            const std::size_t left = static_cast<std::size_t>(text + size - end);
+            AddBinaryBlock({end + std::min<std::size_t>(left, 1), left - std::min<std::size_t>(left, 1)});
+        } else if (const auto [name, value] = wrb::SplitToken(token); !name.empty()) {
+            Add(cgi_UnEscapeUrl(name), cgi_UnEscapeUrl(value));
+        }
+    }
+} catch (const std::bad_alloc&) {
+    Reset();
+    DropUploads();
+    WRB_LOG('D', L"%s - malloc failed.", kFormReader);
+}
+
+void CGetParameterImp::AddBinaryBlock(std::string_view data) {
+    const std::wstring name = wrb::Utf8ToWide(kBinaryBlockToken.substr(0, kBinaryBlockToken.size() - 1));
+    m_uploads.emplace_back();  // before there is a file: from then on nothing may get lost
+    m_uploads.back() = m_folder.StoreBinaryBlock(data, kFormReader);
+    Add(name, m_uploads.back());
+    if (m_uploads.back().empty()) {
+        m_uploads.pop_back();
+    }
+}
+
+CgiStatus CGetParameterImp::FetchMultipart(std::string_view contentType) try {
+    const std::string boundary = wrb::MultipartBoundary(contentType);
+    if (boundary.empty()) {
+        return kCgiMultipartNoBoundary;
+    }
+    const wrb::tagRequestBody body = wrb::ReadRequestBody(m_gateway, m_postSizeLimit, kMultipartReader);
+    switch (body.state) {
+        case wrb::BodyState::Absent:
+            return kCgiMultipartNoLength;
+        case wrb::BodyState::TooLong:
+            return kCgiMultipartTooLong;
+        case wrb::BodyState::NoMemory:
+            return kCgiMultipartNoMemory;
+        case wrb::BodyState::Cut:
+            return kCgiMultipartCutBody;
+        case wrb::BodyState::Whole:
+            break;
+    }
+    return StoreMultipart(body, boundary);
+} catch (const std::bad_alloc&) {
+    return kCgiMultipartNoMemory;
+}
+
+// The whole body is parsed before the first file is written.
+CgiStatus CGetParameterImp::StoreMultipart(const wrb::tagRequestBody& body, std::string_view boundary) {
+    std::vector<wrb::tagMultipartPart> parts;
+    if (const CgiStatus status = wrb::ParseMultipart({body.bytes.get(), body.size}, boundary, parts);
+        status != kCgiFetched) {
+        return status;
+    }
+    for (const wrb::tagMultipartPart& part : parts) {
+        std::wstring name = wrb::Utf8ToWide(part.name);
+        if (!part.fileName) {
+            Add(std::move(name), wrb::Utf8ToWide(part.content));
+        } else if (!StoreFile(name, *part.fileName, part.content)) {
+            return kCgiMultipartFileNotStored;
+        }
+    }
+    return kCgiFetched;
+}
+
+bool CGetParameterImp::StoreFile(std::wstring_view name, std::string_view fileName, std::string_view content) {
+    std::wstring path;
+    if (!fileName.empty() || !content.empty()) {
+        m_uploads.emplace_back();  // before there is a file: from then on nothing may get lost
+        path = m_uploads.back() = m_folder.Store(content, kMultipartReader);
+        if (path.empty()) {
+            m_uploads.pop_back();
+            return false;
+        }
+    }
+    Add(std::wstring(name), std::move(path));
+    Add(std::wstring(name) + L".filename", wrb::LastComponent(wrb::Utf8ToWide(fileName)));
+    return true;
+}
+
+void CGetParameterImp::DropUploads() {
+    for (const std::wstring& path : m_uploads) {
+        wrb::DeleteUpload(path, kMultipartReader);
+    }
+    m_uploads.clear();
+}

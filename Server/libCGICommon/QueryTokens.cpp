@@ -1,0 +1,44 @@
+#include "QueryTokens.h"
+
+#include <algorithm>
+
+namespace wrb {
+namespace {
+
+// The first run of characters outside `separators`; `text` is left with what lies behind the run and one separator.
+std::string_view NextRun(std::string_view& text, std::string_view separators) noexcept {
+    text.remove_prefix(std::min(text.find_first_not_of(separators), text.size()));
+    const std::string_view run = text.substr(0, text.find_first_of(separators));
+    text.remove_prefix(std::min(run.size() + 1, text.size()));
+    return run;
+}
+
+}  // namespace
+
+void CTokenArray::Add(std::string_view token) {
+    if (m_size == m_steps.size() * kStep) {
+        m_steps.push_back(std::make_unique<Step>());
+    }
+    (*m_steps[m_size / kStep])[m_size % kStep] = token;
+    ++m_size;
+}
+
+CTokenArray SplitQuery(char* text, std::size_t size) {
+    char* const end = std::find(text, text + size, '\0');
+    std::replace(text, end, '+', ' ');
+    std::string_view rest(text, static_cast<std::size_t>(end - text));
+    CTokenArray tokens;
+    for (std::string_view token; !(token = NextRun(rest, "&\r\n")).empty();) {
+        tokens.Add(token);
+    }
+    return tokens;
+}
+
+tagNameAndValue SplitToken(std::string_view token) noexcept {
+    tagNameAndValue result;
+    result.name = NextRun(token, ": =\"");
+    result.value = NextRun(token, "\"\r\n");
+    return result;
+}
+
+}  // namespace wrb

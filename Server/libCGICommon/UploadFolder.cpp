@@ -1,0 +1,111 @@
+#include "UploadFolder.h"
+
+// windows.h first: bcrypt.h relies on it.
+#include <windows.h>
+
+#include <bcrypt.h>
+
+#include <algorithm>
+#include <cstdint>
+
+#include "DebugLog.h"
+#include "Handle.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+constexpr wchar_t kExtension[] = L".tmp";
+constexpr std::size_t kNameDigits = 32;
+
+bool IsUploadName(std::wstring_view name) {
+    return name.size() == kNameDigits + 4 && name.substr(kNameDigits) == kExtension &&
+           name.find_first_not_of(L"0123456789ABCDEF") == kNameDigits;
+}
+
+bool EqualPaths(std::wstring_view left, std::wstring_view right) {
+    return CompareStringOrdinal(left.data(), static_cast<int>(left.size()), right.data(),
+                                static_cast<int>(right.size()), TRUE) == CSTR_EQUAL;
+}
+
+bool WriteAll(HANDLE file, std::string_view bytes) {
+    constexpr std::size_t kMost = 1u << 20;
+    while (!bytes.empty()) {
+        DWORD written = 0;
+        const auto size = static_cast<DWORD>(std::min(bytes.size(), kMost));
+        if (!WriteFile(file, bytes.data(), size, &written, nullptr) || written == 0) {
+            return false;
+        }
+        bytes.remove_prefix(written);
+    }
+    return true;
+}
+
+CFileHandle CreateNew(const std::wstring& path) {
+    return CFileHandle(
+        CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+void LogNotStored(DWORD error, const wchar_t* function) {
+    WRB_LOG('E', L"%s - Fail to store an upload, error = [%ld]", function, static_cast<long>(error));
+}
+
+}  // namespace
+
+CUploadFolder::CUploadFolder(const std::wstring& homeFolder)
+    : m_folder(homeFolder.empty() ? homeFolder : homeFolder + L"Temp\\") {}
+
+std::wstring CUploadFolder::CreatePath() const {
+    uint32_t random[4];
+    if (m_folder.empty() || BCryptGenRandom(nullptr, reinterpret_cast<unsigned char*>(random), sizeof random,
+                                            BCRYPT_USE_SYSTEM_PREFERRED_RNG) < 0) {
+        return {};
+    }
+    const wchar_t* const format = m_folder.ends_with(L'\\') ? L"%s%08X%08X%08X%08X.tmp" : L"%s\\%08X%08X%08X%08X.tmp";
+    return FormatWide(format, m_folder.c_str(), random[0], random[1], random[2], random[3]);
+}
+
+std::wstring CUploadFolder::Store(std::string_view bytes, const wchar_t* function) const {
+    const std::wstring path = CreatePath();
+    CreateDirectoryW(m_folder.c_str(), nullptr);  // there already, as a rule
+    CFileHandle file = CreateNew(path);
+    if (!file) {
+        LogNotStored(GetLastError(), function);
+        return {};
+    }
+    if (!WriteAll(file.Get(), bytes)) {
+        LogNotStored(GetLastError(), function);
+        file.Reset();
+        DeleteUpload(path, function);
+        return {};
+    }
+    return path;
+}
+
+std::wstring CUploadFolder::StoreBinaryBlock(std::string_view bytes, const wchar_t* function) const {
+    std::wstring path = Store(bytes, function);
+    WRB_LOG('D', L"%s - write Length = %d", function, static_cast<int32_t>(bytes.size()));
+    if (bytes.empty() && !path.empty()) {
+        DeleteUpload(path, function);
+        path.clear();
+    }
+    return path;
+}
+
+std::wstring CUploadFolder::PathOf(std::wstring_view name) const {
+    const std::size_t folder = m_folder.size();
+    const bool behindFolder = name.size() > folder && EqualPaths(name.substr(0, folder), m_folder);
+    const std::wstring_view bare = behindFolder ? name.substr(folder) : name;
+    return folder != 0 && IsUploadName(bare) ? m_folder + std::wstring(bare) : std::wstring();
+}
+
+bool DeleteUpload(const std::wstring& path, const wchar_t* function) {
+    if (!DeleteFileW(path.c_str())) {
+        const DWORD error = GetLastError();
+        WRB_LOG(2, L"%s - Fail to delete file, error = [%ld]", function, static_cast<long>(error));
+        return false;
+    }
+    return true;
+}
+
+}  // namespace wrb

@@ -1,0 +1,35 @@
+// The files that requests leave behind: in the folder "Temp" of the server's home folder, under names that nobody can
+// guess and that no client has a say in.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace wrb {
+
+class CUploadFolder {
+  public:
+    // An empty home folder takes no file.
+    explicit CUploadFolder(const std::wstring& homeFolder);
+
+    // Creates a file that did not exist and writes the bytes into it. Returns its full path; empty, with a log line and
+    // no file left, when that fails. The folder itself is created when it is missing.
+    std::wstring Store(std::string_view bytes, const wchar_t* function) const;
+
+    // Raw data of a form's body: as Store, and logs the length; no file is kept for no byte, and the path is empty.
+    std::wstring StoreBinaryBlock(std::string_view bytes, const wchar_t* function) const;
+
+    // The full path of the file that `name` means: the bare name of an upload, or such a name behind this folder's
+    // path. Anything else, and so every file that is not an upload, gives an empty path. Looks at the text alone.
+    std::wstring PathOf(std::wstring_view name) const;
+
+  private:
+    std::wstring CreatePath() const;
+
+    std::wstring m_folder;  // as it is put together with a name; empty: no folder
+};
+
+// Deletes the file; a failure is logged in the name of `function`.
+bool DeleteUpload(const std::wstring& path, const wchar_t* function);
+
+}  // namespace wrb

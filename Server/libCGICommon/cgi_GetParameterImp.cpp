@@ -1,0 +1,82 @@
+#include "cgi_GetParameterImp.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+#include "DebugLog.h"
+#include "HtmlText.h"
+
+namespace {
+
+bool EqualNames(const std::wstring& left, const wchar_t* right) {
+    return CompareStringOrdinal(left.c_str(), -1, right, -1, TRUE) == CSTR_EQUAL;
+}
+
+}  // namespace
+
+const wchar_t* CGetParameterImp::Find(const wchar_t* name) const noexcept {
+    for (std::size_t i = 0; name != nullptr && i < m_texts.size(); i += 2) {
+        if (EqualNames(m_texts[i], name)) {
+            return m_texts[i + 1].c_str();
+        }
+    }
+    return nullptr;
+}
+
+// Compared with what this request has stored: a plain field may hold any path.
+const wchar_t* CGetParameterImp::FindUpload(const wchar_t* name) const noexcept {
+    const wchar_t* const path = Find(name);
+    return path != nullptr && std::ranges::find(m_uploads, path) != m_uploads.end() ? path : nullptr;
+}
+
+bool CGetParameterImp::EnumPara(const wchar_t*& name, const wchar_t*& value, bool skipEmpty) noexcept {
+    while (skipEmpty && m_cursor < m_texts.size() && m_texts[m_cursor + 1].empty()) {
+        m_cursor += 2;
+    }
+    const bool found = m_cursor < m_texts.size();
+    name = found ? m_texts[m_cursor].c_str() : nullptr;
+    value = found ? m_texts[m_cursor + 1].c_str() : nullptr;
+    m_cursor += found ? 2 : 0;
+    return found;
+}
+
+void CGetParameterImp::AddParameter(const wchar_t* name, const wchar_t* value) {
+    Add(name != nullptr ? name : L"", value != nullptr ? value : L"");
+}
+
+void CGetParameterImp::Add(std::wstring name, std::wstring value) {
+    m_texts.push_back(std::move(name));
+    try {
+        m_texts.push_back(std::move(value));
+    } catch (...) {  // never a name without a value
+        m_texts.pop_back();
+        throw;
+    }
+}
+
+void CGetParameterImp::Reset() noexcept {
+    m_texts.clear();
+    m_cursor = 0;
+}
+
+const char* CGetParameterImp::Dump() {
+    std::string table = "<table border=\"1\"><tr><th>Name</th><th>Value</th></tr>\n";
+    for (std::size_t i = 0; i < m_texts.size(); i += 2) {
+        table +=
+            "<tr><td>" + wrb::EscapeHtml(m_texts[i]) + "</td><td>" + wrb::EscapeHtml(m_texts[i + 1]) + "</td></tr>\n";
+    }
+    m_dump = table + "</table>\n";
+    return m_dump.c_str();
+}
+
+bool CGetParameterImp::DeleteUnwantedUploadFile(const wchar_t* name) const {
+    constexpr const wchar_t* kFunction = L"CGetParameterImp::DeleteUnwantedUploadFile";
+    const std::wstring path = m_folder.PathOf(name != nullptr ? name : L"");
+    if (path.empty()) {
+        WRB_LOG('W', L"%s - no upload has this name: [%s]", kFunction, name != nullptr ? name : L"");
+        return false;
+    }
+    WRB_LOG('D', L"%s - Delete file full path: %s", kFunction, path.c_str());
+    return wrb::DeleteUpload(path, kFunction);
+}

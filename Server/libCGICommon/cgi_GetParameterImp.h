@@ -1,0 +1,58 @@
+// CGetParameterImp: what stands behind CGetParameter. It reads the request when it is made and answers look-ups.
+#pragma once
+
+#include <deque>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Gateway.h"
+#include "PostSizeLimit.h"
+#include "RequestBody.h"
+#include "UploadFolder.h"
+#include "cgi_GetParameter.h"
+
+class CGetParameterImp {
+  public:
+    // `gateway` must outlive the object. Throws only for lack of memory, and not for what a request takes: one that is
+    // too much for the memory has no parameters.
+    CGetParameterImp(bool allowBinaryBlock, bool skipPercentDecoding, wrb::IGateway& gateway = wrb::SystemGateway());
+    CGetParameterImp(const CGetParameterImp&) = delete;
+    CGetParameterImp& operator=(const CGetParameterImp&) = delete;
+
+    CgiStatus GetInitializationResult() const noexcept { return m_status; }
+    bool SkipsPercentDecoding() const noexcept { return m_skipPercentDecoding; }
+
+    const wchar_t* Find(const wchar_t* name) const noexcept;  // null when there is none
+    const wchar_t* FindUpload(const wchar_t* name) const noexcept;
+    bool EnumPara(const wchar_t*& name, const wchar_t*& value, bool skipEmpty) noexcept;
+    void ResetEnumPara() noexcept { m_cursor = 0; }
+    void AddParameter(const wchar_t* name, const wchar_t* value);
+    void Reset() noexcept;
+    const char* Dump();
+    bool DeleteUnwantedUploadFile(const wchar_t* name) const;
+
+  private:
+    CgiStatus FetchParameters();
+    CgiStatus FetchPost();
+    void FetchForm();
+    CgiStatus FetchMultipart(std::string_view contentType);
+    CgiStatus StoreMultipart(const wrb::tagRequestBody& body, std::string_view boundary);
+    bool StoreFile(std::wstring_view name, std::string_view fileName, std::string_view content);
+    void AddTokens(char* text, std::size_t size, bool mayHaveBinaryBlock);
+    void AddBinaryBlock(std::string_view data);
+    void Add(std::wstring name, std::wstring value);
+    void DropUploads();
+
+    wrb::IGateway& m_gateway;
+    wrb::CPostSizeLimit m_postSizeLimit;
+    wrb::CUploadFolder m_folder;
+    const bool m_allowBinaryBlock;
+    const bool m_skipPercentDecoding;
+    // Name, value, name, value: a deque, so that a text that was handed out stays where it is when one is appended.
+    std::deque<std::wstring> m_texts;
+    std::vector<std::wstring> m_uploads;  // the files of this request
+    std::size_t m_cursor = 0;             // index of the next name
+    std::string m_dump;
+    CgiStatus m_status;
+};

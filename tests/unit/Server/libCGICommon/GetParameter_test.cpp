@@ -1,0 +1,270 @@
+#include "cgi_GetParameter.h"
+
+#include <gtest/gtest.h>
+
+#include "CapturedLog.h"
+#include "FakeGateway.h"
+#include "RequestBody.h"
+#include "UnEscapeUrl.h"
+
+namespace {
+
+using wrb::test::CFakeGateway;
+using wrb::test::Parameters;
+
+constexpr char kForm[] = "application/x-www-form-urlencoded";
+constexpr wchar_t kReader[] = L"CGetCGINameValuePair::CGetCGINameValuePair";
+
+bool Logged(const std::vector<tagCapturedLine>& lines, uint32_t level, const std::wstring& text) {
+    return std::ranges::find(lines, tagCapturedLine{level, text}) != lines.end();
+}
+
+// What the same text gives as a query and as the body of a form.
+TEST(GetParameter, TakesQueriesAndFormsApart) {
+    const struct {
+        std::string text;
+        std::wstring parameters;
+    } cases[] = {
+        {"a=1&b=x+y%21", L"a=1|b=x y!|"},
+        {"flag", L"flag=|"},
+        {"", L""},
+        {"\r\n", L""},
+        {"&&\r\na=1\n\n&b=2&", L"a=1|b=2|"},
+        {"A=1&a=2", L"A=1|a=2|"},
+        {"a==1&b:2&c 3&d=", L"a==1|b=2|c=3|d=|"},
+        {"=&:\"&+=", L""},
+        {"\"a\"=1&b=\"x\"y&c=1:2 3=4", L"a==1|b=x|c=1:2 3=4|"},
+        {"a%3D=%26%0d%0A", L"a==&\r\n|"},
+        {"a=%2B+%2b", L"a=+ +|"},
+        {"a=%C3%A4%u00e4%U4F60%ud83d%uDE00", L"a=\u00e4\u00e4\u4f60\U0001F600|"},
+        {"a=%&b=%4&c=%4g&d=%u12&e=%u123x&f=%", L"a=%|b=%4|c=%4g|d=%u12|e=%u123x|f=%|"},
+        {"a=x%00y&b=%u0000", L"a=x%00y|b=%u0000|"},
+        {"a=%ff", L"a=\uFFFD|"},
+    };
+    for (const auto& query : cases) {
+        CFakeGateway gateway;
+        gateway.variables = {{L"REQUEST_METHOD", "GET"}, {L"QUERY_STRING", query.text}};
+        CGetParameterImp get(false, false, gateway);
+        EXPECT_EQ(get.GetInitializationResult(), kCgiFetched);
+        EXPECT_EQ(Parameters(get), query.parameters) << query.text;
+        gateway.Post(std::string("APPLICATION/x-www-form-urlencoded; charset=utf-8"), query.text);
+        CGetParameterImp post(false, false, gateway);
+        EXPECT_EQ(Parameters(post), query.parameters) << query.text;
+    }
+}
+
+TEST(GetParameter, AnswersEveryKindOfRequestWithItsStatus) {
+    using Variables = std::map<std::wstring, std::string>;
+    const struct {
+        Variables variables;
+        int status;
+    } cases[] = {
+        {{}, kCgiBadMethod},
+        {{{L"REQUEST_METHOD", ""}}, kCgiBadMethod},
+        {{{L"REQUEST_METHOD", "PUT"}}, kCgiBadMethod},
+        {{{L"REQUEST_METHOD", "get"}}, kCgiBadMethod},
+        {{{L"REQUEST_METHOD", "GET"}}, kCgiFetched},
+        {{{L"REQUEST_METHOD", "POST"}}, kCgiFetched},
+        {{{L"REQUEST_METHOD", "POST"}, {L"CONTENT_TYPE", "text/plain"}}, kCgiBadContentType},
+        {{{L"REQUEST_METHOD", "POST"}, {L"CONTENT_TYPE", ""}}, kCgiBadContentType},
+        {{{L"REQUEST_METHOD", "POST"}, {L"CONTENT_TYPE", "multipart/form-dat"}}, kCgiBadContentType},
+        {{{L"REQUEST_METHOD", "POST"}, {L"CONTENT_TYPE", "MultiPart/Form-Data"}}, kCgiMultipartNoBoundary},
+    };
+    for (const auto& request : cases) {
+        CFakeGateway gateway;
+        gateway.variables = request.variables;
+        TakeCapturedLog();
+        CGetParameterImp parameters(false, false, gateway);
+        EXPECT_EQ(parameters.GetInitializationResult(), request.status);
+        EXPECT_EQ(Parameters(parameters), L"");
+        EXPECT_EQ(Logged(TakeCapturedLog(), 'D',
+                         L"CGetParameterImp::FetchParameters - env CONTENT_TYPE with _HTML_CONTENT_TYPE_FORM"),
+                  request.status == kCgiBadContentType);
+    }
+}
+
+// "a=" and as many letters as make the length; the limit as the two INI files give it.
+TEST(GetParameter, RefusesABodyBeyondTheLimitAndReadsOneUpToIt) {
+    const struct {
+        std::string scanIni;
+        std::string serverIni;
+        int64_t limitInK;
+    } cases[] = {
+        {"", "", 5120},
+        {"", "MaxCGIPostSizeInK=1", 1},
+        {"UseDefaultMaxCGIPostSize=1", "MaxCGIPostSizeInK=1", 5120},
+        {"UseDefaultMaxCGIPostSize=0", "MaxCGIPostSizeInK=-7", 5120},
+    };
+    for (const auto& ini : cases) {
+        CFakeGateway gateway;
+        std::filesystem::create_directories(gateway.Home() / L"private");
+        wrb::test::WriteAll(gateway.Home() / L"wrbscan.ini", "[Global Setting]\r\n" + ini.scanIni + "\r\n");
+        wrb::test::WriteAll(gateway.Home() / L"private\\wrbserver.ini",
+                            "[INI_SERVER_SECTION]\r\n" + ini.serverIni + "\r\n");
+        const auto limit = static_cast<std::size_t>(ini.limitInK * 1024);
+        for (const std::size_t length : {limit, limit + 1}) {
+            gateway.Post(kForm, "a=" + std::string(length - 2, 'x'));
+            TakeCapturedLog();
+            CGetParameterImp request(false, false, gateway);
+            const auto lines = TakeCapturedLog();
+            EXPECT_EQ(request.GetInitializationResult(), kCgiFetched);
+            EXPECT_EQ(request.Find(L"A") != nullptr, length == limit);
+            EXPECT_TRUE(Logged(lines, 'D',
+                               L"CGetCGINameValuePair::getPostSizeLimitInK - CGI UseDefaultPostSize=[" +
+                                   std::wstring(ini.scanIni.ends_with('1') ? L"1" : L"0") + L"]"));
+            EXPECT_EQ(Logged(lines, 'E',
+                             std::wstring(kReader) + L" - Content size[" + std::to_wstring(length) +
+                                 L"] is large then POST size limitation: [" + std::to_wstring(limit) + L"]."),
+                      length > limit);
+        }
+    }
+}
+
+TEST(GetParameter, SurvivesEveryAnnouncedLength) {
+    const std::wstring name = kReader;
+    const std::wstring tooLong = L"] is large then POST size limitation: [5242880].";
+    const struct {
+        std::string announced;
+        std::wstring parameters;
+        tagCapturedLine line;
+    } cases[] = {
+        {"3", L"a=1|", {'D', name + L" - <<<"}},
+        {"2", L"a=|", {'D', name + L" - fread >>>"}},
+        {"9", L"a=1|", {'W', name + L" - the body ends at [3] of [9] bytes."}},
+        {"5242880", L"a=1|", {'W', name + L" - the body ends at [3] of [5242880] bytes."}},
+        {"-1", L"", {'E', name + L" - Content size[-1" + tooLong}},
+        {"9223372036854775808", L"", {'E', name + L" - Content size[2147483647" + tooLong}},
+        {"-99999999999999999999", L"", {'E', name + L" - Content size[-2147483648" + tooLong}},
+        {"3 ", L"", {'W', name + L" - CONTENT_LENGTH is no number: [3 ]."}},
+        {"0x3", L"", {'W', name + L" - CONTENT_LENGTH is no number: [0x3]."}},
+    };
+    for (const auto& length : cases) {
+        CFakeGateway gateway;
+        gateway.Post(kForm, "a=1", length.announced);
+        TakeCapturedLog();
+        CGetParameterImp request(false, false, gateway);
+        EXPECT_EQ(request.GetInitializationResult(), kCgiFetched);
+        EXPECT_EQ(Parameters(request), length.parameters) << length.announced;
+        EXPECT_TRUE(Logged(TakeCapturedLog(), length.line.level, length.line.text)) << length.announced;
+    }
+    CFakeGateway silent;  // 0, or no length at all: not a line
+    for (const char* none : {"0", "000", ""}) {
+        silent.Post(kForm, "a=1", none);
+        TakeCapturedLog();
+        CGetParameterImp request(false, false, silent);
+        EXPECT_EQ(Parameters(request), L"");
+        EXPECT_TRUE(TakeCapturedLog().empty());
+    }
+}
+
+TEST(GetParameter, KeepsRawDataBehindAFormInAFile) {
+    using namespace std::string_literals;
+    const struct {
+        std::string body;
+        bool allowed;
+        std::optional<std::string> data;  // nothing: no file
+    } cases[] = {
+        {"a=1&BinaryDataBlock=\0x+y&\0z"s, true, "x+y&\0z"s},  {"a=1&BinaryDataBlock=\0x"s, false, std::nullopt},
+        {"a=1&BinaryDataBlock=\0"s, true, std::nullopt},      {"a=1&BinaryDataBlock="s, true, std::nullopt},
+        {"a=1&BinaryDataBlock=&\0x"s, true, "\0x"s},          {"a=1&BinaryDataBlock=q\0x"s, true, std::nullopt},
+        {"a=1&BinaryDataBlock=&b=2\0x"s, true, std::nullopt},
+    };
+    for (const auto& block : cases) {
+        CFakeGateway gateway;
+        gateway.Post(kForm, block.body);
+        TakeCapturedLog();
+        CGetParameterImp request(block.allowed, false, gateway);
+        EXPECT_STREQ(request.Find(L"a"), L"1");
+        ASSERT_EQ(gateway.Uploads().size(), block.data ? 1u : 0u) << block.body;
+        if (block.data) {
+            const std::filesystem::path file = gateway.Uploads().front();
+            EXPECT_EQ(wrb::test::ReadAll(file), *block.data);
+            EXPECT_EQ(file.wstring(), request.FindUpload(L"binarydatablock"));
+            EXPECT_EQ(file.filename().wstring().find_first_not_of(L"0123456789ABCDEF"), 32u);
+            EXPECT_EQ(file.extension(), L".tmp");
+            EXPECT_TRUE(Logged(TakeCapturedLog(), 'D',
+                               std::wstring(kReader) + L" - write Length = " + std::to_wstring(block.data->size())));
+        }
+    }
+}
+
+TEST(GetParameter, DeletesUploadsAndNothingElse) {
+    CFakeGateway gateway;
+    gateway.Post(kForm, std::string("BinaryDataBlock=\0x", 18));
+    CGetParameterImp request(true, false, gateway);
+    ASSERT_EQ(gateway.Uploads().size(), 1u);
+    const std::wstring path = gateway.Uploads().front().wstring();
+    const std::wstring bare = gateway.Uploads().front().filename().wstring();
+    wrb::test::WriteAll(gateway.Home() / L"Temp\\MSG1.tmp", "another's");
+    wrb::test::WriteAll(gateway.Home() / bare, "outside");
+    const std::wstring refused[] = {L"",          L"MSG1.tmp",      L"..\\" + bare, (gateway.Home() / bare).wstring(),
+                                    bare + L":s", L"\\\\?\\" + path};
+    for (const std::wstring& name : refused) {
+        EXPECT_FALSE(request.DeleteUnwantedUploadFile(name.c_str())) << gateway.Uploads().size();
+    }
+    EXPECT_FALSE(request.DeleteUnwantedUploadFile(nullptr));
+    EXPECT_EQ(gateway.Uploads().size(), 2u);
+    const std::wstring function = L"CGetParameterImp::DeleteUnwantedUploadFile";
+    TakeCapturedLog();
+    EXPECT_TRUE(request.DeleteUnwantedUploadFile(path.c_str()));
+    EXPECT_FALSE(request.DeleteUnwantedUploadFile(bare.c_str()));
+    EXPECT_EQ(TakeCapturedLog(),
+              (std::vector<tagCapturedLine>{{'D', function + L" - Delete file full path: " + path},
+                                            {'D', function + L" - Delete file full path: " + path},
+                                            {2, function + L" - Fail to delete file, error = [2]"}}));
+    EXPECT_TRUE(std::filesystem::exists(gateway.Home() / bare));
+}
+
+// The front, on this process: it has no request, so the status is the one of a missing method.
+TEST(GetParameter, EveryObjectIsAViewOfOneRequest) {
+    CGetParameter first;
+    CGetParameter request(true, true);
+    EXPECT_EQ(request.GetInitializationResult(), kCgiBadMethod);
+    EXPECT_EQ(first.AddParameter(L"Number", L"42x"), 0);
+    EXPECT_EQ(first.AddParameter(L"number", L"7"), 0);
+    EXPECT_EQ(first.AddParameter(L"Blank", nullptr), 0);
+    EXPECT_EQ(first.AddParameter(L"Text", L"<a href='x'>&\"\u00e4"), 0);
+    EXPECT_EQ(request.Get(L"NUMBER", 5), 42);
+    EXPECT_EQ(request.Get(L"blank", 5), 0);
+    EXPECT_EQ(request.Get(L"missing", 5), 5);
+    EXPECT_STREQ(request.Get(L"missing"), L"");
+    EXPECT_STREQ(request.GetValueByName(L"missing", L"d"), L"d");
+    EXPECT_STREQ(request.GetValueByName(L"number", L"d"), L"42x");
+    EXPECT_STREQ(request.GetUploadFile(L"number"), L"");
+    EXPECT_STREQ(request.Dump(),
+                 "<table border=\"1\"><tr><th>Name</th><th>Value</th></tr>\n"
+                 "<tr><td>Number</td><td>42x</td></tr>\n<tr><td>number</td><td>7</td></tr>\n"
+                 "<tr><td>Blank</td><td></td></tr>\n"
+                 "<tr><td>Text</td><td>&lt;a href=&#39;x&#39;&gt;&amp;&quot;\xC3\xA4</td></tr>\n</table>\n");
+    const wchar_t* name = nullptr;
+    const wchar_t* value = nullptr;
+    int filled = 0;
+    for (; request.EnumPara(name, value, true); ++filled) {
+        EXPECT_STRNE(value, L"");
+    }
+    EXPECT_EQ(filled, 3);
+    EXPECT_EQ(name, nullptr);
+    request.ResetEnumPara();
+    EXPECT_TRUE(request.EnumPara(name, value, false));
+    EXPECT_STREQ(name, L"Number");
+    request.Reset();
+    EXPECT_FALSE(first.EnumPara(name, value, false));
+    EXPECT_EQ(first.Get(L"number", 5), 5);
+}
+
+TEST(GetParameter, TakesAMegabyteOfAnything) {
+    for (const std::string unit : {"%", "+%u", "&", "a&", "%u0041a", "=", "\""}) {
+        std::string query;
+        while (query.size() < 1u << 20) {
+            query += unit;
+        }
+        CFakeGateway gateway;
+        gateway.Post(kForm, query);
+        EXPECT_EQ(CGetParameterImp(false, false, gateway).GetInitializationResult(), kCgiFetched);
+    }
+    wchar_t small[4] = L"xxx";
+    EXPECT_EQ(cgi_UnEscapeUrl("%41%42%43%44", small, 4), 3u);
+    EXPECT_STREQ(small, L"ABC");
+}
+
+}  // namespace

@@ -1,0 +1,71 @@
+#include "cgi_PutStream.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include "Handle.h"
+#include "TempFolder.h"
+
+namespace {
+
+// Standard output is a file for as long as this lives.
+class CCapturedOutput {
+  public:
+    CCapturedOutput() { SetStdHandle(STD_OUTPUT_HANDLE, m_file.Get()); }
+    ~CCapturedOutput() { SetStdHandle(STD_OUTPUT_HANDLE, m_before); }
+    std::string Text() const { return wrb::test::ReadAll(m_folder / L"out"); }
+
+  private:
+    wrb::test::CTempFolder m_folder;
+    const HANDLE m_before = GetStdHandle(STD_OUTPUT_HANDLE);
+    wrb::CFileHandle m_file{CreateFileW((m_folder / L"out").c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                        CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)};
+};
+
+TEST(PutStream, WritesUtf8AndBytesAsTheyAre) {
+    const CCapturedOutput output;
+    CPutStream(false) << "n\r\n"
+                      << -2147483647 - 1 << L"\u00e4\xD800" << static_cast<const char*>(nullptr)
+                      << static_cast<const wchar_t*>(nullptr);
+    {
+        CPutStream out(false);
+        out.Send(L"<&>", false);
+        out.Send(L"<&>\"'\u00e4", true);
+        out.Send(reinterpret_cast<const unsigned char*>("\0\xff"
+                                                        "dropped"),
+                 2);
+        out.Send(nullptr, -1);
+    }
+    using namespace std::string_literals;
+    EXPECT_EQ(output.Text(), "n\r\n-2147483648\xC3\xA4\xEF\xBF\xBD<&>&lt;&amp;&gt;&quot;&#39;\xC3\xA4\0\xff"s);
+}
+
+TEST(PutStream, WritesWhenTheHeaderSaysSo) {
+    const CCapturedOutput output;
+    CPutStream collecting(false);
+    collecting << "a";
+    EXPECT_EQ(output.Text(), "");
+    collecting << flush << "b";
+    EXPECT_EQ(output.Text(), "a");
+    collecting << endl;
+    EXPECT_EQ(output.Text(), "ab\n");
+    CPutStream(true) << "c";
+    CPutStream writingThrough(true);
+    writingThrough << 4;
+    EXPECT_EQ(output.Text(), "ab\nc4");
+    const std::string large(40000, 'x');
+    collecting << large.c_str();
+    EXPECT_EQ(output.Text().size(), 5u + 2 * 16384u);
+}
+
+TEST(PutStream, SwallowsWhatNobodyReads) {
+    const HANDLE before = GetStdHandle(STD_OUTPUT_HANDLE);
+    SetStdHandle(STD_OUTPUT_HANDLE, nullptr);
+    CPutStream(true) << "lost" << endl;
+    SetStdHandle(STD_OUTPUT_HANDLE, before);
+    const CCapturedOutput output;
+    CPutStream(true) << "seen";
+    EXPECT_EQ(output.Text(), "seen");
+}
+
+}  // namespace
