@@ -13,4 +13,17 @@ enum class CommandSlot : uint32_t {
     kCount
 };
 
+// Requests for alert texts are also counted by alert type, in the last slots of the counters, which no row of the table
+// is going to need. Types that are not listed are not counted.
+struct tagAlertSlot {
+    int32_t type;
+    uint32_t slot;
+};
+
+inline constexpr tagAlertSlot kAlertSlots[] = {
+    {0, 120}, {1, 121}, {3, 122}, {5, 123}, {7, 124}, {8, 125}, {15, 126}, {128, 127},
+};
+
+static_assert(static_cast<uint32_t>(CommandSlot::kCount) <= kAlertSlots[0].slot);
+
 }  // namespace wrb

@@ -10,12 +10,21 @@
 #include "UniqueName.h"
 #include "cmdhl.h"
 
-inline std::wstring Ask(const wchar_t* command, const wchar_t* parameter) {
-    const std::wstring name = wrb::test::UniqueName(L"reply");
-    const wrb::test::CFakePipeService reply(name);
+// `parameters` may be several fields, TAB between them.
+inline std::wstring AskOn(const std::wstring& replyPipe, const wchar_t* command, const std::wstring& parameters) {
+    const wrb::test::CFakePipeService reply(replyPipe);
     CCmdProtocol message;
-    message << command << name << parameter;
+    message << command << replyPipe << parameters;
     EXPECT_EQ(cmdhl_Process(message.Text().data(), message.Text().size() * sizeof(wchar_t)), 1u);
     const auto messages = reply.WaitFor(1);
     return messages.empty() ? L"no answer" : messages[0].Text();
+}
+
+inline std::wstring Ask(const wchar_t* command, const std::wstring& parameters) {
+    return AskOn(wrb::test::UniqueName(L"reply"), command, parameters);
+}
+
+// A command that does not answer.
+inline void Tell(const std::wstring& message) {
+    EXPECT_EQ(cmdhl_Process(message.data(), message.size() * sizeof(wchar_t)), 1u);
 }

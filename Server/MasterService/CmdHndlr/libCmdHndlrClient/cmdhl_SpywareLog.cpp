@@ -1,0 +1,130 @@
+// What agents report about spyware: packages of logs and of backup manifests, results of restores, status flags.
+#include <windows.h>
+
+#include <string>
+
+#include "CmdProtocol.h"
+#include "CommandSlot.h"
+#include "CounterScope.h"
+#include "DbAgent.h"
+#include "DebugLog.h"
+#include "Text.h"
+#include "UnsignedField.h"
+#include "UploadPackage.h"
+#include "WrbClient.h"
+#include "cmdhl_Handlers.h"
+#include "cmdhl_Reply.h"
+#include "cmdhl_SpywareLogDir.h"
+#include "cmdlog_OutputCmd.h"
+
+namespace {
+
+constexpr std::size_t kUidCharacters = 36;
+
+struct tagSpywareUpload {
+    wrb::CommandSlot slot;
+    const wchar_t* name;          // of the handler, in its log lines
+    std::size_t replyPipePrefix;  // agents of this command put so much in front of what is unique
+    bool isLog;                   // its entries go into the feedback log
+    int32_t event;
+    const wchar_t* successAnswer;
+};
+
+// Agents take the manifest's 0 for what it is: an answer, whatever came of the package.
+constexpr tagSpywareUpload kSpywareLog = {
+    wrb::CommandSlot::CMDHL_SET_SPYWARELOG, L"cmdhl_SetSpywareLog", 20, true, 0, L"1"};
+constexpr tagSpywareUpload kBackupManifest = {
+    wrb::CommandSlot::CMDHL_SET_SPYWARE_BACKUP_MANIFEST, L"cmdhl_SetSpywareBackupManifest", 33, false, 2, L"0"};
+
+void Answer(const wchar_t* handler, const std::wstring& replyPipe, const wchar_t* text) {
+    if (!wrb::Reply(replyPipe.c_str(), text)) {
+        WRB_LOG(kLogError, L"%s - cmdhl_OutputCommand failed.", handler);
+    }
+}
+
+// Unlike the firewall log's, the folder outlives the request: one that is there already holds another's material.
+bool MakeFolder(const tagSpywareUpload& kind, const std::wstring& folder) {
+    if (CreateDirectoryW(folder.c_str(), nullptr)) {
+        return true;
+    }
+    const DWORD error = GetLastError();
+    WRB_LOG(kLogDebug8, L"%s: CreateDirectory(%s) fail err=%d", kind.name, folder.c_str(), error);
+    return false;
+}
+
+bool Unpack(const tagSpywareUpload& kind, const std::wstring& package, const std::wstring& folder) {
+    if (wrb::ExtractPackage(package, folder, nullptr, nullptr)) {
+        return true;
+    }
+    WRB_LOG(kLogDebug8, L"%s: fpkExtract fail.", kind.name);
+    return false;
+}
+
+void TakeUpload(const tagSpywareUpload& kind, CCmdProtocol& message) {
+    const wrb::CCounterCall call(static_cast<uint32_t>(kind.slot));
+    std::wstring replyPipe;
+    std::wstring uid;
+    std::wstring fileName;
+    std::wstring base;
+    message >> replyPipe >> uid >> fileName >> base;
+    WRB_LOG(kLogDebug8, L"%s: UID=%s, FileName=%s, Dir=%s", kind.name, uid.c_str(), fileName.c_str(), base.c_str());
+    const std::wstring folder = wrb::ExtractionDirectory(base, replyPipe, kind.replyPipePrefix);
+    const bool isMade = MakeFolder(kind, folder);
+    if (!isMade || !Unpack(kind, fileName, folder)) {
+        Answer(kind.name, replyPipe, L"0");
+        DeleteFileW(fileName.c_str());
+        if (isMade) {
+            RemoveDirectoryW(folder.c_str());
+        }
+        return;
+    }
+    if (kind.isLog) {
+        cmdhl_ScanSpywareLogDir(wrb::WideToAnsi(folder).c_str());
+    }
+    wrbSetSpywareLogEvent(kind.event);
+    Answer(kind.name, replyPipe, kind.successAnswer);
+    if (!DeleteFileW(fileName.c_str())) {
+        const DWORD error = GetLastError();
+        WRB_LOG(kLogDebug8, L"%s: DeleteFile(%s) fail err=%d", kind.name, fileName.c_str(), error);
+    }
+}
+
+}  // namespace
+
+void cmdhl_SetSpywareLog(CCmdProtocol& message) {
+    TakeUpload(kSpywareLog, message);
+}
+
+void cmdhl_SetSpywareBackupManifest(CCmdProtocol& message) {
+    TakeUpload(kBackupManifest, message);
+}
+
+void cmdhl_SetSpywareRestoreLog(CCmdProtocol& message) {
+    const wrb::CCounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_SET_SPYWARE_RESTORE_LOG));
+    std::wstring replyPipe;
+    std::wstring uid;
+    uint32_t first = 0;
+    uint32_t second = 0;
+    message >> replyPipe >> uid >> first >> second;
+    // The row has them the other way round than the command.
+    dbSetRestoreLogW(uid.c_str(), static_cast<int32_t>(second), static_cast<int32_t>(first));
+    Answer(L"cmdhl_SetSpywareRestoreLog", replyPipe, L"1");
+}
+
+void cmdhl_SetStatusFlag(CCmdProtocol& message) {
+    wrb::CCounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_SET_STATFLAG));
+    std::wstring uid;
+    message >> uid;
+    const uint32_t word1 = wrb::TakeUnsigned(message);
+    const uint32_t word2 = wrb::TakeUnsigned(message);
+    if (uid.size() != kUidCharacters) {
+        WRB_LOG(kLogDebug8, L"cmdhl_SetStatusFlag:Uid length incorrent");
+        call.ReportResult(false);
+        return;
+    }
+    const bool isStored = dbSetStatusW(uid.c_str(), word1, word2, 0);
+    if (!isStored) {
+        WRB_LOG(kLogDebug8, L"cmdhl_SetStatusFlag:dbSetStatus fail %s, %x,%x", uid.c_str(), word1, word2);
+    }
+    call.ReportResult(isStored);
+}

@@ -1,0 +1,122 @@
+#include "cmdhl_SpywareLogDir.h"
+
+#include <windows.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "DebugLog.h"
+#include "Handle.h"
+#include "OpenSecurity.h"
+#include "Text.h"
+#include "cmdhl_WtcLog.h"
+
+namespace {
+
+constexpr wchar_t kFunction[] = L"cmdhl_ScanSpywareLogDir";
+constexpr wchar_t kServerStopEvent[] = L"Calloway_Warrenby_Server_Stop_Event";
+constexpr wchar_t kGeneralInfo[] = L"GeneralInfo";
+constexpr DWORD kNamesCharacters = 14000;
+constexpr DWORD kGuidCharacters = 64;
+constexpr uint64_t kMostBytes = 16 << 20;  // of a log; the profile functions take a file into memory whole
+
+struct tagFindTraits {
+    using Type = HANDLE;
+    static HANDLE Empty() noexcept { return INVALID_HANDLE_VALUE; }
+    static void Close(HANDLE search) noexcept { FindClose(search); }
+};
+
+class CSpywareLogWalk {
+  public:
+    explicit CSpywareLogWalk(HANDLE stopEvent) : m_stopEvent(stopEvent), m_names(kNamesCharacters) {}
+
+    // False: the walk is to end. The depth is bounded by the length of a path.
+    bool WalkFolder(const std::wstring& folder);
+
+  private:
+    bool IsStopped() const { return WaitForSingleObject(m_stopEvent, 0) != WAIT_TIMEOUT; }
+
+    bool VisitEntry(const std::wstring& folder, const WIN32_FIND_DATAW& entry);
+    void RecordLog(const std::wstring& path);
+
+    HANDLE m_stopEvent;
+    std::vector<wchar_t> m_names;  // one buffer for all files
+};
+
+bool CSpywareLogWalk::WalkFolder(const std::wstring& folder) {
+    WIN32_FIND_DATAW entry;
+    const wrb::CUniqueHandle<tagFindTraits> found(FindFirstFileW((folder + L"\\*.*").c_str(), &entry));
+    if (!found) {
+        return true;
+    }
+    do {
+        if (!VisitEntry(folder, entry) || IsStopped()) {
+            return false;
+        }
+    } while (FindNextFileW(found.Get(), &entry));
+    return true;
+}
+
+bool CSpywareLogWalk::VisitEntry(const std::wstring& folder, const WIN32_FIND_DATAW& entry) {
+    const std::wstring_view name = entry.cFileName;
+    const std::wstring path = folder + L"\\" + entry.cFileName;
+    const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    if (name == L"." || name == L".." || isLink || path.size() >= MAX_PATH) {
+        return true;
+    }
+    if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        return WalkFolder(path);
+    }
+    if ((uint64_t{entry.nFileSizeHigh} << 32 | entry.nFileSizeLow) > kMostBytes) {
+        WRB_LOG(kLogDebug8, L"%s - too large: %s", kFunction, path.c_str());
+        return true;
+    }
+    RecordLog(path);
+    return true;
+}
+
+void CSpywareLogWalk::RecordLog(const std::wstring& path) {
+    wchar_t guid[kGuidCharacters] = L"";
+    GetPrivateProfileStringW(kGeneralInfo, L"GUID", L"", guid, kGuidCharacters, path.c_str());
+    const auto sectionCount =
+        static_cast<int32_t>(GetPrivateProfileIntW(kGeneralInfo, L"SectionCount", 0, path.c_str()));
+    m_names[0] = m_names[1] = L'\0';
+    const DWORD characters = GetPrivateProfileSectionNamesW(m_names.data(), kNamesCharacters, path.c_str());
+    if (characters == kNamesCharacters - 2) {
+        WRB_LOG(kLogDebug8, L"%s - more sections than fit: %s", kFunction, path.c_str());
+    }
+    const wchar_t* name = m_names.data();
+    // 64 bits wide: the count comes from the file.
+    for (int64_t left = int64_t{sectionCount} + 1; left > 0 && *name != L'\0'; --left) {
+        const std::wstring_view text = name;
+        if (text != kGeneralInfo) {
+            cmdhl_AppendWtcRecord(name, guid);
+        }
+        name += text.size() + 1;
+    }
+}
+
+// Relative paths mean another folder to the profile functions than to everybody else.
+std::wstring FullPath(const char* directory) {
+    const std::wstring path = wrb::AnsiToWide(directory);
+    wchar_t full[MAX_PATH];
+    const DWORD length = GetFullPathNameW(path.c_str(), MAX_PATH, full, nullptr);
+    return length < MAX_PATH ? std::wstring(full, length) : std::wstring();
+}
+
+}  // namespace
+
+void cmdhl_ScanSpywareLogDir(const char* directory) {
+    // Where no open descriptor can be made, the mutex of the feedback log cannot be shared, and nothing be recorded.
+    wrb::tagOpenSecurity security;
+    if (wrb::InitOpenSecurity(security, false) != nullptr) {
+        return;
+    }
+    const wrb::CKernelHandle stopEvent(OpenEventW(EVENT_ALL_ACCESS, FALSE, kServerStopEvent));
+    const std::wstring folder = FullPath(directory);
+    if (stopEvent && !folder.empty()) {
+        CSpywareLogWalk(stopEvent.Get()).WalkFolder(folder);
+    }
+}

@@ -1,0 +1,12 @@
+// The walk over an unpacked spyware log package.
+#pragma once
+
+// Appends a record to the feedback log (cmdhl_WtcLog.h) for every entry of every log in `directory`, an ANSI path, and
+// in the folders below it. Walks nothing while the server is not running (its stop event does not exist), and ends as
+// soon as the server stops.
+//
+// A log is an INI file: section "GeneralInfo" has "GUID" and "SectionCount", every other section is an entry. Of the
+// first "SectionCount" + 1 sections, in the order of the file and as far as their names fit into 14000 characters, all
+// but "GeneralInfo" are recorded. Whatever is no such file has no sections and so no entries; links, paths of 260
+// characters and more, and files of more than 16 MiB are passed over.
+void cmdhl_ScanSpywareLogDir(const char* directory);

@@ -1,0 +1,122 @@
+#include "cmdhl_WtcLog.h"
+
+#include <windows.h>
+
+#include <share.h>
+
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "CmdProtocol.h"
+#include "CommandSlot.h"
+#include "CounterScope.h"
+#include "DebugLog.h"
+#include "Handle.h"
+#include "INICache.h"
+#include "OpenSecurity.h"
+#include "Text.h"
+#include "cgi_HomeDir.h"
+#include "cmdhl_Handlers.h"
+
+namespace {
+
+constexpr wchar_t kFunction[] = L"cmdhl_AppendWtcRecord";
+constexpr wchar_t kMutexName[] = L"wrby_wtc_mutex";
+constexpr DWORD kWaitMilliseconds = 3000;
+
+struct tagWtcRecord {
+    std::array<char, 129> entryName;
+    std::array<char, 37> guid;
+};
+static_assert(sizeof(tagWtcRecord) == 166);
+
+// Other programs of the server use the mutex under other accounts. One of them may have made it, and then it need not
+// grant all that a creator asks for.
+wrb::CKernelHandle OpenWtcMutex() {
+    wrb::tagOpenSecurity security;
+    if (wrb::InitOpenSecurity(security, false) == nullptr) {
+        if (wrb::CKernelHandle mutex(CreateMutexW(&security.attributes, FALSE, kMutexName)); mutex) {
+            return mutex;
+        }
+    }
+    return wrb::CKernelHandle(OpenMutexW(SYNCHRONIZE | MUTEX_MODIFY_STATE, FALSE, kMutexName));
+}
+
+class CWtcLock {
+  public:
+    CWtcLock() : m_mutex(OpenWtcMutex()) {
+        const DWORD wait = m_mutex ? WaitForSingleObject(m_mutex.Get(), kWaitMilliseconds) : WAIT_FAILED;
+        // Abandoned: its owner died while it wrote. The log is a row of records; the next one goes behind the last.
+        m_owned = wait == WAIT_OBJECT_0 || wait == WAIT_ABANDONED;
+    }
+    ~CWtcLock() { ReleaseMutex(m_mutex.Get()); }  // fails, without harm, where it is not owned
+    CWtcLock(const CWtcLock&) = delete;
+    CWtcLock& operator=(const CWtcLock&) = delete;
+
+    explicit operator bool() const noexcept { return m_owned; }
+
+  private:
+    wrb::CKernelHandle m_mutex;
+    bool m_owned = false;
+};
+
+// Cuts whole characters, so that half of a double-byte one is never left at the end.
+template <std::size_t N>
+void FillField(std::array<char, N>& field, std::wstring_view text) {
+    text = text.substr(0, 2 * N);  // a pair of UTF-16 units gives at least one byte
+    std::string narrow = wrb::WideToAnsi(text);
+    while (narrow.size() >= N) {
+        text.remove_suffix(1);
+        narrow = wrb::WideToAnsi(text);
+    }
+    field.fill('\0');
+    narrow.copy(field.data(), N - 1);
+}
+
+std::wstring WtcLogPath() {
+    const std::wstring folder = cgi_GetHomeDir() + L"temp";
+    CreateDirectoryW(folder.c_str(), nullptr);  // when it cannot be made, the file cannot be opened
+    return folder + L"\\wtc.log";
+}
+
+struct tagFileClose {
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+
+bool AppendToFile(const std::wstring& path, const tagWtcRecord& record) {
+    std::unique_ptr<std::FILE, tagFileClose> file(_wfsopen(path.c_str(), L"at", _SH_DENYNO));
+    return file != nullptr && std::fwrite(&record, sizeof record, 1, file.get()) == 1 &&
+           std::fclose(file.release()) == 0;
+}
+
+}  // namespace
+
+void cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid) {
+    if (ScanIniCache().readINIInt(L"GLN_FEEDBACK_SECTION", L"GLNFeedbackEnabled", 0) == 0) {
+        return;
+    }
+    const CWtcLock lock;
+    if (!lock) {
+        WRB_LOG(kLogDebug8, L"%s - the feedback log is busy", kFunction);
+        return;
+    }
+    tagWtcRecord record;
+    FillField(record.entryName, entryName);
+    FillField(record.guid, guid);
+    const std::wstring path = WtcLogPath();
+    if (!AppendToFile(path, record)) {
+        const DWORD error = GetLastError();
+        WRB_LOG(kLogError, L"%s - cannot append to %s, err=%d", kFunction, path.c_str(), error);
+    }
+}
+
+void cmdhl_AddWtcLog(CCmdProtocol& message) {
+    const wrb::CCounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_ADD_WTC_LOG));
+    std::wstring entryName;
+    std::wstring guid;
+    message >> entryName >> guid;
+    cmdhl_AppendWtcRecord(entryName.c_str(), guid.c_str());
+}

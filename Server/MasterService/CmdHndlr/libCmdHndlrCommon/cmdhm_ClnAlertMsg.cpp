@@ -1,0 +1,142 @@
+#include "cmdhm_ClnAlertMsg.h"
+
+#include <windows.h>
+
+#include <wincrypt.h>
+
+#include <array>
+#include <string_view>
+
+#include "AlertFiles.h"
+#include "DbAgent.h"
+#include "DebugLog.h"
+#include "Handle.h"
+#include "INICache.h"
+#include "Text.h"
+#include "UidField.h"
+#include "cgi_HomeDir.h"
+
+namespace {
+
+constexpr std::size_t kPathCharacters = 256;
+constexpr DWORD kBytesUsed = 4096;             // of a message file
+constexpr std::size_t kTextCharacters = 4096;  // of the zeroed buffer, so that a NUL always follows
+constexpr uint32_t kVirusTypesCharacters = 4096;
+constexpr std::wstring_view kMark = L" !BASE64ED! ";
+constexpr uint32_t kAlertMessageBit = 32;  // of the agent's configuration-changed bits
+constexpr wchar_t kGlobalSetting[] = L"Global Setting";
+
+void AppendWithLineFeeds(std::wstring& output, std::wstring_view text) {
+    for (std::size_t end = text.find(L"\r\n"); end != text.npos; end = text.find(L"\r\n")) {
+        output.append(text.substr(0, end)).push_back(L'\n');
+        text.remove_prefix(end + 2);
+    }
+    output.append(text);
+}
+
+bool ReadMessageFile(std::wstring& output, const std::wstring& home, const wchar_t* fileName) {
+    wchar_t path[kPathCharacters] = L"";
+    if (!home.empty()) {
+        wrb::FormatInto(path, kPathCharacters, L"%sadmin\\%s", home.c_str(), fileName);
+    }
+    output.clear();
+    WRB_LOG(kLogDebug8, L"cmdhm_GetClnAlertMsgIni FN=%s", path);
+    if (*path == L'\0') {
+        return false;
+    }
+    const wrb::CFileHandle file(
+        CreateFileW(path, FILE_READ_DATA, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    wchar_t text[kTextCharacters] = {};
+    DWORD bytesRead = 0;
+    if (file) {  // without one the message is empty, which is no error: an administrator may take a text away
+        ReadFile(file.Get(), text, kBytesUsed, &bytesRead, nullptr);
+    }
+    AppendWithLineFeeds(output, text);
+    return true;
+}
+
+// Appends the encoded text and returns its length in characters.
+std::size_t AppendEncoded(std::wstring& output, std::wstring_view message) {
+    std::wstring plain;
+    plain.reserve(kMark.size() + message.size());
+    plain.append(kMark).append(message);
+    const auto bytes = static_cast<DWORD>(plain.size() * sizeof(wchar_t));
+    const std::size_t start = output.size();
+    DWORD characters = (bytes + 2) / 3 * 4 + 1;  // with the terminator
+    output.resize(start + characters);
+    if (!CryptBinaryToStringW(reinterpret_cast<const BYTE*>(plain.data()), bytes,
+                              CRYPT_STRING_BASE64 | CRYPT_STRING_NOCRLF, output.data() + start, &characters)) {
+        const DWORD error = GetLastError();
+        WRB_LOG(kLogError, L"%s - cannot encode, err=%d", L"cmdhm_GetClnAlertMsg", error);
+        characters = 0;
+    }
+    output.resize(start + characters);
+    return characters;
+}
+
+void AppendMessage(std::wstring& output, const wrb::tagAlertFile& file, std::wstring_view message) {
+    output.append(file.textKey).append(L" = ");
+    const std::size_t length = AppendEncoded(output, message);
+    output.append(L"\n").append(file.lengthKey).append(L" = ").append(std::to_wstring(length)).append(L"\n");
+}
+
+void AppendSettings(std::wstring& output) {
+    const uint32_t severity = ScanIniCache().readINIInt(kGlobalSetting, L"UseVirusAlertSeverity", 0);
+    wchar_t types[kVirusTypesCharacters] = L"";
+    ScanIniCache().readINIString(types, kGlobalSetting, L"HighRiskVirusType", L"Worm,Trojan", kVirusTypesCharacters);
+    output.append(L"UseVirusAlertSeverity = ").append(std::to_wstring(static_cast<int32_t>(severity)));
+    output.append(L"\nHighRiskVirusType = ").append(types).append(L"\n");
+}
+
+bool MakeOneMessage(std::wstring& output, int32_t alertType, bool encode) {
+    std::wstring message;
+    output.clear();
+    if (!cmdhm_GetClnAlertMsgIni(message, wrb::FindAlertFile(alertType).name)) {
+        return false;
+    }
+    if (encode) {
+        AppendEncoded(output, message);
+    } else {
+        output = message;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool cmdhm_GetClnAlertMsgIni(std::wstring& output, const wchar_t* fileName) {
+    return ReadMessageFile(output, cgi_GetHomeDir(), fileName);
+}
+
+// One look at the home folder for all files: it stands in the registry, which costs as much as a file.
+bool wrb::MakeAlertSection(std::wstring& output) {
+    const std::wstring home = cgi_GetHomeDir();
+    std::array<std::wstring, std::size(kAlertFiles)> messages;
+    bool anyRead = false;
+    std::size_t characters = 0;
+    for (std::size_t i = 0; i < messages.size(); ++i) {
+        anyRead |= ReadMessageFile(messages[i], home, kAlertFiles[i].name);
+        characters += messages[i].size();
+    }
+    output.clear();
+    output.reserve(characters * 3 + 4096);  // two bytes a character grow to at most three characters
+    output = L"[Alert Message]\n";
+    for (const std::size_t i : kAlertsBeforeSettings) {
+        AppendMessage(output, kAlertFiles[i], messages[i]);
+    }
+    AppendSettings(output);
+    AppendMessage(output, kAlertFiles[kAlertBehindSettings], messages[kAlertBehindSettings]);
+    return anyRead;
+}
+
+int cmdhm_GetClnAlertMsg(std::wstring& output, const wchar_t* uid, int32_t alertType, int encode) {
+    WRB_LOG(kLogInfo, L"cmdhm_GetClnAlertMsg enter %d", alertType);
+    const bool isRead =
+        alertType == kAllAlertMessages ? wrb::MakeAlertSection(output) : MakeOneMessage(output, alertType, encode != 0);
+    if (isRead) {
+        dbSetConfFlagW(wrb::CUidField(uid).CStr(), 0, kAlertMessageBit, 0);
+    }
+    const int result = isRead ? 1 : 0;
+    WRB_LOG(kLogInfo, L"cmdhl_GetClnAlertMsg exit %d", result);
+    return result;
+}

@@ -1,0 +1,51 @@
+// A server home folder of its own for a test: empty, entered in the registry for as long as the object lives. There is
+// one such entry on a machine: a test that uses it is registered as SERIAL.
+#pragma once
+
+#include <windows.h>
+
+#include "Handle.h"
+#include "ServerRegistry.h"
+#include "TempFolder.h"
+
+namespace wrb::test {
+
+class CServerHome {
+  public:
+    CServerHome() {
+        RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\CallowaySystems\\Warrenby\\service\\Information", 0, nullptr, 0,
+                        KEY_ALL_ACCESS | KEY_WOW64_64KEY, nullptr, m_key.Receive(), nullptr);
+        Set(m_folder.Path());
+    }
+    ~CServerHome() {
+        if (m_before.empty()) {
+            RegDeleteValueW(m_key.Get(), kValue);
+        } else {
+            Set(m_before);
+        }
+    }
+    CServerHome(const CServerHome&) = delete;
+    CServerHome& operator=(const CServerHome&) = delete;
+
+    std::filesystem::path operator/(const std::wstring& name) const { return m_folder / name; }
+
+    // Makes the folders on the way, too.
+    void Write(const std::wstring& name, const std::string& bytes) const {
+        std::filesystem::create_directories((m_folder / name).parent_path());
+        WriteAll(m_folder / name, bytes);
+    }
+
+  private:
+    static constexpr wchar_t kValue[] = L"Local_Path";
+
+    void Set(const std::wstring& path) {
+        RegSetValueExW(m_key.Get(), kValue, 0, REG_SZ, reinterpret_cast<const BYTE*>(path.c_str()),
+                       static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t)));
+    }
+
+    const std::wstring m_before = ReadLocalPath();
+    CTempFolder m_folder;
+    CRegistryKey m_key;
+};
+
+}  // namespace wrb::test

@@ -1,0 +1,150 @@
+// What agents report about spyware, over real pipes, a real package library and a home folder of its own.
+#include <gmock/gmock.h>
+
+#include <stdexcept>
+
+#include "Ask.h"
+#include "CabinetBuilder.h"
+#include "FakeDbService.h"
+#include "FakeLogService.h"
+#include "INICache.h"
+#include "ServerHome.h"
+#include "Text.h"
+
+namespace {
+
+using testing::ElementsAre;
+using wrb::test::CFakePipeService;
+
+constexpr char kGuid[] = "0a1b2c3d-0000-1111-2222-333344445555";
+
+Bytes BytesOf(const std::string& text) {
+    return {text.begin(), text.end()};
+}
+
+std::string Record(const std::string& name, const std::string& guid) {
+    return name + std::string(129 - name.size(), '\0') + guid + std::string(37 - guid.size(), '\0');
+}
+
+class SpywareLog : public testing::Test {
+  protected:
+    void SetUp() override {
+        m_home.Write(L"wrbscan.ini", "[GLN_FEEDBACK_SECTION]\r\nGLNFeedbackEnabled=1\r\n");
+        ScanIniCache().clear();
+        cmdhl_Initialize(L"", L"", nullptr);
+        m_log.TakeTexts();
+    }
+    void TearDown() override {
+        cmdhl_Finalize();
+        ScanIniCache().clear();
+    }
+
+    std::wstring Package(const std::vector<tagNewEntry>& entries) const {
+        const Bytes cabinet = BuildCabinet(entries);
+        m_home.Write(L"up\\package.cab", std::string(cabinet.begin(), cabinet.end()));
+        return (m_home / L"up\\package.cab").wstring();
+    }
+    std::wstring Upload(const wchar_t* command, const std::wstring& package) const {
+        return AskOn(m_pipe, command, L"uid\t" + package + L"\t" + (m_home / L"up\\x").wstring());
+    }
+    std::filesystem::path Folder(std::size_t skip) const { return m_home / (L"up\\x" + m_pipe.substr(skip)); }
+    std::string WtcLog() const { return wrb::test::ReadAll(m_home / L"temp\\wtc.log"); }
+
+    const wrb::test::CServerHome m_home;
+    const std::wstring m_pipe = wrb::test::UniqueName(L"reply");
+    const wrb::CKernelHandle m_stop{CreateEventW(nullptr, TRUE, FALSE, L"Calloway_Warrenby_Server_Stop_Event")};
+    wrb::test::CFakeLogService m_log;
+};
+
+TEST_F(SpywareLog, EntriesOfALogPackageAreRecorded) {
+    const CFakePipeService agents(L"WrbServerNamePipe");
+    std::string many = "[GeneralInfo]\r\nSectionCount=2147483647\r\nGUID=" + std::string(60, 'g') + "\r\n";
+    for (int i = 0; i < 100; ++i) {
+        many += "[" + std::to_string(i) + std::string(200, 'n') + "]\r\n";
+    }
+    const std::wstring package = Package({{"a.log", BytesOf(std::string("[GeneralInfo]\r\nGUID=") + kGuid +
+                                                            "\r\nSectionCount=2\r\n[E1]\r\n[E2]\r\n[E3]")},
+                                          {"b\\c\\many.log", BytesOf(many)},
+                                          {"d\\none.log", BytesOf("GUID=x\r\nSectionCount=5\r\n")},
+                                          {"d\\less.log", BytesOf("[GeneralInfo]\r\nSectionCount=-2\r\n[E9]\r\n")},
+                                          {"d\\noise.log", Noise(5000)}});
+    EXPECT_EQ(Upload(L"CMDHL_SET_SPYWARELOG", package), L"1");
+    EXPECT_FALSE(std::filesystem::exists(package));
+    EXPECT_TRUE(std::filesystem::exists(Folder(20) / L"b\\c\\many.log")) << "stays for the scan-log service";
+    const std::string event = agents.WaitFor(1).at(0).bytes;
+    EXPECT_EQ(event.substr(event.size() - 4), std::string(4, '\0'));
+
+    const std::string log = WtcLog();
+    EXPECT_TRUE(log.starts_with(Record("E1", kGuid) + Record("E2", kGuid)));
+    EXPECT_EQ(log.substr(332, 166), Record("0" + std::string(127, 'n'), std::string(36, 'g')));
+    // 13,998 characters hold "GeneralInfo", 10 names of 201 and 58 of 202 characters with their NULs, and a cut one.
+    EXPECT_EQ(log.size() % 166, 0u);
+    EXPECT_NEAR(static_cast<double>(log.size() / 166), 2 + 69, 1);
+    EXPECT_EQ(log.find("E3"), log.npos);
+    EXPECT_EQ(log.find("E9"), log.npos);
+}
+
+TEST_F(SpywareLog, ManifestAlwaysAnswersZero) {
+    const CFakePipeService agents(L"WrbServerNamePipe");
+    const std::wstring package = Package({{"a.log", BytesOf("[GeneralInfo]\r\nSectionCount=2\r\n[E1]\r\n")}});
+    EXPECT_EQ(Upload(L"CMDHL_SET_SPYWARE_BACKUP_MANIFEST", package), L"0");
+    EXPECT_TRUE(std::filesystem::exists(Folder(33) / L"a.log"));
+    const std::string event = agents.WaitFor(1).at(0).bytes;
+    EXPECT_EQ(event.substr(event.size() - 4), std::string("\x02\0\0\0", 4));
+    EXPECT_EQ(WtcLog(), "");
+}
+
+TEST_F(SpywareLog, UploadThatFailsLeavesNothingBehind) {
+    const std::wstring package = Package({{"a.log", BytesOf("x")}});
+    std::filesystem::create_directory(Folder(20));
+    EXPECT_EQ(Upload(L"CMDHL_SET_SPYWARELOG", package), L"0") << "another's folder";
+    EXPECT_FALSE(std::filesystem::exists(package));
+    EXPECT_THAT(
+        m_log.TakeTexts(),
+        ElementsAre(L"cmdhl_SetSpywareLog: UID=uid, FileName=" + package + L", Dir=" + (m_home / L"up\\x").wstring(),
+                    L"cmdhl_SetSpywareLog: CreateDirectory(" + Folder(20).wstring() + L") fail err=183"));
+    m_home.Write(L"up\\package.cab", "no cabinet");
+    EXPECT_EQ(Upload(L"CMDHL_SET_SPYWARE_BACKUP_MANIFEST", package), L"0");
+    EXPECT_FALSE(std::filesystem::exists(package));
+    EXPECT_FALSE(std::filesystem::exists(Folder(33)));
+    EXPECT_EQ(m_log.TakeTexts().back(), L"cmdhl_SetSpywareBackupManifest: fpkExtract fail.");
+
+    m_home.Write(L"up\\package.cab", "kept");
+    EXPECT_THROW(Tell(L"CMDHL_SET_SPYWARELOG\tnineteen-characters\tuid\t" + package + L"\tx"), std::out_of_range);
+    EXPECT_TRUE(std::filesystem::exists(package));
+}
+
+TEST_F(SpywareLog, FeedbackRecordsAreFixedFieldsInTextMode) {
+    Tell(L"CMDHL_ADD_WTC_LOG\tname\n\tguid");
+    Tell(L"CMDHL_ADD_WTC_LOG\t" + std::wstring(500, L'x') + L"\t" + std::wstring(50, L'y'));
+    Tell(L"CMDHL_ADD_WTC_LOG");
+    EXPECT_EQ(WtcLog(), "name\r\n" + Record("name\n", "guid").substr(5) +
+                            Record(std::string(128, 'x'), std::string(36, 'y')) + Record("", ""));
+    m_home.Write(L"wrbscan.ini", "");
+    ScanIniCache().clear();
+    Tell(L"CMDHL_ADD_WTC_LOG\tname\tguid");
+    EXPECT_EQ(WtcLog().size(), 3 * 166u + 1) << "feedback is off";
+}
+
+TEST_F(SpywareLog, RestoreLogTurnsItsNumbersRound) {
+    EXPECT_EQ(Ask(L"CMDHL_SET_SPYWARE_RESTORE_LOG", L"uid\t1\t-2"), L"1") << "whatever became of it";
+    const CFakePipeService pool(L"Global\\LogPoolCommandManager");
+    EXPECT_EQ(Ask(L"CMDHL_SET_SPYWARE_RESTORE_LOG", L"uid\t1\t-2"), L"1");
+    const std::wstring row = pool.WaitFor(1).at(0).Text();
+    EXPECT_NE(row.find(L"\"LOG_TYPE\":-2"), row.npos) << wrb::WideToUtf8(row);
+    EXPECT_NE(row.find(L"\"RESULT\":1"), row.npos);
+}
+
+TEST_F(SpywareLog, StatusFlagsNeedAWholeUid) {
+    const std::wstring uid(36, L'u');
+    Tell(L"CMDHL_SET_STATFLAG\t" + uid.substr(1) + L"\t1\t2");
+    EXPECT_THAT(m_log.TakeTexts(), ElementsAre(L"cmdhl_SetStatusFlag:Uid length incorrent"));
+    Tell(L"CMDHL_SET_STATFLAG\t" + uid + L"\t4294967295\t16");
+    EXPECT_EQ(m_log.TakeTexts().back(), L"cmdhl_SetStatusFlag:dbSetStatus fail " + uid + L", ffffffff,10");
+    const wrb::test::CFakeDbService database;
+    Tell(L"CMDHL_SET_STATFLAG\t" + uid + L"\t4294967295\t16");
+    EXPECT_THAT(database.WaitFor(1).at(0).Fields(),
+                ElementsAre(L"DB_SET_STATUS", L"-1", uid, L"4294967295", L"16", L"0"));
+}
+
+}  // namespace
