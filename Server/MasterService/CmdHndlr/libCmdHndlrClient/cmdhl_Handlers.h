@@ -36,3 +36,21 @@ void cmdhl_GetSablexSetting(CCmdProtocol& message);
 void cmdhl_GetPFWLogQueryCondition(CCmdProtocol& message);
 void cmdhl_SetCFWLog(CCmdProtocol& message);
 void cmdhl_UpdateCfwCount(CCmdProtocol& message);
+
+// cmdhl_OnCfg.cpp: an agent's settings are stored; no answer.
+void cmdhl_SetMSCfg(CCmdProtocol& message);
+void cmdhl_SetMSCfgEx(CCmdProtocol& message);
+void cmdhl_SetRTCfg(CCmdProtocol& message);
+void cmdhl_SetRTCfgEx(CCmdProtocol& message);
+void cmdhl_SetPSCfg(CCmdProtocol& message);
+void cmdhl_SetPSCfgEx(CCmdProtocol& message);
+void cmdhl_SetSNCfg(CCmdProtocol& message);
+void cmdhl_SetSNCfgEx(CCmdProtocol& message);
+void cmdhl_SetSpyMSCfg(CCmdProtocol& message);
+void cmdhl_SetSpyRTCfg(CCmdProtocol& message);
+void cmdhl_SetSpyPSCfg(CCmdProtocol& message);
+void cmdhl_SetSpySNCfg(CCmdProtocol& message);
+void cmdhl_SetAllCfgEx(CCmdProtocol& message);
+void cmdhl_SetMailScanRTCfg(CCmdProtocol& message);
+void cmdhl_SetClientCfgSUStatus(CCmdProtocol& message);
+void cmdhl_SetClientCfgWarningSetting(CCmdProtocol& message);

@@ -1,6 +1,9 @@
 #include "ScanCfgIni.h"
 
+#include <algorithm>
 #include <string>
+
+#include "DebugLog.h"
 
 namespace wrb {
 namespace {
@@ -51,7 +54,39 @@ class CSectionReader {
     std::wstring m_text;
 };
 
+bool WriteText(CINICache& ini, const wchar_t* section, const wchar_t* key, const std::wstring& text) {
+    if (text.find_first_of(L"\r\n") != std::wstring::npos) {
+        WRB_LOG(kLogError, L"%s - a line break in [%s] %s", L"WriteScanGroupIni", section, key);
+        return false;
+    }
+    return ini.writeINIString(section, key, text.c_str()) != 0;
+}
+
+bool WriteRow(CINICache& ini, const wchar_t* section, const ScanRow& row, const tagScanGroupValues& values) {
+    const wchar_t* const key = row.key.data();
+    switch (row.kind) {
+        case ScanRowKind::Bit:
+            return ini.writeINIString(section, key, (values.flags & row.bits) != 0 ? L"1" : L"0") != 0;
+        case ScanRowKind::Int:
+            return ini.writeINIInt(section, key, static_cast<int32_t>(values.*row.number)) != 0;
+        case ScanRowKind::Choice:
+            return ini.writeINIInt(section, key, static_cast<int32_t>(row.choice->ValueOf(values.flags))) != 0;
+        case ScanRowKind::Text:
+        case ScanRowKind::CustomActionPair:
+            return WriteText(ini, section, key, values.*row.text);
+        case ScanRowKind::Uid:
+        case ScanRowKind::Empty:
+            break;
+    }
+    return true;
+}
+
 }  // namespace
+
+bool WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const tagScanGroupValues& values) {
+    return std::ranges::all_of(group.rows,
+                               [&](const ScanRow& row) { return WriteRow(ini, group.section.data(), row, values); });
+}
 
 void ReadScanGroupIni(CINICache& ini, const ScanGroup& group, tagScanGroupValues& values) {
     values = {};

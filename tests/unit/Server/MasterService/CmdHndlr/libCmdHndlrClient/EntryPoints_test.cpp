@@ -42,7 +42,7 @@ TEST_F(EntryPoints, ClearIniCacheSparesTheSandboxAnalyzer) {
 
 TEST_F(EntryPoints, WhatIsNotACommandLeavesNoTrace) {
     m_log.TakeTexts();
-    for (const wchar_t* text : {L"CMDHL_NO_SUCH_COMMAND\tpipe\tuid", L"CMDHL_GET_WTP_SETTING\tpipe\tuid", L""}) {
+    for (const wchar_t* text : {L"CMDHL_NO_SUCH_COMMAND\tpipe\tuid", L"CMDHL_GET_SERVER_NAME\tpipe\tuid", L""}) {
         EXPECT_EQ(cmdhl_Process(text, 0xFFFFFFFF), 0u);
     }
     EXPECT_TRUE(m_log.TakeTexts().empty());

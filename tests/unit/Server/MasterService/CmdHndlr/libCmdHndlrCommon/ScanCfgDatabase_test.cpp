@@ -4,7 +4,7 @@
 #include <map>
 
 #include "ExpectedScanSections.h"
-#include "FakeDbService.h"
+#include "RequestLines.h"
 #include "ScanIni.h"
 #include "cmdhm_ScanCfg.h"
 
@@ -26,19 +26,6 @@ auto Answering(const Answers& answers) {
         const auto answer = answers.find(request.Fields()[0]);
         return answer == answers.end() ? std::string() : wrb::test::WideBytes(answer->second);
     };
-}
-
-// The fields of each request, "|" between them, the reply id left out, once there are `count` requests.
-std::vector<std::wstring> Requests(const wrb::test::CFakeDbService& db, std::size_t count) {
-    std::vector<std::wstring> all;
-    for (const tagDbRequest& request : db.WaitFor(count)) {
-        const std::vector<std::wstring> fields = request.Fields();
-        std::wstring& line = all.emplace_back(fields[0]);
-        for (std::size_t i = 2; i < fields.size(); ++i) {
-            line += L"|" + fields[i];
-        }
-    }
-    return all;
 }
 
 // In the order of ExpectedScanSections.
@@ -115,7 +102,7 @@ TEST_F(ScanCfgDatabase, AGroupIsAskedForRenderedAndResetAsItShouldBe) {
             const wrb::test::CFakeDbService db(Answering(StoredAnswers(kGroups[i], section.kind)));
             EXPECT_TRUE(kGroups[i].getAndExport(m_out, kUid, reset));
             EXPECT_EQ(m_out, StoredSection(section));
-            EXPECT_EQ(Requests(db, requests.size()), requests);
+            EXPECT_EQ(RequestLines(db, requests.size()), requests);
         }
     }
 }
@@ -131,7 +118,7 @@ TEST_F(ScanCfgDatabase, WithoutOneOfTheAnswersTheSectionIsEmpty) {
             EXPECT_FALSE(kGroups[i].getAndExport(m_out, kUid, true)) << i;
             EXPECT_EQ(m_out, L"");
             const std::size_t requests = missing.first == L"DB_GET_EXTRA" ? 3 : 1;
-            EXPECT_EQ(Requests(db, requests).size(), requests);
+            EXPECT_EQ(RequestLines(db, requests).size(), requests);
         }
     }
 }
@@ -148,7 +135,7 @@ TEST_F(ScanCfgDatabase, GarbageReadsAsZeroMissingFieldsAsEmptyAndALongUidIsCut) 
     expected.extList = L"only this";
     expected.custAction = L"Joke-9;Universe-5";
     EXPECT_EQ(values, expected);
-    EXPECT_EQ(Requests(db, 2)[0], std::wstring(L"DB_GET_PSCF|") + kUid + L"|0");
+    EXPECT_EQ(RequestLines(db, 2)[0], std::wstring(L"DB_GET_PSCF|") + kUid + L"|0");
 }
 
 TEST_F(ScanCfgDatabase, RestoreSessionsAreNumberedUpToTheFirstEmptyOne) {
@@ -165,7 +152,7 @@ TEST_F(ScanCfgDatabase, RestoreSessionsAreNumberedUpToTheFirstEmptyOne) {
         const wrb::test::CFakeDbService db(Answering(Answers{{L"DB_GET_BACKUP_LOG_ALL_SESSIONS", row.answer}}));
         EXPECT_EQ(cmdhm_GetSpyRestoreList(m_out, kUid), *row.section != L'\0');
         EXPECT_EQ(m_out, row.section);
-        EXPECT_EQ(Requests(db, 1), std::vector{std::wstring(L"DB_GET_BACKUP_LOG_ALL_SESSIONS|") + kUid + L"|0"});
+        EXPECT_EQ(RequestLines(db, 1), std::vector{std::wstring(L"DB_GET_BACKUP_LOG_ALL_SESSIONS|") + kUid + L"|0"});
     }
 }
 

@@ -1,0 +1,129 @@
+#include "cmdhm_ScanCfgUpdate.h"
+
+#include "CmdProtocol.h"
+#include "DbAgent.h"
+#include "DbScanUpdate.h"
+#include "DebugLog.h"
+#include "INICache.h"
+#include "QmAgentClient.h"
+#include "ScanCfgIni.h"
+#include "ScanUpdateLog.h"
+#include "SwitchField.h"
+#include "UidField.h"
+
+using wrb::ScanGroupKind;
+using wrb::ScanType;
+
+namespace wrb {
+namespace {
+
+constexpr uint32_t kEnableBit = 0x1;  // of the real-time word
+
+// The member `flags` becomes the update's value.
+tagScanGroupValues ReadFields(const ScanGroup& group, CCmdProtocol& message) {
+    tagScanGroupValues values;
+    for (const ScanRow* const row : group.updateRows) {
+        switch (row->kind) {
+            case ScanRowKind::Bit:
+                values.flags |= ReadSwitch(message) ? row->bits : 0;
+                break;
+            case ScanRowKind::Int:
+                message >> values.*(row->number);
+                break;
+            case ScanRowKind::Choice: {
+                uint32_t number = 0;
+                message >> number;
+                values.flags |= row->choice->BitsOf(number);
+                break;
+            }
+            case ScanRowKind::Text:
+            case ScanRowKind::CustomActionPair:
+                message >> values.*(row->text);
+                break;
+            case ScanRowKind::Uid:
+            case ScanRowKind::Empty:
+                break;
+        }
+    }
+    return values;
+}
+
+void ReportRealTimeStatus(uint32_t oldEnable, uint32_t newEnable) {
+    WRB_LOG(kLogDebug8, L"[cmdhm_SetRTCfgIni] Calling SendQmAgentEventLog() enable[%d]->[%d]", oldEnable, newEnable);
+    if (qmaSendRtsStatusChange(newEnable) != 1) {
+        WRB_LOG(kLogError, L"[cmdhm_SetRTCfgIni] failed to send RTS status change event to QM agent");
+    }
+}
+
+bool SetIni(const ScanGroup& group, const tagScanUpdate& update, const tagScanGroupValues& values) {
+    const bool realTime = group.type == ScanType::RT && group.kind == ScanGroupKind::Main;
+    tagScanGroupValues before;
+    if (realTime) {
+        ReadScanGroupIni(ScanIniCache(), group, before);
+    }
+    const bool written = WriteScanGroupIni(ScanIniCache(), group, values);
+    LogScanUpdate(group, ScanUpdateLevel::Ini, L"", update, values);
+    if (realTime && written) {
+        ReportRealTimeStatus(before.flags & kEnableBit, values.flags & kEnableBit);
+    }
+    return written;
+}
+
+bool SetAgent(const ScanGroup& group, const wchar_t* uid, const tagScanUpdate& update,
+              const tagScanGroupValues& values) {
+    const bool sent =
+        SetDbScanGroup(group, uid, update, values) &&
+        (group.kind != ScanGroupKind::Exclusion || SetDbScanFlags(group.type, uid, update.value, update.mask)) &&
+        dbSetConfFlagW(uid, group.configFlag, 0);
+    LogScanUpdate(group, ScanUpdateLevel::Agent, uid, update, values);
+    return sent;
+}
+
+bool SetAll(const ScanGroup& group, const tagScanUpdate& update, const tagScanGroupValues& values) {
+    const bool sent =
+        SetAllDbScanGroup(group, update, values) &&
+        (group.kind != ScanGroupKind::Exclusion || SetAllDbScanFlags(group.type, update.value, update.mask)) &&
+        dbSetAllConfFlgW(group.configFlag, 0);
+    LogScanUpdate(group, ScanUpdateLevel::All, L"", update, values);
+    return sent;
+}
+
+}  // namespace
+
+bool SetScanGroup(const ScanGroup& group, CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini,
+                  uint32_t flag) {
+    const tagScanGroupValues values = ReadFields(group, message);
+    const tagScanUpdate update{.value = values.flags, .mask = group.updateMask, .flag = flag};
+    const CUidField field(uid);
+    bool stored = ini && SetIni(group, update, values);
+    if (!field.IsEmpty()) {
+        stored = SetAgent(group, field.CStr(), update, values);
+    } else if (allAgents) {
+        stored = SetAll(group, update, values);
+    }
+    return stored;
+}
+
+}  // namespace wrb
+
+// The named functions: one row a group.
+#define WRB_SCAN_GROUP(name, type, kind)                                                                           \
+    bool cmdhm_Set##name(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag) {     \
+        return wrb::SetScanGroup(wrb::FindScanGroup(ScanType::type, ScanGroupKind::kind), message, uid, allAgents, \
+                                 ini, flag);                                                                       \
+    }
+
+WRB_SCAN_GROUP(MSCfg, MS, Main)
+WRB_SCAN_GROUP(RTCfg, RT, Main)
+WRB_SCAN_GROUP(PSCfg, PS, Main)
+WRB_SCAN_GROUP(SNCfg, SN, Main)
+WRB_SCAN_GROUP(MSCfgEx, MS, Exclusion)
+WRB_SCAN_GROUP(RTCfgEx, RT, Exclusion)
+WRB_SCAN_GROUP(PSCfgEx, PS, Exclusion)
+WRB_SCAN_GROUP(SNCfgEx, SN, Exclusion)
+WRB_SCAN_GROUP(SpyMSCfg, MS, Spyware)
+WRB_SCAN_GROUP(SpyRTCfg, RT, Spyware)
+WRB_SCAN_GROUP(SpyPSCfg, PS, Spyware)
+WRB_SCAN_GROUP(SpySNCfg, SN, Spyware)
+
+#undef WRB_SCAN_GROUP

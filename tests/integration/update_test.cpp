@@ -1,0 +1,124 @@
+// Settings that are stored and fetched again, through the command library and the database server.
+#include <gtest/gtest.h>
+
+#include "BackEnd.h"
+#include "CmdProtocol.h"
+#include "CounterSection.h"
+#include "DbAgent.h"
+#include "DbPrivilege.h"
+#include "FakePipeService.h"
+#include "ScanUpdateFields.h"
+#include "UniqueName.h"
+#include "cmdhl.h"
+#include "cmdhm_ScanCfgUpdate.h"
+
+namespace wrb::test {
+namespace {
+
+// Behind CMDHL_GET_ and CMDHL_SET_, in the order of kScanGroups.
+constexpr const wchar_t* kCommands[] = {L"MS_CFG", L"SPY_MS_CFG", L"MS_CFG_EX", L"RT_CFG", L"SPY_RT_CFG", L"RT_CFG_EX",
+                                        L"PS_CFG", L"SPY_PS_CFG", L"PS_CFG_EX", L"SN_CFG", L"SPY_SN_CFG", L"SN_CFG_EX"};
+
+void Process(const std::wstring& message) {
+    EXPECT_EQ(cmdhl_Process(message.c_str(), message.size() * sizeof(wchar_t)), 1u);
+}
+
+std::wstring Fetch(const std::wstring& command, const std::wstring& uid) {
+    const std::wstring name = UniqueName(L"reply");
+    const CFakePipeService reply(name);
+    Process(L"CMDHL_GET_" + command + L"\t" + name + L"\t" + uid);
+    const auto messages = reply.WaitFor(1);
+    return messages.empty() ? L"no answer" : messages[0].Text();
+}
+
+class Update : public testing::Test {
+  protected:
+    void SetUp() override { cmdhl_Initialize(L"", L"", nullptr); }
+    void TearDown() override { cmdhl_Finalize(); }
+
+    CBackEnd m_backEnd;
+};
+
+// Nothing but the right to configure itself, which an update leaves alone, and the folder that the database lacks.
+void ExpectFetched(std::size_t group, const std::wstring& uid, const std::vector<tagUpdateField>& fields) {
+    const std::wstring section = Fetch(kCommands[group], uid);
+    for (const tagUpdateField& field : fields) {
+        const std::wstring value = field.key == L"AllowCfg"             ? L"0"
+                                   : field.key == L"CleanFailedMoveDir" ? (&field - 1)->value
+                                                                        : field.value;
+        EXPECT_NE(section.find(L"\n" + field.key + L"=" + value + L"\n"), section.npos)
+            << std::string(section.begin(), section.end()) << std::string(field.key.begin(), field.key.end());
+    }
+}
+
+TEST_F(Update, EveryGroupComesBackAsItWasSetForOneAgentAndForAll) {
+    const std::wstring one = ThreadAgent(0);
+    const std::wstring other = ThreadAgent(1);
+    for (const bool variant : {true, false}) {
+        for (std::size_t i = 0; i < kScanGroups.size(); ++i) {
+            SCOPED_TRACE(i);
+            const ScanGroup& group = kScanGroups[i];
+            const std::wstring before = Fetch(kCommands[i], other);
+            ASSERT_TRUE(dbSetAllConfFlgW(0, 0xFFFFFFFF));
+            const auto fields = UpdateFields(group, variant);
+            Process(L"CMDHL_SET_" + std::wstring(kCommands[i]) + L"\t" + one + L"\t" + JoinFields(fields));
+            ExpectFetched(i, one, fields);
+            EXPECT_EQ(Fetch(kCommands[i], other), before);
+            uint32_t changed = 0;
+            EXPECT_TRUE(dbGetConfFlagW(one.c_str(), changed) && changed == group.configFlag) << changed;
+            EXPECT_TRUE(dbGetConfFlagW(other.c_str(), changed) && changed == 0) << changed;
+
+            const auto allFields = UpdateFields(group, !variant);
+            CCmdProtocol message(JoinFields(allFields).c_str());
+            EXPECT_TRUE(SetScanGroup(group, message, nullptr, true, false, 0));
+            ExpectFetched(i, one, allFields);
+            ExpectFetched(i, other, allFields);
+            EXPECT_TRUE(dbGetConfFlagW(other.c_str(), changed) && changed == group.configFlag) << changed;
+        }
+    }
+}
+
+TEST_F(Update, AllExclusionsAtOnceAndPrivileges) {
+    const std::wstring uid = ThreadAgent(2);
+    Process(L"CMDHL_SET_ALL_CFG_EX\t" + uid + L"\t1\tC:\\a\tb.txt\tlog");
+    for (const wchar_t* const command : {L"MS_CFG_EX", L"RT_CFG_EX", L"PS_CFG_EX", L"SN_CFG_EX"}) {
+        const std::wstring section = Fetch(command, uid);
+        EXPECT_NE(
+            section.find(L"ExcludeCallowayProduct=1\nExcludedFolder=C:\\a\nExcludedFile=b.txt\nExcludedExt=log\n"),
+            section.npos);
+    }
+    const struct {
+        const wchar_t* message;
+        tagDbPrivilege after;
+    } rows[] = {
+        {L"MAILSCAN_RT_CFG\t@\t1", {0xFFFFF7FC, 0xFFFFFFFF}},
+        {L"MAILSCAN_RT_CFG\t@\ttrue", {0xFFFFF3FC, 0xFFFFFFFF}},
+        {L"CLIENTCFG_SU_STATUS\t@\t1", {0xFFFFF3FD, 0xFFFFFFFF}},
+        {L"CLIENTCFG_WARNING_SETTING\t@\t1\t1", {0xFFFFFBFF, 0xFFFFFFFF}},
+        {L"CLIENTCFG_WARNING_SETTING\t@\t0\t1", {0xFFFFFBFD, 0xFFFFFFFF}},
+        {L"CLIENTCFG_WARNING_SETTING\t@", {0xFFFFF3FD, 0xFFFFFFFF}},
+        {L"CLIENTCFG_SU_STATUS\t", {0xFFFFF3FD, 0xFFFFFFFF}},  // no uid: nothing is stored
+    };
+    ASSERT_TRUE(dbSetPrivilegeW(uid.c_str(), {0xFFFFF3FC, 0xFFFFFFFF}, {0xFFFFFFFF, 0xFFFFFFFF}));
+    for (const auto& row : rows) {
+        std::wstring message = row.message;
+        if (const auto at = message.find(L'@'); at != message.npos) {
+            message.replace(at, 1, uid);
+        }
+        Process(L"CMDHL_SET_" + message);
+        tagDbPrivilege privilege;
+        EXPECT_TRUE(dbGetPrivilegeW(uid.c_str(), privilege));
+        EXPECT_EQ(privilege.word1, row.after.word1) << std::string(message.begin(), message.end());
+        EXPECT_EQ(privilege.word2, row.after.word2);
+    }
+    CCounterReader counters;
+    uint32_t error = 0;
+    ASSERT_EQ(counters.Attach(error), CounterAttach::Attached) << error;
+    EXPECT_EQ(counters.Slot(30).calls, 1u);
+    EXPECT_EQ(counters.Slot(30).failures, 0u);
+    EXPECT_EQ(counters.Slot(32).calls, 2u);
+    EXPECT_EQ(counters.Slot(32).failures, 1u);
+}
+
+}  // namespace
+}  // namespace wrb::test

@@ -1,0 +1,43 @@
+// The settings of an update message, with values that a test can look for afterwards.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ScanGroup.h"
+
+namespace wrb::test {
+
+struct tagUpdateField {
+    std::wstring key;
+    std::wstring value;
+};
+
+// One field for each of the group's, in the order of the message. The two variants differ in every field.
+inline std::vector<tagUpdateField> UpdateFields(const ScanGroup& group, bool variant) {
+    std::vector<tagUpdateField> fields;
+    for (const ScanRow* const row : group.updateRows) {
+        const auto number = static_cast<int>(fields.size());
+        std::wstring value = std::to_wstring(variant ? number - 12 : 0x7FFFFFFF - number);
+        if (row->kind == ScanRowKind::Bit) {
+            value = (number % 2 == 0) == variant ? L"1" : L"0";
+        } else if (row->kind == ScanRowKind::Choice) {
+            value = variant ? L"1" : L"2";
+        } else if (row->kind != ScanRowKind::Int) {
+            value = std::wstring(row->key) + (variant ? L" = one; \xfc" : L"");
+        }
+        fields.push_back({std::wstring(row->key), value});
+    }
+    return fields;
+}
+
+// The fields as the rest of a message.
+inline std::wstring JoinFields(const std::vector<tagUpdateField>& fields) {
+    std::wstring text;
+    for (const tagUpdateField& field : fields) {
+        text += (&field == fields.data() ? L"" : L"\t") + field.value;
+    }
+    return text;
+}
+
+}  // namespace wrb::test
