@@ -25,13 +25,6 @@ void cmdhl_GetSNCfgEx(CCmdProtocol& message);
 void cmdhl_GetSpySNCfg(CCmdProtocol& message);
 void cmdhl_GetSpyRestoreList(CCmdProtocol& message);
 
-// cmdhl_RqBundle.cpp: one setting bundle each of an agent.
-void cmdhl_GetWtpSetting(CCmdProtocol& message);
-void cmdhl_GetFARestoreSetting(CCmdProtocol& message);
-void cmdhl_GetNCIESetting(CCmdProtocol& message);
-void cmdhl_GetSampleSubmissionSetting(CCmdProtocol& message);
-void cmdhl_GetSablexSetting(CCmdProtocol& message);
-
 // cmdhl_Others.cpp: firewall logs of agents.
 void cmdhl_GetPFWLogQueryCondition(CCmdProtocol& message);
 void cmdhl_SetCFWLog(CCmdProtocol& message);
@@ -54,3 +47,21 @@ void cmdhl_SetAllCfgEx(CCmdProtocol& message);
 void cmdhl_SetMailScanRTCfg(CCmdProtocol& message);
 void cmdhl_SetClientCfgSUStatus(CCmdProtocol& message);
 void cmdhl_SetClientCfgWarningSetting(CCmdProtocol& message);
+
+// cmdhl_RqBundle.cpp: one setting bundle each of an agent.
+void cmdhl_GetWtpSetting(CCmdProtocol& message);
+void cmdhl_GetFARestoreSetting(CCmdProtocol& message);
+void cmdhl_GetNCIESetting(CCmdProtocol& message);
+void cmdhl_GetSampleSubmissionSetting(CCmdProtocol& message);
+void cmdhl_GetSablexSetting(CCmdProtocol& message);
+
+// cmdhl_RqAlertMsg.cpp: the texts that an agent shows to its user.
+void cmdhl_GetClnAlertMsg(CCmdProtocol& message);
+
+// cmdhl_SpywareLog.cpp and cmdhl_WtcLog.cpp: what agents report about spyware. The two uploads throw std::out_of_range
+// for a reply pipe's name that is shorter than their agents' names are.
+void cmdhl_SetSpywareLog(CCmdProtocol& message);
+void cmdhl_SetSpywareBackupManifest(CCmdProtocol& message);
+void cmdhl_SetSpywareRestoreLog(CCmdProtocol& message);
+void cmdhl_SetStatusFlag(CCmdProtocol& message);
+void cmdhl_AddWtcLog(CCmdProtocol& message);
