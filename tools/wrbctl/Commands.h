@@ -2,6 +2,7 @@
 // returns the program's exit code.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,5 +31,28 @@ int RunCounters(const CountersOptions& options);
 
 // Without a level: shows the filter. With one: has the log service change it.
 int RunLogLevel(const std::optional<std::string>& level, double timeoutSeconds, bool json);
+
+struct PackOptions {
+    std::string package;
+    std::vector<std::string> files;
+};
+
+// Makes a package, a cabinet, of the files under their bare names.
+int RunPack(const PackOptions& options);
+
+struct FwlogWriteOptions {
+    std::string out;
+    std::optional<uint32_t> version;  // 0 or 1; without it the first record's, or 1
+};
+
+// Makes a firewall log file from the JSON lines on the standard input. No file is left when a line is wrong.
+int RunFwlogWrite(const FwlogWriteOptions& options);
+
+struct FwlogReadOptions {
+    std::string file;
+    bool json = false;  // JSON lines, as RunFwlogWrite takes them
+};
+
+int RunFwlogRead(const FwlogReadOptions& options);
 
 }  // namespace wrb

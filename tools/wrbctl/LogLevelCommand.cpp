@@ -6,7 +6,7 @@
 #include "CmdProtocol.h"
 #include "Commands.h"
 #include "Console.h"
-#include "ExitCode.h"
+#include "Failure.h"
 #include "JsonOutput.h"
 #include "LogFilter.h"
 #include "PipeClient.h"
@@ -55,11 +55,6 @@ int Show(uint32_t word, bool json) {
     return kExitOk;
 }
 
-int Report(ExitCode code, const std::string& message) {
-    PrintErr("wrbctl: " + message + "\n");
-    return code;
-}
-
 int Ask(const LevelRow& row) {
     CCmdProtocol message;
     message << L"LOG_SET_LEVEL" << Utf8ToWide(row.level);
@@ -68,10 +63,10 @@ int Ask(const LevelRow& row) {
     CPipeClient client;
     if (!client.Initial(kLogServicePipe)) {
         return GetLastError() == ERROR_FILE_NOT_FOUND
-                   ? Report(kExitServiceNotRunning, "the log service is not running; start wrbback serve")
-                   : Report(kExitFailed, "cannot connect to the log service");
+                   ? Fail(kExitServiceNotRunning, "the log service is not running; start wrbback serve")
+                   : Fail(kExitFailed, "cannot connect to the log service");
     }
-    return client.Send(text.c_str(), bytes) ? kExitOk : Report(kExitFailed, "cannot send to the log service");
+    return client.Send(text.c_str(), bytes) ? kExitOk : Fail(kExitFailed, "cannot send to the log service");
 }
 
 // The log service takes a moment to set the word after it has our message.
@@ -93,7 +88,7 @@ int Set(const LevelRow& row, double timeoutSeconds, bool json) {
     }
     return AwaitWord(row.word, timeoutSeconds)
                ? Show(row.word, json)
-               : Report(kExitTimedOut, "the log service did not change the level in time");
+               : Fail(kExitTimedOut, "the log service did not change the level in time");
 }
 
 }  // namespace
@@ -107,7 +102,7 @@ int RunLogLevel(const std::optional<std::string>& level, double timeoutSeconds, 
             return Set(row, timeoutSeconds, json);
         }
     }
-    return Report(kExitUsage, "no log level " + *level + "; take F, E, W, I, D or all");
+    return Fail(kExitUsage, "no log level " + *level + "; take F, E, W, I, D or all");
 }
 
 }  // namespace wrb

@@ -10,7 +10,7 @@
 #include "CommandCatalog.h"
 #include "Commands.h"
 #include "Console.h"
-#include "ExitCode.h"
+#include "Failure.h"
 #include "Handle.h"
 #include "JsonOutput.h"
 #include "PipeClient.h"
@@ -21,11 +21,6 @@ namespace wrb {
 namespace {
 
 constexpr wchar_t kHostPipe[] = L"Calloway Systems WRBY Command Handler Manager";
-
-int Fail(ExitCode code, const std::string& message) {
-    PrintErr("wrbctl: " + message + "\n");
-    return code;
-}
 
 int FailSystem(ExitCode code, const std::string& what, DWORD error) {
     return Fail(code, what + " (system error " + std::to_string(error) + ")");

@@ -15,6 +15,8 @@ constexpr char kExamples[] = R"(Examples:
   wrbctl send CMDHL_ECHO hello --json
   wrbctl counters --interval 2               every two seconds, until Ctrl-C
   wrbctl log-level W                         errors and warnings only
+  wrbctl fwlog write fw.log < records.jsonl  a firewall log file from JSON lines
+  wrbctl pack upload.cab fw.log              a package as agents upload it
 
 Exit codes: 0 done, 1 failed, 2 wrong command line, 3 service not running, 4 timed out.
 )";
@@ -22,6 +24,9 @@ Exit codes: 0 done, 1 failed, 2 wrong command line, 3 service not running, 4 tim
 struct Options {
     wrb::SendOptions send;
     wrb::CountersOptions counters;
+    wrb::PackOptions pack;
+    wrb::FwlogWriteOptions fwlogWrite;
+    wrb::FwlogReadOptions fwlogRead;
     std::optional<std::string> level;
     double levelTimeout = 10;
     bool json = false;
@@ -63,6 +68,46 @@ CLI::App* AddLogLevel(CLI::App& app, Options& options) {
     return level;
 }
 
+constexpr char kPackExamples[] = R"(Example:
+  wrbctl pack upload.cab fw1.log fw2.log
+)";
+
+CLI::App* AddPack(CLI::App& app, Options& options) {
+    CLI::App* const pack = app.add_subcommand("pack", "Make a package, a cabinet, as agents upload it");
+    pack->add_option("package", options.pack.package, "File to make; one that is there is replaced")->required();
+    pack->add_option("files", options.pack.files, "Files to pack, under their names without folders")->required();
+    pack->footer(kPackExamples);
+    return pack;
+}
+
+constexpr char kFwlogExamples[] = R"(Examples:
+  echo {"time":1700000000,"port":443,"localHost":"10.0.0.5","path":"C:\\a.exe"} | wrbctl fwlog write fw.log
+  wrbctl fwlog write --version 0 old.log < records.jsonl
+  wrbctl fwlog read fw.log
+  wrbctl fwlog read fw.log --json | wrbctl fwlog write copy.log
+
+Exit codes: 0 done, 1 cannot write, or records with wrong markers were read, 2 wrong command line or input.
+)";
+
+CLI::App* AddFwlog(CLI::App& app, Options& options) {
+    CLI::App* const fwlog = app.add_subcommand("fwlog", "Write and read firewall log files");
+    fwlog->require_subcommand(1);
+    fwlog->footer(kFwlogExamples);
+    CLI::App* const write = fwlog->add_subcommand("write", "Make a file from JSON lines on the standard input");
+    write->add_option("--version", options.fwlogWrite.version, "Version of the records; else the first one's, or 1")
+        ->check(CLI::Range(0u, 1u));
+    write->add_option("out", options.fwlogWrite.out, "File to make")->required();
+    CLI::App* const read = fwlog->add_subcommand("read", "Show the records of a file");
+    read->add_option("file", options.fwlogRead.file, "Firewall log file of either version")->required();
+    read->add_flag("--json", options.fwlogRead.json, "Print JSON lines, as write takes them");
+    return fwlog;
+}
+
+int RunFwlog(const CLI::App& fwlog, const Options& options) {
+    return fwlog.got_subcommand("write") ? wrb::RunFwlogWrite(options.fwlogWrite)
+                                         : wrb::RunFwlogRead(options.fwlogRead);
+}
+
 int Run() {
     CLI::App app{"Client of the Warrenby command handler", "wrbctl"};
     app.require_subcommand(1);
@@ -73,6 +118,8 @@ int Run() {
     commands->add_flag("--json", options.json, "Print a JSON array");
     CLI::App* const counters = AddCounters(app, options);
     AddLogLevel(app, options);
+    CLI::App* const pack = AddPack(app, options);
+    CLI::App* const fwlog = AddFwlog(app, options);
     if (const auto code = wrb::ParseArguments(app, wrb::Utf8Arguments())) {
         return *code;
     }
@@ -82,6 +129,12 @@ int Run() {
     }
     if (*commands) {
         return wrb::RunCommands(options.json);
+    }
+    if (*pack) {
+        return wrb::RunPack(options.pack);
+    }
+    if (*fwlog) {
+        return RunFwlog(*fwlog, options);
     }
     return *counters ? wrb::RunCounters(options.counters)
                      : wrb::RunLogLevel(options.level, options.levelTimeout, options.json);

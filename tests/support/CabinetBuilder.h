@@ -1,4 +1,4 @@
-// Makes cabinets with the system's own writer.
+// Cabinets for tests, from memory to memory.
 #pragma once
 
 #include <cstdint>

@@ -1,0 +1,27 @@
+#include "CabinetBuilder.h"
+
+#include "CabinetWriter.h"
+#include "TempFolder.h"
+
+Bytes BuildCabinet(const std::vector<tagNewEntry>& entries) {
+    const wrb::test::CTempFolder folder;
+    std::vector<wrb::tagCabinetSource> sources;
+    for (const tagNewEntry& entry : entries) {
+        const std::filesystem::path path = folder / std::to_wstring(sources.size());
+        wrb::test::WriteAll(path, std::string(entry.data.begin(), entry.data.end()));
+        sources.push_back({entry.name, path.wstring()});
+    }
+    const std::filesystem::path cabinet = folder / L"cabinet";
+    wrb::WriteCabinet(cabinet.wstring(), sources);
+    const std::string bytes = wrb::test::ReadAll(cabinet);
+    return Bytes(bytes.begin(), bytes.end());
+}
+
+Bytes Noise(std::size_t size, uint32_t seed) {
+    Bytes noise(size);
+    for (uint8_t& byte : noise) {
+        seed = seed * 1664525 + 1013904223;
+        byte = static_cast<uint8_t>(seed >> 24);
+    }
+    return noise;
+}

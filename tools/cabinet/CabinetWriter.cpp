@@ -1,0 +1,187 @@
+#include "CabinetWriter.h"
+
+#include <windows.h>
+// After windows.h, whose types it uses.
+#include <fci.h>
+#include <fcntl.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <string_view>
+
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+constexpr char kCabinetName[] = "cabinet";
+constexpr std::string_view kScratch = "scratch";
+constexpr INT_PTR kFailed = -1;
+constexpr ULONG kLargestCabinet = 0x7FFFFFFF;
+constexpr USHORT kFirstDate = 0x0021;  // 1980-01-01: the same files make the same cabinet
+
+// One writing. FCI knows files by narrow names only: it gets names of ours, which stand for the wide paths here.
+struct tagWriting {
+    const std::wstring& cabinet;
+    const std::vector<tagCabinetSource>& sources;
+    std::vector<std::wstring> scratch;
+    DWORD error = 0;  // of the first call that failed
+};
+
+INT_PTR Note(tagWriting& writing, DWORD error, INT_PTR result) {
+    writing.error = writing.error == 0 ? error : writing.error;
+    return result;
+}
+
+std::size_t IndexIn(std::string_view digits) {
+    std::size_t index = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), index);
+    return index;
+}
+
+const std::wstring& PathOf(const tagWriting& writing, std::string_view name) {
+    return name.starts_with(kScratch) ? writing.scratch.at(IndexIn(name.substr(kScratch.size()))) : writing.cabinet;
+}
+
+HANDLE Handle(INT_PTR file) {
+    return reinterpret_cast<HANDLE>(file);
+}
+
+INT_PTR OpenPath(tagWriting& writing, const std::wstring& path, DWORD access, DWORD creation) {
+    const HANDLE file =
+        CreateFileW(path.c_str(), access, FILE_SHARE_READ, nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return file != INVALID_HANDLE_VALUE ? reinterpret_cast<INT_PTR>(file) : Note(writing, GetLastError(), kFailed);
+}
+
+INT_PTR DIAMONDAPI Open(char* name, int flags, int, int*, void* context) {
+    auto& writing = *static_cast<tagWriting*>(context);
+    return OpenPath(writing, PathOf(writing, name), GENERIC_READ | GENERIC_WRITE,
+                    (flags & _O_CREAT) != 0 ? CREATE_ALWAYS : OPEN_EXISTING);
+}
+
+// A source's name is its number.
+INT_PTR DIAMONDAPI OpenSource(char* name, USHORT* date, USHORT* time, USHORT* attributes, int*, void* context) {
+    auto& writing = *static_cast<tagWriting*>(context);
+    const tagCabinetSource& source = writing.sources.at(IndexIn(name));
+    const bool isAscii = std::ranges::all_of(source.name, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    *date = kFirstDate;
+    *time = 0;
+    *attributes = static_cast<USHORT>(_A_ARCH | (isAscii ? 0 : _A_NAME_IS_UTF));
+    return OpenPath(writing, source.path, GENERIC_READ, OPEN_EXISTING);
+}
+
+UINT DIAMONDAPI Read(INT_PTR file, void* buffer, UINT count, int*, void* context) {
+    DWORD read = 0;
+    if (ReadFile(Handle(file), buffer, count, &read, nullptr)) {
+        return read;
+    }
+    return static_cast<UINT>(Note(*static_cast<tagWriting*>(context), GetLastError(), kFailed));
+}
+
+UINT DIAMONDAPI Write(INT_PTR file, void* buffer, UINT count, int*, void* context) {
+    DWORD written = 0;
+    if (WriteFile(Handle(file), buffer, count, &written, nullptr)) {
+        return written;
+    }
+    return static_cast<UINT>(Note(*static_cast<tagWriting*>(context), GetLastError(), kFailed));
+}
+
+int DIAMONDAPI Close(INT_PTR file, int*, void*) {
+    return CloseHandle(Handle(file)) ? 0 : -1;
+}
+
+long DIAMONDAPI Seek(INT_PTR file, long distance, int origin, int*, void*) {
+    static_assert(SEEK_SET == FILE_BEGIN && SEEK_CUR == FILE_CURRENT && SEEK_END == FILE_END);
+    return static_cast<long>(SetFilePointer(Handle(file), distance, nullptr, static_cast<DWORD>(origin)));
+}
+
+int DIAMONDAPI Delete(char* name, int*, void* context) {
+    return DeleteFileW(PathOf(*static_cast<tagWriting*>(context), name).c_str()) ? 0 : -1;
+}
+
+// Makes the file, so that nobody else gets its name.
+BOOL DIAMONDAPI NewScratch(char* name, int capacity, void* context) {
+    auto& writing = *static_cast<tagWriting*>(context);
+    wchar_t folder[MAX_PATH + 1] = L"";
+    wchar_t path[MAX_PATH + 1] = L"";
+    if (GetTempPathW(MAX_PATH, folder) == 0 || GetTempFileNameW(folder, L"cab", 0, path) == 0) {
+        Note(writing, GetLastError(), kFailed);
+        return FALSE;
+    }
+    writing.scratch.emplace_back(path);
+    std::snprintf(name, static_cast<std::size_t>(capacity), "%s%u", kScratch.data(),
+                  static_cast<unsigned>(writing.scratch.size() - 1));
+    return TRUE;
+}
+
+void* DIAMONDAPI Allocate(ULONG bytes) {
+    return std::malloc(bytes);
+}
+void DIAMONDAPI Free(void* memory) {
+    std::free(memory);
+}
+int DIAMONDAPI OnPlaced(PCCAB, char*, long, BOOL, void*) {
+    return 0;
+}
+// A second cabinet, that is one too large for the first.
+BOOL DIAMONDAPI RefuseNext(PCCAB, ULONG, void*) {
+    return FALSE;
+}
+long DIAMONDAPI OnStatus(UINT, ULONG, ULONG, void*) {
+    return 0;
+}
+
+struct CloseFci {
+    void operator()(void* fci) const noexcept { FCIDestroy(fci); }
+};
+using CFci = std::unique_ptr<void, CloseFci>;
+
+bool AddAll(HFCI fci, const std::vector<tagCabinetSource>& sources) {
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+        std::string number = std::to_string(i);
+        std::string name = sources[i].name;
+        if (!FCIAddFile(fci, number.data(), name.data(), FALSE, RefuseNext, OnStatus, OpenSource, tcompTYPE_MSZIP)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool WriteAll(tagWriting& writing) {
+    ERF error = {};
+    CCAB parameters = {};
+    parameters.cb = parameters.cbFolderThresh = kLargestCabinet;
+    std::memcpy(parameters.szCab, kCabinetName, sizeof kCabinetName);
+    const CFci fci(FCICreate(&error, OnPlaced, Allocate, Free, Open, Read, Write, Close, Seek, Delete, NewScratch,
+                             &parameters, &writing));
+    return fci && AddAll(fci.get(), writing.sources) && FCIFlushCabinet(fci.get(), FALSE, RefuseNext, OnStatus);
+}
+
+}  // namespace
+
+void WriteCabinet(const std::wstring& path, const std::vector<tagCabinetSource>& sources) {
+    const auto isTooLong = [](const tagCabinetSource& source) { return source.name.size() >= CB_MAX_FILENAME; };
+    if (std::ranges::any_of(sources, isTooLong)) {
+        throw std::runtime_error("the name of an entry is too long");
+    }
+    const std::wstring unfinished = path + L".new";
+    tagWriting writing{unfinished, sources, {}};
+    const bool isWritten = WriteAll(writing);
+    // The writer deletes them itself unless it fails.
+    for (const std::wstring& scratch : writing.scratch) {
+        DeleteFileW(scratch.c_str());
+    }
+    if (!isWritten || !MoveFileExW(unfinished.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+        Note(writing, GetLastError(), kFailed);
+        DeleteFileW(unfinished.c_str());
+        throw std::runtime_error("the cabinet cannot be written (system error " + std::to_string(writing.error) + ")");
+    }
+}
+
+}  // namespace wrb

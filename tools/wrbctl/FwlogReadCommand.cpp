@@ -1,0 +1,103 @@
+#include <windows.h>
+
+#include <json/writer.h>
+
+#include <cstdio>
+#include <ctime>
+#include <memory>
+#include <string>
+
+#include "Commands.h"
+#include "Console.h"
+#include "Failure.h"
+#include "Handle.h"
+#include "PfwLogJson.h"
+#include "PfwLogReader.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+std::string UtcTime(uint32_t seconds) {
+    const auto time = static_cast<std::time_t>(seconds);
+    std::tm utc{};
+    gmtime_s(&utc, &time);
+    char text[32];
+    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &utc);
+    return text;
+}
+
+std::string TextLine(const Json::Value& line) {
+    char numbers[64];
+    std::snprintf(numbers, sizeof numbers, "  %3u %5u %5u %5u %5u  ", line["direction"].asUInt(),
+                  line["protocol"].asUInt(), line["type"].asUInt(), line["subType"].asUInt(), line["port"].asUInt());
+    std::string text = UtcTime(line["time"].asUInt()) + numbers + line["localHost"].asString() + " " +
+                       line["remoteHost"].asString() + "  " + line["path"].asString() + "  " + line["info"].asString();
+    return text + (line.isMember("head") ? "  WRONG MARKERS\n" : "\n");
+}
+
+std::string JsonLine(const Json::Value& line) {
+    static const Json::StreamWriterBuilder writer = [] {
+        Json::StreamWriterBuilder oneLine;
+        oneLine["indentation"] = "";
+        oneLine["emitUTF8"] = true;
+        return oneLine;
+    }();
+    return Json::writeString(writer, line) + "\n";
+}
+
+// The first record's word where the size leaves it open.
+PfwLogVersion VersionOf(HANDLE file, uint32_t size) {
+    const PfwLogVersion version = PfwLogVersionOfSize(size);
+    if (version != PfwLogVersion::kUnknown) {
+        return version;
+    }
+    const auto records = std::make_unique<SWRB_PFW_LOG_ITEM[]>(1);  // the larger of the two
+    DWORD read = 0;
+    ReadFile(file, records.get(), sizeof records[0], &read, nullptr);
+    SetFilePointer(file, 0, nullptr, FILE_BEGIN);
+    if (HasPfwLogMarkers(*reinterpret_cast<const SWRB_PFW_LOG_ITEM_V0*>(records.get()))) {
+        return PfwLogVersion::kV0;
+    }
+    return HasPfwLogMarkers(records[0]) ? PfwLogVersion::kV1 : PfwLogVersion::kUnknown;
+}
+
+// Returns how many records have wrong markers.
+template <typename Item>
+unsigned PrintRecords(HANDLE file, bool json) {
+    unsigned wrong = 0;
+    CPfwLogReader reader(file, sizeof(Item));
+    while (const void* const record = reader.Next()) {
+        const Json::Value line = DecodePfwLogRecord(*static_cast<const Item*>(record));
+        PrintOut(json ? JsonLine(line) : TextLine(line));
+        wrong += line.isMember("head") ? 1 : 0;
+    }
+    return wrong;
+}
+
+}  // namespace
+
+int RunFwlogRead(const FwlogReadOptions& options) {
+    const CFileHandle file(CreateFileW(Utf8ToWide(options.file).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) {
+        const DWORD error = GetLastError();
+        return Fail(kExitUsage, "cannot open " + options.file + " (system error " + std::to_string(error) + ")");
+    }
+    const uint32_t size = GetFileSize(file.Get(), nullptr);
+    const PfwLogVersion version = VersionOf(file.Get(), size);
+    if (version == PfwLogVersion::kUnknown) {
+        return Fail(kExitUsage, options.file + " fits both versions by its size and neither by its markers");
+    }
+    if (!options.json) {
+        PrintOut("time (UTC)           dir proto  type   sub  port  local remote  path  information\n");
+    }
+    const unsigned wrong = version == PfwLogVersion::kV0 ? PrintRecords<SWRB_PFW_LOG_ITEM_V0>(file.Get(), options.json)
+                                                         : PrintRecords<SWRB_PFW_LOG_ITEM>(file.Get(), options.json);
+    if (const uint32_t rest = size % PfwLogRecordSize(version); rest != 0) {
+        PrintErr("wrbctl: the last record has only " + std::to_string(rest) + " bytes\n");
+    }
+    return wrong == 0 ? kExitOk : Fail(kExitFailed, std::to_string(wrong) + " record(s) with wrong markers");
+}
+
+}  // namespace wrb

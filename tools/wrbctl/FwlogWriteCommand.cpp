@@ -1,0 +1,105 @@
+#include <json/reader.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "Commands.h"
+#include "Failure.h"
+#include "PfwLogJson.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+// The version of the whole file: as asked for, or else as the first record says.
+class CFileVersion {
+  public:
+    explicit CFileVersion(std::optional<uint32_t> asked) : m_version(asked) {}
+
+    uint32_t Of(const CJsonNode& line) {
+        const auto member = line.Member("version");
+        const uint32_t version = member ? member->Number() : m_version.value_or(1);
+        if (version > 1) {
+            member->Fail("must be 0 or 1");
+        }
+        if (m_version && version != *m_version) {
+            member->Fail("this is a file of version " + std::to_string(*m_version));
+        }
+        m_version = version;
+        return version;
+    }
+
+  private:
+    std::optional<uint32_t> m_version;
+};
+
+template <typename Item>
+void Append(const CJsonNode& line, std::ostream& out) {
+    const auto item = std::make_unique<Item>();
+    EncodePfwLogRecord(line, *item);
+    out.write(reinterpret_cast<const char*>(item.get()), sizeof(Item));
+}
+
+Json::Value Parse(const std::string& text) {
+    static const Json::CharReaderBuilder builder = [] {
+        Json::CharReaderBuilder strict;
+        Json::CharReaderBuilder::strictMode(&strict.settings_);
+        return strict;
+    }();
+    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    Json::Value value;
+    if (!reader->parse(text.data(), text.data() + text.size(), &value, nullptr)) {
+        throw std::runtime_error("not a JSON object");
+    }
+    return value;
+}
+
+// Throws with the line's number in front.
+void WriteRecords(std::istream& in, std::ostream& out, CFileVersion version) {
+    std::string text;
+    for (unsigned number = 1; std::getline(in, text); ++number) {
+        if (text.find_first_not_of(" \t\r") == std::string::npos) {
+            continue;
+        }
+        try {
+            const Json::Value value = Parse(text);
+            const CJsonNode line(value);
+            if (version.Of(line) == 0) {
+                Append<SWRB_PFW_LOG_ITEM_V0>(line, out);
+            } else {
+                Append<SWRB_PFW_LOG_ITEM>(line, out);
+            }
+        } catch (const std::runtime_error& error) {
+            throw std::runtime_error("line " + std::to_string(number) + ": " + error.what());
+        }
+    }
+}
+
+}  // namespace
+
+int RunFwlogWrite(const FwlogWriteOptions& options) {
+    const std::filesystem::path path(Utf8ToWide(options.out));
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    if (!out) {
+        return Fail(kExitFailed, "cannot create " + options.out);
+    }
+    std::string problem;
+    try {
+        WriteRecords(std::cin, out, CFileVersion(options.version));
+    } catch (const std::runtime_error& error) {
+        problem = error.what();
+    }
+    out.close();
+    if (problem.empty() && out) {
+        return kExitOk;
+    }
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
+    return problem.empty() ? Fail(kExitFailed, "cannot write " + options.out) : Fail(kExitUsage, problem);
+}
+
+}  // namespace wrb

@@ -1,0 +1,46 @@
+#include <windows.h>
+
+#include <filesystem>
+#include <set>
+#include <stdexcept>
+#include <string>
+
+#include "CabinetWriter.h"
+#include "Commands.h"
+#include "Failure.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+struct LessIgnoringCase {
+    bool operator()(const std::wstring& left, const std::wstring& right) const noexcept {
+        return CompareStringOrdinal(left.c_str(), -1, right.c_str(), -1, TRUE) == CSTR_LESS_THAN;
+    }
+};
+
+}  // namespace
+
+int RunPack(const PackOptions& options) {
+    std::vector<tagCabinetSource> sources;
+    std::set<std::wstring, LessIgnoringCase> names;
+    for (const std::string& file : options.files) {
+        const std::filesystem::path path(Utf8ToWide(file));
+        std::error_code ignored;
+        if (!std::filesystem::is_regular_file(path, ignored)) {
+            return Fail(kExitUsage, "there is no file " + file);
+        }
+        if (!names.insert(path.filename().wstring()).second) {
+            return Fail(kExitUsage, "two files have the name " + WideToUtf8(path.filename().wstring()));
+        }
+        sources.push_back({WideToUtf8(path.filename().wstring()), path.wstring()});
+    }
+    try {
+        WriteCabinet(Utf8ToWide(options.package), sources);
+    } catch (const std::runtime_error& error) {
+        return Fail(kExitFailed, options.package + ": " + error.what());
+    }
+    return kExitOk;
+}
+
+}  // namespace wrb

@@ -1,0 +1,18 @@
+// Records of firewall log files as JSON objects, and back. tools/wrbctl/README.md describes the keys.
+#pragma once
+
+#include <json/value.h>
+
+#include "JsonNode.h"
+#include "PfwLogRecord.h"
+
+namespace wrb {
+
+// Throws CSeedError, with the key, for what does not fit the record.
+void EncodePfwLogRecord(const CJsonNode& line, SWRB_PFW_LOG_ITEM_V0& item);
+void EncodePfwLogRecord(const CJsonNode& line, SWRB_PFW_LOG_ITEM& item);
+
+Json::Value DecodePfwLogRecord(const SWRB_PFW_LOG_ITEM_V0& item);
+Json::Value DecodePfwLogRecord(const SWRB_PFW_LOG_ITEM& item);
+
+}  // namespace wrb
