@@ -13,7 +13,7 @@ std::wstring Path(const std::wstring& name) {
 
 }  // namespace
 
-bool BareSend(const std::wstring& name, std::string_view bytes) {
+bool BareSend(const std::wstring& name, std::string_view bytes, std::size_t piece) {
     const std::wstring path = Path(name);
     CFileHandle pipe;
     while (!pipe) {
@@ -22,8 +22,15 @@ bool BareSend(const std::wstring& name, std::string_view bytes) {
             return false;
         }
     }
-    DWORD written = 0;
-    return WriteFile(pipe.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) != FALSE;
+    do {
+        const std::string_view next = bytes.substr(0, piece);
+        DWORD written = 0;
+        if (!WriteFile(pipe.Get(), next.data(), static_cast<DWORD>(next.size()), &written, nullptr)) {
+            return false;
+        }
+        bytes.remove_prefix(next.size());
+    } while (!bytes.empty());
+    return true;
 }
 
 bool BareExchange(const std::wstring& target, std::string_view request, const std::wstring& replyPipe) {

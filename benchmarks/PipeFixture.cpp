@@ -52,6 +52,9 @@ void Answer(const std::string& message) {
     std::wstring command;
     std::wstring replyId;
     fields >> command >> replyId;
+    if (replyId == L"-1") {
+        return;  // a write
+    }
     BareSend(L"DbCln_" + replyId, Bytes(AnswerTo(command)));
 }
 

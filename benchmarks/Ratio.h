@@ -42,5 +42,6 @@ void AddIniBenchmarks();
 void AddRecordBenchmarks();
 void AddRenderBenchmarks();
 void AddPipeBenchmarks();
+void AddAlertBenchmarks();
 
 }  // namespace wrb::bench

@@ -70,12 +70,35 @@ void FiveConnections(benchmark::State& state) {
     }
 }
 
+const std::wstring kExtensions = L".EXE, .COM, .SYS, .DOC, .DRV, .CMD, .XLS, .DLL, .386";
+
+void SetManualScan(benchmark::State& state) {
+    NeedDatabase();
+    Process(state, std::wstring(L"CMDHL_SET_MS_CFG\t") + kSampleUid +
+                       L"\t1\t0\t0\t0\t1\t1\t1\t20\t1\t3\t0\t4\t0\t1\t1\t" + kExtensions +
+                       L"\t1\t1\t\\temp\t\\temp\t1\t1\tUniverse-5-4\t0\t2\t1");
+}
+
+// The settings and the agent's "changed" bit.
+void TwoMessages(benchmark::State& state) {
+    NeedDatabase();
+    const std::wstring to = std::wstring(L"\t-1\t") + kSampleUid;
+    for (auto _ : state) {
+        if (!BareSend(kDbPipe, DatabaseRequest(L"DB_SET_MSCF" + to + L"\t554175997\t4294901757\t20\t3\t4\t" +
+                                               kExtensions + L"\t\\temp\tUniverse-5-4\t0")) ||
+            !BareSend(kDbPipe, DatabaseRequest(L"DB_SET_CONF_FLAG" + to + L"\t1\t0\t0"))) {
+            state.SkipWithError("a write of the floor failed");
+        }
+    }
+}
+
 }  // namespace
 
 void AddPipeBenchmarks() {
     AddRatio("CMDHL_ECHO", Echo, "connect, write, close", BareEcho, Goal::AtMost, 1.10, {1, 2, 8});
     AddRatio("CMDHL_GET_MS_CFG", GetManualScan, "five bare connections", FiveConnections, Goal::AtMost, 1.15,
              {1, 2, 8});
+    AddRatio("CMDHL_SET_MS_CFG", SetManualScan, "two bare messages", TwoMessages, Goal::AtMost, 1.15, {1, 2, 8});
 }
 
 }  // namespace wrb::bench
