@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <exception>
+#include <vector>
 
 #include "DebugLog.h"
 #include "MsgSerializer.h"
@@ -14,18 +16,17 @@ namespace {
 
 constexpr DWORD kModulePathCharacters = 261;
 
-bool SendPiece(CPipeClient& client, const void* bytes, uint64_t byteCount) {
-    return client.Send(bytes, byteCount);
-}
-
 bool SendFrame(CPipeClient& client, const wchar_t* caller) {
     CDbApiHeaderContent content;
     content.FillInContent(caller);
     CMsgSerializer message;
     message << content;
-    const uint32_t length = message.GetSize();
-    return SendPiece(client, &kDbApiMagic, sizeof kDbApiMagic) && SendPiece(client, &length, sizeof length) &&
-           SendPiece(client, message.Data(), length);
+    const uint32_t words[] = {kDbApiMagic, message.GetSize()};
+    std::vector<uint8_t> frame(sizeof words + message.GetSize());
+    std::memcpy(frame.data(), words, sizeof words);
+    std::copy_n(message.Data(), message.GetSize(), frame.data() + sizeof words);
+    uint64_t byteCount = frame.size();
+    return client.Send(frame.data(), byteCount);
 }
 
 }  // namespace

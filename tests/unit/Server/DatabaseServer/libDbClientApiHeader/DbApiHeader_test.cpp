@@ -47,12 +47,12 @@ std::string WithWord(std::string frame, std::size_t offset, uint32_t word) {
     return frame;
 }
 
-TEST(DbApiHeader, IsWrittenInThreePieces) {
+TEST(DbApiHeader, IsWrittenInOnePiece) {
     const auto received = SendFrame();
     ASSERT_EQ(received.bytes.substr(0, 4), std::string("\x03\x07\x1A\x0E"));
     uint32_t length;
     std::memcpy(&length, received.bytes.data() + 4, sizeof length);
-    EXPECT_THAT(received.pieces, ElementsAre(4, 4, length, sizeof kRequest));
+    EXPECT_THAT(received.pieces, ElementsAre(8 + length, sizeof kRequest));
     EXPECT_EQ(received.bytes.substr(8, 16), std::string("\x04\0\0\0\x01\0\0\0\x10\0\0\0\x20\xAC\0\0", 16));
     EXPECT_EQ(received.bytes.substr(36, 14), std::string("\x0A\0\0\0N\0U\0L\0L\0\0\0", 14));
 }
