@@ -44,9 +44,11 @@ int DebugLogSetup(const wchar_t* debugIni, const wchar_t* debugLibrary, const ch
 bool DebugLogAttachMirror(const wchar_t* path) noexcept;
 
 // The filter is asked before the arguments are evaluated: a line that is filtered out costs a look at the shared word.
-#define WRB_LOG(level, format, ...)                                                        \
-    do {                                                                                   \
-        if (wrb::CLogFilter::Shared().Admits(level)) {                                     \
-            DebugLog(level, WRB_SOURCE_FILE, __LINE__, format __VA_OPT__(, ) __VA_ARGS__); \
-        }                                                                                  \
+// The second form logs for a place elsewhere.
+#define WRB_LOG(level, format, ...) WRB_LOG_FROM(level, WRB_SOURCE_FILE, __LINE__, format __VA_OPT__(, ) __VA_ARGS__)
+#define WRB_LOG_FROM(level, sourceFile, line, format, ...)                        \
+    do {                                                                          \
+        if (wrb::CLogFilter::Shared().Admits(level)) {                            \
+            DebugLog(level, sourceFile, line, format __VA_OPT__(, ) __VA_ARGS__); \
+        }                                                                         \
     } while (false)

@@ -14,12 +14,12 @@ void AnswerCommand(const tagAnswerFrame& frame, CCmdProtocol& message) {
         const CCounterCall call(static_cast<uint32_t>(frame.slot));
         std::wstring uid;
         message >> replyPipe >> uid;
-        DebugLog(kLogDebug8, frame.sourceFile, frame.line, frame.uidLine, uid.c_str());
+        WRB_LOG_FROM(kLogDebug8, frame.sourceFile, frame.line, frame.uidLine, uid.c_str());
         frame.logic(output, uid.c_str(), false);
-        DebugLog(kLogDebug8, frame.sourceFile, frame.line, frame.outputLine, output.c_str());
+        WRB_LOG_FROM(kLogDebug8, frame.sourceFile, frame.line, frame.outputLine, output.c_str());
     }
     if (!Reply(replyPipe.c_str(), output) && frame.replyFailedLine != nullptr) {
-        DebugLog(frame.replyFailedLevel, frame.sourceFile, frame.line, L"%s", frame.replyFailedLine);
+        WRB_LOG_FROM(frame.replyFailedLevel, frame.sourceFile, frame.line, L"%s", frame.replyFailedLine);
     }
 }
 
