@@ -2,8 +2,10 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "CommandCatalog.h"
+#include "CommandSlot.h"
 #include "Commands.h"
 #include "Console.h"
 #include "CounterSection.h"
@@ -14,6 +16,23 @@
 namespace wrb {
 namespace {
 
+struct tagCountedRow {
+    std::string name;
+    uint32_t slot;
+};
+
+// The commands, and behind them the alert types that have a counter of their own.
+std::vector<tagCountedRow> CountedRows() {
+    std::vector<tagCountedRow> rows;
+    for (const CommandEntry& entry : CommandCatalog()) {
+        rows.push_back({std::string(entry.name), static_cast<uint32_t>(rows.size())});
+    }
+    for (const tagAlertSlot& alert : kAlertSlots) {
+        rows.push_back({"CMDHL_CMDHL_GET_CLN_ALERT_MSG type " + std::to_string(alert.type), alert.slot});
+    }
+    return rows;
+}
+
 std::string TextLine(const char* format, const char* name, const HandlerCounterSlot& slot) {
     char line[160];
     const int length = std::snprintf(line, sizeof line, format, name, slot.calls, slot.failures, slot.average,
@@ -23,11 +42,10 @@ std::string TextLine(const char* format, const char* name, const HandlerCounterS
 
 std::string TextTable(const CCounterReader& reader, bool all) {
     std::string text = "command                                    calls    failed   avg ms   max ms     total ms\n";
-    uint32_t index = 0;
-    for (const CommandEntry& entry : CommandCatalog()) {
-        const HandlerCounterSlot slot = reader.Slot(index++);
+    for (const tagCountedRow& counted : CountedRows()) {
+        const HandlerCounterSlot slot = reader.Slot(counted.slot);
         if (all || slot.calls != 0) {
-            text += TextLine("%-38s %9u %9u %8u %8u %12llu\n", entry.name.data(), slot);
+            text += TextLine("%-38s %9u %9u %8u %8u %12llu\n", counted.name.c_str(), slot);
         }
     }
     return text + "calls in progress: " + std::to_string(reader.CallsInProgress()) + "\n";
@@ -37,12 +55,11 @@ Json::Value JsonTable(const CCounterReader& reader, bool all) {
     Json::Value result;
     result["callsInProgress"] = reader.CallsInProgress();
     Json::Value& commands = result["commands"] = Json::Value(Json::arrayValue);
-    uint32_t index = 0;
-    for (const CommandEntry& entry : CommandCatalog()) {
-        const HandlerCounterSlot slot = reader.Slot(index++);
+    for (const tagCountedRow& counted : CountedRows()) {
+        const HandlerCounterSlot slot = reader.Slot(counted.slot);
         if (all || slot.calls != 0) {
             Json::Value row;
-            row["name"] = std::string(entry.name);
+            row["name"] = counted.name;
             row["calls"] = slot.calls;
             row["failures"] = slot.failures;
             row["averageMs"] = slot.average;
