@@ -30,7 +30,7 @@ struct tagFindTraits {
 
 class CSpywareLogWalk {
   public:
-    explicit CSpywareLogWalk(HANDLE stopEvent) : m_stopEvent(stopEvent), m_names(kNamesCharacters) {}
+    explicit CSpywareLogWalk(HANDLE stopEvent) : m_stopEvent(stopEvent), m_names(kNamesCharacters + 2) {}
 
     // False: the walk is to end. The depth is bounded by the length of a path.
     bool WalkFolder(const std::wstring& folder);
@@ -42,7 +42,7 @@ class CSpywareLogWalk {
     void RecordLog(const std::wstring& path);
 
     HANDLE m_stopEvent;
-    std::vector<wchar_t> m_names;  // one buffer for all files
+    std::vector<wchar_t> m_names;  // one buffer for all files, and two NULs that nobody writes over
 };
 
 bool CSpywareLogWalk::WalkFolder(const std::wstring& folder) {
