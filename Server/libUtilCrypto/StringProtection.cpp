@@ -43,7 +43,8 @@ std::wstring ToBase64(const std::vector<uint8_t>& bytes) {
     Throw(GetLastError(), "CryptBinaryToStringW");
 }
 
-// The system reads more than one spelling of the same bytes; only the one that ToBase64 writes counts.
+// Nonce, cipher text and tag. The system reads more than one spelling of the same bytes; only the one that ToBase64
+// writes counts.
 std::optional<std::vector<uint8_t>> FromBase64(std::wstring_view text) {
     DWORD count = 0;
     const auto length = static_cast<DWORD>(text.size());
@@ -56,7 +57,8 @@ std::optional<std::vector<uint8_t>> FromBase64(std::wstring_view text) {
         return std::nullopt;
     }
     bytes.resize(count);
-    return ToBase64(bytes) == text ? std::optional(std::move(bytes)) : std::nullopt;
+    return bytes.size() >= kNonceBytes + kTagBytes && ToBase64(bytes) == text ? std::optional(std::move(bytes))
+                                                                              : std::nullopt;
 }
 
 // Where nonce and tag are in the bytes, which hold both.
@@ -126,7 +128,7 @@ std::optional<std::wstring> CStringProtection::Unprotect(std::wstring_view text)
         return std::nullopt;
     }
     std::optional<std::vector<uint8_t>> bytes = FromBase64(text.substr(kPrefix.size()));
-    if (!bytes || bytes->size() < kNonceBytes + kTagBytes) {
+    if (!bytes) {
         return std::nullopt;
     }
     uint8_t* const body = bytes->data() + kNonceBytes;

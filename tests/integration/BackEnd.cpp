@@ -16,7 +16,18 @@ constexpr char kFull[] = R"({"uid": "3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3", "com
     "passwords": {"uninstall": "un", "unload": "ul"}, "outbreakPrevention": {"status": 1, "end": 4000000000},
     "behaviourText": "b=1", "behaviourPolicies": [{"id": "p0", "action": 2, "enable": true},
     {"id": "p1", "action": 1, "enable": false}], "approvedSpyware": ["one", "two"],
-    "restoreSessions": ["s 1", "s 2", "s 3"], "scan": {"manual": {"Flags": 33, "MoveDir": "\\m",
+    "restoreSessions": ["s 1", "s 2", "s 3"],
+    "webThreat": {"EnablePolicyIn": true, "SecurityLevelIn": 1, "SecurityLevelOut": 2, "SendLogOut": true,
+    "URLFilterCfgFlag_InOffice": 3, "URLFilterCfgFlag_OutOffice": 4, "URLFilterQueryMode_InOffice": 5,
+    "URLFilterRatingLevel_InOffice": 6, "URLFilterRatingLevel_OutOffice": -1,
+    "URLFilterAWSL_InOffice": ["http://\u00e4/", "b"], "URLFilterAWSL_OutOffice": ["c"],
+    "URLFilterBlackList_InOffice": ["d"]}, "ncie": {"EnableCNP": true, "ActionForCNP": 1, "ActionForRR": 2,
+    "ActionForUserDefine": 3, "ActionForSBA": 4}, "sablex": {"EnableSablex": true, "EnableProcess": true,
+    "ActionForFile": 1, "ActionForProcess": 2, "ExceptionItem": ["C:\\a.exe", "b"], "DS_ProcessName": ["p.exe"]},
+    "aggrScan": {"EnableMitre": true, "AggreDetectFlag": 7, "AggreDetectFlagForIProduct": "0x80000000"},
+    "restoreItems": [{"FASha1Hash": "h0", "FATaskId": "t0", "FAItemId": "i0", "FAFileDir": "C:\\d 0",
+    "FAFileName": "n0"}, {"FASha1Hash": "h1"}], "agentPolicies": [{"Name": "Base", "LastUpdateTime": "2024",
+    "PolicyOwner": "me", "PolicyTypeID": "12"}], "scan": {"manual": {"Flags": 33, "MoveDir": "\\m",
     "exclusions": {"ExcludedExt": "iso"}}}})";
 
 std::string SeedText() {

@@ -61,6 +61,11 @@ TEST(Seed, WhatIsWrongIsSaidWithItsPlace) {
         {Agent(R"("scan": {"manual": {"ScanSpeed": 3}})"), "agents[0].scan.manual.ScanSpeed: has no such value"},
         {Agent(R"("scan": {"realTime": {"spyware": {"ScanType": 1}}})"), "realTime.spyware.ScanType: unknown key"},
         {Agent(R"("scan": {"scanNow": {"exclusions": {"Flags": 1}}})"), "scanNow.exclusions.Flags: unknown key"},
+        {Agent(R"("webThreat": {"EnablePolicyIn": 1})"), "agents[0].webThreat.EnablePolicyIn: must be true or false"},
+        {Agent(R"("ncie": {"EnableX": true})"), "agents[0].ncie.EnableX: unknown key"},
+        {Agent(R"("sablex": {"ExceptionItem": ["a", "b|c"]})"), "agents[0].sablex.ExceptionItem[1]: must not be empty"},
+        {Agent(R"("restoreItems": [{"FAFileDir": 1}])"), "agents[0].restoreItems[0].FAFileDir: must be a text"},
+        {Agent(R"("agentPolicies": [{"Item": "x"}])"), "agents[0].agentPolicies[0].Item: unknown key"},
         {R"({"agents": [], "serviceSwitch": {"EnableX": true}})", "serviceSwitch.EnableX: unknown key"},
     };
     for (const auto& [json, message] : kCases) {
@@ -120,7 +125,8 @@ std::wstring Dump(CSqliteDb& db) {
     std::wstring all;
     for (const char* sql :
          {"SELECT * FROM agent ORDER BY uid", "SELECT * FROM scan ORDER BY uid, type", "SELECT * FROM spyware_approved",
-          "SELECT * FROM restore_session", "SELECT * FROM behaviour_policy", "SELECT * FROM service_switch"}) {
+          "SELECT * FROM restore_session", "SELECT * FROM behaviour_policy", "SELECT * FROM service_switch",
+          "SELECT * FROM web_threat", "SELECT * FROM fa_restore_item"}) {
         CSqliteStatement read = db.Use(sql);
         while (read.Step()) {
             for (int i = 0; i < read.Columns(); ++i) {
@@ -136,7 +142,8 @@ TEST(Seed, SeedingTwiceIsSeedingOnceAndReplacesTheWholeAgent) {
     const test::CTempFolder folder;
     const auto db = CreateStore((folder / L"agents.db").wstring());
     const std::string rich = Agent(R"("computer": "ONE", "approvedSpyware": ["a", "b"], "restoreSessions": ["s"],
-        "behaviourPolicies": [{"id": "p", "action": 1, "enable": true}], "scan": {})");
+        "behaviourPolicies": [{"id": "p", "action": 1, "enable": true}], "webThreat": {"SecurityLevelIn": 1},
+        "restoreItems": [{}, {"FAFileName": "x"}], "scan": {})");
     StoreSeed(*db, ParseSeed(rich));
     const std::wstring once = Dump(*db);
     StoreSeed(*db, ParseSeed(rich));

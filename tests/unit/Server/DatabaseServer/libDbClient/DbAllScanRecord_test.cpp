@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "DbBundle.h"
 #include "DbVexor.h"
 #include "FakeDbService.h"
 #include "IPCMsgBufferException.h"
@@ -131,6 +132,69 @@ TEST(DbRecords, CutOrChangedBytesThrowOneExceptionOnly) {
     ExpectBoundedReading<tagClnAllScanCfg>(Encode(ExampleCfg()));
     ExpectBoundedReading<tagClnAllScanCfgEx>(Encode(ExampleLists()));
     ExpectBoundedReading<tagVEXORCustomBmCfg>(Encode(ExampleBm()));
+}
+
+template <typename... Fields>
+std::string Sequence(const Fields&... fields) {
+    CSerializer serializer;
+    static_cast<void>((serializer << ... << fields));
+    return {reinterpret_cast<const char*>(serializer.Data()), serializer.GetSize()};
+}
+
+template <typename Record>
+void ExpectBytes(const Record& record, const std::string& bytes) {
+    EXPECT_EQ(Encode(record), bytes);
+    ExpectBoundedReading<Record>(bytes);
+}
+
+TEST(DbRecords, BundlesHaveTheFieldsOfThePage) {
+    tagClientWCSConfig wtp;
+    wtp.flags = 1;
+    wtp.securityLevelIn = 2;
+    wtp.securityLevelOut = 3;
+    wtp.filterFlagIn = 4;
+    wtp.filterFlagOut = 5;
+    wtp.queryModeIn = 6;
+    wtp.ratingLevelIn = 7;
+    wtp.ratingLevelOut = 8;
+    wtp.approvedIn = L"ai";
+    wtp.approvedOut = L"ao";
+    wtp.blockedIn = L"bi";
+    wtp.blockedOut = L"bo";
+    ExpectBytes(wtp, Sequence(1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, L"ai", L"ao", L"bi", L"bo"));
+    tagClientNCIECfg ncie;
+    ncie.flags = 1;
+    ncie.actionForCNP = 2;
+    ncie.actionForRR = 3;
+    ncie.actionForUserDefine = 4;
+    ncie.actionForSBA = 5;
+    ExpectBytes(ncie, Sequence(1u, 2u, 3u, 4u, 5u));
+    tagClientSampleSubmissionCfg sample;
+    sample.flags = 1;
+    ExpectBytes(sample, Sequence(1u));
+    tagClientSablexConfig sablex;
+    sablex.flags = 1;
+    sablex.actionForFile = 2;
+    sablex.actionForProcess = 3;
+    sablex.exceptions = L"e";
+    sablex.processNames = L"p";
+    ExpectBytes(sablex, Sequence(1u, 2u, 3u, L"e", L"p"));
+    tagClientAggrScanConfig aggr;
+    aggr.cfg = 1;
+    aggr.detectFlag = 2;
+    aggr.detectFlagForIProduct = 3;
+    ExpectBytes(aggr, Sequence(1u, 2u, 3u));
+    tagFARestoreItemList items;
+    items.items.emplace_back(
+        tagFARestoreValues{.sha1Hash = L"h", .taskId = L"t", .itemId = L"i", .fileDir = L"d", .fileName = L"n"});
+    tagPolicyTrackingInfoList policies;
+    policies.items.emplace_back(
+        tagPolicyTrackingValues{.name = L"n", .lastUpdateTime = L"t", .policyOwner = L"o", .policyTypeId = L"y"});
+    items.items.emplace_back();
+    policies.items.emplace_back();
+    const std::string two("\2\0\0\0", 4);
+    ExpectBytes(items, two + Sequence(L"h", L"t", L"i", L"d", L"n", L"", L"", L"", L"", L""));
+    ExpectBytes(policies, two + Sequence(L"n", L"t", L"o", L"y", L"", L"", L"", L""));
 }
 
 }  // namespace
