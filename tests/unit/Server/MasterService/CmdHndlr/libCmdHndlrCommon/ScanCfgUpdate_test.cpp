@@ -1,23 +1,25 @@
 // The setters: what a message's fields become, which requests and log lines each level makes, what the INI holds then.
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "CapturedLog.h"
 #include "CmdProtocol.h"
 #include "FakePipeService.h"
 #include "RequestLines.h"
 #include "ScanIni.h"
 #include "ScanUpdateFields.h"
+#include "Text.h"
 #include "cmdhm_ScanCfg.h"
 #include "cmdhm_ScanCfgUpdate.h"
 
 namespace {
 
+using wrb::FormatWide;
 using wrb::kScanGroups;
 using wrb::ScanGroup;
+using wrb::ScanGroupKind;
 using wrb::ScanRow;
 using wrb::ScanRowKind;
+using wrb::ScanType;
 using wrb::test::CFakeDbService;
 using wrb::test::tagUpdateField;
 
@@ -26,15 +28,6 @@ constexpr wchar_t kUid[] = L"12345678-1234-1234-1234-123456789abc";
 bool Set(const ScanGroup& group, const std::wstring& fields, const wchar_t* uid, bool all, bool ini) {
     CCmdProtocol message(fields.c_str());
     return wrb::SetScanGroup(group, message, uid, all, ini, 9);
-}
-
-std::vector<std::wstring> Words(const wchar_t* text) {
-    std::wistringstream in(text);
-    std::vector<std::wstring> words;
-    for (std::wstring word; in >> word;) {
-        words.push_back(word);
-    }
-    return words;
 }
 
 // The group's own switch on and every other off, numbers 1, 2, ..., choices 2, texts t1, t2, ...
@@ -53,74 +46,73 @@ std::wstring CountingFields(const ScanGroup& group) {
     return wrb::test::JoinFields(fields);
 }
 
-// In the order of kScanGroups: the requests for an agent and for all, the log lines of agent, all and INI. @ is the
-// uid.
-const struct {
-    const wchar_t* requests;
-    const wchar_t* allRequests;
-    const wchar_t* logs[3];
-} kLevels[] = {
-    {L"DB_SET_MSCF|@|262145|4294901757|1|2|3|t1|t2|t4|9 DB_SET_CONF_FLAG|@|1|0|0",
-     L"DB_SET_ALL_MSCF|262145|4294901757|1|2|3|t1|t2|t4|9 DB_SET_ALL_CONF_FLG|1|0",
-     {L"set ms:[@][00040001][fffefffd][1][2][3][t1][t2][t4]", L"set ms:[All][00040001][fffefffd][1][2][3][t1][t2][t4]",
-      L"set ms:[ini][00040001][fffefffd][1][2][3][t1][t2][t3][t4]"}},
-    {L"DB_SET_SPYWARE_MSCF|@|131585|16974593|t1|9 DB_SET_CONF_FLAG|@|1|0|0",
-     L"DB_SET_SPYWARE_ALL_MSCF|131585|16974593|t1|9 DB_SET_ALL_CONF_FLG|1|0",
-     {L"[cmdhm_SetSpyMSCfg][@][00020201][01030301]", L"[cmdhm_SetSpyMSCfgAll][00020201][01030301]",
-      L"[cmdhm_SetSpyMSCfgIni][00020201][01030301]"}},
-    {L"DB_SET_EXCLUDE_LIST|@|256|t1|t2|t3 DB_SET_MS_FLG|@|65536|65536 DB_SET_CONF_FLAG|@|256|0|0",
-     L"DB_SET_ALL_EXC_LIST|256|t1|t2|t3 DB_SET_ALL_MS_FLG|65536|65536 DB_SET_ALL_CONF_FLG|256|0",
-     {L"set msex :[@][00010000][00010000][t1][t2][t3][256][9]",
-      L"set msex :[all][00010000][00010000][t1][t2][t3][256][9]",
-      L"set msex :[ini][00010000][00010000][t1][t2][t3][256][9]"}},
-    {L"DB_SET_RTCF|@|1|4294901757|1|2|3|t1|t2|t4|9 DB_SET_CONF_FLAG|@|2|0|0",
-     L"DB_SET_ALL_RTCF|1|4294901757|1|2|3|t1|t2|t4|9 DB_SET_ALL_CONF_FLG|2|0",
-     {L"set rt:[@][00000001][fffefffd][1][2][3][t1][t2][t4]",
-      L"set rt:[All][00000001][fffefffd][1][2][3][t1][t2][t3][t4]",
-      L"set rt:[ini][00000001][fffefffd][1][2][3][t1][t2][t3][t4]"}},
-    {L"DB_SET_SPYWARE_RTCF|@|5|262157|9 DB_SET_CONF_FLAG|@|2|0|0",
-     L"DB_SET_SPYWARE_ALL_RTCF|5|262157|9 DB_SET_ALL_CONF_FLG|2|0",
-     {L"[cmdhm_SetSpyRTCfg][@][00000005][0004000d]", L"[cmdhm_SetSpyRTCfgAll][00000005][0004000d]",
-      L"[cmdhm_SetSpyRTCfgIni][00000005][0004000d]"}},
-    {L"DB_SET_EXCLUDE_LIST|@|16384|t1|t2|t3 DB_SET_RT_FLG|@|65536|65536 DB_SET_CONF_FLAG|@|16384|0|0",
-     L"DB_SET_ALL_EXC_LIST|16384|t1|t2|t3 DB_SET_ALL_RT_FLG|65536|65536 DB_SET_ALL_CONF_FLG|16384|0",
-     {L"set rtex :[@][00010000][00010000][t1][t2][t3][16384][9]",
-      L"set rtex :[all][00010000][00010000][t1][t2][t3][16384][9]",
-      L"set rtex :[ini][00010000][00010000][t1][t2][t3]"}},
-    {L"DB_SET_PSCF|@|262145|4294901757|1|2|3|4|5|6|7|8|9|10|11|t1|t2|t4|9 DB_SET_CONF_FLAG|@|4|0|0",
-     L"DB_SET_ALL_PSCF|262145|4294901757|1|2|3|4|5|6|7|8|9|10|11|t1|t2|t4|9 DB_SET_ALL_CONF_FLG|4|0",
-     {L"set ps:[@][00040001][fffefffd][1][2][3][4][5][6][7][8][9][10][11][2][t1][t2][t4]",
-      L"set ps:[All][00040001][fffefffd][1][2][3][4][5][6][7][8][9][10][11][2][t1][t2][t4]",
-      L"set ps:[ini][00040001][fffefffd][1][2][3][4][5][6][7][8][9][10][11][2][t1][t2][t3][t4]"}},
-    {L"DB_SET_SPYWARE_PSCF|@|131585|17236737|t1|9 DB_SET_CONF_FLAG|@|4|0|0",
-     L"DB_SET_SPYWARE_ALL_PSCF|131585|17236737|t1|9 DB_SET_ALL_CONF_FLG|4|0",
-     {L"[cmdhm_SetSpyPSCfg][@][00020201][01070301]", L"[cmdhm_SetSpyPSCfgAll][00020201][01070301]",
-      L"[cmdhm_SetSpyPSCfgIni][00020201][01070301]"}},
-    {L"DB_SET_EXCLUDE_LIST|@|32768|t1|t2|t3 DB_SET_PS_FLG|@|65536|65536 DB_SET_CONF_FLAG|@|32768|0|0",
-     L"DB_SET_ALL_EXC_LIST|32768|t1|t2|t3 DB_SET_ALL_PS_FLG|65536|65536 DB_SET_ALL_CONF_FLG|32768|0",
-     {L"set psex :[@][00010000][00010000][t1][t2][t3][32768][9]",
-      L"set psex :[all][00010000][00010000][t1][t2][t3][32768][9]",
-      L"set psex :[ini][00010000][00010000][t1][t2][t3][32768][9]"}},
-    {L"DB_SET_SNCF|@|262145|4294901757|1|2|3|t1|t2|t4|9 DB_SET_CONF_FLAG|@|1024|0|0",
-     L"DB_SET_ALL_SNCF|262145|4294901757|1|2|3|t1|t2|t4|9 DB_SET_ALL_CONF_FLG|1024|0",
-     {L"set sn:[@][00040001][fffefffd][1][2][3][t1][t2][t4]", L"set sn:[All][00040001][fffefffd][1][2][3][t1][t2][t4]",
-      L"set sn:[ini][00040001][fffefffd][1][2][3][t1][t2][t3][t4]"}},
-    {L"DB_SET_SPYWARE_SNCF|@|131585|17236737|t1|9 DB_SET_CONF_FLAG|@|1024|0|0",
-     L"DB_SET_SPYWARE_ALL_SNCF|131585|17236737|t1|9 DB_SET_ALL_CONF_FLG|1024|0",
-     {L"[cmdhm_SetSpySNCfg][@][00020201][01070301]", L"[cmdhm_SetSpySNCfgAll][00020201][01070301]",
-      L"[cmdhm_SetSpySNCfgIni][00020201][01070301]"}},
-    {L"DB_SET_EXCLUDE_LIST|@|65536|t1|t2|t3 DB_SET_SN_FLG|@|65536|65536 DB_SET_CONF_FLAG|@|65536|0|0",
-     L"DB_SET_ALL_EXC_LIST|65536|t1|t2|t3 DB_SET_ALL_SN_FLG|65536|65536 DB_SET_ALL_CONF_FLG|65536|0",
-     {L"set snex :[@][00010000][00010000][t1][t2][t3][65536][9]",
-      L"set snex :[all][00010000][00010000][t1][t2][t3][65536][9]",
-      L"set snex :[ini][00010000][00010000][t1][t2][t3][65536][9]"}},
+// What CountingFields come to, by scan type.
+const struct tagType {
+    const wchar_t* name;
+    const wchar_t* tag;
+    uint32_t value;
+    const wchar_t* numbers;
+    uint32_t bit;
+    uint32_t exclusionBit;
+    uint32_t spywareValue;
+    uint32_t spywareMask;
+    const wchar_t* spywareList;
+} kTypes[] = {
+    {L"MS", L"ms", 0x40001, L"1|2|3", 0x1, 0x100, 0x20201, 0x1030301, L"|t1"},
+    {L"RT", L"rt", 0x1, L"1|2|3", 0x2, 0x4000, 0x5, 0x4000D, L""},
+    {L"PS", L"ps", 0x40001, L"1|2|3|4|5|6|7|8|9|10|11", 0x4, 0x8000, 0x20201, 0x1070301, L"|t1"},
+    {L"SN", L"sn", 0x40001, L"1|2|3", 0x400, 0x10000, 0x20201, 0x1070301, L"|t1"},
 };
 
-std::wstring WithUid(std::wstring text) {
-    for (std::size_t at; (at = text.find(L'@')) != text.npos;) {
-        text.replace(at, 1, kUid);
+std::vector<std::wstring> ExpectedRequests(const ScanGroup& group, bool all) {
+    const tagType& type = kTypes[static_cast<int>(group.type)];
+    const wchar_t* const every = all ? L"ALL_" : L"";
+    const std::wstring who = all ? L"" : std::wstring(L"|") + kUid;
+    uint32_t bit = type.bit;
+    std::vector<std::wstring> lines;
+    if (group.kind == ScanGroupKind::Main) {
+        lines = {FormatWide(L"DB_SET_%s%sCF%s|%u|4294901757|%s|t1|t2|t4|9", every, type.name, who.c_str(), type.value,
+                            type.numbers)};
+    } else if (group.kind == ScanGroupKind::Spyware) {
+        lines = {FormatWide(L"DB_SET_SPYWARE_%s%sCF%s|%u|%u%s|9", every, type.name, who.c_str(), type.spywareValue,
+                            type.spywareMask, type.spywareList)};
+    } else {
+        bit = type.exclusionBit;
+        lines = {FormatWide(L"DB_SET_%s%s|%u|t1|t2|t3", all ? L"ALL_EXC_LIST" : L"EXCLUDE_LIST", who.c_str(), bit),
+                 FormatWide(L"DB_SET_%s%s_FLG%s|65536|65536", every, type.name, who.c_str())};
     }
-    return text;
+    lines.push_back(all ? FormatWide(L"DB_SET_ALL_CONF_FLG|%u|0", bit)
+                        : FormatWide(L"DB_SET_CONF_FLAG|%s|%u|0|0", kUid, bit));
+    return lines;
+}
+
+enum Level { kOne, kAll, kIni };
+
+std::vector<std::wstring> ExpectedLines(const ScanGroup& group, Level level) {
+    const tagType& type = kTypes[static_cast<int>(group.type)];
+    const bool realTime = group.type == ScanType::RT;
+    if (group.kind == ScanGroupKind::Main) {
+        const wchar_t* const whos[] = {kUid, L"All", L"ini"};
+        std::wstring numbers = type.numbers + std::wstring(group.type == ScanType::PS ? L"|2" : L"");
+        for (std::size_t at; (at = numbers.find(L'|')) != numbers.npos;) {
+            numbers.replace(at, 1, L"][");
+        }
+        const bool both = level == kIni || (level == kAll && realTime);
+        return {FormatWide(L"set %s:[%s][%08x][fffefffd][%s][t1][t2]%s[t4]", type.tag, whos[level], type.value,
+                           numbers.c_str(), both ? L"[t3]" : L"")};
+    }
+    if (group.kind == ScanGroupKind::Exclusion) {
+        const wchar_t* const whos[] = {kUid, L"all", L"ini"};
+        const std::wstring tail = level == kIni && realTime ? L"" : FormatWide(L"[%u][9]", type.exclusionBit);
+        return {FormatWide(L"set %sex :[%s][00010000][00010000][t1][t2][t3]%s", type.tag, whos[level], tail.c_str())};
+    }
+    const std::wstring whos[] = {std::wstring(L"][") + kUid, L"All", L"Ini"};
+    std::vector<std::wstring> lines{FormatWide(L"[cmdhm_SetSpy%sCfg%s][%08x][%08x]", type.name, whos[level].c_str(),
+                                               type.spywareValue, type.spywareMask)};
+    if (!realTime) {
+        lines.push_back(FormatWide(L"[cmdhm_SetSpy%sCfg][Exclusion - file extension list:t1]", type.name));
+    }
+    return lines;
 }
 
 // Of the lines that the setters write; the transport's own are left out.
@@ -134,32 +126,23 @@ std::vector<std::wstring> SetterLines() {
     return lines;
 }
 
-std::vector<std::wstring> ExpectedLines(std::size_t group, int level) {
-    std::vector<std::wstring> lines{WithUid(kLevels[group].logs[level])};
-    if (kScanGroups[group].kind == wrb::ScanGroupKind::Spyware && kScanGroups[group].type != wrb::ScanType::RT) {
-        lines.push_back(L"[cmdhm_Set" + std::wstring(kScanGroups[group].name) +
-                        L"][Exclusion - file extension list:t1]");
-    }
-    return lines;
-}
-
 TEST(ScanCfgUpdate, EachLevelHasItsRequestsAndItsLogLine) {
     const CScanIni ini(L"[x]\n");
-    for (std::size_t i = 0; i < kScanGroups.size(); ++i) {
-        SCOPED_TRACE(i);
-        const std::wstring fields = CountingFields(kScanGroups[i]);
+    for (const ScanGroup& group : kScanGroups) {
+        SCOPED_TRACE(group.name.data());
+        const std::wstring fields = CountingFields(group);
         for (const bool all : {false, true}) {
             const CFakeDbService db;
             TakeCapturedLog();
             // With a uid the other level is not written, whatever its flag says.
-            EXPECT_TRUE(Set(kScanGroups[i], fields, all ? L"" : kUid, true, false));
-            const auto expected = Words(WithUid(all ? kLevels[i].allRequests : kLevels[i].requests).c_str());
+            EXPECT_TRUE(Set(group, fields, all ? L"" : kUid, true, false));
+            const auto expected = ExpectedRequests(group, all);
             EXPECT_EQ(RequestLines(db, expected.size()), expected);
-            EXPECT_EQ(SetterLines(), ExpectedLines(i, all ? 1 : 0));
+            EXPECT_EQ(SetterLines(), ExpectedLines(group, all ? kAll : kOne));
         }
-        EXPECT_TRUE(Set(kScanGroups[i], fields, nullptr, false, true));
-        EXPECT_EQ(SetterLines(), ExpectedLines(i, 2));
-        EXPECT_FALSE(Set(kScanGroups[i], fields, nullptr, false, false)) << "no level";
+        EXPECT_TRUE(Set(group, fields, nullptr, false, true));
+        EXPECT_EQ(SetterLines(), ExpectedLines(group, kIni));
+        EXPECT_FALSE(Set(group, fields, nullptr, false, false)) << "no level";
     }
 }
 
@@ -196,7 +179,7 @@ TEST(ScanCfgUpdate, WhatAFieldCountsAs) {
         const CFakeDbService db;
         EXPECT_TRUE(Set(group, fields, kUid, false, false));
         const std::wstring line = RequestLines(db, 2)[0];
-        const std::wstring start = WithUid(L"|@|") + row.request;
+        const std::wstring start = std::wstring(L"|") + kUid + L"|" + row.request;
         EXPECT_EQ(line.substr(line.find(L'|'), start.size()), start) << row.key << L" " << row.field;
     }
 }
@@ -232,8 +215,8 @@ TEST(ScanCfgUpdate, TheIniHoldsWhatWasSet) {
 }
 
 TEST(ScanCfgUpdate, ALevelThatFails) {
-    const ScanGroup& realTime = wrb::FindScanGroup(wrb::ScanType::RT, wrb::ScanGroupKind::Main);
-    const ScanGroup& exclusion = wrb::FindScanGroup(wrb::ScanType::RT, wrb::ScanGroupKind::Exclusion);
+    const ScanGroup& realTime = wrb::FindScanGroup(ScanType::RT, ScanGroupKind::Main);
+    const ScanGroup& exclusion = wrb::FindScanGroup(ScanType::RT, ScanGroupKind::Exclusion);
     const CScanIni ini(L"[x]\n");
     TakeCapturedLog();
     EXPECT_TRUE(Set(realTime, L"1", L"", false, true)) << "without the central-management agent";
