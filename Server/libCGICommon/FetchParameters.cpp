@@ -49,7 +49,7 @@ CgiStatus CGetParameterImp::FetchPost() {
         const CgiStatus status = FetchMultipart(*contentType);
         if (status != kCgiFetched) {
             Reset();
-            DropUploads();
+            DeleteUploadFiles();
             WRB_LOG('E', L"%s - the request is refused with status [%d].", kMultipartReader, static_cast<int>(status));
         }
         return status;
@@ -85,7 +85,7 @@ void CGetParameterImp::AddTokens(char* text, std::size_t size, bool mayHaveBinar
     }
 } catch (const std::bad_alloc&) {
     Reset();
-    DropUploads();
+    DeleteUploadFiles();
     WRB_LOG('D', L"%s - malloc failed.", kFormReader);
 }
 
@@ -153,11 +153,4 @@ bool CGetParameterImp::StoreFile(std::wstring_view name, std::string_view fileNa
     Add(std::wstring(name), std::move(path));
     Add(std::wstring(name) + L".filename", wrb::LastComponent(wrb::Utf8ToWide(fileName)));
     return true;
-}
-
-void CGetParameterImp::DropUploads() {
-    for (const std::wstring& path : m_uploads) {
-        wrb::DeleteUpload(path, kMultipartReader);
-    }
-    m_uploads.clear();
 }

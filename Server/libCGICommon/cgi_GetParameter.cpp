@@ -88,3 +88,9 @@ bool CGetParameter::DeleteUnwantedUploadFile(const wchar_t* name) {
         return false;
     }
 }
+
+void CGetParameter::DeleteUploadFiles() {
+    if (s_pImp != nullptr) {
+        s_pImp->DeleteUploadFiles();
+    }
+}

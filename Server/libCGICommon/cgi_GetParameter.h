@@ -76,6 +76,9 @@ class WRB_CGI_API CGetParameter {
     // path. Whatever is not the name of an upload in the folder of uploads is refused. True when it was deleted.
     bool DeleteUnwantedUploadFile(const wchar_t* name);
 
+    // Deletes every file that this request has stored and that is still there: for a program that is done with them.
+    void DeleteUploadFiles();
+
   private:
     static CGetParameterImp* s_pImp;
 };

@@ -80,3 +80,12 @@ bool CGetParameterImp::DeleteUnwantedUploadFile(const wchar_t* name) const {
     WRB_LOG('D', L"%s - Delete file full path: %s", kFunction, path.c_str());
     return wrb::DeleteUpload(path, kFunction);
 }
+
+void CGetParameterImp::DeleteUploadFiles() noexcept {
+    for (const std::wstring& path : m_uploads) {
+        if (GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) {  // moved or deleted one by one
+            wrb::DeleteUpload(path, L"CGetParameterImp::DeleteUploadFiles");
+        }
+    }
+    m_uploads.clear();
+}

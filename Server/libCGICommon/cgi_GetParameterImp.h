@@ -31,6 +31,7 @@ class CGetParameterImp {
     void Reset() noexcept;
     const char* Dump();
     bool DeleteUnwantedUploadFile(const wchar_t* name) const;
+    void DeleteUploadFiles() noexcept;
 
   private:
     CgiStatus FetchParameters();
@@ -42,7 +43,6 @@ class CGetParameterImp {
     void AddTokens(char* text, std::size_t size, bool mayHaveBinaryBlock);
     void AddBinaryBlock(std::string_view data);
     void Add(std::wstring name, std::wstring value);
-    void DropUploads();
 
     wrb::IGateway& m_gateway;
     wrb::CPostSizeLimit m_postSizeLimit;
