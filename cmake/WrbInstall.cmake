@@ -1,4 +1,4 @@
-# cmake --install: the public header, the import library, the DLLs, the programs, and a package config, so that
+# cmake --install: the public headers, the import library, the DLLs, the programs, and a package config, so that
 #
 #   find_package(Warrenby CONFIG REQUIRED)
 #   target_link_libraries(my_service PRIVATE Warrenby::CmdHndlrClient)
@@ -14,12 +14,14 @@ install(TARGETS libCmdHndlrClient EXPORT WarrenbyTargets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(FILES Server/MasterService/CmdHndlr/libCmdHndlrClient/cmdhl.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES Server/MasterService/CmdHndlr/libCmdHndlrClient/cmdhl.h Server/libCGICommon/cgi_Helpers.h
+              Server/libCGICommon/cgi_GetParameter.h Server/libCGICommon/cgi_PutStream.h
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 # Loaded by the library; nobody links against them.
 install(TARGETS libPerfMonMgr WrbPfwCommon RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} ARCHIVE EXCLUDE_FROM_ALL
         DESTINATION ${CMAKE_INSTALL_LIBDIR})
 if(WRB_BUILD_TOOLS)
-  install(TARGETS wrbhost wrbback wrbctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(TARGETS wrbhost wrbback wrbctl cgiServerStatus RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 
 install(EXPORT WarrenbyTargets NAMESPACE Warrenby:: DESTINATION ${wrb_package_dir})

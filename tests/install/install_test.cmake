@@ -14,7 +14,7 @@ endfunction()
 
 run(${CMAKE_COMMAND} --install ${build} --prefix ${prefix})
 
-# Four exports, undecorated, and nothing needed that a bare system with our own DLLs lacks.
+# Four entry points, undecorated, the gateway classes, and nothing needed that a bare system with our own DLLs lacks.
 set(dll ${prefix}/bin/libCmdHndlrClient.dll)
 run(${objdump} -p ${dll})
 string(REGEX MATCH "Name Pointer\\] Table[^\n]*\n(\t?\\[[^\n]*\n)+" names "${output}")
@@ -22,6 +22,9 @@ string(REGEX MATCHALL "[^ \n]+\n" exports "${names}")
 list(POP_FRONT exports)  # the heading
 list(TRANSFORM exports STRIP)
 list(SORT exports)
+# Decorated: members of the two classes and of what they stand on, the helpers and the manipulators.
+list(FILTER exports EXCLUDE REGEX
+     "^_ZN?K?(13CGetParameter|10CPutStream|21OutputStreamConverter|14cgi_GetHomeDir|15cgi_UnEscapeUrl|4endl|5flush)")
 set(expected cmdhl_Finalize cmdhl_Initialize cmdhl_Process cmdhl_ReloadDebugSetting)
 if(NOT exports STREQUAL expected)
   message(FATAL_ERROR "the DLL exports: ${exports}")
@@ -29,7 +32,7 @@ endif()
 string(REGEX MATCHALL "DLL Name: [^\n]*" imports "${output}")
 list(TRANSFORM imports REPLACE "DLL Name: " "")
 set(own libPerfWrbyPerfMonMgr.dll)
-set(system KERNEL32.dll ADVAPI32.dll msvcrt.dll ole32.dll SHELL32.dll USER32.dll)
+set(system KERNEL32.dll ADVAPI32.dll bcrypt.dll CRYPT32.dll WS2_32.dll msvcrt.dll ole32.dll SHELL32.dll USER32.dll)
 foreach(import IN LISTS imports)
   if(NOT import IN_LIST own AND NOT import IN_LIST system)
     message(FATAL_ERROR "the DLL needs ${import}, which a plain system lacks")
@@ -48,3 +51,4 @@ endforeach()
 foreach(program wrbhost wrbback wrbctl)
   run(${emulator} ${prefix}/bin/${program}.exe --help)
 endforeach()
+run(${emulator} ${prefix}/bin/cgiServerStatus.exe)

@@ -1,0 +1,23 @@
+#include "RequestOrigin.h"
+
+#include <windows.h>
+
+namespace wrb {
+
+std::wstring GatewayVariable(const wchar_t* name) {
+    std::wstring value(GetEnvironmentVariableW(name, nullptr, 0), L'\0');  // with the terminator, or 0
+    value.resize(GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size())));
+    return value;
+}
+
+bool ComesFromThisSite() {
+    const std::wstring site = GatewayVariable(L"HTTP_SEC_FETCH_SITE");
+    if (!site.empty()) {
+        return site == L"same-origin" || site == L"none";
+    }
+    const std::wstring origin = GatewayVariable(L"HTTP_ORIGIN");
+    const std::wstring host = GatewayVariable(L"HTTP_HOST");
+    return origin.empty() || origin == L"https://" + host || origin == L"http://" + host;
+}
+
+}  // namespace wrb

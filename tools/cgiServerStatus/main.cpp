@@ -1,0 +1,133 @@
+// cgiServerStatus: the status page of the server, a gateway program of the web console.
+#include <algorithm>
+#include <exception>
+#include <string>
+
+#include "DebugLog.h"
+#include "ProfileAccess.h"
+#include "RequestOrigin.h"
+#include "ScanDefaults.h"
+#include "StatusPage.h"
+#include "Text.h"
+#include "cgi_GetParameter.h"
+#include "cgi_PutStream.h"
+#include "cmdhl.h"
+
+namespace wrb {
+namespace {
+
+void BindIniCaches() {
+    wchar_t home[260];
+    cgi_GetHomeDir(home, static_cast<uint32_t>(std::size(home)));
+    ScanIniCache().init((std::wstring(home) + L"wrbscan.ini").c_str(), 0);
+    ServerIniCache().init((std::wstring(home) + L"Private\\wrbserver.ini").c_str(), 0);
+}
+
+std::wstring Listed(const std::vector<std::wstring>& keys) {
+    std::wstring text;
+    for (const std::wstring& key : keys) {
+        text += (text.empty() ? L"" : L", ") + key;
+    }
+    return text;
+}
+
+tagOutcome Told(const tagStoreResult& result) {
+    if (!result.refused.empty()) {
+        return {"400 Bad Request", L"Nothing stored. Not a value of: " + Listed(result.refused)};
+    }
+    if (result.failed) {
+        return {"500 Internal Server Error", L"wrbscan.ini could not be written."};
+    }
+    return {"200 OK", result.changed.empty() ? L"Nothing to change." : L"Stored: " + Listed(result.changed)};
+}
+
+constexpr wchar_t kIncomplete[] = L"The form is incomplete, or longer than allowed.";
+
+// The form's last field tells that no value before it was cut.
+tagOutcome StoreForm(const CGetParameter& request) {
+    if (request.Get(L"complete", 0) != 1) {
+        return {"400 Bad Request", kIncomplete};
+    }
+    return Told(
+        StoreDefaults(ScanIniCache(), [&](const wchar_t* key) { return request.GetValueByName(key, nullptr); }));
+}
+
+// The file is an INI file with the form's section. A key that it lacks, and one with the default below, is not given.
+tagOutcome StoreFile(const CGetParameter& request) {
+    constexpr char kAbsent[] = "\x7F";
+    const std::string path = WideToAnsi(request.GetUploadFile(L"defaults"));
+    if (path.empty()) {
+        return {"400 Bad Request", L"No file came along."};
+    }
+    const std::string section = WideToAnsi(FormGroup().section);
+    std::wstring text;
+    bool found = false;
+    const tagStoreResult result = StoreDefaults(ScanIniCache(), [&](const wchar_t* key) -> const wchar_t* {
+        const std::string value =
+            SystemProfile().ReadString(section.c_str(), WideToAnsi(key).c_str(), kAbsent, path.c_str());
+        text = AnsiToWide(value);
+        found = found || value != kAbsent;
+        return value != kAbsent ? text.c_str() : nullptr;
+    });
+    return found ? Told(result)
+                 : tagOutcome{"400 Bad Request",
+                              L"The file has no setting in its section [" + std::wstring(FormGroup().section) + L"]."};
+}
+
+tagOutcome Refusal(int code) {
+    const struct {
+        int code;
+        const char* status;
+        const wchar_t* message;
+    } refusals[] = {
+        {kCgiBadMethod, "405 Method Not Allowed", L"The page takes GET and POST."},
+        {kCgiBadContentType, "415 Unsupported Media Type", L"The page takes forms."},
+        {kCgiMultipartNoLength, "411 Length Required", L"The request has no length."},
+        {kCgiMultipartTooLong, "413 Content Too Large", L"The request is too long."},
+        {kCgiMultipartNoMemory, "500 Internal Server Error", L"Out of memory."},
+        {kCgiMultipartFileNotStored, "500 Internal Server Error", L"The file could not be stored."},
+        {kCgiNoImplementation, "500 Internal Server Error", L"Out of memory."},
+    };
+    const auto* const found = std::ranges::find(refusals, code, [](const auto& row) { return row.code; });
+    return found != std::end(refusals) ? tagOutcome{found->status, found->message}
+                                       : tagOutcome{"400 Bad Request", L"The upload is broken."};
+}
+
+tagOutcome Serve(const CGetParameter& request) {
+    const int code = request.GetInitializationResult();
+    if (code != kCgiFetched) {
+        return Refusal(code);
+    }
+    if (GatewayVariable(L"REQUEST_METHOD") != L"POST") {
+        return {};
+    }
+    if (!ComesFromThisSite()) {
+        return {"403 Forbidden", L"The form was sent by another site."};
+    }
+    const std::wstring action = request.Get(L"action");
+    if (action == L"store") {
+        return StoreForm(request);
+    }
+    return action == L"upload" ? StoreFile(request) : tagOutcome{"400 Bad Request", kIncomplete};
+}
+
+}  // namespace
+}  // namespace wrb
+
+int main() try {
+    cmdhl_ReloadDebugSetting(L"", L"");  // the library's lines, as well as our own
+    DebugLogSetup(L"", L"", "CGISTATUS", true);
+    wrb::BindIniCaches();
+    CGetParameter request;
+    const wrb::tagOutcome outcome = wrb::Serve(request);
+    request.DeleteUploadFiles();
+    if (!outcome.message.empty()) {
+        WRB_LOG('I', L"%s - %S: %s", L"cgiServerStatus", outcome.status, outcome.message.c_str());
+    }
+    CPutStream out(false);
+    wrb::PutStatusPage(out, outcome, ScanIniCache(), ServerIniCache());
+    return 0;
+} catch (const std::exception& error) {
+    WRB_LOG('E', L"%s - %S", L"cgiServerStatus", error.what());
+    return 1;
+}
