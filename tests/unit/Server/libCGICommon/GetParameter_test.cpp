@@ -7,6 +7,20 @@
 #include "RequestBody.h"
 #include "UnEscapeUrl.h"
 
+#include <cstdlib>
+#include <new>
+
+namespace {
+bool g_memoryLacks = false;  // for the allocations that yield null
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return g_memoryLacks ? nullptr : std::malloc(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return g_memoryLacks ? nullptr : std::malloc(size);
+}
+
 namespace {
 
 using wrb::test::CFakeGateway;
@@ -164,7 +178,7 @@ TEST(GetParameter, KeepsRawDataBehindAFormInAFile) {
         bool allowed;
         std::optional<std::string> data;  // nothing: no file
     } cases[] = {
-        {"a=1&BinaryDataBlock=\0x+y&\0z"s, true, "x+y&\0z"s},  {"a=1&BinaryDataBlock=\0x"s, false, std::nullopt},
+        {"a=1&BinaryDataBlock=\0x+y&\0z"s, true, "x+y&\0z"s}, {"a=1&BinaryDataBlock=\0x"s, false, std::nullopt},
         {"a=1&BinaryDataBlock=\0"s, true, std::nullopt},      {"a=1&BinaryDataBlock="s, true, std::nullopt},
         {"a=1&BinaryDataBlock=&\0x"s, true, "\0x"s},          {"a=1&BinaryDataBlock=q\0x"s, true, std::nullopt},
         {"a=1&BinaryDataBlock=&b=2\0x"s, true, std::nullopt},
@@ -215,8 +229,31 @@ TEST(GetParameter, DeletesUploadsAndNothingElse) {
     EXPECT_TRUE(std::filesystem::exists(gateway.Home() / bare));
 }
 
+TEST(GetParameter, HasNoParametersWithoutMemoryForTheBody) {
+    for (const auto& [type, status] :
+         {std::pair{kForm, kCgiFetched}, std::pair{"multipart/form-data; boundary=b", kCgiMultipartNoMemory}}) {
+        CFakeGateway gateway;
+        gateway.Post(type, "a=1");
+        g_memoryLacks = true;
+        CGetParameterImp request(false, false, gateway);
+        g_memoryLacks = false;
+        EXPECT_EQ(request.GetInitializationResult(), status);
+        EXPECT_EQ(Parameters(request), L"");
+    }
+    EXPECT_TRUE(Logged(TakeCapturedLog(), 'D', std::wstring(kReader) + L" - malloc failed."));
+}
+
 // The front, on this process: it has no request, so the status is the one of a missing method.
 TEST(GetParameter, EveryObjectIsAViewOfOneRequest) {
+    g_memoryLacks = true;
+    CGetParameter none;
+    EXPECT_EQ(none.GetInitializationResult(), kCgiNoImplementation);
+    EXPECT_EQ(none.Get(L"a", 5), 5);
+    EXPECT_STREQ(none.GetValueByName(L"a", L"d"), L"d");
+    EXPECT_STREQ(none.Dump(), "");
+    EXPECT_NE(none.AddParameter(L"a", L"1"), 0);
+    EXPECT_FALSE(none.DeleteUnwantedUploadFile(L"a"));
+    g_memoryLacks = false;
     CGetParameter first;
     CGetParameter request(true, true);
     EXPECT_EQ(request.GetInitializationResult(), kCgiBadMethod);
