@@ -3,7 +3,9 @@
 #include <windows.h>
 
 #include <cstring>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <stdexcept>
 #include <string_view>
 
@@ -28,6 +30,14 @@ std::unique_ptr<CPipeListener> Listen(const wchar_t* name, CPipeListener::Handle
         throw std::runtime_error("a pipe of the benchmark is taken: is a service running?");
     }
     return listener;
+}
+
+std::mutex g_lastLock;
+std::map<std::wstring, std::string> g_last;
+
+void Keep(const wchar_t* name, const std::string& message) {
+    const std::lock_guard guard(g_lastLock);
+    g_last[name] = message;
 }
 
 std::string_view Bytes(std::wstring_view text) {
@@ -66,6 +76,16 @@ void NeedSink() {
 
 void NeedDatabase() {
     static const auto database = Listen(kDbPipe, Answer);
+}
+
+void NeedFirewallServices() {
+    static const auto agent = Listen(kAgentPipe, [](const std::string& message) { Keep(kAgentPipe, message); });
+    static const auto pool = Listen(kPoolPipe, [](const std::string& message) { Keep(kPoolPipe, message); });
+}
+
+std::string LastMessage(const std::wstring& name) {
+    const std::lock_guard guard(g_lastLock);
+    return g_last[name];
 }
 
 std::string DatabaseRequest(const std::wstring& text) {

@@ -13,6 +13,12 @@ inline constexpr wchar_t kDbPipe[] = L"DbServerNamePipe";
 void NeedSink();
 void NeedDatabase();
 
+// The two services that take firewall records, and the last message that reached the service of that name.
+inline constexpr wchar_t kAgentPipe[] = L"QMAgentServerNamePipe";
+inline constexpr wchar_t kPoolPipe[] = L"Global\\LogPoolCommandManager";
+void NeedFirewallServices();
+std::string LastMessage(const std::wstring& name);
+
 // A request as the product sends it: header frame and text, with NUL.
 std::string DatabaseRequest(const std::wstring& text);
 

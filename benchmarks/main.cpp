@@ -140,6 +140,7 @@ int main(int count, char** values) {
     wrb::bench::AddRecordBenchmarks();
     wrb::bench::AddRenderBenchmarks();
     wrb::bench::AddPipeBenchmarks();
+    wrb::bench::AddFirewallBenchmarks();
     wrb::bench::AddAlertBenchmarks();
     CRatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);

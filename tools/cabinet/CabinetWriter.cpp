@@ -30,8 +30,9 @@ constexpr USHORT kFirstDate = 0x0021;  // 1980-01-01: the same files make the sa
 struct tagWriting {
     const std::wstring& cabinet;
     const std::vector<tagCabinetSource>& sources;
-    std::vector<std::wstring> scratch;
+    std::vector<std::wstring> scratch = {};
     DWORD error = 0;  // of the first call that failed
+    ERF writer = {};  // what the writer itself finds wrong
 };
 
 INT_PTR Note(tagWriting& writing, DWORD error, INT_PTR result) {
@@ -154,12 +155,11 @@ bool AddAll(HFCI fci, const std::vector<tagCabinetSource>& sources) {
 }
 
 bool WriteAll(tagWriting& writing) {
-    ERF error = {};
     CCAB parameters = {};
     parameters.cb = parameters.cbFolderThresh = kLargestCabinet;
     std::memcpy(parameters.szCab, kCabinetName, sizeof kCabinetName);
-    const CFci fci(FCICreate(&error, OnPlaced, Allocate, Free, Open, Read, Write, Close, Seek, Delete, NewScratch,
-                             &parameters, &writing));
+    const CFci fci(FCICreate(&writing.writer, OnPlaced, Allocate, Free, Open, Read, Write, Close, Seek, Delete,
+                             NewScratch, &parameters, &writing));
     return fci && AddAll(fci.get(), writing.sources) && FCIFlushCabinet(fci.get(), FALSE, RefuseNext, OnStatus);
 }
 
@@ -171,16 +171,18 @@ void WriteCabinet(const std::wstring& path, const std::vector<tagCabinetSource>&
         throw std::runtime_error("the name of an entry is too long");
     }
     const std::wstring unfinished = path + L".new";
-    tagWriting writing{unfinished, sources, {}};
+    tagWriting writing{unfinished, sources};
     const bool isWritten = WriteAll(writing);
     // The writer deletes them itself unless it fails.
     for (const std::wstring& scratch : writing.scratch) {
         DeleteFileW(scratch.c_str());
     }
     if (!isWritten || !MoveFileExW(unfinished.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING)) {
-        Note(writing, GetLastError(), kFailed);
+        Note(writing, isWritten ? GetLastError() : 0, kFailed);
         DeleteFileW(unfinished.c_str());
-        throw std::runtime_error("the cabinet cannot be written (system error " + std::to_string(writing.error) + ")");
+        throw std::runtime_error("the cabinet cannot be written (cabinet error " +
+                                 std::to_string(writing.writer.erfOper) + ", system error " +
+                                 std::to_string(writing.error) + ")");
     }
 }
 

@@ -1,0 +1,213 @@
+// The firewall-log commands through the entry point, over real pipes and the real package library.
+#include <windows.h>
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "Ask.h"
+#include "CabinetBuilder.h"
+#include "CabinetWriter.h"
+#include "CapturedLog.h"
+#include "FakeDbService.h"
+#include "FirewallAlert.h"
+#include "INICache.h"
+#include "PfwLogSample.h"
+#include "TempFolder.h"
+#include "WrbPfwCommon.h"
+#include "cmdhl_LogTicket.h"
+#include "cmdhl_Others.h"
+
+namespace {
+
+using wrb::test::CFakePipeService;
+
+class FirewallUpload : public testing::Test {
+  protected:
+    void SetUp() override {
+        cmdhl_Initialize(L"", L"", nullptr);
+        wrb::test::WriteAll(m_ini / L"scan.ini", "[Global Setting]\r\nEnablePFWLogUploadingTicket=1\r\n");
+        wrb::test::WriteAll(m_ini / L"server.ini",
+                            "[LOG_TICKET_SECTION]\r\nNumberOfConcurrentLogUploadingClient=1\r\n"
+                            "NumberOfMaxConcurrentLogUploadingClient=1\r\n"
+                            "[INI_SERVER_SECTION]\r\nCFWLogQueryCondition=type=1;days=7\r\n");
+        ScanIniCache().init((m_ini / L"scan.ini").c_str(), 3600);
+        ServerIniCache().init((m_ini / L"server.ini").c_str(), 3600);
+        TakeCapturedLog();
+    }
+    void TearDown() override { cmdhl_Finalize(); }
+
+    static int32_t AskForPlace(const std::wstring& uid) {
+        int32_t seconds = -1;
+        EXPECT_TRUE(cmdhl_RequestToUploadPFWLog(uid, seconds));
+        return seconds;
+    }
+
+    // Uploads the file "package" of the folder for "uid", and returns the answer.
+    std::wstring Upload(const std::wstring& logType, std::wstring replyPipe = wrb::test::UniqueName(L"reply")) {
+        const CFakePipeService reply(replyPipe);
+        CCmdProtocol message;
+        message << L"CMDHL_PFW_SET_LOG" << replyPipe << L"uid" << (m_folder / L"package").wstring()
+                << (m_folder / L"dir-").wstring() << logType;
+        EXPECT_EQ(cmdhl_Process(message.Text().data(), message.Text().size() * sizeof(wchar_t)), 1u);
+        const auto messages = reply.WaitFor(1);
+        return messages.empty() ? L"no answer" : messages[0].Text();
+    }
+
+    void WritePackage(const Bytes& bytes) {
+        wrb::test::WriteAll(m_folder / L"package", std::string(bytes.begin(), bytes.end()));
+    }
+
+    bool IsFolderEmpty() { return std::filesystem::is_empty(m_folder.Path()); }
+
+    wrb::test::CTempFolder m_ini;
+    wrb::test::CTempFolder m_folder;
+    CFakePipeService m_agent{L"QMAgentServerNamePipe"};
+    CFakePipeService m_pool{L"Global\\LogPoolCommandManager"};
+};
+
+Bytes LogFile(std::size_t records) {
+    Bytes bytes;
+    for (const std::string record = wrb::test::BytesOf(wrb::test::SampleRecord<SWRB_PFW_LOG_ITEM>()); records > 0;
+         --records) {
+        bytes.insert(bytes.end(), record.begin(), record.end());
+    }
+    return bytes;
+}
+
+// The size that the cabinet promises for an entry stands 16 bytes before its name.
+Bytes WithPromise(Bytes cabinet, const std::string& name, uint32_t size) {
+    const auto at = std::search(cabinet.begin(), cabinet.end(), name.begin(), name.end()) - 16;
+    std::memcpy(&*at, &size, sizeof size);
+    return cabinet;
+}
+
+TEST_F(FirewallUpload, LeavesNothingBehindWhateverThePackageIs) {
+    const Bytes good = BuildCabinet({{"a.log", LogFile(2)}, {"sub\\deep\\b.log", LogFile(1)}, {"empty", {}}});
+    const struct {
+        const char* what;
+        Bytes package;
+        const wchar_t* logType;
+        const wchar_t* answer;
+        std::size_t records;
+        const wchar_t* line;
+    } cases[] = {
+        {"good", good, L"1", L"1", 3, L"processCFWLogFile:final log version(0)"},
+        {"other type", good, L"2", L"1", 0, L"cmdhl_SetCFWLog: unknown log type"},
+        {"no type", good, L"", L"1", 0, L"cmdhl_SetCFWLog: unknown log type"},
+        {"empty file", {}, L"1", L"0", 0, L"cmdhl_SetCFWLog: fpkExtract fail"},
+        {"not a cabinet", Noise(5000), L"1", L"0", 0, L"cmdhl_SetCFWLog: fpkExtract fail"},
+        {"cut", Bytes(good.begin(), good.end() - 1), L"1", L"0", 0, L"cmdhl_SetCFWLog: fpkExtract fail"},
+        {"climbs", BuildCabinet({{"a", LogFile(1)}, {"..\\x", LogFile(1)}}), L"1", L"0", 0,
+         L"cmdhl_SetCFWLog: fpkExtract fail"},
+        {"a gigabyte", WithPromise(BuildCabinet({{"large", LogFile(1)}}), "large", 1u << 30), L"1", L"0", 0,
+         L"cmdhl_SetCFWLog: fpkExtract fail"},
+    };
+    std::size_t records = 0;
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.what);
+        WritePackage(row.package);
+        EXPECT_EQ(AskForPlace(L"uid"), 0);
+        EXPECT_GT(AskForPlace(L"other"), 0) << "the only place is taken";
+        TakeCapturedLog();
+        EXPECT_EQ(Upload(row.logType), row.answer);
+        EXPECT_TRUE(IsFolderEmpty());
+        records += row.records;
+        EXPECT_EQ(m_agent.WaitFor(records).size(), records);
+        EXPECT_EQ(m_pool.WaitFor(records).size(), records);
+        const auto lines = TakeCapturedLog();
+        const auto hasText = [&row](const tagCapturedLine& line) { return line.text == row.line; };
+        EXPECT_TRUE(std::ranges::any_of(lines, hasText));
+        EXPECT_EQ(AskForPlace(L"other"), 0) << "and free again";
+        cmdhl_RemoveClientFromLogUploadingList(L"other");
+    }
+}
+
+TEST_F(FirewallUpload, MoreThanTenThousandEntriesAreRefused) {
+    wrb::test::WriteAll(m_ini / L"record", "x");
+    std::vector<wrb::tagCabinetSource> sources;
+    for (int i = 0; i < 10'001; ++i) {
+        sources.push_back({std::to_string(i), (m_ini / L"record").wstring()});
+    }
+    wrb::WriteCabinet((m_folder / L"package").wstring(), sources);
+    EXPECT_EQ(Upload(L"1"), L"0");
+    EXPECT_TRUE(IsFolderEmpty());
+}
+
+// The log lines of one upload, in their order.
+TEST_F(FirewallUpload, SaysWhatFails) {
+    const std::wstring pipe = wrb::test::UniqueName(L"reply");
+    const std::wstring package = (m_folder / L"package").wstring();
+    const std::wstring base = (m_folder / L"dir-").wstring();
+    const std::filesystem::path folder = base + pipe.substr(17);
+    std::filesystem::create_directory(folder);
+    wrb::test::WriteAll(folder / L"mine", "");
+    EXPECT_EQ(Upload(L"7", pipe), L"0");
+    EXPECT_TRUE(std::filesystem::exists(folder / L"mine"));
+    std::vector<tagCapturedLine> lines = TakeCapturedLog();
+    lines.resize(std::min<std::size_t>(lines.size(), 5));
+    EXPECT_EQ(lines, (std::vector<tagCapturedLine>{
+                         {8, L"cmdhl_SetCFWLog: UID=uid, FileName=" + package + L", Dir=" + base + L", nLogType=7"},
+                         {8, L"cmdhl_SetCFWLog: CreateDirectory(" + folder.wstring() + L") fail err=183"},
+                         {8, L"cmdhl_SetCFWLog: unknown log type"},
+                         {8, L"cmdhl_SetCFWLog: DeleteFile(" + package + L") fail err=2"},
+                         {8, L"cmdhl_SetCFWLog: RemoveDirectory(" + folder.wstring() + L") fail err=145"}}));
+}
+
+TEST_F(FirewallUpload, AShortReplyPipeEndsTheRequestWhereItStands) {
+    WritePackage(BuildCabinet({{"a.log", LogFile(1)}}));
+    EXPECT_EQ(AskForPlace(L"uid"), 0);
+    EXPECT_THROW(Upload(L"1", L"pipe567890123456"), std::out_of_range);
+    EXPECT_TRUE(std::filesystem::exists(m_folder / L"package"));
+    EXPECT_GT(AskForPlace(L"other"), 0);
+    cmdhl_RemoveClientFromLogUploadingList(L"uid");
+    cmdhl_RemoveClientFromLogUploadingList(L"other");
+}
+
+TEST_F(FirewallUpload, AnEntryIsDeletedWhateverBecomesOfIt) {
+    std::wstring uid = L"uid";
+    std::filesystem::create_directory(m_folder / L"sub");
+    wrb::test::WriteAll(m_folder / L"sub\\a.log", "x");
+    const std::string directory = std::filesystem::path(m_folder.Path()).string();
+    const auto fail = [](const std::wstring&, const wchar_t*) -> int32_t { throw std::runtime_error("no"); };
+    EXPECT_TRUE(cmdhl_ProcessExtractedLog("sub\\a.log", directory.c_str(), FPK_ENTRY_FOUND, &uid, fail));
+    EXPECT_FALSE(IsFolderEmpty());
+    EXPECT_TRUE(cmdhl_ProcessExtractedLog("sub\\a.log", directory.c_str(), FPK_ENTRY_WRITTEN, &uid, fail));
+    EXPECT_TRUE(IsFolderEmpty());
+    TakeCapturedLog();
+    EXPECT_TRUE(cmdhl_ProcessExtractedLog("a.log", directory.c_str(), FPK_ENTRY_WRITTEN, &uid, fail));
+    EXPECT_EQ(TakeCapturedLog(),
+              (std::vector<tagCapturedLine>{
+                  {'E', L"cmdhl_ProcessExtractedLog - no"},
+                  {8, L"cmdhl_SetNVLog: DeleteFile(" + (m_folder / L"a.log").wstring() + L") fail err=2"}}));
+}
+
+TEST_F(FirewallUpload, TheQueryConditionComesWithTheWaitingTime) {
+    EXPECT_EQ(Ask(L"CMDHL_PFW_GET_LOG_QUERY_CONDITION", L"first"), L"1\t0\ttype=1;days=7");
+    EXPECT_EQ(Ask(L"CMDHL_PFW_GET_LOG_QUERY_CONDITION", L"second"), L"1\t1\ttype=1;days=7");
+    cmdhl_RemoveClientFromLogUploadingList(L"first");
+    cmdhl_RemoveClientFromLogUploadingList(L"second");
+}
+
+TEST_F(FirewallUpload, CountsAreStoredAndAddedUpOnRequest) {
+    const wrb::test::CFakeDbService database;
+    const auto before = wrb::FirewallAlertTotals();
+    for (const std::wstring alert : {L"0", L"1", L""}) {
+        const std::wstring message =
+            L"CMDHL_PFW_UPDATE_CFW_COUNT\tuid\t-5\t1\t4294967295\t3\t4\t-1\t99999999999\t20240131235959\t" + alert;
+        EXPECT_EQ(cmdhl_Process(message.c_str(), 0xFFFFFFFF), 1u);
+    }
+    const auto totals = wrb::FirewallAlertTotals();
+    EXPECT_EQ(totals.logs, before.logs + 1);
+    EXPECT_EQ(totals.sums[0] - before.sums[0], 4294967295u);
+    EXPECT_EQ(totals.sums[1] - before.sums[1], 1u);
+    EXPECT_EQ(totals.sums[2] - before.sums[2], 3u);
+    const auto requests = database.WaitFor(3);
+    ASSERT_EQ(requests.size(), 3u);
+    std::vector<std::wstring> fields = requests[0].Fields();
+    ASSERT_EQ(fields.size(), 11u);
+    fields.pop_back();  // calendar seconds: they depend on the time zone
+    EXPECT_EQ(fields, (std::vector<std::wstring>{L"DB_SET_CFW_LOGCOUNT", L"-1", L"uid", L"-5", L"1", L"4294967295",
+                                                 L"3", L"4", L"4294967295", L"4294967295"}));
+}
+
+}  // namespace
