@@ -16,7 +16,7 @@ namespace {
 using wrb::CommandSlot;
 using wrb::DbPrivilegeBit;
 
-// The service numbers results apart from the rows of the table.
+// Results are numbered as the rows of the table are, but from here on; the log shows the number.
 constexpr uint32_t kFirstResultSlot = 10;
 
 using ScanSetter = bool (*)(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag);
