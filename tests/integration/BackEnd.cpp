@@ -22,7 +22,7 @@ constexpr char kFull[] = R"({"uid": "3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3", "com
     "URLFilterRatingLevel_InOffice": 6, "URLFilterRatingLevel_OutOffice": -1,
     "URLFilterAWSL_InOffice": ["http://\u00e4/", "b"], "URLFilterAWSL_OutOffice": ["c"],
     "URLFilterBlackList_InOffice": ["d"]}, "ncie": {"EnableCNP": true, "ActionForCNP": 1, "ActionForRR": 2,
-    "ActionForUserDefine": 3, "ActionForSBA": 4}, "sablex": {"EnableSablex": true, "EnableProcess": true,
+    "ActionForUserDefine": 3, "ActionForSBA": 4}, "sablex": {"EnableProcess": true,
     "ActionForFile": 1, "ActionForProcess": 2, "ExceptionItem": ["C:\\a.exe", "b"], "DS_ProcessName": ["p.exe"]},
     "aggrScan": {"EnableMitre": true, "AggreDetectFlag": 7, "AggreDetectFlagForIProduct": "0x80000000"},
     "restoreItems": [{"FASha1Hash": "h0", "FATaskId": "t0", "FAItemId": "i0", "FAFileDir": "C:\\d 0",

@@ -90,17 +90,13 @@ TEST(BundleContainers, TextOfEach) {
                L"URLFilterBlackListCount_OutOffice=1\n");
 
     tagNcieValues ncie;
-    ncie.flags = tagNcieValues::kEnableCNP;
+    ncie.flags = tagNcieValues::kEnableRR;
     ncie.actionForCNP = 1;
     ncie.actionForRR = 2;
     ncie.actionForUserDefine = 3;
     ncie.actionForSBA = 4;
     ExpectText(Make<CSettingContainerNCIESetting>(wrb::SettingRecord(ncie)),
-               L"[NCIE Settings]\nEnableRR=0\nEnableCNP=1\nEnableGC=0\nActionForCNP=1\nActionForRR=2\n"
-               L"ActionForUserDefine=3\nActionForSBA=4\n");
-    ncie.flags = tagNcieValues::kEnableRR | tagNcieValues::kEnableGC;
-    ExpectText(Make<CSettingContainerNCIESetting>(wrb::SettingRecord(ncie)),
-               L"[NCIE Settings]\nEnableRR=1\nEnableCNP=0\nEnableGC=1\nActionForCNP=1\nActionForRR=2\n"
+               L"[NCIE Settings]\nEnableRR=1\nEnableCNP=0\nEnableGC=0\nActionForCNP=1\nActionForRR=2\n"
                L"ActionForUserDefine=3\nActionForSBA=4\n");
 
     tagSampleSubmissionValues sample;
@@ -109,21 +105,14 @@ TEST(BundleContainers, TextOfEach) {
                L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=1\n");
 
     tagSablexValues sablex;
-    sablex.flags = tagSablexValues::kEnableSablex | tagSablexValues::kEnableProcess;
+    sablex.flags = tagSablexValues::kEnableSablex;
     sablex.actionForFile = 1;
     sablex.actionForProcess = 2;
     sablex.exceptions = L"C:\\a b.exe|D:\\";
     ExpectText(
         Make<CSettingContainerSablexSetting>(wrb::SettingRecord(sablex)),
-        L"[Sablex_Settings]\nEnableSablex=1\nEnableFile=0\nEnableProcess=1\nActionForFile=1\nActionForProcess=2\n"
+        L"[Sablex_Settings]\nEnableSablex=1\nEnableFile=0\nEnableProcess=0\nActionForFile=1\nActionForProcess=2\n"
         L"ExceptionCount=2\nExceptionItem000=C:\\a b.exe\nExceptionItem001=D:\\\nDS_ProcessCount=0\n");
-    sablex.flags = tagSablexValues::kEnableFile;
-    sablex.exceptions.clear();
-    sablex.processNames = L"x.exe";
-    ExpectText(
-        Make<CSettingContainerSablexSetting>(wrb::SettingRecord(sablex)),
-        L"[Sablex_Settings]\nEnableSablex=0\nEnableFile=1\nEnableProcess=0\nActionForFile=1\nActionForProcess=2\n"
-        L"ExceptionCount=0\nDS_ProcessCount=1\nDS_ProcessName000=x.exe\n");
 
     tagAggrScanValues aggr;
     aggr.cfg = 0xFFFFFFFF;

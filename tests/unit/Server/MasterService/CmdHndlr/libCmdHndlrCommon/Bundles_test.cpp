@@ -38,120 +38,132 @@ std::string Message(const wchar_t* command, const ISerializable& record) {
     return wrb::test::MessageBytes(command, {reinterpret_cast<const char*>(body.Data()), body.GetSize()});
 }
 
-// What goes out and what the log says, `UID` standing for the agent.
+using Lines = std::vector<std::wstring>;
+
+// `UID` stands for the agent in the lines, `%` for the getter's name.
 struct tagCase {
     Get get;
+    const wchar_t* name;
     const wchar_t* command;
     std::string answer;
-    const wchar_t* section;
-    std::vector<std::wstring> found;
-    std::vector<std::wstring> notFound;
+    const wchar_t* section;  // how it begins
+    Lines entry = {L"% - pszUid=UID"};
+    Lines found = {};
+    Lines notFound = {L"% - failed to send command to DB server"};
 };
 
 std::vector<tagCase> Cases() {
-    const auto plain = [](const std::wstring& name) { return std::vector<std::wstring>{name + L" - pszUid=UID"}; };
-    const auto failed = [](const std::wstring& name) {
-        return std::vector<std::wstring>{name + L" - pszUid=UID", name + L" - failed to send command to DB server"};
-    };
     tagClientAggrScanConfig aggr;
     aggr.cfg = 0x101;
     aggr.detectFlag = 2;
     aggr.detectFlagForIProduct = 0xFFFFFFFF;
     tagPolicyTrackingInfoList policies;
     policies.items.emplace_back(tagPolicyTrackingValues{L"p", L"t", L"o", L"7"});
-    const std::wstring restore = L"cmdhm_GetFARestoreSetting - ";
-    const std::wstring policy = L"cmdhm_GetQMAgentPolicyInfo - ";
-    const wchar_t* policySection =
+    const std::wstring policySection =
         L"[QM_AGENT_POLICY]\nPolicyCount=1\nQMAPolicy0_Name=p\nQMAPolicy0_LastUpdateTime=t\nQMAPolicy0_PolicyOwner=o\n"
         L"QMAPolicy0_PolicyTypeID=7\n";
+    constexpr const wchar_t* kWcs = L"DBV2_GET_CLIENT_WCS_CFG";
+    constexpr const wchar_t* kRestore = L"DBV2_GET_FA_RESTORE_ITEM";
+    constexpr const wchar_t* kNcie = L"DBV2_GET_CLIENT_NCIE_CFG";
+    constexpr const wchar_t* kPrivilege = L"DB_GET_PRIVILEGE";
+    constexpr const wchar_t* kSablex = L"DBV2_GET_SABLEX_CFG";
+    constexpr const wchar_t* kAggr = L"DBV2_GET_AGGR_SCAN_CFG";
+    constexpr const wchar_t* kPolicy = L"DBV2_GET_POLICY_TRACKING_INFO";
+    constexpr const wchar_t* kSample = L"cmdhm_GetSampleSubmissionSetting";
     return {
         {Wtp<true>,
-         L"DBV2_GET_CLIENT_WCS_CFG",
-         Message(L"DBV2_GET_CLIENT_WCS_CFG", tagClientWCSConfig()),
-         L"[Web Threat Protection]\nEnablePolicyIn=0\nEnablePolicyOut=0\nSecurityLevelIn=0\nSecurityLevelOut=0\n"
-         L"SendLogIn=0\nSendLogOut=0\nURLFilterCfgFlag_InOffice=0\nURLFilterCfgFlag_OutOffice=0\n"
-         L"URLFilterQueryMode_InOffice=0\nURLFilterRatingLevel_InOffice=0\nURLFilterRatingLevel_OutOffice=0\n"
-         L"URLFilterAWSLCount_InOffice=0\nURLFilterAWSLCount_OutOffice=0\nURLFilterBlackListCount_InOffice=0\n"
-         L"URLFilterBlackListCount_OutOffice=0\n",
-         {L"cmdhm_GetWtpSetting(pszUid=UID, bResetCfgFlag=1)"},
-         {L"cmdhm_GetWtpSetting(pszUid=UID, bResetCfgFlag=1)", L"failed to send command to DB server"}},
+         L"cmdhm_GetWtpSetting",
+         kWcs,
+         Message(kWcs, tagClientWCSConfig()),
+         L"[Web Threat Protection]\n",
+         {L"%(pszUid=UID, bResetCfgFlag=1)"},
+         {},
+         {L"failed to send command to DB server"}},
         {Restore<false>,
-         L"DBV2_GET_FA_RESTORE_ITEM",
-         Message(L"DBV2_GET_FA_RESTORE_ITEM", tagFARestoreItemList()),
+         L"cmdhm_GetFARestoreSetting",
+         kRestore,
+         Message(kRestore, tagFARestoreItemList()),
          L"[Centralized FA Restore]\nFACount=0\n",
-         {restore + L"cmdhm_GetFARestoreSetting(pszUid=UID, bResetCfgFlag=0)"},
-         {restore + L"cmdhm_GetFARestoreSetting(pszUid=UID, bResetCfgFlag=0)",
-          L"dbGetFARestoreItem - failed to send command to DB server", restore + L"dbGetFARestoreItem is failed"}},
-        {cmdhm_GetNCIESetting, L"DBV2_GET_CLIENT_NCIE_CFG", Message(L"DBV2_GET_CLIENT_NCIE_CFG", tagClientNCIECfg()),
-         L"[NCIE Settings]\nEnableRR=0\nEnableCNP=0\nEnableGC=0\nActionForCNP=0\nActionForRR=0\n"
-         L"ActionForUserDefine=0\nActionForSBA=0\n",
-         plain(L"cmdhm_GetNCIESetting"), failed(L"cmdhm_GetNCIESetting")},
+         {L"% - cmdhm_GetFARestoreSetting(pszUid=UID, bResetCfgFlag=0)"},
+         {},
+         {L"dbGetFARestoreItem - failed to send command to DB server", L"% - dbGetFARestoreItem is failed"}},
+        {cmdhm_GetNCIESetting, L"cmdhm_GetNCIESetting", kNcie, Message(kNcie, tagClientNCIECfg()),
+         L"[NCIE Settings]\n"},
         // Bit 4 of the second word, and all but it.
-        {cmdhm_GetSampleSubmissionSetting, L"DB_GET_PRIVILEGE", wrb::test::WideBytes(L"0\t16"),
-         L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=1\n", plain(L"cmdhm_GetSampleSubmissionSetting"),
-         failed(L"cmdhm_GetSampleSubmissionSetting")},
-        {cmdhm_GetSampleSubmissionSetting, L"DB_GET_PRIVILEGE", wrb::test::WideBytes(L"-1\t-17"),
-         L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=0\n", plain(L"cmdhm_GetSampleSubmissionSetting"),
-         failed(L"cmdhm_GetSampleSubmissionSetting")},
-        {cmdhm_GetSablexSetting, L"DBV2_GET_SABLEX_CFG", Message(L"DBV2_GET_SABLEX_CFG", tagClientSablexConfig()),
-         L"[Sablex_Settings]\nEnableSablex=0\nEnableFile=0\nEnableProcess=0\nActionForFile=0\nActionForProcess=0\n"
-         L"ExceptionCount=0\nDS_ProcessCount=0\n",
-         plain(L"cmdhm_GetSablexSetting"), failed(L"cmdhm_GetSablexSetting")},
+        {cmdhm_GetSampleSubmissionSetting, kSample, kPrivilege, wrb::test::WideBytes(L"0\t16"),
+         L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=1\n"},
+        {cmdhm_GetSampleSubmissionSetting, kSample, kPrivilege, wrb::test::WideBytes(L"-1\t-17"),
+         L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=0\n"},
+        {cmdhm_GetSablexSetting, L"cmdhm_GetSablexSetting", kSablex, Message(kSablex, tagClientSablexConfig()),
+         L"[Sablex_Settings]\n"},
         {cmdhm_GetAggrScanSetting,
-         L"DBV2_GET_AGGR_SCAN_CFG",
-         Message(L"DBV2_GET_AGGR_SCAN_CFG", aggr),
-         L"[AggrScan Settings]\nEnableMitre=1\nAggreDetectFlag=2\nAggreDetectFlagForIProduct=-1\n",
-         {L"cmdhm_GetAggrScanSetting - pszUid=UID",
-          L"cmdhm_GetAggrScanSetting - enable_mitre:1, cfg:0x00000101, aggr_flag:0x00000002, "
-          L"aggr_flag_iproduct:0xffffffff"},
-         failed(L"cmdhm_GetAggrScanSetting")},
+         L"cmdhm_GetAggrScanSetting",
+         kAggr,
+         Message(kAggr, aggr),
+         L"[AggrScan Settings]\n",
+         {L"% - pszUid=UID"},
+         {L"% - enable_mitre:1, cfg:0x00000101, aggr_flag:0x00000002, aggr_flag_iproduct:0xffffffff"}},
         {cmdhm_GetQMAgentPolicyInfo,
-         L"DBV2_GET_POLICY_TRACKING_INFO",
-         Message(L"DBV2_GET_POLICY_TRACKING_INFO", policies),
-         policySection,
-         {policy + L">>>", policy + L"pszUid=UID",
-          L"CSettingContainerQMAgentPolicy::ExportToIni - Policy name = p, PolicyOwner = o, PolicyTypeID = 7,",
-          policy + L"strOutput = " + policySection, policy + L"<<<"},
-         {policy + L">>>", policy + L"pszUid=UID", policy + L"DB_SEND_AND_RECV(DBV2_GET_POLICY_TRACKING_INFO) failed",
-          policy + L"<<<"}},
+         L"cmdhm_GetQMAgentPolicyInfo",
+         kPolicy,
+         Message(kPolicy, policies),
+         L"[QM_AGENT_POLICY]\n",
+         {L"% - >>>", L"% - pszUid=UID"},
+         {L"CSettingContainerQMAgentPolicy::ExportToIni - Policy name = p, PolicyOwner = o, PolicyTypeID = 7,",
+          L"% - strOutput = " + policySection, L"% - <<<"},
+         {L"% - DB_SEND_AND_RECV(DBV2_GET_POLICY_TRACKING_INFO) failed", L"% - <<<"}},
     };
 }
 
+void Replace(std::wstring& text, std::wstring_view what, std::wstring_view by) {
+    if (const std::size_t at = text.find(what); at != text.npos) {
+        text.replace(at, what.size(), by);
+    }
+}
+
 // The lines of level 8, which are the getters' own; the client's have others.
-std::vector<std::wstring> OwnLines() {
-    std::vector<std::wstring> texts;
+Lines OwnLines() {
+    Lines texts;
     for (const tagCapturedLine& line : TakeCapturedLog()) {
         if (line.level == 8) {
-            std::wstring& text = texts.emplace_back(line.text);
-            if (const std::size_t uid = text.find(kUid); uid != text.npos) {
-                text.replace(uid, std::size(kUid) - 1, L"UID");
-            }
+            Replace(texts.emplace_back(line.text), kUid, L"UID");
         }
     }
     return texts;
 }
 
+Lines Expected(const tagCase& one, const Lines& rest) {
+    Lines lines = one.entry;
+    lines.insert(lines.end(), rest.begin(), rest.end());
+    for (std::wstring& line : lines) {
+        Replace(line, L"%", one.name);
+    }
+    return lines;
+}
+
 TEST(Bundles, SectionIsAppendedAndEveryStepLogged) {
     for (const tagCase& one : Cases()) {
-        SCOPED_TRACE(testing::Message() << std::wstring(one.command));
+        SCOPED_TRACE(testing::Message() << std::wstring(one.name));
         std::string answer = one.answer;
         const CFakeDbService db([&](const tagDbRequest&) { return answer; });
         TakeCapturedLog();
         std::wstring out = L"[Before]\n";
         EXPECT_TRUE(one.get(out, (std::wstring(kUid) + L"more").c_str()));
-        EXPECT_EQ(out, std::wstring(L"[Before]\n") + one.section);
-        EXPECT_EQ(OwnLines(), one.found);
-        EXPECT_EQ(db.WaitFor(1).at(0).Name(), one.command);
-        // The agent is not known; the answer breaks off.
-        for (const std::string& bad : {std::string(), one.answer.substr(0, one.answer.size() - 2)}) {
-            if (!bad.empty() && std::wstring_view(one.command) == L"DB_GET_PRIVILEGE") {
-                continue;  // a text that is cut is a shorter text
-            }
+        EXPECT_TRUE(out.starts_with(std::wstring(L"[Before]\n") + one.section));
+        EXPECT_EQ(OwnLines(), Expected(one, one.found));
+        const tagDbRequest request = db.WaitFor(1).at(0);
+        EXPECT_EQ(request.Name(), one.command);
+        // The server is told who asks, but in the text form.
+        EXPECT_EQ(request.headerMessage.find(wrb::test::WideBytes(one.name)) != std::string::npos, request.IsMessage());
+        // The agent is not known; the answer breaks off. A text that breaks off is a shorter text.
+        const std::string cut = request.IsMessage() ? answer.substr(0, answer.size() - 2) : "";
+        const std::wstring before = out;
+        for (const std::string& bad : {std::string(), cut}) {
             answer = bad;
             TakeCapturedLog();
             EXPECT_FALSE(one.get(out, kUid));
-            EXPECT_EQ(out, std::wstring(L"[Before]\n") + one.section);
-            EXPECT_EQ(OwnLines(), one.notFound);
+            EXPECT_EQ(out, before);
+            EXPECT_EQ(OwnLines(), Expected(one, one.notFound));
         }
     }
 }
