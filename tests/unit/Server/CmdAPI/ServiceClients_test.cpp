@@ -165,22 +165,12 @@ TEST(ServiceClients, AbsentServiceIsOneLine) {
 }
 
 TEST(LogPool, AddressesBecomeSixteenBytes) {
-    const std::string zeros(32, '0');
-    const struct {
-        const wchar_t* text;
-        std::string hex;
-    } cases[] = {
-        {L"255.1.2.3", "00000000000000000000FFFFFF010203"},
-        {L"::ffff:1.2.3.4", "00000000000000000000FFFF01020304"},
-        {L"2001:db8::a", "20010DB800000000000000000000000A"},
-        {nullptr, zeros},
-        {L"", zeros},
-        {L"1.2.3", zeros},
-        {L"1.2.3.400", zeros},
-        {L"2001:db8::x", zeros},
-    };
-    for (const auto& row : cases) {
-        EXPECT_EQ(wrb::HostAddressHex(row.text), row.hex) << row.hex;
+    EXPECT_EQ(wrb::HostAddressHex(L"255.1.2.3"), "00000000000000000000FFFFFF010203");
+    EXPECT_EQ(wrb::HostAddressHex(L"::ffff:1.2.3.4"), "00000000000000000000FFFF01020304");
+    EXPECT_EQ(wrb::HostAddressHex(L"2001:db8::a"), "20010DB800000000000000000000000A");
+    for (const wchar_t* const text :
+         {static_cast<const wchar_t*>(nullptr), L"", L"1.2.3", L"1.2.3.400", L"2001:db8::x"}) {
+        EXPECT_EQ(wrb::HostAddressHex(text), std::string(32, '0'));
     }
 }
 

@@ -72,28 +72,13 @@ TEST_F(RqAlertMsg, EveryTypeHasItsFileAndEightHaveCounters) {
 TEST_F(RqAlertMsg, SectionHasAllTextsInItsOwnOrder) {
     const auto section = [](const std::wstring& settings) {
         std::wstring text = L"1\t[Alert Message]\n";
-        const auto add = [&](const wchar_t* key, const wchar_t* lengthKey) {
-            const bool low = std::wstring_view(key) == L"AlertAV_L";
-            text += std::wstring(key) + L" = " + kMark + (low ? L"SABpAAoA\n" : L"\n");
-            text += std::wstring(lengthKey) + (low ? L" = 40\n" : L" = 32\n");
-        };
-        for (const auto& [key, lengthKey] :
-             std::initializer_list<std::pair<const wchar_t*, const wchar_t*>>{{L"AlertAV", L"LenAV"},
-                                                                              {L"AlertAS", L"LenAS"},
-                                                                              {L"AlertFirewall", L"LenFirewallf"},
-                                                                              {L"AlertWRS", L"LenWRS"},
-                                                                              {L"AlertCCCA", L"LenCCCA"},
-                                                                              {L"AlertDAC", L"LenDAC"},
-                                                                              {L"AlertBM", L"LenBM"},
-                                                                              {L"AlertQuokka", L"LenQuokka"},
-                                                                              {L"AlertAV_H", L"LenAV_H"},
-                                                                              {L"AlertAV_M", L"LenAV_M"},
-                                                                              {L"AlertAV_L", L"LenAV_L"},
-                                                                              {L"AlertDLP", L"LenDLP"}}) {
-            add(key, lengthKey);
+        for (const std::wstring name : {L"AV", L"AS", L"Firewall", L"WRS", L"CCCA", L"DAC", L"BM", L"Quokka", L"AV_H",
+                                        L"AV_M", L"AV_L", L"DLP", L"", L"Sablx"}) {
+            const bool isLow = name == L"AV_L";
+            text += name.empty() ? settings
+                                 : L"Alert" + name + L" = " + kMark + (isLow ? L"SABpAAoA" : L"") + L"\nLen" + name +
+                                       (name == L"Firewall" ? L"f" : L"") + (isLow ? L" = 40\n" : L" = 32\n");
         }
-        text += settings;
-        add(L"AlertSablx", L"LenSablx");
         return text;
     };
     m_home.Write(L"admin\\ALERTL.MSG", WideBytes(L"Hi\r\n"));
