@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include <ctime>
+#include <chrono>
 #include <new>
 
 namespace wrb {
@@ -11,7 +11,10 @@ namespace {
 class CSystemClock final : public IClock {
   public:
     uint32_t TickMilliseconds() const override { return GetTickCount(); }
-    int64_t CalendarSeconds() const override { return static_cast<int64_t>(std::time(nullptr)); }
+    // The runtime's own time() costs microseconds under Wine.
+    int64_t CalendarSeconds() const override {
+        return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()).time_since_epoch().count();
+    }
 };
 
 }  // namespace
