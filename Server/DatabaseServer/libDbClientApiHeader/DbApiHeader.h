@@ -44,8 +44,8 @@ class CDbApiHeaderContent : public ISerializable {
     void Clear() override;
 };
 
-// Writes the frame: magic, length and message, in one write: each costs a trip to the kernel. Returns 1, or 0 after a log line; the cause of a
-// failed write stays in GetLastError. Never throws.
+// Writes the frame: magic, length and message, in one write, because each costs a trip to the kernel. Returns 1, or 0
+// after a log line; the cause of a failed write stays in GetLastError. Never throws.
 int SendDbApiHeader(CPipeClient& client, const wchar_t* caller) noexcept;
 
 namespace wrb {
