@@ -2,10 +2,12 @@
 // two with items the uid, then an array.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "DebugLog.h"
 #include "IniText.h"
 #include "SettingContainer.h"
 #include "SettingRecord.h"
@@ -16,7 +18,7 @@ namespace wrb {
 // Appends the values' section to `out`. `protect` is for the rows that need it; what it throws passes through.
 template <typename Values>
 void AppendSettings(std::wstring& out, const Values& values, const IniItemProtection& protect) {
-    const SettingTable<Values>& table = SettingTableOf(values);
+    const SettingTable<Values> table = SettingTableOf(values);
     AppendIniSection(out, table.section);
     for (const SettingRow<Values>& row : table.rows) {
         switch (row.kind) {
@@ -27,22 +29,30 @@ void AppendSettings(std::wstring& out, const Values& values, const IniItemProtec
                 AppendIniInt(out, row.key, static_cast<int32_t>(values.*row.number));
                 break;
             case SettingRowKind::List:
-                AppendCountedIniList(out, row.list, values.*row.text);
+                AppendPlainIniList(out, row.list, values.*row.text);
                 break;
             case SettingRowKind::ProtectedList:
-                AppendIniList(out, row.list, values.*row.text, protect);
+                AppendProtectedIniList(out, row.list, values.*row.text, protect);
                 break;
         }
     }
 }
 
-// The same for a section with items, numbered from 0.
+// A section shows so many items, however many the database has: an answer must not grow without end.
+inline constexpr std::size_t kMostSettingItems = 10000;
+
+// The same for a section with items, numbered from 0. What is left out leaves a line in the log.
 template <typename Values>
 void AppendSettingItems(std::wstring& out, const std::vector<SettingRecord<Values>>& items) {
-    const SettingItemTable<Values>& table = SettingTableOf(Values());
+    const SettingItemTable<Values> table = SettingTableOf(Values());
+    const std::size_t count = std::min(items.size(), kMostSettingItems);
+    if (count < items.size()) {
+        WRB_LOG(kLogWarning, L"[%s] - items beyond the first %d are left out", std::wstring(table.section).c_str(),
+                static_cast<int>(count));
+    }
     AppendIniSection(out, table.section);
-    AppendIniInt(out, table.countKey, static_cast<int32_t>(items.size()));
-    for (std::size_t i = 0; i < items.size(); ++i) {
+    AppendIniInt(out, table.countKey, static_cast<int32_t>(count));
+    for (std::size_t i = 0; i < count; ++i) {
         for (const SettingItemRow<Values>& row : table.rows) {
             AppendIniString(out, FormatIniKey(row.key, i), items[i].*row.text);
         }

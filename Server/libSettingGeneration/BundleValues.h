@@ -34,7 +34,6 @@ struct tagWtpValues {
                           &V::queryModeIn, &V::ratingLevelIn, &V::ratingLevelOut, &V::approvedIn, &V::approvedOut,
                           &V::blockedIn, &V::blockedOut);
     }
-    friend bool operator==(const tagWtpValues&, const tagWtpValues&) = default;
 };
 
 // Network content inspection.
@@ -53,7 +52,6 @@ struct tagNcieValues {
         using V = tagNcieValues;
         return std::tuple(&V::flags, &V::actionForCNP, &V::actionForRR, &V::actionForUserDefine, &V::actionForSBA);
     }
-    friend bool operator==(const tagNcieValues&, const tagNcieValues&) = default;
 };
 
 // Sample submission: made from a bit of the agent's privilege words, never stored by itself.
@@ -63,7 +61,6 @@ struct tagSampleSubmissionValues {
     uint32_t flags = 0;
 
     static constexpr auto Fields() { return std::tuple(&tagSampleSubmissionValues::flags); }
-    friend bool operator==(const tagSampleSubmissionValues&, const tagSampleSubmissionValues&) = default;
 };
 
 // The Sablex feature. Both lists are one text each, with "|" between the items.
@@ -82,7 +79,6 @@ struct tagSablexValues {
         using V = tagSablexValues;
         return std::tuple(&V::flags, &V::actionForFile, &V::actionForProcess, &V::exceptions, &V::processNames);
     }
-    friend bool operator==(const tagSablexValues&, const tagSablexValues&) = default;
 };
 
 // Aggressive scanning.
@@ -97,7 +93,6 @@ struct tagAggrScanValues {
         using V = tagAggrScanValues;
         return std::tuple(&V::cfg, &V::detectFlag, &V::detectFlagForIProduct);
     }
-    friend bool operator==(const tagAggrScanValues&, const tagAggrScanValues&) = default;
 };
 
 // One file that an agent is to put back after its analysis.
@@ -112,7 +107,6 @@ struct tagFARestoreValues {
         using V = tagFARestoreValues;
         return std::tuple(&V::sha1Hash, &V::taskId, &V::itemId, &V::fileDir, &V::fileName);
     }
-    friend bool operator==(const tagFARestoreValues&, const tagFARestoreValues&) = default;
 };
 
 // One policy that the central-management agent has put on the agent.
@@ -126,5 +120,4 @@ struct tagPolicyTrackingValues {
         using V = tagPolicyTrackingValues;
         return std::tuple(&V::name, &V::lastUpdateTime, &V::policyOwner, &V::policyTypeId);
     }
-    friend bool operator==(const tagPolicyTrackingValues&, const tagPolicyTrackingValues&) = default;
 };

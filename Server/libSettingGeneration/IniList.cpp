@@ -1,7 +1,9 @@
 #include "IniList.h"
 
 #include <algorithm>
+#include <vector>
 
+#include "DebugLog.h"
 #include "IniText.h"
 #include "Text.h"
 
@@ -10,39 +12,51 @@ namespace {
 
 constexpr wchar_t kSeparator = L'|';
 
-// Calls `visit` for each item with its number; returns how many there were.
-template <typename Visit>
-int32_t ForEachItem(std::wstring_view list, Visit visit) {
-    int32_t count = 0;
-    for (std::wstring_view item = list.substr(0, list.find(kSeparator)); !item.empty();
-         item = list.substr(0, list.find(kSeparator))) {
-        visit(item, static_cast<std::size_t>(count));
-        ++count;
-        list.remove_prefix(std::min(list.size(), item.size() + 1));
+std::vector<std::wstring_view> ItemsOf(const tagIniListKeys& keys, std::wstring_view list) {
+    std::vector<std::wstring_view> items;
+    for (; HasIniItem(list); list.remove_prefix(std::min(list.size(), items.back().size() + 1))) {
+        if (items.size() == kMostListItems) {
+            WRB_LOG(kLogWarning, L"%s - items beyond the first %d are left out", std::wstring(keys.count).c_str(),
+                    static_cast<int>(kMostListItems));
+            break;
+        }
+        items.push_back(list.substr(0, list.find(kSeparator)));
     }
-    return count;
+    return items;
 }
 
 }  // namespace
+
+bool HasIniItem(std::wstring_view list) noexcept {
+    return !list.empty() && list.front() != kSeparator;
+}
 
 std::wstring FormatIniKey(const wchar_t* format, std::size_t number) {
     return FormatWide(format, static_cast<int>(number));
 }
 
-void AppendIniList(std::wstring& out, const tagIniListKeys& keys, std::wstring_view list,
-                   const IniItemProtection& protect) {
-    const int32_t count = ForEachItem(list, [&](std::wstring_view item, std::size_t number) {
-        AppendIniString(out, FormatIniKey(keys.item, number),
-                        std::wstring_view(protect(item)).substr(0, kLongestProtectedItem));
-    });
-    AppendIniInt(out, keys.count, count);
+void AppendProtectedIniList(std::wstring& out, const tagIniListKeys& keys, std::wstring_view list,
+                            const IniItemProtection& protect) {
+    const std::vector<std::wstring_view> items = ItemsOf(keys, list);
+    int32_t cut = 0;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const std::wstring item = protect(items[i]);
+        cut += item.size() > kLongestProtectedItem ? 1 : 0;
+        AppendIniString(out, FormatIniKey(keys.item, i), std::wstring_view(item).substr(0, kLongestProtectedItem));
+    }
+    AppendIniInt(out, keys.count, static_cast<int32_t>(items.size()));
+    if (cut > 0) {
+        WRB_LOG(kLogWarning, L"%s - %d items are too long and are cut at %d characters",
+                std::wstring(keys.count).c_str(), cut, static_cast<int>(kLongestProtectedItem));
+    }
 }
 
-void AppendCountedIniList(std::wstring& out, const tagIniListKeys& keys, std::wstring_view list) {
-    AppendIniInt(out, keys.count, ForEachItem(list, [](std::wstring_view, std::size_t) {}));
-    ForEachItem(list, [&](std::wstring_view item, std::size_t number) {
-        AppendIniString(out, FormatIniKey(keys.item, number), item);
-    });
+void AppendPlainIniList(std::wstring& out, const tagIniListKeys& keys, std::wstring_view list) {
+    const std::vector<std::wstring_view> items = ItemsOf(keys, list);
+    AppendIniInt(out, keys.count, static_cast<int32_t>(items.size()));
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        AppendIniString(out, FormatIniKey(keys.item, i), items[i]);
+    }
 }
 
 }  // namespace wrb

@@ -31,10 +31,11 @@ constexpr SettingRow<Wtp> kWtp[] = {
     IntRow(L"URLFilterQueryMode_InOffice", &Wtp::queryModeIn),
     IntRow(L"URLFilterRatingLevel_InOffice", &Wtp::ratingLevelIn),
     IntRow(L"URLFilterRatingLevel_OutOffice", &Wtp::ratingLevelOut),
-    ListRow(ProtectedList, &Wtp::approvedIn, kApprovedUrlsInOffice),
-    ListRow(ProtectedList, &Wtp::approvedOut, kApprovedUrlsOutOffice),
-    ListRow(ProtectedList, &Wtp::blockedIn, kBlockedUrlsInOffice),
-    ListRow(ProtectedList, &Wtp::blockedOut, kBlockedUrlsOutOffice),
+    ListRow(ProtectedList, &Wtp::approvedIn, {L"URLFilterAWSLCount_InOffice", L"URLFilterAWSL_InOffice%03d"}),
+    ListRow(ProtectedList, &Wtp::approvedOut, {L"URLFilterAWSLCount_OutOffice", L"URLFilterAWSL_OutOffice%03d"}),
+    ListRow(ProtectedList, &Wtp::blockedIn, {L"URLFilterBlackListCount_InOffice", L"URLFilterBlackList_InOffice%03d"}),
+    ListRow(ProtectedList, &Wtp::blockedOut,
+            {L"URLFilterBlackListCount_OutOffice", L"URLFilterBlackList_OutOffice%03d"}),
 };
 
 using Ncie = tagNcieValues;
@@ -85,13 +86,26 @@ constexpr SettingItemRow<Policy> kPolicyTracking[] = {
 
 }  // namespace
 
-constexpr SettingTable<tagWtpValues> kWtpTable{L"Web Threat Protection", kWtp};
-constexpr SettingTable<tagNcieValues> kNcieTable{L"NCIE Settings", kNcie};
-constexpr SettingTable<tagSampleSubmissionValues> kSampleSubmissionTable{L"SAMPLE_SUBMISSION", kSampleSubmission};
-constexpr SettingTable<tagSablexValues> kSablexTable{L"Sablex_Settings", kSablex};
-constexpr SettingTable<tagAggrScanValues> kAggrScanTable{L"AggrScan Settings", kAggrScan};
-constexpr SettingItemTable<tagFARestoreValues> kFARestoreTable{L"Centralized FA Restore", L"FACount", kFARestore};
-constexpr SettingItemTable<tagPolicyTrackingValues> kPolicyTrackingTable{L"QM_AGENT_POLICY", L"PolicyCount",
-                                                                         kPolicyTracking};
+SettingTable<Wtp> SettingTableOf(const Wtp&) noexcept {
+    return {L"Web Threat Protection", kWtp};
+}
+SettingTable<Ncie> SettingTableOf(const Ncie&) noexcept {
+    return {L"NCIE Settings", kNcie};
+}
+SettingTable<Sample> SettingTableOf(const Sample&) noexcept {
+    return {L"SAMPLE_SUBMISSION", kSampleSubmission};
+}
+SettingTable<Sablex> SettingTableOf(const Sablex&) noexcept {
+    return {L"Sablex_Settings", kSablex};
+}
+SettingTable<Aggr> SettingTableOf(const Aggr&) noexcept {
+    return {L"AggrScan Settings", kAggrScan};
+}
+SettingItemTable<Restore> SettingTableOf(const Restore&) noexcept {
+    return {L"Centralized FA Restore", L"FACount", kFARestore};
+}
+SettingItemTable<Policy> SettingTableOf(const Policy&) noexcept {
+    return {L"QM_AGENT_POLICY", L"PolicyCount", kPolicyTracking};
+}
 
 }  // namespace wrb

@@ -49,35 +49,13 @@ struct SettingItemTable {
     std::span<const SettingItemRow<Values>> rows;
 };
 
-extern const SettingTable<tagWtpValues> kWtpTable;
-extern const SettingTable<tagNcieValues> kNcieTable;
-extern const SettingTable<tagSampleSubmissionValues> kSampleSubmissionTable;
-extern const SettingTable<tagSablexValues> kSablexTable;
-extern const SettingTable<tagAggrScanValues> kAggrScanTable;
-extern const SettingItemTable<tagFARestoreValues> kFARestoreTable;
-extern const SettingItemTable<tagPolicyTrackingValues> kPolicyTrackingTable;
-
-// The table of a bundle, by the type of its values.
-inline const auto& SettingTableOf(const tagWtpValues&) {
-    return kWtpTable;
-}
-inline const auto& SettingTableOf(const tagNcieValues&) {
-    return kNcieTable;
-}
-inline const auto& SettingTableOf(const tagSampleSubmissionValues&) {
-    return kSampleSubmissionTable;
-}
-inline const auto& SettingTableOf(const tagSablexValues&) {
-    return kSablexTable;
-}
-inline const auto& SettingTableOf(const tagAggrScanValues&) {
-    return kAggrScanTable;
-}
-inline const auto& SettingTableOf(const tagFARestoreValues&) {
-    return kFARestoreTable;
-}
-inline const auto& SettingTableOf(const tagPolicyTrackingValues&) {
-    return kPolicyTrackingTable;
-}
+// Overloads, so that a template finds the table by the type of the values.
+SettingTable<tagWtpValues> SettingTableOf(const tagWtpValues&) noexcept;
+SettingTable<tagNcieValues> SettingTableOf(const tagNcieValues&) noexcept;
+SettingTable<tagSampleSubmissionValues> SettingTableOf(const tagSampleSubmissionValues&) noexcept;
+SettingTable<tagSablexValues> SettingTableOf(const tagSablexValues&) noexcept;
+SettingTable<tagAggrScanValues> SettingTableOf(const tagAggrScanValues&) noexcept;
+SettingItemTable<tagFARestoreValues> SettingTableOf(const tagFARestoreValues&) noexcept;
+SettingItemTable<tagPolicyTrackingValues> SettingTableOf(const tagPolicyTrackingValues&) noexcept;
 
 }  // namespace wrb

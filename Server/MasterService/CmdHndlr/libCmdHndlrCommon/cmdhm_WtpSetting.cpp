@@ -18,8 +18,8 @@ constexpr const wchar_t* kKeySection = L"INI_SERVER_SECTION";
 constexpr const wchar_t* kKeyName = L"StringProtectionKey";
 
 bool HasAddresses(const tagWtpValues& values) {
-    return !(values.approvedIn.empty() && values.approvedOut.empty() && values.blockedIn.empty() &&
-             values.blockedOut.empty());
+    return wrb::HasIniItem(values.approvedIn) || wrb::HasIniItem(values.approvedOut) ||
+           wrb::HasIniItem(values.blockedIn) || wrb::HasIniItem(values.blockedOut);
 }
 
 std::optional<wrb::ProtectionKey> ReadKey() {

@@ -139,4 +139,16 @@ TEST(BundleContainers, TextOfEach) {
     EXPECT_EQ(TakeCapturedLog(), (std::vector{line, line}));
 }
 
+TEST(BundleContainers, ASectionHasAnEnd) {
+    CSettingContainerQMAgentPolicy container;
+    container.m_content.items.resize(10'001);
+    std::wstring out;
+    container.ExportToIni(out);
+    EXPECT_TRUE(out.starts_with(L"[QM_AGENT_POLICY]\nPolicyCount=10000\n"));
+    EXPECT_TRUE(out.ends_with(L"\nQMAPolicy9999_PolicyTypeID=\n"));
+    const auto lines = TakeCapturedLog();
+    EXPECT_EQ(lines.size(), 10'001u);
+    EXPECT_EQ(lines.back(), (tagCapturedLine{'W', L"[QM_AGENT_POLICY] - items beyond the first 10000 are left out"}));
+}
+
 }  // namespace

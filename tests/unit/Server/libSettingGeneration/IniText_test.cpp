@@ -6,6 +6,8 @@
 #include <climits>
 #include <numeric>
 
+#include "CapturedLog.h"
+
 namespace {
 
 TEST(IniText, HelpersAppendOneLineEach) {
@@ -43,19 +45,36 @@ TEST(IniText, LinesOfEveryLengthStayWholeAndInOrder) {
 
 TEST(IniList, ItemsThenTheirCount) {
     const auto protect = [](std::wstring_view item) { return L"!" + std::wstring(item); };
+    const std::wstring longest(1535, L'x');
+    std::wstring thousand;  // and its keys
+    std::wstring keys;
+    for (int i = 0; i < 1000; ++i) {
+        thousand += L"a|";
+        keys += L"I" + std::to_wstring(1000 + i).substr(1) + L"=!a\n";
+    }
     const struct {
         std::wstring list;
         std::wstring expected;
+        std::vector<tagCapturedLine> lines;
     } rows[] = {
-        {L"", L"N=0\n"},
-        {L"a|b|", L"I000=!a\nI001=!b\nN=2\n"},
-        {L"a||c", L"I000=!a\nN=1\n"},
-        {std::wstring(1536, L'x'), L"I000=!" + std::wstring(1535, L'x') + L"\nN=1\n"},
+        {L"", L"N=0\n", {}},
+        {L"|a", L"N=0\n", {}},
+        {L"a|b|", L"I000=!a\nI001=!b\nN=2\n", {}},
+        {L"a||c", L"I000=!a\nN=1\n", {}},
+        {longest, L"I000=!" + longest + L"\nN=1\n", {}},
+        {longest + L"y|" + longest + L"y",
+         L"I000=!" + longest + L"\nI001=!" + longest + L"\nN=2\n",
+         {{'W', L"N - 2 items are too long and are cut at 1536 characters"}}},
+        {thousand + L"|b", keys + L"N=1000\n", {}},
+        {thousand + L"b", keys + L"N=1000\n", {{'W', L"N - items beyond the first 1000 are left out"}}},
     };
     for (const auto& row : rows) {
+        TakeCapturedLog();
         std::wstring out;
-        wrb::AppendIniList(out, {L"N", L"I%03d"}, row.list, protect);
+        wrb::AppendProtectedIniList(out, {L"N", L"I%03d"}, row.list, protect);
         EXPECT_EQ(out, row.expected);
+        EXPECT_EQ(wrb::HasIniItem(row.list), out != L"N=0\n");
+        EXPECT_EQ(TakeCapturedLog(), row.lines);
     }
 }
 

@@ -53,6 +53,8 @@ struct tagCase {
 };
 
 std::vector<tagCase> Cases() {
+    tagClientWCSConfig wtp;
+    wtp.approvedIn = L"|x";  // no item, so no key is missed
     tagClientAggrScanConfig aggr;
     aggr.cfg = 0x101;
     aggr.detectFlag = 2;
@@ -74,7 +76,7 @@ std::vector<tagCase> Cases() {
         {Wtp<true>,
          L"cmdhm_GetWtpSetting",
          kWcs,
-         Message(kWcs, tagClientWCSConfig()),
+         Message(kWcs, wtp),
          L"[Web Threat Protection]\n",
          {L"%(pszUid=UID, bResetCfgFlag=1)"},
          {},
