@@ -7,20 +7,18 @@
 #include <string_view>
 #include <vector>
 
-#include "Serializer.h"
+#include "MsgSerializer.h"
 
 using Bytes = std::vector<uint8_t>;
 
 struct tagSampleItem : ISerializable {
-    uint16_t key = 0;
+    uint16_t key;
     std::wstring text;
 
-    tagSampleItem() = default;
-    tagSampleItem(uint16_t itemKey, std::wstring itemText) : key(itemKey), text(std::move(itemText)) {}
-
+    explicit tagSampleItem(uint16_t itemKey = 0, std::wstring itemText = {})
+        : key(itemKey), text(std::move(itemText)) {}
     void Serialize(ISerializer& serializer) const override { serializer.GetSerializer() << key << text; }
     void Deserialize(ISerializer& serializer) override { serializer.GetSerializer() >> key >> text; }
-    bool operator==(const tagSampleItem& other) const { return key == other.key && text == other.text; }
 };
 
 struct tagSampleRecord : ISerializable {
@@ -37,10 +35,6 @@ struct tagSampleRecord : ISerializable {
     void Deserialize(ISerializer& serializer) override {
         serializer.GetSerializer() >> number >> signedNumber >> flag >> text >> block >> items;
     }
-    bool operator==(const tagSampleRecord& other) const {
-        return number == other.number && signedNumber == other.signedNumber && flag == other.flag &&
-               text == other.text && block == other.block && items == other.items;
-    }
 };
 
 inline tagSampleRecord Sample() {
@@ -50,7 +44,7 @@ inline tagSampleRecord Sample() {
     record.flag = true;
     record.text = L"A\u00e9";
     record.block = {1, 2, 3};  // an odd length: what follows is not aligned
-    record.items = {{7, L"x"}, {8, L""}};
+    record.items = {tagSampleItem(7, L"x"), tagSampleItem(8)};
     return record;
 }
 
@@ -64,8 +58,26 @@ inline Bytes FromHex(std::string_view hex) {
     return bytes;
 }
 
-// Values that upset lengths, counts and flags most.
-inline constexpr uint8_t kMutations[] = {0x00, 0x01, 0x02, 0x03, 0x11, 0x7F, 0x80, 0xFF};
+// Every cut of the bytes, and every byte replaced by the values that upset lengths, counts and flags most.
+inline std::vector<Bytes> CutsAndMutations(const Bytes& whole) {
+    std::vector<Bytes> all;
+    for (auto at = whole.begin(); at != whole.end(); ++at) {
+        all.emplace_back(whole.begin(), at);
+        for (const char value : "\x01\x02\x03\x11\x7F\x80\xFF") {
+            all.push_back(whole);
+            all.back()[static_cast<std::size_t>(at - whole.begin())] = static_cast<uint8_t>(value);
+        }
+    }
+    return all;
+}
+
+inline Bytes BytesOf(const CMsgSerializer& message) {
+    return Bytes(message.Data(), message.Data() + message.GetSize());
+}
+
+inline bool Load(CMsgSerializer& message, const Bytes& bytes) {
+    return message.Load(bytes.data(), static_cast<uint32_t>(bytes.size()));
+}
 
 inline constexpr std::string_view kSampleHex =
     "04 00 00 00  EF CD AB 89 "

@@ -1,0 +1,35 @@
+// Bytes at the end of readable memory, so that a reader that goes one byte too far crashes.
+#pragma once
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+namespace wrb::test {
+
+// A copy of `count` bytes. Behind the last one comes a page that may not be touched.
+class CGuardedBytes {
+  public:
+    CGuardedBytes(const void* bytes, std::size_t count) {
+        const std::size_t room = (count / kPage + 1) * kPage;
+        m_pages = static_cast<uint8_t*>(VirtualAlloc(nullptr, room + kPage, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+        DWORD before = 0;
+        VirtualProtect(m_pages + room, kPage, PAGE_NOACCESS, &before);
+        m_start = m_pages + room - count;
+        std::copy_n(static_cast<const uint8_t*>(bytes), count, m_start);
+    }
+    ~CGuardedBytes() { VirtualFree(m_pages, 0, MEM_RELEASE); }
+    CGuardedBytes(const CGuardedBytes&) = delete;
+    CGuardedBytes& operator=(const CGuardedBytes&) = delete;
+
+    uint8_t* Start() const { return m_start; }
+
+  private:
+    static constexpr std::size_t kPage = 4096;
+    uint8_t* m_pages;
+    uint8_t* m_start;
+};
+
+}  // namespace wrb::test
