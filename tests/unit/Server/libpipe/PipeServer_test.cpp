@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "FakePipeService.h"
-#include "PipeClient.h"
+#include "OnThreads.h"
 #include "ResourceUse.h"
 #include "UniqueName.h"
 
@@ -20,48 +20,41 @@ using wrb::test::WritePiece;
 
 namespace {
 
-class PipeServer : public testing::Test {
-  protected:
-    void ClientSends(const std::string& data) {
-        m_clients.emplace_back([this, data] {
-            CPipeClient client;
-            uint64_t bytes = data.size();
-            EXPECT_TRUE(client.Initial(m_name.c_str()) && client.Send(data.data(), bytes)) << GetLastError();
+struct PipeServer : testing::Test {
+    // Connects, writes pieces of that many bytes, and closes, on a thread of its own.
+    std::jthread PeerSends(const std::string& data, std::size_t piece) const {
+        return std::jthread([=, this] {
+            const auto pipe = OpenPipeForWriting(m_name);
+            for (std::size_t at = 0; at < data.size(); at += piece) {
+                ASSERT_TRUE(WritePiece(pipe, std::string_view(data).substr(at, piece)));
+            }
         });
     }
 
-    void TearDown() override {
-        for (std::thread& client : m_clients) {
-            client.join();
-        }
-    }
-
     const std::wstring m_name = UniqueName();
-    std::vector<std::thread> m_clients;
 };
 
-class PipeServerSizes : public PipeServer, public testing::WithParamInterface<std::size_t> {};
+TEST_F(PipeServer, FetchesTheWholeMessageNarrowAndWide) {
+    for (const std::size_t size : {0u, 1u, 3u, 1023u, 1024u, 1025u, 511'999u, 512'000u, 512'001u, 2'000'000u}) {
+        const std::string data = PatternBytes(size);
+        CPipeServer server;
+        ASSERT_TRUE(server.Initial(m_name.c_str(), nullptr));
+        std::string narrow;
+        DWORD pid = 0;
+        {
+            const std::jthread peer = PeerSends(data, 1024);
+            EXPECT_TRUE(server.FetchCmd(narrow, &pid));
+        }
+        EXPECT_EQ(pid, GetCurrentProcessId());
+        EXPECT_TRUE(narrow == data) << narrow.size();
 
-TEST_P(PipeServerSizes, FetchesTheWholeMessageNarrowAndWide) {
-    const std::string data = PatternBytes(GetParam());
-    CPipeServer server;
-    ASSERT_TRUE(server.Initial(m_name.c_str(), nullptr));
-    ClientSends(data);
-    std::string narrow;
-    DWORD pid = 0;
-    EXPECT_TRUE(server.FetchCmd(narrow, &pid));
-    EXPECT_EQ(pid, GetCurrentProcessId());
-    EXPECT_TRUE(narrow == data) << narrow.size();
-
-    ClientSends(data);
-    std::wstring wide = L"left over";
-    EXPECT_TRUE(server.FetchCmd(wide));
-    ASSERT_EQ(wide.size(), data.size() / 2);  // an odd last byte is dropped
-    EXPECT_EQ(std::memcmp(wide.data(), data.data(), wide.size() * 2), 0);
+        const std::jthread peer = PeerSends(data, 1024);
+        std::wstring wide = L"left over";
+        EXPECT_TRUE(server.FetchCmd(wide));
+        ASSERT_EQ(wide.size(), size / 2);  // an odd last byte is dropped
+        EXPECT_EQ(std::memcmp(wide.data(), data.data(), wide.size() * 2), 0);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Edges, PipeServerSizes,
-                         testing::Values(0, 1, 3, 1023, 1024, 1025, 511999, 512000, 512001, 2'000'000));
 
 // Peers need not keep to pieces of 1024 bytes: a piece may be cut by the end of the receive buffer.
 TEST_F(PipeServer, GathersPiecesOfAnySize) {
@@ -69,38 +62,28 @@ TEST_F(PipeServer, GathersPiecesOfAnySize) {
         const std::string data = PatternBytes(1'500'000);
         CPipeServer server;
         ASSERT_TRUE(server.Initial(m_name.c_str(), nullptr));
-        std::thread peer([&] {
-            const auto pipe = OpenPipeForWriting(m_name);
-            for (std::size_t at = 0; at < data.size(); at += piece) {
-                ASSERT_TRUE(WritePiece(pipe, std::string_view(data).substr(at, piece)));
-            }
-        });
+        const std::jthread peer = PeerSends(data, piece);
         std::string fetched;
         EXPECT_TRUE(server.FetchCmd(fetched));
-        peer.join();
         EXPECT_TRUE(fetched == data) << piece << " gave " << fetched.size();
     }
 }
 
 // What a peer may do to hold up a fetch. Each must end with the time-out, not later.
 TEST_F(PipeServer, TheTimeOutEndsAFetchWhateverThePeerDoes) {
-    enum class Peer { Absent, ConnectsAndIsSilent, WritesOnceAndIsSilent };
-    for (const Peer peer : {Peer::Absent, Peer::ConnectsAndIsSilent, Peer::WritesOnceAndIsSilent}) {
-        m_clients.emplace_back([peer, name = UniqueName()] {
-            CPipeServer server;
-            ASSERT_TRUE(server.Initial(name.c_str(), 1u));
-            const auto pipe = peer == Peer::Absent ? wrb::CFileHandle() : OpenPipeForWriting(name);
-            if (peer == Peer::WritesOnceAndIsSilent) {
-                EXPECT_TRUE(WritePiece(pipe, "half"));
-            }
-            const auto start = std::chrono::steady_clock::now();
-            std::string fetched;
-            EXPECT_FALSE(server.FetchCmd(fetched));
-            const auto elapsed = std::chrono::steady_clock::now() - start;
-            EXPECT_GE(elapsed, 900ms);
-            EXPECT_LT(elapsed, 4s);
-        });
-    }
+    enum { Absent, ConnectsAndIsSilent, WritesOnceAndIsSilent };
+    wrb::test::OnThreads(3, [](unsigned peer) {
+        const std::wstring name = UniqueName();
+        CPipeServer server;
+        ASSERT_TRUE(server.Initial(name.c_str(), 1u));
+        const auto pipe = peer == Absent ? wrb::CFileHandle() : OpenPipeForWriting(name);
+        EXPECT_TRUE(peer != WritesOnceAndIsSilent || WritePiece(pipe, "half"));
+        const auto start = std::chrono::steady_clock::now();
+        std::string fetched;
+        EXPECT_FALSE(server.FetchCmd(fetched));
+        const auto elapsed = std::chrono::steady_clock::now() - start;
+        EXPECT_TRUE(elapsed >= 900ms && elapsed < 4s) << elapsed / 1ms;
+    });
 }
 
 // A cancelled read must leave nothing behind that the system still writes to, and the server fit for the next fetch.
@@ -109,16 +92,15 @@ TEST_F(PipeServer, FetchesAfterACancelledFetch) {
     CPipeServer server;
     ASSERT_TRUE(server.Initial(m_name.c_str(), event.Get()));
     const auto peer = OpenPipeForWriting(m_name);
-    std::thread signaller([&] {
+    const std::jthread signaller([&] {
         Sleep(50);
         SetEvent(event.Get());
     });
     std::string fetched;
     EXPECT_FALSE(server.FetchCmd(fetched));
-    signaller.join();
     EXPECT_TRUE(server.DisconnectAndReconnect(0));
     EXPECT_FALSE(WritePiece(peer, "dropped"));
-    ClientSends("next");
+    const std::jthread next = PeerSends("next", 4);
     EXPECT_TRUE(server.FetchCmd(fetched));
     EXPECT_EQ(fetched, "next");
 }
