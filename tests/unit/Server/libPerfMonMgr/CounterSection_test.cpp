@@ -10,17 +10,10 @@ namespace {
 
 using wrb::CounterAttach;
 
-class CounterSection : public testing::Test {
-  protected:
-    std::wstring sectionName = L"Local\\" + wrb::test::UniqueName(L"section");
-    std::wstring mutexName = L"Local\\" + wrb::test::UniqueName(L"mutex");
-    wrb::tagCounterNames names{sectionName.c_str(), mutexName.c_str()};
-    wrb::CCounterSection section;
-    wrb::CCounterReader reader;
-    uint32_t error = 0;
-};
-
-TEST_F(CounterSection, RefusesASectionThatIsNoBlockOfThisVersion) {
+TEST(CounterSection, RefusesASectionThatIsNoBlockOfThisVersion) {
+    const std::wstring sectionName = L"Local\\" + wrb::test::UniqueName(L"section");
+    const std::wstring mutexName = L"Local\\" + wrb::test::UniqueName(L"mutex");
+    const wrb::tagCounterNames names{sectionName.c_str(), mutexName.c_str()};
     HandlerCounterBlock good = {};
     good.signature = wrb::kCounterSignature;
     good.version = wrb::kCounterVersion;
@@ -44,11 +37,11 @@ TEST_F(CounterSection, RefusesASectionThatIsNoBlockOfThisVersion) {
         wrb::CMappedView view(MapViewOfFile(other.Get(), FILE_MAP_WRITE, 0, 0, 0));
         ASSERT_TRUE(view);
         std::memcpy(view.Get(), &content, sizeof content);
+        wrb::CCounterSection section;
+        uint32_t error = 0;
         EXPECT_EQ(section.Open(names, error), foreign.result);
-        EXPECT_EQ(reader.Attach(error, names.section), foreign.result);
+        EXPECT_EQ(wrb::CCounterReader().Attach(error, names.section), foreign.result);
         EXPECT_EQ(std::memcmp(view.Get(), &content, sizeof content), 0) << "left as it was";
-        section.Close();
-        reader = {};
     }
 }
 
