@@ -1,25 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "FakeProfile.h"
 #include "INICache.h"
-#include "ManualClock.h"
+#include "OnThreads.h"
 
 namespace {
-
-constexpr int kThreads = 8;
-
-template <typename Work>
-void OnAllThreads(Work work) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) {
-        threads.emplace_back([=] { work(i); });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-}
 
 // Notices when two threads read the file at once.
 class COneAtATimeProfile final : public CFakeProfile {
@@ -55,11 +40,11 @@ TEST(INICacheThreads, MissesComeOneAtATimeWhileOthersWriteAndClear) {
     COneAtATimeProfile profile;
     profile.values["S/long"] = std::string(500, 'v');
     CINICache cache(clock, profile);
-    OnAllThreads([&](int thread) {
-        for (int i = 0; i < 500; ++i) {
+    wrb::test::OnThreads(8, [&](unsigned thread) {
+        for (unsigned i = 0; i < 500; ++i) {
             wchar_t text[600];
             const std::string key = std::to_string(i % 7);
-            EXPECT_EQ(cache.readINIInt("S", key.c_str(), thread), static_cast<uint32_t>(thread));
+            EXPECT_EQ(cache.readINIInt("S", key.c_str(), static_cast<int32_t>(thread)), thread);
             EXPECT_EQ(cache.readINIString(text, L"S", L"long", L"", 600), 500u);
             if (i % 50 == thread) {
                 cache.clear();
