@@ -6,18 +6,13 @@
 
 namespace {
 
-// Moves the process to a zone without daylight saving, where calendar seconds are known.
-void SetZone(const char* zone) {
-    _putenv_s("TZ", zone);
-    _tzset();
-}
-
-TEST(ConvertDateTime, ReadsDigitsByPosition) {
-    SetZone("UTC0");
+TEST(ConvertDateTime, ReadsDigitsByPositionInTheLocalZone) {
+    constexpr const char* kAhead = "AAA-3";  // three hours of UTC
     const struct {
         const wchar_t* date;
         const wchar_t* time;
         int64_t seconds;
+        const char* zone = "UTC0";
     } cases[] = {
         {L"20240229", L"235959", 1709251199},
         {L"19700101", L"000001", 1},
@@ -29,18 +24,16 @@ TEST(ConvertDateTime, ReadsDigitsByPosition) {
         {nullptr, nullptr, 0},
         {L"19691231", L"235959", 0},
         {L"garbage!", L"garbag", 0},
-        {L"19700101", L"000000", 0},
+        {L"20240301", L"030000", 1709251200, kAhead},
+        {L"19700101", L"000000", 0, kAhead},  // before 1970 UTC
     };
-    for (const auto& [date, time, seconds] : cases) {
+    for (const auto& [date, time, seconds, zone] : cases) {
+        _putenv_s("TZ", zone);
+        _tzset();
         EXPECT_EQ(ConvertDateTime(date, time, 0), seconds) << (date == nullptr ? L"null" : date);
     }
-}
-
-TEST(ConvertDateTime, TakesTheLocalZone) {
-    SetZone("AAA-3");  // three hours ahead of UTC
-    EXPECT_EQ(ConvertDateTime(L"20240301", L"030000", 0), 1709251200);
-    EXPECT_EQ(ConvertDateTime(L"19700101", L"000000", 0), 0) << "before 1970 UTC";
-    SetZone("");
+    _putenv_s("TZ", "");
+    _tzset();
 }
 
 }  // namespace

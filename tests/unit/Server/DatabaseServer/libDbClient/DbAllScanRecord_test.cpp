@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstring>
 
 #include "DbBundle.h"
@@ -9,17 +10,14 @@
 #include "FakeDbService.h"
 #include "IPCMsgBufferException.h"
 #include "MsgSerializer.h"
-#include "ScanNumbers.h"
 #include "WirePage.h"
 
 namespace {
 
-tagScanGroupValues Scan(tagScanGroupValues numbers, const wchar_t* extList, const wchar_t* moveDir,
+tagScanGroupValues Scan(const std::array<uint32_t, 12>& n, const wchar_t* extList, const wchar_t* moveDir,
                         const wchar_t* custAction) {
-    numbers.extList = extList;
-    numbers.moveDir = moveDir;
-    numbers.custAction = custAction;
-    return numbers;
+    return {n[0],  n[1],  n[2],    n[3],    n[4], n[5],       n[6], n[7], n[8], n[9],
+            n[10], n[11], extList, moveDir, {},   custAction, {},   {},   {},   {}};
 }
 
 // What the page's example holds.
@@ -28,10 +26,10 @@ tagClnAllScanCfg ExampleCfg() {
     cfg.hasConfig = true;
     cfg.hasExtra = true;
     cfg.scans = {
-        Scan(Numbers({0x20000341, 2, 3, 4}), L".EXE", L"\\ms", L"A-1"),
-        Scan(Numbers({0x01000423, 5, 6, 7}), L".COM", L"\\rt", L"CVE_Exploit-1-2"),
-        Scan(Numbers({0x04010805, 8, 9, 10, 1, 12, 30, 0, 28, 7, 4, 3}), L"", L"\\ps", L"C-3"),
-        Scan(Numbers({0x80000181, 11, 12, 0xFFFFFFFF}), L".\u00DC", L"", L"D-4"),
+        Scan({0x20000341, 2, 3, 4}, L".EXE", L"\\ms", L"A-1"),
+        Scan({0x01000423, 5, 6, 7}, L".COM", L"\\rt", L"CVE_Exploit-1-2"),
+        Scan({0x04010805, 8, 9, 10, 1, 12, 30, 0, 28, 7, 4, 3}, L"", L"\\ps", L"C-3"),
+        Scan({0x80000181, 11, 12, 0xFFFFFFFF}, L".\u00DC", L"", L"D-4"),
     };
     cfg.spywareFlags = {0x01010101, 0x00040003, 0x03000201, 0x01040301};
     return cfg;
@@ -49,19 +47,22 @@ tagClnAllScanCfgEx ExampleLists() {
 
 tagVEXORCustomBmCfg ExampleBm() {
     tagVEXORCustomBmCfg cfg;
-    for (const bool enable : {true, false}) {
-        cfg.policies.emplace_back();
-        cfg.policies.back().policyId = L"policy";
-        cfg.policies.back().action = 7;
-        cfg.policies.back().enable = enable;
-    }
+    cfg.policies.resize(2);
+    cfg.policies[0].policyId = L"policy";
+    cfg.policies[0].action = 7;
+    cfg.policies[1].enable = true;
     return cfg;
 }
 
-std::string Encode(const ISerializable& record) {
+template <typename... Fields>
+std::string Sequence(const Fields&... fields) {
     CSerializer serializer;
-    serializer << record;
+    static_cast<void>((serializer << ... << fields));
     return {reinterpret_cast<const char*>(serializer.Data()), serializer.GetSize()};
+}
+
+std::string Encode(const ISerializable& record) {
+    return Sequence(record);
 }
 
 // Reads the record; returns how many bytes were left.
@@ -77,7 +78,6 @@ TEST(DbAllScanRecord, IsWhatThePageShows) {
     CMsgSerializer message;
     ASSERT_TRUE(message.Load(example.data(), static_cast<uint32_t>(example.size())));
     EXPECT_EQ(message.Name(), L"DBV2_CLIENT_GET_ALL_SCAN_CFG");
-    EXPECT_EQ(message.Id(), L"0105DBV2_CLIENT_GET_ALL_SCAN_CFG123456_4321_987");
     const std::size_t bodyBytes = message.Remaining();
     tagClnAllScanCfg cfg;
     message >> cfg;
@@ -95,16 +95,9 @@ TEST(DbAllScanRecord, ReadingReplacesEveryText) {
 }
 
 TEST(DbAllScanRecord, ListsComeByScanTypeAndRealTimeHasOneLess) {
-    CSerializer expected;
-    for (const wchar_t* text : {L"folder0", L"file0", L"ext0", L"spy0", L"folder1", L"file1", L"ext1", L"folder2",
-                                L"file2", L"ext2", L"spy2", L"folder3", L"file3", L"ext3", L"spy3"}) {
-        expected << text;
-    }
-    const std::string bytes = Encode(ExampleLists());
-    EXPECT_EQ(bytes, std::string(reinterpret_cast<const char*>(expected.Data()), expected.GetSize()));
-    tagClnAllScanCfgEx lists;
-    EXPECT_EQ(Decode(bytes, lists), 0u);
-    EXPECT_EQ(Encode(lists), bytes);
+    EXPECT_EQ(Encode(ExampleLists()),
+              Sequence(L"folder0", L"file0", L"ext0", L"spy0", L"folder1", L"file1", L"ext1", L"folder2", L"file2",
+                       L"ext2", L"spy2", L"folder3", L"file3", L"ext3", L"spy3"));
 }
 
 // Reading ends in a record or in the serializer's exception, and nothing else.
@@ -134,67 +127,40 @@ TEST(DbRecords, CutOrChangedBytesThrowOneExceptionOnly) {
     ExpectBoundedReading<tagVEXORCustomBmCfg>(Encode(ExampleBm()));
 }
 
-template <typename... Fields>
-std::string Sequence(const Fields&... fields) {
-    CSerializer serializer;
-    static_cast<void>((serializer << ... << fields));
-    return {reinterpret_cast<const char*>(serializer.Data()), serializer.GetSize()};
-}
-
-template <typename Record>
-void ExpectBytes(const Record& record, const std::string& bytes) {
-    EXPECT_EQ(Encode(record), bytes);
-    ExpectBoundedReading<Record>(bytes);
-}
-
 TEST(DbRecords, BundlesHaveTheFieldsOfThePage) {
-    tagClientWCSConfig wtp;
-    wtp.flags = 1;
-    wtp.securityLevelIn = 2;
-    wtp.securityLevelOut = 3;
-    wtp.filterFlagIn = 4;
-    wtp.filterFlagOut = 5;
-    wtp.queryModeIn = 6;
-    wtp.ratingLevelIn = 7;
-    wtp.ratingLevelOut = 8;
-    wtp.approvedIn = L"ai";
-    wtp.approvedOut = L"ao";
-    wtp.blockedIn = L"bi";
-    wtp.blockedOut = L"bo";
-    ExpectBytes(wtp, Sequence(1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, L"ai", L"ao", L"bi", L"bo"));
-    tagClientNCIECfg ncie;
-    ncie.flags = 1;
-    ncie.actionForCNP = 2;
-    ncie.actionForRR = 3;
-    ncie.actionForUserDefine = 4;
-    ncie.actionForSBA = 5;
-    ExpectBytes(ncie, Sequence(1u, 2u, 3u, 4u, 5u));
-    tagClientSampleSubmissionCfg sample;
-    sample.flags = 1;
-    ExpectBytes(sample, Sequence(1u));
-    tagClientSablexConfig sablex;
-    sablex.flags = 1;
-    sablex.actionForFile = 2;
-    sablex.actionForProcess = 3;
-    sablex.exceptions = L"e";
-    sablex.processNames = L"p";
-    ExpectBytes(sablex, Sequence(1u, 2u, 3u, L"e", L"p"));
-    tagClientAggrScanConfig aggr;
-    aggr.cfg = 1;
-    aggr.detectFlag = 2;
-    aggr.detectFlagForIProduct = 3;
-    ExpectBytes(aggr, Sequence(1u, 2u, 3u));
+    const tagClientWCSConfig wtp({.flags = 1,
+                                  .securityLevelIn = 2,
+                                  .securityLevelOut = 3,
+                                  .filterFlagIn = 4,
+                                  .filterFlagOut = 5,
+                                  .queryModeIn = 6,
+                                  .ratingLevelIn = 7,
+                                  .ratingLevelOut = 8,
+                                  .approvedIn = L"ai",
+                                  .approvedOut = L"ao",
+                                  .blockedIn = L"bi",
+                                  .blockedOut = L"bo"});
+    EXPECT_EQ(Encode(wtp), Sequence(1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, L"ai", L"ao", L"bi", L"bo"));
+    const tagClientNCIECfg ncie(
+        {.flags = 1, .actionForCNP = 2, .actionForRR = 3, .actionForUserDefine = 4, .actionForSBA = 5});
+    EXPECT_EQ(Encode(ncie), Sequence(1u, 2u, 3u, 4u, 5u));
+    EXPECT_EQ(Encode(tagClientSampleSubmissionCfg({.flags = 1})), Sequence(1u));
+    const tagClientSablexConfig sablex(
+        {.flags = 1, .actionForFile = 2, .actionForProcess = 3, .exceptions = L"e", .processNames = L"p"});
+    EXPECT_EQ(Encode(sablex), Sequence(1u, 2u, 3u, L"e", L"p"));
+    const tagClientAggrScanConfig aggr({.cfg = 1, .detectFlag = 2, .detectFlagForIProduct = 3});
+    EXPECT_EQ(Encode(aggr), Sequence(1u, 2u, 3u));
     tagFARestoreItemList items;
     items.items.emplace_back(
         tagFARestoreValues{.sha1Hash = L"h", .taskId = L"t", .itemId = L"i", .fileDir = L"d", .fileName = L"n"});
+    items.items.emplace_back();
     tagPolicyTrackingInfoList policies;
     policies.items.emplace_back(
         tagPolicyTrackingValues{.name = L"n", .lastUpdateTime = L"t", .policyOwner = L"o", .policyTypeId = L"y"});
-    items.items.emplace_back();
     policies.items.emplace_back();
     const std::string two("\2\0\0\0", 4);
-    ExpectBytes(items, two + Sequence(L"h", L"t", L"i", L"d", L"n", L"", L"", L"", L"", L""));
-    ExpectBytes(policies, two + Sequence(L"n", L"t", L"o", L"y", L"", L"", L"", L""));
+    EXPECT_EQ(Encode(items), two + Sequence(L"h", L"t", L"i", L"d", L"n", L"", L"", L"", L"", L""));
+    EXPECT_EQ(Encode(policies), two + Sequence(L"n", L"t", L"o", L"y", L"", L"", L"", L""));
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include "DbAgent.h"
 #include "DbScanCfg.h"
 #include "FakeDbService.h"
-#include "ScanNumbers.h"
 
 namespace {
 
@@ -55,38 +54,6 @@ TEST_F(DbAnswers, TextComesAsItIs) {
         std::wstring read = L"old";
         EXPECT_TRUE(dbGetClnDomainNameAndUidW(L"uid", read));
         EXPECT_TRUE(read == text) << text.size();
-    }
-}
-
-TEST_F(DbAnswers, ScanNumbersAreReadInOrder) {
-    tagScanGroupValues values;
-    m_answer = WideBytes(L"-2147483647\t2\t3\t4\t5\t6\t7\t8\t9\t10\t11\t12\t13");
-    EXPECT_TRUE(dbGetPscfW(L"uid", values));
-    EXPECT_TRUE((values == Numbers({0x80000001, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12})));
-    for (const auto read : {dbGetMscfW, dbGetRtcfW, dbGetSncfW}) {
-        values = {};
-        EXPECT_TRUE(read(L"uid", values, 0));
-        EXPECT_TRUE((values == Numbers({0x80000001, 2, 3, 4})));
-    }
-}
-
-TEST_F(DbAnswers, ScanNumbersOfABrokenAnswerAreZero) {
-    const tagScanGroupValues old = Numbers({9, 9, 9, 9});
-    const struct {
-        std::string answer;
-        tagScanGroupValues values;
-    } cases[] = {
-        {WideBytes(L"1\t2"), Numbers({1, 2})},
-        {WideBytes(L"text\t\u6F22\t-\t4 or 5"), Numbers({0, 0, 0, 4})},
-        {WideBytes(std::wstring_view(L"1\t2\0\t3\t4", 8)), Numbers({1, 2})},
-        {"x", old},  // not one character
-        {"", old},
-    };
-    for (const auto& [answer, expected] : cases) {
-        m_answer = answer;
-        tagScanGroupValues values = old;
-        EXPECT_EQ(dbGetMscfW(L"uid", values), !(expected == old)) << answer;
-        EXPECT_TRUE(values == expected) << answer;
     }
 }
 

@@ -5,14 +5,11 @@
 #include "CapturedLog.h"
 #include "CmdProtocol.h"
 #include "DbAgent.h"
-#include "DbAllScan.h"
-#include "DbScanCfg.h"
 #include "DbTransport.h"
 #include "DbVexor.h"
 #include "FakeDbService.h"
 #include "MsgSerializer.h"
 #include "PipeServer.h"
-#include "WirePage.h"
 
 namespace {
 
@@ -61,25 +58,6 @@ TEST(DbFailures, AnswerThatNeverComesEndsWithTheTimeOut) {
     CMsgSerializer message(L"DBV2_TEST");
     EXPECT_THAT(LogOf([&] { EXPECT_EQ(dbSendAndRecv(message, L"caller", 1), 0); }),
                 Contains(L"[dbSendAndRecv] PipeServer.FetchCmd Failed!"));
-}
-
-// The whole way over the pipes: no cut of a sound answer is taken for one, nothing throws, and the next call works.
-TEST(DbFailures, SerializedAnswerCutOrChangedAnywhere) {
-    const std::string example = wrb::test::WirePageExample();
-    std::string answer;
-    const CFakeDbService service([&](const tagDbRequest&) { return answer; });
-    tagClnAllScanCfg cfg;
-    for (std::size_t offset = 0; offset < example.size(); ++offset) {
-        answer = example.substr(0, offset);
-        EXPECT_FALSE(dbGetClnAllScanCfgW(L"uid", cfg, L"caller")) << offset;
-    }
-    for (std::size_t offset = 0; offset < example.size(); offset += 4) {
-        answer = example;
-        answer.replace(offset, 4, 4, '\xFF');
-        EXPECT_NO_THROW(dbGetClnAllScanCfgW(L"uid", cfg, L"caller")) << offset;
-    }
-    answer = example;
-    EXPECT_TRUE(dbGetClnAllScanCfgW(L"uid", cfg, L"caller"));
 }
 
 // The file of a request is deleted when nobody reads it: the answer is a time-out, or empty.

@@ -1,19 +1,17 @@
 #include "WirePage.h"
 
-#include <windows.h>
-
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 
+#include "ChildProcess.h"
+
 namespace wrb::test {
 namespace {
 
 std::vector<std::string> PageLines() {
-    wchar_t program[MAX_PATH];
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::ifstream page(std::filesystem::path(program).replace_filename(L"wire-formats.md"));
+    std::ifstream page(std::filesystem::path(ProgramFolder() + L"wire-formats.md"));
     std::vector<std::string> lines;
     for (std::string line; std::getline(page, line);) {
         lines.push_back(line);
