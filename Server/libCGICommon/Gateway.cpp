@@ -2,10 +2,10 @@
 
 #include <fcntl.h>
 #include <io.h>
-#include <windows.h>
 
 #include <cstdio>
 
+#include "Environment.h"
 #include "Text.h"
 #include "cgi_HomeDir.h"
 
@@ -15,20 +15,8 @@ namespace {
 class CSystemGateway final : public IGateway {
   public:
     std::optional<std::string> Variable(const wchar_t* name) override {
-        std::wstring value;
-        for (;;) {
-            // A variable of no character is told from a missing one by the last error alone.
-            SetLastError(ERROR_SUCCESS);
-            const DWORD length = GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size()));
-            if (length == 0 && GetLastError() == ERROR_ENVVAR_NOT_FOUND) {
-                return std::nullopt;
-            }
-            const bool whole = length < value.size() || length == 0;
-            value.resize(length);
-            if (whole) {
-                return WideToUtf8(value);
-            }
-        }
+        const std::optional<std::wstring> value = ReadEnvironment(name);
+        return value ? std::optional(WideToUtf8(*value)) : std::nullopt;
     }
 
     std::size_t ReadBody(char* buffer, std::size_t size) override {

@@ -1,13 +1,11 @@
 #include "RequestOrigin.h"
 
-#include <windows.h>
+#include "Environment.h"
 
 namespace wrb {
 
 std::wstring GatewayVariable(const wchar_t* name) {
-    std::wstring value(GetEnvironmentVariableW(name, nullptr, 0), L'\0');  // with the terminator, or 0
-    value.resize(GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size())));
-    return value;
+    return ReadEnvironment(name).value_or(L"");
 }
 
 bool ComesFromThisSite() {
