@@ -28,17 +28,21 @@ bool EqualPaths(std::wstring_view left, std::wstring_view right) {
                                 static_cast<int>(right.size()), TRUE) == CSTR_EQUAL;
 }
 
-bool WriteAll(HANDLE file, std::string_view bytes) {
+// Returns the Windows error.
+DWORD WriteAll(HANDLE file, std::string_view bytes) {
     constexpr std::size_t kMost = 1u << 20;
     while (!bytes.empty()) {
         DWORD written = 0;
         const auto size = static_cast<DWORD>(std::min(bytes.size(), kMost));
-        if (!WriteFile(file, bytes.data(), size, &written, nullptr) || written == 0) {
-            return false;
+        if (!WriteFile(file, bytes.data(), size, &written, nullptr)) {
+            return GetLastError();
+        }
+        if (written == 0) {  // a success that would never end
+            return ERROR_WRITE_FAULT;
         }
         bytes.remove_prefix(written);
     }
-    return true;
+    return ERROR_SUCCESS;
 }
 
 CFileHandle CreateNew(const std::wstring& path) {
@@ -46,8 +50,9 @@ CFileHandle CreateNew(const std::wstring& path) {
         CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
-void LogNotStored(DWORD error, const wchar_t* function) {
+std::wstring NotStored(DWORD error, const wchar_t* function) {
     WRB_LOG('E', L"%s - Fail to store an upload, error = [%ld]", function, static_cast<long>(error));
+    return {};
 }
 
 }  // namespace
@@ -55,29 +60,38 @@ void LogNotStored(DWORD error, const wchar_t* function) {
 CUploadFolder::CUploadFolder(const std::wstring& homeFolder)
     : m_folder(homeFolder.empty() ? homeFolder : homeFolder + L"Temp\\") {}
 
-std::wstring CUploadFolder::CreatePath() const {
-    uint32_t random[4];
-    if (m_folder.empty() || BCryptGenRandom(nullptr, reinterpret_cast<unsigned char*>(random), sizeof random,
-                                            BCRYPT_USE_SYSTEM_PREFERRED_RNG) < 0) {
+std::wstring CUploadFolder::CreatePath(uint32_t& error) const {
+    if (m_folder.empty()) {
+        error = ERROR_PATH_NOT_FOUND;
         return {};
     }
+    uint32_t random[4];
+    if (BCryptGenRandom(nullptr, reinterpret_cast<unsigned char*>(random), sizeof random,
+                        BCRYPT_USE_SYSTEM_PREFERRED_RNG) < 0) {
+        error = ERROR_GEN_FAILURE;  // its status is no Windows error
+        return {};
+    }
+    // The second is for a folder without a backslash at its end; ours has one.
     const wchar_t* const format = m_folder.ends_with(L'\\') ? L"%s%08X%08X%08X%08X.tmp" : L"%s\\%08X%08X%08X%08X.tmp";
     return FormatWide(format, m_folder.c_str(), random[0], random[1], random[2], random[3]);
 }
 
 std::wstring CUploadFolder::Store(std::string_view bytes, const wchar_t* function) const {
-    const std::wstring path = CreatePath();
+    uint32_t error = ERROR_SUCCESS;
+    std::wstring path = CreatePath(error);
+    if (path.empty()) {
+        return NotStored(error, function);
+    }
     CreateDirectoryW(m_folder.c_str(), nullptr);  // there already, as a rule
     CFileHandle file = CreateNew(path);
     if (!file) {
-        LogNotStored(GetLastError(), function);
-        return {};
+        return NotStored(GetLastError(), function);
     }
-    if (!WriteAll(file.Get(), bytes)) {
-        LogNotStored(GetLastError(), function);
+    error = WriteAll(file.Get(), bytes);
+    if (error != ERROR_SUCCESS) {
         file.Reset();
         DeleteUpload(path, function);
-        return {};
+        return NotStored(error, function);
     }
     return path;
 }

@@ -2,6 +2,7 @@
 // guess and that no client has a say in.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -24,7 +25,7 @@ class CUploadFolder {
     std::wstring PathOf(std::wstring_view name) const;
 
   private:
-    std::wstring CreatePath() const;
+    std::wstring CreatePath(uint32_t& error) const;  // empty, with the Windows error, when there can be none
 
     std::wstring m_folder;  // as it is put together with a name; empty: no folder
 };
