@@ -1,10 +1,6 @@
 #include "UnEscapeUrl.h"
 
-#include <algorithm>
-#include <exception>
-
 #include "Text.h"
-#include "cgi_Helpers.h"
 
 namespace {
 
@@ -76,19 +72,4 @@ std::wstring cgi_UnEscapeUrl(std::string_view text) {
         }
     }
     return decoded.Take();
-}
-
-uint32_t cgi_UnEscapeUrl(const char* text, wchar_t* buffer, uint32_t capacity) {
-    if (buffer == nullptr || capacity == 0) {
-        return 0;
-    }
-    buffer[0] = L'\0';
-    try {
-        const std::wstring decoded = cgi_UnEscapeUrl(std::string_view(text != nullptr ? text : ""));
-        const std::size_t length = decoded.copy(buffer, std::min<std::size_t>(decoded.size(), capacity - 1));
-        buffer[length] = L'\0';
-        return static_cast<uint32_t>(length);
-    } catch (const std::exception&) {  // an exported function lets nothing through
-        return 0;
-    }
 }

@@ -12,11 +12,14 @@
 
 #if defined(WRB_CGI_BUILD)
 #define WRB_CGI_API __declspec(dllexport)
-#elif defined(WRB_CGI_STATIC)  // the project's own programs that link the code itself
+#elif defined(WRB_CGI_STATIC)  // tests, which take the code in themselves
 #define WRB_CGI_API
 #else
 #define WRB_CGI_API __declspec(dllimport)
 #endif
+
+// Room for the longest home folder and its terminator.
+inline constexpr uint32_t kHomeDirCapacity = 260;
 
 // The server's home folder with a backslash at its end, into a buffer of `capacity` characters. False, with an empty
 // text in the buffer, when there is no home folder or it does not fit with its terminator.

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "ServerRegistry.h"
+#include "cgi_Helpers.h"
 
 namespace {
 
@@ -30,19 +31,4 @@ std::wstring cgi_GetHomeDir() {
         folder.clear();
     }
     return folder;
-}
-
-bool cgi_GetHomeDir(wchar_t* buffer, uint32_t capacity) {
-    if (buffer == nullptr || capacity == 0) {
-        return false;
-    }
-    buffer[0] = L'\0';
-    try {
-        const std::wstring folder = cgi_GetHomeDir();
-        const bool fits = !folder.empty() && folder.size() < capacity;
-        buffer[fits ? folder.copy(buffer, folder.size()) : 0] = L'\0';
-        return fits;
-    } catch (const std::exception&) {  // an exported function lets nothing through
-        return false;
-    }
 }

@@ -1,19 +1,12 @@
 // The server's home folder: the INI files, the alert texts and the folder Temp lie under it.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
 #include <string>
-
-#include "cgi_Helpers.h"
-
-// Room for the longest home folder and its terminator.
-inline constexpr std::size_t kHomeDirCapacity = 260;
 
 // The folder that the installation wrote into the registry (ServerRegistry.h), with a backslash added when it ends in
 // none. Without it, or when it is too long, the folder of the running program. Always ends in a backslash and has at
-// most 259 characters; empty when even the program's folder is longer. Read afresh at every call; any thread.
-// The form with a buffer is in cgi_Helpers.h.
+// most kHomeDirCapacity - 1 characters; empty when even the program's folder is longer. Read afresh at every call; any
+// thread. The form with a buffer is in cgi_Helpers.h.
 std::wstring cgi_GetHomeDir();
 
 namespace wrb {
