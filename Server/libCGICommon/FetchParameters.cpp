@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <new>
 
+#include "AsciiCase.h"
 #include "DebugLog.h"
 #include "MultipartForm.h"
 #include "QueryTokens.h"
@@ -16,13 +17,6 @@ constexpr const wchar_t* kMultipartReader = L"CGetParameterImp::FetchMultipart";
 constexpr std::string_view kMultipartType = "multipart/form-data";
 constexpr std::string_view kFormType = "application/x-www-form-urlencoded";
 constexpr std::string_view kBinaryBlockToken = "BinaryDataBlock=";
-
-bool StartsIgnoringCase(std::string_view text, std::string_view smallPrefix) {
-    const auto small = [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter;
-    };
-    return std::ranges::equal(text.substr(0, smallPrefix.size()), smallPrefix, {}, small);
-}
 
 }  // namespace
 
@@ -45,7 +39,7 @@ CgiStatus CGetParameterImp::FetchParameters() {
 
 CgiStatus CGetParameterImp::FetchPost() {
     const std::optional<std::string> contentType = m_gateway.Variable(L"CONTENT_TYPE");
-    if (contentType && StartsIgnoringCase(*contentType, kMultipartType)) {
+    if (contentType && wrb::StartsIgnoringCase(*contentType, kMultipartType)) {
         const CgiStatus status = FetchMultipart(*contentType);
         if (status != kCgiFetched) {
             Reset();
@@ -54,7 +48,8 @@ CgiStatus CGetParameterImp::FetchPost() {
         }
         return status;
     }
-    if (contentType && !StartsIgnoringCase(*contentType, kFormType)) {
+    // Whatever the case, like the type above: the names of media types have none.
+    if (contentType && !wrb::StartsIgnoringCase(*contentType, kFormType)) {
         WRB_LOG('D', L"%s - env CONTENT_TYPE with _HTML_CONTENT_TYPE_FORM", L"CGetParameterImp::FetchParameters");
         return kCgiBadContentType;
     }
@@ -63,7 +58,7 @@ CgiStatus CGetParameterImp::FetchPost() {
 }
 
 void CGetParameterImp::FetchForm() {
-    const wrb::tagRequestBody body = wrb::ReadRequestBody(m_gateway, m_postSizeLimit, kFormReader);
+    const wrb::tagRequestBody body = wrb::ReadRequestBody(m_gateway, kFormReader);
     if (body.bytes == nullptr) {
         return;
     }
@@ -104,7 +99,7 @@ CgiStatus CGetParameterImp::FetchMultipart(std::string_view contentType) try {
     if (boundary.empty()) {
         return kCgiMultipartNoBoundary;
     }
-    const wrb::tagRequestBody body = wrb::ReadRequestBody(m_gateway, m_postSizeLimit, kMultipartReader);
+    const wrb::tagRequestBody body = wrb::ReadRequestBody(m_gateway, kMultipartReader);
     switch (body.state) {
         case wrb::BodyState::Absent:
             return kCgiMultipartNoLength;

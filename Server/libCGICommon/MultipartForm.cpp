@@ -2,18 +2,12 @@
 
 #include <algorithm>
 
+#include "AsciiCase.h"
+
 namespace wrb {
 namespace {
 
 constexpr std::string_view kBlanks = " \t";
-
-char Small(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter;
-}
-
-bool EqualIgnoringCase(std::string_view left, std::string_view right) {
-    return std::ranges::equal(left, right, {}, Small, Small);
-}
 
 std::string_view Trimmed(std::string_view text) {
     const std::size_t begin = text.find_first_not_of(kBlanks);
@@ -62,7 +56,7 @@ bool ReadPartHeaders(std::string_view headers, tagMultipartPart& part) {
     while (!headers.empty()) {
         const std::string_view line = headers.substr(0, headers.find("\r\n"));
         headers.remove_prefix(std::min(line.size() + 2, headers.size()));
-        if (EqualIgnoringCase(line.substr(0, kDisposition.size()), kDisposition)) {
+        if (StartsIgnoringCase(line, kDisposition)) {
             const std::string_view value = line.substr(kDisposition.size());
             part.name = HeaderParameter(value, "name").value_or("");
             part.fileName = HeaderParameter(value, "filename");
@@ -98,16 +92,18 @@ class CMultipartParser {
 
   private:
     CgiStatus TakePart(tagMultipartPart& part) {
-        const std::size_t end = m_body.substr(m_next, kLongestPartHeaders).find("\r\n\r\n");
-        if (end == m_body.npos) {
-            return m_body.size() - m_next < kLongestPartHeaders ? kCgiMultipartNoEnd : kCgiMultipartBadPart;
-        }
-        const std::string_view headers = m_body.substr(m_next, end);
-        // From the line break on: a part of no byte has its delimiter right behind the headers' empty line.
-        const std::size_t content = m_next + end + 4;
-        if (!FindDelimiter(content - 2)) {
+        // From the line break of the delimiter on: a part without headers has its empty line right there, and one of no
+        // byte shares the line break of the empty line with the next delimiter.
+        const std::size_t begin = m_next - 2;
+        const std::size_t emptyLine = m_body.substr(begin, kLongestPartHeaders + 2).find("\r\n\r\n");
+        if (!FindDelimiter(begin)) {
             return kCgiMultipartNoEnd;
         }
+        if (emptyLine == m_body.npos || m_contentEnd < begin + emptyLine) {
+            return kCgiMultipartBadPart;
+        }
+        const std::string_view headers = m_body.substr(begin, emptyLine);
+        const std::size_t content = begin + emptyLine + 4;
         part.content = m_body.substr(content, std::max(m_contentEnd, content) - content);
         const bool good = ReadPartHeaders(headers, part);
         return good && (part.fileName || part.content.find('\0') == part.content.npos) ? kCgiFetched

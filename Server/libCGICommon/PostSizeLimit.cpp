@@ -1,42 +1,40 @@
 #include "PostSizeLimit.h"
 
-#include <windows.h>
-
 #include <algorithm>
 
 #include "DebugLog.h"
+#include "ProfileAccess.h"
+#include "Text.h"
 
 namespace wrb {
 namespace {
 
-constexpr int32_t kHighestK = 1024 * 1024 - 1;
+constexpr int32_t kBuiltInK = 5120;
+constexpr int32_t kHighestK = 1024 * 1024;
 
-// As a signed number: the file may say -1.
-int32_t ReadIniNumber(const std::wstring& path, const wchar_t* section, const wchar_t* key, int32_t defaultValue) {
-    return static_cast<int32_t>(GetPrivateProfileIntW(section, key, defaultValue, path.c_str()));
+// As a signed number: the file may say -1. Without a folder there is no file: the system would look in its own.
+int32_t ReadIniNumber(const std::wstring& folder, const wchar_t* file, const char* section, const char* key,
+                      int32_t defaultValue) {
+    const std::string path = WideToAnsi(folder + file);
+    return folder.empty() ? defaultValue
+                          : static_cast<int32_t>(SystemProfile().ReadInt(section, key, defaultValue, path.c_str()));
+}
+
+int32_t LimitInK(IGateway& gateway) {
+    // The path is told from the program's folder. It is made absolute here: the current folder is the web server's
+    // choice.
+    const int32_t useDefault = ReadIniNumber(gateway.ProgramFolder(), L".\\..\\..\\..\\wrbscan.ini", "Global Setting",
+                                             "UseDefaultMaxCGIPostSize", 0);
+    WRB_LOG('D', L"%s - CGI UseDefaultPostSize=[%d]", L"CGetCGINameValuePair::getPostSizeLimitInK", useDefault);
+    return useDefault != 0 ? kBuiltInK
+                           : ReadIniNumber(gateway.HomeFolder(), L"private\\wrbserver.ini", "INI_SERVER_SECTION",
+                                           "MaxCGIPostSizeInK", kBuiltInK);
 }
 
 }  // namespace
 
-int32_t CPostSizeLimit::InK(IGateway& gateway) {
-    // The path is told from the program's folder. It is made absolute here: the current folder is the web server's
-    // choice.
-    const int32_t useDefault = ReadIniNumber(gateway.ProgramFolder() + L".\\..\\..\\..\\wrbscan.ini", L"Global Setting",
-                                             L"UseDefaultMaxCGIPostSize", 0);
-    WRB_LOG('D', L"%s - CGI UseDefaultPostSize=[%d]", L"CGetCGINameValuePair::getPostSizeLimitInK", useDefault);
-    if (useDefault != 0) {
-        return kBuiltInK;
-    }
-    if (!m_read) {
-        m_read = true;
-        m_limitInK = ReadIniNumber(gateway.HomeFolder() + L"private\\wrbserver.ini", L"INI_SERVER_SECTION",
-                                   L"MaxCGIPostSizeInK", kBuiltInK);
-    }
-    return m_limitInK;
-}
-
-int32_t CPostSizeLimit::InBytes(IGateway& gateway) {
-    const int32_t limitInK = InK(gateway);
+int32_t PostSizeLimit(IGateway& gateway) {
+    const int32_t limitInK = LimitInK(gateway);
     return (limitInK < 0 ? kBuiltInK : std::min(limitInK, kHighestK)) * 1024;
 }
 

@@ -7,20 +7,8 @@
 
 namespace wrb {
 
-// One object a process: the server INI is read once.
-class CPostSizeLimit {
-  public:
-    // In bytes, at most 1 GiB whatever the file says; a negative number there counts as the built-in limit. Looks at
-    // the scan INI's switch at every call, and logs it.
-    int32_t InBytes(IGateway& gateway);
-
-  private:
-    static constexpr int32_t kBuiltInK = 5120;
-
-    int32_t InK(IGateway& gateway);
-
-    int32_t m_limitInK = kBuiltInK;
-    bool m_read = false;
-};
+// In bytes, at most 1 GiB whatever the file says; a negative number there counts as the built-in 5120 KiB, and so does
+// what cannot be read. The files are read at every call: a process serves one request and asks once.
+int32_t PostSizeLimit(IGateway& gateway);
 
 }  // namespace wrb

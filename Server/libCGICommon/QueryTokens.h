@@ -10,7 +10,7 @@
 
 namespace wrb {
 
-// Grows in steps of 56 entries and never moves one, so that a body of nothing but separators costs linear time.
+// Grows in steps of 56 entries and never moves one, so that a body of nothing but one-letter tokens costs linear time.
 class CTokenArray {
   public:
     void Add(std::string_view token);

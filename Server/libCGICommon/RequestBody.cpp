@@ -1,11 +1,15 @@
 #include "RequestBody.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 #include <new>
+#include <optional>
+#include <string>
+#include <string_view>
 
 #include "DebugLog.h"
-#include "Text.h"
+#include "PostSizeLimit.h"
 
 namespace wrb {
 namespace {
@@ -16,13 +20,28 @@ int32_t Shown(int64_t number) {
     return static_cast<int32_t>(std::clamp<int64_t>(number, Limits::min(), Limits::max()));
 }
 
+// Nothing for a text that is no number.
+std::optional<int64_t> ParseContentLength(std::string_view text) noexcept {
+    const std::string_view digits = text.substr(text.starts_with('-') ? 1 : 0);
+    if (digits.empty() || digits.find_first_not_of("0123456789") != digits.npos) {
+        return std::nullopt;
+    }
+    constexpr int64_t kHighest = std::numeric_limits<int64_t>::max();
+    int64_t length = 0;
+    for (const char digit : digits) {
+        const int value = digit - '0';
+        length = length > (kHighest - value) / 10 ? kHighest : length * 10 + value;
+    }
+    return digits.size() == text.size() ? length : -length;
+}
+
 int64_t AnnouncedLength(IGateway& gateway, const wchar_t* function) {
     const std::string text = gateway.Variable(L"CONTENT_LENGTH").value_or("");
-    const int64_t length = ParseContentLength(text);
-    if (length == 0 && text.find_first_not_of('0') != std::string::npos) {
+    const std::optional<int64_t> length = ParseContentLength(text);
+    if (!length && !text.empty()) {
         WRB_LOG('W', L"%s - CONTENT_LENGTH is no number: [%S].", function, text.c_str());
     }
-    return length;
+    return length.value_or(0);
 }
 
 void ReadWhole(IGateway& gateway, tagRequestBody& body, std::size_t length, const wchar_t* function) {
@@ -40,27 +59,13 @@ void ReadWhole(IGateway& gateway, tagRequestBody& body, std::size_t length, cons
 
 }  // namespace
 
-int64_t ParseContentLength(std::string_view text) noexcept {
-    const std::string_view digits = text.substr(text.starts_with('-') ? 1 : 0);
-    if (digits.find_first_not_of("0123456789") != std::string_view::npos) {
-        return 0;
-    }
-    constexpr int64_t kHighest = std::numeric_limits<int64_t>::max();
-    int64_t length = 0;
-    for (const char digit : digits) {
-        const int value = digit - '0';
-        length = length > (kHighest - value) / 10 ? kHighest : length * 10 + value;
-    }
-    return digits.size() == text.size() ? length : -length;
-}
-
-tagRequestBody ReadRequestBody(IGateway& gateway, CPostSizeLimit& limit, const wchar_t* function) {
+tagRequestBody ReadRequestBody(IGateway& gateway, const wchar_t* function) {
     tagRequestBody body;
     const int64_t length = AnnouncedLength(gateway, function);
     if (length == 0) {
         return body;
     }
-    const int32_t highest = limit.InBytes(gateway);
+    const int32_t highest = PostSizeLimit(gateway);
     if (length < 0 || length > highest) {
         WRB_LOG('E', L"%s - Content size[%d] is large then POST size limitation: [%d].", function, Shown(length),
                 highest);

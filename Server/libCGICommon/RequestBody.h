@@ -2,13 +2,9 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
-#include <string>
-#include <string_view>
 
 #include "Gateway.h"
-#include "PostSizeLimit.h"
 
 namespace wrb {
 
@@ -26,12 +22,9 @@ struct tagRequestBody {
     std::size_t size = 0;
 };
 
-// The length that a text announces: an optional minus sign and digits and nothing else; numbers beyond 64 bits count as
-// the outermost. Any other text counts as 0.
-int64_t ParseContentLength(std::string_view text) noexcept;
-
-// Nothing is allocated before the announced length has been found within the limit. What goes wrong is logged in the
+// Nothing is allocated before the announced length has been found within the limit. A length is an optional minus sign
+// and digits and nothing else; one beyond 64 bits counts as the outermost. What goes wrong is logged in the
 // name of `function`.
-tagRequestBody ReadRequestBody(IGateway& gateway, CPostSizeLimit& limit, const wchar_t* function);
+tagRequestBody ReadRequestBody(IGateway& gateway, const wchar_t* function);
 
 }  // namespace wrb

@@ -30,9 +30,11 @@ enum CgiStatus : int {
     kCgiMultipartNoLength = 4101,    // "CONTENT_LENGTH" is missing, 0 or no number
     kCgiMultipartTooLong = 4102,     // the body is longer than a POST may be
     kCgiMultipartNoMemory = 4103,
-    kCgiMultipartCutBody = 4104,        // the input ended before "CONTENT_LENGTH" bytes
-    kCgiMultipartNoEnd = 4105,          // no closing boundary
-    kCgiMultipartBadPart = 4106,        // a part without a name, with headers beyond 16 KiB, or with NUL in its text
+    kCgiMultipartCutBody = 4104,  // the input ended before "CONTENT_LENGTH" bytes
+    kCgiMultipartNoEnd = 4105,    // no closing boundary
+    // A part without a name, or without an empty line behind its headers, with headers beyond 16 KiB, or with NUL in
+    // its text.
+    kCgiMultipartBadPart = 4106,
     kCgiMultipartTooManyParts = 4107,   // more than 1000
     kCgiMultipartFileNotStored = 4108,  // an upload could not be written
 };
@@ -42,9 +44,11 @@ class CGetParameterImp;
 class WRB_CGI_API CGetParameter {
   public:
     CGetParameter();
-    // `allowBinaryBlock`: a form whose last field is a bare "BinaryDataBlock=" may be followed by one separator byte
-    // and raw data, which goes into a file as an upload does. `skipPercentDecoding` is for readers of raw uploads; the
-    // parameters of forms and queries are always decoded. Both count for the first object only.
+    // `allowBinaryBlock`: a POSTed form whose last field is a bare "BinaryDataBlock=" may be followed by one separator
+    // byte and raw data, which goes into a file as an upload does. Fields end at the first NUL byte, so let the
+    // separator be NUL: behind "&", CR or LF the data counts only when nothing but these stands before its first NUL,
+    // and is taken for fields otherwise. `skipPercentDecoding` is for readers of raw uploads; the parameters of forms
+    // and queries are always decoded. Both count for the first object only.
     CGetParameter(bool allowBinaryBlock, bool skipPercentDecoding);
     ~CGetParameter();
     CGetParameter(const CGetParameter&) = delete;

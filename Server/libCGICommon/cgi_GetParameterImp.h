@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "Gateway.h"
-#include "PostSizeLimit.h"
 #include "RequestBody.h"
 #include "UploadFolder.h"
 #include "cgi_GetParameter.h"
@@ -21,7 +20,6 @@ class CGetParameterImp {
     CGetParameterImp& operator=(const CGetParameterImp&) = delete;
 
     CgiStatus GetInitializationResult() const noexcept { return m_status; }
-    bool SkipsPercentDecoding() const noexcept { return m_skipPercentDecoding; }
 
     const wchar_t* Find(const wchar_t* name) const noexcept;  // null when there is none
     const wchar_t* FindUpload(const wchar_t* name) const noexcept;
@@ -45,10 +43,9 @@ class CGetParameterImp {
     void Add(std::wstring name, std::wstring value);
 
     wrb::IGateway& m_gateway;
-    wrb::CPostSizeLimit m_postSizeLimit;
     wrb::CUploadFolder m_folder;
     const bool m_allowBinaryBlock;
-    const bool m_skipPercentDecoding;
+    [[maybe_unused]] const bool m_skipPercentDecoding;  // of raw uploads, which nothing here reads
     // Name, value, name, value: a deque, so that a text that was handed out stays where it is when one is appended.
     std::deque<std::wstring> m_texts;
     std::vector<std::wstring> m_uploads;  // the files of this request

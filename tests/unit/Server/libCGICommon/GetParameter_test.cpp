@@ -4,7 +4,7 @@
 
 #include "CapturedLog.h"
 #include "FakeGateway.h"
-#include "RequestBody.h"
+#include "PostSizeLimit.h"
 #include "UnEscapeUrl.h"
 
 #include <cstdlib>
@@ -108,6 +108,7 @@ TEST(GetParameter, RefusesABodyBeyondTheLimitAndReadsOneUpToIt) {
         {"", "MaxCGIPostSizeInK=1", 1},
         {"UseDefaultMaxCGIPostSize=1", "MaxCGIPostSizeInK=1", 5120},
         {"UseDefaultMaxCGIPostSize=0", "MaxCGIPostSizeInK=-7", 5120},
+        {"UseDefaultMaxCGIPostSize=no", "MaxCGIPostSizeInK=much", 5120},
     };
     for (const auto& ini : cases) {
         CFakeGateway gateway;
@@ -132,6 +133,11 @@ TEST(GetParameter, RefusesABodyBeyondTheLimitAndReadsOneUpToIt) {
                       length > limit);
         }
     }
+    CFakeGateway gateway;
+    std::filesystem::create_directories(gateway.Home() / L"private");
+    wrb::test::WriteAll(gateway.Home() / L"private\\wrbserver.ini",
+                        "[INI_SERVER_SECTION]\r\nMaxCGIPostSizeInK=1048577\r\n");
+    EXPECT_EQ(wrb::PostSizeLimit(gateway), 1 << 30);
 }
 
 TEST(GetParameter, SurvivesEveryAnnouncedLength) {
@@ -150,6 +156,7 @@ TEST(GetParameter, SurvivesEveryAnnouncedLength) {
         {"9223372036854775808", L"", {'E', name + L" - Content size[2147483647" + tooLong}},
         {"-99999999999999999999", L"", {'E', name + L" - Content size[-2147483648" + tooLong}},
         {"3 ", L"", {'W', name + L" - CONTENT_LENGTH is no number: [3 ]."}},
+        {"-", L"", {'W', name + L" - CONTENT_LENGTH is no number: [-]."}},
         {"0x3", L"", {'W', name + L" - CONTENT_LENGTH is no number: [0x3]."}},
     };
     for (const auto& length : cases) {
@@ -162,7 +169,7 @@ TEST(GetParameter, SurvivesEveryAnnouncedLength) {
         EXPECT_TRUE(Logged(TakeCapturedLog(), length.line.level, length.line.text)) << length.announced;
     }
     CFakeGateway silent;  // 0, or no length at all: not a line
-    for (const char* none : {"0", "000", ""}) {
+    for (const char* none : {"0", "000", "-0", ""}) {
         silent.Post(kForm, "a=1", none);
         TakeCapturedLog();
         CGetParameterImp request(false, false, silent);
@@ -289,15 +296,31 @@ TEST(GetParameter, EveryObjectIsAViewOfOneRequest) {
     EXPECT_EQ(first.Get(L"number", 5), 5);
 }
 
-TEST(GetParameter, TakesAMegabyteOfAnything) {
-    for (const std::string unit : {"%", "+%u", "&", "a&", "%u0041a", "=", "\""}) {
-        std::string query;
-        while (query.size() < 1u << 20) {
-            query += unit;
+TEST(GetParameter, TakesMuchOfAnything) {
+    using namespace std::string_literals;
+    constexpr std::size_t kTimes = 200000;
+    const struct {
+        std::string head;
+        std::string unit;
+        std::wstring parametersHead;
+        std::wstring each;
+        std::wstring tail;
+    } cases[] = {
+        {"", "%", L"", L"%", L"=|"},        {"a=", "%u+", L"a=", L"%u ", L"|"}, {"", "a&", L"", L"a=|", L""},
+        {"", "%u0041a", L"", L"Aa", L"=|"}, {"a=1", "&", L"a=1|", L"", L""},    {"", "=", L"", L"", L""},
+        {"", "\"", L"", L"", L""},          {"a=1", "\0"s, L"a=1|", L"", L""},
+    };
+    for (const auto& anything : cases) {
+        std::string form = anything.head;
+        std::wstring parameters = anything.parametersHead;
+        for (std::size_t i = 0; i < kTimes; ++i) {
+            form += anything.unit;
+            parameters += anything.each;
         }
         CFakeGateway gateway;
-        gateway.Post(kForm, query);
-        EXPECT_EQ(CGetParameterImp(false, false, gateway).GetInitializationResult(), kCgiFetched);
+        gateway.Post(kForm, form);
+        CGetParameterImp request(false, false, gateway);
+        EXPECT_TRUE(Parameters(request) == parameters + anything.tail) << anything.unit;
     }
     wchar_t small[4] = L"xxx";
     EXPECT_EQ(cgi_UnEscapeUrl("%41%42%43%44", small, 4), 3u);
