@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "LogFilter.h"
 #include "ReceivedLine.h"
 
 namespace wrb {
@@ -58,21 +57,6 @@ TEST(LogLine, TimeIsLocalAndNeverFails) {
     std::strftime(expected, sizeof expected, "%Y %m/%d %H:%M:%S ", std::localtime(&seconds));
     EXPECT_TRUE(FormatLogLine({.seconds = seconds}).starts_with(expected));
     EXPECT_TRUE(FormatLogLine({.seconds = INT32_MIN}).starts_with("1970 01/01 00:00:00 "));
-}
-
-TEST(LogLevel, EachNameAdmitsItsClassAndTheWeightierOnes) {
-    constexpr std::wstring_view kOrder = L"NFEWID";
-    for (std::size_t wanted = 1; wanted < kOrder.size(); ++wanted) {
-        const uint32_t word = ParseLogLevel(kOrder.substr(wanted, 1)).value();
-        for (std::size_t i = 0; i < kOrder.size(); ++i) {
-            EXPECT_EQ(LogFilterAdmits(word, kOrder[i]), i <= wanted) << wanted << " " << i;
-        }
-    }
-    EXPECT_TRUE(LogFilterAdmits(*ParseLogLevel(L"all"), 200));
-    EXPECT_FALSE(LogFilterAdmits(*ParseLogLevel(L"none"), 'N'));
-    for (const wchar_t* wrong : {L"", L"d", L"DD", L"5", L" W", L"W\t"}) {
-        EXPECT_FALSE(ParseLogLevel(wrong)) << testing::PrintToString(std::wstring(wrong));
-    }
 }
 
 }  // namespace

@@ -54,18 +54,6 @@ TEST(Seed, WhatIsWrongIsSaidWithItsPlace) {
     }
 }
 
-TEST(Seed, NumbersInEveryForm) {
-    const struct {
-        const char* json;
-        uint32_t number;
-    } kCases[] = {
-        {"0", 0}, {"4294967295", 4294967295}, {"-1", 4294967295}, {R"("0x1C507")", 0x1C507}, {R"("0Xff")", 255}};
-    for (const auto& [json, number] : kCases) {
-        const tagSeed seed = ParseSeed(Agent(std::string(R"("changed": )") + json));
-        EXPECT_EQ(seed.agents.at(0).values.at(0).number, number) << json;
-    }
-}
-
 TEST(Seed, ScanKeysSetTheBitsOfTheirOwnSection) {
     const tagSeed seed = ParseSeed("\xEF\xBB\xBF" + Agent(R"("scan": {
         "manual": {"Flags": 0, "IntelliScan": true, "ScanSpeed": 2, "OleLayer": -1, "MoveDir": "\\m",
@@ -80,20 +68,6 @@ TEST(Seed, ScanKeysSetTheBitsOfTheirOwnSection) {
     // The exclusion section is not given, so its switch is as the flags say; the default would set it too.
     EXPECT_EQ(scheduled.values.flags, 0xFFFFFFFFu & ~((1u << 11) | (1u << 17) | (1u << 18)));
     EXPECT_EQ(scheduled.values.hour, 23u);
-}
-
-TEST(Seed, WhatIsLeftOutHasTheDefaultsOfTheServerWideSettings) {
-    const tagSeed seed = ParseSeed(Agent(R"("scan": {"realTime": {}})"));
-    // The real-time defaults, bit by bit: Enable, ScanBoot, ScanShutDown, ScanCompressed, ScanAllFiles, BkUpIfClean,
-    // ScanSpyware, ScanIncoming, EnableExclusion, EnableUniAct, PopVirusFoundAlert, IntelliTrap,
-    // DispPossibleVirusFoundAlert, OleExploitDetection and, of the exclusions, the maker's own products.
-    constexpr uint32_t kRealTime = 0x1 | 0x4 | 0x8 | 0x10 | 0x20 | 0x40 | 0x80 | 0x400 | 0x1000 | 0x2000 | 0x8000 |
-                                   0x10000 | 0x1000000 | 0x10000000 | 0x20000000;
-    EXPECT_EQ(ScanOf(seed, ScanType::RT).values.flags, kRealTime);
-    EXPECT_EQ(ScanOf(seed, ScanType::SN).values.custAction, L"Universe-5-4");
-    EXPECT_EQ(ScanOf(seed, ScanType::MS).values.excludeFileExtList, L"MP3;");
-    EXPECT_EQ(ScanOf(seed, ScanType::MS).values.compressedLayer, 20u);
-    EXPECT_FALSE(ParseSeed(Agent("")).agents.at(0).scans);
 }
 
 TEST(Seed, SeedingReplacesTheAgentsThatAreGivenAndNothingElse) {

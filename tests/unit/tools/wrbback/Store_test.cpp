@@ -65,16 +65,6 @@ TEST(Store, AFileThatCannotBeUsedIsNamedWithTheReason) {
     EXPECT_EQ(WhyNot(path), "");
 }
 
-TEST(Store, TextsOfAnyUtf16ComeBackAsTheyWere) {
-    const CTempFolder folder;
-    const auto db = CreateStore((folder / L"agents.db").wstring());
-    for (const std::wstring text : {L"", L"'; DROP TABLE agent; --", L"\xfc\x4e2d\xd83d\xde00", L"lone \xd800 half"}) {
-        CSqliteStatement read = db->Use("SELECT :text");
-        ASSERT_TRUE(read.Bind(":text", text).Step());
-        EXPECT_EQ(read.Text(0), text);
-    }
-}
-
 TEST(Store, ThePoolLendsEachConnectionToOneThreadAndReadersGoOnWhileAWriterIsInTheMiddle) {
     const CTempFolder folder;
     const std::wstring path = (folder / L"agents.db").wstring();

@@ -96,15 +96,6 @@ TEST_F(CTextCommandsTest, ConfigurationBitsChooseTheGroup) {
     EXPECT_EQ(Write(DbCommand::SetExcludeList, std::wstring(kUid) + L"\t1\tx\ty\tz"), 0);  // a main group's bit
 }
 
-TEST_F(CTextCommandsTest, TheFirstWriteConfiguresAnAgentFromTheDefaults) {
-    EXPECT_FALSE(Read(DbCommand::GetMscf, std::wstring(kOther) + L"\t0"));
-    EXPECT_EQ(Write(DbCommand::SetExcludeList, std::wstring(kOther) + L"\t256\tC:\\x\t\t"), 1);
-    const auto agent = ReadScans(*db, kOther);
-    ASSERT_TRUE(agent && agent->scans);
-    EXPECT_EQ(agent->scans->at(0).values.excludedFolder, L"C:\\x");
-    EXPECT_NE(agent->scans->at(1).values.flags & 1, 0u);  // not a switched-off real-time scan
-}
-
 TEST_F(CTextCommandsTest, SpecialLogsHaveAnEnd) {
     db->Execute(
         "INSERT INTO special_log (id, uid, log_type, text, received) "
