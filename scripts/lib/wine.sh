@@ -35,6 +35,18 @@ start_wine() {
     run_under_wine wineboot >/dev/null 2>&1 8>&-
 }
 
+# windows_path PATH: programs see the machine's root folder as drive Z.
+windows_path() { printf 'Z:%s' "${1//\//\\}"; }
+
+# set_home_folder FOLDER, forget_home_folder: the server's home folder, as the registry names it.
+home_key='HKLM\SOFTWARE\CallowaySystems\Warrenby\service\Information'
+set_home_folder() {
+    run_under_wine reg add "$home_key" /v Local_Path /d "$(windows_path "$1")" /f >/dev/null 8>&-
+}
+forget_home_folder() {
+    run_under_wine reg delete "$home_key" /v Local_Path /f >/dev/null 2>&1 8>&- || true
+}
+
 # stop_wine: ends every program of our prefix and its server, and no other.
 stop_wine() {
     wineserver -k >/dev/null 2>&1 || true
