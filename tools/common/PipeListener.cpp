@@ -22,6 +22,10 @@ unsigned InstanceCount(const PipeListenerOptions& options) {
     return std::clamp(options.instances, 1u, kMostInstances);
 }
 
+std::wstring PathOf(const std::wstring& name) {
+    return L"\\\\.\\pipe\\" + name;
+}
+
 CPipeListener::InOrder OnWorkers(unsigned workers, CPipeListener::Handler handler) {
     return {workers, [handler = std::move(handler)](std::string message, const CPipePeer&) -> Job {
                 return [&handler, message = std::move(message)]() mutable { handler(std::move(message)); };
@@ -107,7 +111,7 @@ DWORD CPipeListener::CreateInstances() {
 // The name is ours alone while we serve it, so that nobody can read what clients send: the first instance must create
 // it, and no instance fits in beside our `count`. Wine knows the second rule only.
 CFileHandle CPipeListener::CreateInstance(DWORD count, bool first, SECURITY_ATTRIBUTES& access) const {
-    const std::wstring path = L"\\\\.\\pipe\\" + m_options.name;
+    const std::wstring path = PathOf(m_options.name);
     const DWORD open = PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | (first ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0);
     return CFileHandle(CreateNamedPipeW(path.c_str(), open,
                                         PIPE_TYPE_MESSAGE | PIPE_READMODE_BYTE | PIPE_REJECT_REMOTE_CLIENTS, count,
@@ -132,7 +136,8 @@ PipeListenerCounters CPipeListener::Counters() const {
 void CPipeListener::Run(std::promise<DWORD>& created) {
     const DWORD failure = CreateInstances();
     if (failure != 0) {
-        OnStop();
+        m_stopping = true;
+        CancelConnects();  // the name may be another's: nobody could mean us
     }
     created.set_value(failure);
     while (m_open > 0) {
@@ -191,19 +196,46 @@ void CPipeListener::OnExpired(CPipeInstance& instance) {
 
 void CPipeListener::OnStop() {
     m_stopping = true;
+    ConnectLastClients();
     for (const auto& instance : m_instances) {
         switch (instance->state) {
             case PipeState::Resting:
                 Close(*instance);
-                break;
-            case PipeState::Connecting:
-                instance->Cancel();  // a client that came just before is served
                 break;
             case PipeState::Reading:
                 instance->deadline = std::min(instance->deadline, GetTickCount64() + m_options.drainMilliseconds);
                 break;
             default:
                 break;
+        }
+    }
+}
+
+// An instance that waits for its client cannot just be closed, nor its wait be cancelled before: until that very moment
+// a client may come, write and go, sure of having been heard. So we come ourselves. An instance with a client takes no
+// other, and one that has been read to its end is disconnected before it is closed.
+void CPipeListener::ConnectLastClients() {
+    const auto waiting = std::ranges::count_if(
+        m_instances, [](const auto& instance) { return instance->state == PipeState::Connecting; });
+    const std::wstring path = PathOf(m_options.name);
+    for (auto i = waiting; i > 0; --i) {
+        const CFileHandle client(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                             SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
+        if (!client) {
+            if (GetLastError() != ERROR_PIPE_BUSY) {  // busy: others came first, and every instance has one
+                CancelConnects();
+            }
+            return;
+        }
+        ++m_lastClients;
+    }
+}
+
+// A client that came just before is served.
+void CPipeListener::CancelConnects() {
+    for (const auto& instance : m_instances) {
+        if (instance->state == PipeState::Connecting) {
+            instance->Cancel();
         }
     }
 }
@@ -272,7 +304,11 @@ void CPipeListener::Complete(CPipeInstance& instance) {
     instance.state = PipeState::Handling;
     instance.deadline = CPipeInstance::kNever;
     if (instance.Filled() == 0) {
-        ++m_empty;
+        if (m_lastClients > 0) {
+            --m_lastClients;
+        } else {
+            ++m_empty;
+        }
         Recycle(instance);
         return;
     }

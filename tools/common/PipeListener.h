@@ -87,7 +87,8 @@ class CPipeListener {
     bool Start();
 
     // Takes no further connections, finishes those that are open (see drainMilliseconds), waits for the running
-    // handlers, ends the threads. A message that came in whole is always handled. Must not be called by a handler.
+    // handlers, ends the threads. A message whose sender could write it and close is always handled, up to the last
+    // moment. Must not be called by a handler.
     void Stop();
 
     PipeListenerCounters Counters() const;
@@ -100,6 +101,8 @@ class CPipeListener {
     void OnPacket(CPipeInstance& instance, bool ours, DWORD bytes, DWORD error);
     void OnExpired(CPipeInstance& instance);
     void OnStop();
+    void ConnectLastClients();
+    void CancelConnects();
     void Arm(CPipeInstance& instance);
     void Connected(CPipeInstance& instance);
     void ReadOn(CPipeInstance& instance);
@@ -120,7 +123,8 @@ class CPipeListener {
 
     // Of the reading thread only.
     bool m_stopping = false;
-    std::size_t m_open = 0;  // instances that are not closed
+    unsigned m_lastClients = 0;  // our own, which end the waiting of instances and have nothing to say
+    std::size_t m_open = 0;      // instances that are not closed
 
     std::atomic<uint64_t> m_accepted{0};
     std::atomic<uint64_t> m_empty{0};

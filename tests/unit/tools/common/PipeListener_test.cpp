@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 #include <stdexcept>
 
@@ -136,6 +137,30 @@ TEST_F(CListenerTest, AJobRunsOnAWorkerWhileTheNextMessageIsAccepted) {
     EXPECT_TRUE(Send("first") && Send("second"));
     listener.Stop();
     EXPECT_EQ(listener.Counters().accepted, 2u);
+}
+
+// Whoever could write and close has been heard, in the middle of a stop too.
+TEST_F(CListenerTest, NoMessageThatCouldBeSentIsLostByAStop) {
+    options.instances = 64;
+    for (int round = 0; round < 20; ++round) {
+        std::atomic<unsigned> sent = 0;
+        CPipeListener listener(options,
+                               CPipeListener::InOrder{0, [](const std::string&, const CPipePeer&) { return Job(); }});
+        ASSERT_TRUE(listener.Start());
+        test::OnThreads(5, [&](unsigned who) {
+            if (who == 0) {
+                while (sent < 100) {
+                    Sleep(1);
+                }
+                listener.Stop();
+                return;
+            }
+            while (const CFileHandle peer = OpenPipeForWriting(options.name)) {
+                sent += WritePiece(peer, "heard") ? 1 : 0;
+            }
+        });
+        ASSERT_EQ(listener.Counters().accepted, sent) << "round " << round;
+    }
 }
 
 TEST_F(CListenerTest, StopFinishesWhatItHasAcceptedAndDropsTheRest) {
