@@ -24,6 +24,8 @@ class CChildProcess {
     // The exit code, or nothing while it still runs after the time-out.
     std::optional<DWORD> WaitForExit(std::chrono::milliseconds timeout = kPatience) const;
 
+    HANDLE Handle() const { return m_process.Get(); }
+
     // All that it has printed so far, as UTF-8.
     std::string Output() const;
 

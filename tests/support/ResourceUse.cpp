@@ -31,7 +31,7 @@ struct tagSystemHandleList {
 using QuerySystemInformation = LONG WINAPI(ULONG kind, void* buffer, ULONG bytes, ULONG* needed);
 constexpr ULONG kExtendedHandleInformation = 64;  // a kind that the system's header leaves out
 
-uint32_t CountInSystemList() {
+uint32_t CountInSystemList(ULONG_PTR process) {
     auto* const query = reinterpret_cast<QuerySystemInformation*>(
         reinterpret_cast<void (*)()>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
     for (std::size_t words = 1u << 15; words <= 1u << 24; words *= 2) {
@@ -42,20 +42,21 @@ uint32_t CountInSystemList() {
         const auto* list = reinterpret_cast<const tagSystemHandleList*>(room.data());
         return static_cast<uint32_t>(
             std::count_if(list->handles, list->handles + list->count,
-                          [](const tagSystemHandle& row) { return row.process == GetCurrentProcessId(); }));
+                          [process](const tagSystemHandle& row) { return row.process == process; }));
     }
     return 0;
 }
 
 }  // namespace
 
-tagResourceUse ResourceUse() {
+tagResourceUse ResourceUse(void* process) {
+    const HANDLE of = process == nullptr ? GetCurrentProcess() : process;
     DWORD handles = 0;
     PROCESS_MEMORY_COUNTERS memory{};
-    GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory);
+    GetProcessMemoryInfo(of, &memory, sizeof memory);
     // Wine knows the call but always answers 0.
-    if (!GetProcessHandleCount(GetCurrentProcess(), &handles) || handles == 0) {
-        handles = CountInSystemList();
+    if (!GetProcessHandleCount(of, &handles) || handles == 0) {
+        handles = CountInSystemList(GetProcessId(of));
     }
     return {handles, memory.PagefileUsage};
 }

@@ -1,4 +1,4 @@
-// How much this process holds, for tests that repeat something and expect it to stay the same.
+// How much a process holds, for tests that repeat something and expect it to stay the same.
 #pragma once
 
 #include <cstddef>
@@ -11,6 +11,7 @@ struct tagResourceUse {
     std::size_t committedBytes;  // private memory
 };
 
-tagResourceUse ResourceUse();
+// Of the process with that handle, which must be good for queries; null: this one.
+tagResourceUse ResourceUse(void* process = nullptr);
 
 }  // namespace wrb::test

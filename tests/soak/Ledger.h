@@ -1,0 +1,68 @@
+// What agents were told is stored, to be looked for in the database at the end.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "Services.h"
+
+namespace wrb::soak {
+
+struct tagUpload {
+    std::wstring uid;      // no other upload has it
+    std::wstring package;  // the host deletes it when all records are on their way
+    unsigned records = 0;
+    CUptime::Mark sent = 0;  // of the back end
+};
+
+struct tagLedgerResult {
+    uint64_t uploads = 0;     // answered 1, the back end being up from the message to the last record
+    uint64_t records = 0;     // in those
+    uint64_t rows = 0;        // found of those in the log pool
+    uint64_t events = 0;      // found of those at the central-management agent
+    uint64_t cutUploads = 0;  // answered 1, the back end being away in between
+    uint64_t cutRecords = 0;
+    uint64_t cutRows = 0;
+    uint64_t restores = 0;            // results of restores, answered 1, the back end being up
+    uint64_t restoreRows = 0;         // found of those
+    uint64_t spywareEvents = 0;       // material that was answered, the back end being up
+    uint64_t spywareRows = 0;         // events that were found, the unsure ones included
+    uint64_t unsureSpyware = 0;       // material that was answered, the back end being away in between
+    std::vector<std::string> faults;  // one line each, empty: nothing is missing and nothing is twice
+};
+
+// Any thread.
+class CLedger {
+  public:
+    explicit CLedger(const CUptime& backEnd) : m_backEnd(backEnd) {}
+
+    void Answered(const tagUpload& upload);
+    void RestoreAnswered(const std::wstring& uid, CUptime::Mark sent);
+    void SpywareAnswered(CUptime::Mark sent);
+
+    // Just before the back end is stopped: what is still at work is from now on unsure.
+    void BackEndLeaves(CUptime& backEnd);
+
+    // True when no upload is at work any more.
+    bool Settled();
+
+    // Looks into the database file; nobody serves it any more.
+    tagLedgerResult Check(const std::wstring& database);
+
+  private:
+    void Sort();
+
+    const CUptime& m_backEnd;
+    std::mutex m_lock;
+    std::vector<tagUpload> m_open;
+    std::vector<tagUpload> m_done;
+    std::vector<tagUpload> m_cut;
+    std::vector<std::wstring> m_restores;
+    uint64_t m_spyware = 0;
+    uint64_t m_unsureSpyware = 0;
+};
+
+}  // namespace wrb::soak

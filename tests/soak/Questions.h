@@ -1,0 +1,55 @@
+// Questions whose right answers are known: those that a quiet server gave.
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "Conversation.h"
+#include "StringProtection.h"
+
+namespace wrb::soak {
+
+// Agents of the sample database: nothing of this program changes their settings.
+inline constexpr const wchar_t* kSampleAgents[] = {
+    L"3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3",  // configured
+    L"8d94e7b5-20c1-4f8a-8e3d-57a1f09c6b42",  // partly
+    L"e5a9308d-6b74-4c12-9f0e-b3d8127a4c61",  // nobody knows it
+    L"",                                      // server-wide
+};
+
+struct tagQuestion {
+    std::wstring command;
+    std::wstring uid;
+    std::wstring parameter;
+    std::wstring answer;  // readable
+
+    tagAnswer AskAgain(CDelivered& delivered) const;
+};
+
+class CQuestions {
+  public:
+    // The key of the texts that the server protects, as its INI file has it.
+    explicit CQuestions(const std::wstring& protectionKey);
+
+    // Asks everything. Throws std::runtime_error when there is no answer.
+    void Learn(CDelivered& delivered);
+
+    // An answer in which protected texts, which look different each time, are readable. One thread at a time a key.
+    std::wstring Readable(const std::wstring& answer) const;
+
+    std::span<const tagQuestion> ScanSettings() const { return m_scan; }
+    std::span<const tagQuestion> Bundles() const { return m_bundles; }
+    std::span<const tagQuestion> Alerts() const { return m_alerts; }
+
+  private:
+    std::vector<tagQuestion> Answered(CDelivered& delivered, std::span<const wchar_t* const> commands,
+                                      std::span<const wchar_t* const> parameters) const;
+
+    const ProtectionKey m_key;
+    std::vector<tagQuestion> m_scan;
+    std::vector<tagQuestion> m_bundles;
+    std::vector<tagQuestion> m_alerts;
+};
+
+}  // namespace wrb::soak

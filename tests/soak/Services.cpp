@@ -1,0 +1,76 @@
+#include "Services.h"
+
+#include <algorithm>
+#include <chrono>
+#include <stdexcept>
+
+#include "Text.h"
+
+namespace wrb::soak {
+namespace {
+
+constexpr std::chrono::minutes kPatience{3};
+
+[[noreturn]] void Fail(const std::wstring& program, const char* what, const std::string& output) {
+    throw std::runtime_error(WideToUtf8(program) + " " + what + ":\n" + output);
+}
+
+std::string LastLine(const std::string& output) {
+    const std::string text = output.substr(0, output.find_last_not_of("\r\n") + 1);
+    return text.substr(text.rfind('\n') + 1);
+}
+
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+uint64_t NumberAt(const std::string& line, const std::string& label) {
+    const std::size_t at = line.find(label);
+    if (at == std::string::npos) {
+        throw std::runtime_error("no \"" + label + "\" in: " + line);
+    }
+    std::size_t start = at + label.size();
+    if (label.front() == ' ') {
+        start = at;
+        while (start > 0 && IsDigit(line[start - 1])) {
+            --start;
+        }
+    }
+    return std::stoull(line.substr(start));
+}
+
+}  // namespace
+
+void CService::Start() {
+    m_process = std::make_unique<test::CChildProcess>(m_program, m_arguments);
+    if (!m_process->WaitForOutput(m_ready)) {
+        Fail(m_program, "does not start", m_process->Output());
+    }
+    m_uptime.IsBack();
+}
+
+void CService::Stop() {
+    RunProgram(m_program, m_stopArguments);
+    if (m_process->WaitForExit(kPatience) != 0u) {
+        Fail(m_program, "does not end well", m_process->Output());
+    }
+    m_lastLines.push_back(LastLine(m_process->Output()));
+    ++m_stops;
+}
+
+uint64_t CService::Total(const std::string& label) const {
+    uint64_t total = 0;
+    for (const std::string& line : m_lastLines) {
+        total += NumberAt(line, label);
+    }
+    return total;
+}
+
+void RunProgram(const std::wstring& program, const std::vector<std::wstring>& arguments) {
+    const test::CChildProcess process(program, arguments);
+    if (process.WaitForExit(kPatience) != 0u) {
+        Fail(program, "failed", process.Output());
+    }
+}
+
+}  // namespace wrb::soak

@@ -1,0 +1,69 @@
+// The two service programs, run as an operator would, and when each of them was away.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ChildProcess.h"
+#include "ResourceUse.h"
+
+namespace wrb::soak {
+
+// Moments of a service, for judging what had to work: while a mark is undisturbed, the service was up all the time.
+class CUptime {
+  public:
+    using Mark = uint64_t;
+
+    Mark Now() const { return m_changes; }
+    bool Undisturbed(Mark since) const { return since % 2 == 0 && since == m_changes; }
+
+    void Leaves() { ++m_changes; }
+    void IsBack() { ++m_changes; }
+
+  private:
+    std::atomic<Mark> m_changes{1};  // odd: away
+};
+
+// One program. Starts and stops belong to one thread, Uptime to all.
+class CService {
+  public:
+    CService(std::wstring program, std::vector<std::wstring> arguments, std::vector<std::wstring> stopArguments,
+             std::string ready)
+        : m_program(std::move(program)),
+          m_arguments(std::move(arguments)),
+          m_stopArguments(std::move(stopArguments)),
+          m_ready(std::move(ready)) {}
+
+    // Throw std::runtime_error with what the program printed when it does not do as it should. Whoever stops it while
+    // others use it says so first, by Uptime().Leaves().
+    void Start();
+    void Stop();
+
+    CUptime& Uptime() { return m_uptime; }
+    const CUptime& Uptime() const { return m_uptime; }
+    test::tagResourceUse Use() const { return test::ResourceUse(m_process->Handle()); }
+
+    unsigned Stops() const { return m_stops; }
+
+    // The sum of the numbers behind (or, where `label` starts with a blank, before) that label in the last lines that
+    // the program printed each time it stopped: Total(" refused") of "handled 7, 3 refused" is 3.
+    uint64_t Total(const std::string& label) const;
+
+  private:
+    const std::wstring m_program;
+    const std::vector<std::wstring> m_arguments;
+    const std::vector<std::wstring> m_stopArguments;
+    const std::string m_ready;
+    CUptime m_uptime;
+    std::unique_ptr<test::CChildProcess> m_process;
+    std::vector<std::string> m_lastLines;
+    unsigned m_stops = 0;
+};
+
+// Runs a program of the project to its end; throws std::runtime_error when its exit code is not 0.
+void RunProgram(const std::wstring& program, const std::vector<std::wstring>& arguments);
+
+}  // namespace wrb::soak

@@ -1,0 +1,142 @@
+#include "Soak.h"
+
+#include <windows.h>
+
+#include <filesystem>
+#include <numeric>
+#include <thread>
+
+#include "Text.h"
+
+namespace wrb::soak {
+namespace {
+
+constexpr std::size_t kMostNotes = 10;
+constexpr std::size_t kShownCharacters = 300;
+constexpr DWORD kAwayMilliseconds = 100;  // between two tries of a thread that finds nobody
+
+constexpr tagKind kKinds[] = {
+    {"scan settings", 370, AskScanSettings},
+    {"setting bundles", 120, AskBundle},
+    {"alert texts", 60, AskAlerts},
+    {"echo", 100, Echo},
+    {"upload ticket", 60, AskTicket},
+    {"set, then get", 100, SetAndGet},
+    {"reports without an answer", 60, Report},
+    {"firewall upload", 30, UploadFirewallLog},
+    {"firewall upload, broken", 10, UploadBrokenPackage},
+    {"spyware upload", 20, UploadSpyware},
+    {"restore result", 20, ReportRestore},
+    {"unknown command", 20, SendUnknown},
+    {"hostile, to the host", 20, SendHostileToHost},
+    {"hostile, to the services", 10, SendHostileToBackEnd},
+};
+
+std::size_t PickKind(CWorker& worker) {
+    static const unsigned all = std::accumulate(std::begin(kKinds), std::end(kKinds), 0u,
+                                                [](unsigned sum, const tagKind& kind) { return sum + kind.weight; });
+    unsigned at = worker.Random(all);
+    std::size_t kind = 0;
+    while (at >= kKinds[kind].weight) {
+        at -= kKinds[kind++].weight;
+    }
+    return kind;
+}
+
+}  // namespace
+
+std::span<const tagKind> Kinds() {
+    return kKinds;
+}
+
+void tagField::NoteWrong(const std::wstring& what) {
+    const std::lock_guard lock(m_lock);
+    if (m_wrong.size() < kMostNotes) {
+        m_wrong.push_back(WideToUtf8(what.substr(0, kShownCharacters)));
+    }
+}
+
+std::vector<std::string> tagField::WrongNotes() {
+    const std::lock_guard lock(m_lock);
+    return m_wrong;
+}
+
+Verdict CWorker::Judge(const tagMarks& since, const std::wstring& what, const tagAnswer& answer, bool right) const {
+    if (!answer.delivered) {
+        return JudgeDelivery(since, what, false);
+    }
+    if (!answer.answered) {
+        return Wrong(what + L": no answer in a minute");
+    }
+    if (right) {
+        return Verdict::Right;
+    }
+    if (answer.text.empty() && !BackEndStayed(since)) {
+        return Verdict::Empty;
+    }
+    return Wrong(what + L": answered " + answer.text);
+}
+
+Verdict CWorker::JudgeDelivery(const tagMarks& since, const std::wstring& what, bool delivered) const {
+    if (delivered) {
+        return Verdict::Right;
+    }
+    return HostStayed(since) ? Wrong(what + L": could not be sent") : Verdict::NotDelivered;
+}
+
+Verdict CWorker::Wrong(const std::wstring& what) const {
+    field.NoteWrong(what);
+    return Verdict::Wrong;
+}
+
+std::wstring CWorker::NewUid() {
+    return FormatWide(L"50a40000-0000-4000-%04x-%012x", number, NewNumber());
+}
+
+std::wstring CWorker::Upload(const std::wstring& package) {
+    const std::wstring path = FormatWide(L"%s\\%u-%u.cab", field.incoming.c_str(), number, NewNumber());
+    std::filesystem::copy_file(package, path);
+    return path;
+}
+
+std::wstring SettingAgent(unsigned thread) {
+    return FormatWide(L"50a40000-0000-4000-8000-%012x", thread);
+}
+
+void RunRound(std::vector<CWorker>& workers, Tally& tally, uint64_t commands,
+              const std::function<void(const WaitForPart&)>& meanwhile) {
+    std::atomic<uint64_t> begun = 0;
+    std::atomic<uint64_t> ended = 0;
+    std::vector<std::thread> threads;
+    for (CWorker& worker : workers) {
+        threads.emplace_back([&] {
+            while (begun++ < commands) {
+                const std::size_t kind = PickKind(worker);
+                const Verdict verdict = kKinds[kind].run(worker);
+                ++tally[kind][static_cast<std::size_t>(verdict)];
+                ++ended;
+                if (verdict == Verdict::NotDelivered) {
+                    Sleep(kAwayMilliseconds);
+                }
+            }
+        });
+    }
+    try {
+        meanwhile([&](double part) {
+            while (static_cast<double>(ended) < part * static_cast<double>(commands)) {
+                Sleep(5);
+            }
+        });
+    } catch (...) {
+        begun = commands;
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        throw;
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+}  // namespace wrb::soak

@@ -1,0 +1,139 @@
+// The load: threads that each act as many agents, one command at a time, and judge every answer.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <random>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "Conversation.h"
+#include "Ledger.h"
+#include "Packages.h"
+#include "Questions.h"
+#include "Services.h"
+
+namespace wrb::soak {
+
+enum class Verdict : uint8_t {
+    Right,
+    Empty,         // an empty answer, or a change that cannot be read back, while the back end was away
+    NotDelivered,  // the host, or the service that was meant, was away
+    Wrong,
+    kCount
+};
+
+// What all threads share.
+struct tagField {
+    tagField(const std::wstring& folder, const std::wstring& protectionKey, CService& hostService,
+             CService& backEndService)
+        : host(hostService),
+          backEnd(backEndService),
+          ledger(backEndService.Uptime()),
+          questions(protectionKey),
+          packages(folder + L"\\packages"),
+          incoming(folder + L"\\incoming"),
+          unpacked(folder + L"\\unpacked") {}
+
+    CService& host;
+    CService& backEnd;
+    CLedger ledger;
+    CDelivered delivered;
+    CQuestions questions;
+    CPackages packages;
+    const std::wstring incoming;  // where uploaded packages arrive
+    const std::wstring unpacked;  // where the host is told to unpack them
+
+    // Messages that the host took and must count as such, besides the commands that went well.
+    std::atomic<uint64_t> refused{0};
+    std::atomic<uint64_t> threw{0};
+    std::atomic<uint64_t> feedbackRecords{0};  // at most so many are in the feedback log
+
+    void NoteWrong(const std::wstring& what);
+    std::vector<std::string> WrongNotes();  // the first few
+
+  private:
+    std::mutex m_lock;
+    std::vector<std::string> m_wrong;
+};
+
+inline constexpr wchar_t kQueryCondition[] = L"Severity > 3";
+
+// One thread of the load.
+class CWorker {
+  public:
+    CWorker(tagField& shared, unsigned thread) : field(shared), number(thread), m_random(thread + 1) {}
+
+    struct tagMarks {
+        CUptime::Mark host;
+        CUptime::Mark backEnd;
+    };
+    tagMarks Marks() const { return {field.host.Uptime().Now(), field.backEnd.Uptime().Now()}; }
+    bool HostStayed(const tagMarks& since) const { return field.host.Uptime().Undisturbed(since.host); }
+    bool BackEndStayed(const tagMarks& since) const { return field.backEnd.Uptime().Undisturbed(since.backEnd); }
+
+    // `right` is looked at only when there is an answer.
+    Verdict Judge(const tagMarks& since, const std::wstring& what, const tagAnswer& answer, bool right) const;
+    Verdict JudgeDelivery(const tagMarks& since, const std::wstring& what, bool delivered) const;
+    Verdict Wrong(const std::wstring& what) const;
+
+    uint32_t Random(uint32_t below) { return static_cast<uint32_t>(m_random() % below); }
+    template <typename Range>
+    const auto& Pick(const Range& range) {
+        return range[Random(static_cast<uint32_t>(std::size(range)))];
+    }
+
+    // Of this run alone: 36 characters, and a number of this thread.
+    std::wstring NewUid();
+    uint32_t NewNumber() { return ++m_sequence; }
+
+    // Copies a package to where uploads arrive.
+    std::wstring Upload(const std::wstring& package);
+
+    tagField& field;
+    const unsigned number;
+
+  private:
+    std::mt19937 m_random;
+    uint32_t m_sequence = 0;
+};
+
+// The agent whose settings a thread changes.
+std::wstring SettingAgent(unsigned thread);
+
+struct tagKind {
+    const char* name;
+    unsigned weight;  // of 1000
+    Verdict (*run)(CWorker& worker);
+};
+
+std::span<const tagKind> Kinds();  // the order of the tally
+
+Verdict AskScanSettings(CWorker& worker);
+Verdict AskBundle(CWorker& worker);
+Verdict AskAlerts(CWorker& worker);
+Verdict Echo(CWorker& worker);
+Verdict AskTicket(CWorker& worker);
+Verdict Report(CWorker& worker);
+Verdict SendUnknown(CWorker& worker);
+Verdict SendHostileToHost(CWorker& worker);
+Verdict SendHostileToBackEnd(CWorker& worker);
+Verdict SetAndGet(CWorker& worker);
+Verdict UploadFirewallLog(CWorker& worker);
+Verdict UploadBrokenPackage(CWorker& worker);
+Verdict UploadSpyware(CWorker& worker);
+Verdict ReportRestore(CWorker& worker);
+
+using Tally = std::vector<std::array<std::atomic<uint64_t>, static_cast<std::size_t>(Verdict::kCount)>>;
+
+// `commands` commands, `meanwhile` on the calling thread: it gets a function that waits until that part (0 ... 1) of
+// them is done.
+using WaitForPart = std::function<void(double part)>;
+void RunRound(std::vector<CWorker>& workers, Tally& tally, uint64_t commands,
+              const std::function<void(const WaitForPart&)>& meanwhile);
+
+}  // namespace wrb::soak

@@ -1,0 +1,157 @@
+// Commands that ask, that report, and messages that are none.
+#include "Soak.h"
+#include "Text.h"
+
+namespace wrb::soak {
+namespace {
+
+Verdict AskKnown(CWorker& worker, std::span<const tagQuestion> questions) {
+    const tagQuestion& question = worker.Pick(questions);
+    const CWorker::tagMarks marks = worker.Marks();
+    const tagAnswer answer = question.AskAgain(worker.field.delivered);
+    return worker.Judge(marks, question.command + L' ' + question.uid + L' ' + question.parameter, answer,
+                        worker.field.questions.Readable(answer.text) == question.answer);
+}
+
+std::string RandomBytes(CWorker& worker, uint32_t count) {
+    std::string bytes(count, '\0');
+    for (char& byte : bytes) {
+        byte = static_cast<char>(worker.Random(256));
+    }
+    return bytes;
+}
+
+constexpr const wchar_t* kUnknown[] = {
+    L"CMDHL_NO_SUCH_COMMAND\tpipe\tuid", L"CMDHL_",      L"HELLO\tWORLD OF PIPES",
+    L"CMDHL_GET_IP_BY_UID\tpipe\tuid",   L"CMDHL_ECHOX", L"\tCMDHL_ECHO\tpipe\ttext",
+};
+
+constexpr const wchar_t* kServicePipes[] = {L"DbServerNamePipe", L"Log_ServerNamePipe",
+                                            L"Global\\LogPoolCommandManager", L"QMAgentServerNamePipe",
+                                            L"WrbServerNamePipe"};
+
+constexpr uint32_t kLongestRubbish = 4096;
+constexpr std::size_t kLongEcho = 20'000;
+
+}  // namespace
+
+Verdict AskScanSettings(CWorker& worker) {
+    return AskKnown(worker, worker.field.questions.ScanSettings());
+}
+
+Verdict AskBundle(CWorker& worker) {
+    return AskKnown(worker, worker.field.questions.Bundles());
+}
+
+Verdict AskAlerts(CWorker& worker) {
+    return AskKnown(worker, worker.field.questions.Alerts());
+}
+
+Verdict Echo(CWorker& worker) {
+    const std::size_t length = worker.Random(4) == 0 ? worker.Random(kLongEcho) : worker.Random(100);
+    const std::wstring text =
+        FormatWide(L"%u says %u ", worker.number, worker.NewNumber()) + std::wstring(length, L'\xE9');
+    const CWorker::tagMarks marks = worker.Marks();
+    const tagAnswer answer = Ask(worker.field.delivered, L"CMDHL_ECHO", {text});
+    return worker.Judge(marks, L"CMDHL_ECHO", answer, answer.text == text);
+}
+
+Verdict AskTicket(CWorker& worker) {
+    const CWorker::tagMarks marks = worker.Marks();
+    const tagAnswer answer = Ask(worker.field.delivered, L"CMDHL_PFW_GET_LOG_QUERY_CONDITION", {worker.NewUid()});
+    const std::wstring end = std::wstring(L"\t") + kQueryCondition;
+    const bool right = answer.text.starts_with(L"1\t") && answer.text.ends_with(end) &&
+                       answer.text.size() > 2 + end.size() &&
+                       answer.text.find_first_not_of(L"0123456789", 2) == answer.text.size() - end.size();
+    return worker.Judge(marks, L"CMDHL_PFW_GET_LOG_QUERY_CONDITION", answer, right);
+}
+
+// That they ran shows in the counters.
+Verdict Report(CWorker& worker) {
+    const std::wstring agent = SettingAgent(worker.number);
+    const std::wstring number = std::to_wstring(worker.NewNumber());
+    CDelivered& delivered = worker.field.delivered;
+    const CWorker::tagMarks marks = worker.Marks();
+    bool sent = false;
+    switch (worker.Random(64)) {
+        case 0:
+            sent = Tell(delivered, L"CMDHL_SLEEP", {L"well"});
+            break;
+        case 1:
+        case 2:
+            sent = Tell(delivered, L"CMDHL_CLEAR_INI_CACHE", {});
+            break;
+        default:
+            switch (worker.Random(6)) {
+                case 0:
+                    sent = Tell(delivered, L"CMDHL_SET_STATFLAG", {agent, number, L"7"});
+                    break;
+                case 1:
+                    sent = Tell(delivered, L"CMDHL_PFW_UPDATE_CFW_COUNT",
+                                {agent, L"-1", number, L"2", L"3", L"4", L"5", L"6", L"20240131235959", L"1"});
+                    break;
+                case 2:
+                    ++worker.field.feedbackRecords;
+                    sent = Tell(delivered, L"CMDHL_ADD_WTC_LOG", {L"entry " + number, agent});
+                    break;
+                case 3:
+                    sent = Tell(delivered, L"CMDHL_SET_MAILSCAN_RT_CFG", {agent, L"1"});
+                    break;
+                case 4:
+                    sent = Tell(delivered, L"CMDHL_SET_CLIENTCFG_SU_STATUS", {agent, L"1"});
+                    break;
+                default:
+                    sent = Tell(delivered, L"CMDHL_SET_CLIENTCFG_WARNING_SETTING", {agent, L"1", L"0"});
+            }
+    }
+    return worker.JudgeDelivery(marks, L"a report", sent);
+}
+
+Verdict SendUnknown(CWorker& worker) {
+    const CWorker::tagMarks marks = worker.Marks();
+    const bool sent = DeliverToHost(worker.Pick(kUnknown));
+    worker.field.refused += sent ? 1 : 0;
+    return worker.JudgeDelivery(marks, L"an unknown command", sent);
+}
+
+Verdict SendHostileToHost(CWorker& worker) {
+    tagField& field = worker.field;
+    const CWorker::tagMarks marks = worker.Marks();
+    bool sent = false;
+    switch (worker.Random(6)) {
+        case 0:
+            sent = DeliverToHost({});
+            break;
+        case 1: {
+            const std::string bytes = "\1" + RandomBytes(worker, worker.Random(kLongestRubbish));
+            sent = Deliver(L"Calloway Systems WRBY Command Handler Manager", bytes.data(), bytes.size());
+            field.refused += sent ? 1 : 0;
+            break;
+        }
+        case 2:  // nobody has such a pipe
+            sent = Tell(field.delivered, L"CMDHL_ECHO", {NewReplyPipe(), L"text"});
+            break;
+        case 3:  // leads out of where pipes are
+            sent = Tell(field.delivered, L"CMDHL_ECHO", {L"..\\C:\\soak-must-not-exist", L"text"});
+            break;
+        case 4:
+            sent = Tell(field.delivered, L"CMDHL_GET_MS_CFG", {std::wstring(500'000, L'\t')});
+            break;
+        default:  // too short a pipe: given up by an exception
+            sent = Tell(field.delivered, L"CMDHL_PFW_SET_LOG", {L"short", worker.NewUid(), L"x", L"x", L"1"});
+            field.threw += sent ? 1 : 0;
+    }
+    return worker.JudgeDelivery(marks, L"a hostile message", sent);
+}
+
+Verdict SendHostileToBackEnd(CWorker& worker) {
+    const CWorker::tagMarks marks = worker.Marks();
+    const std::wstring pipe = worker.Pick(kServicePipes);
+    const std::string bytes = RandomBytes(worker, worker.Random(kLongestRubbish));
+    if (Deliver(pipe.c_str(), bytes.data(), bytes.size())) {
+        return Verdict::Right;
+    }
+    return worker.BackEndStayed(marks) ? worker.Wrong(pipe + L": could not be sent") : Verdict::NotDelivered;
+}
+
+}  // namespace wrb::soak
