@@ -103,7 +103,9 @@ cgi.assign = (".cgi" => "")
 
     def setUp(self):
         (self.home / "wrbscan.ini").write_text(f"[{SECTION}]\nCompressedLayer=6\nMoveDir=\\quarantine\n")
-        (self.home / "Private" / "wrbserver.ini").write_text("[LOG_TICKET_SECTION]\nMaxWaitTime=77\n")
+        (self.home / "Private" / "wrbserver.ini").write_text(
+            "[LOG_TICKET_SECTION]\nMaxWaitTime=-1\nNumberOfMaxProcessingLogInSec=0\n"
+            "NumberOfConcurrentLogUploadingClient=99\n")
 
     def ask(self, method, body=None, content_type=None, **headers):
         connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=60)
@@ -137,13 +139,15 @@ cgi.assign = (".cgi" => "")
         self.addCleanup(host.communicate)
         self.addCleanup(run, f"{options.bin}/wrbhost.exe", "--stop", stdout=subprocess.DEVNULL)
         self.assertIn(b"serving", host.stdout.readline())
-        for _ in range(3):
-            run(f"{options.bin}/wrbctl.exe", "send", "CMDHL_GET_MS_CFG", "", stdout=subprocess.DEVNULL)
+        for command in (["CMDHL_GET_MS_CFG", ""],) * 3 + (["CMDHL_CMDHL_GET_CLN_ALERT_MSG", "", "1"],):
+            run(f"{options.bin}/wrbctl.exe", "send", *command, stdout=subprocess.DEVNULL)
         status, page = self.ask("GET")
         self.assertEqual(status, 200)
         self.assertIn('<tr><td>CMDHL_GET_MS_CFG</td><td class="n">3</td>', page)
-        self.assertIn('<td>MaxWaitTime</td><td class="n">77</td>', page)
-        self.assertIn('<td>NumberOfMaxConcurrentLogUploadingClient</td><td class="n">40</td>', page)
+        self.assertIn('<tr><td>CMDHL_CMDHL_GET_CLN_ALERT_MSG type 1</td><td class="n">1</td>', page)
+        for key, value in (("NumberOfConcurrentLogUploadingClient", 40), ("NumberOfMaxProcessingLogInSec", 4),
+                           ("MaxWaitTime", 4294967295), ("MaxUploadTime", 60)):
+            self.assertIn(f'<td>{key}</td><td class="n">{value}</td>', page)
 
     def test_stores_the_form(self):
         hostile = '.EXE, <script>"&\''

@@ -11,16 +11,6 @@ constexpr wchar_t kRequest[] = L"cmdhl_RequestToUploadPFWLog";
 constexpr wchar_t kRelease[] = L"cmdhl_RemoveClientFromLogUploadingList";
 constexpr wchar_t kCleanList[] = L"CleanList";
 
-constexpr char kGlobalSection[] = "Global Setting";
-constexpr char kServerSection[] = "INI_SERVER_SECTION";
-constexpr char kTicketSection[] = "LOG_TICKET_SECTION";
-constexpr char kFixedThreads[] = "Command_Handler_Static_Thread_Number";
-constexpr char kMaximumThreads[] = "Command_Handler_Maxium_Thread_Number";  // the server's own spelling
-
-constexpr uint32_t kDefaultRate = 4;  // clients a second
-constexpr uint32_t kDefaultMaxWaitTime = 1800;
-constexpr uint32_t kDefaultUploadTime = 60;
-constexpr uint32_t kDefaultCleanUpInterval = 60;
 constexpr int32_t kShortWait = 60;     // below it a client is admitted ahead of its time
 constexpr int64_t kWaitingGrace = 60;  // how late a waiting client may come back and still count
 
@@ -46,25 +36,20 @@ CLogTicket& TheTicket() {
 
 }  // namespace
 
-bool CLogTicket::IsInForce() const {
-    return m_scanIni.readINIInt(kGlobalSection, "EnablePFWLogUploadingTicket", -1) == 1;
-}
-
-uint32_t CLogTicket::Setting(const char* key, uint32_t defaultValue) const {
-    return m_serverIni.readINIInt(kTicketSection, key, static_cast<int32_t>(defaultValue));
-}
-
-const CLogTicket::tagThreadNumbers& CLogTicket::ThreadNumbers() {
+const tagTicketThreads& CLogTicket::Threads() {
     if (!m_threads) {
-        m_threads = {m_scanIni.readINIInt(kServerSection, kFixedThreads, 20),
-                     m_scanIni.readINIInt(kServerSection, kMaximumThreads, 40)};
+        m_threads = m_settings.Threads();
     }
     return *m_threads;
 }
 
+uint32_t CLogTicket::Setting(TicketSetting setting) {
+    return m_settings.Read(setting, Threads());
+}
+
 int32_t CLogTicket::Request(const std::wstring& uid) {
     WRB_LOG('D', L"%s - >>", kRequest);
-    if (!IsInForce()) {
+    if (!m_settings.IsInForce()) {
         return 0;
     }
     int32_t waitingTime = 0;
@@ -102,10 +87,9 @@ int32_t CLogTicket::Decide(const std::wstring& uid) {
 }
 
 CLogTicket::tagLimits CLogTicket::ReadLimits() {
-    const tagThreadNumbers& threads = ThreadNumbers();
-    const uint32_t free = std::min(threads.maximum, Setting("NumberOfConcurrentLogUploadingClient", threads.fixed));
-    const uint32_t ahead =
-        std::min(threads.maximum, Setting("NumberOfMaxConcurrentLogUploadingClient", threads.maximum));
+    const tagTicketThreads& threads = Threads();
+    const uint32_t free = Setting(TicketSetting::Free);
+    const uint32_t ahead = Setting(TicketSetting::Ahead);
     WRB_LOG('I',
             L"%s - [LogTicket] dwStaticThreadNum(%d), dwMaxThreadNum(%d), dwConcurrentUploadingNum(%d), "
             L"dwMaxConcurrentUploadingNum(%d), uploadinglist(%d), waitinglist(%d)",
@@ -115,15 +99,14 @@ CLogTicket::tagLimits CLogTicket::ReadLimits() {
 }
 
 // By the length of the queue alone: a client's own place in it, if it has one, deliberately counts for nothing.
-int32_t CLogTicket::WaitingTime() const {
-    const uint32_t rate = Setting("NumberOfMaxProcessingLogInSec", kDefaultRate);
-    const uint32_t ceiling = Setting("MaxWaitTime", kDefaultMaxWaitTime);
-    const uint32_t wait = static_cast<uint32_t>(m_waiting.size()) / (rate == 0 ? kDefaultRate : rate) + 1;
+int32_t CLogTicket::WaitingTime() {
+    const uint32_t ceiling = Setting(TicketSetting::MaxWaitTime);
+    const uint32_t wait = static_cast<uint32_t>(m_waiting.size()) / Setting(TicketSetting::Rate) + 1;
     return static_cast<int32_t>(std::min(ceiling, wait));
 }
 
 int32_t CLogTicket::Admit(const std::wstring& uid, int64_t now, const wchar_t* lineFormat) {
-    const int64_t deadline = now + Setting("MaxUploadTime", kDefaultUploadTime);
+    const int64_t deadline = now + Setting(TicketSetting::UploadTime);
     WRB_LOG('I', lineFormat, kRequest, uid.c_str(), Logged(now), Logged(deadline));
     m_uploading.insert_or_assign(uid, deadline);
     m_waiting.erase(uid);
@@ -138,16 +121,16 @@ int32_t CLogTicket::PutOff(const std::wstring& uid, int64_t now, int32_t waiting
 }
 
 void CLogTicket::CleanUp(int64_t now) {
-    if (now - m_lastCleanUp <= Setting("MinClearListFrequencyInSec", kDefaultCleanUpInterval)) {
+    if (now - m_lastCleanUp <= Setting(TicketSetting::CleanUpInterval)) {
         return;
     }
-    CleanList(m_uploading, now, now + Setting("MaxUploadTime", kDefaultUploadTime));
-    CleanList(m_waiting, now - kWaitingGrace, now + Setting("MaxWaitTime", kDefaultMaxWaitTime));
+    CleanList(m_uploading, now, now + Setting(TicketSetting::UploadTime));
+    CleanList(m_waiting, now - kWaitingGrace, now + Setting(TicketSetting::MaxWaitTime));
     m_lastCleanUp = now;
 }
 
 bool CLogTicket::Release(const std::wstring& uid) {
-    if (!IsInForce()) {
+    if (!m_settings.IsInForce()) {
         return true;
     }
     WRB_LOG('D', L"%s - [LogTicket] upload log finish. try to remove client[%s] from log uploading list", kRelease,

@@ -13,8 +13,8 @@
 #include <string>
 
 #include "Clock.h"
-#include "INICache.h"
 #include "SRWLock.h"
+#include "TicketSettings.h"
 
 namespace wrb {
 
@@ -25,7 +25,7 @@ class CLogTicket {
   public:
     // All three must outlive the ticket.
     CLogTicket(const IClock& clock, CINICache& scanIni, CINICache& serverIni)
-        : m_clock(clock), m_scanIni(scanIni), m_serverIni(serverIni) {}
+        : m_clock(clock), m_settings(scanIni, serverIni) {}
     CLogTicket(const CLogTicket&) = delete;
     CLogTicket& operator=(const CLogTicket&) = delete;
 
@@ -39,34 +39,27 @@ class CLogTicket {
     // From a client's uid to the end of its upload slot, or to the time at which it was told to come back.
     using ClientList = std::map<std::wstring, int64_t>;
 
-    struct tagThreadNumbers {
-        uint32_t fixed;
-        uint32_t maximum;
-    };
-
     struct tagLimits {
-        std::size_t free;   // so many upload without further ado
-        std::size_t ahead;  // so many while the queue is short
+        std::size_t free;
+        std::size_t ahead;
     };
 
-    bool IsInForce() const;
-    uint32_t Setting(const char* key, uint32_t defaultValue) const;
-    const tagThreadNumbers& ThreadNumbers() WRB_REQUIRES(m_lock);
+    const tagTicketThreads& Threads() WRB_REQUIRES(m_lock);
+    uint32_t Setting(TicketSetting setting) WRB_REQUIRES(m_lock);
     int32_t Decide(const std::wstring& uid) WRB_REQUIRES(m_lock);
     tagLimits ReadLimits() WRB_REQUIRES(m_lock);
-    int32_t WaitingTime() const WRB_REQUIRES(m_lock);
+    int32_t WaitingTime() WRB_REQUIRES(m_lock);
     int32_t Admit(const std::wstring& uid, int64_t now, const wchar_t* lineFormat) WRB_REQUIRES(m_lock);
     int32_t PutOff(const std::wstring& uid, int64_t now, int32_t waitingTime) WRB_REQUIRES(m_lock);
     void CleanUp(int64_t now) WRB_REQUIRES(m_lock);
 
     const IClock& m_clock;
-    CINICache& m_scanIni;
-    CINICache& m_serverIni;
+    const CTicketSettings m_settings;
     CWrbSRWLock m_lock;
     ClientList m_uploading WRB_GUARDED_BY(m_lock);
     ClientList m_waiting WRB_GUARDED_BY(m_lock);
     int64_t m_lastCleanUp WRB_GUARDED_BY(m_lock) = 0;  // so that the first request cleans
-    std::optional<tagThreadNumbers> m_threads WRB_GUARDED_BY(m_lock);
+    std::optional<tagTicketThreads> m_threads WRB_GUARDED_BY(m_lock);
 };
 
 }  // namespace wrb

@@ -1,0 +1,43 @@
+// The settings of the log-upload ticket as they take effect: for the ticket itself and for whoever shows them.
+// docs/settings.md has the keys.
+#pragma once
+
+#include <cstdint>
+
+#include "INICache.h"
+
+namespace wrb {
+
+enum class TicketSetting : uint32_t {
+    Free,         // so many clients upload without further ado
+    Ahead,        // so many while the queue is short
+    Rate,         // clients a second, never 0
+    MaxWaitTime,  // the times are in seconds
+    UploadTime,
+    CleanUpInterval,
+    kCount
+};
+
+// The server's thread numbers, by which the first two settings are defaulted and bounded.
+struct tagTicketThreads {
+    uint32_t fixed;
+    uint32_t maximum;
+};
+
+// Every call reads through the caches, which must outlive the object. Numbers count as unsigned. Any thread.
+class CTicketSettings {
+  public:
+    CTicketSettings(CINICache& scanIni, CINICache& serverIni) : m_scanIni(scanIni), m_serverIni(serverIni) {}
+
+    bool IsInForce() const;  // without it every client may upload
+    tagTicketThreads Threads() const;
+    uint32_t Read(TicketSetting setting, const tagTicketThreads& threads) const;
+
+    static const char* Key(TicketSetting setting) noexcept;  // in "LOG_TICKET_SECTION" of the server INI
+
+  private:
+    CINICache& m_scanIni;
+    CINICache& m_serverIni;
+};
+
+}  // namespace wrb
