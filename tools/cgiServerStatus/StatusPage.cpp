@@ -16,6 +16,17 @@ constexpr char kTop[] =
     "<style>body{font-family:sans-serif}td,th{text-align:left;padding:0 1em 0 0}td.n{text-align:right}</style>\n"
     "</head>\n<body>\n<h1>Warrenby server status</h1>\n";
 
+constexpr char kBottom[] = "</body>\n</html>";
+
+void PutTop(CPutStream& out, const tagOutcome& outcome) {
+    out << "Status: " << outcome.status << "\r\n" << kHeaders << kTop;
+    if (!outcome.message.empty()) {
+        out << "<p id=\"message\"><strong>";
+        out.Send(outcome.message.c_str(), true);
+        out << "</strong></p>\n";
+    }
+}
+
 }  // namespace
 
 void PutCell(CPutStream& out, const std::wstring& text) {
@@ -24,17 +35,17 @@ void PutCell(CPutStream& out, const std::wstring& text) {
     out << "</td>";
 }
 
+void PutMessagePage(CPutStream& out, const tagOutcome& outcome) {
+    PutTop(out, outcome);
+    out << kBottom << endl;
+}
+
 void PutStatusPage(CPutStream& out, const tagOutcome& outcome, CINICache& scanIni, CINICache& serverIni) {
-    out << "Status: " << outcome.status << "\r\n" << kHeaders << kTop;
-    if (!outcome.message.empty()) {
-        out << "<p id=\"message\"><strong>";
-        out.Send(outcome.message.c_str(), true);
-        out << "</strong></p>\n";
-    }
+    PutTop(out, outcome);
     PutCounterTable(out);
     PutTicketTable(out, scanIni, serverIni);
     PutScanForm(out, scanIni);
-    out << "</body>\n</html>" << endl;
+    out << kBottom << endl;
 }
 
 }  // namespace wrb

@@ -14,6 +14,9 @@ struct tagOutcome {
     std::wstring message;           // empty: nothing to tell
 };
 
+// The outcome alone, for a server whose files are out of reach.
+void PutMessagePage(CPutStream& out, const tagOutcome& outcome);
+
 void PutStatusPage(CPutStream& out, const tagOutcome& outcome, CINICache& scanIni, CINICache& serverIni);
 
 void PutCounterTable(CPutStream& out);

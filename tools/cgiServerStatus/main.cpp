@@ -1,10 +1,11 @@
 // cgiServerStatus: the status page of the server, a gateway program of the web console.
+#include <windows.h>
+
 #include <algorithm>
 #include <exception>
 #include <string>
 
 #include "DebugLog.h"
-#include "ProfileAccess.h"
 #include "RequestOrigin.h"
 #include "ScanDefaults.h"
 #include "StatusPage.h"
@@ -16,11 +17,15 @@
 namespace wrb {
 namespace {
 
-void BindIniCaches() {
-    wchar_t home[260];
-    cgi_GetHomeDir(home, static_cast<uint32_t>(std::size(home)));
+// False without a home folder.
+bool BindIniCaches() {
+    wchar_t home[kHomeDirCapacity];
+    if (!cgi_GetHomeDir(home, kHomeDirCapacity)) {
+        return false;
+    }
     ScanIniCache().init((std::wstring(home) + L"wrbscan.ini").c_str(), 0);
     ServerIniCache().init((std::wstring(home) + L"Private\\wrbserver.ini").c_str(), 0);
+    return true;
 }
 
 std::wstring Listed(const std::vector<std::wstring>& keys) {
@@ -54,20 +59,18 @@ tagOutcome StoreForm(const CGetParameter& request) {
 
 // The file is an INI file with the form's section. A key that it lacks, and one with the default below, is not given.
 tagOutcome StoreFile(const CGetParameter& request) {
-    constexpr char kAbsent[] = "\x7F";
-    const std::string path = WideToAnsi(request.GetUploadFile(L"defaults"));
+    constexpr std::wstring_view kAbsent = L"\x7F";
+    const std::wstring path = request.GetUploadFile(L"defaults");
     if (path.empty()) {
         return {"400 Bad Request", L"No file came along."};
     }
-    const std::string section = WideToAnsi(FormGroup().section);
-    std::wstring text;
+    wchar_t text[kLongestFormText + 3];  // what is cut is still longer than any text may be
     bool found = false;
     const tagStoreResult result = StoreDefaults(ScanIniCache(), [&](const wchar_t* key) -> const wchar_t* {
-        const std::string value =
-            SystemProfile().ReadString(section.c_str(), WideToAnsi(key).c_str(), kAbsent, path.c_str());
-        text = AnsiToWide(value);
-        found = found || value != kAbsent;
-        return value != kAbsent ? text.c_str() : nullptr;
+        GetPrivateProfileStringW(FormGroup().section.data(), key, kAbsent.data(), text,
+                                 static_cast<DWORD>(std::size(text)), path.c_str());
+        found = found || text != kAbsent;
+        return text != kAbsent ? text : nullptr;
     });
     return found ? Told(result)
                  : tagOutcome{"400 Bad Request",
@@ -111,20 +114,43 @@ tagOutcome Serve(const CGetParameter& request) {
     return action == L"upload" ? StoreFile(request) : tagOutcome{"400 Bad Request", kIncomplete};
 }
 
+// Takes the request's uploads away when it has been served, however that ended.
+class CUploadGuard {
+  public:
+    explicit CUploadGuard(CGetParameter& request) : m_request(request) {}
+    ~CUploadGuard() { m_request.DeleteUploadFiles(); }
+    CUploadGuard(const CUploadGuard&) = delete;
+    CUploadGuard& operator=(const CUploadGuard&) = delete;
+
+  private:
+    CGetParameter& m_request;
+};
+
+tagOutcome Outcome(CGetParameter& request) try {
+    const CUploadGuard guard(request);
+    return Serve(request);
+} catch (const std::exception& error) {
+    WRB_LOG('E', L"%s - %S", L"cgiServerStatus", error.what());
+    return {"500 Internal Server Error", L"The request could not be served."};
+}
+
 }  // namespace
 }  // namespace wrb
 
 int main() try {
     cmdhl_ReloadDebugSetting(L"", L"");  // the library's lines, as well as our own
     DebugLogSetup(L"", L"", "CGISTATUS", true);
-    wrb::BindIniCaches();
+    CPutStream out(false);
+    if (!wrb::BindIniCaches()) {
+        WRB_LOG('E', L"%s - no home folder", L"cgiServerStatus");
+        wrb::PutMessagePage(out, {"500 Internal Server Error", L"The server has no home folder."});
+        return 0;
+    }
     CGetParameter request;
-    const wrb::tagOutcome outcome = wrb::Serve(request);
-    request.DeleteUploadFiles();
+    const wrb::tagOutcome outcome = wrb::Outcome(request);
     if (!outcome.message.empty()) {
         WRB_LOG('I', L"%s - %S: %s", L"cgiServerStatus", outcome.status, outcome.message.c_str());
     }
-    CPutStream out(false);
     wrb::PutStatusPage(out, outcome, ScanIniCache(), ServerIniCache());
     return 0;
 } catch (const std::exception& error) {
