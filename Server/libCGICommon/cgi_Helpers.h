@@ -19,7 +19,7 @@
 #endif
 
 // Room for the longest home folder and its terminator.
-inline constexpr uint32_t kHomeDirCapacity = 260;
+constexpr uint32_t kHomeDirCapacity = 260;
 
 // The server's home folder with a backslash at its end, into a buffer of `capacity` characters. False, with an empty
 // text in the buffer, when there is no home folder or it does not fit with its terminator.
