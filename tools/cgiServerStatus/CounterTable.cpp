@@ -1,21 +1,14 @@
 #include <string>
 
+#include "CounterCatalog.h"
 #include "CounterSection.h"
 #include "StatusPage.h"
 
 namespace wrb {
 namespace {
 
-// In the table's order, which is also the order of the counter slots.
-constexpr const wchar_t* kCommands[] = {
-#define WRB_COMMAND(name, handler, role, fields, answers) L"" #name,
-#include "CommandTable.inc"
-#undef WRB_COMMAND
-};
-
-void PutRow(CPutStream& out, const wchar_t* command, const HandlerCounterSlot& slot) {
-    out << "<tr>";
-    PutCell(out, command);
+void PutRow(CPutStream& out, const char* name, const HandlerCounterSlot& slot) {
+    out << "<tr><td>" << name << "</td>";
     const uint64_t numbers[] = {slot.calls, slot.failures, slot.average, slot.maximum, slot.total};
     for (const uint64_t number : numbers) {
         out << "<td class=\"n\">" << std::to_string(number).c_str() << "</td>";
@@ -37,9 +30,9 @@ void PutCounterTable(CPutStream& out) {
     }
     out << "<table id=\"counters\">\n<tr><th>command</th><th>calls</th><th>failed</th><th>average ms</th>"
            "<th>longest ms</th><th>total ms</th></tr>\n";
-    for (uint32_t i = 0; i < std::size(kCommands); ++i) {
-        if (const HandlerCounterSlot slot = reader.Slot(i); slot.calls != 0) {
-            PutRow(out, kCommands[i], slot);
+    for (const tagCountedRow& counted : CountedRows()) {
+        if (const HandlerCounterSlot slot = reader.Slot(counted.slot); slot.calls != 0) {
+            PutRow(out, counted.name.c_str(), slot);
         }
     }
     out << "</table>\n<p>calls in progress: " << reader.CallsInProgress() << "</p>\n";

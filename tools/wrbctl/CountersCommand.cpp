@@ -2,12 +2,10 @@
 
 #include <cstdio>
 #include <string>
-#include <vector>
 
-#include "CommandCatalog.h"
-#include "CommandSlot.h"
 #include "Commands.h"
 #include "Console.h"
+#include "CounterCatalog.h"
 #include "CounterSection.h"
 #include "ExitCode.h"
 #include "JsonOutput.h"
@@ -15,23 +13,6 @@
 
 namespace wrb {
 namespace {
-
-struct tagCountedRow {
-    std::string name;
-    uint32_t slot;
-};
-
-// The commands, and behind them the alert types that have a counter of their own.
-std::vector<tagCountedRow> CountedRows() {
-    std::vector<tagCountedRow> rows;
-    for (const CommandEntry& entry : CommandCatalog()) {
-        rows.push_back({std::string(entry.name), static_cast<uint32_t>(rows.size())});
-    }
-    for (const tagAlertSlot& alert : kAlertSlots) {
-        rows.push_back({"CMDHL_CMDHL_GET_CLN_ALERT_MSG type " + std::to_string(alert.type), alert.slot});
-    }
-    return rows;
-}
 
 std::string TextLine(const char* format, const char* name, const HandlerCounterSlot& slot) {
     char line[160];

@@ -4,9 +4,9 @@
 
 #include <cstdio>
 #include <ctime>
-#include <memory>
 #include <string>
 
+#include "CheckPFWLogVersion.h"
 #include "Commands.h"
 #include "Console.h"
 #include "Failure.h"
@@ -14,6 +14,7 @@
 #include "PfwLogJson.h"
 #include "PfwLogReader.h"
 #include "Text.h"
+#include "VisibleText.h"
 
 namespace wrb {
 namespace {
@@ -27,12 +28,17 @@ std::string UtcTime(uint32_t seconds) {
     return text;
 }
 
+// The texts are the agent's.
+std::string Visible(const Json::Value& text) {
+    return WideToUtf8(VisibleText(Utf8ToWide(text.asString())));
+}
+
 std::string TextLine(const Json::Value& line) {
     char numbers[64];
     std::snprintf(numbers, sizeof numbers, "  %3u %5u %5u %5u %5u  ", line["direction"].asUInt(),
                   line["protocol"].asUInt(), line["type"].asUInt(), line["subType"].asUInt(), line["port"].asUInt());
-    std::string text = UtcTime(line["time"].asUInt()) + numbers + line["localHost"].asString() + " " +
-                       line["remoteHost"].asString() + "  " + line["path"].asString() + "  " + line["info"].asString();
+    std::string text = UtcTime(line["time"].asUInt()) + numbers + Visible(line["localHost"]) + " " +
+                       Visible(line["remoteHost"]) + "  " + Visible(line["path"]) + "  " + Visible(line["info"]);
     return text + (line.isMember("head") ? "  WRONG MARKERS\n" : "\n");
 }
 
@@ -44,22 +50,6 @@ std::string JsonLine(const Json::Value& line) {
         return oneLine;
     }();
     return Json::writeString(writer, line) + "\n";
-}
-
-// The first record's word where the size leaves it open.
-PfwLogVersion VersionOf(HANDLE file, uint32_t size) {
-    const PfwLogVersion version = PfwLogVersionOfSize(size);
-    if (version != PfwLogVersion::kUnknown) {
-        return version;
-    }
-    const auto records = std::make_unique<SWRB_PFW_LOG_ITEM[]>(1);  // the larger of the two
-    DWORD read = 0;
-    ReadFile(file, records.get(), sizeof records[0], &read, nullptr);
-    SetFilePointer(file, 0, nullptr, FILE_BEGIN);
-    if (HasPfwLogMarkers(*reinterpret_cast<const SWRB_PFW_LOG_ITEM_V0*>(records.get()))) {
-        return PfwLogVersion::kV0;
-    }
-    return HasPfwLogMarkers(records[0]) ? PfwLogVersion::kV1 : PfwLogVersion::kUnknown;
 }
 
 // Returns how many records have wrong markers.
@@ -85,7 +75,7 @@ int RunFwlogRead(const FwlogReadOptions& options) {
         return Fail(kExitUsage, "cannot open " + options.file + " (system error " + std::to_string(error) + ")");
     }
     const uint32_t size = GetFileSize(file.Get(), nullptr);
-    const PfwLogVersion version = VersionOf(file.Get(), size);
+    const PfwLogVersion version = PfwLogVersionOfFile(file.Get(), size);
     if (version == PfwLogVersion::kUnknown) {
         return Fail(kExitUsage, options.file + " fits both versions by its size and neither by its markers");
     }

@@ -1,9 +1,11 @@
 #include <json/reader.h>
 
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -73,7 +75,7 @@ void WriteRecords(std::istream& in, std::ostream& out, CFileVersion version) {
             } else {
                 Append<SWRB_PFW_LOG_ITEM>(line, out);
             }
-        } catch (const std::runtime_error& error) {
+        } catch (const std::exception& error) {  // of the JSON reader too, whose own are no runtime errors
             throw std::runtime_error("line " + std::to_string(number) + ": " + error.what());
         }
     }
@@ -90,7 +92,7 @@ int RunFwlogWrite(const FwlogWriteOptions& options) {
     std::string problem;
     try {
         WriteRecords(std::cin, out, CFileVersion(options.version));
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         problem = error.what();
     }
     out.close();

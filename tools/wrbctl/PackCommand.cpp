@@ -1,25 +1,17 @@
-#include <windows.h>
-
 #include <filesystem>
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <system_error>
+#include <vector>
 
 #include "CabinetWriter.h"
 #include "Commands.h"
 #include "Failure.h"
+#include "LessIgnoringCase.h"
 #include "Text.h"
 
 namespace wrb {
-namespace {
-
-struct LessIgnoringCase {
-    bool operator()(const std::wstring& left, const std::wstring& right) const noexcept {
-        return CompareStringOrdinal(left.c_str(), -1, right.c_str(), -1, TRUE) == CSTR_LESS_THAN;
-    }
-};
-
-}  // namespace
 
 int RunPack(const PackOptions& options) {
     std::vector<tagCabinetSource> sources;

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <iterator>
 #include <limits>
-#include <memory>
+#include <string>
 
 #include "PfwLogText.h"
 #include "Text.h"
@@ -26,7 +27,7 @@ void EncodeNumber(const CJsonNode& line, const char* key, Number& number, Number
 template <std::size_t N>
 void EncodeAnsi(const CJsonNode& line, const char* key, char (&field)[N]) {
     const auto member = line.Member(key);
-    const std::wstring text = member ? member->Text() : std::wstring();
+    const std::wstring text = member ? member->AnyText() : std::wstring();
     const std::string narrow = WideToAnsi(text);
     if (AnsiToWide(narrow) != text) {
         member->Fail("has characters that the system's ANSI code page lacks");
@@ -39,7 +40,7 @@ void EncodeAnsi(const CJsonNode& line, const char* key, char (&field)[N]) {
 
 void EncodeInfo(const CJsonNode& line, wchar_t (&field)[kPfwLogInfoCharacters]) {
     const auto member = line.Member("info");
-    const std::wstring text = member ? member->Text() : std::wstring();
+    const std::wstring text = member ? member->AnyText() : std::wstring();
     if (text.size() >= kPfwLogInfoCharacters) {
         member->Fail("must have at most 127 characters");
     }
@@ -48,7 +49,7 @@ void EncodeInfo(const CJsonNode& line, wchar_t (&field)[kPfwLogInfoCharacters]) 
 
 void EncodeOctets(const CJsonNode& line, const char* key, uint8_t (&octets)[4]) {
     const auto member = line.Member(key);
-    const std::string text = member ? WideToUtf8(member->Text()) : "0.0.0.0";
+    const std::string text = member ? WideToUtf8(member->AnyText()) : "0.0.0.0";
     const char* at = text.data();
     const char* const end = at + text.size();
     for (uint8_t& octet : octets) {

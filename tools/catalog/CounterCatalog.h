@@ -1,0 +1,18 @@
+// Who counts into which slot of the performance counters, for whoever shows them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace wrb {
+
+struct tagCountedRow {
+    std::string name;  // ASCII
+    uint32_t slot;
+};
+
+// The commands, and behind them the alert types that have a counter of their own.
+std::vector<tagCountedRow> CountedRows();
+
+}  // namespace wrb
