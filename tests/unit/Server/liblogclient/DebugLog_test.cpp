@@ -1,16 +1,17 @@
 // Lines on their way to the log service.
 #include "DebugLog.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <ctime>
-#include <fstream>
-#include <iterator>
-#include <map>
 #include <regex>
-#include <thread>
 
+#include "FakeDbService.h"
 #include "FakeLogService.h"
+#include "OnThreads.h"
+#include "TempFolder.h"
 #include "Text.h"
 #include "UniqueName.h"
 #include "logcl_command.h"
@@ -32,22 +33,26 @@ TEST(LogWrite, AMessageIsItsFieldsBetweenTabsAndATerminatingZero) {
     constexpr tagLogLine kLine = {-1, 4'294'967'295u, 12, 68, L"a.cpp", 4'294'967'295u, L"[T][h]text"};
     const CFakePipeService service(L"Log_ServerNamePipe");
     EXPECT_EQ(logcl_Write(kLine, nullptr), 1);
-    const auto messages = service.WaitFor(1);
-    ASSERT_EQ(messages.size(), 1u);
-    const std::wstring expected = L"LOG_WRITE\t-1\t4294967295\t12\t68\ta.cpp\t-1\t[T][h]text";
-    EXPECT_EQ(messages[0].bytes,
-              std::string(reinterpret_cast<const char*>(expected.c_str()), (expected.size() + 1) * sizeof(wchar_t)));
+    const std::wstring expected(L"LOG_WRITE\t-1\t4294967295\t12\t68\ta.cpp\t-1\t[T][h]text\0", 50);
+    EXPECT_EQ(service.WaitFor(1).at(0).bytes, wrb::test::WideBytes(expected));
+}
+
+TEST(LogWrite, AMissingServiceIsNotedOnceWhereThereIsSomebodyToNoteIt) {
+    struct CNotes final : wrb::IExternalLog {
+        void Trace(const wchar_t*, uint32_t, uint32_t, const wchar_t* text) const override { texts.emplace_back(text); }
+        mutable std::vector<std::wstring> texts;
+    } const notes;
+    for (const CNotes* external : {static_cast<const CNotes*>(nullptr), &notes, &notes}) {
+        EXPECT_EQ(logcl_Write({0, 1, 2, 68, L"a.cpp", 3, L"text"}, external), 0);
+    }
+    EXPECT_EQ(notes.texts, std::vector<std::wstring>{L"Need to Start LogServer for turn on debug log."});
 }
 
 TEST_F(DebugLogTest, ALineArrivesFieldByField) {
     const auto before = static_cast<int32_t>(std::time(nullptr));
     DebugLog(68, L"Server\\x.cpp", 4'000'000'000u, L"[f] %s\t%d %S", L"wide", -5, "narrow");
-    const auto lines = m_service.TakeLines();
-    ASSERT_EQ(lines.size(), 1u);
-    const tagLogMessage& line = lines[0];
-    EXPECT_EQ(line.command, L"LOG_WRITE");
-    EXPECT_GE(line.seconds, before);
-    EXPECT_LE(line.seconds, before + 60);
+    const tagLogMessage line = m_service.TakeLines().at(0);
+    EXPECT_TRUE(line.seconds >= before && line.seconds <= before + 60) << line.seconds;
     EXPECT_EQ(line.process, GetCurrentProcessId());
     EXPECT_EQ(line.thread, GetCurrentThreadId());
     EXPECT_EQ(line.level, 68u);
@@ -76,9 +81,7 @@ TEST_F(DebugLogTest, AMirrorFileGetsTheLineAsWell) {
     ASSERT_TRUE(DebugLogAttachMirror(path.c_str()));
     DebugLog('E', L"x.cpp", 12, L"first");
     ASSERT_TRUE(DebugLogAttachMirror(nullptr));
-    std::ifstream file(wrb::WideToAnsi(path), std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    file.close();
+    const std::string bytes = wrb::test::ReadAll(path);
     EXPECT_TRUE(DeleteFileW(path.c_str()));
     const std::wstring pattern = L"\xFEFF\\d{4} \\d\\d/\\d\\d \\d\\d:\\d\\d:\\d\\d \\[" +
                                  wrb::FormatWide(L"%04x : %04x", GetCurrentProcessId(), GetCurrentThreadId()) +
@@ -95,32 +98,21 @@ TEST_F(DebugLogTest, KeepsTheLastError) {
 }
 
 TEST_F(DebugLogTest, EightThreadsNeverMixTheirLines) {
-    constexpr int kThreads = 8;
+    constexpr unsigned kThreads = 8;
     constexpr int kLines = 60;
-    const auto text = [](int thread, int line) {
-        return std::to_wstring(thread) + L":" + std::wstring(static_cast<std::size_t>(1200 + thread), L'a') + L":" +
-               std::to_wstring(line);
+    const auto text = [](unsigned thread, int line) {
+        return std::to_wstring(thread) + L":" + std::wstring(1200 + thread, L'a') + L":" + std::to_wstring(line);
     };
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < kLines; ++i) {
-                DebugLog('I', L"x.cpp", static_cast<uint32_t>(t), L"%s", text(t, i).c_str());
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    std::map<uint32_t, int> next;
+    wrb::test::OnThreads(kThreads, [&](unsigned thread) {
+        for (int i = 0; i < kLines; ++i) {
+            DebugLog('I', L"x.cpp", thread, L"%s", text(thread, i).c_str());
+        }
+    });
+    std::array<int, kThreads> next{};
     for (const tagLogMessage& line : m_service.TakeLines()) {
-        const int thread = static_cast<int>(line.line);
-        EXPECT_EQ(line.text, kPrefix + text(thread, next[line.line]++));
+        EXPECT_EQ(line.text, kPrefix + text(line.line, next.at(line.line)++));
     }
-    ASSERT_EQ(next.size(), std::size_t{kThreads});
-    for (const auto& [thread, count] : next) {
-        EXPECT_EQ(count, kLines) << thread;
-    }
+    EXPECT_THAT(next, testing::Each(kLines));
 }
 
 }  // namespace
