@@ -3,13 +3,13 @@
 #include <cstring>
 #include <cwchar>
 
+#include "AgentUid.h"
+#include "DebugLog.h"
 #include "MsgSerializer.h"
 #include "PipeServer.h"
 #include "Text.h"
 
 namespace {
-
-constexpr std::size_t kUidCharacters = 36;
 
 template <typename String>
 bool Ask(const CCmdProtocol& request, int32_t replyId, String& answer) {

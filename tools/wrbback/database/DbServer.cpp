@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "AgentUid.h"
 #include "CmdProtocol.h"
 #include "DbApiHeader.h"
 #include "DbTransport.h"
@@ -20,7 +21,6 @@ namespace {
 constexpr unsigned kInstances = 64;
 constexpr std::size_t kMaxRequestBytes = 4u << 20;
 constexpr std::size_t kShownCharacters = 64;
-constexpr std::size_t kUidCharacters = 36;
 
 // Every serialized message starts with these four bytes, no text command does.
 constexpr uint8_t kMessageStart[] = {4, 0, 0, 0};

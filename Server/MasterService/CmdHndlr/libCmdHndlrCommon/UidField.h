@@ -4,13 +4,15 @@
 #include <cstddef>
 #include <string_view>
 
+#include "AgentUid.h"
+
 namespace wrb {
 
 class CUidField {
   public:
     // Cuts a longer text; null counts as empty.
     explicit CUidField(const wchar_t* uid) noexcept {
-        while (uid != nullptr && m_length < kCapacity - 1 && uid[m_length] != L'\0') {
+        while (uid != nullptr && m_length < kUidCharacters && uid[m_length] != L'\0') {
             m_text[m_length] = uid[m_length];
             ++m_length;
         }
@@ -22,10 +24,8 @@ class CUidField {
     std::wstring_view View() const noexcept { return {m_text, m_length}; }
 
   private:
-    static constexpr std::size_t kCapacity = 37;
-
     std::size_t m_length = 0;
-    wchar_t m_text[kCapacity] = {};
+    wchar_t m_text[kUidCharacters + 1] = {};
 };
 
 }  // namespace wrb
