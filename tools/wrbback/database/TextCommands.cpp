@@ -1,37 +1,17 @@
 #include "TextCommands.h"
 
 #include <algorithm>
-#include <charconv>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "ScanTable.h"
 #include "SqliteDb.h"
+#include "Text.h"
 #include "TextCommandTable.h"
 
 namespace wrb {
 namespace {
-
-// Decimal text as a 64-bit number, by the rules of the 32-bit fields: blanks and a sign may lead, the first other
-// character ends it, no digits give 0, and what is too large is clamped.
-int64_t ParseInt64(std::wstring_view text) {
-    text.remove_prefix(std::min(text.size(), text.find_first_not_of(L" \t")));
-    std::string digits;
-    for (const wchar_t c : text) {
-        const bool sign = digits.empty() && (c == L'-' || c == L'+');
-        if (!sign && (c < L'0' || c > L'9')) {
-            break;
-        }
-        digits += static_cast<char>(c);
-    }
-    const char* first = digits.data() + (digits.starts_with('+') ? 1 : 0);
-    int64_t number = 0;
-    if (std::from_chars(first, digits.data() + digits.size(), number).ec == std::errc::result_out_of_range) {
-        number = digits.starts_with('-') ? INT64_MIN : INT64_MAX;
-    }
-    return number;
-}
 
 // A request's fields under the names that a row of the table gives them.
 struct Field {
