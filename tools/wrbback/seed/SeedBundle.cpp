@@ -43,15 +43,11 @@ void ReadRow(const SettingRow<Values>& row, const CJsonNode& node, Values& value
     }
 }
 
-// An object with the keys of the bundle's section; none, one.
+// An object with the keys of the bundle's section.
 template <typename Values>
-void ReadBundle(const CJsonNode& agent, std::string_view key, std::vector<Values>& rows) {
-    const auto node = agent.Member(key);
-    if (!node) {
-        return;
-    }
+void ReadBundle(const CJsonNode& node, std::vector<Values>& rows) {
     Values& values = rows.emplace_back();
-    node->ForEachMember([&](const std::string& name, const CJsonNode& member) {
+    node.ForEachMember([&](const std::string& name, const CJsonNode& member) {
         const auto table = SettingTableOf(values).rows;
         const auto row = std::ranges::find(table, name, KeyOf<Values>);
         if (row == table.end()) {
@@ -63,12 +59,8 @@ void ReadBundle(const CJsonNode& agent, std::string_view key, std::vector<Values
 
 // A list of objects, all of whose members are texts.
 template <typename Values>
-void ReadItemList(const CJsonNode& agent, std::string_view key, std::vector<Values>& items) {
-    const auto node = agent.Member(key);
-    if (!node) {
-        return;
-    }
-    node->ForEachElement([&](const CJsonNode& element) {
+void ReadItemList(const CJsonNode& node, std::vector<Values>& items) {
+    node.ForEachElement([&](const CJsonNode& element) {
         Values& values = items.emplace_back();
         element.ForEachMember([&](const std::string& name, const CJsonNode& member) {
             const auto table = SettingTableOf(values).rows;
@@ -81,16 +73,31 @@ void ReadItemList(const CJsonNode& agent, std::string_view key, std::vector<Valu
     });
 }
 
+constexpr struct {
+    std::string_view key;
+    void (*read)(const CJsonNode& node, tagAgentBundles& bundles);
+} kBundles[] = {
+    {"webThreat", [](const CJsonNode& node, tagAgentBundles& b) { ReadBundle(node, b.webThreat); }},
+    {"ncie", [](const CJsonNode& node, tagAgentBundles& b) { ReadBundle(node, b.ncie); }},
+    {"sablex", [](const CJsonNode& node, tagAgentBundles& b) { ReadBundle(node, b.sablex); }},
+    {"aggrScan", [](const CJsonNode& node, tagAgentBundles& b) { ReadBundle(node, b.aggrScan); }},
+    {"restoreItems", [](const CJsonNode& node, tagAgentBundles& b) { ReadItemList(node, b.restoreItems); }},
+    {"agentPolicies", [](const CJsonNode& node, tagAgentBundles& b) { ReadItemList(node, b.agentPolicies); }},
+};
+
 }  // namespace
+
+bool IsSeedBundleKey(std::string_view key) {
+    return std::ranges::any_of(kBundles, [&](const auto& bundle) { return bundle.key == key; });
+}
 
 tagAgentBundles ParseSeedBundles(const CJsonNode& agent) {
     tagAgentBundles bundles;
-    ReadBundle(agent, kBundleKeys[0], bundles.webThreat);
-    ReadBundle(agent, kBundleKeys[1], bundles.ncie);
-    ReadBundle(agent, kBundleKeys[2], bundles.sablex);
-    ReadBundle(agent, kBundleKeys[3], bundles.aggrScan);
-    ReadItemList(agent, kBundleKeys[4], bundles.restoreItems);
-    ReadItemList(agent, kBundleKeys[5], bundles.agentPolicies);
+    for (const auto& bundle : kBundles) {
+        if (const auto node = agent.Member(bundle.key)) {
+            bundle.read(*node, bundles);
+        }
+    }
     return bundles;
 }
 

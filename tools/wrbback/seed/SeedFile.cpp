@@ -88,7 +88,7 @@ void RefuseUnknownValues(const CJsonNode& agent) {
                                             "note"};
     agent.RefuseUnknown([&](std::string_view key) {
         return isColumn("", key) || isGroup(key) || std::ranges::find(kOthers, key) != std::end(kOthers) ||
-               std::ranges::find(kBundleKeys, key) != std::end(kBundleKeys);
+               IsSeedBundleKey(key);
     });
     agent.ForEachMember([&](const std::string& group, const CJsonNode& node) {
         if (isGroup(group)) {

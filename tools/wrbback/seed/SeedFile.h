@@ -57,9 +57,8 @@ tagSeed ParseSeed(const std::string& utf8);
 // One of an agent's scan types: the keys of its INI section, "Flags", and the objects "spyware" and "exclusions".
 tagStoredScan ParseSeedScan(ScanType type, const CJsonNode& node);
 
-// An agent's setting bundles, from its members of these names.
-inline constexpr std::string_view kBundleKeys[] = {"webThreat", "ncie",         "sablex",
-                                                   "aggrScan",  "restoreItems", "agentPolicies"};
+// An agent's setting bundles, from its members with a bundle key.
+bool IsSeedBundleKey(std::string_view key);
 tagAgentBundles ParseSeedBundles(const CJsonNode& agent);
 
 }  // namespace wrb

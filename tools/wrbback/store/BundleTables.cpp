@@ -28,7 +28,6 @@ constexpr BundleTable kTable<tagPolicyTrackingValues>{"agent_policy", true};
 template <typename Values>
 constexpr int kFirstField = kTable<Values>.hasPosition ? 2 : 1;
 
-// INSERT INTO name VALUES (?1, ?2, ...)
 template <typename Values>
 std::string InsertSql() {
     constexpr int kColumns = kFirstField<Values> + std::tuple_size_v<decltype(Values::Fields())>;
