@@ -61,7 +61,7 @@ std::optional<std::vector<uint8_t>> FromBase64(std::wstring_view text) {
                                                                               : std::nullopt;
 }
 
-// Where nonce and tag are in the bytes, which hold both.
+// Encryption writes the tag through these pointers, so `bytes` must have room for nonce and tag.
 BCRYPT_AUTHENTICATED_CIPHER_MODE_INFO ModeOf(std::vector<uint8_t>& bytes) {
     BCRYPT_AUTHENTICATED_CIPHER_MODE_INFO mode;
     BCRYPT_INIT_AUTH_MODE_INFO(mode);
@@ -97,17 +97,17 @@ std::optional<ProtectionKey> ParseProtectionKey(std::wstring_view hex) noexcept 
     return key;
 }
 
-CStringProtection::CStringProtection(const ProtectionKey& key) {
+// The key by value: the system takes a pointer to what it does not change. It is not wiped, for the INI cache that it
+// comes from keeps it as long as the process lives.
+CStringProtection::CStringProtection(ProtectionKey key) {
     Check(BCryptOpenAlgorithmProvider(m_algorithm.Receive(), BCRYPT_AES_ALGORITHM, nullptr, 0),
           "BCryptOpenAlgorithmProvider");
     wchar_t mode[] = BCRYPT_CHAIN_MODE_GCM;
     Check(BCryptSetProperty(m_algorithm.Get(), BCRYPT_CHAINING_MODE, reinterpret_cast<PUCHAR>(mode), sizeof mode, 0),
           "BCryptSetProperty");
-    ProtectionKey secret = key;  // the system takes a pointer to what it does not change
-    const NTSTATUS status = BCryptGenerateSymmetricKey(m_algorithm.Get(), m_key.Receive(), nullptr, 0, secret.data(),
-                                                       static_cast<ULONG>(secret.size()), 0);
-    SecureZeroMemory(secret.data(), secret.size());
-    Check(status, "BCryptGenerateSymmetricKey");
+    Check(BCryptGenerateSymmetricKey(m_algorithm.Get(), m_key.Receive(), nullptr, 0, key.data(),
+                                     static_cast<ULONG>(key.size()), 0),
+          "BCryptGenerateSymmetricKey");
 }
 
 std::wstring CStringProtection::Protect(std::wstring_view text) const {

@@ -33,7 +33,7 @@ std::optional<ProtectionKey> ParseProtectionKey(std::wstring_view hex) noexcept;
 class CStringProtection {
   public:
     // Throws OS::CException, as Protect does, when the system's crypto library fails.
-    explicit CStringProtection(const ProtectionKey& key);
+    explicit CStringProtection(ProtectionKey key);
 
     std::wstring Protect(std::wstring_view text) const;
 
