@@ -5,14 +5,22 @@
 #include <string>
 
 #include "CommandSlot.h"
+#include "DebugLog.h"
 
 class CCmdProtocol;
 
 namespace wrb {
 
-// The command's own logic: fills `output` for the agent `uid`, or for the server as a whole when `uid` is empty. With
-// `bResetCfgFlag` it also clears the agent's "changed" bit. False: nothing was found, and `output` is empty.
+// The command's own logic: fills `output` for the agent `uid`. What an empty uid means is the logic's own: to the scan
+// requests the server as a whole, to the setting bundles an agent that nobody knows. With `bResetCfgFlag` it also
+// clears the agent's "changed" bit. False: nothing was found, and `output` is empty.
 using AnswerLogic = bool (*)(std::wstring& output, const wchar_t* uid, bool bResetCfgFlag);
+
+// An AnswerLogic for what has no "changed" bit.
+template <bool (*getter)(std::wstring& output, const wchar_t* uid)>
+bool WithoutReset(std::wstring& output, const wchar_t* uid, bool /*bResetCfgFlag*/) {
+    return getter(output, uid);
+}
 
 // What sets one answering command apart from another. The texts live as long as the program.
 struct tagAnswerFrame {
@@ -23,7 +31,7 @@ struct tagAnswerFrame {
     const wchar_t* sourceFile;  // where the log lines say that they come from
     uint32_t line;
     const wchar_t* replyFailedLine = nullptr;  // text, logged when the answer cannot be sent; null: no further line
-    uint32_t replyFailedLevel = 'E';
+    uint32_t replyFailedLevel = kLogError;
 };
 
 // Reads the reply pipe and the uid from `message`, runs the logic with bResetCfgFlag false and sends what it gave; an

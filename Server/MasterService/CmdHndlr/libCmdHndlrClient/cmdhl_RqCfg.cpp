@@ -5,14 +5,6 @@
 #include "SourceFile.h"
 #include "cmdhl_Handlers.h"
 
-namespace {
-
-bool GetSpyRestoreList(std::wstring& output, const wchar_t* uid, bool /*the list has no "changed" bit*/) {
-    return cmdhm_GetSpyRestoreList(output, uid);
-}
-
-}  // namespace
-
 // The two shapes of the log lines: "name: uid:[...]" and "[name] uid:[...]".
 #define WRB_PLAIN(name, what) L"" #name L": " #what L":[%s]"
 #define WRB_BRACKETED(name, what) L"[" #name L"] " #what L":[%s]"
@@ -39,4 +31,5 @@ WRB_SCAN_REQUEST(cmdhl_GetSpyPSCfg, CMDHL_GET_SPY_PS_CFG, cmdhm_GetAndExportSpyP
 WRB_SCAN_REQUEST(cmdhl_GetSNCfg, CMDHL_GET_SN_CFG, cmdhm_GetAndExportSNCfg, WRB_PLAIN)
 WRB_SCAN_REQUEST(cmdhl_GetSNCfgEx, CMDHL_GET_SN_CFG_EX, cmdhm_GetAndExportSNCfgEx, WRB_PLAIN)
 WRB_SCAN_REQUEST(cmdhl_GetSpySNCfg, CMDHL_GET_SPY_SN_CFG, cmdhm_GetAndExportSpySNCfg, WRB_BRACKETED)
-WRB_SCAN_REQUEST(cmdhl_GetSpyRestoreList, CMDHL_GET_SPY_RESTORE_LIST, GetSpyRestoreList, WRB_BRACKETED)
+WRB_SCAN_REQUEST(cmdhl_GetSpyRestoreList, CMDHL_GET_SPY_RESTORE_LIST, wrb::WithoutReset<cmdhm_GetSpyRestoreList>,
+                 WRB_BRACKETED)
