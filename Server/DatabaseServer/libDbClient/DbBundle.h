@@ -1,10 +1,10 @@
 // The setting bundles of an agent: small groups of settings, a record and a command each. docs/wire-formats.md gives
 // the records field by field.
 //
-// `caller` is the asking function's name, for the server's log; `uid` is cut to 36 characters. True when the answer
-// could be read; false, with a log line, when the request failed, the agent is not known or the answer is malformed:
-// the record is then not to be used. An agent without settings of its own has a record of zeros and empty texts. None
-// throws. Waits at most 600 seconds.
+// `caller` is the asking function's name, for the server's log; `uid` is cut to 36 characters, but not for sample
+// submission, whose request is a text. True when the answer could be read; false, with a log line, when the request
+// failed, the agent is not known or the answer is malformed: the record is then not to be used. An agent without
+// settings of its own has a record of zeros and empty texts. None throws. Waits at most 600 seconds.
 #pragma once
 
 #include <cstdint>
