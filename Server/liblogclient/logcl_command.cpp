@@ -22,7 +22,7 @@ void Report(const wrb::IExternalLog* external, uint32_t line, const wchar_t* for
 void ReportConnectFailure(const wrb::IExternalLog* external, DWORD error) {
     if (error != ERROR_FILE_NOT_FOUND) {
         Report(external, __LINE__, L"Initial pipe client failed! err=%d", error);
-    } else if (!missingServiceReported.exchange(true)) {
+    } else if (external != nullptr && !missingServiceReported.exchange(true)) {
         Report(external, __LINE__, L"Need to Start LogServer for turn on debug log.", error);
     }
 }
