@@ -3,6 +3,7 @@
 #include <json/writer.h>
 
 #include <ctime>
+#include <memory>
 #include <sstream>
 
 #include "CmdProtocol.h"

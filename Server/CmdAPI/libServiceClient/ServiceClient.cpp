@@ -4,7 +4,6 @@
 
 #include "CmdProtocol.h"
 #include "DbGuard.h"
-#include "DebugLog.h"
 #include "MsgSerializer.h"
 #include "PipeClient.h"
 
@@ -13,9 +12,9 @@ namespace {
 
 bool Report(const tagService& service, const wchar_t* format, DWORD error) {
     if (service.namesPipe) {
-        WRB_LOG(kLogError, format, service.pipe, error);
+        WRB_LOG(service.level, format, service.pipe, error);
     } else {
-        WRB_LOG(kLogError, format, error);
+        WRB_LOG(service.level, format, error);
     }
     return false;
 }
@@ -49,11 +48,13 @@ int Deliver(const tagService& service, Write write) noexcept {
 
 }  // namespace
 
+int SendToService(const tagService& service, const void* bytes, uint64_t byteCount) noexcept {
+    return Deliver(service, [&](CPipeClient& client) { return SendBytes(service, client, bytes, byteCount); });
+}
+
 int SendToService(const tagService& service, const CCmdProtocol& text) noexcept {
-    return Deliver(service, [&](CPipeClient& client) {
-        const std::wstring_view all = text.Text();
-        return SendBytes(service, client, all.data(), (all.size() + 1) * sizeof(wchar_t));
-    });
+    const std::wstring_view all = text.Text();
+    return SendToService(service, all.data(), (all.size() + 1) * sizeof(wchar_t));
 }
 
 int SendToService(const tagService& service, CMsgSerializer& message, SentBlock block) noexcept {

@@ -1,30 +1,38 @@
-// One-way notifications to a local service, in either form of message: open the service's pipe, write the message,
+// One-way messages to a local service, in either form or as plain bytes: open the service's pipe, write the message,
 // close. Nothing is retried beyond the pipe client's own waiting on a busy pipe, and nothing comes back.
 //
-// Both functions return 1 when the whole message was written and 0 otherwise, with one log line, and never throw. Each
+// The functions return 1 when the whole message was written and 0 otherwise, with one log line, and none throws. Each
 // call has its own connection: callers on different threads share nothing.
 #pragma once
+
+#include <cstdint>
+
+#include "DebugLog.h"
 
 class CCmdProtocol;
 class CMsgSerializer;
 
 namespace wrb {
 
-// A service's pipe and the wording of its client's two log lines. The texts live as long as the program.
+// A service's pipe and its client's two log lines. The texts belong to the caller.
 struct tagService {
     const wchar_t* pipe;
     const wchar_t* openFailed;  // formats of the error code, behind the pipe's name where `namesPipe` is set
     const wchar_t* sendFailed;
     bool namesPipe;
+    uint32_t level;
 };
 
 constexpr tagService ServiceWithPlainLines(const wchar_t* pipe) noexcept {
-    return {pipe, L"Initial pipe client failed! err=%d", L"pipe send failed!. err=%d", false};
+    return {pipe, L"Initial pipe client failed! err=%d", L"pipe send failed!. err=%d", false, kLogError};
 }
 
-constexpr tagService ServiceWithPipeLines(const wchar_t* pipe) noexcept {
-    return {pipe, L"init pipe client [%s] failed! err=[%d]", L"pipe [%s] send failed!. err=[%d]", true};
+constexpr tagService ServiceWithPipeLines(const wchar_t* pipe, uint32_t level = kLogError) noexcept {
+    return {pipe, L"init pipe client [%s] failed! err=[%d]", L"pipe [%s] send failed!. err=[%d]", true, level};
 }
+
+// As they are; no bytes are a connection and nothing else.
+int SendToService(const tagService& service, const void* bytes, uint64_t byteCount) noexcept;
 
 // Text form: UTF-16LE with its NUL.
 int SendToService(const tagService& service, const CCmdProtocol& text) noexcept;

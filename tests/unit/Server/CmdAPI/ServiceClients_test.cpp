@@ -4,6 +4,7 @@
 #include <json/reader.h>
 
 #include <functional>
+#include <memory>
 
 #include "CapturedLog.h"
 #include "CmdProtocol.h"
@@ -67,6 +68,8 @@ TEST(ServiceClients, TextsTravelWithTheirNul) {
     const auto seconds = [](const wchar_t* date) {
         tagFirewallLogEntry entry = kEntry;
         entry.date = date;
+        entry.localHost = L"10.0.0.7\t1";  // an address does not move the numbers
+        entry.remoteHost = L"fe80::1%5\n";
         const std::string bytes = OneMessage(kQmAgentPipe, [&] { return qmaSendFirewallLog(entry); });
         const std::vector<std::wstring> fields = wrb::test::tagDbRequest{bytes, {}, bytes}.Fields();
         EXPECT_EQ(fields.size(), 14u);  // one TAB stands in the path
