@@ -7,7 +7,6 @@
 
 namespace wrb {
 
-inline constexpr wchar_t kHostStopEvent[] = L"Calloway_Warrenby_Server_Stop_Event";
 inline constexpr wchar_t kBackEndStopEvent[] = L"Calloway_Warrenby_BackEnd_Stop_Event";
 
 // The program's side: owns the event, and turns Ctrl-C, the closing of the console and the end of the session into it.

@@ -12,6 +12,7 @@
 #include "DebugLog.h"
 #include "ExitCode.h"
 #include "HostSettings.h"
+#include "ServerStopEvent.h"
 #include "StopEvent.h"
 #include "StopWatchdog.h"
 #include "Text.h"
@@ -59,7 +60,7 @@ int ServeUntilStopped(const tagEntryPoints& library, const tagOptions& options, 
 
 int Host(const tagOptions& options) {
     CStopEvent stop;
-    if (!stop.Create(kHostStopEvent)) {
+    if (!stop.Create(kServerStopEvent)) {
         const DWORD error = GetLastError();
         return Fail(error == ERROR_ALREADY_EXISTS
                         ? "already running on this machine"
@@ -84,7 +85,7 @@ int Host(const tagOptions& options) {
 }
 
 int Stop(const tagOptions& options) {
-    switch (StopRunning(kHostStopEvent, options.timeoutSeconds * 1000)) {
+    switch (StopRunning(kServerStopEvent, options.timeoutSeconds * 1000)) {
         case StopResult::Stopped:
             return kExitOk;
         case StopResult::NotRunning:

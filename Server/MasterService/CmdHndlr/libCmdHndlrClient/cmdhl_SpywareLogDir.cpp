@@ -10,17 +10,20 @@
 #include "DebugLog.h"
 #include "Handle.h"
 #include "OpenSecurity.h"
+#include "ServerStopEvent.h"
 #include "Text.h"
 #include "cmdhl_WtcLog.h"
 
 namespace {
 
 constexpr wchar_t kFunction[] = L"cmdhl_ScanSpywareLogDir";
-constexpr wchar_t kServerStopEvent[] = L"Calloway_Warrenby_Server_Stop_Event";
+// Compared to the letter, though the profile functions look sections up in either case: a section that only resembles
+// it is an entry.
 constexpr wchar_t kGeneralInfo[] = L"GeneralInfo";
 constexpr DWORD kNamesCharacters = 14000;
 constexpr DWORD kGuidCharacters = 64;
 constexpr uint64_t kMostBytes = 16 << 20;  // of a log; the profile functions take a file into memory whole
+constexpr unsigned kMostEntries = 10'000;  // of a package: a few kilobytes of it would unpack to gigabytes of records
 
 struct tagFindTraits {
     using Type = HANDLE;
@@ -28,20 +31,35 @@ struct tagFindTraits {
     static void Close(HANDLE search) noexcept { FindClose(search); }
 };
 
+// Null: the entry is looked into.
+const wchar_t* WhyPassedOver(const std::wstring& path, const WIN32_FIND_DATAW& entry) {
+    if ((entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+        return L"a link";
+    }
+    if (path.size() >= MAX_PATH) {
+        return L"too long a path";
+    }
+    const bool isFolder = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const uint64_t bytes = uint64_t{entry.nFileSizeHigh} << 32 | entry.nFileSizeLow;
+    return !isFolder && bytes > kMostBytes ? L"too large" : nullptr;
+}
+
 class CSpywareLogWalk {
   public:
     explicit CSpywareLogWalk(HANDLE stopEvent) : m_stopEvent(stopEvent), m_names(kNamesCharacters + 2) {}
 
-    // False: the walk is to end. The depth is bounded by the length of a path.
+    // Each of these returns false when the walk is to end. The depth is bounded by the length of a path.
     bool WalkFolder(const std::wstring& folder);
 
   private:
+    bool VisitEntry(const std::wstring& path, const WIN32_FIND_DATAW& entry);
+    bool RecordLog(const std::wstring& path);
+    bool RecordEntry(const std::wstring& path, const wchar_t* name, const wchar_t* guid);
+
     bool IsStopped() const { return WaitForSingleObject(m_stopEvent, 0) != WAIT_TIMEOUT; }
 
-    bool VisitEntry(const std::wstring& folder, const WIN32_FIND_DATAW& entry);
-    void RecordLog(const std::wstring& path);
-
     HANDLE m_stopEvent;
+    unsigned m_entries = 0;
     std::vector<wchar_t> m_names;  // one buffer for all files, and two NULs that nobody writes over
 };
 
@@ -52,32 +70,26 @@ bool CSpywareLogWalk::WalkFolder(const std::wstring& folder) {
         return true;
     }
     do {
-        if (!VisitEntry(folder, entry) || IsStopped()) {
+        const std::wstring_view name = entry.cFileName;
+        if (name == L"." || name == L"..") {
+            continue;
+        }
+        if (!VisitEntry(folder + L"\\" + entry.cFileName, entry) || IsStopped()) {
             return false;
         }
     } while (FindNextFileW(found.Get(), &entry));
     return true;
 }
 
-bool CSpywareLogWalk::VisitEntry(const std::wstring& folder, const WIN32_FIND_DATAW& entry) {
-    const std::wstring_view name = entry.cFileName;
-    const std::wstring path = folder + L"\\" + entry.cFileName;
-    const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-    if (name == L"." || name == L".." || isLink || path.size() >= MAX_PATH) {
+bool CSpywareLogWalk::VisitEntry(const std::wstring& path, const WIN32_FIND_DATAW& entry) {
+    if (const wchar_t* const reason = WhyPassedOver(path, entry)) {
+        WRB_LOG(kLogDebug8, L"%s - passed over, %s: %s", kFunction, reason, path.c_str());
         return true;
     }
-    if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-        return WalkFolder(path);
-    }
-    if ((uint64_t{entry.nFileSizeHigh} << 32 | entry.nFileSizeLow) > kMostBytes) {
-        WRB_LOG(kLogDebug8, L"%s - too large: %s", kFunction, path.c_str());
-        return true;
-    }
-    RecordLog(path);
-    return true;
+    return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? WalkFolder(path) : RecordLog(path);
 }
 
-void CSpywareLogWalk::RecordLog(const std::wstring& path) {
+bool CSpywareLogWalk::RecordLog(const std::wstring& path) {
     wchar_t guid[kGuidCharacters] = L"";
     GetPrivateProfileStringW(kGeneralInfo, L"GUID", L"", guid, kGuidCharacters, path.c_str());
     const auto sectionCount =
@@ -91,11 +103,22 @@ void CSpywareLogWalk::RecordLog(const std::wstring& path) {
     // 64 bits wide: the count comes from the file.
     for (int64_t left = int64_t{sectionCount} + 1; left > 0 && *name != L'\0'; --left) {
         const std::wstring_view text = name;
-        if (text != kGeneralInfo) {
-            cmdhl_AppendWtcRecord(name, guid);
+        if (text != kGeneralInfo && !RecordEntry(path, name, guid)) {
+            return false;
         }
         name += text.size() + 1;
     }
+    return true;
+}
+
+bool CSpywareLogWalk::RecordEntry(const std::wstring& path, const wchar_t* name, const wchar_t* guid) {
+    if (m_entries == kMostEntries) {
+        WRB_LOG(kLogWarning, L"%s - more than %u entries, left out from here on: %s", kFunction, kMostEntries,
+                path.c_str());
+        return false;
+    }
+    ++m_entries;
+    return cmdhl_AppendWtcRecord(name, guid) && !IsStopped();
 }
 
 // Relative paths mean another folder to the profile functions than to everybody else.
@@ -109,12 +132,13 @@ std::wstring FullPath(const char* directory) {
 }  // namespace
 
 void cmdhl_ScanSpywareLogDir(const char* directory) {
-    // Where no open descriptor can be made, the mutex of the feedback log cannot be shared, and nothing be recorded.
+    // Where no open descriptor can be made, the mutex of the feedback log cannot be shared, and nothing can be
+    // recorded.
     wrb::tagOpenSecurity security;
     if (wrb::InitOpenSecurity(security, false) != nullptr) {
         return;
     }
-    const wrb::CKernelHandle stopEvent(OpenEventW(EVENT_ALL_ACCESS, FALSE, kServerStopEvent));
+    const wrb::CKernelHandle stopEvent(OpenEventW(EVENT_ALL_ACCESS, FALSE, wrb::kServerStopEvent));
     const std::wstring folder = FullPath(directory);
     if (stopEvent && !folder.empty()) {
         CSpywareLogWalk(stopEvent.Get()).WalkFolder(folder);

@@ -76,8 +76,8 @@ void FillField(std::array<char, N>& field, std::wstring_view text) {
     narrow.copy(field.data(), N - 1);
 }
 
-std::wstring WtcLogPath() {
-    const std::wstring folder = cgi_GetHomeDir() + L"temp";
+std::wstring WtcLogPath(const std::wstring& home) {
+    const std::wstring folder = home + L"temp";
     CreateDirectoryW(folder.c_str(), nullptr);  // when it cannot be made, the file cannot be opened
     return folder + L"\\wtc.log";
 }
@@ -86,31 +86,44 @@ struct tagFileClose {
     void operator()(std::FILE* file) const noexcept { std::fclose(file); }
 };
 
-bool AppendToFile(const std::wstring& path, const tagWtcRecord& record) {
+// On failure `error` is the system's code.
+bool AppendToFile(const std::wstring& path, const tagWtcRecord& record, DWORD& error) {
     std::unique_ptr<std::FILE, tagFileClose> file(_wfsopen(path.c_str(), L"at", _SH_DENYNO));
-    return file != nullptr && std::fwrite(&record, sizeof record, 1, file.get()) == 1 &&
-           std::fclose(file.release()) == 0;
+    if (file == nullptr || std::fwrite(&record, sizeof record, 1, file.get()) != 1) {
+        error = GetLastError();  // before the file is closed
+        return false;
+    }
+    if (std::fclose(file.release()) != 0) {  // writes what is buffered
+        error = GetLastError();
+        return false;
+    }
+    return true;
 }
 
 }  // namespace
 
-void cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid) {
+bool cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid) {
     if (ScanIniCache().readINIInt(L"GLN_FEEDBACK_SECTION", L"GLNFeedbackEnabled", 0) == 0) {
-        return;
+        return true;
+    }
+    const std::wstring home = cgi_GetHomeDir();
+    if (home.empty()) {  // a relative path would lead into whatever folder is the current one
+        WRB_LOG(kLogError, L"%s - no home folder", kFunction);
+        return false;
     }
     const CWtcLock lock;
     if (!lock) {
         WRB_LOG(kLogDebug8, L"%s - the feedback log is busy", kFunction);
-        return;
+        return false;
     }
     tagWtcRecord record;
     FillField(record.entryName, entryName);
     FillField(record.guid, guid);
-    const std::wstring path = WtcLogPath();
-    if (!AppendToFile(path, record)) {
-        const DWORD error = GetLastError();
+    const std::wstring path = WtcLogPath(home);
+    if (DWORD error = 0; !AppendToFile(path, record, error)) {
         WRB_LOG(kLogError, L"%s - cannot append to %s, err=%d", kFunction, path.c_str(), error);
     }
+    return true;
 }
 
 void cmdhl_AddWtcLog(CCmdProtocol& message) {

@@ -8,4 +8,6 @@
 
 // Appends one record when the setting "GLNFeedbackEnabled" is on. The log is shared with other programs of the server,
 // under the mutex "wrby_wtc_mutex"; a record that has to wait for more than three seconds is dropped. Any thread.
-void cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid);
+//
+// False when the next record would fare no better: the log was busy, or the server has no home folder.
+bool cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid);

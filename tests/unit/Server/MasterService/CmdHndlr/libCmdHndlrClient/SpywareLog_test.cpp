@@ -1,6 +1,7 @@
 // What agents report about spyware, over real pipes, a real package library and a home folder of its own.
 #include <gmock/gmock.h>
 
+#include <future>
 #include <stdexcept>
 
 #include "Ask.h"
@@ -10,6 +11,7 @@
 #include "INICache.h"
 #include "ServerHome.h"
 #include "Text.h"
+#include "cmdhl_SpywareLogDir.h"
 
 namespace {
 
@@ -82,6 +84,65 @@ TEST_F(SpywareLog, EntriesOfALogPackageAreRecorded) {
     EXPECT_NEAR(static_cast<double>(log.size() / 166), 2 + 69, 1);
     EXPECT_EQ(log.find("E3"), log.npos);
     EXPECT_EQ(log.find("E9"), log.npos);
+}
+
+TEST_F(SpywareLog, WalkEndsAtItsLimits) {
+    std::string many = "[GeneralInfo]\r\nSectionCount=9999\r\n";
+    for (int i = 0; i < 2'100; ++i) {
+        many += "[" + std::to_string(i) + "]\r\n";
+    }
+    for (const wchar_t* file : {L"a", L"b", L"c", L"d", L"e"}) {
+        m_home.Write(std::wstring(L"many\\") + file, many);
+    }
+    m_home.Write(L"few\\a", "[GeneralInfo]\r\nSectionCount=2\r\n[E1]\r\n[E2]\r\n");
+    m_home.Write(L"few\\b", "[GeneralInfo]\r\nSectionCount=2\r\n[E1]\r\n[E2]\r\n");
+    m_home.Write(L"odd\\large", std::string((16 << 20) + 1, ';'));
+    const std::wstring odd = (m_home / L"odd\\").wstring();
+    const std::wstring deep = odd + std::wstring(260 - odd.size(), L'n');
+    const wrb::CFileHandle tooLong(
+        CreateFileW((L"\\\\?\\" + deep).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
+    ASSERT_TRUE(tooLong) << GetLastError();
+    enum class State { Plain, Stopping, Busy, Off };
+    const struct {
+        const wchar_t* folder;
+        State state;
+        std::size_t records;
+        std::vector<std::wstring> lines;
+    } cases[] = {
+        {L"few", State::Plain, 4, {}},
+        {L"few", State::Stopping, 1, {}},
+        {L"few", State::Busy, 0, {L"cmdhl_AppendWtcRecord - the feedback log is busy"}},
+        {L"odd",
+         State::Plain,
+         0,
+         {L"cmdhl_ScanSpywareLogDir - passed over, too large: " + odd + L"large",
+          L"cmdhl_ScanSpywareLogDir - passed over, too long a path: " + deep}},
+        // Without the records: ten thousand take seconds.
+        {L"many",
+         State::Off,
+         0,
+         {L"cmdhl_ScanSpywareLogDir - more than 10000 entries, left out from here on: " +
+          (m_home / L"many\\e").wstring()}},
+    };
+    const wrb::CKernelHandle mutex(CreateMutexW(nullptr, FALSE, L"wrby_wtc_mutex"));
+    const auto scan = [this](const wchar_t* folder) { cmdhl_ScanSpywareLogDir((m_home / folder).string().c_str()); };
+    for (const auto& row : cases) {
+        std::filesystem::remove(m_home / L"temp\\wtc.log");
+        (row.state == State::Stopping ? SetEvent : ResetEvent)(m_stop.Get());
+        if (row.state == State::Off) {
+            m_home.Write(L"wrbscan.ini", "");
+            ScanIniCache().clear();
+        }
+        if (row.state == State::Busy) {
+            WaitForSingleObject(mutex.Get(), INFINITE);
+            std::async(std::launch::async, scan, row.folder).get();  // a thread that does not own it
+            ReleaseMutex(mutex.Get());
+        } else {
+            scan(row.folder);
+        }
+        EXPECT_EQ(WtcLog().size(), row.records * 166) << row.folder;
+        EXPECT_THAT(m_log.TakeTexts(), testing::UnorderedElementsAreArray(row.lines));
+    }
 }
 
 TEST_F(SpywareLog, ManifestAlwaysAnswersZero) {
