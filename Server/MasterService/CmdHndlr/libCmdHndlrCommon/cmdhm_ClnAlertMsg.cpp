@@ -13,7 +13,6 @@
 #include "Handle.h"
 #include "INICache.h"
 #include "Text.h"
-#include "UidField.h"
 #include "cgi_HomeDir.h"
 
 namespace {
@@ -134,7 +133,7 @@ int cmdhm_GetClnAlertMsg(std::wstring& output, const wchar_t* uid, int32_t alert
     const bool isRead =
         alertType == kAllAlertMessages ? wrb::MakeAlertSection(output) : MakeOneMessage(output, alertType, encode != 0);
     if (isRead) {
-        dbSetConfFlagW(wrb::CUidField(uid).CStr(), 0, kAlertMessageBit, 0);
+        dbSetConfFlagW(uid, 0, kAlertMessageBit, 0);
     }
     const int result = isRead ? 1 : 0;
     WRB_LOG(kLogInfo, L"cmdhl_GetClnAlertMsg exit %d", result);

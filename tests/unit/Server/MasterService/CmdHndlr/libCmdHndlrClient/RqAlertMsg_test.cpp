@@ -22,7 +22,9 @@ class RqAlertMsg : public testing::Test {
     void SetUp() override { cmdhl_Initialize(L"", L"", nullptr); }
     void TearDown() override { cmdhl_Finalize(); }
 
-    static std::wstring AskFor(const std::wstring& type) { return Ask(kCommand, L"uid-1\t" + type); }
+    static std::wstring AskFor(const std::wstring& type, const std::wstring& uid = L"uid-1") {
+        return Ask(kCommand, uid + L"\t" + type);
+    }
 
     wrb::test::CServerHome m_home;
     wrb::test::CFakeLogService m_log;
@@ -82,7 +84,17 @@ TEST_F(RqAlertMsg, SectionHasAllTextsInItsOwnOrder) {
         return text;
     };
     m_home.Write(L"admin\\ALERTL.MSG", WideBytes(L"Hi\r\n"));
+    m_log.TakeTexts();
     EXPECT_EQ(AskFor(L"128"), section(L"UseVirusAlertSeverity = 0\nHighRiskVirusType = Worm,Trojan\n"));
+    std::vector<std::wstring> read;
+    for (const std::wstring& line : m_log.TakeTexts()) {
+        if (line.find(L" FN=") != line.npos) {
+            read.push_back(line.substr(line.rfind(L'\\') + 1));
+        }
+    }
+    EXPECT_THAT(read, ElementsAre(L"ALERT.MSG", L"ALERTCFW.MSG", L"AlertAS.MSG", L"AlertWSR.MSG", L"AlertCCCA.MSG",
+                                  L"AlertDAC.MSG", L"AlertBM.MSG", L"AlertQKA.MSG", L"AlertDLP.MSG", L"ALERTH.MSG",
+                                  L"ALERTM.MSG", L"ALERTL.MSG", L"AlertSABLEX.MSG"));
     m_home.Write(L"wrbscan.ini", "[Global Setting]\r\nUseVirusAlertSeverity=1\r\nHighRiskVirusType=Joke\r\n");
     ScanIniCache().clear();
     EXPECT_EQ(AskFor(L"128"), section(L"UseVirusAlertSeverity = 1\nHighRiskVirusType = Joke\n"));
@@ -110,10 +122,13 @@ TEST_F(RqAlertMsg, FileIsReadToItsLimitOrItsFirstNul) {
 
 TEST_F(RqAlertMsg, AbsentFileIsAnEmptyTextAndTheAgentsBitIsCleared) {
     const wrb::test::CFakeDbService database;
+    const std::wstring longUid(40, L'u');
+    AskFor(L"6", longUid);
     m_log.TakeTexts();
     EXPECT_EQ(AskFor(L"6"), std::wstring(L"1\t") + kMark);
-    EXPECT_THAT(database.WaitFor(1).at(0).Fields(),
-                ElementsAre(L"DB_SET_CONF_FLAG", L"-1", L"uid-1", L"0", L"32", L"0"));
+    const auto requests = database.WaitFor(2);
+    EXPECT_THAT(requests.at(0).Fields(), ElementsAre(L"DB_SET_CONF_FLAG", L"-1", longUid, L"0", L"32", L"0"));
+    EXPECT_THAT(requests.at(1).Fields(), ElementsAre(L"DB_SET_CONF_FLAG", L"-1", L"uid-1", L"0", L"32", L"0"));
     EXPECT_THAT(m_log.TakeTexts(),
                 ElementsAre(L"cmdhl_GetClnAlertMsg >>> (6)", L"cmdhm_GetClnAlertMsg enter 6",
                             L"cmdhm_GetClnAlertMsgIni FN=" + (m_home / L"admin\\ALERT.MSG").wstring(),
