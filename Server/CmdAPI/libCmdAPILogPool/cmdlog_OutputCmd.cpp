@@ -2,6 +2,7 @@
 
 #include "Clock.h"
 #include "DbGuard.h"
+#include "DebugLog.h"
 #include "LogId.h"
 #include "LogPoolRecord.h"
 #include "MsgSerializer.h"

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "DbRequest.h"
+#include "DebugLog.h"
 
 using wrb::DbName;
 using wrb::ReadDbNumber;

@@ -2,6 +2,7 @@
 
 #include "DbPrivilege.h"
 #include "DbRequest.h"
+#include "DebugLog.h"
 
 bool dbGetClientWcsCfgW(const wchar_t* uid, tagClientWCSConfig& cfg, const wchar_t* caller) noexcept {
     return wrb::ReadDbMessage(DbCommand::GetClientWcsCfg, uid, caller, cfg);

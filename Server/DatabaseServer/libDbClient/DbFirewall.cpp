@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "DbRequest.h"
+#include "DebugLog.h"
 #include "Text.h"
 
 namespace {

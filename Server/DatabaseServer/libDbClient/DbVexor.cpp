@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "DbRequest.h"
+#include "DebugLog.h"
 #include "Serializer.h"
 
 void tagVEXORPolicyItem::Serialize(ISerializer& serializer) const {
