@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "DbRequest.h"
+#include "DebugLog.h"
 
 namespace wrb {
 namespace {
@@ -48,7 +49,8 @@ CCmdProtocol StartWrite(const tagWriteCommands& commands, const Target& target) 
     return request;
 }
 
-// An exclusion group's list is stored under its configuration bit; the others carry value, mask and numbers.
+// An exclusion group's list is stored under its configuration bit; the others carry value, mask and numbers. The words
+// are bits, so they go out unsigned; the numbers are settings and have a sign.
 void AppendNumbers(CCmdProtocol& request, const ScanGroup& group, const tagScanUpdate& update,
                    const tagScanGroupValues& values) {
     if (group.kind == ScanGroupKind::Exclusion) {
@@ -57,7 +59,7 @@ void AppendNumbers(CCmdProtocol& request, const ScanGroup& group, const tagScanU
     }
     request << update.value << update.mask;
     for (const ScanNumber member : group.numbers.subspan(1)) {
-        request << values.*member;
+        request << static_cast<int32_t>(values.*member);
     }
 }
 
@@ -92,13 +94,13 @@ bool WriteFlags(ScanType type, const Target& target, uint32_t value, uint32_t ma
 }
 
 // The exclusion group with that bit; null when there is none.
-const ScanGroup* FindExclusions(uint32_t configBit) noexcept {
+const ScanGroup* FindExclusions(const wchar_t* caller, uint32_t configBit) noexcept {
     for (const ScanGroup& group : kScanGroups) {
         if (group.kind == ScanGroupKind::Exclusion && group.configFlag == configBit) {
             return &group;
         }
     }
-    WRB_LOG(kLogError, L"%s - no exclusion group has the bit 0x%x", L"dbSetExcludeListW", configBit);
+    WRB_LOG(kLogError, L"%s - no exclusion group has the bit 0x%x", caller, configBit);
     return nullptr;
 }
 
@@ -126,113 +128,48 @@ bool SetAllDbScanFlags(ScanType type, uint32_t value, uint32_t mask) noexcept {
 using wrb::FindScanGroup;
 using wrb::ScanGroupKind;
 using wrb::ScanType;
-using wrb::SetAllDbScanFlags;
-using wrb::SetAllDbScanGroup;
-using wrb::SetDbScanFlags;
-using wrb::SetDbScanGroup;
 
-bool dbSetMscfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetDbScanGroup(FindScanGroup(ScanType::MS, ScanGroupKind::Main), uid, update, values);
-}
+// The named functions: one row a group's kind and scan type, one a scan type's flag word.
+#define WRB_SCAN_GROUP(name, nameAll, type, kind)                                                            \
+    bool name(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {  \
+        return wrb::SetDbScanGroup(FindScanGroup(ScanType::type, ScanGroupKind::kind), uid, update, values); \
+    }                                                                                                        \
+    bool nameAll(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {                   \
+        return wrb::SetAllDbScanGroup(FindScanGroup(ScanType::type, ScanGroupKind::kind), update, values);   \
+    }
 
-bool dbSetRtcfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetDbScanGroup(FindScanGroup(ScanType::RT, ScanGroupKind::Main), uid, update, values);
-}
+WRB_SCAN_GROUP(dbSetMscfW, dbSetAllMscfW, MS, Main)
+WRB_SCAN_GROUP(dbSetRtcfW, dbSetAllRtcfW, RT, Main)
+WRB_SCAN_GROUP(dbSetPscfW, dbSetAllPscfW, PS, Main)
+WRB_SCAN_GROUP(dbSetSncfW, dbSetAllSncfW, SN, Main)
+WRB_SCAN_GROUP(dbSetSpywareMscfW, dbSetSpywareAllMscfW, MS, Spyware)
+WRB_SCAN_GROUP(dbSetSpywareRtcfW, dbSetSpywareAllRtcfW, RT, Spyware)
+WRB_SCAN_GROUP(dbSetSpywarePscfW, dbSetSpywareAllPscfW, PS, Spyware)
+WRB_SCAN_GROUP(dbSetSpywareSncfW, dbSetSpywareAllSncfW, SN, Spyware)
 
-bool dbSetPscfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetDbScanGroup(FindScanGroup(ScanType::PS, ScanGroupKind::Main), uid, update, values);
-}
+#undef WRB_SCAN_GROUP
 
-bool dbSetSncfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetDbScanGroup(FindScanGroup(ScanType::SN, ScanGroupKind::Main), uid, update, values);
-}
+#define WRB_SCAN_FLAGS(name, nameAll, type)                                 \
+    bool name(const wchar_t* uid, uint32_t value, uint32_t mask) noexcept { \
+        return wrb::SetDbScanFlags(ScanType::type, uid, value, mask);       \
+    }                                                                       \
+    bool nameAll(uint32_t value, uint32_t mask) noexcept {                  \
+        return wrb::SetAllDbScanFlags(ScanType::type, value, mask);         \
+    }
 
-bool dbSetAllMscfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetAllDbScanGroup(FindScanGroup(ScanType::MS, ScanGroupKind::Main), update, values);
-}
+WRB_SCAN_FLAGS(dbSetMsFlgW, dbSetAllMsFlgW, MS)
+WRB_SCAN_FLAGS(dbSetRtFlgW, dbSetAllRtFlgW, RT)
+WRB_SCAN_FLAGS(dbSetPsFlgW, dbSetAllPsFlgW, PS)
+WRB_SCAN_FLAGS(dbSetSnFlgW, dbSetAllSnFlgW, SN)
 
-bool dbSetAllRtcfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetAllDbScanGroup(FindScanGroup(ScanType::RT, ScanGroupKind::Main), update, values);
-}
-
-bool dbSetAllPscfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetAllDbScanGroup(FindScanGroup(ScanType::PS, ScanGroupKind::Main), update, values);
-}
-
-bool dbSetAllSncfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetAllDbScanGroup(FindScanGroup(ScanType::SN, ScanGroupKind::Main), update, values);
-}
-
-bool dbSetSpywareMscfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetDbScanGroup(FindScanGroup(ScanType::MS, ScanGroupKind::Spyware), uid, update, values);
-}
-
-bool dbSetSpywareRtcfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetDbScanGroup(FindScanGroup(ScanType::RT, ScanGroupKind::Spyware), uid, update, values);
-}
-
-bool dbSetSpywarePscfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetDbScanGroup(FindScanGroup(ScanType::PS, ScanGroupKind::Spyware), uid, update, values);
-}
-
-bool dbSetSpywareSncfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetDbScanGroup(FindScanGroup(ScanType::SN, ScanGroupKind::Spyware), uid, update, values);
-}
-
-bool dbSetSpywareAllMscfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetAllDbScanGroup(FindScanGroup(ScanType::MS, ScanGroupKind::Spyware), update, values);
-}
-
-bool dbSetSpywareAllRtcfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetAllDbScanGroup(FindScanGroup(ScanType::RT, ScanGroupKind::Spyware), update, values);
-}
-
-bool dbSetSpywareAllPscfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetAllDbScanGroup(FindScanGroup(ScanType::PS, ScanGroupKind::Spyware), update, values);
-}
-
-bool dbSetSpywareAllSncfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
-    return SetAllDbScanGroup(FindScanGroup(ScanType::SN, ScanGroupKind::Spyware), update, values);
-}
+#undef WRB_SCAN_FLAGS
 
 bool dbSetExcludeListW(const wchar_t* uid, uint32_t configBit, const tagScanGroupValues& values) noexcept {
-    const wrb::ScanGroup* group = wrb::FindExclusions(configBit);
-    return group != nullptr && SetDbScanGroup(*group, uid, {}, values);
+    const wrb::ScanGroup* const group = wrb::FindExclusions(L"dbSetExcludeListW", configBit);
+    return group != nullptr && wrb::SetDbScanGroup(*group, uid, {}, values);
 }
 
 bool dbSetAllExcListW(uint32_t configBit, const tagScanGroupValues& values) noexcept {
-    const wrb::ScanGroup* group = wrb::FindExclusions(configBit);
-    return group != nullptr && SetAllDbScanGroup(*group, {}, values);
-}
-
-bool dbSetMsFlgW(const wchar_t* uid, uint32_t value, uint32_t mask) noexcept {
-    return SetDbScanFlags(ScanType::MS, uid, value, mask);
-}
-
-bool dbSetRtFlgW(const wchar_t* uid, uint32_t value, uint32_t mask) noexcept {
-    return SetDbScanFlags(ScanType::RT, uid, value, mask);
-}
-
-bool dbSetPsFlgW(const wchar_t* uid, uint32_t value, uint32_t mask) noexcept {
-    return SetDbScanFlags(ScanType::PS, uid, value, mask);
-}
-
-bool dbSetSnFlgW(const wchar_t* uid, uint32_t value, uint32_t mask) noexcept {
-    return SetDbScanFlags(ScanType::SN, uid, value, mask);
-}
-
-bool dbSetAllMsFlgW(uint32_t value, uint32_t mask) noexcept {
-    return SetAllDbScanFlags(ScanType::MS, value, mask);
-}
-
-bool dbSetAllRtFlgW(uint32_t value, uint32_t mask) noexcept {
-    return SetAllDbScanFlags(ScanType::RT, value, mask);
-}
-
-bool dbSetAllPsFlgW(uint32_t value, uint32_t mask) noexcept {
-    return SetAllDbScanFlags(ScanType::PS, value, mask);
-}
-
-bool dbSetAllSnFlgW(uint32_t value, uint32_t mask) noexcept {
-    return SetAllDbScanFlags(ScanType::SN, value, mask);
+    const wrb::ScanGroup* const group = wrb::FindExclusions(L"dbSetAllExcListW", configBit);
+    return group != nullptr && wrb::SetAllDbScanGroup(*group, {}, values);
 }

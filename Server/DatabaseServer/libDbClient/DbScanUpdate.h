@@ -2,8 +2,11 @@
 //
 // A write replaces the bits of the stored flag word that the mask names, and all numbers and texts of the group: those
 // that ScanGroup.h lists, without flags (the value takes its place) and without cleanFailedMoveDir, which the database
-// does not keep. All return true once the bytes are on the pipe, whether or not the database takes them; a false leaves
-// a log line. None throws.
+// does not keep. The real-time spyware group has neither numbers nor a list: it is value and mask alone. A number goes
+// out with its sign, the words without. All return true once the bytes are on the pipe, whether or not the database
+// takes them; a false leaves a log line. None throws.
+//
+// A text ends at its first NUL for the database, and with it the whole request: texts must not have one.
 #pragma once
 
 #include <cstdint>
@@ -13,13 +16,13 @@
 struct tagScanUpdate {
     uint32_t value = 0;  // the new option bits
     uint32_t mask = 0;   // which bits of the stored word they replace
-    uint32_t flag = 0;   // handed through to the database, which keeps no meaning for it
+    uint32_t flag = 0;   // handed through to the database, which gives it no meaning; exclusion writes do not carry it
 };
 
 namespace wrb {
 
 // By group: DB_SET_MSCF ... DB_SET_SPYWARE_SNCF and DB_SET_EXCLUDE_LIST, and their forms for every agent. Of an
-// exclusion group only the texts are written; its option bit takes the flag functions.
+// exclusion group only the texts are written, whatever `update` says; its option bit takes the flag functions.
 bool SetDbScanGroup(const ScanGroup& group, const wchar_t* uid, const tagScanUpdate& update,
                     const tagScanGroupValues& values) noexcept;
 bool SetAllDbScanGroup(const ScanGroup& group, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;

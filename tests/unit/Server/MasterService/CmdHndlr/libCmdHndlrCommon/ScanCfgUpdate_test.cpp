@@ -162,7 +162,7 @@ TEST(ScanCfgUpdate, WhatAFieldCountsAs) {
         {0, L"ScanSpeed", L"1", L"131072|4294901757|0|0|0|"},
         {0, L"ScanSpeed", L"2x", L"262144|4294901757|0|0|0|"},
         {0, L"ScanSpeed", L"3", L"0|4294901757|0|0|0|"},
-        {0, L"CompressedLayer", L" -7y", L"0|4294901757|4294967289|0|0|"},
+        {0, L"CompressedLayer", L" -7y", L"0|4294901757|-7|0|0|"},
         {0, L"OleLayer", L"many", L"0|4294901757|0|0|0|"},
         {0, L"PossibleVirusCustActInActiveAct", L"99999999999", L"0|4294901757|0|0|2147483647|"},
         {4, L"ActionType", L"", L"8|262157|"},
