@@ -14,15 +14,9 @@ uint32_t NumberOf(std::wstring_view text) {
     return digits ? static_cast<uint32_t>(ParseInt32(text)) : UINT32_MAX;
 }
 
-bool SurvivesAnIniFile(std::wstring_view text) {
+bool IsFormText(std::wstring_view text) {
     const auto isControl = [](wchar_t character) { return character < L' ' || character == 0x7F; };
-    const auto isQuote = [](wchar_t character) { return character == L'"' || character == L'\''; };
-    if (text.empty()) {
-        return true;
-    }
-    return text.size() <= kLongestFormText && std::ranges::none_of(text, isControl) && text.front() != L' ' &&
-           text.back() != L' ' && !(isQuote(text.front()) && text.front() == text.back()) &&
-           AnsiToWide(WideToAnsi(text)) == text;
+    return text.size() <= kLongestFormText && std::ranges::none_of(text, isControl) && SurvivesAnIniFile(text);
 }
 
 bool SetChoice(const ScanChoice& choice, uint32_t number, uint32_t& flags) {
@@ -72,7 +66,7 @@ std::wstring FieldText(const ScanRow& row, const tagScanGroupValues& values) {
 
 bool SetField(const ScanRow& row, std::wstring_view text, tagScanGroupValues& values) {
     if (row.kind == ScanRowKind::Text || row.kind == ScanRowKind::CustomActionPair) {
-        const bool good = SurvivesAnIniFile(text);
+        const bool good = IsFormText(text);
         if (good) {
             values.*row.text = text;
         }
@@ -107,7 +101,7 @@ tagStoreResult StoreDefaults(CINICache& scanIni, const FieldSource& given) {
         }
     }
     if (result.refused.empty() && !result.changed.empty()) {
-        result.failed = !WriteScanGroupIni(scanIni, FormGroup(), values);
+        result.failed = !WriteScanGroupIni(scanIni, FormGroup(), values).complete;
     }
     return result;
 }

@@ -25,9 +25,8 @@ std::vector<uint32_t> FieldChoices(const ScanRow& row);
 std::wstring FieldText(const ScanRow& row, const tagScanGroupValues& values);
 
 // False, with `values` as they were, when the text is no value of the row: a switch takes 0 and 1, a choice its
-// numbers, a number 0 to 255 in decimal digits. A text must come back from an INI file as it went in: at most 1024
-// characters of the system's code page, none of them a control character, no blank at either end, not within a pair of
-// quotes.
+// numbers, a number 0 to 255 in decimal digits. A text has at most 1024 characters, none of them a control character,
+// and must survive an INI file (ScanCfgIni.h).
 bool SetField(const ScanRow& row, std::wstring_view text, tagScanGroupValues& values);
 
 struct tagStoreResult {

@@ -1,9 +1,9 @@
 #include "ScanCfgIni.h"
 
-#include <algorithm>
 #include <string>
 
 #include "DebugLog.h"
+#include "Text.h"
 
 namespace wrb {
 namespace {
@@ -54,12 +54,8 @@ class CSectionReader {
     std::wstring m_text;
 };
 
-bool WriteText(CINICache& ini, const wchar_t* section, const wchar_t* key, const std::wstring& text) {
-    if (text.find_first_of(L"\r\n") != std::wstring::npos) {
-        WRB_LOG(kLogError, L"%s - a line break in [%s] %s", L"WriteScanGroupIni", section, key);
-        return false;
-    }
-    return ini.writeINIString(section, key, text.c_str()) != 0;
+bool IsText(const ScanRow& row) {
+    return row.kind == ScanRowKind::Text || row.kind == ScanRowKind::CustomActionPair;
 }
 
 bool WriteRow(CINICache& ini, const wchar_t* section, const ScanRow& row, const tagScanGroupValues& values) {
@@ -73,7 +69,7 @@ bool WriteRow(CINICache& ini, const wchar_t* section, const ScanRow& row, const 
             return ini.writeINIInt(section, key, static_cast<int32_t>(row.choice->ValueOf(values.flags))) != 0;
         case ScanRowKind::Text:
         case ScanRowKind::CustomActionPair:
-            return WriteText(ini, section, key, values.*row.text);
+            return ini.writeINIString(section, key, (values.*row.text).c_str()) != 0;
         case ScanRowKind::Uid:
         case ScanRowKind::Empty:
             break;
@@ -83,9 +79,36 @@ bool WriteRow(CINICache& ini, const wchar_t* section, const ScanRow& row, const 
 
 }  // namespace
 
-bool WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const tagScanGroupValues& values) {
-    return std::ranges::all_of(group.rows,
-                               [&](const ScanRow& row) { return WriteRow(ini, group.section.data(), row, values); });
+bool FitsAnIniLine(std::wstring_view text) noexcept {
+    return text.find_first_of(std::wstring_view(L"\r\n\0", 3)) == text.npos;
+}
+
+bool SurvivesAnIniFile(std::wstring_view text) {
+    const auto isBlank = [](wchar_t character) { return character == L' ' || character == L'\t'; };
+    const auto isQuote = [](wchar_t character) { return character == L'"' || character == L'\''; };
+    if (text.empty()) {
+        return true;
+    }
+    const std::string stored = WideToAnsi(text);
+    return FitsAnIniLine(text) && stored.size() <= kLongestText && AnsiToWide(stored) == text &&
+           !isBlank(text.front()) && !isBlank(text.back()) && !(isQuote(text.front()) && text.front() == text.back());
+}
+
+tagScanIniWrite WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const tagScanGroupValues& values) {
+    for (const ScanRow& row : group.rows) {
+        if (IsText(row) && !FitsAnIniLine(values.*row.text)) {
+            WRB_LOG(kLogError, L"%s - no line of a file can hold the text for [%s] %s", L"WriteScanGroupIni",
+                    group.section.data(), row.key.data());
+            return {};
+        }
+    }
+    tagScanIniWrite result{.complete = true};
+    for (const ScanRow& row : group.rows) {
+        const bool written = WriteRow(ini, group.section.data(), row, values);
+        result.complete = written && result.complete;
+        result.bitsStored |= written ? row.bits : 0;
+    }
+    return result;
 }
 
 void ReadScanGroupIni(CINICache& ini, const ScanGroup& group, tagScanGroupValues& values) {

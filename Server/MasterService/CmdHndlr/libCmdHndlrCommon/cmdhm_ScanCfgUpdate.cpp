@@ -1,5 +1,7 @@
 #include "cmdhm_ScanCfgUpdate.h"
 
+#include <algorithm>
+
 #include "CmdProtocol.h"
 #include "DbAgent.h"
 #include "DbScanUpdate.h"
@@ -18,6 +20,13 @@ namespace wrb {
 namespace {
 
 constexpr uint32_t kEnableBit = 0x1;  // of the real-time word
+
+// A text ends at its first NUL, as it would for the database server; cut here, it does not take the fields behind it
+// along.
+void ReadText(CCmdProtocol& message, std::wstring& text) {
+    message >> text;
+    text.resize(std::min(text.size(), text.find(L'\0')));
+}
 
 // The member `flags` becomes the update's value.
 tagScanGroupValues ReadFields(const ScanGroup& group, CCmdProtocol& message) {
@@ -38,7 +47,7 @@ tagScanGroupValues ReadFields(const ScanGroup& group, CCmdProtocol& message) {
             }
             case ScanRowKind::Text:
             case ScanRowKind::CustomActionPair:
-                message >> values.*(row->text);
+                ReadText(message, values.*(row->text));
                 break;
             case ScanRowKind::Uid:
             case ScanRowKind::Empty:
@@ -61,12 +70,12 @@ bool SetIni(const ScanGroup& group, const tagScanUpdate& update, const tagScanGr
     if (realTime) {
         ReadScanGroupIni(ScanIniCache(), group, before);
     }
-    const bool written = WriteScanGroupIni(ScanIniCache(), group, values);
+    const tagScanIniWrite written = WriteScanGroupIni(ScanIniCache(), group, values);
     LogScanUpdate(group, ScanUpdateLevel::Ini, L"", update, values);
-    if (realTime && written) {
+    if (realTime && (written.bitsStored & kEnableBit) != 0) {
         ReportRealTimeStatus(before.flags & kEnableBit, values.flags & kEnableBit);
     }
-    return written;
+    return written.complete;
 }
 
 bool SetAgent(const ScanGroup& group, const wchar_t* uid, const tagScanUpdate& update,

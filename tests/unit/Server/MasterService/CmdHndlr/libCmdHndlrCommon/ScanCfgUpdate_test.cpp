@@ -4,7 +4,9 @@
 #include "CapturedLog.h"
 #include "CmdProtocol.h"
 #include "FakePipeService.h"
+#include "FakeProfile.h"
 #include "RequestLines.h"
+#include "ScanCfgIni.h"
 #include "ScanIni.h"
 #include "ScanUpdateFields.h"
 #include "Text.h"
@@ -26,7 +28,7 @@ using wrb::test::tagUpdateField;
 constexpr wchar_t kUid[] = L"12345678-1234-1234-1234-123456789abc";
 
 bool Set(const ScanGroup& group, const std::wstring& fields, const wchar_t* uid, bool all, bool ini) {
-    CCmdProtocol message(fields.c_str());
+    CCmdProtocol message(fields.data(), static_cast<int64_t>(fields.size() * sizeof(wchar_t)));
     return wrb::SetScanGroup(group, message, uid, all, ini, 9);
 }
 
@@ -150,7 +152,7 @@ TEST(ScanCfgUpdate, WhatAFieldCountsAs) {
     const struct {
         std::size_t group;
         const wchar_t* key;
-        const wchar_t* field;
+        std::wstring field;
         const wchar_t* request;  // value, mask and numbers
     } rows[] = {
         {0, L"", L"", L"0|4294901757|0|0|0|"},
@@ -168,6 +170,7 @@ TEST(ScanCfgUpdate, WhatAFieldCountsAs) {
         {4, L"ActionType", L"", L"8|262157|"},
         {4, L"ActionType", L"1", L"0|262157|"},
         {7, L"ScanType", L"7", L"0|17236737|"},
+        {2, L"ExcludedFolder", {L"a\0b\tc\0\td", 8}, L"256|a|c|d"},
     };
     for (const auto& row : rows) {
         const ScanGroup& group = kScanGroups[row.group];
@@ -223,7 +226,17 @@ TEST(ScanCfgUpdate, ALevelThatFails) {
     const std::vector<tagCapturedLine> log = TakeCapturedLog();
     ASSERT_FALSE(log.empty());
     EXPECT_EQ(log.back().text, L"[cmdhm_SetRTCfgIni] failed to send RTS status change event to QM agent");
-    EXPECT_FALSE(Set(exclusion, L"1\tC:\\a\nExcludedExt=b", L"", false, true)) << "a line break";
+    EXPECT_FALSE(Set(realTime, L"0" + std::wstring(19, L'\t') + L"a\nExtList=b", L"", false, true)) << "a line break";
+    tagScanGroupValues stored;
+    wrb::ReadScanGroupIni(ScanIniCache(), realTime, stored);
+    EXPECT_EQ(stored.flags & 1, 1u) << "nothing of the group is written";
+    EXPECT_EQ(TakeCapturedLog().back().text.substr(0, 12), L"set rt:[ini]") << "and nothing reported";
+    CFakeProfile profile;
+    CINICache cache(wrb::SystemClock(), profile);
+    profile.failingWrites = 6;  // every attempt at the first key
+    const wrb::tagScanIniWrite written = wrb::WriteScanGroupIni(cache, realTime, stored);
+    EXPECT_TRUE(!written.complete && (written.bitsStored & 0x101) == 0x100) << written.bitsStored;
+    EXPECT_EQ(profile.values.size(), realTime.updateRows.size());  // all but the first, and one that no update has
     EXPECT_FALSE(Set(realTime, L"1", kUid, false, true)) << "the last level counts, and no database server runs";
     const CFakeDbService db;
     EXPECT_TRUE(Set(exclusion, L"1\tC:\\a\nb", kUid, false, true)) << "the last level counts";
