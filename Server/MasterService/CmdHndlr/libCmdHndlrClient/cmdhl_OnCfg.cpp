@@ -16,24 +16,21 @@ namespace {
 using wrb::CommandSlot;
 using wrb::DbPrivilegeBit;
 
-// Results are numbered as the rows of the table are, but from here on; the log shows the number.
+// The log numbers results by slots of their own: ten of them come before the one of the table's first row.
 constexpr uint32_t kFirstResultSlot = 10;
 
 using ScanSetter = bool (*)(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag);
 
 // The frame of an update: counts the call, reads the uid, has `store` take the rest of the message and reports what it
-// returns. `resultLine` is a format for the result and its slot. What `store` throws passes through.
+// returns. What `store` throws passes through.
 template <typename Store>
-void Update(CommandSlot slot, const wchar_t* resultLine, CCmdProtocol& message, Store&& store) {
-    bool stored = false;
-    {
-        wrb::CCounterCall call(static_cast<uint32_t>(slot));
-        std::wstring uid;
-        message >> uid;
-        stored = store(message, uid.c_str());
-        call.ReportResult(stored);
-    }
-    WRB_LOG(kLogDebug8, resultLine, stored, static_cast<uint32_t>(slot) + kFirstResultSlot);
+bool Update(CommandSlot slot, CCmdProtocol& message, Store&& store) {
+    wrb::CCounterCall call(static_cast<uint32_t>(slot));
+    std::wstring uid;
+    message >> uid;
+    const bool stored = store(message, uid.c_str());
+    call.ReportResult(stored);
+    return stored;
 }
 
 template <ScanSetter setter>
@@ -62,11 +59,19 @@ bool AllExclusions(CCmdProtocol& message, const wchar_t* uid) {
     return stored;
 }
 
+// Readers of the log look for this text and that of the result as they are, spelling included.
+bool Warnings(CCmdProtocol& message, const wchar_t* uid) {
+    WRB_LOG(kLogDebug8, L"[cmdhl_SetClinetCfgWarningSetting] enter");
+    return Privileges<DbPrivilegeBit::ScheduleScanWarning, DbPrivilegeBit::VirusMailWarning>(message, uid);
+}
+
 }  // namespace
 
-#define WRB_UPDATE(handler, command, store)                                                       \
-    void handler(CCmdProtocol& message) {                                                         \
-        Update(CommandSlot::command, L"[" #handler L"] result =[%d] slot =[%d]", message, store); \
+#define WRB_UPDATE(handler, command, store)                                      \
+    void handler(CCmdProtocol& message) {                                        \
+        const bool stored = Update(CommandSlot::command, message, store);        \
+        WRB_LOG(kLogDebug8, L"[" #handler L"] result =[%d] slot =[%d]", stored,  \
+                static_cast<uint32_t>(CommandSlot::command) + kFirstResultSlot); \
     }
 
 // clang-format off: one line a row.
@@ -89,9 +94,7 @@ WRB_UPDATE(cmdhl_SetClientCfgSUStatus, CMDHL_SET_CLIENTCFG_SU_STATUS, Privileges
 
 #undef WRB_UPDATE
 
-// Readers of the log look for these two texts as they are, spelling included.
 void cmdhl_SetClientCfgWarningSetting(CCmdProtocol& message) {
-    WRB_LOG(kLogDebug8, L"[cmdhl_SetClinetCfgWarningSetting] enter");
-    Update(CommandSlot::CMDHL_SET_CLIENTCFG_WARNING_SETTING, L"[cmdhl_SetClinetCfgWarningSetting] result =[%d]",
-           message, Privileges<DbPrivilegeBit::ScheduleScanWarning, DbPrivilegeBit::VirusMailWarning>);
+    const bool stored = Update(CommandSlot::CMDHL_SET_CLIENTCFG_WARNING_SETTING, message, Warnings);
+    WRB_LOG(kLogDebug8, L"[cmdhl_SetClinetCfgWarningSetting] result =[%d]", stored);
 }
