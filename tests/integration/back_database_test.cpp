@@ -3,16 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <thread>
 
 #include "BackEnd.h"
-#include "CmdProtocol.h"
 #include "DbAgent.h"
 #include "DbAllScan.h"
 #include "DbFirewall.h"
 #include "DbScanCfg.h"
 #include "DbScanUpdate.h"
 #include "DbVexor.h"
+#include "OnThreads.h"
 #include "Store.h"
 
 namespace wrb::test {
@@ -37,53 +36,53 @@ class CBackDatabaseTest : public testing::Test {
 };
 
 TEST_F(CBackDatabaseTest, NumbersAndTextsOfAnAgent) {
+    const auto numberOf = [](auto read, uint32_t word) {
+        return [=](const wchar_t* uid) {
+            uint32_t number = 77;
+            EXPECT_TRUE(read(uid, number, word));
+            return std::to_wstring(number);
+        };
+    };
+    const auto textOf = [](auto read) {
+        return [=](const wchar_t* uid) {
+            std::wstring text = L"old";
+            EXPECT_TRUE(read(uid, text, 0));
+            return text;
+        };
+    };
+    const auto prebuilt = [](auto read, const wchar_t* rest) {
+        return [=](const wchar_t* uid) {
+            std::wstring text;
+            EXPECT_TRUE(read(std::wstring(uid) + rest, text));
+            return text;
+        };
+    };
     const struct {
-        bool (*read)(const wchar_t*, uint32_t&, uint32_t);
-        uint32_t number;
-        uint32_t full;
-    } kNumbers[] = {{dbGetStatusW, 0, 5},
-                    {dbGetStatusW, 1, 0x80000001},
-                    {dbGetArchitectureW, 0, 9},
-                    {dbGetConfFlagW, 0, 7},
-                    {dbGetClientPlatW, 0, 10}};
-    for (const auto& [read, number, full] : kNumbers) {
-        uint32_t value = 77;
-        EXPECT_TRUE(read(kFullAgent, value, number));
-        EXPECT_EQ(value, full);
-        EXPECT_TRUE(read(kUnknownAgent, value, number));
-        EXPECT_EQ(value, 0u);
-    }
-    const struct {
-        bool (*read)(const wchar_t*, std::wstring&, uint32_t);
+        std::function<std::wstring(const wchar_t* uid)> read;
         const wchar_t* full;
-    } kTexts[] = {{dbGetClnDomainNameAndUidW, L"Front\td-1"},
-                  {dbGetClnFullDomainNameAndUidW, L"Company\\Front\td-1"},
-                  {dbGetComputerNameW, L"RECEPTION-01"},
-                  {dbGetIpW, L"192.0.2.17"},
-                  {dbGetProgVerW, L"14.0"},
-                  {dbGetVexorBmCfgW, L"b=1"},
-                  {dbGetBackupLogAllSessionsW, L"s 1\ts 2\ts 3"}};
-    for (const auto& [read, full] : kTexts) {
-        std::wstring text = L"old";
-        EXPECT_TRUE(read(kFullAgent, text, 0));
-        EXPECT_EQ(text, full);
-        EXPECT_TRUE(read(kUnknownAgent, text, 0));
-        EXPECT_EQ(text, L"");
-    }
-    const struct {
-        bool (*read)(const std::wstring&, std::wstring&);
-        std::wstring fields;
-        const wchar_t* text;
-    } kPrebuilt[] = {{dbGetClientPasswordW, std::wstring(kFullAgent) + L"\t0", L"un"},
-                     {dbGetClientPasswordW, std::wstring(kFullAgent) + L"\t1", L"ul"},
-                     {dbGetServiceSwitchW, L"", L"1\t1\t1\t1\t1\t0\t1\t1\t1\t1\t1"},
-                     {dbGetIcrcDestScanTypeW, kFullAgent, L"1"},
-                     {dbIsClientExistedW, kFullAgent, L"1"},
-                     {dbIsClientExistedW, kUnknownAgent, L"0"}};
-    for (const auto& [read, fields, expected] : kPrebuilt) {
-        std::wstring text;
-        EXPECT_TRUE(read(fields, text));
-        EXPECT_EQ(text, expected);
+        const wchar_t* unknown;
+    } kReads[] = {
+        {numberOf(dbGetStatusW, 0), L"5", L"0"},
+        {numberOf(dbGetStatusW, 1), L"2147483649", L"0"},
+        {numberOf(dbGetArchitectureW, 0), L"9", L"0"},
+        {numberOf(dbGetConfFlagW, 0), L"7", L"0"},
+        {numberOf(dbGetClientPlatW, 0), L"10", L"0"},
+        {textOf(dbGetClnDomainNameAndUidW), L"Front\td-1", L""},
+        {textOf(dbGetClnFullDomainNameAndUidW), L"Company\\Front\td-1", L""},
+        {textOf(dbGetComputerNameW), L"RECEPTION-01", L""},
+        {textOf(dbGetIpW), L"192.0.2.17", L""},
+        {textOf(dbGetProgVerW), L"14.0", L""},
+        {textOf(dbGetVexorBmCfgW), L"b=1", L""},
+        {textOf(dbGetBackupLogAllSessionsW), L"s 1\ts 2\ts 3", L""},
+        {prebuilt(dbGetClientPasswordW, L"\t0"), L"un", L""},
+        {prebuilt(dbGetClientPasswordW, L"\t1"), L"ul", L""},
+        {prebuilt(dbGetServiceSwitchW, L""), L"1\t1\t1\t1\t1\t0\t1\t1\t1\t1\t1", L"1\t1\t1\t1\t1\t0\t1\t1\t1\t1\t1"},
+        {prebuilt(dbGetIcrcDestScanTypeW, L""), L"1", L""},
+        {prebuilt(dbIsClientExistedW, L""), L"1", L"0"},
+    };
+    for (const auto& [read, full, unknown] : kReads) {
+        EXPECT_EQ(read(kFullAgent), full);
+        EXPECT_EQ(read(kUnknownAgent), unknown);
     }
 }
 
@@ -125,71 +124,6 @@ tagScanGroupValues SomeValues(const ScanGroup& group, uint32_t seed) {
     }
     values.cleanFailedMoveDir.clear();
     return values;
-}
-
-// What the database answers for a group: its numbers, and its texts by DB_GET_EXTRA or with them.
-tagScanGroupValues ReadBack(const ScanGroup& group, const wchar_t* uid) {
-    tagScanGroupValues values;
-    EXPECT_TRUE(GetDbScanGroup(group, uid, values));
-    if (group.kind == ScanGroupKind::Spyware) {
-        return values;
-    }
-    std::wstring text;
-    EXPECT_TRUE(dbGetExtraW(uid, group.configFlag, text));
-    CCmdProtocol fields(text.c_str());
-    std::wstring unused;
-    if (group.kind == ScanGroupKind::Main) {
-        fields >> values.extList >> values.moveDir >> unused >> unused >> values.custAction;
-    } else {
-        fields >> values.excludedFolder >> values.excludedFile >> values.excludedExt;
-    }
-    return values;
-}
-
-void ExpectStored(const ScanGroup& group, const wchar_t* uid, tagScanGroupValues expected) {
-    const tagScanGroupValues read = ReadBack(group, uid);
-    expected.flags = read.flags;  // an exclusion write leaves them alone; the others are looked at below
-    for (const ScanNumber member : group.numbers) {
-        EXPECT_EQ(read.*member, expected.*member);
-    }
-    for (const ScanText member : group.texts) {
-        const bool stored = member != &tagScanGroupValues::cleanFailedMoveDir &&
-                            !(group.kind == ScanGroupKind::Spyware && group.type == ScanType::RT);
-        EXPECT_EQ(read.*member, stored ? expected.*member : std::wstring());
-    }
-}
-
-TEST_F(CBackDatabaseTest, EveryScanGroupComesBackAsItWasSetAtBothLevels) {
-    const std::wstring other = ThreadAgent(0);
-    uint32_t seed = 1000;
-    for (const ScanGroup& group : kScanGroups) {
-        SCOPED_TRACE(testing::Message() << std::string(group.name.begin(), group.name.end()));
-        tagScanGroupValues before = ReadBack(group, other.c_str());
-        const tagScanGroupValues one = SomeValues(group, seed += 100);
-        ASSERT_TRUE(SetDbScanGroup(group, kFullAgent, {0x80000F0F, 0xFFFFFFFF, 0}, one));
-        ExpectStored(group, kFullAgent, one);
-        if (group.kind != ScanGroupKind::Exclusion) {
-            EXPECT_EQ(ReadBack(group, kFullAgent).flags, 0x80000F0Fu);
-            ASSERT_TRUE(SetDbScanGroup(group, kFullAgent, {0xFFFFFFFF, 0x000000F0, 0}, one));
-            EXPECT_EQ(ReadBack(group, kFullAgent).flags, 0x80000FFFu);
-        }
-        ExpectStored(group, other.c_str(), before);
-
-        const tagScanGroupValues all = SomeValues(group, seed += 100);
-        ASSERT_TRUE(SetAllDbScanGroup(group, {0x1, 0x10000001, 0}, all));
-        ExpectStored(group, kFullAgent, all);
-        ExpectStored(group, other.c_str(), all);
-    }
-}
-
-TEST_F(CBackDatabaseTest, FlagWordsByScanType) {
-    for (const ScanType type : {ScanType::MS, ScanType::RT, ScanType::PS, ScanType::SN}) {
-        const ScanGroup& group = FindScanGroup(type, ScanGroupKind::Main);
-        ASSERT_TRUE(SetDbScanFlags(type, kFullAgent, 0xFFFF0000, 0xFFFFFFFF));
-        ASSERT_TRUE(SetAllDbScanFlags(type, 0x1, 0xF0000001));
-        EXPECT_EQ(ReadBack(group, kFullAgent).flags, 0x0FFF0001u);
-        EXPECT_EQ(ReadBack(group, ThreadAgent(1).c_str()).flags & 0xF0000001, 1u);
-    }
 }
 
 TEST_F(CBackDatabaseTest, OtherWrites) {
@@ -234,6 +168,10 @@ TEST_F(CBackDatabaseTest, AllScanSettingsInOneAnswer) {
         ASSERT_TRUE(SetDbScanGroup(group, uid.c_str(), {0x80000000 + group.configFlag, 0xFFFFFFFF, 0},
                                    SomeValues(group, group.configFlag)));
     }
+    for (const ScanType type : {ScanType::MS, ScanType::RT, ScanType::PS, ScanType::SN}) {
+        ASSERT_TRUE(SetDbScanFlags(type, uid.c_str(), 0x30000000, 0xF0000000));
+        ASSERT_TRUE(SetAllDbScanFlags(type, 0x40000000, 0x50000000));
+    }
     ASSERT_TRUE(dbGetClnAllScanCfgW(uid.c_str(), cfg, caller));
     ASSERT_TRUE(dbGetClnAllScanExW(uid.c_str(), lists, caller));
     EXPECT_TRUE(cfg.hasConfig && cfg.hasExtra);
@@ -241,7 +179,7 @@ TEST_F(CBackDatabaseTest, AllScanSettingsInOneAnswer) {
         const auto i = static_cast<std::size_t>(type);
         const ScanGroup& group = FindScanGroup(type, ScanGroupKind::Main);
         tagScanGroupValues expected = SomeValues(group, group.configFlag);
-        expected.flags = 0x80000000 + group.configFlag;
+        expected.flags = 0x60000000 + group.configFlag;
         EXPECT_EQ(cfg.scans[i], expected);
         EXPECT_EQ(cfg.spywareFlags[i], 0x80000000 + group.configFlag);
         const ScanGroup& exclusions = FindScanGroup(type, ScanGroupKind::Exclusion);
@@ -252,30 +190,20 @@ TEST_F(CBackDatabaseTest, AllScanSettingsInOneAnswer) {
 
 // A write has no answer, yet the next question must see it.
 TEST_F(CBackDatabaseTest, NoQuestionOvertakesTheWriteBeforeIt) {
-    std::vector<std::thread> threads;
-    for (unsigned t = 0; t < 8; ++t) {
-        threads.emplace_back([t] {
-            const std::wstring uid = ThreadAgent(t);
-            const std::wstring big(20'000, L'x');
-            for (uint32_t i = 1; i <= 25; ++i) {
-                tagScanGroupValues values;
-                values.extList = std::to_wstring(i) + big;
-                values.oleLayer = i;
-                EXPECT_TRUE(dbSetMscfW(uid.c_str(), {i, 0xFFFFFFFF, 0}, values));
-                tagScanGroupValues read;
-                EXPECT_TRUE(dbGetMscfW(uid.c_str(), read));
-                EXPECT_EQ(read.flags, i);
-                EXPECT_EQ(read.oleLayer, i);
-                EXPECT_TRUE(dbSetConfFlagW(uid.c_str(), i, 0xFFFFFFFF & ~i));
-                uint32_t bits = 0;
-                EXPECT_TRUE(dbGetConfFlagW(uid.c_str(), bits));
-                EXPECT_EQ(bits, i);
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    OnThreads(8, [](unsigned thread) {
+        const std::wstring uid = ThreadAgent(thread);
+        const std::wstring big(20'000, L'x');
+        for (uint32_t i = 1; i <= 25; ++i) {
+            tagScanGroupValues values;
+            values.extList = std::to_wstring(i) + big;
+            values.oleLayer = i;
+            EXPECT_TRUE(dbSetMscfW(uid.c_str(), {i, 0xFFFFFFFF, 0}, values));
+            tagScanGroupValues read;
+            EXPECT_TRUE(dbGetMscfW(uid.c_str(), read));
+            EXPECT_EQ(read.flags, i);
+            EXPECT_EQ(read.oleLayer, i);
+        }
+    });
 }
 
 }  // namespace
