@@ -87,11 +87,8 @@ TEST(CustomAction, TypesWithoutAnItemGetOne) {
         L"Count=5\nName_000=Joke\n1st_Act_000=1\n2nd_Act_000=2\n"
         L"Name_001=CVE_Exploit\n1st_Act_001=3\n2nd_Act_001=4\nName_002=\n1st_Act_002=9\n2nd_Act_002=9\n"
         L"Name_003=Packer\n1st_Act_003=5\n2nd_Act_003=\nName_004=Idle\n2nd_Act_004=7\n1st_Act_Universe=5-4\n";
-    const struct {
-        std::wstring ini;
-        const wchar_t* text;
-        const wchar_t* completed;
-    } rows[] = {
+    const std::tuple<std::wstring, std::wstring, const wchar_t*> rows[] = {
+        // INI, text, completed text
         {types, L"", L"Joke-1-2;Packer-5;Universe-5-4"},
         {types, L"Universe-1-1", L"Universe-1-1;Joke-1-2;Packer-5"},
         {types, L"Packer-8-8;", L"Packer-8-8;Joke-1-2;Universe-5-4"},
@@ -102,11 +99,10 @@ TEST(CustomAction, TypesWithoutAnItemGetOne) {
                    L"1st_Act_Universe=3\n",
          L"A-1-1", L"A-1-1;Last-1;Others-3"},
     };
-    for (const auto& row : rows) {
-        const CScanIni ini(row.ini);
-        std::wstring text = row.text;
+    for (auto [iniText, text, completed] : rows) {
+        const CScanIni ini(iniText);
         wrb::CompleteCustomAction(ScanIniCache(), text);
-        EXPECT_EQ(text, row.completed);
+        EXPECT_EQ(text, completed);
     }
 }
 
