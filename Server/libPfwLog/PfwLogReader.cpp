@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "PfwLogRecord.h"
+
 namespace wrb {
 
 static_assert(alignof(SWRB_PFW_LOG_ITEM) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__ &&
@@ -19,11 +21,17 @@ const void* CPfwLogReader::Next() noexcept {
     return record;
 }
 
+std::size_t CPfwLogReader::Read(std::size_t bytes) noexcept {
+    DWORD read = 0;
+    return ReadFile(m_file, m_block.get(), static_cast<DWORD>(bytes), &read, nullptr) ? read : 0;
+}
+
 bool CPfwLogReader::Fill() noexcept {
     const std::size_t capacity = m_recordSize * kBlockRecords;
-    DWORD read = 0;
-    if (!ReadFile(m_file, m_block.get(), static_cast<DWORD>(capacity), &read, nullptr)) {
-        read = 0;
+    // A block that cannot be read may still have records before the place that cannot.
+    std::size_t read = Read(capacity);
+    if (read == 0) {
+        read = Read(m_recordSize);
     }
     const std::size_t missing = (m_recordSize - read % m_recordSize) % m_recordSize;
     std::fill_n(m_block.get() + read, missing, uint8_t{0});

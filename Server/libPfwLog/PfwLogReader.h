@@ -7,8 +7,6 @@
 #include <cstdint>
 #include <memory>
 
-#include "PfwLogRecord.h"
-
 namespace wrb {
 
 // Reads from the file's position on, many records at a time. The file belongs to the caller and must outlive the
@@ -18,14 +16,15 @@ class CPfwLogReader {
     // Throws for lack of memory.
     CPfwLogReader(HANDLE file, std::size_t recordSize);
 
-    // The next record, or null when the file has ended or cannot be read. A last record that the file cuts short comes
-    // filled up with zeros, so that it does not have the markers of whatever was read before it. Valid until the next
-    // call, and aligned for either record.
+    // The next record, or null when the file has ended or this record cannot be read. A last record that the file cuts
+    // short comes filled up with zeros, so that it does not have the markers of whatever was read before it. Valid
+    // until the next call, and aligned for either record.
     const void* Next() noexcept;
 
   private:
     static constexpr std::size_t kBlockRecords = 64;
 
+    std::size_t Read(std::size_t bytes) noexcept;
     bool Fill() noexcept;
 
     HANDLE m_file;

@@ -1,7 +1,10 @@
 #include "cmdhl_CfwLogFile.h"
 
+#include <windows.h>
+
 #include <cwchar>
 
+#include "CheckPFWLogVersion.h"
 #include "DebugLog.h"
 #include "Handle.h"
 #include "INICache.h"
@@ -16,23 +19,18 @@ namespace {
 constexpr int32_t kForwarded = 1;
 constexpr int32_t kRecordLost = -2;
 constexpr uint8_t kGuardedDirection = 2;  // whose processes are shown only on request
+constexpr unsigned kRecordsPerLook = 64;  // for how many of them one look at the setting does
 constexpr uint16_t kFirewallLog = 0;
 
 // The line shows the function and the source only: the values travel behind a format that has no place for them. It has
 // always looked like this, and those who search the logs for it count on that.
 template <typename Item>
 void LogFormatError(const Item& item) {
-    WRB_LOG('E', L"%s - Server\\MasterService\\CmdHndlr\\libCmdHndlrClient\\cmdhl_Others", L"processCFWLogFile",
+    WRB_LOG(kLogError, L"%s - Server\\MasterService\\CmdHndlr\\libCmdHndlrClient\\cmdhl_Others", L"processCFWLogFile",
             __LINE__,
             L"processCFWLogFile[format error]: cfwLog.byHead(%x), cfwLog.byRear(%x), cfwLog.byDirection(%x), "
             L"cfwLog.wPort(%d)",
             item.byHead, item.byRear, item.byDirection, item.wPort);
-}
-
-bool IsPathHidden(uint8_t direction, const wchar_t* path) {
-    return (direction == kGuardedDirection &&
-            ServerIniCache().readINIInt("INI_SERVER_SECTION", "CFWShowAllPV", 0) == 0) ||
-           std::wcscmp(path, L"Idle") == 0;
 }
 
 class CRecordForwarder {
@@ -50,17 +48,30 @@ class CRecordForwarder {
         DecodePfwLogTexts(item, m_texts);
         return Send({m_uid, m_time.Date(), m_time.Time(), m_texts.localHost, m_texts.remoteHost, item.wProtocol,
                      item.wType, item.wSubType, item.wPort, item.byDirection,
-                     IsPathHidden(item.byDirection, m_texts.pvName) ? L"" : m_texts.pvName, m_texts.pvInfo,
-                     kFirewallLog});
+                     IsPathHidden(item.byDirection) ? L"" : m_texts.pvName, m_texts.pvInfo, kFirewallLog});
     }
 
   private:
+    bool IsPathHidden(uint8_t direction) {
+        return (direction == kGuardedDirection && !ShowsAllPaths()) || std::wcscmp(m_texts.pvName, L"Idle") == 0;
+    }
+
+    // Even a cached value costs as much as a third of the record.
+    bool ShowsAllPaths() {
+        if (m_untilAsked == 0) {
+            m_showsAll = ServerIniCache().readINIInt("INI_SERVER_SECTION", "CFWShowAllPV", 0) != 0;
+            m_untilAsked = kRecordsPerLook;
+        }
+        --m_untilAsked;
+        return m_showsAll;
+    }
+
     bool Send(const tagFirewallLogEntry& entry) const {
         if (m_targets.agentClient(entry) != 1) {
-            WRB_LOG(8, L"qmaSendFirewallLog: send agent log failed(%s)", m_uid);
+            WRB_LOG(kLogDebug8, L"qmaSendFirewallLog: send agent log failed(%s)", m_uid);
         }
         if (m_targets.logPool(entry) != 1) {
-            WRB_LOG(8, L"processCFWLogFile:uid=%s fail", m_uid);
+            WRB_LOG(kLogDebug8, L"processCFWLogFile:uid=%s fail", m_uid);
             return false;
         }
         return true;
@@ -70,6 +81,8 @@ class CRecordForwarder {
     const tagCfwLogTargets& m_targets;
     CLocalTimeText m_time;
     tagPfwLogTexts m_texts;
+    unsigned m_untilAsked = 0;
+    bool m_showsAll = false;
 };
 
 template <typename Item>
@@ -85,38 +98,20 @@ int32_t ForwardRecords(HANDLE file, CRecordForwarder& forwarder) {
 }
 
 PfwLogVersion VersionOf(HANDLE file, uint32_t size) {
-    const PfwLogVersion bySize = PfwLogVersionOfSize(size);
-    const int32_t version = bySize == PfwLogVersion::kUnknown ? CheckPFWLogVersion(file) : static_cast<int32_t>(bySize);
-    WRB_LOG('D', L"processCFWLogFile:final log version(%d)", version);
-    return static_cast<PfwLogVersion>(version);
-}
-
-// One record from the file's position; what the file lacks of it is zero. False when nothing was read.
-template <typename Item>
-bool ReadFirst(HANDLE file, Item& item) {
-    item = {};
-    DWORD read = 0;
-    return ReadFile(file, &item, sizeof item, &read, nullptr) && read != 0;
-}
-
-void Rewind(HANDLE file) {
-    SetFilePointer(file, 0, nullptr, FILE_BEGIN);
-}
-
-int32_t ReportVersion(int32_t version) {
-    WRB_LOG(8, L"CheckPFWLogVersion: bRetVer=(%d)", version);
+    const PfwLogVersion version = PfwLogVersionOfFile(file, size);
+    WRB_LOG(kLogDebug, L"processCFWLogFile:final log version(%d)", static_cast<int32_t>(version));
     return version;
 }
 
 }  // namespace
 
 int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, const tagCfwLogTargets& targets) {
-    WRB_LOG(8, L"processCFWLogFile: FileName=%s", fileName);
+    WRB_LOG(kLogDebug8, L"processCFWLogFile: FileName=%s", fileName);
     const CFileHandle file(
         CreateFileW(fileName, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) {
         const DWORD error = GetLastError();
-        WRB_LOG(5, L"processCFWLogFile:Fail open file err=%d, '%s'", error, fileName);
+        WRB_LOG(kLogNotice5, L"processCFWLogFile:Fail open file err=%d, '%s'", error, fileName);
         return kForwarded;
     }
     const DWORD size = GetFileSize(file.Get(), nullptr);  // no package holds a file that needs the upper half
@@ -129,7 +124,7 @@ int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, cons
         case PfwLogVersion::kUnknown:
             break;
     }
-    WRB_LOG('E',
+    WRB_LOG(kLogError,
             L"processCFWLogFile: processCFWLogFile ERROR:GetFileSize(%d), sizeof(SWRB_PFW_LOG_ITEM_V0)=(%d), "
             L"(sizeof(SWRB_PFW_LOG_ITEM)=(%d)",
             size, PfwLogRecordSize(PfwLogVersion::kV0), PfwLogRecordSize(PfwLogVersion::kV1));
@@ -140,24 +135,4 @@ int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, cons
 
 int32_t processCFWLogFile(const std::wstring& uid, const wchar_t* fileName) {
     return wrb::ForwardCfwLogFile(uid, fileName, {qmaSendFirewallLog, cmdlog_SendCfwLog});
-}
-
-int32_t CheckPFWLogVersion(HANDLE file) {
-    SWRB_PFW_LOG_ITEM_V0 v0;
-    if (wrb::ReadFirst(file, v0)) {
-        WRB_LOG(8, L"CheckPFWLogVersion: PfwLogV0.byHead(%x), PfwLogV0.byRear(%x)", v0.byHead, v0.byRear);
-        if (wrb::HasPfwLogMarkers(v0)) {
-            wrb::Rewind(file);
-            return wrb::ReportVersion(0);
-        }
-    }
-    wrb::Rewind(file);
-    SWRB_PFW_LOG_ITEM v1;
-    if (!wrb::ReadFirst(file, v1)) {
-        return wrb::ReportVersion(-1);
-    }
-    WRB_LOG(8, L"CheckPFWLogVersion: PfwLogV1.byHead(%x), PfwLogV1.byRear(%x)", v1.byHead, v1.byRear);
-    const int32_t version = wrb::HasPfwLogMarkers(v1) ? 1 : -1;
-    wrb::Rewind(file);
-    return wrb::ReportVersion(version);
 }

@@ -1,8 +1,6 @@
 // One firewall log file of an agent (PfwLogRecord.h), forwarded record by record to the two services that take it.
 #pragma once
 
-#include <windows.h>
-
 #include <cstdint>
 #include <string>
 
@@ -25,7 +23,3 @@ int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, cons
 // wrong markers or did not reach the log pool, otherwise 1; also when there is no file, when it cannot be read and when
 // its version cannot be told. Throws for lack of memory only.
 int32_t processCFWLogFile(const std::wstring& uid, const wchar_t* fileName);
-
-// The version of an open file by the markers of its first record: 0, 1 or -1 for neither. Version 0 is looked for
-// first. The file's position is at its start afterwards, unless the second look could not read anything.
-int32_t CheckPFWLogVersion(HANDLE file);

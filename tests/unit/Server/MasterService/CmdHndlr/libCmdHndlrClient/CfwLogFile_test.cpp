@@ -3,11 +3,16 @@
 
 #include <gtest/gtest.h>
 
+#include <windows.h>
+
 #include <algorithm>
+#include <cstring>
 #include <ctime>
+#include <string>
 #include <vector>
 
 #include "CapturedLog.h"
+#include "CheckPFWLogVersion.h"
 #include "Handle.h"
 #include "INICache.h"
 #include "PfwLogSample.h"
