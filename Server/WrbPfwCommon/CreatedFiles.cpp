@@ -1,18 +1,18 @@
 #include "CreatedFiles.h"
 
-#include <windows.h>
-
 namespace wrb {
 namespace {
 
 // A link, of whatever kind, could lead out of the target folder.
-bool IsPlainFolder(const std::wstring& path) noexcept {
-    const DWORD attributes = GetFileAttributesW(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
-           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
-}
+constexpr DWORD kLink = FILE_ATTRIBUTE_REPARSE_POINT;
 
 }  // namespace
+
+bool IsFolder(const std::wstring& path, DWORD refused) noexcept {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES &&
+           (attributes & (FILE_ATTRIBUTE_DIRECTORY | refused)) == FILE_ATTRIBUTE_DIRECTORY;
+}
 
 CCreatedFiles::~CCreatedFiles() {
     for (auto created = m_created.rbegin(); created != m_created.rend(); ++created) {
@@ -33,7 +33,7 @@ bool CCreatedFiles::MakeFolders(const std::wstring& relativePath) {
         if (CreateDirectoryW(path.c_str(), nullptr)) {
             continue;
         }
-        const bool isThere = IsPlainFolder(path);
+        const bool isThere = IsFolder(path, kLink);
         m_created.pop_back();
         if (!isThere) {
             return false;

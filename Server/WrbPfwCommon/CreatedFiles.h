@@ -1,12 +1,18 @@
 // The files and folders that one unpacking has made below its target folder.
 #pragma once
 
+#include <windows.h>
+
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Handle.h"
 
 namespace wrb {
+
+// A folder that is there and has none of the attributes `refused`. What links to a folder is one as well.
+bool IsFolder(const std::wstring& path, DWORD refused = 0) noexcept;
 
 // Removes what it has made when it is destroyed, newest first, unless told to keep it. Files must be closed by then.
 class CCreatedFiles {

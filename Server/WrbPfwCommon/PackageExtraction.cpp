@@ -3,13 +3,16 @@
 #include <windows.h>
 
 #include <cstring>
+#include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "CabinetReader.h"
 #include "CreatedFiles.h"
 #include "EntryName.h"
+#include "LessIgnoringCase.h"
 #include "Text.h"
 
 namespace wrb {
@@ -24,14 +27,6 @@ struct tagPlannedEntry {
     tagEntryName name;
     int64_t bytes = 0;
     bool wanted = true;
-};
-
-// The system's own idea of equal names.
-struct LessIgnoringCase {
-    bool operator()(const std::wstring& left, const std::wstring& right) const noexcept {
-        return CompareStringOrdinal(left.c_str(), static_cast<int>(left.size()), right.c_str(),
-                                    static_cast<int>(right.size()), TRUE) == CSTR_LESS_THAN;
-    }
 };
 
 // First reading: nothing is unpacked, everything is checked that can be checked without.
@@ -132,11 +127,6 @@ bool UnpackAll(CCabinetReader& reader, const std::vector<tagPlannedEntry>& plan,
     }
     files.Keep();
     return true;
-}
-
-bool IsFolder(const std::wstring& path) noexcept {
-    const DWORD attributes = GetFileAttributesW(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
 }  // namespace

@@ -6,8 +6,8 @@
  * A package comes from the network and is trusted in nothing. It is unpacked whole or not at all: when anything about
  * it is wrong, every file and folder that the call has made is removed again and the call returns false. Refused are
  *   - entries whose name is not a plain relative path: with "..", ".", a drive, a stream (any ":"), a leading
- * separator, an empty part, a part that ends in a dot or a blank, a device name (NUL, COM1.txt, ...), a control
- * character or one of <>"|?*, or a name that the ANSI code page cannot hold;
+ *     separator, an empty part, a part that ends in a dot or a blank, a device name (NUL, COM1.txt, ...), a control
+ *     character or one of <>"|?*, or a name that the ANSI code page cannot hold;
  *   - two entries of one name; an entry where the folder has a file already (nothing is ever overwritten) or a link;
  *   - an entry whose path, folder included, is longer than 259 bytes;
  *   - more than 10,000 entries, an entry of more than 256 MiB, more than 1 GiB in all;
@@ -42,8 +42,8 @@ typedef bool (*fpkCallback)(const char* entry, const char* directory, unsigned e
 extern "C" {
 #endif
 
-/* `package` and `directory` (which must exist) are paths in the ANSI code page. Without a callback
- * every entry is unpacked. Returns true when the package is sound and every wanted entry has been written. */
+/* `package` and `directory` (which must exist) are paths in the ANSI code page. Without a callback every entry is
+ * unpacked. Returns true when the package is sound and every wanted entry has been written. */
 WRB_FPK_API bool fpkExtract(const char* package, const char* directory, fpkCallback callback, void* context);
 
 #ifdef __cplusplus
