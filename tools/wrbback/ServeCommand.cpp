@@ -50,10 +50,10 @@ void PrintCounters(const DbServerCounters& db, const RecordServerCounters& recor
 
 // From the first pipe to the last counter. The log service starts first and ends last, so that it has every line.
 int RunServices(const ServeOptions& options, const LogSettings& settings, const CStopEvent& stop) {
-    CNotes screen([](const std::wstring& note) { PrintErr("wrbback: " + WideToUtf8(EscapeLogText(note)) + "\n"); });
+    CNotes screen([](const std::wstring& note) { PrintErr("wrbback: " + WideToUtf8(VisibleText(note)) + "\n"); });
     CLogServer log(settings, [&screen](const std::wstring& note) { screen.Write(note); });
     CNotes notes([&log](const std::wstring& note) {
-        PrintErr("wrbback: " + WideToUtf8(EscapeLogText(note)) + "\n");
+        PrintErr("wrbback: " + WideToUtf8(VisibleText(note)) + "\n");
         log.WriteOwn(L'W', note);
     });
     CDbServer db({.database = Utf8ToWide(options.database),

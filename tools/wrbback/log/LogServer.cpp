@@ -74,7 +74,7 @@ void CLogServer::Accept(const std::string& message, const CPipePeer& peer) {
     }
     ++m_badMessages;
     m_note(FormatWide(L"log service: refused a message of process %u: ", peer.Pid()) +
-           EscapeLogText(std::wstring_view(text).substr(0, kShownCharacters)));
+           VisibleText(std::wstring_view(text).substr(0, kShownCharacters)));
 }
 
 void CLogServer::SetLevel(const std::wstring& level) {

@@ -6,6 +6,7 @@
 #include "CmdProtocol.h"
 #include "LogFilter.h"
 #include "Text.h"
+#include "VisibleText.h"
 
 namespace wrb {
 namespace {
@@ -42,12 +43,6 @@ std::wstring ClassOf(uint32_t level) {
     }
 }
 
-// Control characters, line and paragraph separators, and the marks that change the direction of writing.
-bool NeedsEscape(wchar_t c) {
-    return c < 0x20 || (c >= 0x7F && c <= 0x9F) || (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069) ||
-           c == 0x200E || c == 0x200F || c == 0x061C || c == 0xFEFF;
-}
-
 }  // namespace
 
 std::optional<tagReceivedLine> ParseLogLine(std::wstring_view fields) {
@@ -76,25 +71,6 @@ std::optional<tagReceivedLine> ParseLogLine(std::wstring_view fields) {
     return line;
 }
 
-std::wstring EscapeLogText(std::wstring_view text) {
-    std::wstring escaped;
-    escaped.reserve(text.size());
-    for (const wchar_t c : text) {
-        if (c == L'\n') {
-            escaped += L"\\n";
-        } else if (c == L'\r') {
-            escaped += L"\\r";
-        } else if (c == L'\t') {
-            escaped += L"\\t";
-        } else if (NeedsEscape(c)) {
-            escaped += FormatWide(L"\\u%04X", static_cast<unsigned>(c));
-        } else {
-            escaped += c;
-        }
-    }
-    return escaped;
-}
-
 std::string FormatLogLine(const tagReceivedLine& line) {
     const std::time_t seconds = line.seconds;
     std::tm local{};
@@ -106,8 +82,8 @@ std::string FormatLogLine(const tagReceivedLine& line) {
     std::wstring text = FormatWide(L"%04d %02d/%02d %02d:%02d:%02d [%04x : %04x] [%s] ", local.tm_year + 1900,
                                    local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
                                    line.process, line.thread, ClassOf(line.level).c_str());
-    text += EscapeLogText(line.text);
-    text += L" - [" + EscapeLogText(line.sourceFile) + L"(" + std::to_wstring(line.line) + L")]\r\n";
+    text += VisibleText(line.text);
+    text += L" - [" + VisibleText(line.sourceFile) + L"(" + std::to_wstring(line.line) + L")]\r\n";
     return WideToUtf8(text);
 }
 

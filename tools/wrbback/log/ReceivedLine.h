@@ -26,12 +26,9 @@ std::optional<tagReceivedLine> ParseLogLine(std::wstring_view fields);
 //
 //   YYYY MM/DD hh:mm:ss [process : thread] [class] text - [source file(line)]
 //
-// process and thread in hexadecimal, class one of F E W I D N, or the number of a level that has none. Whatever could
-// break the line, steer a terminal or hide a part of it is written as an escape: \n \r \t, else \uXXXX.
+// process and thread in hexadecimal, class one of F E W I D N, or the number of a level that has none. Texts are
+// made visible (VisibleText.h).
 std::string FormatLogLine(const tagReceivedLine& line);
-
-// The text with those escapes; everything else as it stands.
-std::wstring EscapeLogText(std::wstring_view text);
 
 // The filter word for the level that a setting or a "LOG_SET_LEVEL" message names: F, E, W, I or D for lines of that
 // class and the weightier ones, "all" for no filter, "none" for no line but those that no filter can stop.

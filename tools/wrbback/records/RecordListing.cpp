@@ -2,9 +2,11 @@
 
 #include <json/writer.h>
 
-#include "ReceivedLine.h"
+#include <algorithm>
+
 #include "SqliteDb.h"
 #include "Text.h"
+#include "VisibleText.h"
 
 namespace wrb {
 namespace {
@@ -52,7 +54,7 @@ uint64_t ForEachRow(CSqliteDb& db, const RecordTable& table, uint64_t limit, con
     const std::string latest =
         limit == 0 ? "" : std::string(" WHERE id > (SELECT max(id) FROM ") + table.name + ") - :limit";
     CSqliteStatement select = db.Use(SelectSql(table) + latest + " ORDER BY id");
-    select.Bind(":limit", static_cast<int64_t>(limit));
+    select.Bind(":limit", static_cast<int64_t>(std::min<uint64_t>(limit, INT64_MAX)));
     uint64_t rows = 0;
     for (; select.Step(); ++rows) {
         visit(select);
@@ -88,7 +90,7 @@ void ListAsText(CSqliteDb& db, const RecordTable& table, uint64_t limit, const L
     CPiecewise out(print);
     out.Add(Line(table, [&](int i) { return Utf8ToWide(table.columns[static_cast<std::size_t>(i)].name); }));
     const uint64_t shown = ForEachRow(db, table, limit, [&](const CSqliteStatement& row) {
-        out.Add(Line(table, [&](int column) { return EscapeLogText(row.Text(column)); }));
+        out.Add(Line(table, [&](int column) { return VisibleText(row.Text(column)); }));
     });
     const int64_t all = db.NumberOf((std::string("SELECT count(*) FROM ") + table.name).c_str());
     out.Add(std::string(table.name) + ": " + std::to_string(shown) + " of " + std::to_string(all) + " rows\n");
