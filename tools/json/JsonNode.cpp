@@ -100,7 +100,7 @@ uint32_t CJsonNode::Number() const {
     return static_cast<uint32_t>(m_value->asInt64());
 }
 
-std::wstring CJsonNode::Text() const {
+std::wstring CJsonNode::AnyText() const {
     if (!m_value->isString()) {
         Fail("must be a text in quotation marks");
     }
@@ -108,8 +108,16 @@ std::wstring CJsonNode::Text() const {
     if (text.size() > kTextCharacters) {
         Fail("is longer than 65535 characters");
     }
-    if (text.find_first_of(std::wstring_view(L"\t\r\n\0", 4)) != std::wstring::npos) {
-        Fail("holds a TAB, a line end or a NUL, which would split the answer to an agent");
+    if (text.find(L'\0') != std::wstring::npos) {
+        Fail("holds a NUL, where the text would end");
+    }
+    return text;
+}
+
+std::wstring CJsonNode::Text() const {
+    std::wstring text = AnyText();
+    if (text.find_first_of(L"\t\r\n") != std::wstring::npos) {
+        Fail("holds a TAB or a line end, which would split the answer to an agent");
     }
     return text;
 }

@@ -40,7 +40,10 @@ class CJsonNode {
     // 32 bits, signed or not, as their unsigned pattern: a whole number, or a hexadecimal text such as "0x1C507".
     uint32_t Number() const;
 
-    // At most 65535 characters. TAB, CR, LF and NUL are refused: none of them survives the way to an agent.
+    // At most 65535 characters, and no NUL.
+    std::wstring AnyText() const;
+
+    // For an agent: TAB, CR and LF are refused as well, since none of them survives the way there.
     std::wstring Text() const;
 
   private:
