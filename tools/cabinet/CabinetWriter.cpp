@@ -14,6 +14,7 @@
 #include <new>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 #include "Text.h"
 
@@ -47,7 +48,7 @@ std::size_t IndexIn(std::string_view digits) {
 }
 
 const std::wstring& PathOf(const tagWriting& writing, std::string_view name) {
-    return name.starts_with(kScratch) ? writing.scratch.at(IndexIn(name.substr(kScratch.size()))) : writing.cabinet;
+    return name.starts_with(kScratch) ? writing.scratch[IndexIn(name.substr(kScratch.size()))] : writing.cabinet;
 }
 
 HANDLE Handle(INT_PTR file) {
@@ -69,7 +70,7 @@ INT_PTR DIAMONDAPI Open(char* name, int flags, int, int*, void* context) {
 // A source's name is its number.
 INT_PTR DIAMONDAPI OpenSource(char* name, USHORT* date, USHORT* time, USHORT* attributes, int*, void* context) {
     auto& writing = *static_cast<tagWriting*>(context);
-    const tagCabinetSource& source = writing.sources.at(IndexIn(name));
+    const tagCabinetSource& source = writing.sources[IndexIn(name)];
     const bool isAscii = std::ranges::all_of(source.name, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
     *date = kFirstDate;
     *time = 0;
@@ -106,16 +107,40 @@ int DIAMONDAPI Delete(char* name, int*, void* context) {
     return DeleteFileW(PathOf(*static_cast<tagWriting*>(context), name).c_str()) ? 0 : -1;
 }
 
-// Makes the file, so that nobody else gets its name.
+// Makes a file of a new name, so that nobody else gets it. Returns the system's error, 0 for none.
+DWORD MakeFile(const wchar_t* folder, std::wstring& path) {
+    wchar_t name[MAX_PATH + 1] = L"";
+    if (GetTempFileNameW(folder, L"cab", 0, name) == 0) {
+        return GetLastError();
+    }
+    path = name;
+    return 0;
+}
+
+DWORD MakeScratch(std::vector<std::wstring>& scratch) {
+    wchar_t folder[MAX_PATH + 1] = L"";
+    if (GetTempPathW(MAX_PATH, folder) == 0) {
+        return GetLastError();
+    }
+    std::wstring path;
+    const DWORD error = MakeFile(folder, path);
+    if (error == 0) {
+        scratch.push_back(std::move(path));
+    }
+    return error;
+}
+
 BOOL DIAMONDAPI NewScratch(char* name, int capacity, void* context) {
     auto& writing = *static_cast<tagWriting*>(context);
-    wchar_t folder[MAX_PATH + 1] = L"";
-    wchar_t path[MAX_PATH + 1] = L"";
-    if (GetTempPathW(MAX_PATH, folder) == 0 || GetTempFileNameW(folder, L"cab", 0, path) == 0) {
-        Note(writing, GetLastError(), kFailed);
+    DWORD error = ERROR_NOT_ENOUGH_MEMORY;
+    try {
+        error = MakeScratch(writing.scratch);
+    } catch (const std::bad_alloc&) {  // must not reach FCI, which is C
+    }
+    if (error != 0) {
+        Note(writing, error, kFailed);
         return FALSE;
     }
-    writing.scratch.emplace_back(path);
     std::snprintf(name, static_cast<std::size_t>(capacity), "%s%u", kScratch.data(),
                   static_cast<unsigned>(writing.scratch.size() - 1));
     return TRUE;
@@ -170,7 +195,12 @@ void WriteCabinet(const std::wstring& path, const std::vector<tagCabinetSource>&
     if (std::ranges::any_of(sources, isTooLong)) {
         throw std::runtime_error("the name of an entry is too long");
     }
-    const std::wstring unfinished = path + L".new";
+    // In the same folder, so that it can take the other's place.
+    const std::wstring folder = path.substr(0, path.find_last_of(L"\\/") + 1);
+    std::wstring unfinished;
+    if (const DWORD error = MakeFile(folder.empty() ? L"." : folder.c_str(), unfinished); error != 0) {
+        throw std::runtime_error("no file can be made beside it (system error " + std::to_string(error) + ")");
+    }
     tagWriting writing{unfinished, sources};
     const bool isWritten = WriteAll(writing);
     // The writer deletes them itself unless it fails.

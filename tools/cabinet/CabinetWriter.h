@@ -13,7 +13,7 @@ struct tagCabinetSource {
 
 // Writes all sources into one compressed (MSZIP) cabinet file, in their order; a file that is there already is
 // replaced once all is well. Throws std::runtime_error that says what went wrong; nothing new is left then. Needs room
-// for temporary files where the account keeps them. Any thread.
+// for temporary files where the account keeps them, and beside `path` for the cabinet until it is complete. Any thread.
 // Wine's writer refuses a cabinet in which no entry has any data.
 void WriteCabinet(const std::wstring& path, const std::vector<tagCabinetSource>& sources);
 
