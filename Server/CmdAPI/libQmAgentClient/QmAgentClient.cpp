@@ -1,5 +1,6 @@
 #include "QmAgentClient.h"
 
+#include <cstdint>
 #include <string>
 
 #include "CmdProtocol.h"
@@ -12,11 +13,21 @@ namespace {
 
 constexpr wrb::tagService kAgent = wrb::ServiceWithPlainLines(kQmAgentPipe);
 
+// An address is the agent's word, and a TAB in it would move the numbers behind it.
+void AppendAddress(CCmdProtocol& text, const wchar_t* address) {
+    int64_t length = 0;
+    while (address != nullptr && address[length] >= L' ') {
+        ++length;
+    }
+    text.Append(address, length);
+}
+
 CCmdProtocol MakeFirewallLog(const tagFirewallLogEntry& entry) {
     CCmdProtocol text;
     // 64 bits wide: the text form has no number of that width.
-    text << kQmSendFirewallLog << entry.uid << std::to_wstring(ConvertDateTime(entry.date, entry.time, 0))
-         << entry.localHost << entry.remoteHost;
+    text << kQmSendFirewallLog << entry.uid << std::to_wstring(ConvertDateTime(entry.date, entry.time, 0));
+    AppendAddress(text, entry.localHost);
+    AppendAddress(text, entry.remoteHost);
     for (const uint32_t number :
          {entry.protocol, entry.type, entry.subType, entry.port, entry.direction, entry.logType}) {
         text << number;
