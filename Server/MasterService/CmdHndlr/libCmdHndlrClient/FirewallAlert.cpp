@@ -5,10 +5,15 @@
 
 namespace {
 
-CWrbSRWLock g_lock;
-wrb::tagFirewallAlertTotals g_totals WRB_GUARDED_BY(g_lock) = {};
+struct tagTotals {
+    uint64_t logs;     // calls
+    uint64_t sums[3];  // of the three counts, in the order of InsertOneLog
+};
 
-wrb::tagFirewallAlertTotals Add(uint32_t first, uint32_t second, uint32_t third) noexcept {
+CWrbSRWLock g_lock;
+tagTotals g_totals WRB_GUARDED_BY(g_lock) = {};
+
+tagTotals Add(uint32_t first, uint32_t second, uint32_t third) noexcept {
     const CExclusiveGuard guard(g_lock);
     ++g_totals.logs;
     g_totals.sums[0] += first;
@@ -19,13 +24,8 @@ wrb::tagFirewallAlertTotals Add(uint32_t first, uint32_t second, uint32_t third)
 
 }  // namespace
 
-wrb::tagFirewallAlertTotals wrb::FirewallAlertTotals() {
-    const CSharedGuard guard(g_lock);
-    return g_totals;
-}
-
 void InsertOneLog(uint32_t first, uint32_t second, uint32_t third, const wchar_t* timeStamp) noexcept {
-    const wrb::tagFirewallAlertTotals totals = Add(first, second, third);
-    WRB_LOG('D', L"%s - at %s: %u, %u, %u; in %I64u logs: %I64u, %I64u, %I64u", L"InsertOneLog", timeStamp, first,
+    const tagTotals totals = Add(first, second, third);
+    WRB_LOG(kLogDebug, L"%s - at %s: %u, %u, %u; in %I64u logs: %I64u, %I64u, %I64u", L"InsertOneLog", timeStamp, first,
             second, third, totals.logs, totals.sums[0], totals.sums[1], totals.sums[2]);
 }

@@ -6,17 +6,6 @@
 
 #include <cstdint>
 
-namespace wrb {
-
-struct tagFirewallAlertTotals {
-    uint64_t logs;     // calls
-    uint64_t sums[3];  // of the three counts, in the order of InsertOneLog
-};
-
-tagFirewallAlertTotals FirewallAlertTotals();
-
-}  // namespace wrb
-
 // Adds one agent's three counts to the totals of the process and logs them. `timeStamp` is 14 digits, YYYYMMDDHHMMSS,
 // and only shows in the log. Any thread; never throws.
 void InsertOneLog(uint32_t first, uint32_t second, uint32_t third, const wchar_t* timeStamp) noexcept;

@@ -56,6 +56,8 @@ using AnsiPath = std::array<char, kAnsiPathCapacity>;
 std::optional<AnsiPath> ToAnsiPath(const std::wstring& wide) {
     const std::string narrow = WideToAnsi(wide.c_str());
     if (narrow.size() >= kAnsiPathCapacity || AnsiToWide(narrow) != wide.c_str()) {
+        WRB_LOG(kLogDebug8, L"%s - no path of at most %d ANSI bytes: %s", L"ExtractPackage",
+                static_cast<int>(kAnsiPathCapacity - 1), wide.c_str());
         return std::nullopt;
     }
     AnsiPath path{};

@@ -23,8 +23,8 @@ using PackageCallback = fpkCallback;
 std::wstring ExtractionDirectory(std::wstring_view base, std::wstring_view replyPipe, std::size_t skip);
 
 // Unpacks `package` into the folder `directory`, which must exist. Both travel as ANSI text in buffers of 260 bytes; a
-// path that is longer, or that the code page cannot hold, fails. Without a callback every entry is unpacked. True only
-// for the library's success value, 1. Any thread.
+// path that is longer, or that the code page cannot hold, fails, with a line of level 8. Without a callback every entry
+// is unpacked. True only for the library's success value, 1. Any thread.
 bool ExtractPackage(const std::wstring& package, const std::wstring& directory, PackageCallback callback,
                     void* context);
 

@@ -6,6 +6,8 @@
 #include <array>
 #include <cstring>
 #include <exception>
+#include <string>
+#include <utility>
 
 #include "CmdProtocol.h"
 #include "CommandSlot.h"
@@ -29,6 +31,8 @@ constexpr std::size_t kPathCapacity = 260;
 constexpr std::size_t kReplyPipePrefix = 17;  // agents of this command put so much in front of what is unique
 constexpr uint32_t kFirewallLogs = 1;
 constexpr uint32_t kConditionCapacity = 4096;
+constexpr wchar_t kSetCfwLog[] = L"cmdhl_SetCFWLog";
+constexpr wchar_t kProcessEntry[] = L"cmdhl_ProcessExtractedLog";
 
 // What must not keep the request from going on, above all from cleaning up.
 template <typename Step>
@@ -36,61 +40,32 @@ void Guarded(const wchar_t* function, Step step) noexcept {
     try {
         step();
     } catch (const std::exception& error) {
-        WRB_LOG('E', L"%s - %S", function, error.what());
+        WRB_LOG(kLogError, L"%s - %S", function, error.what());
+    } catch (...) {
+        WRB_LOG(kLogError, L"%s - unknown exception", function);
     }
 }
 
-// The three parts of a request that are given up at its end, whatever became of it.
-class CTicketPlace {
+// What is given up at the end of a request, whatever became of it.
+template <typename Step>
+class CAtEnd {
   public:
-    explicit CTicketPlace(const std::wstring& uid) : m_uid(uid) {}
-    ~CTicketPlace() {
-        Guarded(L"cmdhl_SetCFWLog", [this] { cmdhl_RemoveClientFromLogUploadingList(m_uid); });
-    }
-    CTicketPlace(const CTicketPlace&) = delete;
-    CTicketPlace& operator=(const CTicketPlace&) = delete;
+    explicit CAtEnd(Step step) : m_step(std::move(step)) {}
+    ~CAtEnd() { Guarded(kSetCfwLog, m_step); }
+    CAtEnd(const CAtEnd&) = delete;
+    CAtEnd& operator=(const CAtEnd&) = delete;
 
   private:
-    const std::wstring& m_uid;
+    Step m_step;
 };
 
-class CExtractionFolder {
-  public:
-    // One that is there already does as well.
-    explicit CExtractionFolder(const std::wstring& path) : m_path(path) {
-        if (!CreateDirectoryW(path.c_str(), nullptr)) {
-            const DWORD error = GetLastError();
-            WRB_LOG(8, L"cmdhl_SetCFWLog: CreateDirectory(%s) fail err=%d", path.c_str(), error);
-        }
+// Right behind a system call: says that it failed.
+void CheckDone(BOOL done, const wchar_t* call, const std::wstring& path) {
+    if (!done) {
+        const DWORD error = GetLastError();
+        WRB_LOG(kLogDebug8, L"cmdhl_SetCFWLog: %s(%s) fail err=%d", call, path.c_str(), error);
     }
-    ~CExtractionFolder() {
-        if (!RemoveDirectoryW(m_path.c_str())) {
-            const DWORD error = GetLastError();
-            WRB_LOG(8, L"cmdhl_SetCFWLog: RemoveDirectory(%s) fail err=%d", m_path.c_str(), error);
-        }
-    }
-    CExtractionFolder(const CExtractionFolder&) = delete;
-    CExtractionFolder& operator=(const CExtractionFolder&) = delete;
-
-  private:
-    const std::wstring& m_path;
-};
-
-class CUploadedPackage {
-  public:
-    explicit CUploadedPackage(const std::wstring& path) : m_path(path) {}
-    ~CUploadedPackage() {
-        if (!DeleteFileW(m_path.c_str())) {
-            const DWORD error = GetLastError();
-            WRB_LOG(8, L"cmdhl_SetCFWLog: DeleteFile(%s) fail err=%d", m_path.c_str(), error);
-        }
-    }
-    CUploadedPackage(const CUploadedPackage&) = delete;
-    CUploadedPackage& operator=(const CUploadedPackage&) = delete;
-
-  private:
-    const std::wstring& m_path;
-};
+}
 
 struct tagUpload {
     std::wstring replyPipe;
@@ -103,7 +78,7 @@ struct tagUpload {
 tagUpload ReadUpload(CCmdProtocol& message) {
     tagUpload upload;
     message >> upload.replyPipe >> upload.uid >> upload.fileName >> upload.directory >> upload.logType;
-    WRB_LOG(8, L"cmdhl_SetCFWLog: UID=%s, FileName=%s, Dir=%s, nLogType=%d", upload.uid.c_str(),
+    WRB_LOG(kLogDebug8, L"cmdhl_SetCFWLog: UID=%s, FileName=%s, Dir=%s, nLogType=%d", upload.uid.c_str(),
             upload.fileName.c_str(), upload.directory.c_str(), upload.logType);
     return upload;
 }
@@ -114,27 +89,33 @@ bool ProcessFirewallLog(const char* entry, const char* directory, unsigned event
 
 void AnswerPackageTest(const tagUpload& upload, const std::wstring& folder) {
     const bool isGood = wrb::TestPackage(upload.fileName, folder);
-    if (!wrb::Reply(upload.replyPipe.c_str(), isGood ? L"1" : L"0")) {
-        WRB_LOG('E', L"%s - cmdhl_OutputCommand failed.", L"cmdhl_SetCFWLog");
-    }
+    wrb::ReplyOrLog(kSetCfwLog, upload.replyPipe, isGood ? L"1" : L"0");
 }
 
 void ProcessPackage(tagUpload& upload, const std::wstring& folder) {
     if (upload.logType != kFirewallLogs) {
-        WRB_LOG(8, L"cmdhl_SetCFWLog: unknown log type");
+        WRB_LOG(kLogDebug8, L"cmdhl_SetCFWLog: unknown log type");
     } else if (!wrb::ExtractPackage(upload.fileName, folder, ProcessFirewallLog, &upload.uid)) {
-        WRB_LOG(8, L"cmdhl_SetCFWLog: fpkExtract fail");
+        WRB_LOG(kLogDebug8, L"cmdhl_SetCFWLog: fpkExtract fail");
     }
 }
 
+using NarrowPath = std::array<char, kPathCapacity>;
+
 // Every step is bounded: what does not fit is cut.
-void EntryPath(const char* directory, const char* entry, wchar_t (&path)[kPathCapacity]) noexcept {
-    std::array<char, kPathCapacity> narrow{};
-    std::strncpy(narrow.data(), directory, narrow.size() - 1);
-    std::strncat(narrow.data(), "\\", narrow.size() - 1 - std::strlen(narrow.data()));
-    std::strncat(narrow.data(), entry, narrow.size() - 1 - std::strlen(narrow.data()));
-    MultiByteToWideChar(CP_ACP, MB_PRECOMPOSED, narrow.data(), -1, path, static_cast<int>(kPathCapacity));
+NarrowPath EntryPath(const char* directory, const char* entry) noexcept {
+    NarrowPath path{};
+    std::strncpy(path.data(), directory, path.size() - 1);
+    std::strncat(path.data(), "\\", path.size() - 1 - std::strlen(path.data()));
+    std::strncat(path.data(), entry, path.size() - 1 - std::strlen(path.data()));
+    return path;
+}
+
+// Precomposed, which is the default and, where the code page is UTF-8, no flag that may be given.
+bool Widen(const NarrowPath& narrow, wchar_t (&path)[kPathCapacity]) noexcept {
+    const int characters = MultiByteToWideChar(CP_ACP, 0, narrow.data(), -1, path, static_cast<int>(kPathCapacity));
     path[kPathCapacity - 1] = L'\0';
+    return characters > 0;
 }
 
 bool GetQueryCondition(std::wstring& output, const wchar_t* uid, bool /*there is no "changed" bit*/) {
@@ -161,10 +142,12 @@ void cmdhl_SetCFWLog(CCmdProtocol& message) {
     const wrb::CCounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_PFW_SET_LOG));
     tagUpload upload = ReadUpload(message);
     const std::wstring folder = wrb::ExtractionDirectory(upload.directory, upload.replyPipe, kReplyPipePrefix);
-    // Given up in the opposite order: package, folder, ticket.
-    const CTicketPlace ticket(upload.uid);
-    const CExtractionFolder extractionFolder(folder);
-    const CUploadedPackage package(upload.fileName);
+    // Run in the opposite order: package, folder, ticket.
+    const CAtEnd freePlace([&] { cmdhl_RemoveClientFromLogUploadingList(upload.uid); });
+    CheckDone(CreateDirectoryW(folder.c_str(), nullptr), L"CreateDirectory", folder);  // one that is there does as well
+    const CAtEnd removeFolder([&] { CheckDone(RemoveDirectoryW(folder.c_str()), L"RemoveDirectory", folder); });
+    const CAtEnd deletePackage(
+        [&] { CheckDone(DeleteFileW(upload.fileName.c_str()), L"DeleteFile", upload.fileName); });
     AnswerPackageTest(upload, folder);
     ProcessPackage(upload, folder);
 }
@@ -174,14 +157,20 @@ bool cmdhl_ProcessExtractedLog(const char* entry, const char* directory, unsigne
     if (event != FPK_ENTRY_WRITTEN) {
         return true;
     }
+    const NarrowPath narrow = EntryPath(directory, entry);
     wchar_t path[kPathCapacity] = L"";
-    EntryPath(directory, entry, path);
-    Guarded(L"cmdhl_ProcessExtractedLog", [&] { processor(*static_cast<const std::wstring*>(context), path); });
-    if (!DeleteFileW(path)) {
-        const DWORD error = GetLastError();
-        WRB_LOG(8, L"cmdhl_SetNVLog: DeleteFile(%s) fail err=%d", path, error);  // a text shared with another log
+    const bool hasPath = Widen(narrow, path);
+    if (hasPath) {
+        Guarded(kProcessEntry, [&] { processor(*static_cast<const std::wstring*>(context), path); });
+    } else {
+        WRB_LOG(kLogError, L"%s - no wide path for %S", kProcessEntry, narrow.data());
     }
-    Guarded(L"cmdhl_ProcessExtractedLog", [&] { wrb::RemoveEntryFolders(directory, entry); });
+    if (!(hasPath ? DeleteFileW(path) : DeleteFileA(narrow.data()))) {
+        const DWORD error = GetLastError();
+        // A text shared with another log.
+        WRB_LOG(kLogDebug8, L"cmdhl_SetNVLog: DeleteFile(%s) fail err=%d", path, error);
+    }
+    Guarded(kProcessEntry, [&] { wrb::RemoveEntryFolders(directory, entry); });
     return true;
 }
 
@@ -197,14 +186,14 @@ void cmdhl_UpdateCfwCount(CCmdProtocol& message) {
     std::wstring timeStamp;
     uint32_t alert = 0;
     message >> timeStamp >> alert;
-    WRB_LOG(8, L"cmdhl_UpdateCfwCount:uid='%s'", uid.c_str());
-    WRB_LOG(8, L"cmdhl_UpdateCfwCount: InsertOneLog");
+    WRB_LOG(kLogDebug8, L"cmdhl_UpdateCfwCount:uid='%s'", uid.c_str());
+    WRB_LOG(kLogDebug8, L"cmdhl_UpdateCfwCount: InsertOneLog");
     if (alert != 0) {
         InsertOneLog(counters[1], counters[0], counters[2], timeStamp.c_str());
     }
     const bool isStored = dbSetCfwLogCountW(uid.c_str(), static_cast<int32_t>(number), counters, timeStamp.c_str());
     call.ReportResult(isStored);
     if (!isStored) {
-        WRB_LOG(8, L"cmdhl_UpdateCfwCount:uid='%s' fail", uid.c_str());
+        WRB_LOG(kLogDebug8, L"cmdhl_UpdateCfwCount:uid='%s' fail", uid.c_str());
     }
 }

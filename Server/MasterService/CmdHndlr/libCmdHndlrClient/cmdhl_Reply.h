@@ -2,7 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
+
+#include "DebugLog.h"
 
 // Connects to the pipe of that bare name, writes the body once and closes; an empty body is a connection without a
 // byte. Returns 1 when all of it was written. Returns 0 after a log line of level 5 that holds the system's error code;
@@ -14,6 +17,13 @@ namespace wrb {
 // The same for a text, sent without a terminator.
 inline bool Reply(const wchar_t* pipeName, std::wstring_view text) {
     return cmdhl_OutputCommand(pipeName, text.data(), text.size() * sizeof(wchar_t)) == 1;
+}
+
+// The same, and a line more when it fails: "HANDLER - cmdhl_OutputCommand failed."
+inline void ReplyOrLog(const wchar_t* handler, const std::wstring& pipeName, std::wstring_view text) {
+    if (!Reply(pipeName.c_str(), text)) {
+        WRB_LOG(kLogError, L"%s - cmdhl_OutputCommand failed.", handler);
+    }
 }
 
 }  // namespace wrb

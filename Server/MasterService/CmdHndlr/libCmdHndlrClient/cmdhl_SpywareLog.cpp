@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "AgentUid.h"
 #include "CmdProtocol.h"
 #include "CommandSlot.h"
 #include "CounterScope.h"
@@ -19,8 +20,6 @@
 
 namespace {
 
-constexpr std::size_t kUidCharacters = 36;
-
 struct tagSpywareUpload {
     wrb::CommandSlot slot;
     const wchar_t* name;          // of the handler, in its log lines
@@ -35,12 +34,6 @@ constexpr tagSpywareUpload kSpywareLog = {
     wrb::CommandSlot::CMDHL_SET_SPYWARELOG, L"cmdhl_SetSpywareLog", 20, true, 0, L"1"};
 constexpr tagSpywareUpload kBackupManifest = {
     wrb::CommandSlot::CMDHL_SET_SPYWARE_BACKUP_MANIFEST, L"cmdhl_SetSpywareBackupManifest", 33, false, 2, L"0"};
-
-void Answer(const wchar_t* handler, const std::wstring& replyPipe, const wchar_t* text) {
-    if (!wrb::Reply(replyPipe.c_str(), text)) {
-        WRB_LOG(kLogError, L"%s - cmdhl_OutputCommand failed.", handler);
-    }
-}
 
 // Unlike the firewall log's, the folder outlives the request: one that is there already holds another's material.
 bool MakeFolder(const tagSpywareUpload& kind, const std::wstring& folder) {
@@ -71,7 +64,7 @@ void TakeUpload(const tagSpywareUpload& kind, CCmdProtocol& message) {
     const std::wstring folder = wrb::ExtractionDirectory(base, replyPipe, kind.replyPipePrefix);
     const bool isMade = MakeFolder(kind, folder);
     if (!isMade || !Unpack(kind, fileName, folder)) {
-        Answer(kind.name, replyPipe, L"0");
+        wrb::ReplyOrLog(kind.name, replyPipe, L"0");
         DeleteFileW(fileName.c_str());
         if (isMade) {
             RemoveDirectoryW(folder.c_str());
@@ -82,7 +75,7 @@ void TakeUpload(const tagSpywareUpload& kind, CCmdProtocol& message) {
         cmdhl_ScanSpywareLogDir(wrb::WideToAnsi(folder).c_str());
     }
     wrbSetSpywareLogEvent(kind.event);
-    Answer(kind.name, replyPipe, kind.successAnswer);
+    wrb::ReplyOrLog(kind.name, replyPipe, kind.successAnswer);
     if (!DeleteFileW(fileName.c_str())) {
         const DWORD error = GetLastError();
         WRB_LOG(kLogDebug8, L"%s: DeleteFile(%s) fail err=%d", kind.name, fileName.c_str(), error);
@@ -108,7 +101,7 @@ void cmdhl_SetSpywareRestoreLog(CCmdProtocol& message) {
     message >> replyPipe >> uid >> first >> second;
     // The row has them the other way round than the command.
     dbSetRestoreLogW(uid.c_str(), static_cast<int32_t>(second), static_cast<int32_t>(first));
-    Answer(L"cmdhl_SetSpywareRestoreLog", replyPipe, L"1");
+    wrb::ReplyOrLog(L"cmdhl_SetSpywareRestoreLog", replyPipe, L"1");
 }
 
 void cmdhl_SetStatusFlag(CCmdProtocol& message) {
@@ -117,7 +110,7 @@ void cmdhl_SetStatusFlag(CCmdProtocol& message) {
     message >> uid;
     const uint32_t word1 = wrb::TakeUnsigned(message);
     const uint32_t word2 = wrb::TakeUnsigned(message);
-    if (uid.size() != kUidCharacters) {
+    if (uid.size() != wrb::kUidCharacters) {
         WRB_LOG(kLogDebug8, L"cmdhl_SetStatusFlag:Uid length incorrent");
         call.ReportResult(false);
         return;

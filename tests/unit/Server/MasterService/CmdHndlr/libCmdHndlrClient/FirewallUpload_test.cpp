@@ -2,14 +2,18 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <array>
+#include <cstring>
+#include <cwchar>
+#include <filesystem>
 #include <stdexcept>
+#include <vector>
 
 #include "Ask.h"
 #include "CabinetBuilder.h"
 #include "CabinetWriter.h"
 #include "CapturedLog.h"
 #include "FakeDbService.h"
-#include "FirewallAlert.h"
 #include "INICache.h"
 #include "PfwLogSample.h"
 #include "TempFolder.h"
@@ -169,9 +173,10 @@ TEST_F(FirewallUpload, AnEntryIsDeletedWhateverBecomesOfIt) {
     wrb::test::WriteAll(m_folder / L"sub\\a.log", "x");
     const std::string directory = std::filesystem::path(m_folder.Path()).string();
     const auto fail = [](const std::wstring&, const wchar_t*) -> int32_t { throw std::runtime_error("no"); };
+    const auto throwNumber = [](const std::wstring&, const wchar_t*) -> int32_t { throw 1; };
     EXPECT_TRUE(cmdhl_ProcessExtractedLog("sub\\a.log", directory.c_str(), FPK_ENTRY_FOUND, &uid, fail));
     EXPECT_FALSE(IsFolderEmpty());
-    EXPECT_TRUE(cmdhl_ProcessExtractedLog("sub\\a.log", directory.c_str(), FPK_ENTRY_WRITTEN, &uid, fail));
+    EXPECT_TRUE(cmdhl_ProcessExtractedLog("sub\\a.log", directory.c_str(), FPK_ENTRY_WRITTEN, &uid, throwNumber));
     EXPECT_TRUE(IsFolderEmpty());
     TakeCapturedLog();
     EXPECT_TRUE(cmdhl_ProcessExtractedLog("a.log", directory.c_str(), FPK_ENTRY_WRITTEN, &uid, fail));
@@ -190,19 +195,28 @@ TEST_F(FirewallUpload, TheQueryConditionComesWithTheWaitingTime) {
 
 TEST_F(FirewallUpload, CountsAreStoredAndAddedUpOnRequest) {
     const wrb::test::CFakeDbService database;
-    const auto before = wrb::FirewallAlertTotals();
-    for (const std::wstring alert : {L"0", L"1", L""}) {
+    for (const std::wstring alert : {L"1", L"0", L"", L"-1"}) {
         const std::wstring message =
             L"CMDHL_PFW_UPDATE_CFW_COUNT\tuid\t-5\t1\t4294967295\t3\t4\t-1\t99999999999\t20240131235959\t" + alert;
         EXPECT_EQ(cmdhl_Process(message.c_str(), 0xFFFFFFFF), 1u);
     }
-    const auto totals = wrb::FirewallAlertTotals();
-    EXPECT_EQ(totals.logs, before.logs + 1);
-    EXPECT_EQ(totals.sums[0] - before.sums[0], 4294967295u);
-    EXPECT_EQ(totals.sums[1] - before.sums[1], 1u);
-    EXPECT_EQ(totals.sums[2] - before.sums[2], 3u);
-    const auto requests = database.WaitFor(3);
-    ASSERT_EQ(requests.size(), 3u);
+    // Totals are the process's: what the first of the two adds to nothing, the second adds to the first.
+    std::vector<std::array<uint64_t, 4>> totals;
+    for (const tagCapturedLine& line : TakeCapturedLog()) {
+        std::array<uint64_t, 4> t{};
+        if (swscanf(line.text.c_str(),
+                    L"InsertOneLog - at 20240131235959: 4294967295, 1, 3; in %I64u logs: %I64u, %I64u, %I64u", &t[0],
+                    &t[1], &t[2], &t[3]) == 4) {
+            totals.push_back(t);
+        }
+    }
+    ASSERT_EQ(totals.size(), 2u);
+    for (std::size_t i = 0; const uint64_t added : {1ull, 4294967295ull, 1ull, 3ull}) {
+        EXPECT_EQ(totals[1][i] - totals[0][i], added) << i;
+        ++i;
+    }
+    const auto requests = database.WaitFor(4);
+    ASSERT_EQ(requests.size(), 4u);
     std::vector<std::wstring> fields = requests[0].Fields();
     ASSERT_EQ(fields.size(), 11u);
     fields.pop_back();  // calendar seconds: they depend on the time zone
