@@ -18,7 +18,7 @@ constexpr char kExamples[] = R"(Examples:
   wrbctl fwlog write fw.log < records.jsonl  a firewall log file from JSON lines
   wrbctl pack upload.cab fw.log              a package as agents upload it
 
-Exit codes: 0 done, 1 failed, 2 wrong command line, 3 service not running, 4 timed out.
+Exit codes: 0 done, 1 failed, 2 wrong command line or input, 3 service not running, 4 timed out.
 )";
 
 struct Options {
