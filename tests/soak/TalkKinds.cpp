@@ -32,6 +32,7 @@ constexpr const wchar_t* kServicePipes[] = {L"DbServerNamePipe", L"Log_ServerNam
 
 constexpr uint32_t kLongestRubbish = 4096;
 constexpr std::size_t kLongEcho = 20'000;
+constexpr uint32_t kAskers = 50;  // of each thread
 
 }  // namespace
 
@@ -56,9 +57,11 @@ Verdict Echo(CWorker& worker) {
     return worker.Judge(marks, L"CMDHL_ECHO", answer, answer.text == text);
 }
 
+// The queue remembers who waits for up to half an hour, so it is the same agents that ask again.
 Verdict AskTicket(CWorker& worker) {
+    const std::wstring uid = FormatWide(L"50a40000-0000-4000-9%03x-%012x", worker.number, worker.Random(kAskers));
     const CWorker::tagMarks marks = worker.Marks();
-    const tagAnswer answer = Ask(worker.field.delivered, L"CMDHL_PFW_GET_LOG_QUERY_CONDITION", {worker.NewUid()});
+    const tagAnswer answer = Ask(worker.field.delivered, L"CMDHL_PFW_GET_LOG_QUERY_CONDITION", {uid});
     const std::wstring end = std::wstring(L"\t") + kQueryCondition;
     const bool right = answer.text.starts_with(L"1\t") && answer.text.ends_with(end) &&
                        answer.text.size() > 2 + end.size() &&
