@@ -2,6 +2,7 @@
 // them.
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -182,8 +183,13 @@ TEST_F(Records, OnlyWholeAndRightMessagesBecomeRows) {
         {kLogPoolPipe, LogMessage(kSendCfwLog, Replaced(kCfwRow, "p\\ti", std::string(4097, 'p')))},
         {kLogPoolPipe, LogMessage(L"CMDLOGV2_ERASE", kCfwRow)},
         {kQmAgentPipe, AgentText(L"CMDHQM_EVENT_RTS_STATUS_CHANGE\t1x")},
+        {kQmAgentPipe, AgentText(L"CMDHQM_EVENT_RTS_STATUS_CHANGE\t-1")},
+        {kQmAgentPipe, AgentText(L"CMDHQM_EVENT_RTS_STATUS_CHANGE\t4294967296")},
         {kQmAgentPipe, AgentText(L"CMDHQM_EVENT_RTS_STATUS_CHANGE")},
         {kQmAgentPipe, AgentText(L"CMDHQM_SEND_FIREWALL_LOG\tu\t1\tl\tr\t1\t2\t3\t4\tx\t0\tpath\tinfo")},
+        {kQmAgentPipe, AgentText(L"CMDHQM_SEND_FIREWALL_LOG\tu\t1\tl\tr\t1\t2\t3\t4\t65536\t0\tpath\tinfo")},
+        {kQmAgentPipe, AgentText(L"CMDHQM_SEND_FIREWALL_LOG\tu\t1\tl\tr\t1\t2\t3\t4\t-1\t0\tpath\tinfo")},
+        {kQmAgentPipe, AgentText(L"CMDHQM_SEND_FIREWALL_LOG\tu\t-1\tl\tr\t1\t2\t3\t4\t5\t0\tpath\tinfo")},
         {kQmAgentPipe, AgentText(L"CMDHQM_ERASE\t1")},
         {kQmAgentPipe, AgentText(L"")},
         {kWrbServerPipe, LogMessage(L"WC_ERASE", "")},

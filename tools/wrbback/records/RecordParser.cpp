@@ -2,11 +2,11 @@
 
 #include <json/reader.h>
 
-#include <ctime>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 
+#include "Clock.h"
 #include "LogPoolRecord.h"
 #include "MsgSerializer.h"
 #include "QmAgentClient.h"
@@ -31,13 +31,13 @@ constexpr struct {
     {kSendRestoreLog, kRestoreLogRecords, kRestoreLogTable},
 };
 
-// The fields of each event: 't' a text, 'n' a decimal number. A text at the end takes the TABs that are left.
+// The fields of each event: 't' a text, the others numbers (MostOf). A text at the end takes the TABs that are left.
 constexpr struct {
     const wchar_t* name;
     std::string_view fields;
 } kAgentEvents[] = {
     {kQmRtsStatusChange, "n"},
-    {kQmSendFirewallLog, "tnttnnnnnntt"},
+    {kQmSendFirewallLog, "tsttwwwwwwtt"},
 };
 
 [[noreturn]] void Refuse(const std::string& why) {
@@ -116,14 +116,26 @@ tagRecord EventOf(const wchar_t* service, const std::wstring& name, const std::w
     if (fields.size() > kLongestRecordText) {
         Refuse("the fields are too long");
     }
-    return {&kEventRecords, {LocalTimeText(std::time(nullptr)), std::wstring(service), name, fields}};
+    return {&kEventRecords, {LocalTimeText(SystemClock().CalendarSeconds()), std::wstring(service), name, fields}};
 }
 
-bool IsNumber(std::wstring_view field) {
-    if (field.starts_with(L'-')) {
-        field.remove_prefix(1);
+// The largest number of a field; none is negative.
+uint64_t MostOf(char kind) {
+    switch (kind) {
+        case 'w':
+            return UINT16_MAX;
+        case 'n':
+            return UINT32_MAX;
+        default:  // 's', calendar seconds
+            return INT64_MAX;
     }
-    return !field.empty() && field.size() < 20 && field.find_first_not_of(L"0123456789") == std::wstring_view::npos;
+}
+
+bool IsNumberUpTo(uint64_t most, std::wstring_view field) {
+    constexpr std::size_t kMostDigits = 19;  // these always fit into 64 bits
+    return !field.empty() && field.size() <= kMostDigits &&
+           field.find_first_not_of(L"0123456789") == std::wstring_view::npos &&
+           std::stoull(std::wstring(field)) <= most;
 }
 
 void CheckFields(std::wstring_view rest, std::string_view kinds) {
@@ -132,8 +144,9 @@ void CheckFields(std::wstring_view rest, std::string_view kinds) {
         if (end == std::wstring_view::npos) {
             Refuse("fields are missing");
         }
-        if (kinds[i] == 'n' && !IsNumber(rest.substr(0, end))) {
-            Refuse("field " + std::to_string(i + 1) + " is not a number");
+        if (kinds[i] != 't' && !IsNumberUpTo(MostOf(kinds[i]), rest.substr(0, end))) {
+            Refuse("field " + std::to_string(i + 1) + " is not a whole number from 0 to " +
+                   std::to_string(MostOf(kinds[i])));
         }
         rest.remove_prefix(std::min(rest.size(), end + 1));
     }
