@@ -3,6 +3,8 @@
 #include <windows.h>
 
 #include <chrono>
+#include <exception>
+#include <new>
 #include <set>
 #include <utility>
 
@@ -16,7 +18,12 @@ constexpr ULONGLONG kLastMilliseconds = 60'000;
 constexpr std::chrono::milliseconds kRest{500};
 
 // What goes away by itself, or when somebody makes room.
-bool MayPass(int code) {
+bool MayPass(const std::exception& error) {
+    const auto* const failure = dynamic_cast<const CSqliteError*>(&error);
+    if (failure == nullptr) {
+        return dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
+    }
+    const int code = failure->Code();
     return code == SQLITE_BUSY || code == SQLITE_LOCKED || code == SQLITE_FULL || code == SQLITE_IOERR ||
            code == SQLITE_NOMEM;
 }
@@ -94,11 +101,10 @@ void CRecordWriter::StoreOrLose(const Batch& batch) {
             StoreOnce(batch);
             m_stored += batch.size();
             return;
-        } catch (const CSqliteError& error) {
-            const bool again = MayPass(error.Code()) && GetTickCount64() < m_giveUpAt;
+        } catch (const std::exception& error) {
+            const bool again = MayPass(error) && GetTickCount64() < m_giveUpAt;
             if (!again || !std::exchange(noted, true)) {
-                m_note(FormatWide(L"records: %u rows %s: %s", static_cast<unsigned>(batch.size()),
-                                  again ? L"have to wait" : L"are lost", Utf8ToWide(error.what()).c_str()));
+                NoteFailure(batch.size(), again ? L"have to wait" : L"are lost", error.what());
             }
             if (!again) {
                 m_lost += batch.size();
@@ -106,6 +112,14 @@ void CRecordWriter::StoreOrLose(const Batch& batch) {
             }
         }
         std::this_thread::sleep_for(kRest);
+    }
+}
+
+void CRecordWriter::NoteFailure(std::size_t rows, const wchar_t* what, const char* why) const noexcept {
+    try {
+        m_note(FormatWide(L"records: %u rows %s: %s", static_cast<unsigned>(rows), what, Utf8ToWide(why).c_str()));
+    } catch (const std::exception&) {
+        // No memory for a note either. Rows that are lost are counted all the same.
     }
 }
 

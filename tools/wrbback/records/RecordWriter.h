@@ -28,7 +28,8 @@ class CRecordWriter {
     CRecordWriter& operator=(const CRecordWriter&) = delete;
 
     // From any thread. Waits while a thousand records are queued: a sender that is faster than the disk finds the pipe
-    // busy, and nothing is dropped. While the database is locked or the disk full, storing is tried again and again.
+    // busy, and nothing is dropped. While the database is locked, or disk or memory full, storing is tried again and
+    // again.
     void Put(tagRecord record);
 
     // From now on such a database is tried for one minute more: what has not been stored then is lost, and counted.
@@ -47,6 +48,7 @@ class CRecordWriter {
     void Work();
     void StoreOrLose(const Batch& batch);
     void StoreOnce(const Batch& batch);
+    void NoteFailure(std::size_t rows, const wchar_t* what, const char* why) const noexcept;
 
     const int64_t m_keep;
     const Note m_note;

@@ -98,7 +98,7 @@ CSqliteTransaction::~CSqliteTransaction() {
     if (m_db.InTransaction()) {
         try {
             m_db.Execute("ROLLBACK");
-        } catch (const CSqliteError&) {
+        } catch (const std::exception&) {  // the text of an error may lack memory, too
             // Nothing more to be done: SQLite rolls back when the file is opened next.
         }
     }
