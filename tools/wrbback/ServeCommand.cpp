@@ -11,6 +11,7 @@
 #include "RecordServer.h"
 #include "StopEvent.h"
 #include "Text.h"
+#include "VisibleText.h"
 
 namespace wrb {
 namespace {
