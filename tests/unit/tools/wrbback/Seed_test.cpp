@@ -43,6 +43,11 @@ TEST(Seed, WhatIsWrongIsSaidWithItsPlace) {
         {Agent(R"("scan": {"manual": {"CleanFailedMoveDir": "x"}})"), "CleanFailedMoveDir: is not stored"},
         {Agent(R"("scan": {"manual": {"ScanSpeed": 3}})"), "agents[0].scan.manual.ScanSpeed: has no such value"},
         {Agent(R"("sablex": {"ExceptionItem": ["a", "b|c"]})"), "agents[0].sablex.ExceptionItem[1]: must not be empty"},
+        {Agent(R"("webThreat": {"URLFilterAWSL_InOffice": [""]})"), "URLFilterAWSL_InOffice[0]: must not be empty"},
+        {Agent(R"("webThreat": {"URLFilterAWSLCount_InOffice": 1})"), "URLFilterAWSLCount_InOffice: unknown key"},
+        {Agent(R"("ncie": {"EnableRR": 1})"), "agents[0].ncie.EnableRR: must be"},
+        {Agent(R"("restoreItems": [{}, {"FACount": "1"}])"), "agents[0].restoreItems[1].FACount: unknown key"},
+        {Agent(R"("agentPolicy": [])"), "agents[0].agentPolicy: unknown key"},
     };
     for (const auto& [json, message] : kCases) {
         try {
