@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <span>
 #include <string>
 
 #include "Clock.h"
@@ -19,34 +20,38 @@ namespace {
 // Logged: the step has written a line of its own.
 enum class Step { Done, Open, Write, Logged };
 
-// One whole request: the step that failed, with its cause in GetLastError. `sendRequest` comes behind the header.
-template <typename SendRequest>
-Step Deliver(const wchar_t* caller, SendRequest sendRequest) {
+// One whole request, which `takeBytes` hands out once the pipe is open: the step that failed, with its cause in
+// GetLastError.
+template <typename TakeBytes>
+Step Deliver(const wchar_t* caller, TakeBytes takeBytes) {
     CPipeClient client;
     if (!client.Initial(kDbServerPipe)) {
         return Step::Open;
     }
-    return SendDbApiHeader(client, caller) == 1 ? sendRequest(client) : Step::Logged;
-}
-
-Step SendBytes(CPipeClient& client, const void* bytes, uint64_t byteCount) {
-    return client.Send(bytes, byteCount) ? Step::Done : Step::Write;
+    std::span<const uint8_t> request;
+    bool requestSent = false;
+    if (!takeBytes(request) || SendDbApiHeader(client, caller, request, requestSent) != 1) {
+        return Step::Logged;
+    }
+    return requestSent ? Step::Done : Step::Write;
 }
 
 Step DeliverText(const CCmdProtocol& request, const wchar_t* caller) {
-    return Deliver(caller, [text = request.Text()](CPipeClient& client) {
-        return SendBytes(client, text.data(), (text.size() + 1) * sizeof(wchar_t));
+    return Deliver(caller, [text = request.Text()](std::span<const uint8_t>& bytes) {
+        bytes = {reinterpret_cast<const uint8_t*>(text.data()), (text.size() + 1) * sizeof(wchar_t)};
+        return true;
     });
 }
 
 // Finalized only now: while the service is down a large message stays whole, and its own.
 Step DeliverMessage(CMsgSerializer& message, const wchar_t* caller) {
-    return Deliver(caller, [&](CPipeClient& client) {
-        if (message.Finalize()) {
-            return SendBytes(client, message.Data(), message.GetSize());
+    return Deliver(caller, [&](std::span<const uint8_t>& bytes) {
+        if (!message.Finalize()) {
+            WRB_LOG(kLogError, L"[dbSend] cannot finalize %s", message.Name().c_str());
+            return false;
         }
-        WRB_LOG(kLogError, L"[dbSend] cannot finalize %s", message.Name().c_str());
-        return Step::Logged;
+        bytes = {message.Data(), message.GetSize()};
+        return true;
     });
 }
 

@@ -16,7 +16,7 @@ namespace {
 
 constexpr DWORD kModulePathCharacters = 261;
 
-bool SendFrame(CPipeClient& client, const wchar_t* caller) {
+std::vector<uint8_t> FrameFor(const wchar_t* caller) {
     CDbApiHeaderContent content;
     content.FillInContent(caller);
     CMsgSerializer message;
@@ -25,8 +25,7 @@ bool SendFrame(CPipeClient& client, const wchar_t* caller) {
     std::vector<uint8_t> frame(sizeof words + message.GetSize());
     std::memcpy(frame.data(), words, sizeof words);
     std::copy_n(message.Data(), message.GetSize(), frame.data() + sizeof words);
-    uint64_t byteCount = frame.size();
-    return client.Send(frame.data(), byteCount);
+    return frame;
 }
 
 }  // namespace
@@ -67,9 +66,16 @@ void CDbApiHeaderContent::Clear() {
     *this = CDbApiHeaderContent();
 }
 
-int SendDbApiHeader(CPipeClient& client, const wchar_t* caller) noexcept {
+int SendDbApiHeader(CPipeClient& client, const wchar_t* caller, std::span<const uint8_t> request,
+                    bool& requestSent) noexcept {
+    requestSent = false;
     try {
-        if (SendFrame(client, caller)) {
+        std::vector<uint8_t> bytes = FrameFor(caller);
+        const uint64_t frameBytes = bytes.size();
+        bytes.insert(bytes.end(), request.begin(), request.end());
+        uint64_t sent = bytes.size();
+        requestSent = client.Send(bytes.data(), sent);
+        if (sent >= frameBytes) {
             return 1;
         }
         WRB_LOG(kLogError, L"%s - fail to send DB API header", L"SendDbApiHeader");

@@ -19,15 +19,16 @@ using wrb::test::CFakePipeService;
 
 constexpr char kRequest[] = "what follows";
 
-// The frame that SendDbApiHeader writes, as one client after the other would: its pieces, and the request behind it.
+// The frame that SendDbApiHeader writes, and the request behind it.
 wrb::test::tagReceived SendFrame() {
     const std::wstring name = wrb::test::UniqueName();
     CFakePipeService service(name);
     CPipeClient client;
     EXPECT_TRUE(client.Initial(name.c_str()));
-    EXPECT_EQ(SendDbApiHeader(client, L"dbExample"), 1);
-    uint64_t byteCount = sizeof kRequest;
-    EXPECT_TRUE(client.Send(kRequest, byteCount));
+    bool requestSent = false;
+    const std::span<const uint8_t> request(reinterpret_cast<const uint8_t*>(kRequest), sizeof kRequest);
+    EXPECT_EQ(SendDbApiHeader(client, L"dbExample", request, requestSent), 1);
+    EXPECT_TRUE(requestSent);
     client.Close();
     return service.WaitFor(1).at(0);
 }
@@ -41,7 +42,7 @@ TEST(DbApiHeader, IsWrittenInOnePieceAndTellsTheServerWhoAsks) {
     ASSERT_EQ(received.bytes.substr(0, 4), std::string("\x03\x07\x1A\x0E"));
     uint32_t length;
     std::memcpy(&length, received.bytes.data() + 4, sizeof length);
-    EXPECT_THAT(received.pieces, ElementsAre(8 + length, sizeof kRequest));
+    EXPECT_THAT(received.pieces, ElementsAre(8 + length + sizeof kRequest));
     EXPECT_EQ(received.bytes.substr(8, 16), std::string("\x04\0\0\0\x01\0\0\0\x10\0\0\0\x20\xAC\0\0", 16));
     EXPECT_EQ(received.bytes.substr(36, 14), std::string("\x0A\0\0\0N\0U\0L\0L\0\0\0", 14));
 
