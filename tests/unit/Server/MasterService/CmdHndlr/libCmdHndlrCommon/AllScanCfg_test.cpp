@@ -3,8 +3,7 @@
 
 #include "DbAllScanRecord.h"
 #include "ExpectedScanSections.h"
-#include "FakeDbService.h"
-#include "Serializer.h"
+#include "RequestLines.h"
 #include "cmdhm_ScanCfg.h"
 
 namespace {
@@ -12,18 +11,11 @@ namespace {
 using wrb::ScanGroupKind;
 using wrb::ScanType;
 using wrb::test::ExpectedScanSections;
-using wrb::test::MessageBytes;
 using wrb::test::tagDbRequest;
 
 constexpr const wchar_t* kUid = L"12345678-1234-1234-1234-123456789abc";
 constexpr const wchar_t* kFirst = L"DBV2_CLIENT_GET_ALL_SCAN_CFG";
 constexpr const wchar_t* kSecond = L"DBV2_CLIENT_GET_ALL_SCAN_EX";
-
-std::string Message(const wchar_t* name, const ISerializable& record) {
-    CSerializer body;
-    body << record;
-    return MessageBytes(name, {reinterpret_cast<const char*>(body.Data()), body.GetSize()});
-}
 
 tagClnAllScanCfg Config(bool hasExtra) {
     tagClnAllScanCfg config;
@@ -84,7 +76,7 @@ TEST(AllScanCfg, RepliesWithTwelveSectionsAndClearsEveryBitOnRequest) {
     for (const bool hasExtra : {false, true}) {
         const tagClnAllScanCfg config = Config(hasExtra);
         const tagClnAllScanCfgEx lists = hasExtra ? Lists() : tagClnAllScanCfgEx();
-        const wrb::test::CFakeDbService db(Answering(Message(kFirst, config), Message(kSecond, Lists())));
+        const wrb::test::CFakeDbService db(Answering(RecordMessage(kFirst, config), RecordMessage(kSecond, Lists())));
         std::wstring out = L"old";
         EXPECT_TRUE(cmdhm_GetAllScanCfg(out, (std::wstring(kUid) + L"more").c_str(), hasExtra));
         EXPECT_EQ(out, ExpectedReply(config, lists));
@@ -102,12 +94,12 @@ TEST(AllScanCfg, RepliesWithTwelveSectionsAndClearsEveryBitOnRequest) {
 }
 
 TEST(AllScanCfg, AnythingButWholeAnswersGivesAnEmptyReply) {
-    const std::string first = Message(kFirst, Config(true));
-    const std::string second = Message(kSecond, Lists());
+    const std::string first = RecordMessage(kFirst, Config(true));
+    const std::string second = RecordMessage(kSecond, Lists());
     const std::pair<std::string, std::string> answers[] = {
         {"", second},
         {first, ""},
-        {Message(kFirst, tagClnAllScanCfg()), second},
+        {RecordMessage(kFirst, tagClnAllScanCfg()), second},
         {first.substr(0, first.size() - 1), second},
         {first, second.substr(0, second.size() - 1)},
         {wrb::test::WideBytes(L"1\t2"), second},

@@ -2,13 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <functional>
 
 #include "BundleContainers.h"
 #include "CapturedLog.h"
 #include "DbBundle.h"
-#include "FakeDbService.h"
 #include "INICache.h"
+#include "RequestLines.h"
 #include "StringProtection.h"
 #include "TempFolder.h"
 #include "cmdhm_Bundles.h"
@@ -20,33 +19,16 @@ using wrb::test::tagDbRequest;
 
 constexpr wchar_t kUid[] = L"12345678-1234-1234-1234-123456789abc";
 constexpr wchar_t kKey[] = L"00112233445566778899aabbccddeeff00112233445566778899aabbccddeeff";
-
-using Get = std::function<bool(std::wstring&, const wchar_t*)>;
-
-template <bool bReset>
-bool Wtp(std::wstring& out, const wchar_t* uid) {
-    return cmdhm_GetWtpSetting(out, uid, bReset);
-}
-template <bool bReset>
-bool Restore(std::wstring& out, const wchar_t* uid) {
-    return cmdhm_GetFARestoreSetting(out, uid, bReset);
-}
-
-std::string Message(const wchar_t* command, const ISerializable& record) {
-    CSerializer body;
-    body << record;
-    return wrb::test::MessageBytes(command, {reinterpret_cast<const char*>(body.Data()), body.GetSize()});
-}
+constexpr wchar_t kKeyAndMore[] = L"00112233445566778899aabbccddeeff00112233445566778899aabbccddeeff0";
 
 using Lines = std::vector<std::wstring>;
 
 // `UID` stands for the agent in the lines, `%` for the getter's name.
 struct tagCase {
-    Get get;
+    bool (*get)(std::wstring& out, const wchar_t* uid);
     const wchar_t* name;
-    const wchar_t* command;
-    std::string answer;
-    const wchar_t* section;  // how it begins
+    std::pair<std::wstring, std::string> answer;  // behind its command
+    const wchar_t* section;                       // how it begins
     Lines entry = {L"% - pszUid=UID"};
     Lines found = {};
     Lines notFound = {L"% - failed to send command to DB server"};
@@ -61,58 +43,51 @@ std::vector<tagCase> Cases() {
     aggr.detectFlagForIProduct = 0xFFFFFFFF;
     tagPolicyTrackingInfoList policies;
     policies.items.emplace_back(tagPolicyTrackingValues{L"p", L"t", L"o", L"7"});
-    const std::wstring policySection =
-        L"[QM_AGENT_POLICY]\nPolicyCount=1\nQMAPolicy0_Name=p\nQMAPolicy0_LastUpdateTime=t\nQMAPolicy0_PolicyOwner=o\n"
-        L"QMAPolicy0_PolicyTypeID=7\n";
-    constexpr const wchar_t* kWcs = L"DBV2_GET_CLIENT_WCS_CFG";
-    constexpr const wchar_t* kRestore = L"DBV2_GET_FA_RESTORE_ITEM";
-    constexpr const wchar_t* kNcie = L"DBV2_GET_CLIENT_NCIE_CFG";
-    constexpr const wchar_t* kPrivilege = L"DB_GET_PRIVILEGE";
-    constexpr const wchar_t* kSablex = L"DBV2_GET_SABLEX_CFG";
-    constexpr const wchar_t* kAggr = L"DBV2_GET_AGGR_SCAN_CFG";
-    constexpr const wchar_t* kPolicy = L"DBV2_GET_POLICY_TRACKING_INFO";
-    constexpr const wchar_t* kSample = L"cmdhm_GetSampleSubmissionSetting";
+    const auto answer = [](const wchar_t* command, const ISerializable& record) {
+        return std::pair(command, RecordMessage(command, record));
+    };
+    const auto privilege = [](const wchar_t* words) {
+        return std::pair(L"DB_GET_PRIVILEGE", wrb::test::WideBytes(words));
+    };
     return {
-        {Wtp<true>,
+        {[](std::wstring& out, const wchar_t* uid) { return cmdhm_GetWtpSetting(out, uid, true); },
          L"cmdhm_GetWtpSetting",
-         kWcs,
-         Message(kWcs, wtp),
+         answer(L"DBV2_GET_CLIENT_WCS_CFG", wtp),
          L"[Web Threat Protection]\n",
          {L"%(pszUid=UID, bResetCfgFlag=1)"},
          {},
          {L"failed to send command to DB server"}},
-        {Restore<false>,
+        {[](std::wstring& out, const wchar_t* uid) { return cmdhm_GetFARestoreSetting(out, uid, false); },
          L"cmdhm_GetFARestoreSetting",
-         kRestore,
-         Message(kRestore, tagFARestoreItemList()),
+         answer(L"DBV2_GET_FA_RESTORE_ITEM", tagFARestoreItemList()),
          L"[Centralized FA Restore]\nFACount=0\n",
          {L"% - cmdhm_GetFARestoreSetting(pszUid=UID, bResetCfgFlag=0)"},
          {},
          {L"dbGetFARestoreItem - failed to send command to DB server", L"% - dbGetFARestoreItem is failed"}},
-        {cmdhm_GetNCIESetting, L"cmdhm_GetNCIESetting", kNcie, Message(kNcie, tagClientNCIECfg()),
+        {cmdhm_GetNCIESetting, L"cmdhm_GetNCIESetting", answer(L"DBV2_GET_CLIENT_NCIE_CFG", tagClientNCIECfg()),
          L"[NCIE Settings]\n"},
         // Bit 4 of the second word, and all but it.
-        {cmdhm_GetSampleSubmissionSetting, kSample, kPrivilege, wrb::test::WideBytes(L"0\t16"),
+        {cmdhm_GetSampleSubmissionSetting, L"cmdhm_GetSampleSubmissionSetting", privilege(L"0\t16"),
          L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=1\n"},
-        {cmdhm_GetSampleSubmissionSetting, kSample, kPrivilege, wrb::test::WideBytes(L"-1\t-17"),
+        {cmdhm_GetSampleSubmissionSetting, L"cmdhm_GetSampleSubmissionSetting", privilege(L"-1\t-17"),
          L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=0\n"},
-        {cmdhm_GetSablexSetting, L"cmdhm_GetSablexSetting", kSablex, Message(kSablex, tagClientSablexConfig()),
+        {cmdhm_GetSablexSetting, L"cmdhm_GetSablexSetting", answer(L"DBV2_GET_SABLEX_CFG", tagClientSablexConfig()),
          L"[Sablex_Settings]\n"},
         {cmdhm_GetAggrScanSetting,
          L"cmdhm_GetAggrScanSetting",
-         kAggr,
-         Message(kAggr, aggr),
+         answer(L"DBV2_GET_AGGR_SCAN_CFG", aggr),
          L"[AggrScan Settings]\n",
          {L"% - pszUid=UID"},
          {L"% - enable_mitre:1, cfg:0x00000101, aggr_flag:0x00000002, aggr_flag_iproduct:0xffffffff"}},
         {cmdhm_GetQMAgentPolicyInfo,
          L"cmdhm_GetQMAgentPolicyInfo",
-         kPolicy,
-         Message(kPolicy, policies),
+         answer(L"DBV2_GET_POLICY_TRACKING_INFO", policies),
          L"[QM_AGENT_POLICY]\n",
          {L"% - >>>", L"% - pszUid=UID"},
          {L"CSettingContainerQMAgentPolicy::ExportToIni - Policy name = p, PolicyOwner = o, PolicyTypeID = 7,",
-          L"% - strOutput = " + policySection, L"% - <<<"},
+          L"% - strOutput = [QM_AGENT_POLICY]\nPolicyCount=1\nQMAPolicy0_Name=p\nQMAPolicy0_LastUpdateTime=t\n"
+          L"QMAPolicy0_PolicyOwner=o\nQMAPolicy0_PolicyTypeID=7\n",
+          L"% - <<<"},
          {L"% - DB_SEND_AND_RECV(DBV2_GET_POLICY_TRACKING_INFO) failed", L"% - <<<"}},
     };
 }
@@ -146,7 +121,7 @@ Lines Expected(const tagCase& one, const Lines& rest) {
 TEST(Bundles, SectionIsAppendedAndEveryStepLogged) {
     for (const tagCase& one : Cases()) {
         SCOPED_TRACE(testing::Message() << std::wstring(one.name));
-        std::string answer = one.answer;
+        std::string answer = one.answer.second;
         const CFakeDbService db([&](const tagDbRequest&) { return answer; });
         TakeCapturedLog();
         std::wstring out = L"[Before]\n";
@@ -154,7 +129,7 @@ TEST(Bundles, SectionIsAppendedAndEveryStepLogged) {
         EXPECT_TRUE(out.starts_with(std::wstring(L"[Before]\n") + one.section));
         EXPECT_EQ(OwnLines(), Expected(one, one.found));
         const tagDbRequest request = db.WaitFor(1).at(0);
-        EXPECT_EQ(request.Name(), one.command);
+        EXPECT_EQ(request.Name(), one.answer.first);
         // The server is told who asks, but in the text form.
         EXPECT_EQ(request.headerMessage.find(wrb::test::WideBytes(one.name)) != std::string::npos, request.IsMessage());
         // The agent is not known; the answer breaks off. A text that breaks off is a shorter text.
@@ -170,30 +145,14 @@ TEST(Bundles, SectionIsAppendedAndEveryStepLogged) {
     }
 }
 
-TEST(Bundles, OnRequestTheChangedBitIsCleared) {
-    for (const auto& [get, bit] : {std::pair<Get, const wchar_t*>{Wtp<true>, L"131072"}, {Restore<true>, L"262144"}}) {
-        // Enough zeros for the record of one and the empty list of the other.
-        const CFakeDbService db([](const tagDbRequest& request) {
-            return std::optional(request.IsMessage() ? wrb::test::MessageBytes(request.Name(), std::string(96, '\0'))
-                                                     : "");
-        });
-        std::wstring out;
-        ASSERT_TRUE(get(out, kUid));
-        const auto requests = db.WaitFor(2);
-        ASSERT_EQ(requests.size(), 2u);
-        EXPECT_EQ(requests[1].Fields(), (std::vector<std::wstring>{L"DB_SET_CONF_FLAG", L"-1", kUid, L"0", bit, L"0"}));
-    }
-}
-
 // Addresses go out protected or not at all.
 TEST(Bundles, AddressesNeedAKey) {
     tagClientWCSConfig cfg;
     cfg.blockedIn = L"http://one.example/|http://two.example/" + std::wstring(1200, L'x');
-    const CFakeDbService db([&](const tagDbRequest& request) { return Message(request.Name().c_str(), cfg); });
+    const CFakeDbService db([&](const tagDbRequest& request) { return RecordMessage(request.Name(), cfg); });
     const wrb::test::CTempFolder folder;
     const std::filesystem::path path = folder / L"server.ini";
-    for (const std::wstring& key :
-         {std::wstring(), std::wstring(L"short"), std::wstring(kKey) + L"0", std::wstring(kKey)}) {
+    for (const std::wstring key : {L"", L"short", kKeyAndMore, kKey}) {
         std::ofstream(path) << "[INI_SERVER_SECTION]\nStringProtectionKey=" << std::string(key.begin(), key.end())
                             << "\n";
         ServerIniCache().clear();

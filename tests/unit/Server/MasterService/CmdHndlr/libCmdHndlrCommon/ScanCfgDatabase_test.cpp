@@ -16,6 +16,8 @@ using wrb::test::ExpectedScanSections;
 using wrb::test::tagDbRequest;
 using wrb::test::tagExpectedSection;
 
+constexpr wchar_t kIni[] =
+    L"[INI_MAJOR_VIRUS_TYPE_SECTION]\nCount=1\nName_000=Joke\n1st_Act_000=9\n1st_Act_Universe=5\n";
 constexpr wchar_t kUid[] = L"12345678-1234-1234-1234-123456789abc";
 
 // Command to answer; a command that is missing here is one of an agent that the server does not know.
@@ -81,14 +83,10 @@ std::wstring StoredSection(const tagExpectedSection& section) {
     return text;
 }
 
-class ScanCfgDatabase : public testing::Test {
-  protected:
-    CScanIni m_ini{L"[INI_MAJOR_VIRUS_TYPE_SECTION]\nCount=1\nName_000=Joke\n1st_Act_000=9\n1st_Act_Universe=5\n"};
-    std::wstring m_out = L"old";
-};
-
 // The bit is cleared once both answers are there, also when the second one is empty.
-TEST_F(ScanCfgDatabase, AGroupIsAskedForRenderedAndResetAndEmptyWithoutOneOfItsAnswers) {
+TEST(ScanCfgDatabase, AGroupIsAskedForRenderedAndResetAndEmptyWithoutOneOfItsAnswers) {
+    const CScanIni ini(kIni);
+    std::wstring out = L"old";
     for (std::size_t i = 0; i < std::size(kGroups); ++i) {
         SCOPED_TRACE(i);
         const tagExpectedSection& section = ExpectedScanSections()[i];
@@ -103,22 +101,23 @@ TEST_F(ScanCfgDatabase, AGroupIsAskedForRenderedAndResetAndEmptyWithoutOneOfItsA
                 requests.push_back(L"DB_SET_CONF_FLAG" + agent + L"0|" + kGroups[i].bit + L"|0");
             }
             const wrb::test::CFakeDbService db(Answering(whole));
-            EXPECT_TRUE(kGroups[i].getAndExport(m_out, kUid, reset));
-            EXPECT_EQ(m_out, StoredSection(section));
+            EXPECT_TRUE(kGroups[i].getAndExport(out, kUid, reset));
+            EXPECT_EQ(out, StoredSection(section));
             EXPECT_EQ(RequestLines(db, requests.size()), requests);
         }
         for (const auto& missing : whole) {
             Answers answers = whole;
             answers.erase(missing.first);
             const wrb::test::CFakeDbService db(Answering(answers));
-            EXPECT_FALSE(kGroups[i].getAndExport(m_out, kUid, true));
-            EXPECT_EQ(m_out, L"");
+            EXPECT_FALSE(kGroups[i].getAndExport(out, kUid, true));
+            EXPECT_EQ(out, L"");
             EXPECT_EQ(RequestLines(db, 1).size() == 1, missing.first != L"DB_GET_EXTRA");
         }
     }
 }
 
-TEST_F(ScanCfgDatabase, GarbageReadsAsZeroMissingFieldsAsEmptyAndALongUidIsCut) {
+TEST(ScanCfgDatabase, GarbageReadsAsZeroMissingFieldsAsEmptyAndALongUidIsCut) {
+    const CScanIni ini(kIni);
     const wrb::test::CFakeDbService db(
         Answering(Answers{{L"DB_GET_PSCF", L"x\t 7y\t\t99999999999\t-1"}, {L"DB_GET_EXTRA", L"only this"}}));
     tagScanGroupValues values = StoredValues();
@@ -133,7 +132,7 @@ TEST_F(ScanCfgDatabase, GarbageReadsAsZeroMissingFieldsAsEmptyAndALongUidIsCut) 
     EXPECT_EQ(RequestLines(db, 2)[0], std::wstring(L"DB_GET_PSCF|") + kUid + L"|0");
 }
 
-TEST_F(ScanCfgDatabase, RestoreSessionsAreNumberedUpToTheFirstEmptyOne) {
+TEST(ScanCfgDatabase, RestoreSessionsAreNumberedUpToTheFirstEmptyOne) {
     const std::pair<const wchar_t*, const wchar_t*> rows[] = {
         {L"", L""},
         {L"\tnever", L"[Spyware Restore Session]\nRestoreSessionCount = 0\n"},
@@ -142,8 +141,9 @@ TEST_F(ScanCfgDatabase, RestoreSessionsAreNumberedUpToTheFirstEmptyOne) {
     };
     for (const auto& [answer, section] : rows) {
         const wrb::test::CFakeDbService db(Answering(Answers{{L"DB_GET_BACKUP_LOG_ALL_SESSIONS", answer}}));
-        EXPECT_EQ(cmdhm_GetSpyRestoreList(m_out, kUid), *section != L'\0');
-        EXPECT_EQ(m_out, section);
+        std::wstring out = L"old";
+        EXPECT_EQ(cmdhm_GetSpyRestoreList(out, kUid), *section != L'\0');
+        EXPECT_EQ(out, section);
     }
 }
 
