@@ -3,49 +3,22 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "Handle.h"
 #include "ServerRegistry.h"
 
 namespace {
 
 constexpr wchar_t kKey[] = L"SOFTWARE\\CallowaySystems\\Warrenby\\service\\Information";
 
-// Changes "Local_Path" for one test and puts back what was there.
-class HomeDir : public testing::Test {
-  protected:
-    HomeDir() {
-        const LSTATUS status = RegCreateKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, nullptr, 0,
-                                               KEY_ALL_ACCESS | KEY_WOW64_64KEY, nullptr, m_key.Receive(), nullptr);
-        EXPECT_EQ(status, ERROR_SUCCESS);
-    }
-    ~HomeDir() override {
-        Remove();
-        if (!m_before.empty()) {
-            Set(m_before);
-        }
-    }
+void Set(const std::wstring& text, DWORD type) {
+    const auto bytes = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
+    EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"Local_Path", type, text.c_str(), bytes), ERROR_SUCCESS);
+}
 
-    void Set(const std::wstring& text, DWORD type = REG_SZ) {
-        const auto bytes = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
-        ASSERT_EQ(
-            RegSetValueExW(m_key.Get(), L"Local_Path", 0, type, reinterpret_cast<const BYTE*>(text.c_str()), bytes),
-            ERROR_SUCCESS);
-    }
-    void Remove() { RegDeleteValueW(m_key.Get(), L"Local_Path"); }
-
-    static std::wstring ProgramFolder() {
-        wchar_t path[MAX_PATH];
-        const std::wstring whole(path, GetModuleFileNameW(nullptr, path, MAX_PATH));
-        return whole.substr(0, whole.rfind(L'\\') + 1);
-    }
-
-  private:
-    wrb::CRegistryKey m_key;
-    const std::wstring m_before = wrb::ReadLocalPath();
-};
-
-TEST_F(HomeDir, IsTheInstalledFolderOrElseTheProgramsOwn) {
-    const std::wstring program = ProgramFolder();
+TEST(HomeDir, IsTheInstalledFolderOrElseTheProgramsOwn) {
+    const std::wstring before = wrb::ReadLocalPath();
+    wchar_t path[MAX_PATH];
+    std::wstring program(path, GetModuleFileNameW(nullptr, path, MAX_PATH));
+    program.resize(program.rfind(L'\\') + 1);
     const std::wstring longest = L"C:\\" + std::wstring(255, L'x');  // 258, and the backslash
     const struct {
         std::wstring value;
@@ -60,8 +33,11 @@ TEST_F(HomeDir, IsTheInstalledFolderOrElseTheProgramsOwn) {
         Set(home.value, home.type);
         EXPECT_EQ(cgi_GetHomeDir(), home.home) << home.value.size();
     }
-    Remove();
+    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"Local_Path");
     EXPECT_EQ(cgi_GetHomeDir(), program);
+    if (!before.empty()) {
+        Set(before, REG_SZ);
+    }
 }
 
 }  // namespace
