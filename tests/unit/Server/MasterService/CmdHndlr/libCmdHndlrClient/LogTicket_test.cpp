@@ -13,9 +13,8 @@ namespace {
 
 constexpr int64_t kStart = 1'700'000'000;
 
-class LogTicket : public testing::Test {
-  protected:
-    void SetUp() override { Set("E=1"); }
+struct tagStage {
+    tagStage() { Set("E=1"); }
 
     // "N=2 X=3": settings by their initials, see kKeys. They hold at once.
     void Set(const std::string& settings) {
@@ -51,11 +50,10 @@ class LogTicket : public testing::Test {
                 Set(word);
                 continue;
             }
-            const std::size_t colon = word.find(':');
             const bool isRelease = word[0] == '-';
-            const std::size_t begin = isRelease ? 1 : 0;
-            const std::wstring uid(word.begin() + static_cast<std::ptrdiff_t>(begin),
-                                   word.begin() + static_cast<std::ptrdiff_t>(colon));
+            const std::size_t colon = word.find(':');
+            const std::string name = word.substr(isRelease ? 1 : 0, isRelease ? colon - 1 : colon);
+            const std::wstring uid(name.begin(), name.end());
             const int32_t result = isRelease ? static_cast<int32_t>(ticket.Release(uid)) : ticket.Request(uid);
             EXPECT_EQ(result, std::stoi(word.substr(colon + 1))) << word << " of " << script;
         }
@@ -69,51 +67,54 @@ class LogTicket : public testing::Test {
     wrb::CLogTicket ticket{clock, scanIni, serverIni};
 };
 
-struct tagCase {
-    const char* settings;
-    const char* script;
-};
-
-class LogTicketScript : public LogTicket, public testing::WithParamInterface<tagCase> {};
-
-TEST_P(LogTicketScript, Decides) {
-    Set(GetParam().settings);
-    Play(GetParam().script);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, LogTicketScript,
-    testing::Values(tagCase{"E=0", "a:0 a:0 a:0 -a:1"}, tagCase{"E=-1 N=0 X=0", "a:0"}, tagCase{"E=2 N=0 X=0", "a:0"},
-                    tagCase{"N=1 X=1", "a:0 b:1 c:1 -a:0 c:0 -c:0 -b:1 -b:0"},
-                    tagCase{"N=1 X=3", "a:0 b:0 c:0 d:1"},  // two ahead of their time
-                    tagCase{"N=0 X=9 R=1 W=99",
-                            "a:0 b:0 a:1 b:2 b:0"},     // who asks twice loses the place, never gets two
-                    tagCase{"S=1 M=2", "a:0 b:0 c:1"},  // the thread numbers are the defaults
-                    tagCase{"M=1 N=9 X=9", "a:0 b:1"}, tagCase{"N=-1", "a:0 b:0"},  // ... and the ceiling
-                    tagCase{"S=1 M=2", "a:0 S=9 M=9 b:0 c:1"},                      // read once
-                    tagCase{"N=0 X=0 R=0", "0:1 1:1 2:1 3:1 4:2 5:2 6:2 7:2 8:3 9:3 x:3"},
-                    tagCase{"N=0 X=0 R=1 W=2", "a:1 b:2 c:2"}, tagCase{"N=0 X=0 W=0", "a:0 b:0"},
-                    tagCase{"N=0 X=0 R=1", "a:1 b:2 a:3 b:3"},  // the own place in the queue counts for nothing
-                    tagCase{"N=1 X=1", "a:0 +60 b:1 +1 b:0"},   // cleaned when more than 60 seconds have passed
-                    tagCase{"N=1 X=1 C=5", "a:0 +59 b:1 +6 b:0"}, tagCase{"N=1 X=1 U=3 C=0", "a:0 +2 b:1 +1 b:0"},
-                    tagCase{"N=1 X=1 U=600 C=0", "a:0 +1 U=60 b:0"},  // longer than a slot can be
-                    tagCase{"N=0 X=0 R=1", "a:1 b:2 +61 c:2 d:3"},    // a is 60 seconds late and dropped, b is not
-                    tagCase{"N=0 X=0 R=1 C=0", "a:1 b:2 c:3 +1 W=1 d:1 W=9 e:4"}));  // c lies too far ahead
-
-TEST_F(LogTicket, EightThousandWaitingClientsMeetTheCeiling) {
-    Set("N=0 X=0");
-    for (int i = 0; i < 8000; ++i) {
-        EXPECT_EQ(ticket.Request(std::to_wstring(i)), std::min(1800, i / 4 + 1));
+TEST(LogTicket, Decides) {
+    const struct {
+        const char* settings;
+        const char* script;
+    } cases[] = {{"E=0", "a:0 a:0 a:0 -a:1"},
+                 {"E=-1 N=0 X=0", "a:0"},
+                 {"E=2 N=0 X=0", "a:0"},
+                 {"N=1 X=1", "a:0 b:1 c:1 -a:0 c:0 -c:0 -b:1 -b:0"},
+                 {"N=1 X=3", "a:0 b:0 c:0 d:1"},               // two ahead of their time
+                 {"N=0 X=9 R=1 W=99", "a:0 b:0 a:1 b:2 b:0"},  // who asks twice loses the place, never gets two
+                 {"S=1 M=2", "a:0 b:0 c:1"},                   // the thread numbers are the defaults
+                 {"M=1 N=9 X=9", "a:0 b:1"},
+                 {"N=-1", "a:0 b:0"},                 // ... and the ceiling
+                 {"S=1 M=2", "a:0 S=9 M=9 b:0 c:1"},  // read once
+                 {"N=0 X=0 R=0", "0:1 1:1 2:1 3:1 4:2 5:2 6:2 7:2 8:3 9:3 x:3"},
+                 {"N=0 X=0 R=1 W=2", "a:1 b:2 c:2"},
+                 {"N=0 X=0 W=0", "a:0 b:0"},
+                 {"N=0 X=0 R=1", "a:1 b:2 a:3 b:3"},  // the own place in the queue counts for nothing
+                 {"N=1 X=1", "a:0 +60 b:1 +1 b:0"},   // cleaned when more than 60 seconds have passed
+                 {"N=1 X=1 C=5", "a:0 +59 b:1 +6 b:0"},
+                 {"N=1 X=1 U=3 C=0", "a:0 +2 b:1 +1 b:0"},
+                 {"N=1 X=1 U=600 C=0", "a:0 +1 U=60 b:0"},                // longer than a slot can be
+                 {"N=0 X=0 R=1", "a:1 b:2 +61 c:2 d:3"},                  // a is 60 seconds late and dropped, b is not
+                 {"N=0 X=0 R=1 C=0", "a:1 b:2 c:3 +1 W=1 d:1 W=9 e:4"}};  // c lies too far ahead
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.settings);
+        tagStage stage;
+        stage.Set(row.settings);
+        stage.Play(row.script);
     }
-    Play("x:1800");
-    Set("X=1");
-    Play("y:1800");  // too long a wait to be admitted ahead of time
 }
 
-TEST_F(LogTicket, SaysWhatItDoes) {
-    Set("N=1 X=2 R=1");
+TEST(LogTicket, EightThousandWaitingClientsMeetTheCeiling) {
+    tagStage stage;
+    stage.Set("N=0 X=0");
+    for (int i = 0; i < 8000; ++i) {
+        EXPECT_EQ(stage.ticket.Request(std::to_wstring(i)), std::min(1800, i / 4 + 1));
+    }
+    stage.Play("x:1800");
+    stage.Set("X=1");
+    stage.Play("y:1800");  // too long a wait to be admitted ahead of time
+}
+
+TEST(LogTicket, SaysWhatItDoes) {
+    tagStage stage;
+    stage.Set("N=1 X=2 R=1");
     TakeCapturedLog();
-    Play("a:0 b:0 c:1 a:2 -c:1 -b:0 E=0 x:0");
+    stage.Play("a:0 b:0 c:1 a:2 -c:1 -b:0 E=0 x:0");
     const std::wstring request = L"cmdhl_RequestToUploadPFWLog - ";
     const std::wstring release = L"cmdhl_RemoveClientFromLogUploadingList - ";
     const std::wstring limits = request +
@@ -152,11 +153,7 @@ TEST_F(LogTicket, SaysWhatItDoes) {
         {'D', finish + L"b] from log uploading list"},
         {'D', release + L"[LogTicket] find the cleint in uploading list! remove client[b] from log uploading list"},
         {'D', request + L">>"}};
-    const auto lines = TakeCapturedLog();
-    ASSERT_EQ(lines.size(), expected.size());
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        EXPECT_EQ(lines[i], expected[i]) << i;
-    }
+    EXPECT_EQ(TakeCapturedLog(), expected);
 }
 
 }  // namespace
