@@ -18,13 +18,6 @@ class EntryPoints : public testing::Test {
     wrb::test::CFakeLogService m_log;
 };
 
-TEST_F(EntryPoints, EchoSendsTheContentBack) {
-    for (const std::wstring& content : {std::wstring(L"hello"), std::wstring(),
-                                        std::wstring(L"gr\u00FC\u00DFe 100% [%s]"), std::wstring(300'000, L'x')}) {
-        EXPECT_EQ(Ask(L"CMDHL_ECHO", content.c_str()), content);
-    }
-}
-
 // The default of a missing key is cached, so an entry that was kept gives the first default once more.
 TEST_F(EntryPoints, ClearIniCacheSparesTheSandboxAnalyzer) {
     CINICache* const caches[] = {&ScanIniCache(), &ServerIniCache(), &SbaIniCache()};
