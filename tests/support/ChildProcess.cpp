@@ -16,6 +16,33 @@ CFileHandle CreateOutputFile(const std::wstring& path) {
                                    CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
+// The one handle that a child gets. It would otherwise also get, and keep open, any file that another thread of ours
+// has open at that moment: the C runtime's files can be inherited.
+class CInheritedHandle {
+  public:
+    explicit CInheritedHandle(HANDLE handle) : m_handle(handle) {
+        SIZE_T bytes = 0;
+        InitializeProcThreadAttributeList(nullptr, 1, 0, &bytes);
+        m_room.resize(bytes);
+        if (!InitializeProcThreadAttributeList(List(), 1, 0, &bytes) ||
+            !UpdateProcThreadAttribute(List(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, &m_handle, sizeof m_handle,
+                                       nullptr, nullptr)) {
+            throw std::runtime_error("cannot list the child's handles, error " + std::to_string(GetLastError()));
+        }
+    }
+    ~CInheritedHandle() { DeleteProcThreadAttributeList(List()); }
+    CInheritedHandle(const CInheritedHandle&) = delete;
+    CInheritedHandle& operator=(const CInheritedHandle&) = delete;
+
+    LPPROC_THREAD_ATTRIBUTE_LIST List() const {
+        return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(const_cast<char*>(m_room.data()));
+    }
+
+  private:
+    HANDLE m_handle;  // the list refers to it
+    std::vector<char> m_room;
+};
+
 // Good for arguments without quotes and without a backslash at the end, which is all that tests use.
 std::wstring CommandLine(const std::wstring& program, const std::vector<std::wstring>& arguments) {
     std::wstring line = L"\"" + program + L"\"";
@@ -36,14 +63,17 @@ std::wstring ProgramFolder() {
 CChildProcess::CChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments)
     : m_outputPath((std::filesystem::temp_directory_path() / UniqueName(L"child")).wstring()) {
     const CFileHandle output = CreateOutputFile(m_outputPath);
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdOutput = output.Get();
-    startup.hStdError = output.Get();
+    const CInheritedHandle inherited(output.Get());
+    STARTUPINFOEXW startup{};
+    startup.StartupInfo.cb = sizeof startup;
+    startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
+    startup.StartupInfo.hStdOutput = output.Get();
+    startup.StartupInfo.hStdError = output.Get();
+    startup.lpAttributeList = inherited.List();
     std::wstring line = CommandLine(ProgramFolder() + program, arguments);
     PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process)) {
+    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, EXTENDED_STARTUPINFO_PRESENT, nullptr, nullptr,
+                        &startup.StartupInfo, &process)) {
         throw std::runtime_error("cannot start the program, error " + std::to_string(GetLastError()));
     }
     CloseHandle(process.hThread);
