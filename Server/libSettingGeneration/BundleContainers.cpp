@@ -1,11 +1,13 @@
 #include "BundleContainers.h"
 
-#include <ranges>
+#include <algorithm>
+#include <span>
 
 #include "DebugLog.h"
 
 void CSettingContainerQMAgentPolicy::ExportToIni(std::wstring& out) const {
-    for (const tagPolicyTrackingValues& policy : std::views::take(m_content.items, wrb::kMostSettingItems)) {
+    const std::size_t shown = std::min<std::size_t>(m_content.items.size(), wrb::kMostSettingItems);
+    for (const tagPolicyTrackingValues& policy : std::span(m_content.items.data(), shown)) {
         WRB_LOG(kLogDebug8, L"%s - Policy name = %s, PolicyOwner = %s, PolicyTypeID = %s,",
                 L"CSettingContainerQMAgentPolicy::ExportToIni", policy.name.c_str(), policy.policyOwner.c_str(),
                 policy.policyTypeId.c_str());
