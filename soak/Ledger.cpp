@@ -73,10 +73,10 @@ void CLedger::SpywareAnswered(CUptime::Mark sent) {
 
 // The uploads whose package is gone are done.
 void CLedger::Sort() {
-    const auto atWork =
-        std::ranges::partition(m_open, [](const tagUpload& upload) { return std::filesystem::exists(upload.package); });
-    m_done.insert(m_done.end(), atWork.begin(), atWork.end());
-    m_open.erase(atWork.begin(), atWork.end());
+    const auto done = std::partition(m_open.begin(), m_open.end(),
+                                     [](const tagUpload& upload) { return std::filesystem::exists(upload.package); });
+    m_done.insert(m_done.end(), done, m_open.end());
+    m_open.erase(done, m_open.end());
 }
 
 void CLedger::BackEndLeaves(CUptime& backEnd) {
