@@ -25,22 +25,20 @@ using wrb::test::SampleRecord;
 using V0 = SWRB_PFW_LOG_ITEM_V0;
 using V1 = SWRB_PFW_LOG_ITEM;
 
-// What the services got, as one text a record; the answer of each.
+// What each service got, as one text a record; the answer of each.
 std::vector<std::wstring> g_agent;
 std::vector<std::wstring> g_pool;
 int g_agentResult = 1;
 int g_poolResult = 1;
 
 std::wstring TextOf(const tagFirewallLogEntry& entry) {
-    std::wstring text;
-    for (const std::wstring field : {entry.uid, entry.date, entry.time, entry.localHost, entry.remoteHost}) {
-        text += field + L"|";
-    }
+    std::wstring text = std::wstring(entry.uid) + L"|" + entry.date + L"|" + entry.time + L"|" + entry.localHost +
+                        L"|" + entry.remoteHost;
     for (const uint16_t number :
          {entry.protocol, entry.type, entry.subType, entry.port, entry.direction, entry.logType}) {
-        text += std::to_wstring(number) + L"|";
+        text += L"|" + std::to_wstring(number);
     }
-    return text + entry.processPath + L"|" + entry.processInfo;
+    return text + L"|" + entry.processPath + L"|" + entry.processInfo;
 }
 
 int ToAgent(const tagFirewallLogEntry& entry) noexcept {
@@ -85,25 +83,35 @@ class CfwLogFile : public testing::Test {
     wrb::test::CTempFolder m_folder;
 };
 
-TEST_F(CfwLogFile, BothVersionsCarryTheSameAndTimesAreUnsigned) {
+TEST_F(CfwLogFile, BothVersionsCarryTheSame) {
+    EXPECT_EQ(Forward(BytesOf(SampleRecord<V0>()) + BytesOf(SampleRecord<V0>())), 1);
+    EXPECT_EQ(Forward(BytesOf(SampleRecord<V1>())), 1);
+    const std::wstring head = L"uid|" + LocalTime(1'700'000'000) + L"|192.168.0.10|";
     const std::wstring tail = L"|6|65535|9|443|1|0|C:\\Program Files\\a.exe|Gr\u00FC\u00DFe";
-    for (const uint32_t time : {0u, 59u, 60u, 1'700'000'039u, 1'700'000'040u, 0x80000000u, 0xFFFFFFFFu}) {
-        V0 v0 = SampleRecord<V0>();
-        V1 v1 = SampleRecord<V1>();
-        v0.dwTime = v1.dwTime = time;
-        g_pool.clear();
-        EXPECT_EQ(Forward(BytesOf(v0) + BytesOf(v0)), 1);
-        EXPECT_EQ(Forward(BytesOf(v1)), 1);
-        const std::wstring head = L"uid|" + LocalTime(time) + L"|192.168.0.10|";
-        const std::wstring first = head + L"255.1.20.0" + tail;
-        EXPECT_EQ(g_pool, (std::vector<std::wstring>{first, first, head + L"fe80::1" + tail}));
-        EXPECT_EQ(g_agent.back(), g_pool.back());
+    const std::vector<std::wstring> expected = {head + L"255.1.20.0" + tail, head + L"255.1.20.0" + tail,
+                                                head + L"fe80::1" + tail};
+    EXPECT_EQ(g_agent, expected);
+    EXPECT_EQ(g_pool, expected);
+}
+
+TEST_F(CfwLogFile, TimesAreUnsignedAndLocal) {
+    std::string bytes;
+    const uint32_t times[] = {0, 59, 60, 1'700'000'039, 1'700'000'040, 1'700'000'001, 0x80000000, 0xFFFFFFFF};
+    for (const uint32_t time : times) {
+        V1 item = SampleRecord<V1>();
+        item.dwTime = time;
+        bytes += BytesOf(item);
+    }
+    Forward(bytes);
+    ASSERT_EQ(g_pool.size(), std::size(times));
+    for (std::size_t i = 0; i < g_pool.size(); ++i) {
+        EXPECT_EQ(g_pool[i].substr(4, 15), LocalTime(times[i]));
     }
 }
 
 TEST_F(CfwLogFile, SomePathsAreHidden) {
     const struct {
-        std::string path;
+        const char* path;
         uint8_t direction;
         int showAll;
         bool isShown;
@@ -112,10 +120,10 @@ TEST_F(CfwLogFile, SomePathsAreHidden) {
     for (const auto& row : cases) {
         ServerIniCache().writeINIInt(L"INI_SERVER_SECTION", L"CFWShowAllPV", row.showAll);
         V0 item = SampleRecord<V0>();
-        std::strcpy(item.szPVName, row.path.c_str());
+        std::strcpy(item.szPVName, row.path);
         item.byDirection = row.direction;
         Forward(BytesOf(item));
-        const std::wstring shown(row.path.begin(), row.isShown ? row.path.end() : row.path.begin());
+        const std::wstring shown = row.isShown ? std::wstring(row.path, row.path + std::strlen(row.path)) : L"";
         EXPECT_TRUE(g_agent.back().ends_with(L"|0|" + shown + L"|Gr\u00FC\u00DFe")) << row.path << +row.direction;
     }
 }
@@ -210,7 +218,8 @@ TEST_F(CfwLogFile, AServiceThatTakesNothingStopsNothing) {
     g_poolResult = 0;
     EXPECT_EQ(Forward(two), -2);
     EXPECT_TRUE(HasLogged(8, L"processCFWLogFile:uid=uid fail"));
-    EXPECT_EQ(g_agent.size() + g_pool.size(), 8u);
+    EXPECT_EQ(g_agent.size(), 4u);
+    EXPECT_EQ(g_pool.size(), 4u);
 }
 
 TEST_F(CfwLogFile, AMissingFileIsOnlyLogged) {
@@ -222,13 +231,17 @@ TEST_F(CfwLogFile, AMissingFileIsOnlyLogged) {
 }
 
 TEST_F(CfwLogFile, TheVersionCheckGoesBackToTheStart) {
-    wrb::test::WriteAll(m_folder / L"fw.log", BytesOf(SampleRecord<V1>()));
-    const wrb::CFileHandle file(CreateFileW((m_folder / L"fw.log").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
-                                            FILE_ATTRIBUTE_NORMAL, nullptr));
-    EXPECT_EQ(CheckPFWLogVersion(file.Get()), 1);
-    EXPECT_EQ(SetFilePointer(file.Get(), 0, nullptr, FILE_CURRENT), 0u);
+    for (const auto& [bytes, version] : {std::pair{BytesOf(SampleRecord<V0>()), 0},
+                                         std::pair{BytesOf(SampleRecord<V1>()), 1}, std::pair{std::string("x"), -1}}) {
+        wrb::test::WriteAll(m_folder / L"fw.log", bytes);
+        const wrb::CFileHandle file(CreateFileW((m_folder / L"fw.log").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                                FILE_ATTRIBUTE_NORMAL, nullptr));
+        EXPECT_EQ(CheckPFWLogVersion(file.Get()), version);
+        EXPECT_EQ(SetFilePointer(file.Get(), 0, nullptr, FILE_CURRENT), 0u);
+    }
+    TakeCapturedLog();
     EXPECT_EQ(CheckPFWLogVersion(INVALID_HANDLE_VALUE), -1);
-    EXPECT_TRUE(HasLogged(8, L"CheckPFWLogVersion: bRetVer=(-1)"));
+    EXPECT_EQ(TakeCapturedLog(), (std::vector<tagCapturedLine>{{8, L"CheckPFWLogVersion: bRetVer=(-1)"}}));
 }
 
 }  // namespace
