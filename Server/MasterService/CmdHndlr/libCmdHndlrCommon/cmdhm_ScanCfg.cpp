@@ -135,7 +135,7 @@ bool cmdhm_GetAllScanCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFl
     return true;
 }
 
-// The named functions: one row a group.
+// The named functions of every group.
 #define WRB_SCAN_GROUP(name, type, kind)                                                                               \
     bool cmdhm_Get##name(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag) {                         \
         return wrb::GetScanGroup(wrb::FindScanGroup(ScanType::type, ScanGroupKind::kind), values, uid, bResetCfgFlag); \
@@ -145,17 +145,6 @@ bool cmdhm_GetAllScanCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFl
                                           bResetCfgFlag);                                                              \
     }
 
-WRB_SCAN_GROUP(MSCfg, MS, Main)
-WRB_SCAN_GROUP(RTCfg, RT, Main)
-WRB_SCAN_GROUP(PSCfg, PS, Main)
-WRB_SCAN_GROUP(SNCfg, SN, Main)
-WRB_SCAN_GROUP(MSCfgEx, MS, Exclusion)
-WRB_SCAN_GROUP(RTCfgEx, RT, Exclusion)
-WRB_SCAN_GROUP(PSCfgEx, PS, Exclusion)
-WRB_SCAN_GROUP(SNCfgEx, SN, Exclusion)
-WRB_SCAN_GROUP(SpyMSCfg, MS, Spyware)
-WRB_SCAN_GROUP(SpyRTCfg, RT, Spyware)
-WRB_SCAN_GROUP(SpyPSCfg, PS, Spyware)
-WRB_SCAN_GROUP(SpySNCfg, SN, Spyware)
+#include "ScanGroupNames.inc"
 
 #undef WRB_SCAN_GROUP

@@ -115,24 +115,13 @@ bool SetScanGroup(const ScanGroup& group, CCmdProtocol& message, const wchar_t* 
 
 }  // namespace wrb
 
-// The named functions: one row a group.
+// The named functions of every group.
 #define WRB_SCAN_GROUP(name, type, kind)                                                                           \
     bool cmdhm_Set##name(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag) {     \
         return wrb::SetScanGroup(wrb::FindScanGroup(ScanType::type, ScanGroupKind::kind), message, uid, allAgents, \
                                  ini, flag);                                                                       \
     }
 
-WRB_SCAN_GROUP(MSCfg, MS, Main)
-WRB_SCAN_GROUP(RTCfg, RT, Main)
-WRB_SCAN_GROUP(PSCfg, PS, Main)
-WRB_SCAN_GROUP(SNCfg, SN, Main)
-WRB_SCAN_GROUP(MSCfgEx, MS, Exclusion)
-WRB_SCAN_GROUP(RTCfgEx, RT, Exclusion)
-WRB_SCAN_GROUP(PSCfgEx, PS, Exclusion)
-WRB_SCAN_GROUP(SNCfgEx, SN, Exclusion)
-WRB_SCAN_GROUP(SpyMSCfg, MS, Spyware)
-WRB_SCAN_GROUP(SpyRTCfg, RT, Spyware)
-WRB_SCAN_GROUP(SpyPSCfg, PS, Spyware)
-WRB_SCAN_GROUP(SpySNCfg, SN, Spyware)
+#include "ScanGroupNames.inc"
 
 #undef WRB_SCAN_GROUP
