@@ -19,7 +19,6 @@ namespace {
 constexpr int32_t kForwarded = 1;
 constexpr int32_t kRecordLost = -2;
 constexpr uint8_t kGuardedDirection = 2;  // whose processes are shown only on request
-constexpr unsigned kRecordsPerLook = 64;  // for how many of them one look at the setting does
 constexpr uint16_t kFirewallLog = 0;
 
 // The line shows the function and the source only: the values travel behind a format that has no place for them. It has
@@ -52,19 +51,11 @@ class CRecordForwarder {
     }
 
   private:
-    bool IsPathHidden(uint8_t direction) {
+    bool IsPathHidden(uint8_t direction) const {
         return (direction == kGuardedDirection && !ShowsAllPaths()) || std::wcscmp(m_texts.pvName, L"Idle") == 0;
     }
 
-    // Even a cached value costs as much as a third of the record.
-    bool ShowsAllPaths() {
-        if (m_untilAsked == 0) {
-            m_showsAll = ServerIniCache().readINIInt("INI_SERVER_SECTION", "CFWShowAllPV", 0) != 0;
-            m_untilAsked = kRecordsPerLook;
-        }
-        --m_untilAsked;
-        return m_showsAll;
-    }
+    static bool ShowsAllPaths() { return ServerIniCache().readINIInt("INI_SERVER_SECTION", "CFWShowAllPV", 0) != 0; }
 
     bool Send(const tagFirewallLogEntry& entry) const {
         if (m_targets.agentClient(entry) != 1) {
@@ -81,8 +72,6 @@ class CRecordForwarder {
     const tagCfwLogTargets& m_targets;
     CLocalTimeText m_time;
     tagPfwLogTexts m_texts;
-    unsigned m_untilAsked = 0;
-    bool m_showsAll = false;
 };
 
 template <typename Item>
