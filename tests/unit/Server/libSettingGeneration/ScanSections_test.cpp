@@ -26,8 +26,8 @@ constexpr Export kExports[] = {
 
 TEST(ScanSections, EveryBitOfEveryGroupShowsWhereItBelongs) {
     std::vector<uint32_t> words{0, 0xFFFFFFFF, 3u << 17, 3u << 2, 3u << 16, 3u << 8};
-    for (unsigned bit = 0; bit < 32; ++bit) {
-        words.push_back(1u << bit);
+    for (uint32_t bit = 1; bit != 0; bit <<= 1) {
+        words.push_back(bit);
     }
     for (std::size_t i = 0; i < std::size(kExports); ++i) {
         for (const uint32_t flags : words) {
@@ -77,13 +77,20 @@ TEST(ScanSections, OnlyTheRealTimeSectionTakesTheExploitActionOut) {
     }
 }
 
-TEST(SettingContainer, WhatWasSentRendersTheSameAndEveryCutIsRefused) {
-    CSettingContainerPSCfg sent;
-    sent.m_uid = kUid;
-    sent.m_values = DistinctScanValues(0x12345678);
+TEST(SettingContainer, BytesAreTheFieldsInDeclaredOrderAndEveryCutIsRefused) {
+    CSettingContainerMSCfgEx sent;
+    sent.m_uid = L"u";
+    sent.m_values.flags = 0x00010002;
+    sent.m_values.excludedFolder = L"f";
+    sent.m_values.excludedExt = L"x";
     CSerializer message;
     message << sent;
-    CSettingContainerPSCfg received;
+    const std::string_view expected(
+        "\4\0\0\0u\0\0\0\4\0\0\0\2\0\1\0\4\0\0\0f\0\0\0"
+        "\2\0\0\0\0\0\4\0\0\0x\0\0\0",
+        38);
+    EXPECT_EQ(std::string_view(reinterpret_cast<const char*>(message.Data()), message.GetSize()), expected);
+    CSettingContainerMSCfgEx received;
     for (uint32_t length = 0; length < message.GetSize(); ++length) {
         CSerializer cut;
         cut.Load(message.Data(), length);
@@ -92,22 +99,7 @@ TEST(SettingContainer, WhatWasSentRendersTheSameAndEveryCutIsRefused) {
     message >> received;
     std::wstring out;
     received.ExportToIni(out);
-    EXPECT_EQ(out, ExpectedScanSections()[2].Text(kUid, sent.m_values));
-}
-
-TEST(SettingContainer, BytesAreTheFieldsInDeclaredOrder) {
-    CSettingContainerMSCfgEx container;
-    container.m_uid = L"u";
-    container.m_values.flags = 0x00010002;
-    container.m_values.excludedFolder = L"f";
-    container.m_values.excludedExt = L"x";
-    CSerializer message;
-    message << container;
-    const std::string_view expected(
-        "\4\0\0\0u\0\0\0\4\0\0\0\2\0\1\0\4\0\0\0f\0\0\0"
-        "\2\0\0\0\0\0\4\0\0\0x\0\0\0",
-        38);
-    EXPECT_EQ(std::string_view(reinterpret_cast<const char*>(message.Data()), message.GetSize()), expected);
+    EXPECT_EQ(out, ExpectedScanSections()[4].Text(L"u", sent.m_values));
 }
 
 }  // namespace
