@@ -1,15 +1,10 @@
 // The getters of the setting bundles, against a database server that answers as a test says.
 #include <gtest/gtest.h>
 
-#include <fstream>
-
-#include "BundleContainers.h"
-#include "CapturedLog.h"
+#include "BoundIni.h"
 #include "DbBundle.h"
-#include "INICache.h"
 #include "RequestLines.h"
 #include "StringProtection.h"
-#include "TempFolder.h"
 #include "cmdhm_Bundles.h"
 
 namespace {
@@ -17,32 +12,27 @@ namespace {
 using wrb::test::CFakeDbService;
 using wrb::test::tagDbRequest;
 
-constexpr wchar_t kUid[] = L"12345678-1234-1234-1234-123456789abc";
-constexpr wchar_t kKey[] = L"00112233445566778899aabbccddeeff00112233445566778899aabbccddeeff";
 constexpr wchar_t kKeyAndMore[] = L"00112233445566778899aabbccddeeff00112233445566778899aabbccddeeff0";
+const std::wstring kKey(kKeyAndMore, 64);
 
 using Lines = std::vector<std::wstring>;
 
-// `UID` stands for the agent in the lines, `%` for the getter's name.
+// In the lines `UID` stands for the agent, `~` for the getter's name and `@` for the section.
 struct tagCase {
     bool (*get)(std::wstring& out, const wchar_t* uid);
     const wchar_t* name;
     std::pair<std::wstring, std::string> answer;  // behind its command
-    const wchar_t* section;                       // how it begins
-    Lines entry = {L"% - pszUid=UID"};
+    const wchar_t* section;
+    Lines entry = {L"~ - pszUid=UID"};
     Lines found = {};
-    Lines notFound = {L"% - failed to send command to DB server"};
+    Lines notFound = {L"~ - failed to send command to DB server"};
 };
 
 std::vector<tagCase> Cases() {
     tagClientWCSConfig wtp;
     wtp.approvedIn = L"|x";  // no item, so no key is missed
-    tagClientAggrScanConfig aggr;
-    aggr.cfg = 0x101;
-    aggr.detectFlag = 2;
-    aggr.detectFlagForIProduct = 0xFFFFFFFF;
     tagPolicyTrackingInfoList policies;
-    policies.items.emplace_back(tagPolicyTrackingValues{L"p", L"t", L"o", L"7"});
+    policies.items.emplace_back(tagPolicyTrackingValues{L"100%s", L"t", L"o", L"7"});
     const auto answer = [](const wchar_t* command, const ISerializable& record) {
         return std::pair(command, RecordMessage(command, record));
     };
@@ -53,67 +43,63 @@ std::vector<tagCase> Cases() {
         {[](std::wstring& out, const wchar_t* uid) { return cmdhm_GetWtpSetting(out, uid, true); },
          L"cmdhm_GetWtpSetting",
          answer(L"DBV2_GET_CLIENT_WCS_CFG", wtp),
-         L"[Web Threat Protection]\n",
-         {L"%(pszUid=UID, bResetCfgFlag=1)"},
+         L"[Web Threat Protection]\nEnablePolicyIn=0\nEnablePolicyOut=0\nSecurityLevelIn=0\nSecurityLevelOut=0\n"
+         L"SendLogIn=0\nSendLogOut=0\nURLFilterCfgFlag_InOffice=0\nURLFilterCfgFlag_OutOffice=0\n"
+         L"URLFilterQueryMode_InOffice=0\nURLFilterRatingLevel_InOffice=0\nURLFilterRatingLevel_OutOffice=0\n"
+         L"URLFilterAWSLCount_InOffice=0\nURLFilterAWSLCount_OutOffice=0\nURLFilterBlackListCount_InOffice=0\n"
+         L"URLFilterBlackListCount_OutOffice=0\n",
+         {L"~(pszUid=UID, bResetCfgFlag=1)"},
          {},
          {L"failed to send command to DB server"}},
         {[](std::wstring& out, const wchar_t* uid) { return cmdhm_GetFARestoreSetting(out, uid, false); },
          L"cmdhm_GetFARestoreSetting",
          answer(L"DBV2_GET_FA_RESTORE_ITEM", tagFARestoreItemList()),
          L"[Centralized FA Restore]\nFACount=0\n",
-         {L"% - cmdhm_GetFARestoreSetting(pszUid=UID, bResetCfgFlag=0)"},
+         {L"~ - cmdhm_GetFARestoreSetting(pszUid=UID, bResetCfgFlag=0)"},
          {},
-         {L"dbGetFARestoreItem - failed to send command to DB server", L"% - dbGetFARestoreItem is failed"}},
-        {cmdhm_GetNCIESetting, L"cmdhm_GetNCIESetting", answer(L"DBV2_GET_CLIENT_NCIE_CFG", tagClientNCIECfg()),
-         L"[NCIE Settings]\n"},
+         {L"dbGetFARestoreItem - failed to send command to DB server", L"~ - dbGetFARestoreItem is failed"}},
+        {cmdhm_GetNCIESetting, L"cmdhm_GetNCIESetting",
+         answer(L"DBV2_GET_CLIENT_NCIE_CFG", tagClientNCIECfg({tagNcieValues::kEnableRR, 1, 2, 3, 4})),
+         L"[NCIE Settings]\nEnableRR=1\nEnableCNP=0\nEnableGC=0\nActionForCNP=1\nActionForRR=2\n"
+         L"ActionForUserDefine=3\nActionForSBA=4\n"},
         // Bit 4 of the second word, and all but it.
         {cmdhm_GetSampleSubmissionSetting, L"cmdhm_GetSampleSubmissionSetting", privilege(L"0\t16"),
          L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=1\n"},
         {cmdhm_GetSampleSubmissionSetting, L"cmdhm_GetSampleSubmissionSetting", privilege(L"-1\t-17"),
          L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=0\n"},
-        {cmdhm_GetSablexSetting, L"cmdhm_GetSablexSetting", answer(L"DBV2_GET_SABLEX_CFG", tagClientSablexConfig()),
-         L"[Sablex_Settings]\n"},
+        {cmdhm_GetSablexSetting, L"cmdhm_GetSablexSetting",
+         answer(L"DBV2_GET_SABLEX_CFG",
+                tagClientSablexConfig({tagSablexValues::kEnableSablex, 1, 2, L"C:\\a b.exe|D:\\", L""})),
+         L"[Sablex_Settings]\nEnableSablex=1\nEnableFile=0\nEnableProcess=0\nActionForFile=1\nActionForProcess=2\n"
+         L"ExceptionCount=2\nExceptionItem000=C:\\a b.exe\nExceptionItem001=D:\\\nDS_ProcessCount=0\n"},
         {cmdhm_GetAggrScanSetting,
          L"cmdhm_GetAggrScanSetting",
-         answer(L"DBV2_GET_AGGR_SCAN_CFG", aggr),
-         L"[AggrScan Settings]\n",
-         {L"% - pszUid=UID"},
-         {L"% - enable_mitre:1, cfg:0x00000101, aggr_flag:0x00000002, aggr_flag_iproduct:0xffffffff"}},
+         answer(L"DBV2_GET_AGGR_SCAN_CFG", tagClientAggrScanConfig({0x101, 2, 0xFFFFFFFF})),
+         L"[AggrScan Settings]\nEnableMitre=1\nAggreDetectFlag=2\nAggreDetectFlagForIProduct=-1\n",
+         {L"~ - pszUid=UID"},
+         {L"~ - enable_mitre:1, cfg:0x00000101, aggr_flag:0x00000002, aggr_flag_iproduct:0xffffffff"}},
         {cmdhm_GetQMAgentPolicyInfo,
          L"cmdhm_GetQMAgentPolicyInfo",
          answer(L"DBV2_GET_POLICY_TRACKING_INFO", policies),
-         L"[QM_AGENT_POLICY]\n",
-         {L"% - >>>", L"% - pszUid=UID"},
-         {L"CSettingContainerQMAgentPolicy::ExportToIni - Policy name = p, PolicyOwner = o, PolicyTypeID = 7,",
-          L"% - strOutput = [QM_AGENT_POLICY]\nPolicyCount=1\nQMAPolicy0_Name=p\nQMAPolicy0_LastUpdateTime=t\n"
-          L"QMAPolicy0_PolicyOwner=o\nQMAPolicy0_PolicyTypeID=7\n",
-          L"% - <<<"},
-         {L"% - DB_SEND_AND_RECV(DBV2_GET_POLICY_TRACKING_INFO) failed", L"% - <<<"}},
+         L"[QM_AGENT_POLICY]\nPolicyCount=1\nQMAPolicy0_Name=100%s\nQMAPolicy0_LastUpdateTime=t\n"
+         L"QMAPolicy0_PolicyOwner=o\nQMAPolicy0_PolicyTypeID=7\n",
+         {L"~ - >>>", L"~ - pszUid=UID"},
+         {L"CSettingContainerQMAgentPolicy::ExportToIni - Policy name = 100%s, PolicyOwner = o, PolicyTypeID = 7,",
+          L"~ - strOutput = @", L"~ - <<<"},
+         {L"~ - DB_SEND_AND_RECV(DBV2_GET_POLICY_TRACKING_INFO) failed", L"~ - <<<"}},
     };
-}
-
-void Replace(std::wstring& text, std::wstring_view what, std::wstring_view by) {
-    if (const std::size_t at = text.find(what); at != text.npos) {
-        text.replace(at, what.size(), by);
-    }
-}
-
-// The lines of level 8, which are the getters' own; the client's have others.
-Lines OwnLines() {
-    Lines texts;
-    for (const tagCapturedLine& line : TakeCapturedLog()) {
-        if (line.level == 8) {
-            Replace(texts.emplace_back(line.text), kUid, L"UID");
-        }
-    }
-    return texts;
 }
 
 Lines Expected(const tagCase& one, const Lines& rest) {
     Lines lines = one.entry;
     lines.insert(lines.end(), rest.begin(), rest.end());
     for (std::wstring& line : lines) {
-        Replace(line, L"%", one.name);
+        for (const auto& [mark, text] :
+             {std::pair(L"@", one.section), std::pair(L"UID", kUid), std::pair(L"~", one.name)}) {
+            if (const std::size_t at = line.find(mark); at != line.npos) {
+                line.replace(at, std::wcslen(mark), text);
+            }
+        }
     }
     return lines;
 }
@@ -126,8 +112,8 @@ TEST(Bundles, SectionIsAppendedAndEveryStepLogged) {
         TakeCapturedLog();
         std::wstring out = L"[Before]\n";
         EXPECT_TRUE(one.get(out, (std::wstring(kUid) + L"more").c_str()));
-        EXPECT_TRUE(out.starts_with(std::wstring(L"[Before]\n") + one.section));
-        EXPECT_EQ(OwnLines(), Expected(one, one.found));
+        EXPECT_EQ(out, std::wstring(L"[Before]\n") + one.section);
+        EXPECT_EQ(TakeOwnLines(), Expected(one, one.found));
         const tagDbRequest request = db.WaitFor(1).at(0);
         EXPECT_EQ(request.Name(), one.answer.first);
         // The server is told who asks, but in the text form.
@@ -140,7 +126,7 @@ TEST(Bundles, SectionIsAppendedAndEveryStepLogged) {
             TakeCapturedLog();
             EXPECT_FALSE(one.get(out, kUid));
             EXPECT_EQ(out, before);
-            EXPECT_EQ(OwnLines(), Expected(one, one.notFound));
+            EXPECT_EQ(TakeOwnLines(), Expected(one, one.notFound));
         }
     }
 }
@@ -150,27 +136,21 @@ TEST(Bundles, AddressesNeedAKey) {
     tagClientWCSConfig cfg;
     cfg.blockedIn = L"http://one.example/|http://two.example/" + std::wstring(1200, L'x');
     const CFakeDbService db([&](const tagDbRequest& request) { return RecordMessage(request.Name(), cfg); });
-    const wrb::test::CTempFolder folder;
-    const std::filesystem::path path = folder / L"server.ini";
-    for (const std::wstring key : {L"", L"short", kKeyAndMore, kKey}) {
-        std::ofstream(path) << "[INI_SERVER_SECTION]\nStringProtectionKey=" << std::string(key.begin(), key.end())
-                            << "\n";
-        ServerIniCache().clear();
-        ServerIniCache().init(path.wstring().c_str(), 6);
+    std::wstring out;
+    for (const std::wstring key : {L"", L"short", kKeyAndMore}) {
+        const CBoundIni ini(L"[INI_SERVER_SECTION]\nStringProtectionKey=" + key + L"\n", ServerIniCache());
         TakeCapturedLog();
-        std::wstring out;
-        EXPECT_EQ(cmdhm_GetWtpSetting(out, kUid, true), key == kKey);
-        if (key == kKey) {
-            const std::size_t first = out.find(L"URLFilterBlackList_InOffice000=") + 31;
-            const wrb::CStringProtection protection(*wrb::ParseProtectionKey(kKey));
-            EXPECT_EQ(protection.Unprotect(out.substr(first, out.find(L'\n', first) - first)), L"http://one.example/");
-            const std::size_t second = out.find(L"URLFilterBlackList_InOffice001=!CRYPT!") + 31;
-            EXPECT_EQ(out.find(L"\nURLFilterBlackListCount_InOffice=2\n", second), second + 1536);
-        } else {
-            EXPECT_EQ(out, L"");
-            EXPECT_EQ(TakeCapturedLog().back().level, static_cast<uint32_t>('E'));
-        }
+        EXPECT_FALSE(cmdhm_GetWtpSetting(out, kUid, true));
+        EXPECT_EQ(out, L"");
+        EXPECT_EQ(TakeCapturedLog().back().level, static_cast<uint32_t>('E'));
     }
+    const CBoundIni ini(L"[INI_SERVER_SECTION]\nStringProtectionKey=" + kKey + L"\n", ServerIniCache());
+    EXPECT_TRUE(cmdhm_GetWtpSetting(out, kUid, true));
+    const std::size_t first = out.find(L"URLFilterBlackList_InOffice000=") + 31;
+    const wrb::CStringProtection protection(*wrb::ParseProtectionKey(kKey));
+    EXPECT_EQ(protection.Unprotect(out.substr(first, out.find(L'\n', first) - first)), L"http://one.example/");
+    const std::size_t second = out.find(L"URLFilterBlackList_InOffice001=!CRYPT!") + 31;
+    EXPECT_EQ(out.find(L"\nURLFilterBlackListCount_InOffice=2\n", second), second + 1536);
     EXPECT_EQ(db.WaitFor(5).size(), 5u) << "the bit is cleared for the one answer that was made";
 }
 

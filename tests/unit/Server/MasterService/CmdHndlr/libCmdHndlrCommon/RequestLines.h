@@ -1,11 +1,14 @@
-// What the database server of a test has been asked, for comparing, and the answers that it makes.
+// What the database server of a test has been asked and what has been logged, for comparing; the answers that it makes.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "CapturedLog.h"
 #include "FakeDbService.h"
 #include "Serializer.h"
+
+inline constexpr wchar_t kUid[] = L"12345678-1234-1234-1234-123456789abc";
 
 // The fields of each request, "|" between them, the reply id left out, once there are `count` requests.
 inline std::vector<std::wstring> RequestLines(const wrb::test::CFakeDbService& db, std::size_t count) {
@@ -18,6 +21,17 @@ inline std::vector<std::wstring> RequestLines(const wrb::test::CFakeDbService& d
         }
     }
     return all;
+}
+
+// The lines of level 8 since the last call, which are the library's own: the database client has other levels.
+inline std::vector<std::wstring> TakeOwnLines() {
+    std::vector<std::wstring> texts;
+    for (const tagCapturedLine& line : TakeCapturedLog()) {
+        if (line.level == 8) {
+            texts.push_back(line.text);
+        }
+    }
+    return texts;
 }
 
 // The answer that carries this record.

@@ -1,37 +1,39 @@
-// The getters of one group, against a database server that answers as a test says.
+// The getters of one group and of all, against a database server that answers as a test says.
 #include <gtest/gtest.h>
 
 #include <map>
 
+#include "BoundIni.h"
+#include "DbAllScanRecord.h"
 #include "ExpectedScanSections.h"
 #include "RequestLines.h"
-#include "ScanIni.h"
 #include "cmdhm_ScanCfg.h"
 
 namespace {
 
 using wrb::ScanGroupKind;
-using wrb::ScanType;
+using wrb::test::CFakeDbService;
+using wrb::test::DistinctScanValues;
 using wrb::test::ExpectedScanSections;
-using wrb::test::tagDbRequest;
-using wrb::test::tagExpectedSection;
+using wrb::test::WideBytes;
 
 constexpr wchar_t kIni[] =
     L"[INI_MAJOR_VIRUS_TYPE_SECTION]\nCount=1\nName_000=Joke\n1st_Act_000=9\n1st_Act_Universe=5\n";
-constexpr wchar_t kUid[] = L"12345678-1234-1234-1234-123456789abc";
+constexpr const wchar_t* kAll = L"DBV2_CLIENT_GET_ALL_SCAN_CFG";
+constexpr const wchar_t* kAllEx = L"DBV2_CLIENT_GET_ALL_SCAN_EX";
 
 // Command to answer; a command that is missing here is one of an agent that the server does not know.
-using Answers = std::map<std::wstring, std::wstring>;
+using Answers = std::map<std::wstring, std::string>;
 
 auto Answering(const Answers& answers) {
-    return [answers](const tagDbRequest& request) -> std::optional<std::string> {
-        const auto answer = answers.find(request.Fields()[0]);
-        return answer == answers.end() ? std::string() : wrb::test::WideBytes(answer->second);
+    return [answers](const wrb::test::tagDbRequest& request) {
+        const auto answer = answers.find(request.Name());
+        return std::optional(answer == answers.end() ? std::string() : answer->second);
     };
 }
 
 // In the order of ExpectedScanSections.
-constexpr struct tagGroupCase {
+constexpr struct {
     bool (*getAndExport)(std::wstring&, const wchar_t*, bool);
     const wchar_t* command;
     const wchar_t* bit;
@@ -50,66 +52,50 @@ constexpr struct tagGroupCase {
     {cmdhm_GetAndExportSpySNCfg, L"DB_GET_SPYWARE_SNCF", L"1024"},
 };
 
-// What the database answers about a group. Fields behind the last one that the group has are ignored.
-Answers StoredAnswers(const tagGroupCase& group, ScanGroupKind kind) {
+// Fields behind the last one that the group has are ignored.
+Answers StoredAnswers(const wchar_t* command, ScanGroupKind kind) {
     if (kind == ScanGroupKind::Spyware) {
-        return {{group.command, L"-1985229329\tMP3;AVI"}};
+        return {{command, WideBytes(L"-1985229329\tMP3;AVI")}};
     }
-    return {{group.command, L"-1985229329\t21\t-3\t4\t1\t2\t3\t4\t5\t6\t7\t8"},
-            {L"DB_GET_EXTRA", kind == ScanGroupKind::Main
-                                  ? L".EXE\tC:\\move\tunused\tunused\tCVE_Exploit-5-4;Joke-1-2\tspare"
-                                  : L"C:\\a\tb.txt\t.log"}};
+    return {{command, WideBytes(L"-1985229329\t21\t-3\t4\t1\t2\t3\t4\t5\t6\t7\t8")},
+            {L"DB_GET_EXTRA", WideBytes(kind == ScanGroupKind::Main ? L".EXE\tC:\\move\tunused\tunused\tJoke-1-2\tspare"
+                                                                    : L"C:\\a\tb.txt\t.log")}};
 }
 
-// The values that come of it: no two groups read different ones for the same member.
-tagScanGroupValues StoredValues() {
-    tagScanGroupValues values{0x89ABCDEF, 21, 0xFFFFFFFD, 4, 1, 2, 3, 4, 5, 6, 7, 8, {}, {}, {}, {}, {}, {}, {}, {}};
-    values.extList = L".EXE";
-    values.moveDir = values.cleanFailedMoveDir = L"C:\\move";
-    values.custAction = L"CVE_Exploit-5-4;Joke-1-2;Universe-5";  // completed
-    values.excludedFolder = L"C:\\a";
-    values.excludedFile = L"b.txt";
-    values.excludedExt = L".log";
-    values.excludeFileExtList = L"MP3;AVI";
-    return values;
-}
-
-std::wstring StoredSection(const tagExpectedSection& section) {
-    std::wstring text = section.Text(kUid, StoredValues());
-    if (section.type == ScanType::RT && section.kind == ScanGroupKind::Main) {
-        const std::wstring whole = StoredValues().custAction;
-        text.replace(text.find(whole), whole.size(), L"Joke-1-2;Universe-5\nCustActionCve=CVE_Exploit-5-4");
-    }
-    return text;
-}
+// In the order of the members, of which no two groups read different ones. The custom action is completed.
+const tagScanGroupValues kStored{
+    0x89ABCDEF, 21,       0xFFFFFFFD, 4,         1,       2,           3,           4,
+    5,          6,        7,          8,         L".EXE", L"C:\\move", L"C:\\move", L"Joke-1-2;Universe-5",
+    L"C:\\a",   L"b.txt", L".log",    L"MP3;AVI"};
 
 // The bit is cleared once both answers are there, also when the second one is empty.
 TEST(ScanCfgDatabase, AGroupIsAskedForRenderedAndResetAndEmptyWithoutOneOfItsAnswers) {
-    const CScanIni ini(kIni);
+    const CBoundIni ini(kIni);
+    const std::wstring agent = std::wstring(L"|") + kUid + L"|";
     std::wstring out = L"old";
     for (std::size_t i = 0; i < std::size(kGroups); ++i) {
         SCOPED_TRACE(i);
-        const tagExpectedSection& section = ExpectedScanSections()[i];
-        const std::wstring agent = std::wstring(L"|") + kUid + L"|";
-        std::vector<std::wstring> requests{kGroups[i].command + agent + L"0"};
-        if (section.kind != ScanGroupKind::Spyware) {
-            requests.push_back(L"DB_GET_EXTRA" + agent + kGroups[i].bit);
+        const auto& [getAndExport, command, bit] = kGroups[i];
+        const wrb::test::tagExpectedSection& section = ExpectedScanSections()[i];
+        const Answers whole = StoredAnswers(command, section.kind);
+        std::vector<std::wstring> requests{command + agent + L"0"};
+        if (whole.size() > 1) {
+            requests.push_back(L"DB_GET_EXTRA" + agent + bit);
         }
-        const Answers whole = StoredAnswers(kGroups[i], section.kind);
         for (const bool reset : {false, true}) {
             if (reset) {
-                requests.push_back(L"DB_SET_CONF_FLAG" + agent + L"0|" + kGroups[i].bit + L"|0");
+                requests.push_back(L"DB_SET_CONF_FLAG" + agent + L"0|" + bit + L"|0");
             }
-            const wrb::test::CFakeDbService db(Answering(whole));
-            EXPECT_TRUE(kGroups[i].getAndExport(out, kUid, reset));
-            EXPECT_EQ(out, StoredSection(section));
+            const CFakeDbService db(Answering(whole));
+            EXPECT_TRUE(getAndExport(out, kUid, reset));
+            EXPECT_EQ(out, section.Text(kUid, kStored));
             EXPECT_EQ(RequestLines(db, requests.size()), requests);
         }
         for (const auto& missing : whole) {
             Answers answers = whole;
             answers.erase(missing.first);
-            const wrb::test::CFakeDbService db(Answering(answers));
-            EXPECT_FALSE(kGroups[i].getAndExport(out, kUid, true));
+            const CFakeDbService db(Answering(answers));
+            EXPECT_FALSE(getAndExport(out, kUid, true));
             EXPECT_EQ(out, L"");
             EXPECT_EQ(RequestLines(db, 1).size() == 1, missing.first != L"DB_GET_EXTRA");
         }
@@ -117,10 +103,10 @@ TEST(ScanCfgDatabase, AGroupIsAskedForRenderedAndResetAndEmptyWithoutOneOfItsAns
 }
 
 TEST(ScanCfgDatabase, GarbageReadsAsZeroMissingFieldsAsEmptyAndALongUidIsCut) {
-    const CScanIni ini(kIni);
-    const wrb::test::CFakeDbService db(
-        Answering(Answers{{L"DB_GET_PSCF", L"x\t 7y\t\t99999999999\t-1"}, {L"DB_GET_EXTRA", L"only this"}}));
-    tagScanGroupValues values = StoredValues();
+    const CBoundIni ini(kIni);
+    const CFakeDbService db(Answering(
+        {{L"DB_GET_PSCF", WideBytes(L"x\t 7y\t\t99999999999\t-1")}, {L"DB_GET_EXTRA", WideBytes(L"only this")}}));
+    tagScanGroupValues values = kStored;
     EXPECT_TRUE(cmdhm_GetPSCfg(values, (std::wstring(kUid) + L"more").c_str(), false));
     tagScanGroupValues expected;
     expected.compressedLayer = 7;
@@ -140,10 +126,89 @@ TEST(ScanCfgDatabase, RestoreSessionsAreNumberedUpToTheFirstEmptyOne) {
          L"[Spyware Restore Session]\nRestoreSession_0 = one\nRestoreSession_1 = two = 2\nRestoreSessionCount = 2\n"},
     };
     for (const auto& [answer, section] : rows) {
-        const wrb::test::CFakeDbService db(Answering(Answers{{L"DB_GET_BACKUP_LOG_ALL_SESSIONS", answer}}));
+        const CFakeDbService db(Answering({{L"DB_GET_BACKUP_LOG_ALL_SESSIONS", WideBytes(answer)}}));
         std::wstring out = L"old";
         EXPECT_EQ(cmdhm_GetSpyRestoreList(out, kUid), *section != L'\0');
         EXPECT_EQ(out, section);
+    }
+}
+
+// Of one scan type, for all of its sections. Only the word of PS has the bit that the exclusion section shows.
+tagScanGroupValues ValuesOf(std::size_t scan, bool hasLists) {
+    tagScanGroupValues values = DistinctScanValues(0x44444444u >> scan);
+    values.moveDir += std::to_wstring(scan);
+    values.cleanFailedMoveDir = values.moveDir;
+    for (const wrb::ScanText text : wrb::FindScanGroup(wrb::ScanType::MS, ScanGroupKind::Exclusion).texts) {
+        values.*text = hasLists ? values.*text + std::to_wstring(scan) : L"";
+    }
+    values.excludeFileExtList = hasLists && scan != 1 ? L"spy" + std::to_wstring(scan) : L"";
+    return values;
+}
+
+struct tagAllScan {
+    explicit tagAllScan(bool hasLists) {
+        config.hasConfig = true;
+        config.hasExtra = hasLists;
+        for (std::size_t scan = 0; scan < kScanTypeCount; ++scan) {
+            tagScanGroupValues values = ValuesOf(scan, hasLists);
+            config.scans[scan] = values;
+            config.spywareFlags[scan] = 0x01010000u >> scan;
+            lists.scans[scan] = {values.excludedFolder, values.excludedFile, values.excludedExt,
+                                 values.excludeFileExtList};
+            for (const std::size_t kind : {0, 8, 4}) {  // main, spyware, exclusion
+                if (kind == 8) {
+                    values.flags = config.spywareFlags[scan];
+                } else if (kind == 4) {
+                    values.flags = config.scans[scan == 3 ? 2 : scan].flags;  // scan now shows that of prescheduled
+                }
+                reply += ExpectedScanSections()[kind + scan].Text(kUid, values);
+            }
+        }
+    }
+
+    tagClnAllScanCfg config;
+    tagClnAllScanCfgEx lists;
+    std::wstring reply;
+};
+
+TEST(AllScanCfg, RepliesWithTwelveSectionsAndClearsEveryBitOnRequest) {
+    for (const bool hasExtra : {false, true}) {
+        const tagAllScan all(hasExtra);
+        const CFakeDbService db(
+            Answering({{kAll, RecordMessage(kAll, all.config)}, {kAllEx, RecordMessage(kAllEx, all.lists)}}));
+        std::wstring out = L"old";
+        EXPECT_TRUE(cmdhm_GetAllScanCfg(out, (std::wstring(kUid) + L"more").c_str(), hasExtra));
+        EXPECT_EQ(out, all.reply);
+
+        const auto requests = db.WaitFor(hasExtra ? 3 : 1);
+        ASSERT_EQ(requests.size(), hasExtra ? 3u : 1u);
+        EXPECT_EQ(requests[0].Name(), kAll);
+        EXPECT_EQ(requests[0].Texts().at(2), kUid);
+        if (hasExtra) {
+            EXPECT_EQ(requests[1].Name(), kAllEx);
+            const std::vector<std::wstring> reset{L"DB_SET_CONF_FLAG", L"-1", kUid, L"0", L"115975", L"0"};
+            EXPECT_EQ(requests[2].Fields(), reset);
+        }
+    }
+}
+
+TEST(AllScanCfg, AnythingButWholeAnswersGivesAnEmptyReply) {
+    const tagAllScan all(true);
+    const std::string first = RecordMessage(kAll, all.config);
+    const std::string second = RecordMessage(kAllEx, all.lists);
+    const std::pair<std::string, std::string> answers[] = {
+        {"", second},
+        {first, ""},
+        {RecordMessage(kAll, tagClnAllScanCfg()), second},
+        {first.substr(0, first.size() - 1), second},
+        {first, second.substr(0, second.size() - 1)},
+        {WideBytes(L"1\t2"), second},
+    };
+    for (const auto& [one, two] : answers) {
+        const CFakeDbService db(Answering({{kAll, one}, {kAllEx, two}}));
+        std::wstring out = L"old";
+        EXPECT_FALSE(cmdhm_GetAllScanCfg(out, kUid, true));
+        EXPECT_EQ(out, L"");
     }
 }
 

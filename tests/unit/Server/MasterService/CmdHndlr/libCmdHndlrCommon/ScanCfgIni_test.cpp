@@ -1,50 +1,31 @@
 // What comes from the scan INI: the server-wide settings and the completion of custom actions.
 #include <gtest/gtest.h>
 
-#include "CapturedLog.h"
+#include "BoundIni.h"
 #include "CustomAction.h"
 #include "ExpectedScanSections.h"
-#include "ScanIni.h"
+#include "RequestLines.h"
 #include "cmdhm_ScanCfg.h"
 
 namespace {
 
 using wrb::test::ExpectedScanSections;
-using wrb::test::tagExpectedKey;
 using wrb::test::tagExpectedSection;
 
 std::wstring Answer(const tagExpectedSection& section, const std::wstring& iniText) {
-    const CScanIni ini(iniText);
+    const CBoundIni ini(iniText);
     std::wstring out = L"old";
     EXPECT_TRUE(wrb::GetAndExportScanGroup(section.Group(), out, L"", true));
     return out;
 }
 
-template <typename Value>
-std::wstring Lines(const tagExpectedSection& section, Value value) {
-    std::wstring text = L"[" + section.name + L"]\n";
-    for (const tagExpectedKey& key : section.keys) {
-        text += key.key + L"=" + (key.inIni ? value(key) : L"") + L"\n";
-    }
-    return text;
-}
-
-// Something else than the default, of the key's kind.
-std::wstring Other(const tagExpectedKey& key) {
-    if (key.source[0] == L't' && key.source != L"type") {
-        return L"the " + key.key + L", set";
-    }
-    if (key.source[0] == L'b') {
-        return key.iniDefault == L"1" ? L"0" : L"1";
-    }
-    return key.source == L"n1" ? L"-7" : L"2";
-}
-
-TEST(ScanCfgIni, KeysHaveTheirDefaultsUntilTheFileHasThem) {
+TEST(ScanCfgIni, KeysHaveTheirDefaultsWithoutAFile) {
     for (const tagExpectedSection& section : ExpectedScanSections()) {
-        EXPECT_EQ(Answer(section, L""), Lines(section, [](const tagExpectedKey& key) { return key.iniDefault; }));
-        const std::wstring text = Lines(section, Other);
-        EXPECT_EQ(Answer(section, text), text);
+        std::wstring text = L"[" + section.name + L"]\n";
+        for (const wrb::test::tagExpectedKey& key : section.keys) {
+            text += key.key + L"=" + key.iniDefault + L"\n";
+        }
+        EXPECT_EQ(Answer(section, L""), text);
     }
 }
 
@@ -55,9 +36,11 @@ TEST(ScanCfgIni, NumbersOutOfTheOrdinary) {
         const wchar_t* value;
         const wchar_t* shown;
     } rows[] = {
-        {0, L"AllowCfg", L"2", L"1"},   {0, L"AllowCfg", L"-1", L"0"},  {0, L"AllowCfg", L"yes", L"0"},
-        {0, L"Enable", L"", L"1"},      {0, L"ScanSpeed", L"1", L"1"},  {0, L"ScanSpeed", L"3", L"0"},
-        {9, L"ActionType", L"0", L"0"}, {9, L"ActionType", L"5", L"1"}, {10, L"ScanType", L"7", L"2"},
+        {0, L"AllowCfg", L"2", L"1"},   {0, L"AllowCfg", L"-1", L"0"},
+        {0, L"AllowCfg", L"yes", L"0"}, {0, L"Enable", L"", L"1"},
+        {0, L"ScanSpeed", L"1", L"1"},  {0, L"ScanSpeed", L"3", L"0"},
+        {9, L"ActionType", L"0", L"0"}, {9, L"ActionType", L"5", L"1"},
+        {10, L"ScanType", L"7", L"2"},  {0, L"EnableAggressiveClean", L"1", L"1"},
     };
     for (const auto& row : rows) {
         const tagExpectedSection& section = ExpectedScanSections()[row.section];
@@ -68,16 +51,15 @@ TEST(ScanCfgIni, NumbersOutOfTheOrdinary) {
 }
 
 TEST(ScanCfgIni, TheMainWordTakesTheSwitchOfTheExclusionSection) {
-    const CScanIni ini(L"[Prescheduled Scan Configuration Ex]\nExcludeCallowayProduct=0\n");
+    const CBoundIni ini(L"[Prescheduled Scan Configuration Ex]\nExcludeCallowayProduct=0\n");
     tagScanGroupValues values;
-    TakeCapturedLog();
+    TakeOwnLines();
     cmdhm_GetPSCfg(values, L"", false);
     EXPECT_EQ(values.flags, 0x3100e63d);
-    const std::vector<tagCapturedLine> log{
-        {8,
-         L"get ps:[ini][3100e63d][20][3][4][1][12][0][1][1][7][1][1]"
-         L"[.EXE, .COM, .SYS, .DOC, .DRV, .CMD, .XLS, .DLL, .386][\\temp][\\temp][Universe-5-4]"}};
-    EXPECT_EQ(TakeCapturedLog(), log);
+    const std::vector<std::wstring> log{
+        L"get ps:[ini][3100e63d][20][3][4][1][12][0][1][1][7][1][1]"
+        L"[.EXE, .COM, .SYS, .DOC, .DRV, .CMD, .XLS, .DLL, .386][\\temp][\\temp][Universe-5-4]"};
+    EXPECT_EQ(TakeOwnLines(), log);
 }
 
 TEST(CustomAction, TypesWithoutAnItemGetOne) {
@@ -100,7 +82,7 @@ TEST(CustomAction, TypesWithoutAnItemGetOne) {
          L"A-1-1", L"A-1-1;Last-1;Others-3"},
     };
     for (auto [iniText, text, completed] : rows) {
-        const CScanIni ini(iniText);
+        const CBoundIni ini(iniText);
         wrb::CompleteCustomAction(ScanIniCache(), text);
         EXPECT_EQ(text, completed);
     }

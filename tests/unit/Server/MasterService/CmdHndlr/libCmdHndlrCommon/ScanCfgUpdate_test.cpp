@@ -3,13 +3,12 @@
 
 #include <algorithm>
 
-#include "CapturedLog.h"
+#include "BoundIni.h"
 #include "CmdProtocol.h"
 #include "FakePipeService.h"
 #include "FakeProfile.h"
 #include "RequestLines.h"
 #include "ScanCfgIni.h"
-#include "ScanIni.h"
 #include "ScanUpdateFields.h"
 #include "Text.h"
 #include "cmdhm_ScanCfg.h"
@@ -21,107 +20,77 @@ using wrb::FormatWide;
 using wrb::kScanGroups;
 using wrb::ScanGroup;
 using wrb::ScanGroupKind;
-using wrb::ScanRow;
-using wrb::ScanRowKind;
 using wrb::ScanType;
 using wrb::test::CFakeDbService;
 using wrb::test::tagUpdateField;
-
-constexpr wchar_t kUid[] = L"12345678-1234-1234-1234-123456789abc";
+using enum ScanGroupKind;
+using enum ScanType;
 
 bool Set(const ScanGroup& group, const std::wstring& fields, const wchar_t* uid, bool all, bool ini) {
     CCmdProtocol message(fields.data(), static_cast<int64_t>(fields.size() * sizeof(wchar_t)));
     return wrb::SetScanGroup(group, message, uid, all, ini, 9);
 }
 
-// The group's own switch on and every other off, numbers 1, 2, ..., choices 2, texts t1, t2, ...
-std::wstring CountingFields(const ScanGroup& group) {
-    std::vector<tagUpdateField> fields = wrb::test::UpdateFields(group, true);
-    int numbers = 0;
-    int texts = 0;
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-        const ScanRow& row = *group.updateRows[i];
-        fields[i].value = row.kind == ScanRowKind::Int      ? std::to_wstring(++numbers)
-                          : row.kind == ScanRowKind::Choice ? L"2"
-                          : row.kind == ScanRowKind::Bit
-                              ? (row.key == L"Enable" || row.key == L"ExcludeCallowayProduct" ? L"1" : L"0")
-                              : L"t" + std::to_wstring(++texts);
-    }
-    return wrb::test::JoinFields(fields);
-}
+enum class Level { One, All, Ini };
 
-// What CountingFields come to, by scan type.
-const struct tagType {
-    const wchar_t* name;
-    const wchar_t* tag;
-    uint32_t value;
-    const wchar_t* numbers;
-    uint32_t bit;
-    uint32_t exclusionBit;
-    uint32_t spywareValue;
-    uint32_t spywareMask;
-} kTypes[] = {
-    {L"MS", L"ms", 0x40001, L"[1][2][3]", 0x1, 0x100, 0x20201, 0x1030301},
-    {L"RT", L"rt", 0x1, L"[1][2][3]", 0x2, 0x4000, 0x5, 0x4000D},
-    {L"PS", L"ps", 0x40001, L"[1][2][3][4][5][6][7][8][9][10][11][2]", 0x4, 0x8000, 0x20201, 0x1070301},
-    {L"SN", L"sn", 0x40001, L"[1][2][3]", 0x400, 0x10000, 0x20201, 0x1070301},
-};
-
-enum Level { kOne, kAll, kIni };
-
-std::vector<std::wstring> ExpectedLines(const ScanGroup& group, Level level) {
-    const tagType& type = kTypes[static_cast<int>(group.type)];
-    const bool realTime = group.type == ScanType::RT;
-    const wchar_t* const whos[] = {kUid, group.kind == ScanGroupKind::Main ? L"All" : L"all", L"ini"};
-    if (group.kind == ScanGroupKind::Main) {
-        const bool both = level == kIni || (level == kAll && realTime);
-        return {FormatWide(L"set %s:[%s][%08x][fffefffd]%s[t1][t2]%s[t4]", type.tag, whos[level], type.value,
-                           type.numbers, both ? L"[t3]" : L"")};
-    }
-    if (group.kind == ScanGroupKind::Exclusion) {
-        const std::wstring tail = level == kIni && realTime ? L"" : FormatWide(L"[%u][9]", type.exclusionBit);
-        return {FormatWide(L"set %sex :[%s][00010000][00010000][t1][t2][t3]%s", type.tag, whos[level], tail.c_str())};
-    }
-    const std::wstring suffixes[] = {std::wstring(L"][") + kUid, L"All", L"Ini"};
-    std::vector<std::wstring> lines{FormatWide(L"[cmdhm_SetSpy%sCfg%s][%08x][%08x]", type.name, suffixes[level].c_str(),
-                                               type.spywareValue, type.spywareMask)};
-    if (!realTime) {
-        lines.push_back(FormatWide(L"[cmdhm_SetSpy%sCfg][Exclusion - file extension list:t1]", type.name));
-    }
-    return lines;
-}
-
-// Of the lines that the setters write; the transport's own are left out.
-std::vector<std::wstring> SetterLines() {
-    std::vector<std::wstring> lines;
-    for (const tagCapturedLine& line : TakeCapturedLog()) {
-        if (line.level == 8 && line.text.find(L"enable[") == line.text.npos) {
-            lines.push_back(line.text);
-        }
-    }
-    return lines;
-}
-
+// Numbers 1, 2, ..., choices 2, texts t1, t2, ...; of the switches only the group's own is on.
 TEST(ScanCfgUpdate, EachLevelHasItsRequestsAndItsLogLine) {
-    const CScanIni ini(L"[x]\n");
-    for (const ScanGroup& group : kScanGroups) {
-        SCOPED_TRACE(group.name.data());
-        const std::wstring fields = CountingFields(group);
-        for (const bool all : {false, true}) {
-            const CFakeDbService db;
-            TakeCapturedLog();
-            // With a uid the other level is not written, whatever its flag says.
-            EXPECT_TRUE(Set(group, fields, all ? L"" : kUid, true, false));
-            const tagType& type = kTypes[static_cast<int>(group.type)];
-            const bool exclusion = group.kind == ScanGroupKind::Exclusion;
-            const uint32_t bit = exclusion ? type.exclusionBit : type.bit;
-            EXPECT_EQ(RequestLines(db, exclusion ? 3 : 2).back(),
-                      all ? FormatWide(L"DB_SET_ALL_CONF_FLG|%u|0", bit)
-                          : FormatWide(L"DB_SET_CONF_FLAG|%s|%u|0|0", kUid, bit));
-            EXPECT_EQ(SetterLines(), ExpectedLines(group, all ? kAll : kOne));
+    const wchar_t* const kMain = L"1 0 0 0 0 0 0 1 0 2 0 3 0 0 0 t1 0 0 t2 t3 0 0 t4 0 2 0";
+    const wchar_t* const kRealTime = L"1 0 0 0 0 0 0 1 0 0 2 0 3 0 0 0 0 0 0 t1 0 0 t2 t3 0 0 0 t4 0 0 0 0";
+    const wchar_t* const kTimes = L"1 0 0 0 0 0 0 1 0 2 0 3 0 0 0 0 t1 0 4 5 6 7 8 9 10 11 0 t2 t3 0 t4 0 2 0";
+    const wchar_t* const kNow = L"0 0 0 0 0 1 0 2 0 3 0 0 0 t1 0 0 t2 t3 0 t4 0 2 0 1 0";
+    const wchar_t* const kLists = L"1 t1 t2 t3";
+    const wchar_t* const kSpyware = L"1 0 2 2 0 t1";
+    const wchar_t* const kSpywareAlert = L"1 0 2 2 0 0 t1";
+    using enum Level;
+    const struct {
+        ScanType type;
+        ScanGroupKind kind;
+        const wchar_t* fields;
+        Level level;
+        const wchar_t* line;
+    } rows[] = {
+        {MS, Main, kMain, One, L"set ms:[u][00040001][fffefffd][1][2][3][t1][t2][t4]"},
+        {MS, Main, kMain, All, L"set ms:[All][00040001][fffefffd][1][2][3][t1][t2][t4]"},
+        {MS, Main, kMain, Ini, L"set ms:[ini][00040001][fffefffd][1][2][3][t1][t2][t3][t4]"},
+        {RT, Main, kRealTime, One, L"set rt:[u][00000001][fffefffd][1][2][3][t1][t2][t4]"},
+        {RT, Main, kRealTime, All, L"set rt:[All][00000001][fffefffd][1][2][3][t1][t2][t3][t4]"},
+        {PS, Main, kTimes, One, L"set ps:[u][00040001][fffefffd][1][2][3][4][5][6][7][8][9][10][11][2][t1][t2][t4]"},
+        {SN, Main, kNow, One, L"set sn:[u][00040001][fffefffd][1][2][3][t1][t2][t4]"},
+        {MS, Exclusion, kLists, One, L"set msex :[u][00010000][00010000][t1][t2][t3][256][9]"},
+        {MS, Exclusion, kLists, All, L"set msex :[all][00010000][00010000][t1][t2][t3][256][9]"},
+        {MS, Exclusion, kLists, Ini, L"set msex :[ini][00010000][00010000][t1][t2][t3][256][9]"},
+        {RT, Exclusion, kLists, One, L"set rtex :[u][00010000][00010000][t1][t2][t3][16384][9]"},
+        {RT, Exclusion, kLists, Ini, L"set rtex :[ini][00010000][00010000][t1][t2][t3]"},
+        {PS, Exclusion, kLists, One, L"set psex :[u][00010000][00010000][t1][t2][t3][32768][9]"},
+        {SN, Exclusion, kLists, One, L"set snex :[u][00010000][00010000][t1][t2][t3][65536][9]"},
+        {MS, Spyware, kSpyware, One, L"[cmdhm_SetSpyMSCfg][u][00020201][01030301]"},
+        {MS, Spyware, kSpyware, All, L"[cmdhm_SetSpyMSCfgAll][00020201][01030301]"},
+        {MS, Spyware, kSpyware, Ini, L"[cmdhm_SetSpyMSCfgIni][00020201][01030301]"},
+        {RT, Spyware, L"1 0 2 0", One, L"[cmdhm_SetSpyRTCfg][u][00000005][0004000d]"},
+        {PS, Spyware, kSpywareAlert, One, L"[cmdhm_SetSpyPSCfg][u][00020201][01070301]"},
+        {SN, Spyware, kSpywareAlert, One, L"[cmdhm_SetSpySNCfg][u][00020201][01070301]"},
+    };
+    const CBoundIni ini(L"[x]\n");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << std::wstring(row.line));
+        const ScanGroup& group = wrb::FindScanGroup(row.type, row.kind);
+        std::wstring fields = row.fields;
+        std::ranges::replace(fields, L' ', L'\t');
+        std::vector<std::wstring> lines{row.line};
+        if (row.kind == Spyware && row.type != RT) {
+            lines.push_back(FormatWide(L"[cmdhm_Set%s][Exclusion - file extension list:t1]", group.name.data()));
         }
-        EXPECT_TRUE(Set(group, fields, nullptr, false, true));
-        EXPECT_EQ(SetterLines(), ExpectedLines(group, kIni));
+        const CFakeDbService db;
+        TakeOwnLines();
+        // With a uid the other level is not written, whatever its flag says.
+        EXPECT_TRUE(Set(group, fields, row.level == One ? L"u" : L"", row.level != Ini, row.level == Ini));
+        EXPECT_EQ(TakeOwnLines(), lines);
+        if (row.level != Ini) {
+            EXPECT_EQ(RequestLines(db, row.kind == Exclusion ? 3 : 2).back(),
+                      FormatWide(row.level == One ? L"DB_SET_CONF_FLAG|u|%u|0|0" : L"DB_SET_ALL_CONF_FLG|%u|0",
+                                 group.configFlag));
+        }
         EXPECT_FALSE(Set(group, fields, nullptr, false, false)) << "no level";
     }
 }
@@ -163,7 +132,7 @@ TEST(ScanCfgUpdate, WhatAFieldCountsAs) {
 }
 
 TEST(ScanCfgUpdate, TheIniHoldsWhatWasSet) {
-    const CScanIni ini(L"[Real Time Scan Configuration]\nEnable=1\n");
+    const CBoundIni ini(L"[Real Time Scan Configuration]\nEnable=1\n");
     const wrb::test::CFakePipeService agent(L"QMAgentServerNamePipe");
     for (const bool variant : {true, false}) {
         for (const ScanGroup& group : kScanGroups) {
@@ -192,9 +161,9 @@ TEST(ScanCfgUpdate, TheIniHoldsWhatWasSet) {
 }
 
 TEST(ScanCfgUpdate, ALevelThatFails) {
-    const ScanGroup& realTime = wrb::FindScanGroup(ScanType::RT, ScanGroupKind::Main);
-    const ScanGroup& exclusion = wrb::FindScanGroup(ScanType::RT, ScanGroupKind::Exclusion);
-    const CScanIni ini(L"[x]\n");
+    const ScanGroup& realTime = wrb::FindScanGroup(RT, Main);
+    const ScanGroup& exclusion = wrb::FindScanGroup(RT, Exclusion);
+    const CBoundIni ini(L"[x]\n");
     TakeCapturedLog();
     EXPECT_TRUE(Set(realTime, L"1", L"", false, true)) << "without the central-management agent";
     EXPECT_EQ(TakeCapturedLog().back().text, L"[cmdhm_SetRTCfgIni] failed to send RTS status change event to QM agent");
