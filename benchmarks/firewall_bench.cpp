@@ -154,7 +154,8 @@ const std::filesystem::path& Package() {
 
 bool UploadOnce() {
     const std::filesystem::path copy = TempPath(L"wrb_bench_package_copy");
-    std::filesystem::copy_file(Package(), copy, std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::remove(copy);  // of a run that was cut off
+    std::filesystem::copy_file(Package(), copy);
     const std::wstring message = std::wstring(L"CMDHL_PFW_SET_LOG\t") + kSinkPipe + L"\t" + kSampleUid + L"\t" +
                                  copy.wstring() + L"\t" + TempPath(L"wrb_bench_dir").wstring() + L"\t1";
     return cmdhl_Process(message.data(), message.size() * sizeof(wchar_t)) == 1;
