@@ -13,10 +13,10 @@
 
 #include "CapturedLog.h"
 #include "CheckPFWLogVersion.h"
-#include "Handle.h"
 #include "INICache.h"
 #include "PfwLogSample.h"
 #include "TempFolder.h"
+#include "Text.h"
 
 namespace {
 
@@ -26,28 +26,17 @@ using V0 = SWRB_PFW_LOG_ITEM_V0;
 using V1 = SWRB_PFW_LOG_ITEM;
 
 // What each service got, as one text a record; the answer of each.
-std::vector<std::wstring> g_agent;
-std::vector<std::wstring> g_pool;
-int g_agentResult = 1;
-int g_poolResult = 1;
+enum { kAgent, kPool };
+std::vector<std::wstring> g_sent[2];
+int g_results[2];
 
-std::wstring TextOf(const tagFirewallLogEntry& entry) {
-    std::wstring text = std::wstring(entry.uid) + L"|" + entry.date + L"|" + entry.time + L"|" + entry.localHost +
-                        L"|" + entry.remoteHost;
-    for (const uint16_t number :
-         {entry.protocol, entry.type, entry.subType, entry.port, entry.direction, entry.logType}) {
-        text += L"|" + std::to_wstring(number);
-    }
-    return text + L"|" + entry.processPath + L"|" + entry.processInfo;
-}
-
-int ToAgent(const tagFirewallLogEntry& entry) noexcept {
-    g_agent.push_back(TextOf(entry));
-    return g_agentResult;
-}
-int ToPool(const tagFirewallLogEntry& entry) noexcept {
-    g_pool.push_back(TextOf(entry));
-    return g_poolResult;
+template <int service>
+int Take(const tagFirewallLogEntry& entry) noexcept {
+    g_sent[service].push_back(wrb::FormatWide(L"%s|%s|%s|%s|%s|%d|%d|%d|%d|%d|%d|%s|%s", entry.uid, entry.date,
+                                              entry.time, entry.localHost, entry.remoteHost, entry.protocol, entry.type,
+                                              entry.subType, entry.port, entry.direction, entry.logType,
+                                              entry.processPath, entry.processInfo));
+    return g_results[service];
 }
 
 std::wstring LocalTime(uint32_t seconds) {
@@ -62,9 +51,8 @@ std::wstring LocalTime(uint32_t seconds) {
 class CfwLogFile : public testing::Test {
   protected:
     void SetUp() override {
-        g_agent.clear();
-        g_pool.clear();
-        g_agentResult = g_poolResult = 1;
+        std::fill_n(g_sent, 2, std::vector<std::wstring>());
+        std::fill_n(g_results, 2, 1);
         wrb::test::WriteAll(m_folder / L"server.ini", "[INI_SERVER_SECTION]\r\n");
         ServerIniCache().init((m_folder / L"server.ini").c_str(), 3600);
         TakeCapturedLog();
@@ -72,7 +60,7 @@ class CfwLogFile : public testing::Test {
 
     int32_t Forward(const std::string& bytes) {
         wrb::test::WriteAll(m_folder / L"fw.log", bytes);
-        return wrb::ForwardCfwLogFile(L"uid", (m_folder / L"fw.log").c_str(), {ToAgent, ToPool});
+        return wrb::ForwardCfwLogFile(L"uid", (m_folder / L"fw.log").c_str(), {Take<kAgent>, Take<kPool>});
     }
 
     static bool HasLogged(uint32_t level, const std::wstring& text) {
@@ -90,8 +78,8 @@ TEST_F(CfwLogFile, BothVersionsCarryTheSame) {
     const std::wstring tail = L"|6|65535|9|443|1|0|C:\\Program Files\\a.exe|Gr\u00FC\u00DFe";
     const std::vector<std::wstring> expected = {head + L"255.1.20.0" + tail, head + L"255.1.20.0" + tail,
                                                 head + L"fe80::1" + tail};
-    EXPECT_EQ(g_agent, expected);
-    EXPECT_EQ(g_pool, expected);
+    EXPECT_EQ(g_sent[kAgent], expected);
+    EXPECT_EQ(g_sent[kPool], expected);
 }
 
 TEST_F(CfwLogFile, TimesAreUnsignedAndLocal) {
@@ -103,9 +91,9 @@ TEST_F(CfwLogFile, TimesAreUnsignedAndLocal) {
         bytes += BytesOf(item);
     }
     Forward(bytes);
-    ASSERT_EQ(g_pool.size(), std::size(times));
-    for (std::size_t i = 0; i < g_pool.size(); ++i) {
-        EXPECT_EQ(g_pool[i].substr(4, 15), LocalTime(times[i]));
+    ASSERT_EQ(g_sent[kPool].size(), std::size(times));
+    for (std::size_t i = 0; i < g_sent[kPool].size(); ++i) {
+        EXPECT_EQ(g_sent[kPool][i].substr(4, 15), LocalTime(times[i]));
     }
 }
 
@@ -114,17 +102,17 @@ TEST_F(CfwLogFile, SomePathsAreHidden) {
         const char* path;
         uint8_t direction;
         int showAll;
-        bool isShown;
-    } cases[] = {{"Idle", 1, 1, false}, {"idle", 1, 0, true}, {"Idle2", 1, 0, true}, {"x", 2, 0, false},
-                 {"x", 2, 1, true},     {"x", 3, 0, true},    {"Idle", 2, 1, false}};
+        const wchar_t* shown;
+    } cases[] = {{"Idle", 1, 1, L""}, {"idle", 1, 0, L"idle"}, {"Idle2", 1, 0, L"Idle2"}, {"x", 2, 0, L""},
+                 {"x", 2, 1, L"x"},   {"x", 3, 0, L"x"},       {"Idle", 2, 1, L""}};
     for (const auto& row : cases) {
         ServerIniCache().writeINIInt(L"INI_SERVER_SECTION", L"CFWShowAllPV", row.showAll);
         V0 item = SampleRecord<V0>();
         std::strcpy(item.szPVName, row.path);
         item.byDirection = row.direction;
         Forward(BytesOf(item));
-        const std::wstring shown = row.isShown ? std::wstring(row.path, row.path + std::strlen(row.path)) : L"";
-        EXPECT_TRUE(g_agent.back().ends_with(L"|0|" + shown + L"|Gr\u00FC\u00DFe")) << row.path << +row.direction;
+        EXPECT_TRUE(g_sent[kAgent].back().ends_with(std::wstring(L"|0|") + row.shown + L"|Gr\u00FC\u00DFe"))
+            << row.path << +row.direction;
     }
 }
 
@@ -135,8 +123,8 @@ TEST_F(CfwLogFile, TextsWithoutAnEndLoseTheirLastCharacter) {
     std::fill(std::begin(item.szRemoteHost), std::end(item.szRemoteHost), '\xE4');
     std::fill(std::begin(item.wszPVInfo), std::end(item.wszPVInfo), L'\xFFFF');
     EXPECT_EQ(Forward(BytesOf(item)), 1);
-    EXPECT_TRUE(g_pool[0].ends_with(std::wstring(259, L'p') + L"|" + std::wstring(127, L'\xFFFF')));
-    EXPECT_NE(g_pool[0].find(L"|" + std::wstring(64, L'1') + L"|"), std::wstring::npos);
+    EXPECT_TRUE(g_sent[kPool][0].ends_with(std::wstring(259, L'p') + L"|" + std::wstring(127, L'\xFFFF')));
+    EXPECT_NE(g_sent[kPool][0].find(L"|" + std::wstring(64, L'1') + L"|"), std::wstring::npos);
 }
 
 // Version 1, cut everywhere: a record counts once its rear marker is there, and never borrows that of the one before.
@@ -146,31 +134,27 @@ TEST_F(CfwLogFile, ACutRecordIsNotMadeUp) {
         if (length % sizeof(V0) == 0) {
             continue;  // another version by its size
         }
-        g_pool.clear();
+        g_sent[kPool].clear();
         const std::size_t rest = length % sizeof(V1);
         const bool isComplete = rest > offsetof(V1, byRear);
         EXPECT_EQ(Forward(whole.substr(0, length)), rest == 0 || isComplete ? 1 : -2) << length;
-        EXPECT_EQ(g_pool.size(), length / sizeof(V1) + (isComplete ? 1 : 0)) << length;
+        EXPECT_EQ(g_sent[kPool].size(), length / sizeof(V1) + (isComplete ? 1 : 0)) << length;
     }
-}
-
-template <typename Item>
-std::string AllMarkers(uint8_t Item::*marker) {
-    std::string bytes;
-    for (int value = 0; value < 256; ++value) {
-        Item item = SampleRecord<Item>();
-        item.*marker = static_cast<uint8_t>(value);
-        bytes += BytesOf(item);
-    }
-    return bytes;
 }
 
 TEST_F(CfwLogFile, OnlyTheRightMarkersPass) {
-    for (const std::string& bytes :
-         {AllMarkers(&V0::byHead), AllMarkers(&V0::byRear), AllMarkers(&V1::byHead), AllMarkers(&V1::byRear)}) {
-        g_pool.clear();
+    const std::string v0 = BytesOf(SampleRecord<V0>());
+    const std::string v1 = BytesOf(SampleRecord<V1>());
+    for (const auto& [record, marker] : {std::pair(v0, offsetof(V0, byHead)), std::pair(v0, offsetof(V0, byRear)),
+                                         std::pair(v1, offsetof(V1, byHead)), std::pair(v1, offsetof(V1, byRear))}) {
+        std::string bytes;
+        for (int value = 0; value < 256; ++value) {
+            bytes += record;
+            bytes[bytes.size() - record.size() + marker] = static_cast<char>(value);
+        }
+        g_sent[kPool].clear();
         EXPECT_EQ(Forward(bytes), -2);
-        EXPECT_EQ(g_pool.size(), 1u);
+        EXPECT_EQ(g_sent[kPool].size(), 1u);
         EXPECT_TRUE(
             HasLogged('E', L"processCFWLogFile - Server\\MasterService\\CmdHndlr\\libCmdHndlrClient\\cmdhl_Others"));
     }
@@ -197,11 +181,11 @@ TEST_F(CfwLogFile, TheSizeTellsTheVersionAndWhereItCannotTheMarkersDo) {
                  {both, kBoth, L"0", 1, -2},
                  {"", kBoth, L"-1", 0, 1}};
     for (const auto& row : cases) {
-        g_pool.clear();
+        g_sent[kPool].clear();
         std::string bytes = row.start;
         bytes.resize(row.size, '\0');
         EXPECT_EQ(Forward(bytes), row.result) << row.size << row.version;
-        EXPECT_EQ(g_pool.size(), row.forwarded) << row.size << row.version;
+        EXPECT_EQ(g_sent[kPool].size(), row.forwarded) << row.size << row.version;
         EXPECT_TRUE(HasLogged('D', std::wstring(L"processCFWLogFile:final log version(") + row.version + L")"));
     }
     Forward(std::string(kBoth, '\0'));
@@ -212,36 +196,24 @@ TEST_F(CfwLogFile, TheSizeTellsTheVersionAndWhereItCannotTheMarkersDo) {
 
 TEST_F(CfwLogFile, AServiceThatTakesNothingStopsNothing) {
     const std::string two = BytesOf(SampleRecord<V1>()) + BytesOf(SampleRecord<V1>());
-    g_agentResult = 0;
+    g_results[kAgent] = 0;
     EXPECT_EQ(Forward(two), 1);
     EXPECT_TRUE(HasLogged(8, L"qmaSendFirewallLog: send agent log failed(uid)"));
-    g_poolResult = 0;
+    g_results[kPool] = 0;
     EXPECT_EQ(Forward(two), -2);
     EXPECT_TRUE(HasLogged(8, L"processCFWLogFile:uid=uid fail"));
-    EXPECT_EQ(g_agent.size(), 4u);
-    EXPECT_EQ(g_pool.size(), 4u);
+    EXPECT_EQ(g_sent[kAgent].size(), 4u);
+    EXPECT_EQ(g_sent[kPool].size(), 4u);
 }
 
 TEST_F(CfwLogFile, AMissingFileIsOnlyLogged) {
     const std::wstring name = (m_folder / L"none").wstring();
     EXPECT_EQ(processCFWLogFile(L"uid", name.c_str()), 1);
+    EXPECT_EQ(CheckPFWLogVersion(INVALID_HANDLE_VALUE), -1);
     EXPECT_EQ(TakeCapturedLog(),
               (std::vector<tagCapturedLine>{{8, L"processCFWLogFile: FileName=" + name},
-                                            {5, L"processCFWLogFile:Fail open file err=2, '" + name + L"'"}}));
-}
-
-TEST_F(CfwLogFile, TheVersionCheckGoesBackToTheStart) {
-    for (const auto& [bytes, version] : {std::pair{BytesOf(SampleRecord<V0>()), 0},
-                                         std::pair{BytesOf(SampleRecord<V1>()), 1}, std::pair{std::string("x"), -1}}) {
-        wrb::test::WriteAll(m_folder / L"fw.log", bytes);
-        const wrb::CFileHandle file(CreateFileW((m_folder / L"fw.log").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
-                                                FILE_ATTRIBUTE_NORMAL, nullptr));
-        EXPECT_EQ(CheckPFWLogVersion(file.Get()), version);
-        EXPECT_EQ(SetFilePointer(file.Get(), 0, nullptr, FILE_CURRENT), 0u);
-    }
-    TakeCapturedLog();
-    EXPECT_EQ(CheckPFWLogVersion(INVALID_HANDLE_VALUE), -1);
-    EXPECT_EQ(TakeCapturedLog(), (std::vector<tagCapturedLine>{{8, L"CheckPFWLogVersion: bRetVer=(-1)"}}));
+                                            {5, L"processCFWLogFile:Fail open file err=2, '" + name + L"'"},
+                                            {8, L"CheckPFWLogVersion: bRetVer=(-1)"}}));
 }
 
 }  // namespace

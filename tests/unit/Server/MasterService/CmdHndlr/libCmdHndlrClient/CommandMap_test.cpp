@@ -2,11 +2,9 @@
 #include "CommandMap.h"
 
 #include <gtest/gtest.h>
-#include <windows.h>
-
-#include <cstring>
 
 #include "CmdProtocol.h"
+#include "GuardedBytes.h"
 
 namespace {
 
@@ -22,7 +20,9 @@ void Second(CCmdProtocol&) {
     g_called += L"second";
 }
 
-wrb::CommandMap TestMap() {
+// Dispatches a copy of the text that ends where readable memory ends. Returns what was called, and checks that the
+// result tells whether something was.
+std::wstring Dispatch(const std::wstring& text, std::size_t readable, uint64_t bytes) {
     constexpr wrb::tagCommandRow kRows[] = {{L"CMDHL_ONE", First},
                                             {L"CMDHL_ONE", Second},
                                             {L"CMDHL_N", nullptr},
@@ -30,48 +30,37 @@ wrb::CommandMap TestMap() {
                                             {L"CMDHL_X", Second}};
     wrb::CommandMap map;
     wrb::AddCommands(map, kRows);
-    wrb::AddCommands(map, kRows);  // a second start adds nothing
-    return map;
-}
-
-// Dispatches a copy of the text that ends where readable memory ends, so that a read past the message stops the test.
-// Returns what was called, and checks that the result tells whether something was.
-std::wstring Dispatch(const std::wstring& text, std::size_t readable, uint64_t bytes) {
-    constexpr std::size_t kPage = 4096;
-    char* const base = static_cast<char*>(VirtualAlloc(nullptr, 2 * kPage, MEM_RESERVE, PAGE_NOACCESS));
-    VirtualAlloc(base, kPage, MEM_COMMIT, PAGE_READWRITE);
-    char* const start = base + kPage - (readable + readable % 2);  // characters begin at even addresses
-    std::memcpy(start, text.data(), readable);
+    wrb::AddCommands(map, kRows);                                                  // a second start adds nothing
+    const wrb::test::CGuardedBytes message(text.data(), readable + readable % 2);  // characters have even addresses
     g_called.clear();
-    const unsigned result = wrb::DispatchCommand(TestMap(), reinterpret_cast<const wchar_t*>(start), bytes);
-    VirtualFree(base, 0, MEM_RELEASE);
+    const unsigned result = wrb::DispatchCommand(map, reinterpret_cast<const wchar_t*>(message.Start()), bytes);
     EXPECT_EQ(result, g_called.empty() ? 0u : 1u);
     return g_called;
 }
 
-TEST(CommandMap, MessagesByTheirSize) {
-    const std::wstring one = L"CMDHL_ONE";
-    const std::wstring text = L"CMDHL_ONE\tfield";
+TEST(CommandMap, MessagesByTheirSizeAndNamesToTheLetter) {
     const struct {
         std::wstring text;
         uint64_t bytes;
         const wchar_t* called;
     } kCases[] = {
-        {one, 18, L"first:"},
-        {one + L"\tpipe\trest", 38, L"first:pipe"},
-        {one + L"Z", 19, L"first:"},   // an odd last byte is dropped
-        {L"CMDHL_XY", 15, L"second"},  // the least size: seven characters
-        {L"CMDHL_X", 14, L""},         // refused whatever it says
-        {one, 0, L""},
+        {L"CMDHL_ONE", 18, L"first:"},
+        {L"CMDHL_ONE\tpipe\trest", 38, L"first:pipe"},
+        {L"CMDHL_ONEZ", 19, L"first:"},  // an odd last byte is dropped
+        {L"CMDHL_XY", 15, L"second"},    // the least size: seven characters
+        {L"CMDHL_X", 14, L""},           // refused whatever it says
+        {L"CMDHL_ONE", 0, L""},
         {L"cmdhl_ONE", 18, L""},
-        {one + L" ", 20, L""},
+        {L"CMDHL_ONE ", 20, L""},
         {L"CMDHL_\tONE", 20, L""},
         {L"CMDHL_N\tx", 18, L""},                        // known, not built; its second row changes nothing
         {std::wstring(L"CMDHL_ONE\0\tx", 12), 24, L""},  // a NUL belongs to the name
-        {text, 0xFFFFFFFF, L"first:field"},
-        {text, 0xABCDFFFFFFFF, L"first:field"},
-        {text, 0x100000012, L"first:"},  // the low half counts: 18 bytes
-        {text, 0x80000000, L""},
+        {L"CMDHL_ONE\tfield", 0xFFFFFFFF, L"first:field"},
+        {L"CMDHL_ONE\tfield", 0xABCDFFFFFFFF, L"first:field"},
+        {L"CMDHL_ONE\tfield", 0x100000012, L"first:"},  // the low half counts: 18 bytes
+        {L"CMDHL_ONE\tfield", 0x100000000, L""},
+        {L"CMDHL_ONE\tfield", 0x80000000, L""},
+        {L"CMDHL_ONE\tfield", 0xFFFFFFFE, L""},
         {L"CMD", 0xFFFFFFFF, L""},
     };
     for (const auto& row : kCases) {
@@ -79,10 +68,6 @@ TEST(CommandMap, MessagesByTheirSize) {
         const auto readable = row.bytes < 100 ? row.bytes : (row.text.size() + 1) * sizeof(wchar_t);
         EXPECT_EQ(Dispatch(row.text, readable, row.bytes), row.called) << row.bytes;
     }
-    EXPECT_EQ(wrb::DispatchCommand(TestMap(), nullptr, 18), 0u);
-}
-
-TEST(CommandMap, DamagedNamesAreRefused) {
     for (std::size_t i = 0; i < 9; ++i) {
         for (const wchar_t other : {L'\0', L'\t', L'\xD800', L'\xFFFF', L'x'}) {
             std::wstring text = L"CMDHL_ONE\tp";
@@ -90,6 +75,7 @@ TEST(CommandMap, DamagedNamesAreRefused) {
             EXPECT_EQ(Dispatch(text, 22, 22), L"") << i;
         }
     }
+    EXPECT_EQ(wrb::DispatchCommand({}, nullptr, 18), 0u);
 }
 
 }  // namespace

@@ -11,55 +11,43 @@
 
 namespace {
 
-constexpr int64_t kStart = 1'700'000'000;
-
 struct tagStage {
-    tagStage() { Set("E=1"); }
-
-    // "N=2 X=3": settings by their initials, see kKeys. They hold at once.
-    void Set(const std::string& settings) {
-        static const std::map<char, std::pair<bool, std::string>> kKeys = {
-            {'E', {true, "Global Setting/EnablePFWLogUploadingTicket"}},
-            {'S', {true, "INI_SERVER_SECTION/Command_Handler_Static_Thread_Number"}},
-            {'M', {true, "INI_SERVER_SECTION/Command_Handler_Maxium_Thread_Number"}},
-            {'N', {false, "LOG_TICKET_SECTION/NumberOfConcurrentLogUploadingClient"}},
-            {'X', {false, "LOG_TICKET_SECTION/NumberOfMaxConcurrentLogUploadingClient"}},
-            {'R', {false, "LOG_TICKET_SECTION/NumberOfMaxProcessingLogInSec"}},
-            {'W', {false, "LOG_TICKET_SECTION/MaxWaitTime"}},
-            {'U', {false, "LOG_TICKET_SECTION/MaxUploadTime"}},
-            {'C', {false, "LOG_TICKET_SECTION/MinClearListFrequencyInSec"}}};
-        std::istringstream words(settings);
-        for (std::string word; words >> word;) {
-            const auto& [isScanIni, key] = kKeys.at(word[0]);
-            (isScanIni ? scanProfile : serverProfile).values[key] = word.substr(2);
-        }
-        scanIni.clear();
-        serverIni.clear();
-    }
-
-    // "a:0 +61 b:3 -b:1": the client asks and is told so many seconds; time passes; the client is released, with that
-    // result; "U=60" changes a setting.
+    // "N=2 a:0 +61 b:3 -b:1": a setting by its initial, which holds at once; the client a asks and is told so many
+    // seconds; time passes; the client is released, with that result.
     void Play(const std::string& script) {
         std::istringstream words(script);
         for (std::string word; words >> word;) {
             if (word[0] == '+') {
                 clock.AdvanceSeconds(std::stoll(word));
-                continue;
+            } else if (word[1] == '=') {
+                Set(word[0], word.substr(2));
+            } else {
+                const bool isRelease = word[0] == '-';
+                const std::wstring uid(1, static_cast<wchar_t>(word[isRelease]));
+                const int32_t result = isRelease ? int32_t{ticket.Release(uid)} : ticket.Request(uid);
+                EXPECT_EQ(result, std::stoi(word.substr(isRelease + 2))) << word << " of " << script;
             }
-            if (word[1] == '=') {
-                Set(word);
-                continue;
-            }
-            const bool isRelease = word[0] == '-';
-            const std::size_t colon = word.find(':');
-            const std::string name = word.substr(isRelease ? 1 : 0, isRelease ? colon - 1 : colon);
-            const std::wstring uid(name.begin(), name.end());
-            const int32_t result = isRelease ? static_cast<int32_t>(ticket.Release(uid)) : ticket.Request(uid);
-            EXPECT_EQ(result, std::stoi(word.substr(colon + 1))) << word << " of " << script;
         }
     }
 
-    CManualClock clock{0, kStart};
+    void Set(char initial, const std::string& value) {
+        static const std::map<char, std::string> kKeys = {
+            {'E', "Global Setting/EnablePFWLogUploadingTicket"},
+            {'S', "INI_SERVER_SECTION/Command_Handler_Static_Thread_Number"},
+            {'M', "INI_SERVER_SECTION/Command_Handler_Maxium_Thread_Number"},
+            {'N', "LOG_TICKET_SECTION/NumberOfConcurrentLogUploadingClient"},
+            {'X', "LOG_TICKET_SECTION/NumberOfMaxConcurrentLogUploadingClient"},
+            {'R', "LOG_TICKET_SECTION/NumberOfMaxProcessingLogInSec"},
+            {'W', "LOG_TICKET_SECTION/MaxWaitTime"},
+            {'U', "LOG_TICKET_SECTION/MaxUploadTime"},
+            {'C', "LOG_TICKET_SECTION/MinClearListFrequencyInSec"}};
+        const bool isScanIni = initial == 'E' || initial == 'S' || initial == 'M';
+        (isScanIni ? scanProfile : serverProfile).values[kKeys.at(initial)] = value;
+        scanIni.clear();
+        serverIni.clear();
+    }
+
+    CManualClock clock{0, 1'700'000'000};
     CFakeProfile scanProfile;
     CFakeProfile serverProfile;
     CINICache scanIni{clock, scanProfile};
@@ -68,59 +56,53 @@ struct tagStage {
 };
 
 TEST(LogTicket, Decides) {
-    const struct {
-        const char* settings;
-        const char* script;
-    } cases[] = {{"E=0", "a:0 a:0 a:0 -a:1"},
-                 {"E=-1 N=0 X=0", "a:0"},
-                 {"E=2 N=0 X=0", "a:0"},
-                 {"N=1 X=1", "a:0 b:1 c:1 -a:0 c:0 -c:0 -b:1 -b:0"},
-                 {"N=1 X=3", "a:0 b:0 c:0 d:1"},               // two ahead of their time
-                 {"N=0 X=9 R=1 W=99", "a:0 b:0 a:1 b:2 b:0"},  // who asks twice loses the place, never gets two
-                 {"S=1 M=2", "a:0 b:0 c:1"},                   // the thread numbers are the defaults
-                 {"M=1 N=9 X=9", "a:0 b:1"},
-                 {"N=-1", "a:0 b:0"},                 // ... and the ceiling
-                 {"S=1 M=2", "a:0 S=9 M=9 b:0 c:1"},  // read once
-                 {"N=0 X=0 R=0", "0:1 1:1 2:1 3:1 4:2 5:2 6:2 7:2 8:3 9:3 x:3"},
-                 {"N=0 X=0 R=1 W=2", "a:1 b:2 c:2"},
-                 {"N=0 X=0 W=0", "a:0 b:0"},
-                 {"N=0 X=0 R=1", "a:1 b:2 a:3 b:3"},  // the own place in the queue counts for nothing
-                 {"N=1 X=1", "a:0 +60 b:1 +1 b:0"},   // cleaned when more than 60 seconds have passed
-                 {"N=1 X=1 C=5", "a:0 +59 b:1 +6 b:0"},
-                 {"N=1 X=1 U=3 C=0", "a:0 +2 b:1 +1 b:0"},
-                 {"N=1 X=1 U=600 C=0", "a:0 +1 U=60 b:0"},                // longer than a slot can be
-                 {"N=0 X=0 R=1", "a:1 b:2 +61 c:2 d:3"},                  // a is 60 seconds late and dropped, b is not
-                 {"N=0 X=0 R=1 C=0", "a:1 b:2 c:3 +1 W=1 d:1 W=9 e:4"}};  // c lies too far ahead
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.settings);
-        tagStage stage;
-        stage.Set(row.settings);
-        stage.Play(row.script);
+    for (const std::string script :
+         {"E=0 a:0 a:0 a:0 -a:1",
+          "E=-1 N=0 X=0 a:0",
+          "E=2 N=0 X=0 a:0",
+          "N=1 X=1 a:0 b:1 c:1 -a:0 c:0 -c:0 -b:1 -b:0",
+          "N=1 X=3 a:0 b:0 c:0 d:1",               // two ahead of their time
+          "N=0 X=9 R=1 W=99 a:0 b:0 a:1 b:2 b:0",  // who asks twice loses the place, never gets two
+          "S=1 M=2 a:0 b:0 c:1",                   // the thread numbers are the defaults
+          "M=1 N=9 X=9 a:0 b:1",
+          "N=-1 a:0 b:0",                 // ... and the ceiling
+          "S=1 M=2 a:0 S=9 M=9 b:0 c:1",  // read once
+          "N=0 X=0 R=0 0:1 1:1 2:1 3:1 4:2 5:2 6:2 7:2 8:3 9:3 x:3",
+          "N=0 X=0 R=1 W=2 a:1 b:2 c:2",
+          "N=0 X=0 W=0 a:0 b:0",
+          "N=0 X=0 R=1 a:1 b:2 a:3 b:3",  // the own place in the queue counts for nothing
+          "N=1 X=1 a:0 +60 b:1 +1 b:0",   // cleaned when more than 60 seconds have passed
+          "N=1 X=1 C=5 a:0 +59 b:1 +6 b:0",
+          "N=1 X=1 U=3 C=0 a:0 +2 b:1 +1 b:0",
+          "N=1 X=1 U=600 C=0 a:0 +1 U=60 b:0",                  // longer than a slot can be
+          "N=0 X=0 R=1 a:1 b:2 +61 c:2 d:3",                    // a is 60 seconds late and dropped, b is not
+          "N=0 X=0 R=1 C=0 a:1 b:2 c:3 +1 W=1 d:1 W=9 e:4"}) {  // c lies too far ahead
+        tagStage().Play("E=1 " + script);
     }
 }
 
 TEST(LogTicket, EightThousandWaitingClientsMeetTheCeiling) {
     tagStage stage;
-    stage.Set("N=0 X=0");
+    stage.Play("E=1 N=0 X=0");
     for (int i = 0; i < 8000; ++i) {
         EXPECT_EQ(stage.ticket.Request(std::to_wstring(i)), std::min(1800, i / 4 + 1));
     }
-    stage.Play("x:1800");
-    stage.Set("X=1");
-    stage.Play("y:1800");  // too long a wait to be admitted ahead of time
+    stage.Play("x:1800 X=1 y:1800");  // too long a wait to be admitted ahead of time
 }
 
 TEST(LogTicket, SaysWhatItDoes) {
     tagStage stage;
-    stage.Set("N=1 X=2 R=1");
+    stage.Play("E=1 N=1 X=2 R=1");
     TakeCapturedLog();
-    stage.Play("a:0 b:0 c:1 a:2 -c:1 -b:0 E=0 x:0");
+    stage.Play("a:0 b:0 a:1 -a:1 -b:0 E=0 x:0");
     const std::wstring request = L"cmdhl_RequestToUploadPFWLog - ";
-    const std::wstring release = L"cmdhl_RemoveClientFromLogUploadingList - ";
-    const std::wstring limits = request +
-                                L"[LogTicket] dwStaticThreadNum(20), dwMaxThreadNum(40), dwConcurrentUploadingNum(1), "
+    const std::wstring ticket = request + L"[LogTicket] ";
+    const std::wstring limits = ticket +
+                                L"dwStaticThreadNum(20), dwMaxThreadNum(40), dwConcurrentUploadingNum(1), "
                                 L"dwMaxConcurrentUploadingNum(2), ";
-    const std::wstring finish = release + L"[LogTicket] upload log finish. try to remove client[";
+    const std::wstring now = L", current time(1700000000) ";
+    const std::wstring release = L"cmdhl_RemoveClientFromLogUploadingList - [LogTicket] ";
+    const std::wstring finish = release + L"upload log finish. try to remove client[";
     const std::vector<tagCapturedLine> expected = {
         {'D', request + L">>"},
         {'D', L"CleanList - >>"},
@@ -128,30 +110,22 @@ TEST(LogTicket, SaysWhatItDoes) {
         {'D', L"CleanList - >>"},
         {'D', L"CleanList - [LogTicket] Remove client(0)  <<"},
         {'I', limits + L"uploadinglist(0), waitinglist(0)"},
-        {'I', request + L"[LogTicket] put the client into uploading list GUID(a), current time(1700000000) "
-                        L"timeout(1700000060)"},
+        {'I', ticket + L"put the client into uploading list GUID(a)" + now + L"timeout(1700000060)"},
         {'D', request + L"<<"},
         {'D', request + L">>"},
         {'I', limits + L"uploadinglist(1), waitinglist(0)"},
-        {'I', request + L"[LogTicket] (upload prearation) put the client into uploading list GUID(b), current "
-                        L"time(1700000000) upload timeout(1700000060)"},
+        {'I', ticket + L"(upload prearation) put the client into uploading list GUID(b)" + now +
+                  L"upload timeout(1700000060)"},
         {'D', request + L"<<"},
         {'D', request + L">>"},
-        {'I', limits + L"uploadinglist(2), waitinglist(0)"},
-        {'I', request + L"[LogTicket] put the client into waiting list GUID(c), current time(1700000000) "
-                        L"nWaitingTime(1)"},
+        {'W', ticket + L"the client is in uploading list already, remove and put it into waiting list for "
+                       L"log uploading slot occupied."},
+        {'I', ticket + L"put the client into waiting list GUID(a)" + now + L"nWaitingTime(1)"},
         {'D', request + L"<<"},
-        {'D', request + L">>"},
-        {'W', request + L"[LogTicket] the client is in uploading list already, remove and put it into waiting list for "
-                        L"log uploading slot occupied."},
-        {'I', request + L"[LogTicket] put the client into waiting list GUID(a), current time(1700000000) "
-                        L"nWaitingTime(2)"},
-        {'D', request + L"<<"},
-        {'D', finish + L"c] from log uploading list"},
-        {'D', release + L"[LogTicket] error handling. find the cleint in waiting list! remove client[c] from log "
-                        L"waiting list"},
+        {'D', finish + L"a] from log uploading list"},
+        {'D', release + L"error handling. find the cleint in waiting list! remove client[a] from log waiting list"},
         {'D', finish + L"b] from log uploading list"},
-        {'D', release + L"[LogTicket] find the cleint in uploading list! remove client[b] from log uploading list"},
+        {'D', release + L"find the cleint in uploading list! remove client[b] from log uploading list"},
         {'D', request + L">>"}};
     EXPECT_EQ(TakeCapturedLog(), expected);
 }

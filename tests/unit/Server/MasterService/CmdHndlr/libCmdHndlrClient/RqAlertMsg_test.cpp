@@ -13,9 +13,19 @@ namespace {
 using testing::ElementsAre;
 using wrb::test::WideBytes;
 
-constexpr wchar_t kCommand[] = L"CMDHL_CMDHL_GET_CLN_ALERT_MSG";
 // The mark alone. It is a whole number of base64 groups, so that what follows is the message's own encoding.
 constexpr wchar_t kMark[] = L"IAAhAEIAQQBTAEUANgA0AEUARAAhACAA";
+
+// In the order in which a section reads them.
+constexpr struct tagFile {
+    const wchar_t* name;
+    const wchar_t* type;
+    uint32_t slot;  // 0: not counted
+} kFiles[] = {{L"ALERT.MSG", L"0", 120},       {L"ALERTCFW.MSG", L"1", 121}, {L"AlertAS.MSG", L"3", 122},
+              {L"AlertWSR.MSG", L"5", 123},    {L"AlertCCCA.MSG", L"13", 0}, {L"AlertDAC.MSG", L"7", 124},
+              {L"AlertBM.MSG", L"8", 125},     {L"AlertQKA.MSG", L"14", 0},  {L"AlertDLP.MSG", L"12", 0},
+              {L"ALERTH.MSG", L"9", 0},        {L"ALERTM.MSG", L"10", 0},    {L"ALERTL.MSG", L"11", 0},
+              {L"AlertSABLEX.MSG", L"15", 126}};
 
 class RqAlertMsg : public testing::Test {
   protected:
@@ -23,48 +33,29 @@ class RqAlertMsg : public testing::Test {
     void TearDown() override { cmdhl_Finalize(); }
 
     static std::wstring AskFor(const std::wstring& type, const std::wstring& uid = L"uid-1") {
-        return Ask(kCommand, uid + L"\t" + type);
+        return Ask(L"CMDHL_CMDHL_GET_CLN_ALERT_MSG", uid + L"\t" + type);
     }
 
     wrb::test::CServerHome m_home;
     wrb::test::CFakeLogService m_log;
 };
 
-// Three characters a file are two whole groups of base64.
+// Each text has three characters more than the one before, which are eight of base64.
 TEST_F(RqAlertMsg, EveryTypeHasItsFileAndEightHaveCounters) {
-    const struct {
-        const wchar_t* file;
-        const char* text;
-        const wchar_t* encoded;
-        std::vector<const wchar_t*> types;
-        uint32_t slot;
-    } files[] = {
-        {L"ALERT.MSG", "A\0A\0A\0", L"QQBBAEEA", {L"0"}, 120},
-        {L"ALERTCFW.MSG", "B\0B\0B\0", L"QgBCAEIA", {L"1"}, 121},
-        {L"AlertAS.MSG", "C\0C\0C\0", L"QwBDAEMA", {L"3"}, 122},
-        {L"AlertWSR.MSG", "D\0D\0D\0", L"RABEAEQA", {L"5"}, 123},
-        {L"AlertDAC.MSG", "E\0E\0E\0", L"RQBFAEUA", {L"7"}, 124},
-        {L"AlertBM.MSG", "F\0F\0F\0", L"RgBGAEYA", {L"8"}, 125},
-        {L"AlertSABLEX.MSG", "G\0G\0G\0", L"RwBHAEcA", {L"15"}, 126},
-        {L"ALERTH.MSG", "H\0H\0H\0", L"SABIAEgA", {L"9"}, 0},
-        {L"ALERTM.MSG", "I\0I\0I\0", L"SQBJAEkA", {L"10"}, 0},
-        {L"ALERTL.MSG", "J\0J\0J\0", L"SgBKAEoA", {L"11"}, 0},
-        {L"AlertDLP.MSG", "K\0K\0K\0", L"SwBLAEsA", {L"12"}, 0},
-        {L"AlertCCCA.MSG", "L\0L\0L\0", L"TABMAEwA", {L"13"}, 0},
-        {L"AlertQKA.MSG", "M\0M\0M\0", L"TQBNAE0A", {L"14"}, 0},
-        {L"ALERT.MSG", "A\0A\0A\0", L"QQBBAEEA", {L"2", L"4", L"6", L"16", L"-1", L"127", L"129"}, 0},
-    };
     wrb::CCounterReader counters;
     uint32_t error = 0;
     ASSERT_EQ(counters.Attach(error), wrb::CounterAttach::Attached) << error;
-    for (const auto& row : files) {
-        m_home.Write(std::wstring(L"admin\\") + row.file, std::string(row.text, 6));
+    std::wstring text;
+    for (const tagFile& file : kFiles) {
+        m_home.Write(std::wstring(L"admin\\") + file.name, WideBytes(text += L"abc"));
     }
-    for (const auto& row : files) {
-        for (const wchar_t* type : row.types) {
-            EXPECT_EQ(AskFor(type), std::wstring(L"1\t") + kMark + row.encoded);
-        }
-        EXPECT_EQ(row.slot == 0 ? 1 : counters.Slot(row.slot).calls, 1u) << row.slot;
+    std::size_t length = 2 + 32;
+    for (const tagFile& file : kFiles) {
+        EXPECT_EQ(AskFor(file.type).size(), length += 8) << file.name;
+        EXPECT_TRUE(file.slot == 0 || counters.Slot(file.slot).calls == 1) << file.slot;
+    }
+    for (const wchar_t* const other : {L"2", L"4", L"6", L"16", L"-1", L"127", L"129"}) {
+        EXPECT_EQ(AskFor(other), std::wstring(L"1\t") + kMark + L"YQBiAGMA") << other;
     }
     AskFor(L"128");
     EXPECT_EQ(counters.Slot(127).calls, 1u);
@@ -86,15 +77,14 @@ TEST_F(RqAlertMsg, SectionHasAllTextsInItsOwnOrder) {
     m_home.Write(L"admin\\ALERTL.MSG", WideBytes(L"Hi\r\n"));
     m_log.TakeTexts();
     EXPECT_EQ(AskFor(L"128"), section(L"UseVirusAlertSeverity = 0\nHighRiskVirusType = Worm,Trojan\n"));
-    std::vector<std::wstring> read;
+    const auto* file = std::begin(kFiles);
     for (const std::wstring& line : m_log.TakeTexts()) {
         if (line.find(L" FN=") != line.npos) {
-            read.push_back(line.substr(line.rfind(L'\\') + 1));
+            ASSERT_NE(file, std::end(kFiles));
+            EXPECT_TRUE(line.ends_with(std::wstring(L"\\") + file++->name)) << testing::PrintToString(line);
         }
     }
-    EXPECT_THAT(read, ElementsAre(L"ALERT.MSG", L"ALERTCFW.MSG", L"AlertAS.MSG", L"AlertWSR.MSG", L"AlertCCCA.MSG",
-                                  L"AlertDAC.MSG", L"AlertBM.MSG", L"AlertQKA.MSG", L"AlertDLP.MSG", L"ALERTH.MSG",
-                                  L"ALERTM.MSG", L"ALERTL.MSG", L"AlertSABLEX.MSG"));
+    EXPECT_EQ(file, std::end(kFiles));
     m_home.Write(L"wrbscan.ini", "[Global Setting]\r\nUseVirusAlertSeverity=1\r\nHighRiskVirusType=Joke\r\n");
     ScanIniCache().clear();
     EXPECT_EQ(AskFor(L"128"), section(L"UseVirusAlertSeverity = 1\nHighRiskVirusType = Joke\n"));
