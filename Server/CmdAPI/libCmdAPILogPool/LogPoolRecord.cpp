@@ -5,6 +5,7 @@
 #include <ctime>
 #include <memory>
 #include <sstream>
+#include <utility>
 
 #include "CmdProtocol.h"
 #include "DbFirewall.h"
@@ -13,6 +14,8 @@
 
 namespace wrb {
 namespace {
+
+using Key = Json::StaticString;  // the row refers to it: no copy of each key for each record
 
 // Tabs and line ends inside a text are escaped by the writer, so that without indentation the row is one line.
 Json::StreamWriterBuilder MakeBuilder() {
@@ -42,37 +45,37 @@ Json::Value CfwLogColumns(const tagFirewallLogEntry& entry) {
     CCmdProtocol process;
     process << entry.processPath << entry.processInfo;
     Json::Value columns(Json::objectValue);
-    columns["UID"] = Utf8(entry.uid);
-    columns["DATE"] = WideToUtf8(LocalTimeText(ConvertDateTime(entry.date, entry.time, 0)));
-    columns["LOCAL_HOST"] = HostAddressHex(entry.localHost);
-    columns["REMOTEHOST"] = HostAddressHex(entry.remoteHost);
-    columns["PROTOCOL"] = entry.protocol;
-    columns["TYPE"] = entry.type;
-    columns["SUBTYPE"] = entry.subType;
-    columns["PORT"] = entry.port;
-    columns["DIRECTION"] = entry.direction;
-    columns["PV_NAME"] = WideToUtf8(process.Text());
-    columns["LOG_TYPE"] = entry.logType;
+    columns[Key("UID")] = Utf8(entry.uid);
+    columns[Key("DATE")] = WideToUtf8(LocalTimeText(ConvertDateTime(entry.date, entry.time, 0)));
+    columns[Key("LOCAL_HOST")] = HostAddressHex(entry.localHost);
+    columns[Key("REMOTEHOST")] = HostAddressHex(entry.remoteHost);
+    columns[Key("PROTOCOL")] = entry.protocol;
+    columns[Key("TYPE")] = entry.type;
+    columns[Key("SUBTYPE")] = entry.subType;
+    columns[Key("PORT")] = entry.port;
+    columns[Key("DIRECTION")] = entry.direction;
+    columns[Key("PV_NAME")] = WideToUtf8(process.Text());
+    columns[Key("LOG_TYPE")] = entry.logType;
     return columns;
 }
 
 Json::Value RestoreLogColumns(const tagRestoreLog& log) {
     Json::Value columns(Json::objectValue);
-    columns["LOGID"] = Utf8(log.logId);
-    columns["UID"] = Utf8(log.uid);
-    columns["RECV_TIME"] = WideToUtf8(LocalTimeText(log.received));
-    columns["LOG_TYPE"] = log.logType;
-    columns["RESULT"] = log.result;
+    columns[Key("LOGID")] = Utf8(log.logId);
+    columns[Key("UID")] = Utf8(log.uid);
+    columns[Key("RECV_TIME")] = WideToUtf8(LocalTimeText(log.received));
+    columns[Key("LOG_TYPE")] = log.logType;
+    columns[Key("RESULT")] = log.result;
     return columns;
 }
 
-int FormatLogRow(const tagLogTable& table, const Json::Value& columns, std::wstring& text) {
+int FormatLogRow(const tagLogTable& table, Json::Value columns, std::wstring& text) {
     static const Json::StreamWriterBuilder builder = MakeBuilder();
     Json::Value row(Json::objectValue);
-    row["TBL"] = table.name;
-    row["COL"] = columns;
-    row["VER"] = table.version;
-    row["CATEGORY"] = table.category;
+    row[Key("TBL")] = table.name;
+    row[Key("COL")] = std::move(columns);
+    row[Key("VER")] = table.version;
+    row[Key("CATEGORY")] = table.category;
     std::ostringstream out;
     const std::unique_ptr<Json::StreamWriter> writer(builder.newStreamWriter());
     const int error = writer->write(row, &out);

@@ -33,7 +33,7 @@ Json::Value CfwLogColumns(const tagFirewallLogEntry& entry);
 Json::Value RestoreLogColumns(const tagRestoreLog& log);
 
 // The whole row as text, on one line. 0, or what the JSON writer reports.
-int FormatLogRow(const tagLogTable& table, const Json::Value& columns, std::wstring& text);
+int FormatLogRow(const tagLogTable& table, Json::Value columns, std::wstring& text);
 
 // Local time as "2024-01-31 23:59:59"; seconds that the calendar cannot hold are an empty text.
 std::wstring LocalTimeText(int64_t seconds);

@@ -1,5 +1,7 @@
 #include "cmdlog_OutputCmd.h"
 
+#include <utility>
+
 #include "Clock.h"
 #include "DbGuard.h"
 #include "DebugLog.h"
@@ -10,10 +12,9 @@
 
 namespace {
 
-int SendRow(const wchar_t* function, const wchar_t* command, const wrb::tagLogTable& table,
-            const Json::Value& columns) {
+int SendRow(const wchar_t* function, const wchar_t* command, const wrb::tagLogTable& table, Json::Value columns) {
     std::wstring text;
-    if (const int error = wrb::FormatLogRow(table, columns, text); error != 0) {
+    if (const int error = wrb::FormatLogRow(table, std::move(columns), text); error != 0) {
         WRB_LOG(kLogError, L"%s - Fail to format log into Json format, err=%d", function, error);
         return 0;
     }
