@@ -1,14 +1,22 @@
-// How answers of every shape are read, the sound ones and the others.
+// How answers of every shape are read, the sound ones and the others, and what comes of a server that is absent or
+// silent.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "CapturedLog.h"
+#include "CmdProtocol.h"
 #include "DbAgent.h"
 #include "DbScanCfg.h"
+#include "DbTransport.h"
+#include "DbVexor.h"
 #include "FakeDbService.h"
+#include "MsgSerializer.h"
+#include "PipeServer.h"
 
 namespace {
 
 using testing::ElementsAre;
+using testing::StartsWith;
 using wrb::test::CFakeDbService;
 using wrb::test::tagDbRequest;
 using wrb::test::WideBytes;
@@ -23,10 +31,7 @@ class DbAnswers : public testing::Test {
 };
 
 TEST_F(DbAnswers, NumberIsReadAsFarAsItGoes) {
-    const struct {
-        std::string answer;
-        uint32_t number;
-    } cases[] = {
+    const std::pair<std::string, uint32_t> cases[] = {
         {WideBytes(L"12"), 12},
         {WideBytes(L"-2147483647"), 0x80000001},
         {WideBytes(L"4294967295"), 0xFFFFFFFF},
@@ -65,6 +70,62 @@ TEST_F(DbAnswers, ListEndsAtTheFirstEmptyItem) {
     m_answer = WideBytes(L"\t");
     EXPECT_TRUE(dbGetSpywareWhiteListW(L"uid", items));
     EXPECT_THAT(items, ElementsAre());
+}
+
+std::vector<std::wstring> LogOf(const std::function<void()>& call) {
+    TakeCapturedLog();
+    call();
+    std::vector<std::wstring> texts;
+    for (tagCapturedLine& line : TakeCapturedLog()) {
+        texts.push_back(std::move(line.text));
+    }
+    return texts;
+}
+
+TEST(DbFailures, AbsentServiceIsLoggedWithItsError) {
+    EXPECT_THAT(LogOf([] { EXPECT_FALSE(dbSetAllConfFlgW(1, 2)); }),
+                ElementsAre(L"[DbClient] Send DB_SET_ALL_CONF_FLG\t-1\t1\t2", L"Initial pipe client failed! err=2"));
+    uint32_t number = 5;
+    EXPECT_THAT(LogOf([&] { EXPECT_FALSE(dbGetStatusW(L"uid", number)); }),
+                ElementsAre(StartsWith(L"[DbClient] SendAndRecv DB_GET_STATUS\t"),
+                            L"SendAndRecv - Initial pipe client failed with win32 error code [2]"));
+    EXPECT_EQ(number, 5u);
+    tagVEXORCustomBmCfg cfg;
+    EXPECT_THAT(
+        LogOf([&] { EXPECT_FALSE(dbGetVexorCustomBmCfgW(L"uid", cfg)); }),
+        ElementsAre(L"[dbSend] Send DBV2_GET_VEXOR_CUSTOM_BM_CFG", L"[dbSend] Initial pipe client failed! err=2",
+                    L"[dbSendAndRecv] PipeSendAndRecv Failed! err=2",
+                    L"dbGetVexorCustomBmCfgW - Fail to get vexor custom BM cfg."));
+}
+
+TEST(DbFailures, AnswerThatNeverComesEndsWithTheTimeOut) {
+    const CFakeDbService silent;
+    CCmdProtocol request;
+    const int32_t replyId = wrb::NewDbReplyId();
+    request << L"DB_GET_IP" << replyId;
+    CPipeServer server;
+    EXPECT_EQ(wrb::SendAndRecv(request, replyId, server, 1, L""), 1);
+    std::string answer;
+    EXPECT_FALSE(server.FetchCmd(answer));
+
+    CMsgSerializer message(L"DBV2_TEST");
+    EXPECT_THAT(LogOf([&] { EXPECT_EQ(dbSendAndRecv(message, L"caller", 1), 0); }),
+                testing::Contains(L"[dbSendAndRecv] PipeServer.FetchCmd Failed!"));
+}
+
+// The file of a request is deleted when nobody reads it: the answer is a time-out, or empty.
+TEST(DbFailures, ALargeRequestLeavesNoFileWhenNobodyTakesIt) {
+    for (const bool answers : {false, true}) {
+        const CFakeDbService service([=](const tagDbRequest&) { return answers ? std::optional("") : std::nullopt; });
+        CMsgSerializer message(L"DBV2_TEST");
+        message << std::wstring(2 << 20, L'x');
+        message << uint32_t{1};
+        EXPECT_TRUE(message.InFileMode());
+        EXPECT_EQ(dbSendAndRecv(message, L"caller", 1), 0);
+        const std::wstring path = service.WaitFor(1).at(0).Texts().at(2);
+        EXPECT_TRUE(path.ends_with(L".tmp")) << path.size();
+        EXPECT_EQ(GetFileAttributesW(path.c_str()), INVALID_FILE_ATTRIBUTES);
+    }
 }
 
 }  // namespace

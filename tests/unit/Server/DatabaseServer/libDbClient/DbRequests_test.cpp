@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <functional>
 #include <set>
 
@@ -22,7 +23,7 @@ using wrb::test::CFakeDbService;
 using wrb::test::tagDbRequest;
 
 constexpr const wchar_t* kUid = L"8b3dbf4c-2a6c-4f0a-9d36-0d8a3c1f7e55";
-const std::wstring kUidText(kUid);
+const std::wstring kByUid = std::wstring(kUid) + L" ";
 
 const tagScanUpdate kUpdate{0x80000001, 0xFFFEFFFD, 1};
 
@@ -34,41 +35,31 @@ tagScanGroupValues Values() {
 // A call and the fields that it must send behind the reply id; a blank stands for a TAB, "-" for no field at all.
 struct tagCase {
     DbCommand command;
-    std::function<bool()> call;
     std::wstring fields;
+    std::function<bool()> call;
 };
 
-// Rows of functions with the same parameters.
+template <typename... Parameters>
+tagCase Write(DbCommand command, const std::wstring& fields, bool (*function)(Parameters...),
+              std::type_identity_t<Parameters>... arguments) {
+    return {command, fields, [=] { return function(arguments...); }};
+}
 template <typename Out>
 tagCase Read(DbCommand command, bool (*function)(const wchar_t*, Out&, uint32_t)) {
     const auto call = [=] {
         Out out{};
         return function(kUid, out, 4294967295);
     };
-    return {command, call, kUidText + L" 4294967295"};
+    return {command, kByUid + L"4294967295", call};
 }
 tagCase Prebuilt(DbCommand command, bool (*function)(const std::wstring&, std::wstring&), const std::wstring& fields) {
-    std::wstring parameters = fields;
+    std::wstring parameters = fields == L"-" ? L"" : fields;
     std::ranges::replace(parameters, L' ', L'\t');
     const auto call = [=] {
         std::wstring text;
-        return function(fields == L"-" ? L"" : parameters, text);
+        return function(parameters, text);
     };
-    return {command, call, fields};
-}
-tagCase Set(DbCommand command, bool (*function)(const wchar_t*, const tagScanUpdate&, const tagScanGroupValues&),
-            const wchar_t* fields) {
-    return {command, [=] { return function(kUid, kUpdate, Values()); }, kUidText + L" " + fields};
-}
-tagCase SetAll(DbCommand command, bool (*function)(const tagScanUpdate&, const tagScanGroupValues&),
-               const wchar_t* fields) {
-    return {command, [=] { return function(kUpdate, Values()); }, fields};
-}
-tagCase SetFlag(DbCommand command, bool (*function)(const wchar_t*, uint32_t, uint32_t)) {
-    return {command, [=] { return function(kUid, 65536, 65537); }, kUidText + L" 65536 65537"};
-}
-tagCase SetAllFlag(DbCommand command, bool (*function)(uint32_t, uint32_t)) {
-    return {command, [=] { return function(65536, 65537); }, L"65536 65537"};
+    return {command, fields, call};
 }
 
 constexpr const wchar_t* kMain = L"2147483649 4294901757 2 3 -7 ext move act 1";
@@ -84,7 +75,14 @@ bool GetOppStatus(const wchar_t* uid, uint32_t& status, uint32_t number) {
 }
 
 #define WRB_READ(name) Read(DbCommand::name, db##name##W)
-const tagCase kReads[] = {
+#define WRB_SCAN_WRITES(Type, fields, spyware)                                                                      \
+    Write(DbCommand::Set##Type##cf, kByUid + fields, dbSet##Type##cfW, kUid, kUpdate, Values()),                    \
+        Write(DbCommand::SetAll##Type##cf, fields, dbSetAll##Type##cfW, kUpdate, Values()),                         \
+        Write(DbCommand::SetSpyware##Type##cf, kByUid + spyware, dbSetSpyware##Type##cfW, kUid, kUpdate, Values()), \
+        Write(DbCommand::SetSpywareAll##Type##cf, spyware, dbSetSpywareAll##Type##cfW, kUpdate, Values()),          \
+        Write(DbCommand::Set##Type##Flg, kByUid + L"65536 65537", dbSet##Type##FlgW, kUid, 65536, 65537),           \
+        Write(DbCommand::SetAll##Type##Flg, L"65536 65537", dbSetAll##Type##FlgW, 65536, 65537)
+const tagCase kCases[] = {
     // clang-format off
     WRB_READ(GetStatus), WRB_READ(GetArchitecture), WRB_READ(GetConfFlag), WRB_READ(GetClientPlat),
     WRB_READ(GetClnDomainNameAndUid), WRB_READ(GetClnFullDomainNameAndUid), WRB_READ(GetIp), WRB_READ(GetProgVer),
@@ -99,63 +97,43 @@ const tagCase kReads[] = {
     Prebuilt(DbCommand::GetServiceSwitch, dbGetServiceSwitchW, L"-"),
     Prebuilt(DbCommand::GetIcrcDestScanType, dbGetIcrcDestScanTypeW, L"uid"),
     Prebuilt(DbCommand::IsClientExisted, dbIsClientExistedW, L"uid"),
-};
-
-#define WRB_SCAN_WRITES(Type, fields, spyware)                                           \
-    Set(DbCommand::Set##Type##cf, dbSet##Type##cfW, fields),                             \
-        SetAll(DbCommand::SetAll##Type##cf, dbSetAll##Type##cfW, fields),                \
-        Set(DbCommand::SetSpyware##Type##cf, dbSetSpyware##Type##cfW, spyware),          \
-        SetAll(DbCommand::SetSpywareAll##Type##cf, dbSetSpywareAll##Type##cfW, spyware), \
-        SetFlag(DbCommand::Set##Type##Flg, dbSet##Type##FlgW),                           \
-        SetAllFlag(DbCommand::SetAll##Type##Flg, dbSetAll##Type##FlgW)
-const tagCase kWrites[] = {
     WRB_SCAN_WRITES(Ms, kMain, kSpyware),
     WRB_SCAN_WRITES(Rt, kMain, kSpywareRealTime),
     WRB_SCAN_WRITES(Ps, kScheduled, kSpyware),
     WRB_SCAN_WRITES(Sn, kMain, kSpyware),
-    SetAllFlag(DbCommand::SetAllConfFlg, dbSetAllConfFlgW),
-    {DbCommand::SetConfFlag, [] { return dbSetConfFlagW(kUid, 0, 0x1C507); }, kUidText + L" 0 115975 0"},
-    {DbCommand::SetExcludeList, [] { return dbSetExcludeListW(kUid, 0x4000, Values()); },
-     kUidText + L" 16384 folder file "},
-    {DbCommand::SetAllExcList, [] { return dbSetAllExcListW(0x100, Values()); }, L"256 folder file "},
-    {DbCommand::SetStatus, [] { return dbSetStatusW(kUid, 3, 0xFFFFFFFF); }, kUidText + L" 3 4294967295 0"},
-    {DbCommand::SetPrivilege,
-     [] {
-         return dbSetPrivilegeW(kUid, {1, 2}, {3, 4});
-     },
-     kUidText + L" 1 3 2 4"},
-    {DbCommand::SetCfwActId, [] { return dbSetCfwActIdW(nullptr, L"policy"); }, L" policy"},
-    {DbCommand::SetCfwLogCount,
-     [] {
-         return dbSetCfwLogCountW(kUid, -7, {1, 2, 3, 4, 5, 4294967295}, L"");
-     },
-     kUidText + L" -7 1 2 3 4 5 4294967295 0"},
-    {DbCommand::SetSpecialLog, [] { return dbSetSpecialLogW(kUid, 9, L"text"); }, kUidText + L" 9 text"},
+    Write(DbCommand::SetAllConfFlg, L"65536 65537", dbSetAllConfFlgW, 65536, 65537),
+    {DbCommand::SetConfFlag, kByUid + L"0 115975 0", [] { return dbSetConfFlagW(kUid, 0, 0x1C507); }},
+    Write(DbCommand::SetExcludeList, kByUid + L"16384 folder file ", dbSetExcludeListW, kUid, 0x4000, Values()),
+    Write(DbCommand::SetAllExcList, L"256 folder file ", dbSetAllExcListW, 0x100, Values()),
+    {DbCommand::SetStatus, kByUid + L"3 4294967295 0", [] { return dbSetStatusW(kUid, 3, 0xFFFFFFFF); }},
+    Write(DbCommand::SetPrivilege, kByUid + L"1 3 2 4", dbSetPrivilegeW, kUid, {1, 2}, {3, 4}),
+    Write(DbCommand::SetCfwActId, L" policy", dbSetCfwActIdW, nullptr, L"policy"),
+    Write(DbCommand::SetCfwLogCount, kByUid + L"-7 1 2 3 4 5 4294967295 0", dbSetCfwLogCountW, kUid, -7,
+          {1, 2, 3, 4, 5, 4294967295}, L""),
+    Write(DbCommand::SetSpecialLog, kByUid + L"9 text", dbSetSpecialLogW, kUid, 9, L"text"),
 };
 
 TEST(DbRequests, EveryTextCommandSendsItsFields) {
     std::set<DbCommand> seen;
-    for (const bool answered : {true, false}) {
-        const CFakeDbService service([](const tagDbRequest&) { return wrb::test::WideBytes(L"1\t2"); });
-        std::size_t count = 0;
-        for (const tagCase& test : answered ? std::span<const tagCase>(kReads) : std::span<const tagCase>(kWrites)) {
-            SCOPED_TRACE(testing::PrintToString(wrb::DbName(test.command)));
-            EXPECT_TRUE(test.call());
-            ++count;
-            const tagDbRequest request = service.WaitFor(count).at(count - 1);
-            const std::vector<std::wstring> fields = request.Fields();
-            ASSERT_GE(fields.size(), 2u);
-            EXPECT_EQ(fields[0], wrb::DbName(test.command));
-            EXPECT_EQ(fields[1] != L"-1", answered);
-            std::wstring rest;
-            for (std::size_t i = 2; i < fields.size(); ++i) {
-                rest += (i > 2 ? L" " : L"") + fields[i];
-            }
-            EXPECT_EQ(fields.size() > 2 ? rest : L"-", test.fields);
-            EXPECT_FALSE(request.headerMessage.empty()) << "no frame";
-            EXPECT_TRUE(request.request.ends_with(std::string(2, '\0'))) << "no terminator";
-            seen.insert(test.command);
+    const CFakeDbService service([](const tagDbRequest&) { return wrb::test::WideBytes(L"1\t2"); });
+    std::size_t count = 0;
+    for (const tagCase& test : kCases) {
+        SCOPED_TRACE(testing::PrintToString(wrb::DbName(test.command)));
+        EXPECT_TRUE(test.call());
+        ++count;
+        const tagDbRequest request = service.WaitFor(count).at(count - 1);
+        const std::vector<std::wstring> fields = request.Fields();
+        ASSERT_GE(fields.size(), 2u);
+        EXPECT_EQ(fields[0], wrb::DbName(test.command));
+        EXPECT_EQ(fields[1] == L"-1", wrb::DescribeDbCommand(test.command).answer == DbAnswer::None);
+        std::wstring rest;
+        for (std::size_t i = 2; i < fields.size(); ++i) {
+            rest += (i > 2 ? L" " : L"") + fields[i];
         }
+        EXPECT_EQ(fields.size() > 2 ? rest : L"-", test.fields);
+        EXPECT_FALSE(request.headerMessage.empty()) << "no frame";
+        EXPECT_TRUE(request.request.ends_with(std::string(2, '\0'))) << "no terminator";
+        seen.insert(test.command);
     }
     for (const tagDbCommand& command : kDbCommands) {
         EXPECT_EQ(seen.contains(command.id), command.answer != DbAnswer::Message) << command.requestFields;
@@ -166,7 +144,7 @@ TEST(DbRequests, SerializedCommandsCarryTheUidInThirtySixCharacters) {
     const CFakeDbService service([](const tagDbRequest&) { return std::string(); });
     tagClnAllScanCfg cfg;
     tagVEXORCustomBmCfg bm;
-    dbGetClnAllScanCfgW((kUidText + L"beyond").c_str(), cfg, L"a");
+    dbGetClnAllScanCfgW((kByUid + L"beyond").c_str(), cfg, L"a");
     dbGetVexorCustomBmCfgW(nullptr, bm);
     const auto requests = service.WaitFor(2);
     ASSERT_EQ(requests.size(), 2u);
@@ -177,6 +155,36 @@ TEST(DbRequests, SerializedCommandsCarryTheUidInThirtySixCharacters) {
                     testing::ElementsAre(isFirst ? L"DBV2_CLIENT_GET_ALL_SCAN_CFG" : L"DBV2_GET_VEXOR_CUSTOM_BM_CFG",
                                          testing::StartsWith(L"0105" + request.Name()), isFirst ? kUid : L""));
     }
+}
+
+TEST(ConvertDateTime, ReadsDigitsByPositionInTheLocalZone) {
+    constexpr const char* kAhead = "AAA-3";  // three hours of UTC
+    const struct {
+        const wchar_t* date;
+        const wchar_t* time;
+        int64_t seconds;
+        const char* zone = "UTC0";
+    } cases[] = {
+        {L"20240229", L"235959", 1709251199},
+        {L"19700101", L"000001", 1},
+        {L"20380119", L"031408", 2147483648},  // one more than 31 bits hold
+        {L"20240301", nullptr, 1709251200},
+        {L"20240301", L"12", 1709294400},              // what is missing is zero
+        {L"20240301junk", L"123456junk", 1709296496},  // what is too much is not looked at
+        {L"20241301", L"000000", 1735689600},          // a thirteenth month is January
+        {nullptr, nullptr, 0},
+        {L"19691231", L"235959", 0},
+        {L"garbage!", L"garbag", 0},
+        {L"20240301", L"030000", 1709251200, kAhead},
+        {L"19700101", L"000000", 0, kAhead},  // before 1970 UTC
+    };
+    for (const auto& [date, time, seconds, zone] : cases) {
+        _putenv_s("TZ", zone);
+        _tzset();
+        EXPECT_EQ(ConvertDateTime(date, time, 0), seconds) << (date == nullptr ? L"null" : date);
+    }
+    _putenv_s("TZ", "");
+    _tzset();
 }
 
 }  // namespace

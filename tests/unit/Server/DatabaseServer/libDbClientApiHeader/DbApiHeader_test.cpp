@@ -1,6 +1,5 @@
 #include "DbApiHeader.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <windows.h>
 
@@ -10,18 +9,14 @@
 #include "PipeClient.h"
 #include "UniqueName.h"
 
+namespace wrb::test {
 namespace {
-
-using testing::ElementsAre;
-using wrb::DbApiHeaderStatus;
-using wrb::ReadDbApiHeader;
-using wrb::test::CFakePipeService;
 
 constexpr char kRequest[] = "what follows";
 
 // The frame that SendDbApiHeader writes, and the request behind it.
-wrb::test::tagReceived SendFrame() {
-    const std::wstring name = wrb::test::UniqueName();
+tagReceived SendFrame() {
+    const std::wstring name = UniqueName();
     CFakePipeService service(name);
     CPipeClient client;
     EXPECT_TRUE(client.Initial(name.c_str()));
@@ -42,7 +37,7 @@ TEST(DbApiHeader, IsWrittenInOnePieceAndTellsTheServerWhoAsks) {
     ASSERT_EQ(received.bytes.substr(0, 4), std::string("\x03\x07\x1A\x0E"));
     uint32_t length;
     std::memcpy(&length, received.bytes.data() + 4, sizeof length);
-    EXPECT_THAT(received.pieces, ElementsAre(8 + length + sizeof kRequest));
+    EXPECT_EQ(received.pieces, (std::vector<std::size_t>{8 + length + sizeof kRequest}));
     EXPECT_EQ(received.bytes.substr(8, 16), std::string("\x04\0\0\0\x01\0\0\0\x10\0\0\0\x20\xAC\0\0", 16));
     EXPECT_EQ(received.bytes.substr(36, 14), std::string("\x0A\0\0\0N\0U\0L\0L\0\0\0", 14));
 
@@ -59,11 +54,7 @@ TEST(DbApiHeader, IsWrittenInOnePieceAndTellsTheServerWhoAsks) {
 
 TEST(DbApiHeader, RefusesWhatIsNoFrame) {
     const std::string frame = SendFrame().bytes;
-    const struct {
-        std::size_t offset;
-        uint32_t word;
-        DbApiHeaderStatus status;
-    } cases[] = {
+    const std::tuple<std::size_t, uint32_t, DbApiHeaderStatus> cases[] = {
         {0, 0x0E1A0704, DbApiHeaderStatus::BadMagic},
         {4, 0xFFFFFFFF, DbApiHeaderStatus::BadLength},
         {4, kDbApiHeaderLimit + 1, DbApiHeaderStatus::BadLength},
@@ -103,3 +94,4 @@ TEST(DbApiHeader, SurvivesEveryCutAndChangedByte) {
 }
 
 }  // namespace
+}  // namespace wrb::test

@@ -1,18 +1,54 @@
-#include "DbAllScanRecord.h"
-
+// The commands and the records, held against docs/wire-formats.md.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cstring>
+#include <regex>
+#include <sstream>
 
+#include "ChildProcess.h"
+#include "DbAllScanRecord.h"
 #include "DbBundle.h"
+#include "DbCommands.h"
 #include "DbVexor.h"
 #include "FakeDbService.h"
 #include "IPCMsgBufferException.h"
 #include "MsgSerializer.h"
-#include "WirePage.h"
+#include "TempFolder.h"
+#include "Text.h"
 
 namespace {
+
+const std::string& Page() {
+    static const std::string page = wrb::test::ReadAll(wrb::test::ProgramFolder() + L"wire-formats.md");
+    return page;
+}
+
+// The bytes of the one block marked ```hex; what follows a | in its lines is for people.
+std::string PageExample() {
+    const std::size_t begin = Page().find("```hex") + 6;
+    const std::string block = Page().substr(begin, Page().find("```", begin) - begin);
+    std::istringstream digits(std::regex_replace(block, std::regex("\\|.*"), ""));
+    std::string bytes;
+    for (unsigned byte = 0; digits >> std::hex >> byte;) {
+        bytes += static_cast<char>(byte);
+    }
+    return bytes;
+}
+
+TEST(DbCommands, AreThoseOfThePage) {
+    static constexpr const char* kShapes[] = {"none", "number", "text", "record", "list", "message"};
+    const auto orDash = [](const char* fields) { return std::string(*fields == '\0' ? "-" : fields); };
+    for (const tagDbCommand& command : kDbCommands) {
+        const std::string row = "\n| `" + wrb::WideToUtf8(command.name) + "` | " + orDash(command.requestFields) +
+                                " | " + kShapes[static_cast<std::size_t>(command.answer)] + " | " +
+                                orDash(command.answerFields) + " |\n";
+        EXPECT_NE(Page().find(row), std::string::npos) << row;
+    }
+    const std::regex anyRow("\n\\| `DB");
+    EXPECT_EQ(std::distance(std::sregex_iterator(Page().begin(), Page().end(), anyRow), {}), std::ssize(kDbCommands));
+}
 
 tagScanGroupValues Scan(const std::array<uint32_t, 12>& n, const wchar_t* extList, const wchar_t* moveDir,
                         const wchar_t* custAction) {
@@ -74,7 +110,7 @@ uint32_t Decode(const std::string& bytes, ISerializable& record) {
 }
 
 TEST(DbAllScanRecord, IsWhatThePageShows) {
-    const std::string example = wrb::test::WirePageExample();
+    const std::string example = PageExample();
     CMsgSerializer message;
     ASSERT_TRUE(message.Load(example.data(), static_cast<uint32_t>(example.size())));
     EXPECT_EQ(message.Name(), L"DBV2_CLIENT_GET_ALL_SCAN_CFG");
