@@ -2,13 +2,20 @@
 
 #include <gtest/gtest.h>
 
-#include "CapturedLog.h"
-#include "FakeGateway.h"
-#include "PostSizeLimit.h"
-#include "UnEscapeUrl.h"
-
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
+#include <map>
 #include <new>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "CapturedLog.h"
+#include "Gateway.h"
+#include "MultipartForm.h"
+#include "TempFolder.h"
+#include "cgi_GetParameterImp.h"
 
 namespace {
 bool g_memoryLacks = false;  // for the allocations that yield null
@@ -23,11 +30,53 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
 
 namespace {
 
-using wrb::test::CFakeGateway;
-using wrb::test::Parameters;
+using namespace std::string_literals;
 
 constexpr char kForm[] = "application/x-www-form-urlencoded";
-constexpr wchar_t kReader[] = L"CGetCGINameValuePair::CGetCGINameValuePair";
+const std::wstring kReader = L"CGetCGINameValuePair::CGetCGINameValuePair";
+
+// A request as a test wants it, with a home folder of its own.
+struct CFakeGateway final : wrb::IGateway {
+    CFakeGateway() { std::filesystem::create_directories(home / L"web\\console\\cgi"); }
+
+    std::optional<std::string> Variable(const wchar_t* name) override {
+        const auto found = variables.find(name);
+        return found != variables.end() ? std::optional(found->second) : std::nullopt;
+    }
+    std::size_t ReadBody(char* buffer, std::size_t size) override { return body.copy(buffer, size); }
+    std::wstring HomeFolder() override { return home.Path() + L"\\"; }
+    std::wstring ProgramFolder() override { return home.Path() + L"\\web\\console\\cgi\\"; }
+
+    // A POST that announces its length, unless that is given.
+    void Post(const std::string& contentType, const std::string& bytes, std::optional<std::string> length = {}) {
+        body = bytes;
+        variables = {{L"REQUEST_METHOD", "POST"},
+                     {L"CONTENT_TYPE", contentType},
+                     {L"CONTENT_LENGTH", length.value_or(std::to_string(bytes.size()))}};
+    }
+
+    // What lies in the folder of uploads.
+    std::vector<std::filesystem::path> Uploads() const {
+        std::error_code none;
+        return std::vector<std::filesystem::path>(std::filesystem::directory_iterator(home / L"Temp", none),
+                                                  std::filesystem::directory_iterator());
+    }
+
+    const wrb::test::CTempFolder home;
+    std::map<std::wstring, std::string> variables;
+    std::string body;
+};
+
+// "name=value" of every parameter, with a bar behind each.
+std::wstring Parameters(CGetParameterImp& request) {
+    std::wstring all;
+    const wchar_t* name = nullptr;
+    const wchar_t* value = nullptr;
+    for (request.ResetEnumPara(); request.EnumPara(name, value, false);) {
+        all += std::wstring(name) + L"=" + value + L"|";
+    }
+    return all;
+}
 
 // What came of a request.
 struct tagOutcome {
@@ -46,12 +95,19 @@ tagOutcome Fetch(CFakeGateway& gateway) {
     return {request.GetInitializationResult(), Parameters(request), TakeCapturedLog()};
 }
 
+// So many that only linear work ends in time.
+template <typename Char>
+std::basic_string<Char> Many(const Char* unit) {
+    std::basic_string<Char> all;
+    for (std::size_t i = 0; i < 200000; ++i) {
+        all += unit;
+    }
+    return all;
+}
+
 // What the same text gives as a query and as the body of a form.
 TEST(GetParameter, TakesQueriesAndFormsApart) {
-    const struct {
-        std::string text;
-        std::wstring parameters;
-    } cases[] = {
+    const std::pair<std::string, std::wstring> cases[] = {
         {"a=1&b=x+y%21", L"a=1|b=x y!|"},
         {"flag", L"flag=|"},
         {"", L""},
@@ -66,22 +122,27 @@ TEST(GetParameter, TakesQueriesAndFormsApart) {
         {"a=%&b=%4&c=%4g&d=%u12&e=%u123x&f=%", L"a=%|b=%4|c=%4g|d=%u12|e=%u123x|f=%|"},
         {"a=x%00y&b=%u0000", L"a=x%00y|b=%u0000|"},
         {"a=%ff", L"a=\uFFFD|"},
+        {Many("%"), Many(L"%") + L"=|"},
+        {Many("%u0041a"), Many(L"Aa") + L"=|"},
+        {"a=" + Many("%u+"), L"a=" + Many(L"%u ") + L"|"},
+        {Many("a&"), Many(L"a=|")},
+        {Many("="), L""},
+        {Many("\""), L""},
+        {"a=1" + Many("&"), L"a=1|"},
+        {"a=1" + std::string(200000, '\0'), L"a=1|"},
     };
-    for (const auto& query : cases) {
+    for (const auto& [text, parameters] : cases) {
         CFakeGateway gateway;
-        gateway.variables = {{L"REQUEST_METHOD", "GET"}, {L"QUERY_STRING", query.text}};
+        gateway.variables = {{L"REQUEST_METHOD", "GET"}, {L"QUERY_STRING", text}};
         const tagOutcome get = Fetch(gateway);
-        EXPECT_TRUE(get.status == kCgiFetched && get.parameters == query.parameters) << query.text;
-        gateway.Post(std::string("APPLICATION/x-www-form-urlencoded; charset=utf-8"), query.text);
-        EXPECT_EQ(Fetch(gateway).parameters, query.parameters) << query.text;
+        EXPECT_TRUE(get.status == kCgiFetched && get.parameters == parameters) << text.substr(0, 99);
+        gateway.Post("APPLICATION/x-www-form-urlencoded; charset=utf-8", text);
+        EXPECT_TRUE(Fetch(gateway).parameters == parameters) << text.substr(0, 99);
     }
 }
 
 TEST(GetParameter, AnswersEveryKindOfRequestWithItsStatus) {
-    const struct {
-        std::map<std::wstring, std::string> variables;
-        int status;
-    } cases[] = {
+    const std::pair<std::map<std::wstring, std::string>, int> cases[] = {
         {{}, kCgiBadMethod},
         {{{L"REQUEST_METHOD", "get"}}, kCgiBadMethod},
         {{{L"REQUEST_METHOD", "POST"}}, kCgiFetched},
@@ -89,25 +150,21 @@ TEST(GetParameter, AnswersEveryKindOfRequestWithItsStatus) {
         {{{L"REQUEST_METHOD", "POST"}, {L"CONTENT_TYPE", "multipart/form-dat"}}, kCgiBadContentType},
         {{{L"REQUEST_METHOD", "POST"}, {L"CONTENT_TYPE", "MultiPart/Form-Data"}}, kCgiMultipartNoBoundary},
     };
-    for (const auto& request : cases) {
+    for (const auto& [variables, status] : cases) {
         CFakeGateway gateway;
-        gateway.variables = request.variables;
+        gateway.variables = variables;
         const tagOutcome outcome = Fetch(gateway);
-        EXPECT_EQ(outcome.status, request.status);
+        EXPECT_EQ(outcome.status, status);
         EXPECT_EQ(outcome.parameters, L"");
         EXPECT_EQ(
             outcome.Logged('D', L"CGetParameterImp::FetchParameters - env CONTENT_TYPE with _HTML_CONTENT_TYPE_FORM"),
-            request.status == kCgiBadContentType);
+            status == kCgiBadContentType);
     }
 }
 
-// The limit as the two INI files give it; a body at the limit and one beyond.
-TEST(GetParameter, RefusesABodyBeyondTheLimitAndReadsOneUpToIt) {
-    const struct {
-        std::string scanIni;
-        std::string serverIni;
-        std::size_t limitInK;
-    } cases[] = {
+// The limit as the two INI files give it.
+TEST(GetParameter, RefusesABodyBeyondTheLimit) {
+    const std::tuple<std::string, std::string, std::size_t> cases[] = {
         {"", "", 5120},
         {"", "MaxCGIPostSizeInK=1", 1},
         {"", "MaxCGIPostSizeInK=1048577", 1048576},
@@ -115,47 +172,42 @@ TEST(GetParameter, RefusesABodyBeyondTheLimitAndReadsOneUpToIt) {
         {"UseDefaultMaxCGIPostSize=0", "MaxCGIPostSizeInK=-7", 5120},
         {"UseDefaultMaxCGIPostSize=no", "MaxCGIPostSizeInK=much", 5120},
     };
-    for (const auto& ini : cases) {
+    for (const auto& [scanIni, serverIni, limitInK] : cases) {
         CFakeGateway gateway;
-        std::filesystem::create_directories(gateway.Home() / L"private");
-        wrb::test::WriteAll(gateway.Home() / L"wrbscan.ini", "[Global Setting]\r\n" + ini.scanIni + "\r\n");
-        wrb::test::WriteAll(gateway.Home() / L"private\\wrbserver.ini",
-                            "[INI_SERVER_SECTION]\r\n" + ini.serverIni + "\r\n");
-        const std::size_t limit = ini.limitInK * 1024;
-        EXPECT_EQ(wrb::PostSizeLimit(gateway), static_cast<int32_t>(limit));
-        for (std::size_t length = limit; length <= limit + 1 && limit < 1 << 30; ++length) {
-            gateway.Post(kForm, "a=" + std::string(length - 2, 'x'));
-            const tagOutcome outcome = Fetch(gateway);
-            EXPECT_EQ(outcome.status, kCgiFetched);
-            EXPECT_EQ(outcome.parameters.size(), length == limit ? length + 1 : 0);
-            EXPECT_TRUE(outcome.Logged('D', L"CGetCGINameValuePair::getPostSizeLimitInK - CGI UseDefaultPostSize=[" +
-                                                std::wstring(ini.scanIni.ends_with('1') ? L"1" : L"0") + L"]"));
-            EXPECT_EQ(
-                outcome.Logged('E', std::wstring(kReader) + L" - Content size[" + std::to_wstring(length) +
-                                        L"] is large then POST size limitation: [" + std::to_wstring(limit) + L"]."),
-                length > limit);
-        }
+        std::filesystem::create_directories(gateway.home / L"private");
+        wrb::test::WriteAll(gateway.home / L"wrbscan.ini", "[Global Setting]\r\n" + scanIni + "\r\n");
+        wrb::test::WriteAll(gateway.home / L"private\\wrbserver.ini", "[INI_SERVER_SECTION]\r\n" + serverIni + "\r\n");
+        const std::size_t limit = limitInK * 1024;
+        gateway.Post(kForm, "a=1", std::to_string(limit + 1));
+        const tagOutcome outcome = Fetch(gateway);
+        EXPECT_EQ(outcome.parameters, L"");
+        const std::wstring useDefault = scanIni.ends_with('1') ? L"1" : L"0";
+        EXPECT_EQ(
+            outcome.lines,
+            (std::vector<tagCapturedLine>{
+                {'D', L"CGetCGINameValuePair::getPostSizeLimitInK - CGI UseDefaultPostSize=[" + useDefault + L"]"},
+                {'E', kReader + L" - Content size[" + std::to_wstring(limit + 1) +
+                          L"] is large then POST size limitation: [" + std::to_wstring(limit) + L"]."}}));
     }
 }
 
 TEST(GetParameter, SurvivesEveryAnnouncedLength) {
-    const std::wstring name = kReader;
     const std::wstring tooLong = L"] is large then POST size limitation: [5242880].";
     const struct {
         std::string announced;
         std::wstring parameters;
         std::optional<tagCapturedLine> line;  // nothing: not a line at all
     } cases[] = {
-        {"3", L"a=1|", {{'D', name + L" - <<<"}}},
-        {"2", L"a=|", {{'D', name + L" - fread >>>"}}},
-        {"9", L"a=1|", {{'W', name + L" - the body ends at [3] of [9] bytes."}}},
-        {"5242880", L"a=1|", {{'W', name + L" - the body ends at [3] of [5242880] bytes."}}},
-        {"-1", L"", {{'E', name + L" - Content size[-1" + tooLong}}},
-        {"9223372036854775808", L"", {{'E', name + L" - Content size[2147483647" + tooLong}}},
-        {"-99999999999999999999", L"", {{'E', name + L" - Content size[-2147483648" + tooLong}}},
-        {"3 ", L"", {{'W', name + L" - CONTENT_LENGTH is no number: [3 ]."}}},
-        {"-", L"", {{'W', name + L" - CONTENT_LENGTH is no number: [-]."}}},
-        {"0x3", L"", {{'W', name + L" - CONTENT_LENGTH is no number: [0x3]."}}},
+        {"3", L"a=1|", {{'D', kReader + L" - <<<"}}},
+        {"2", L"a=|", {{'D', kReader + L" - fread >>>"}}},
+        {"9", L"a=1|", {{'W', kReader + L" - the body ends at [3] of [9] bytes."}}},
+        {"5242880", L"a=1|", {{'W', kReader + L" - the body ends at [3] of [5242880] bytes."}}},
+        {"-1", L"", {{'E', kReader + L" - Content size[-1" + tooLong}}},
+        {"9223372036854775808", L"", {{'E', kReader + L" - Content size[2147483647" + tooLong}}},
+        {"-99999999999999999999", L"", {{'E', kReader + L" - Content size[-2147483648" + tooLong}}},
+        {"3 ", L"", {{'W', kReader + L" - CONTENT_LENGTH is no number: [3 ]."}}},
+        {"-", L"", {{'W', kReader + L" - CONTENT_LENGTH is no number: [-]."}}},
+        {"0x3", L"", {{'W', kReader + L" - CONTENT_LENGTH is no number: [0x3]."}}},
         {"-0", L"", {}},
         {"", L"", {}},
     };
@@ -171,7 +223,6 @@ TEST(GetParameter, SurvivesEveryAnnouncedLength) {
 }
 
 TEST(GetParameter, KeepsRawDataBehindAFormInAFile) {
-    using namespace std::string_literals;
     const struct {
         std::string body;
         bool allowed;
@@ -194,8 +245,7 @@ TEST(GetParameter, KeepsRawDataBehindAFormInAFile) {
             EXPECT_EQ(file.wstring(), request.FindUpload(L"binarydatablock"));
             EXPECT_EQ(file.filename().wstring().find_first_not_of(L"0123456789ABCDEF"), 32u);
             EXPECT_EQ(file.extension(), L".tmp");
-            const tagCapturedLine line{
-                'D', std::wstring(kReader) + L" - write Length = " + std::to_wstring(block.data->size())};
+            const tagCapturedLine line{'D', kReader + L" - write Length = " + std::to_wstring(block.data->size())};
             EXPECT_EQ(std::ranges::count(TakeCapturedLog(), line), 1);
         }
     }
@@ -208,9 +258,9 @@ TEST(GetParameter, DeletesUploadsAndNothingElse) {
     ASSERT_EQ(gateway.Uploads().size(), 1u);
     const std::wstring path = gateway.Uploads().front().wstring();
     const std::wstring bare = gateway.Uploads().front().filename().wstring();
-    wrb::test::WriteAll(gateway.Home() / L"Temp\\MSG1.tmp", "another's");
-    wrb::test::WriteAll(gateway.Home() / bare, "outside");
-    for (const std::wstring& name : {std::wstring(L"MSG1.tmp"), L"..\\" + bare, (gateway.Home() / bare).wstring(),
+    wrb::test::WriteAll(gateway.home / L"Temp\\MSG1.tmp", "another's");
+    wrb::test::WriteAll(gateway.home / bare, "outside");
+    for (const std::wstring& name : {std::wstring(L"MSG1.tmp"), L"..\\" + bare, (gateway.home / bare).wstring(),
                                      bare + L":s", L"\\\\?\\" + path}) {
         EXPECT_FALSE(request.DeleteUnwantedUploadFile(name.c_str()));
     }
@@ -224,7 +274,7 @@ TEST(GetParameter, DeletesUploadsAndNothingElse) {
               (std::vector<tagCapturedLine>{{'D', function + L" - Delete file full path: " + path},
                                             {'D', function + L" - Delete file full path: " + path},
                                             {2, function + L" - Fail to delete file, error = [2]"}}));
-    EXPECT_TRUE(std::filesystem::exists(gateway.Home() / bare));
+    EXPECT_TRUE(std::filesystem::exists(gateway.home / bare));
 }
 
 TEST(GetParameter, HasNoParametersWithoutMemoryForTheBody) {
@@ -236,7 +286,7 @@ TEST(GetParameter, HasNoParametersWithoutMemoryForTheBody) {
         const tagOutcome outcome = Fetch(gateway);
         g_memoryLacks = false;
         EXPECT_TRUE(outcome.status == status && outcome.parameters.empty());
-        EXPECT_EQ(outcome.Logged('D', std::wstring(kReader) + L" - malloc failed."), type == kForm);
+        EXPECT_EQ(outcome.Logged('D', kReader + L" - malloc failed."), type == kForm);
     }
 }
 
@@ -279,31 +329,103 @@ TEST(GetParameter, EveryObjectIsAViewOfOneRequest) {
     EXPECT_EQ(first.Get(L"number", 5), 5);
 }
 
-TEST(GetParameter, TakesMuchOfAnything) {
-    using namespace std::string_literals;
-    const struct {
-        std::string head;
-        std::string unit;
-        std::wstring parameters;
-        std::wstring each;
-        std::wstring tail;
-    } cases[] = {
-        {"", "%", L"", L"%", L"=|"},        {"a=", "%u+", L"a=", L"%u ", L"|"}, {"", "a&", L"", L"a=|", L""},
-        {"", "%u0041a", L"", L"Aa", L"=|"}, {"a=1", "&", L"a=1|", L"", L""},    {"", "=", L"", L"", L""},
-        {"", "\"", L"", L"", L""},          {"a=1", "\0"s, L"a=1|", L"", L""},
-    };
-    for (auto anything : cases) {
-        for (std::size_t i = 0; i < 200000; ++i) {
-            anything.head += anything.unit;
-            anything.parameters += anything.each;
-        }
-        CFakeGateway gateway;
-        gateway.Post(kForm, anything.head);
-        EXPECT_TRUE(Fetch(gateway).parameters == anything.parameters + anything.tail) << anything.unit;
-    }
+TEST(UnEscapeUrl, IsCutToTheBuffer) {
     wchar_t small[4] = L"xxx";
     EXPECT_EQ(cgi_UnEscapeUrl("%41%42%43%44", small, 4), 3u);
     EXPECT_STREQ(small, L"ABC");
+}
+
+constexpr char kMultipart[] = "Multipart/Form-Data; charset=x; boundary=\"b d\"";
+
+std::string Part(const std::string& disposition, const std::string& content) {
+    return "--b d\r\nContent-Disposition: form-data; " + disposition + "\r\n\r\n" + content + "\r\n";
+}
+
+const std::string kGood = Part("name=\"a\"", "1\r\n--b dx\r\n--b") +
+                          Part("name=\"file\"; filename=\"C:\\\\x\\..\\two words.ini\"", "[S]\0\r\n"s) +
+                          Part("name=none; filename=\"\"", "") + "--b d--";
+
+TEST(Multipart, ReadsFieldsAndFiles) {
+    CFakeGateway gateway;
+    gateway.Post(kMultipart, "preamble\r\n" + kGood + "\r\nepilogue");
+    CGetParameterImp request(false, false, gateway);
+    ASSERT_EQ(request.GetInitializationResult(), kCgiFetched);
+    ASSERT_EQ(gateway.Uploads().size(), 1u);
+    const std::filesystem::path file = gateway.Uploads().front();
+    EXPECT_EQ(Parameters(request),
+              L"a=1\r\n--b dx\r\n--b|file=" + file.wstring() + L"|file.filename=two words.ini|none=|none.filename=|");
+    EXPECT_EQ(wrb::test::ReadAll(file), "[S]\0\r\n"s);
+    EXPECT_EQ(file.wstring(), request.FindUpload(L"FILE"));
+    EXPECT_EQ(request.FindUpload(L"none"), nullptr);
+}
+
+TEST(Multipart, RefusesEveryCutAndLeavesNoFile) {
+    for (std::size_t length = 1; length < kGood.size(); ++length) {
+        CFakeGateway gateway;
+        for (const bool announced : {true, false}) {
+            gateway.Post(kMultipart, kGood.substr(0, length), std::to_string(announced ? kGood.size() : length));
+            const tagOutcome outcome = Fetch(gateway);
+            EXPECT_EQ(outcome.status, announced ? kCgiMultipartCutBody : kCgiMultipartNoEnd) << length;
+            EXPECT_EQ(outcome.parameters, L"");
+            EXPECT_TRUE(gateway.Uploads().empty());
+            EXPECT_EQ(outcome.lines.back().level, uint32_t{'E'});
+        }
+    }
+}
+
+TEST(Multipart, AnswersEveryFaultWithItsStatus) {
+    const std::string file = Part("name=f; filename=f", "x");
+    std::string thousand;
+    for (std::size_t i = 0; i < wrb::kMostMultipartParts; ++i) {
+        thousand += Part("name=f", "x");
+    }
+    std::vector<std::tuple<std::string, std::string, int>> cases{
+        {kMultipart, "--b d--", kCgiFetched},
+        {kMultipart, "--b d \t\r\nX: y\r\nCONTENT-DISPOSITION:form-data;name=a\r\n\r\n\r\n--b d--", kCgiFetched},
+        {kMultipart, "--b d\r\nContent-Disposition: form-data; name=a\r\n\r\n--b d--", kCgiFetched},
+        {kMultipart, "", kCgiMultipartNoLength},
+        {kMultipart, thousand + "--b d--", kCgiFetched},
+        {kMultipart, file + thousand + "--b d--", kCgiMultipartTooManyParts},
+        {kMultipart, std::string(5242881, 'x'), kCgiMultipartTooLong},
+        {"multipart/form-data; boundary=", kGood, kCgiMultipartNoBoundary},
+        {"multipart/form-data; xboundary=b", kGood, kCgiMultipartNoBoundary},
+        {"multipart/form-data; boundary=" + std::string(71, 'b'), kGood, kCgiMultipartNoBoundary},
+    };
+    for (const std::string& bad :
+         {Part("filename=x", "1"), Part("name=\"\"", "1"), Part("name=a", "1\0"s), Part("name=\"a\0\""s, "1"),
+          "--b d\r\nX: y\r\n\r\nz\r\n"s, "--b d\r\n\r\nz\r\n"s, "--b d\r\nX: y\r\n"s + file, "--b d\r\n"s,
+          "--b d\r\nContent-Disposition: file; name=a\r\n\r\nz\r\n"s,
+          Part("name=a; x=" + std::string(16384, 'x'), "1")}) {
+        cases.emplace_back(kMultipart, file + bad + "--b d--\r\n" + file, kCgiMultipartBadPart);
+    }
+    for (const auto& [type, body, status] : cases) {
+        CFakeGateway gateway;
+        gateway.Post(type, body);
+        const tagOutcome outcome = Fetch(gateway);
+        EXPECT_EQ(outcome.status, status) << body.substr(0, 200);
+        EXPECT_TRUE(gateway.Uploads().empty());
+        EXPECT_TRUE(outcome.parameters.empty() || status == kCgiFetched);
+    }
+}
+
+TEST(Multipart, AFileThatCannotBeStoredTakesTheOthersWithIt) {
+    CFakeGateway gateway;
+    wrb::test::WriteAll(gateway.home / L"Temp", "a file where the folder should be");
+    gateway.Post(kMultipart, kGood);
+    const tagOutcome outcome = Fetch(gateway);
+    EXPECT_EQ(outcome.status, kCgiMultipartFileNotStored);
+    EXPECT_EQ(outcome.parameters, L"");
+}
+
+TEST(Multipart, FileNamesAreCutToTheirLastComponent) {
+    const std::pair<const wchar_t*, const wchar_t*> cases[] = {
+        {L"..\\..\\a.ini", L"a.ini"}, {L"../a.ini", L"a.ini"}, {L"C:a.ini", L"a.ini"},
+        {L"a.ini:s", L"s"},           {L"x/..", L""},          {L"a.ini. .", L"a.ini"},
+        {L"a\r\nb", L"ab"},
+    };
+    for (const auto& [given, kept] : cases) {
+        EXPECT_EQ(wrb::LastComponent(given), kept);
+    }
 }
 
 }  // namespace

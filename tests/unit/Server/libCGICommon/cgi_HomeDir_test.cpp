@@ -3,7 +3,8 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "ServerRegistry.h"
+#include "ChildProcess.h"
+#include "ServerHome.h"
 
 namespace {
 
@@ -15,29 +16,20 @@ void Set(const std::wstring& text, DWORD type) {
 }
 
 TEST(HomeDir, IsTheInstalledFolderOrElseTheProgramsOwn) {
-    const std::wstring before = wrb::ReadLocalPath();
-    wchar_t path[MAX_PATH];
-    std::wstring program(path, GetModuleFileNameW(nullptr, path, MAX_PATH));
-    program.resize(program.rfind(L'\\') + 1);
+    const wrb::test::CServerHome restored;
+    const std::wstring program = wrb::test::ProgramFolder();
     const std::wstring longest = L"C:\\" + std::wstring(255, L'x');  // 258, and the backslash
-    const struct {
-        std::wstring value;
-        DWORD type;
-        std::wstring home;
-    } cases[] = {
+    const std::tuple<std::wstring, DWORD, std::wstring> cases[] = {
         {L"C:\\Server", REG_SZ, L"C:\\Server\\"}, {L"C:\\Server\\", REG_SZ, L"C:\\Server\\"},
         {L"C:\\Server", REG_BINARY, program},     {std::wstring(L"C:\\A\0B", 6), REG_SZ, L"C:\\A\\"},
         {longest, REG_SZ, longest + L"\\"},       {longest + L"x", REG_SZ, program},
     };
-    for (const auto& home : cases) {
-        Set(home.value, home.type);
-        EXPECT_EQ(cgi_GetHomeDir(), home.home) << home.value.size();
+    for (const auto& [value, type, home] : cases) {
+        Set(value, type);
+        EXPECT_EQ(cgi_GetHomeDir(), home) << value.size();
     }
     RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"Local_Path");
     EXPECT_EQ(cgi_GetHomeDir(), program);
-    if (!before.empty()) {
-        Set(before, REG_SZ);
-    }
 }
 
 }  // namespace
