@@ -1,10 +1,8 @@
 // The three one-way clients against fakes of their services: bytes on the pipe, results and log lines.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <json/reader.h>
 
 #include <functional>
-#include <memory>
 
 #include "CapturedLog.h"
 #include "CmdProtocol.h"
@@ -21,6 +19,7 @@
 
 namespace {
 
+using testing::_;
 using testing::ElementsAre;
 using testing::MatchesRegex;
 using wrb::test::CFakePipeService;
@@ -42,89 +41,59 @@ std::string OneMessage(const wchar_t* pipe, const std::function<int()>& send) {
 }
 
 std::vector<std::wstring> TextsOf(const std::string& message) {
-    return wrb::test::tagDbRequest{message, {}, message}.Texts();
+    wrb::test::tagDbRequest request;
+    request.request = message;
+    return request.Texts();
 }
 
 // The row behind the message's name and id.
-Json::Value RowOf(const std::string& message, const std::wstring& command) {
-    const std::vector<std::wstring> texts = TextsOf(message);
-    Json::Value row;
-    if (texts.size() == 3 && texts[0] == command && texts[2].find(L'\n') == std::wstring::npos) {
-        const std::string text = wrb::WideToUtf8(texts[2]);
-        const Json::CharReaderBuilder builder;
-        const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-        EXPECT_TRUE(reader->parse(text.data(), text.data() + text.size(), &row, nullptr)) << text;
-    }
-    return row;
+std::string RowOf(const wchar_t* command, const std::function<int()>& send) {
+    const std::vector<std::wstring> texts = TextsOf(OneMessage(kLogPoolPipe, send));
+    EXPECT_THAT(texts, ElementsAre(command, _, _));
+    return texts.size() == 3 ? wrb::WideToUtf8(texts[2]) : "no row";
 }
 
 TEST(ServiceClients, TextsTravelWithTheirNul) {
-    using namespace std::string_literals;
-    EXPECT_EQ(OneMessage(kQmAgentPipe, [] { return qmaSendRtsStatusChange(0); }),
-              wrb::test::WideBytes(L"CMDHQM_EVENT_RTS_STATUS_CHANGE\t0\0"s));
-    EXPECT_EQ(OneMessage(kQmAgentPipe, [] { return qmaSendRtsStatusChange(0xFFFFFFFF); }),
-              wrb::test::WideBytes(L"CMDHQM_EVENT_RTS_STATUS_CHANGE\t4294967295\0"s));
-    // The seconds depend on the machine's time zone; another day of the same year is a known number of them away.
-    const auto seconds = [](const wchar_t* date) {
-        tagFirewallLogEntry entry = kEntry;
-        entry.date = date;
-        entry.localHost = L"10.0.0.7\t1";  // an address does not move the numbers
-        entry.remoteHost = L"fe80::1%5\n";
-        const std::string bytes = OneMessage(kQmAgentPipe, [&] { return qmaSendFirewallLog(entry); });
-        const std::vector<std::wstring> fields = wrb::test::tagDbRequest{bytes, {}, bytes}.Fields();
-        EXPECT_EQ(fields.size(), 14u);  // one TAB stands in the path
-        EXPECT_THAT(fields, ElementsAre(L"CMDHQM_SEND_FIREWALL_LOG", L"uid-1", testing::_, L"10.0.0.7", L"fe80::1%5",
-                                        L"6", L"65535", L"2", L"443", L"1", L"0", L"C:\\\u00DC", L"\"x\"", L"info"));
-        return wrb::ParseInt64(fields[2]);
+    _putenv_s("TZ", "UTC0");
+    _tzset();
+    tagFirewallLogEntry entry = kEntry;
+    entry.localHost = L"10.0.0.7\t1";  // an address does not move the numbers
+    entry.remoteHost = L"fe80::1%5\n";
+    tagFirewallLogEntry undated = entry;
+    undated.date = L"";
+    const std::wstring rest = L"\t10.0.0.7\tfe80::1%5\t6\t65535\t2\t443\t1\t0\tC:\\\u00DC\t\"x\"\tinfo";
+    const std::pair<std::function<int()>, std::wstring> cases[] = {
+        {[] { return qmaSendRtsStatusChange(0); }, L"CMDHQM_EVENT_RTS_STATUS_CHANGE\t0"},
+        {[] { return qmaSendRtsStatusChange(0xFFFFFFFF); }, L"CMDHQM_EVENT_RTS_STATUS_CHANGE\t4294967295"},
+        {[&] { return qmaSendFirewallLog(entry); }, L"CMDHQM_SEND_FIREWALL_LOG\tuid-1\t1706745598" + rest},
+        {[&] { return qmaSendFirewallLog(undated); }, L"CMDHQM_SEND_FIREWALL_LOG\tuid-1\t0" + rest},
     };
-    EXPECT_EQ(seconds(L"20240131") - seconds(L"20240130"), 86400);
-    EXPECT_EQ(seconds(L""), 0);
+    for (const auto& [send, text] : cases) {
+        EXPECT_EQ(OneMessage(kQmAgentPipe, send), wrb::test::WideBytes(text + L'\0')) << wrb::WideToUtf8(text);
+    }
 }
 
 TEST(ServiceClients, FirewallLogIsARowOfThePool) {
-    const Json::Value row =
-        RowOf(OneMessage(kLogPoolPipe, [] { return cmdlog_SendCfwLog(kEntry); }), L"CMDLOGV2_SEND_CFWLOG");
-    Json::Value expected;
-    expected["TBL"] = "TBL_CFW_LOG";
-    expected["VER"] = 3;
-    expected["CATEGORY"] = "CfwLogFieldInfo";
-    Json::Value& columns = expected["COL"];
-    columns["UID"] = "uid-1";
-    columns["DATE"] = "2024-01-31 23:59:58";
-    columns["LOCAL_HOST"] = "00000000000000000000FFFF0A000007";
-    columns["REMOTEHOST"] = "FE800000000000000000000000000001";
-    columns["PROTOCOL"] = 6;
-    columns["TYPE"] = 65535;
-    columns["SUBTYPE"] = 2;
-    columns["PORT"] = 443;
-    columns["DIRECTION"] = 1;
-    columns["PV_NAME"] = "C:\\\xC3\x9C\t\"x\"\tinfo";
-    columns["LOG_TYPE"] = 0;
-    EXPECT_EQ(row, expected) << row.toStyledString();
+    EXPECT_EQ(RowOf(L"CMDLOGV2_SEND_CFWLOG", [] { return cmdlog_SendCfwLog(kEntry); }),
+              R"({"CATEGORY":"CfwLogFieldInfo","COL":{"DATE":"2024-01-31 23:59:58","DIRECTION":1,)"
+              R"("LOCAL_HOST":"00000000000000000000FFFF0A000007","LOG_TYPE":0,"PORT":443,"PROTOCOL":6,)"
+              "\"PV_NAME\":\"C:\\\\\xC3\x9C\\t\\\"x\\\"\\tinfo\","
+              R"("REMOTEHOST":"FE800000000000000000000000000001","SUBTYPE":2,"TYPE":65535,"UID":"uid-1"},)"
+              R"("TBL":"TBL_CFW_LOG","VER":3})");
 }
 
 TEST(ServiceClients, RestoreLogIsARowWithANewIdAndTheTime) {
-    const auto send = [] { return dbSetRestoreLogW(L"uid-2", -1, 7); };
-    const Json::Value row = RowOf(OneMessage(kLogPoolPipe, send), L"CMDLOGV2_SEND_RESTORELOG");
-    const Json::Value& columns = row["COL"];
-    const std::string id = columns["LOGID"].asString();
+    const auto row = [] {
+        return RowOf(L"CMDLOGV2_SEND_RESTORELOG", [] { return dbSetRestoreLogW(L"uid-2", -1, 7); });
+    };
+    const std::string first = row();
+    EXPECT_THAT(first, MatchesRegex(R"(\{"CATEGORY":"RestoreLogFieldInfo","COL":\{"LOGID":")"
+                                    R"(........-....-....-....-............","LOG_TYPE":-1,)"
+                                    R"("RECV_TIME":"20..-..-.. ..:..:..","RESULT":7,"UID":"uid-2"\},)"
+                                    R"("TBL":"TBL_RESTORE_LOG","VER":3\})"));
+    const std::string id = first.substr(first.find("LOGID") + 8, 36);
     EXPECT_EQ(id.find_first_not_of("0123456789abcdef-"), id.npos) << id;
-    EXPECT_THAT(id, MatchesRegex("........-....-....-....-............"));
-    EXPECT_THAT(columns["RECV_TIME"].asString(), MatchesRegex("20..-..-.. ..:..:.."));
-    EXPECT_EQ(columns.size(), 5u);
-    EXPECT_EQ(columns["UID"], "uid-2");
-    EXPECT_EQ(columns["LOG_TYPE"], -1);
-    EXPECT_EQ(columns["RESULT"], 7);
-    EXPECT_EQ(row["TBL"], "TBL_RESTORE_LOG");
-    EXPECT_EQ(row["VER"], 3);
-    EXPECT_EQ(row["CATEGORY"], "RestoreLogFieldInfo");
-    EXPECT_NE(RowOf(OneMessage(kLogPoolPipe, send), L"CMDLOGV2_SEND_RESTORELOG")["COL"]["LOGID"], id);
-}
-
-TEST(ServiceClients, SpywareEventIsOneInteger) {
-    const std::string bytes = OneMessage(kWrbServerPipe, [] { return wrbSetSpywareLogEvent(2); });
-    EXPECT_EQ(TextsOf(bytes).at(0), L"WC_SET_SPYWARE_LOG_EVENT");
-    EXPECT_EQ(bytes.substr(bytes.size() - 8), std::string("\x04\0\0\0\x02\0\0\0", 8));
+    EXPECT_EQ(row().find(id), id.npos);
 }
 
 // The pool's client gives the block away, the agent-command client keeps it; a large message travels as a path.
@@ -144,13 +113,15 @@ TEST(ServiceClients, AnyMessageIsFinalizedAndSentWhole) {
 
         CMsgSerializer message(L"LARGE");
         message << large << L"end";
+        const std::wstring id = message.Id();
         const std::string sent = OneMessage(client.pipe, [&] { return client.send(message); });
+        EXPECT_LT(sent.size(), 1000u);
         CMsgSerializer received;
         ASSERT_TRUE(received.Load(sent.data(), static_cast<uint32_t>(sent.size())));
         std::wstring body;
         std::wstring end;
         received >> body >> end;
-        EXPECT_TRUE(body == large && end == L"end");
+        EXPECT_TRUE(body == large && end == L"end" && received.Id() == id);
     }
 }
 
@@ -168,7 +139,6 @@ TEST(ServiceClients, AbsentServiceIsOneLine) {
 }
 
 TEST(LogPool, AddressesBecomeSixteenBytes) {
-    EXPECT_EQ(wrb::HostAddressHex(L"255.1.2.3"), "00000000000000000000FFFFFF010203");
     EXPECT_EQ(wrb::HostAddressHex(L"::ffff:1.2.3.4"), "00000000000000000000FFFF01020304");
     EXPECT_EQ(wrb::HostAddressHex(L"2001:db8::a"), "20010DB800000000000000000000000A");
     for (const wchar_t* const text :
@@ -178,20 +148,16 @@ TEST(LogPool, AddressesBecomeSixteenBytes) {
 }
 
 TEST(LogPool, ComKeepsTheModelThatTheThreadHas) {
-    const auto other = LogOf([] {
-        const UTIL::CComInitiator outer(COINIT_APARTMENTTHREADED);
-        const UTIL::CComInitiator inner(COINIT_MULTITHREADED);
-    });
-    EXPECT_THAT(
-        other,
-        ElementsAre(
-            tagCapturedLine{'W',
-                            L"CComInitiator::CComInitiator - CoInitializeEx failed due to the thread model change "
-                            L"(RPC_E_CHANGED_MODE) with COM error code: [-2147417850]."},
-            tagCapturedLine{'W', L"CComInitiator::CComInitiator - Keep the original thread model."},
-            tagCapturedLine{'D',
-                            L"CComInitiator::~CComInitiator - Due to CoInitializeEx failed, skip to call "
-                            L"CoUninitialize."}));
+    const std::wstring guard = L"CComInitiator::";
+    EXPECT_THAT(LogOf([] {
+                    const UTIL::CComInitiator outer(COINIT_APARTMENTTHREADED);
+                    const UTIL::CComInitiator inner(COINIT_MULTITHREADED);
+                }),
+                testing::ElementsAreArray<tagCapturedLine>(
+                    {{'W', guard + L"CComInitiator - CoInitializeEx failed due to the thread model change "
+                                   L"(RPC_E_CHANGED_MODE) with COM error code: [-2147417850]."},
+                     {'W', guard + L"CComInitiator - Keep the original thread model."},
+                     {'D', guard + L"~CComInitiator - Due to CoInitializeEx failed, skip to call CoUninitialize."}}));
     wchar_t id[36];
     EXPECT_THAT(LogOf([&] { EXPECT_FALSE(cwCreateGUID(id, std::size(id))); }),
                 ElementsAre(tagCapturedLine{'E', L"cwCreateGUID - Fail to get result, HRESULT=0x8007007a"}));
