@@ -1,0 +1,191 @@
+// Both ends of a pipe, each against a fake of the other.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include "FakePipeService.h"
+#include "OnThreads.h"
+#include "PipeClient.h"
+#include "PipeServer.h"
+#include "UniqueName.h"
+
+namespace wrb::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+struct Pipe : testing::Test {
+    // Connects, writes pieces of that many bytes, and closes, on a thread of its own.
+    std::jthread PeerSends(const std::string& data, std::size_t piece) const {
+        return std::jthread([=, this] {
+            const auto pipe = OpenPipeForWriting(m_name);
+            for (std::size_t at = 0; at < data.size(); at += piece) {
+                ASSERT_TRUE(WritePiece(pipe, std::string_view(data).substr(at, piece)));
+            }
+        });
+    }
+
+    const std::wstring m_name = UniqueName();
+};
+using PipeClient = Pipe;
+using PipeServer = Pipe;
+
+TEST_F(PipeClient, SendsAllBytesInPiecesOfAtMost1024) {
+    for (const std::size_t size : {0u, 1u, 1023u, 1024u, 1025u, 511'999u, 512'000u, 512'001u, 2'000'000u}) {
+        const std::string data = PatternBytes(size);
+        const CFakePipeService service(m_name);
+        CPipeClient client;
+        ASSERT_TRUE(client.Initial(m_name.c_str())) << GetLastError();
+        uint64_t bytes = size;
+        EXPECT_TRUE(client.Send(data.data(), bytes)) << GetLastError();
+        EXPECT_EQ(bytes, size);
+        client.Close();
+        const auto message = service.WaitFor(1).at(0);
+        EXPECT_TRUE(message.bytes == data) << size;
+        std::vector<std::size_t> pieces((size + 1023) / 1024, 1024);
+        if (size % 1024 != 0) {
+            pieces.back() = size % 1024;
+        }
+        EXPECT_EQ(message.pieces, pieces);
+    }
+}
+
+// The names come from the network. One that the system would resolve to a file must not reach that file.
+TEST_F(PipeClient, RefusesNamesThatLeaveThePipeNamespace) {
+    const std::pair<std::wstring, DWORD> cases[] = {
+        {L"..", ERROR_INVALID_NAME},
+        {L"..\\C:\\windows\\win.ini", ERROR_INVALID_NAME},
+        {L"a/../../C:/windows/win.ini", ERROR_INVALID_NAME},
+        {L"a\\.. \\b", ERROR_INVALID_NAME},
+        {L"..\\UNC\\host\\pipe\\x", ERROR_INVALID_NAME},
+        {std::wstring(251, L'x'), ERROR_FILENAME_EXCED_RANGE},
+        {L"Global\\..absent..", ERROR_FILE_NOT_FOUND},  // dots within a part are a name like any other
+    };
+    for (const auto& [name, error] : cases) {
+        CPipeClient client;
+        EXPECT_FALSE(client.Initial(name.c_str()));
+        EXPECT_EQ(GetLastError(), error) << testing::PrintToString(name);
+    }
+}
+
+TEST_F(PipeClient, GivesABusyPipeUpAfterTheTimeOutOfItsServer) {
+    const CFileHandle pipe(CreateNamedPipeW((L"\\\\.\\pipe\\" + m_name).c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE,
+                                            1, 1024, 1024, 100, nullptr));
+    CPipeClient first;
+    ASSERT_TRUE(first.Initial(m_name.c_str()));
+    CPipeClient second;
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_FALSE(second.Initial(m_name.c_str()));
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_SEM_TIMEOUT});
+    EXPECT_GE(GetTickCount64() - start, 80u);
+    EXPECT_LT(GetTickCount64() - start, 5'000u);
+}
+
+TEST_F(PipeClient, ASendToAReaderThatHasGoneFailsAndTellsWhatWasWritten) {
+    auto service = std::make_unique<CFakePipeService>(m_name);
+    CPipeClient client;
+    ASSERT_TRUE(client.Initial(m_name.c_str()));
+    service.reset();
+    const std::string data(5000, 'x');
+    uint64_t bytes = data.size();
+    EXPECT_FALSE(client.Send(data.data(), bytes));
+    EXPECT_NE(GetLastError(), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(bytes, 0u);
+}
+
+// Peers need not keep to pieces of 1024 bytes: a piece may be cut by the end of the receive buffer.
+TEST_F(PipeServer, FetchesTheWholeMessageNarrowAndWide) {
+    for (const std::size_t piece : {1024u, 1000u, 7u * 1024u + 1u, 511'999u, 512'001u, 700'000u}) {
+        for (const std::size_t size : {0u, 1u, 3u, 1023u, 1024u, 1025u, 511'999u, 512'000u, 512'001u, 2'000'000u}) {
+            const std::string data = PatternBytes(size);
+            CPipeServer server;
+            ASSERT_TRUE(server.Initial(m_name.c_str(), nullptr));
+            std::string narrow;
+            DWORD pid = 0;
+            {
+                const std::jthread peer = PeerSends(data, piece);
+                EXPECT_TRUE(server.FetchCmd(narrow, &pid));
+            }
+            EXPECT_EQ(pid, GetCurrentProcessId());
+            EXPECT_TRUE(narrow == data) << piece << " gave " << narrow.size();
+
+            const std::jthread peer = PeerSends(data, piece);
+            std::wstring wide = L"left over";
+            EXPECT_TRUE(server.FetchCmd(wide));
+            ASSERT_EQ(wide.size(), size / 2);  // an odd last byte is dropped
+            EXPECT_EQ(std::memcmp(wide.data(), data.data(), wide.size() * 2), 0);
+        }
+    }
+}
+
+// What a peer may do to hold up a fetch. Each must end with the time-out, not later.
+TEST_F(PipeServer, TheTimeOutEndsAFetchWhateverThePeerDoes) {
+    enum { Absent, ConnectsAndIsSilent, WritesOnceAndIsSilent };
+    OnThreads(3, [](unsigned peer) {
+        const std::wstring name = UniqueName();
+        CPipeServer server;
+        ASSERT_TRUE(server.Initial(name.c_str(), 1u));
+        const auto pipe = peer == Absent ? CFileHandle() : OpenPipeForWriting(name);
+        EXPECT_TRUE(peer != WritesOnceAndIsSilent || WritePiece(pipe, "half"));
+        const auto start = std::chrono::steady_clock::now();
+        std::string fetched;
+        EXPECT_FALSE(server.FetchCmd(fetched));
+        const auto elapsed = std::chrono::steady_clock::now() - start;
+        EXPECT_TRUE(elapsed >= 900ms && elapsed < 4s) << elapsed / 1ms;
+    });
+}
+
+// A cancelled read must leave nothing behind that the system still writes to, and the server fit for the next fetch.
+TEST_F(PipeServer, FetchesAfterACancelledFetch) {
+    const CKernelHandle event(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    CPipeServer server;
+    ASSERT_TRUE(server.Initial(m_name.c_str(), event.Get()));
+    const auto peer = OpenPipeForWriting(m_name);
+    const std::jthread signaller([&] {
+        Sleep(50);
+        SetEvent(event.Get());
+    });
+    std::string fetched;
+    EXPECT_FALSE(server.FetchCmd(fetched));
+    EXPECT_TRUE(server.DisconnectAndReconnect(0));
+    EXPECT_FALSE(WritePiece(peer, "dropped"));
+    const std::jthread next = PeerSends("next", 4);
+    EXPECT_TRUE(server.FetchCmd(fetched));
+    EXPECT_EQ(fetched, "next");
+}
+
+// It takes longer than the time-out, which must not end it: there is no second of silence.
+TEST_F(PipeServer, RefusesAMessageWithoutEnd) {
+    CPipeServer server;
+    ASSERT_TRUE(server.Initial(m_name.c_str(), 1u));
+    const std::string piece(1u << 20, 'x');
+    std::thread client([&] {
+        const auto pipe = OpenPipeForWriting(m_name);
+        for (int i = 0; i < 1024 && WritePiece(pipe, piece); ++i) {
+        }
+    });
+    std::string fetched;
+    EXPECT_FALSE(server.FetchCmd(fetched));
+    EXPECT_GT(fetched.size(), CPipeServer::kLargestMessageBytes - 512'000);
+    EXPECT_LE(fetched.size(), CPipeServer::kLargestMessageBytes);
+    EXPECT_TRUE(server.DisconnectAndReconnect(0));  // lets the client go
+    client.join();
+}
+
+TEST_F(PipeServer, ARequestFindsItsReplyPipeOpen) {
+    const std::wstring service = UniqueName(L"service");
+    const CFakePipeService upper(service, [&](const tagReceived& request) {
+        EXPECT_TRUE(WritePiece(OpenPipeForWriting(m_name), request.bytes));
+    });
+    CPipeServer server;
+    ASSERT_EQ(PipeSendAndRecvW("ping", 4, m_name.c_str(), service.c_str(), server, nullptr), 1);
+    std::string answer;
+    EXPECT_TRUE(server.FetchCmd(answer));
+    EXPECT_EQ(answer, "ping");
+}
+
+}  // namespace
+}  // namespace wrb::test
