@@ -2,20 +2,25 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
+
 #include "FakeProfile.h"
+#include "GuardedBytes.h"
+#include "KeyText.h"
 #include "ManualClock.h"
+#include "OnThreads.h"
+#include "TempFolder.h"
 
 namespace {
 
 struct INICache : testing::Test {
-    // The number and the text of the section, which the cache has been asked for as "S".
+    // The entry as a number and as a text.
     std::string Read(int bypass = 0) {
         char text[8];
-        const uint32_t number = cache.readINIInt("S", "number", 0, bypass);
-        cache.readINIString(text, "S", "text", "", sizeof text, bypass);
+        const uint32_t number = cache.readINIInt("S", "k", 0, bypass);
+        cache.readINIString(text, "S", "k", "", sizeof text, bypass);
         return std::to_string(number) + text;
     }
-    void Change(const std::string& value) { profile.values["S/number"] = profile.values["S/text"] = value; }
 
     CManualClock clock{0xFFFFFFFF};  // about to wrap
     CFakeProfile profile;
@@ -24,9 +29,9 @@ struct INICache : testing::Test {
 
 TEST_F(INICache, AnEntryIsFreshUpToAndIncludingTheExpiryAndABypassOfOneLeavesIt) {
     cache.init("C:\\x.ini", 6);
-    Change("1");
+    profile.values["S/k"] = "1";
     EXPECT_EQ(Read(), "11");
-    Change("2");
+    profile.values["S/k"] = "2";
     EXPECT_EQ(Read(1), "22");
     EXPECT_EQ(Read(2), "11") << "only 1 bypasses";
     clock.AdvanceTick(6000);
@@ -38,28 +43,137 @@ TEST_F(INICache, AnEntryIsFreshUpToAndIncludingTheExpiryAndABypassOfOneLeavesIt)
 
 TEST_F(INICache, TextsAreCutToTheBuffer) {
     profile.values["S/t"] = "0123456789";
-    constexpr struct {
-        uint32_t size;
-        uint32_t result;
-        const char* narrow;
-        const wchar_t* wide;
-    } kCases[] = {
-        {4, 3, "012", L"012"},  // first, so that a short reader would spoil the entry for the others
-        {0, 0, "#", L"#"},
-        {1, 0, "", L""},
-        {10, 9, "012345678", L"012345678"},
-        {11, 10, "0123456789", L"0123456789"},
-        {0xFFFFFFFF, 10, "0123456789", L"0123456789"},
-    };
-    for (const auto& cut : kCases) {
+    constexpr std::pair<uint32_t, std::string_view> kCases[] = {
+        {4, "012"},  // first, so that a short reader would spoil the entry for the others
+        {1, ""},    {10, "012345678"}, {11, "0123456789"}, {0xFFFFFFFF, "0123456789"}, {0, "#"}};  // 0: left alone
+    for (const auto& [size, expected] : kCases) {
         char narrow[16] = "#";
         wchar_t wide[16] = L"#";
-        EXPECT_EQ(cache.readINIString(narrow, "S", "t", "", cut.size), cut.result);
-        EXPECT_EQ(cache.readINIString(wide, L"S", L"t", L"", cut.size), cut.result);
-        EXPECT_STREQ(narrow, cut.narrow);
-        EXPECT_STREQ(wide, cut.wide);
+        const std::size_t result = size == 0 ? 0 : expected.size();
+        EXPECT_EQ(cache.readINIString(narrow, "S", "t", "", size), result);
+        EXPECT_EQ(cache.readINIString(wide, L"S", L"t", L"", size), result);
+        EXPECT_EQ(narrow, expected);
+        EXPECT_EQ(wide, std::wstring(expected.begin(), expected.end()));
     }
     EXPECT_EQ(profile.reads, 1);
+}
+
+TEST_F(INICache, AWriteIsTriedSixTimesAndDropsTheEntriesWhateverComesOfIt) {
+    constexpr std::tuple<int, int, int> kCases[] = {{0, 1, 1}, {1, 1, 2}, {5, 1, 6}, {6, 0, 6}};
+    for (const auto& [failures, result, attempts] : kCases) {
+        SCOPED_TRACE(failures);
+        profile.values["S/k"] = "1";
+        cache.clear();
+        EXPECT_EQ(Read(), "11");
+        profile.failingWrites = failures;
+        profile.writeAttempts = profile.reads = 0;
+        profile.pauses.clear();
+
+        EXPECT_EQ(cache.writeINIInt(L"S", L"k", -7), result);
+        EXPECT_EQ(profile.writeAttempts, attempts);
+        EXPECT_EQ(profile.pauses, std::vector<uint32_t>(static_cast<std::size_t>(failures), 100u));
+        EXPECT_EQ(Read(), result != 0 ? "4294967289-7" : "11");
+        EXPECT_EQ(profile.reads, 2) << "both reads go to the file";
+    }
+}
+
+// Notices when two threads read the file at once.
+class COneAtATimeProfile final : public CFakeProfile {
+  public:
+    std::string ReadString(const char* section, const char* key, const char* text, const char* path) override {
+        if (++m_inside > 1) {
+            overlapped = true;
+        }
+        std::this_thread::yield();
+        std::string value = CFakeProfile::ReadString(section, key, text, path);
+        --m_inside;
+        return value;
+    }
+
+    std::atomic<bool> overlapped{false};
+
+  private:
+    std::atomic<int> m_inside{0};
+};
+
+// Every look finds every entry stale.
+class CRacingClock final : public wrb::IClock {
+  public:
+    uint32_t TickMilliseconds() const override { return m_tick += 30001; }
+    int64_t CalendarSeconds() const override { return 0; }
+
+  private:
+    mutable std::atomic<uint32_t> m_tick{0};
+};
+
+TEST(INICacheThreads, MissesComeOneAtATimeWhileOthersWriteAndClear) {
+    CRacingClock clock;
+    COneAtATimeProfile profile;
+    profile.values["S/long"] = std::string(500, 'v');
+    CINICache cache(clock, profile);
+    wrb::test::OnThreads(8, [&](unsigned thread) {
+        for (unsigned i = 0; i < 500; ++i) {
+            wchar_t text[600];
+            const std::string key = std::to_string(i % 7);
+            EXPECT_EQ(cache.readINIInt("S", key.c_str(), static_cast<int32_t>(thread)), thread);
+            EXPECT_EQ(cache.readINIString(text, L"S", L"long", L"", 600), 500u);
+            if (i % 50 == thread) {
+                cache.clear();
+                cache.init("x.ini", 30);
+            }
+        }
+    });
+    EXPECT_FALSE(profile.overlapped);
+}
+
+// A terminated text that must not be read beyond its end.
+template <typename Char>
+class CGuardedText {
+  public:
+    explicit CGuardedText(const std::string& text)
+        : m_text(text.begin(), text.end()), m_bytes(m_text.c_str(), (text.size() + 1) * sizeof(Char)) {}
+    operator const Char*() const { return reinterpret_cast<const Char*>(m_bytes.Start()); }
+
+  private:
+    std::basic_string<Char> m_text;
+    wrb::test::CGuardedBytes m_bytes;
+};
+
+TEST(EntryKey, NarrowAndWideFormsOfEveryLengthMakeTheSameKey) {
+    std::string letters(300, ' ');
+    std::iota(letters.begin(), letters.begin() + 90, '!');
+    std::copy(letters.begin(), letters.begin() + 210, letters.begin() + 90);
+    for (std::size_t length = 0; length < letters.size(); ++length) {
+        for (const std::size_t keyLength : {0u, 1u, 13u, 250u}) {
+            const std::string section = letters.substr(0, length);
+            const std::string key = letters.substr(3, keyLength);
+            const wrb::CEntryKey narrow(CGuardedText<char>{section}, CGuardedText<char>{key});
+            const wrb::CEntryKey wide(CGuardedText<wchar_t>{section}, CGuardedText<wchar_t>{key});
+            ASSERT_EQ(narrow.View(), section + ":" + key);
+            ASSERT_EQ(wide.View(), narrow.View());
+            ASSERT_EQ(wide.Hash(), narrow.Hash());
+        }
+    }
+}
+
+TEST(ProfileAccess, TextsOfEveryLengthComeBackWhole) {
+    const wrb::test::CTempFolder folder;
+    const std::string path = (folder / L"profile.ini").string();
+    wrb::IProfileAccess& profile = wrb::SystemProfile();
+    for (const std::size_t length : {0u, 1u, 2046u, 2047u, 2048u, 5000u, 30000u}) {
+        uint32_t error = 1;
+        // Words of moderate length: the system may take one letter over and over for a file in Unicode.
+        std::string value(length, ' ');
+        for (std::size_t i = 0; i < length; ++i) {
+            value[i] = "Worm,Trojan;"[i * 7 % 12];
+        }
+        ASSERT_NE(profile.WriteString("S", "k", value.c_str(), path.c_str(), error), 0);
+        EXPECT_EQ(error, 0u);
+        EXPECT_EQ(profile.ReadString("S", "k", "default", path.c_str()), value) << length;
+    }
+    uint32_t error = 1;
+    ASSERT_NE(profile.WriteString("S", "k", nullptr, path.c_str(), error), 0);
+    EXPECT_EQ(profile.ReadString("S", "k", "default", path.c_str()), "default");
 }
 
 }  // namespace
