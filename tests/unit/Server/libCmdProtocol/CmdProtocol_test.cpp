@@ -7,19 +7,16 @@
 namespace {
 
 TEST(CmdProtocol, ReadsFieldByFieldAndEmptyFieldsPastTheEnd) {
-    const struct {
-        std::wstring message;
-        std::vector<std::wstring> fields;
-    } cases[] = {
+    const std::pair<std::wstring, std::vector<std::wstring>> cases[] = {
         {L"", {L""}},
         {L"A\t\tB", {L"A", L"", L"B"}},
         {L"\t", {L"", L""}},
         {L"one field, with blanks\r\n", {L"one field, with blanks\r\n"}},
     };
-    for (const auto& row : cases) {
-        CCmdProtocol message(row.message.c_str());
+    for (const auto& [text, fields] : cases) {
+        CCmdProtocol message(text.c_str());
         std::wstring field;
-        for (const std::wstring& expected : row.fields) {
+        for (const std::wstring& expected : fields) {
             message >> field;
             EXPECT_EQ(field, expected);
         }
@@ -47,10 +44,7 @@ TEST(CmdProtocol, TheByteCountIsTheLength) {
 }
 
 TEST(CmdProtocol, NumbersAreTheBitPatternOfASignedDecimal) {
-    const struct {
-        const wchar_t* field;
-        uint32_t number;
-    } cases[] = {
+    const std::pair<const wchar_t*, uint32_t> cases[] = {
         {L"-1", 0xFFFFFFFF},
         {L"4294967295", 2147483647},
         {L"-2147483649", 0x80000000},
@@ -60,10 +54,10 @@ TEST(CmdProtocol, NumbersAreTheBitPatternOfASignedDecimal) {
         {L"00000000000000000012", 1},       // 20: the last is not read
         {L"0000000000000000000000012", 0},  // 25
     };
-    for (const auto& row : cases) {
+    for (const auto& [field, expected] : cases) {
         uint32_t number = 1;
-        CCmdProtocol(row.field) >> number;
-        EXPECT_EQ(number, row.number) << testing::PrintToString(row.field);
+        CCmdProtocol(field) >> number;
+        EXPECT_EQ(number, expected) << testing::PrintToString(field);
     }
 }
 

@@ -1,4 +1,4 @@
-// Lines on their way to the log service.
+// Which lines are admitted, and their way to the log service.
 #include "DebugLog.h"
 
 #include <gmock/gmock.h>
@@ -8,19 +8,73 @@
 #include <ctime>
 #include <regex>
 
+#include "AllocationCount.h"
 #include "FakeDbService.h"
 #include "FakeLogService.h"
+#include "LogFilter.h"
 #include "OnThreads.h"
 #include "TempFolder.h"
 #include "Text.h"
 #include "UniqueName.h"
 #include "logcl_command.h"
 
-using wrb::test::CFakeLogService;
-using wrb::test::CFakePipeService;
-using wrb::test::tagLogMessage;
-
+namespace wrb::test {
 namespace {
+
+TEST(LogFilter, EveryLevelIsHeldAgainstTheThresholdByTheRankOfItsClass) {
+    const std::pair<std::vector<uint32_t>, int> classes[] = {
+        {{'N'}, -1},   {{0, 1, 2, 'F'}, 2}, {{3, 4, 'E'}, 4},
+        {{5, 'W'}, 5}, {{6, 7, 'I'}, 7},    {{8, 'D', 9, 10, 'e', 'd', 'f', 'i', 'n', 'w', 'A', 255}, 9},
+    };
+    for (const auto& [levels, rank] : classes) {
+        for (const uint32_t level : levels) {
+            for (int16_t threshold = -3; threshold <= 12; ++threshold) {
+                EXPECT_EQ(LogFilterAdmits(LogFilterWord(threshold), level), rank <= threshold)
+                    << "level " << level << " at " << threshold;
+            }
+            EXPECT_FALSE(LogFilterAdmits(LogFilterWord(INT16_MIN), level));
+            EXPECT_TRUE(LogFilterAdmits(LogFilterWord(INT16_MAX), level));
+            EXPECT_TRUE(LogFilterAdmits(0xFFFE'0000, level)) << "without bit 16 there is no filter";
+        }
+    }
+    for (const uint32_t level : {256u, 300u, 0x10044u, 0xFFFFFFFFu}) {
+        EXPECT_TRUE(LogFilterAdmits(LogFilterWord(INT16_MIN), level)) << level;
+    }
+}
+
+// What another process of the system sees and sets.
+TEST(LogFilter, TheWordIsSharedUnderItsName) {
+    CLogFilter& filter = CLogFilter::Shared();
+    const CKernelHandle section(OpenFileMappingW(FILE_MAP_READ | FILE_MAP_WRITE, FALSE, L"Global\\log_level_map_file"));
+    ASSERT_TRUE(section);
+    const CMappedView view(MapViewOfFile(section.Get(), FILE_MAP_READ | FILE_MAP_WRITE, 0, 0, 4));
+    ASSERT_TRUE(view);
+    auto* const word = static_cast<volatile uint32_t*>(view.Get());
+
+    *word = LogFilterWord(4);
+    EXPECT_EQ(filter.Word(), 0x10004u);
+    EXPECT_FALSE(filter.Admits('W'));
+    EXPECT_TRUE(filter.Set(LogFilterWord(5)));
+    EXPECT_EQ(*word, 0x10005u);
+    EXPECT_TRUE(filter.Admits('W'));
+    filter.Set(0);
+}
+
+TEST(LogFilter, ALineThatIsFilteredOutAllocatesNothingAndEvaluatesNothing) {
+    ASSERT_TRUE(CLogFilter::Shared().Set(LogFilterWord(5)));
+    int evaluated = 0;
+    SetLastError(ERROR_CRC);
+    const std::size_t before = AllocationsOfThisThread();
+    for (int i = 0; i < 1'000; ++i) {
+        WRB_LOG(kLogDebug, L"%d", ++evaluated);
+        DebugLog(kLogDebug8, L"file", 1, L"%s", L"text");
+        DebugLogA(kLogInfo, L"file", 1, "%s", "text");
+    }
+    EXPECT_EQ(AllocationsOfThisThread(), before);
+    EXPECT_EQ(evaluated, 0);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_CRC});
+    CLogFilter::Shared().Set(0);
+}
 
 const std::wstring kPrefix = L"[CMDHL][liblogclient_test.exe]";
 
@@ -34,11 +88,11 @@ TEST(LogWrite, AMessageIsItsFieldsBetweenTabsAndATerminatingZero) {
     const CFakePipeService service(L"Log_ServerNamePipe");
     EXPECT_EQ(logcl_Write(kLine, nullptr), 1);
     const std::wstring expected(L"LOG_WRITE\t-1\t4294967295\t12\t68\ta.cpp\t-1\t[T][h]text\0", 50);
-    EXPECT_EQ(service.WaitFor(1).at(0).bytes, wrb::test::WideBytes(expected));
+    EXPECT_EQ(service.WaitFor(1).at(0).bytes, WideBytes(expected));
 }
 
 TEST(LogWrite, AMissingServiceIsNotedOnceWhereThereIsSomebodyToNoteIt) {
-    struct CNotes final : wrb::IExternalLog {
+    struct CNotes final : IExternalLog {
         void Trace(const wchar_t*, uint32_t, uint32_t, const wchar_t* text) const override { texts.emplace_back(text); }
         mutable std::vector<std::wstring> texts;
     } const notes;
@@ -77,16 +131,16 @@ TEST_F(DebugLogTest, TheWholeTextIsCutAt4095Characters) {
 }
 
 TEST_F(DebugLogTest, AMirrorFileGetsTheLineAsWell) {
-    const std::wstring path = wrb::test::UniqueName(L"mirror") + L".log";
+    const std::wstring path = UniqueName(L"mirror") + L".log";
     ASSERT_TRUE(DebugLogAttachMirror(path.c_str()));
     DebugLog('E', L"x.cpp", 12, L"first");
     ASSERT_TRUE(DebugLogAttachMirror(nullptr));
-    const std::string bytes = wrb::test::ReadAll(path);
+    const std::string bytes = ReadAll(path);
     EXPECT_TRUE(DeleteFileW(path.c_str()));
     const std::wstring pattern = L"\xFEFF\\d{4} \\d\\d/\\d\\d \\d\\d:\\d\\d:\\d\\d \\[" +
-                                 wrb::FormatWide(L"%04x : %04x", GetCurrentProcessId(), GetCurrentThreadId()) +
+                                 FormatWide(L"%04x : %04x", GetCurrentProcessId(), GetCurrentThreadId()) +
                                  L"\\] \\[CMDHL\\]\\[liblogclient_test.exe\\]first - \\[x.cpp\\(12\\)\\]\r\n";
-    EXPECT_TRUE(std::regex_match(wrb::test::tagReceived{bytes, {}}.Text(), std::wregex(pattern))) << bytes;
+    EXPECT_TRUE(std::regex_match(tagReceived{bytes, {}}.Text(), std::wregex(pattern))) << bytes;
 }
 
 TEST_F(DebugLogTest, KeepsTheLastError) {
@@ -103,7 +157,7 @@ TEST_F(DebugLogTest, EightThreadsNeverMixTheirLines) {
     const auto text = [](unsigned thread, int line) {
         return std::to_wstring(thread) + L":" + std::wstring(1200 + thread, L'a') + L":" + std::to_wstring(line);
     };
-    wrb::test::OnThreads(kThreads, [&](unsigned thread) {
+    OnThreads(kThreads, [&](unsigned thread) {
         for (int i = 0; i < kLines; ++i) {
             DebugLog('I', L"x.cpp", thread, L"%s", text(thread, i).c_str());
         }
@@ -116,3 +170,4 @@ TEST_F(DebugLogTest, EightThreadsNeverMixTheirLines) {
 }
 
 }  // namespace
+}  // namespace wrb::test

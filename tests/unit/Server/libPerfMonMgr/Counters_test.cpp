@@ -2,12 +2,49 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "ChildProcess.h"
 #include "CounterSection.h"
 #include "ManualClock.h"
 #include "PerfMonMgr.h"
+#include "UniqueName.h"
 
 namespace {
+
+using wrb::CounterAttach;
+
+TEST(CounterSection, RefusesASectionThatIsNoBlockOfThisVersion) {
+    const std::wstring sectionName = L"Local\\" + wrb::test::UniqueName(L"section");
+    const std::wstring mutexName = L"Local\\" + wrb::test::UniqueName(L"mutex");
+    const wrb::tagCounterNames names{sectionName.c_str(), mutexName.c_str()};
+    HandlerCounterBlock good = {};
+    good.signature = wrb::kCounterSignature;
+    good.version = wrb::kCounterVersion;
+    good.size = sizeof good;
+    good.slotCount = wrb::kCounterSlots;
+    const std::tuple<uint32_t HandlerCounterBlock::*, uint32_t, CounterAttach> cases[] = {
+        {&HandlerCounterBlock::version, 0, CounterAttach::Attached},
+        {&HandlerCounterBlock::signature, 1, CounterAttach::Foreign},
+        {&HandlerCounterBlock::version, 1, CounterAttach::Foreign},
+        {&HandlerCounterBlock::size, 8, CounterAttach::Foreign},
+        {&HandlerCounterBlock::slotCount, 0xFFFFFFFF, CounterAttach::Foreign}};
+    for (const auto& [field, change, result] : cases) {
+        SCOPED_TRACE(change);
+        HandlerCounterBlock content = good;
+        content.*field += change;
+        wrb::CKernelHandle other(
+            CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sizeof good, names.section));
+        wrb::CMappedView view(MapViewOfFile(other.Get(), FILE_MAP_WRITE, 0, 0, 0));
+        ASSERT_TRUE(view);
+        std::memcpy(view.Get(), &content, sizeof content);
+        wrb::CCounterSection section;
+        uint32_t error = 0;
+        EXPECT_EQ(section.Open(names, error), result);
+        EXPECT_EQ(wrb::CCounterReader().Attach(error, names.section), result);
+        EXPECT_EQ(std::memcmp(view.Get(), &content, sizeof content), 0) << "left as it was";
+    }
+}
 
 class CounterScope : public testing::Test {
   protected:
@@ -15,7 +52,7 @@ class CounterScope : public testing::Test {
         ASSERT_TRUE(CWrbyPerfMonMgr::Initialize());
         wrb::ResetAllCounters();
         uint32_t error = 0;
-        ASSERT_EQ(reader.Attach(error), wrb::CounterAttach::Attached);
+        ASSERT_EQ(reader.Attach(error), CounterAttach::Attached);
     }
     void TearDown() override { CWrbyPerfMonMgr::CloseSingleton(); }
 

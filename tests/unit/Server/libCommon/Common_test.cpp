@@ -1,0 +1,73 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "Handle.h"
+#include "Text.h"
+
+namespace {
+
+std::vector<int> closed;
+
+struct CountingTraits {
+    using Type = int;
+    static int Empty() noexcept { return -1; }
+    static void Close(int handle) noexcept {
+        closed.push_back(handle);
+        SetLastError(ERROR_CRC);  // a closer may spoil it
+    }
+};
+using CCounted = wrb::CUniqueHandle<CountingTraits>;
+
+TEST(Handle, ClosesExactlyOnceWhereverItMovesAndKeepsTheLastError) {
+    closed.clear();
+    SetLastError(ERROR_FILE_NOT_FOUND);
+    {
+        CCounted first(1);
+        CCounted second(std::move(first));
+        EXPECT_FALSE(first);  // NOLINT(bugprone-use-after-move): what is left behind is empty
+        CCounted third(3);
+        third = std::move(second);
+        EXPECT_EQ(closed, std::vector<int>{3}) << "what an assignment replaces is closed";
+        CCounted& self = third;
+        third = std::move(self);
+        EXPECT_EQ(third.Get(), 1);
+    }
+    EXPECT_EQ(closed, (std::vector<int>{3, 1}));
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
+}
+
+TEST(Text, FormattingIsCutToTheBufferAndTerminated) {
+    for (const std::size_t length : {0u, 1u, 6u, 7u, 8u, 100u}) {
+        wchar_t buffer[] = L"########|";  // 8 characters to use, then a mark
+        const std::wstring text(length, L'x');
+        const std::size_t written = wrb::FormatInto(buffer, 8, L"%s", text.c_str());
+        EXPECT_EQ(written, std::min<std::size_t>(length, 7));
+        EXPECT_EQ(std::wstring(buffer), text.substr(0, 7));
+        EXPECT_EQ(buffer[8], L'|');
+    }
+}
+
+TEST(Text, NumbersAreReadAsFarAsTheyGoAndClamped) {
+    const std::pair<const wchar_t*, int64_t> cases[] = {
+        {L"", 0},
+        {L"-", 0},
+        {L"+-1", 0},
+        {L"\t\r\n 42 ", 42},
+        {L"12.9", 12},
+        {L"2147483648", 2147483648},
+        {L"-2147483649", -2147483649},
+        {L"9223372036854775807", INT64_MAX},
+        {L"9223372036854775808", INT64_MAX},
+        {L"-9223372036854775809", INT64_MIN},
+        {L"99999999999999999999999999", INT64_MAX},
+    };
+    for (const auto& [text, number] : cases) {
+        EXPECT_EQ(wrb::ParseInt64(text), number) << testing::PrintToString(text);
+        EXPECT_EQ(wrb::ParseInt32(text), std::clamp<int64_t>(number, INT32_MIN, INT32_MAX))
+            << testing::PrintToString(text);
+    }
+}
+
+}  // namespace
