@@ -1,13 +1,17 @@
-#include "Store.h"
-
+// The database file: seeded, asked and changed.
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <functional>
 
 #include "OnThreads.h"
+#include "ScanTable.h"
+#include "SeedFile.h"
+#include "SeedStore.h"
+#include "Store.h"
 #include "TempFolder.h"
 #include "Text.h"
+#include "TextCommands.h"
 
 namespace wrb {
 namespace {
@@ -29,11 +33,7 @@ std::string WhyNot(const std::wstring& path) {
 TEST(Store, AFileThatCannotBeUsedIsNamedWithTheReason) {
     const CTempFolder folder;
     const std::wstring path = (folder / L"b\xfcro.db").wstring();
-    const struct {
-        const char* what;
-        std::function<void()> prepare;
-        const char* reason;
-    } kCases[] = {
+    const std::tuple<const char*, std::function<void()>, const char*> kCases[] = {
         {"missing", [] {}, "cannot be opened; make it with: wrbback seed"},
         {"empty", [&] { WriteAll(path, ""); }, "is empty; fill it with"},
         {"text", [&] { WriteAll(path, std::string(5000, 'x')); }, "is not a database"},
@@ -83,6 +83,177 @@ TEST(Store, ThePoolLendsEachConnectionToOneThreadAndReadersGoOnWhileAWriterIsInT
     });
     transaction.Commit();
     EXPECT_EQ(pool.Lend().Db().NumberOf("SELECT count(*) FROM agent"), 1);
+}
+
+constexpr char kUid[] = "3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3";
+
+std::string Agent(const std::string& members) {
+    return std::string(R"({"agents": [{"uid": ")") + kUid + "\"" + (members.empty() ? "" : ", ") + members + "}]}";
+}
+
+TEST(Seed, WhatIsWrongIsSaidWithItsPlace) {
+    const std::pair<std::string, const char*> kCases[] = {
+        {"{", "not JSON"},
+        {R"({"agents": [], "agents": []})", "not JSON"},
+        {std::string(200, '[') + std::string(200, ']'), "not JSON"},
+        {"\xFF{}", "the file: is not UTF-8"},
+        {"{}", "the file: \"agents\" is missing"},
+        {R"({"agents": [{"uid": "3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2fg"}]})", "agents[0].uid: must be a GUID"},
+        {R"({"agents": [{"uid": "3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3"},
+                        {"uid": "3F2A6C10-5B1E-4D27-9A64-0C8E7D51B2F3"}]})",
+         "agents[1].uid: is the uid of agents[0] too"},
+        {Agent(R"("computer": "a\tb")"), "agents[0].computer: holds a TAB"},
+        {Agent(R"("computer": ")" + std::string(65536, 'x') + "\""), "agents[0].computer: is longer"},
+        {Agent(R"("platform": 4294967296)"), "agents[0].platform: must be a whole number of 32 bits"},
+        {Agent(R"("platform": 1.5)"), "agents[0].platform: must be a whole number of 32 bits"},
+        {Agent(R"("domain": {"pth": "x"})"), "agents[0].domain.pth: unknown key"},
+        {Agent(R"("restoreSessions": ["a", ""])"), "agents[0].restoreSessions[1]: must not be empty"},
+        {Agent(R"("behaviourPolicies": [{"id": "a", "action": 1}])"), "agents[0].behaviourPolicies[0]: \"enable\" is"},
+        {Agent(R"("scan": {"manual": {"USBBootScan": true}})"), "agents[0].scan.manual.USBBootScan: unknown key"},
+        {Agent(R"("scan": {"manual": {"CleanFailedMoveDir": "x"}})"), "CleanFailedMoveDir: is not stored"},
+        {Agent(R"("scan": {"manual": {"ScanSpeed": 3}})"), "agents[0].scan.manual.ScanSpeed: has no such value"},
+        {Agent(R"("sablex": {"ExceptionItem": ["a", "b|c"]})"), "agents[0].sablex.ExceptionItem[1]: must not be empty"},
+        {Agent(R"("webThreat": {"URLFilterAWSL_InOffice": [""]})"), "URLFilterAWSL_InOffice[0]: must not be empty"},
+        {Agent(R"("webThreat": {"URLFilterAWSLCount_InOffice": 1})"), "URLFilterAWSLCount_InOffice: unknown key"},
+        {Agent(R"("ncie": {"EnableRR": 1})"), "agents[0].ncie.EnableRR: must be"},
+        {Agent(R"("restoreItems": [{}, {"FACount": "1"}])"), "agents[0].restoreItems[1].FACount: unknown key"},
+        {Agent(R"("agentPolicy": [])"), "agents[0].agentPolicy: unknown key"},
+    };
+    for (const auto& [json, message] : kCases) {
+        try {
+            ParseSeed(json);
+            ADD_FAILURE() << "accepted: " << json.substr(0, 200);
+        } catch (const CSeedError& error) {
+            EXPECT_NE(std::string(error.what()).find(message), std::string::npos) << error.what();
+        }
+    }
+}
+
+TEST(Seed, ScanKeysSetTheBitsOfTheirOwnSection) {
+    const tagSeed seed = ParseSeed("\xEF\xBB\xBF" + Agent(R"("scan": {
+        "manual": {"Flags": 0, "IntelliScan": true, "ScanSpeed": 2, "OleLayer": -1, "MoveDir": "\\m",
+                   "spyware": {"Flags": "0x0", "ActionType": 2}, "exclusions": {"ExcludeCallowayProduct": true}},
+        "prescheduled": {"Flags": "0xFFFFFFFF", "IntelliScan": false, "ScanSpeed": 0, "Hour": 23}})"));
+    const StoredScans& scans = seed.agents.at(0).scans.value();
+    const tagStoredScan& manual = scans[static_cast<std::size_t>(ScanType::MS)];
+    EXPECT_EQ(manual.values.flags, (1u << 8) | (1u << 18) | (1u << 16));
+    EXPECT_EQ(manual.values.oleLayer, 0xFFFFFFFFu);
+    EXPECT_EQ(manual.values.moveDir, L"\\m");
+    EXPECT_EQ(manual.spywareFlags, 1u << 17);
+    const tagStoredScan& scheduled = scans[static_cast<std::size_t>(ScanType::PS)];
+    // The exclusion section is not given, so its switch is as the flags say; the default would set it too.
+    EXPECT_EQ(scheduled.values.flags, 0xFFFFFFFFu & ~((1u << 11) | (1u << 17) | (1u << 18)));
+    EXPECT_EQ(scheduled.values.hour, 23u);
+}
+
+TEST(Seed, SeedingReplacesTheAgentsThatAreGivenAndNothingElse) {
+    const std::string rich = Agent(R"("computer": "ONE", "approvedSpyware": ["a", "b"], "restoreSessions": ["s"],
+        "behaviourPolicies": [{"id": "p", "action": 1, "enable": true}], "restoreItems": [{}, {}], "scan": {})");
+    // Agents, those with a name, scans, approved spyware, sessions, policies, restore items; the switches that are off.
+    const std::pair<std::string, const char*> kSteps[] = {
+        {rich, "1 1 4 2 1 1 2 0 "},
+        {rich, "1 1 4 2 1 1 2 0 "},
+        {R"({"agents": [], "serviceSwitch": {"EnableDLPOnServer": false}})", "1 1 4 2 1 1 2 32 "},
+        {R"({"agents": [{"uid": "8d94e7b5-20c1-4f8a-8e3d-57a1f09c6b42"}]})", "2 1 4 2 1 1 2 32 "},
+        {Agent(""), "2 0 0 0 0 0 0 32 "},
+        {R"({"agents": [], "serviceSwitch": {}})", "2 0 0 0 0 0 0 0 "},
+    };
+    const CTempFolder folder;
+    const auto db = CreateStore((folder / L"agents.db").wstring());
+    const auto counted = [&db] {
+        std::string numbers;
+        for (const std::string column :
+             {"count(*) FROM agent", "sum(computer <> '') FROM agent", "count(*) FROM scan",
+              "count(*) FROM spyware_approved", "count(*) FROM restore_session", "count(*) FROM behaviour_policy",
+              "count(*) FROM fa_restore_item", "sum((enabled = 0) << position) FROM service_switch"}) {
+            numbers += std::to_string(db->NumberOf(("SELECT " + column).c_str())) + " ";
+        }
+        return numbers;
+    };
+    for (const auto& [json, rows] : kSteps) {
+        StoreSeed(*db, ParseSeed(json));
+        EXPECT_EQ(counted(), rows) << json;
+    }
+    db->Execute("CREATE TRIGGER stop BEFORE INSERT ON fa_restore_item BEGIN SELECT RAISE(ABORT, 'full'); END");
+    EXPECT_THROW(StoreSeed(*db, ParseSeed(rich)), CSqliteError);
+    EXPECT_EQ(counted(), kSteps[5].second) << "what failed in the middle leaves nothing";
+    EXPECT_FALSE(db->InTransaction());
+}
+
+constexpr wchar_t kAgent[] = L"3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3";
+constexpr wchar_t kOtherAgent[] = L"8d94e7b5-20c1-4f8a-8e3d-57a1f09c6b42";
+
+struct CTextCommandsTest : testing::Test {
+    CTextCommandsTest() : db(CreateStore((folder / L"agents.db").wstring())) {
+        for (const wchar_t* uid : {kAgent, kOtherAgent}) {
+            db->Use("INSERT INTO agent (uid) VALUES (:uid)").Bind(":uid", uid).Run();
+        }
+        for (const ScanType type : kScanTypes) {
+            InsertScan(*db, kAgent, type, DefaultScan(type));
+        }
+    }
+    int64_t Write(DbCommand command, const std::wstring& fields) {
+        CCmdProtocol request((kAgent + (L"\t" + fields)).c_str());
+        return RunTextCommand(*db, command, request);
+    }
+    std::optional<std::wstring> Read(DbCommand command, const std::wstring& fields) {
+        CCmdProtocol request((kAgent + (L"\t" + fields)).c_str());
+        return AnswerTextCommand(*db, command, request);
+    }
+    CTempFolder folder;
+    std::unique_ptr<CSqliteDb> db;
+};
+
+TEST_F(CTextCommandsTest, AMaskSaysWhichBitsAValueReplaces) {
+    const struct {
+        uint32_t stored;
+        uint32_t result;
+        const wchar_t* value;
+        const wchar_t* mask;
+    } kCases[] = {
+        {0x0000000F, 0x000000F0, L"240", L"255"},
+        {0xFFFFFFFF, 0x00010002, L"0", L"4294901757"},  // all but AllowCfg and the exclusion switch
+        {0x00010002, 0xFFFFFFFF, L"4294967295", L"4294901757"},
+        {0x12345678, 0x12345678, L"-1", L"0"},
+        {0x00000000, 0x80000000, L"-1", L"-2147483648"},
+        {0x000000FF, 0x000000F0, L"text", L"15"},
+        {0x000000FF, 0x000000FF, L"", L""},
+        {0x00000000, 0x00000007, L" +7x", L"99999999999999999999"},
+    };
+    for (const auto& [stored, result, value, mask] : kCases) {
+        db->Use("UPDATE scan SET flags = @f, spyware_flags = @f, ole_layer = 4294967295").Bind("@f", stored).Run();
+        EXPECT_EQ(Write(DbCommand::SetMsFlg, std::wstring(value) + L"\t" + mask), 1);
+        const std::wstring shown = std::to_wstring(static_cast<int32_t>(result)) + L"\t20\t-1\t4";
+        EXPECT_EQ(Read(DbCommand::GetMscf, L"0"), shown);
+        EXPECT_EQ(db->NumberOf("SELECT sum(flags) + sum(spyware_flags) FROM scan"), result + int64_t{stored} * 7);
+    }
+}
+
+TEST_F(CTextCommandsTest, ConfigurationBitsChooseTheGroup) {
+    const std::pair<const wchar_t*, std::optional<std::wstring>> kCases[] = {
+        {L"1", L"ms\t\\m\t\t\ta"}, {L"1024", L"sn\t\\m\t\t\ta"}, {L"256", L"f-ms\tf\te"},
+        {L"65536", L"f-sn\tf\te"}, {L"0", std::nullopt},         {L"3", std::nullopt},
+        {L"-1", std::nullopt},     {L"", std::nullopt},          {L"4294967297", std::nullopt},
+    };
+    db->Execute(
+        "UPDATE scan SET ext_list = substr('msrtpssn', type * 2 + 1, 2), move_dir = '\\m', cust_action = 'a', "
+        "excluded_folder = 'f-' || substr('msrtpssn', type * 2 + 1, 2), excluded_file = 'f', excluded_ext = 'e'");
+    for (const auto& [bit, answer] : kCases) {
+        EXPECT_EQ(Read(DbCommand::GetExtra, bit), answer) << testing::PrintToString(std::wstring(bit));
+    }
+    EXPECT_EQ(Write(DbCommand::SetExcludeList, L"1\tx\ty\tz"), 0);  // a main group's bit
+    const std::wstring halves = L"256\t\xDE00 x \xD800\t\xD83D\xDE00\t'; DROP TABLE scan; --";
+    EXPECT_EQ(Write(DbCommand::SetExcludeList, halves), 1);
+    EXPECT_EQ(Read(DbCommand::GetExtra, L"256"), halves.substr(4)) << "as it was written";
+}
+
+TEST_F(CTextCommandsTest, SpecialLogsHaveAnEnd) {
+    db->Execute(
+        "INSERT INTO special_log (id, uid, log_type, text, received) "
+        "SELECT value, '3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3', 1, 'old', 0 FROM (SELECT 1 value UNION SELECT 10000)");
+    EXPECT_EQ(Write(DbCommand::SetSpecialLog, L"7\ttext"), 1);
+    EXPECT_EQ(db->NumberOf("SELECT sum(id) FROM special_log"), 10000 + 10001) << "the first has gone";
+    EXPECT_EQ(db->NumberOf("SELECT count(*) FROM special_log WHERE log_type = 7 AND received > 1600000000"), 1);
 }
 
 }  // namespace

@@ -1,12 +1,14 @@
-#include "LogFiles.h"
-
+// What is written down: the log files, their lines and settings, and the notes on the console.
 #include <gtest/gtest.h>
 
 #include <numeric>
 #include <set>
 #include <sstream>
 
+#include "LogFiles.h"
 #include "LogSettings.h"
+#include "ManualClock.h"
+#include "Notes.h"
 #include "ReceivedLine.h"
 #include "TempFolder.h"
 #include "Text.h"
@@ -55,10 +57,7 @@ TEST(LogFiles, SplitBeforeTheLimitKeepTheLatestAndTouchNoOther) {
 }
 
 TEST(LogFiles, AShortDiskLosesLinesUntilThereIsSpaceAgain) {
-    const struct {
-        tagDiskSpace space;
-        LogWriteResult result;
-    } kCases[] = {
+    const std::pair<tagDiskSpace, LogWriteResult> kCases[] = {
         {{999, 0}, LogWriteResult::NoSpace},  // the size counts
         {{1000, 0}, LogWriteResult::Written},
         {{1000, 100'100}, LogWriteResult::NoSpace},  // the percentage counts
@@ -67,12 +66,12 @@ TEST(LogFiles, AShortDiskLosesLinesUntilThereIsSpaceAgain) {
     const CTempFolder folder;
     tagDiskSpace space;
     LogFileOptions options{.folder = folder.Path(), .reserveBytes = 1000, .diskSpace = [&](auto&) { return space; }};
-    for (const auto& row : kCases) {
+    for (const auto& [shown, result] : kCases) {
         CLogFiles files(options);
         space = {0, 0};
         EXPECT_EQ(files.Write("lost\n"), LogWriteResult::NoSpace);
-        space = row.space;
-        EXPECT_EQ(files.Write("line\n"), row.result) << space.available << " of " << space.total;
+        space = shown;
+        EXPECT_EQ(files.Write("line\n"), result) << space.available << " of " << space.total;
     }
     EXPECT_EQ(test::ReadAll(folder / L"wrbdebug.log"), "line\nline\n");
     options.folder += L"\\wrbdebug.log\\below";
@@ -99,10 +98,70 @@ TEST(LogSettings, KeysAreReadInTheirUnitsAndNonsenseKeepsTheDefaults) {
         EXPECT_TRUE(ReadLogSettings((folder / L"debug.ini").wstring(), settings));
         EXPECT_EQ(FilterWordOf(settings), ParseLogLevel(row.level));
         const LogFileOptions& files = settings.files;
-        EXPECT_EQ(files.folder + L" " + std::to_wstring(files.splitBytes) + L" " + std::to_wstring(files.maxFiles) +
-                      L" " + std::to_wstring(files.reserveBytes),
-                  row.rest);
+        EXPECT_EQ(
+            FormatWide(L"%s %llu %u %llu", files.folder.c_str(), files.splitBytes, files.maxFiles, files.reserveBytes),
+            row.rest);
     }
+}
+
+// The line in the file without its date and time.
+std::string Shown(const tagReceivedLine& line) {
+    return FormatLogLine(line).substr(sizeof "1970 01/01 00:00:00" - 1);
+}
+
+TEST(LogLine, FieldsOfEveryMessage) {
+    const std::string letters(9000, 'x');
+    const std::wstring wide(9000, L'x');
+    // shown: empty: refused
+    const std::pair<std::wstring, std::string> kCases[] = {
+        {L"1700000000\t4321\t4294967295\t68\tServer\\x.cpp\t57\t[CMDHL][h.exe]text\tand\tmore",
+         " [10e1 : ffffffff] [D] [CMDHL][h.exe]text\\tand\\tmore - [Server\\x.cpp(57)]\r\n"},
+        {L"x\t-1\t99999999999999999999\tD\t\t-5\t", " [ffffffff : ffffffff] [F]  - [(-5)]\r\n"},
+        {L"1\t2\t3\t4\t" + wide + L"\t6\t" + wide,
+         " [0002 : 0003] [E] " + letters.substr(0, 8191) + " - [" + letters.substr(0, 260) + "(6)]\r\n"},
+        {L"", ""},
+        {L"1\t2\t3\t4\tfile\t6", ""},
+        {L"\t\t\t\t\t", ""},
+    };
+    for (const auto& [fields, shown] : kCases) {
+        const auto line = ParseLogLine(fields);
+        EXPECT_EQ(line ? Shown(*line) : "", shown) << fields.size();
+    }
+}
+
+TEST(LogLine, AFileLineIsOneLineWhateverThePeerSends) {
+    const std::pair<std::wstring, const char*> kTexts[] = {
+        {L"plain \\ path", "plain \\ path"},
+        {L"a\r\nb\tc", "a\\r\\nb\\tc"},
+        {std::wstring(L"nul\0end", 7), "nul\\u0000end"},
+        {L"\x1b[2J", "\\u001B[2J"},
+        {L"\x85\x2028\x2029", "\\u0085\\u2028\\u2029"},
+        {L"\x202e\x2066\xfeff", "\\u202E\\u2066\\uFEFF"},
+        {L"\xfc\x4e2d\xd83d\xde00", "\xC3\xBC\xE4\xB8\xAD\xF0\x9F\x98\x80"},
+    };
+    for (const auto& [text, shown] : kTexts) {
+        EXPECT_EQ(Shown({.level = 'W', .sourceFile = text, .line = 3, .text = text}),
+                  std::string(" [0000 : 0000] [W] ") + shown + " - [" + shown + "(3)]\r\n");
+    }
+}
+
+TEST(LogLine, TimeIsLocalAndNeverFails) {
+    const std::time_t seconds = 1700000000;
+    char expected[32];
+    std::strftime(expected, sizeof expected, "%Y %m/%d %H:%M:%S ", std::localtime(&seconds));
+    EXPECT_TRUE(FormatLogLine({.seconds = seconds}).starts_with(expected));
+    EXPECT_TRUE(FormatLogLine({.seconds = INT32_MIN}).starts_with("1970 01/01 00:00:00 "));
+}
+
+TEST(Notes, AFloodIsHeldBackAndOwnedUpTo) {
+    CManualClock clock(4294967000);  // wraps within the first minute
+    std::wstring written;
+    CNotes notes([&](const std::wstring& note) { written += note + L"\n"; }, 2, clock);
+    for (const uint32_t wait : {0, 0, 0, 59'999, 1, 60'000}) {
+        clock.AdvanceTick(wait);
+        notes.Write(std::to_wstring(wait));
+    }
+    EXPECT_EQ(written, L"0\n0\n2 more notes were held back\n1\n60000\n");
 }
 
 }  // namespace
