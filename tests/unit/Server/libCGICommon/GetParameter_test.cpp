@@ -193,59 +193,52 @@ TEST(GetParameter, RefusesABodyBeyondTheLimit) {
 
 TEST(GetParameter, SurvivesEveryAnnouncedLength) {
     const std::wstring tooLong = L"] is large then POST size limitation: [5242880].";
-    const struct {
-        std::string announced;
-        std::wstring parameters;
-        std::optional<tagCapturedLine> line;  // nothing: not a line at all
-    } cases[] = {
-        {"3", L"a=1|", {{'D', kReader + L" - <<<"}}},
-        {"2", L"a=|", {{'D', kReader + L" - fread >>>"}}},
-        {"9", L"a=1|", {{'W', kReader + L" - the body ends at [3] of [9] bytes."}}},
-        {"5242880", L"a=1|", {{'W', kReader + L" - the body ends at [3] of [5242880] bytes."}}},
-        {"-1", L"", {{'E', kReader + L" - Content size[-1" + tooLong}}},
-        {"9223372036854775808", L"", {{'E', kReader + L" - Content size[2147483647" + tooLong}}},
-        {"-99999999999999999999", L"", {{'E', kReader + L" - Content size[-2147483648" + tooLong}}},
-        {"3 ", L"", {{'W', kReader + L" - CONTENT_LENGTH is no number: [3 ]."}}},
-        {"-", L"", {{'W', kReader + L" - CONTENT_LENGTH is no number: [-]."}}},
-        {"0x3", L"", {{'W', kReader + L" - CONTENT_LENGTH is no number: [0x3]."}}},
-        {"-0", L"", {}},
-        {"", L"", {}},
+    // Without a line: not a line at all.
+    const std::tuple<std::string, std::wstring, std::optional<tagCapturedLine>> cases[] = {
+        {"3", L"a=1|", tagCapturedLine{'D', kReader + L" - <<<"}},
+        {"2", L"a=|", tagCapturedLine{'D', kReader + L" - fread >>>"}},
+        {"9", L"a=1|", tagCapturedLine{'W', kReader + L" - the body ends at [3] of [9] bytes."}},
+        {"5242880", L"a=1|", tagCapturedLine{'W', kReader + L" - the body ends at [3] of [5242880] bytes."}},
+        {"-1", L"", tagCapturedLine{'E', kReader + L" - Content size[-1" + tooLong}},
+        {"9223372036854775808", L"", tagCapturedLine{'E', kReader + L" - Content size[2147483647" + tooLong}},
+        {"-99999999999999999999", L"", tagCapturedLine{'E', kReader + L" - Content size[-2147483648" + tooLong}},
+        {"3 ", L"", tagCapturedLine{'W', kReader + L" - CONTENT_LENGTH is no number: [3 ]."}},
+        {"-", L"", tagCapturedLine{'W', kReader + L" - CONTENT_LENGTH is no number: [-]."}},
+        {"0x3", L"", tagCapturedLine{'W', kReader + L" - CONTENT_LENGTH is no number: [0x3]."}},
+        {"-0", L"", std::nullopt},
+        {"", L"", std::nullopt},
     };
-    for (const auto& length : cases) {
+    for (const auto& [announced, parameters, line] : cases) {
         CFakeGateway gateway;
-        gateway.Post(kForm, "a=1", length.announced);
+        gateway.Post(kForm, "a=1", announced);
         const tagOutcome outcome = Fetch(gateway);
         EXPECT_EQ(outcome.status, kCgiFetched);
-        EXPECT_EQ(outcome.parameters, length.parameters) << length.announced;
-        EXPECT_TRUE(length.line ? outcome.Logged(length.line->level, length.line->text) : outcome.lines.empty())
-            << length.announced;
+        EXPECT_EQ(outcome.parameters, parameters) << announced;
+        EXPECT_TRUE(line ? outcome.Logged(line->level, line->text) : outcome.lines.empty()) << announced;
     }
 }
 
 TEST(GetParameter, KeepsRawDataBehindAFormInAFile) {
-    const struct {
-        std::string body;
-        bool allowed;
-        std::optional<std::string> data;  // nothing: no file
-    } cases[] = {
+    // Without data: no file.
+    const std::tuple<std::string, bool, std::optional<std::string>> cases[] = {
         {"a=1&BinaryDataBlock=\0x+y&\0z"s, true, "x+y&\0z"s}, {"a=1&BinaryDataBlock=\0x"s, false, std::nullopt},
         {"a=1&BinaryDataBlock=\0"s, true, std::nullopt},      {"a=1&BinaryDataBlock=&\0x"s, true, "\0x"s},
         {"a=1&BinaryDataBlock=q\0x"s, true, std::nullopt},    {"a=1&BinaryDataBlock=&b=2\0x"s, true, std::nullopt},
     };
-    for (const auto& block : cases) {
+    for (const auto& [body, allowed, data] : cases) {
         CFakeGateway gateway;
-        gateway.Post(kForm, block.body);
+        gateway.Post(kForm, body);
         TakeCapturedLog();
-        CGetParameterImp request(block.allowed, false, gateway);
+        CGetParameterImp request(allowed, false, gateway);
         EXPECT_STREQ(request.Find(L"a"), L"1");
-        ASSERT_EQ(gateway.Uploads().size(), block.data ? 1u : 0u) << block.body;
-        if (block.data) {
+        ASSERT_EQ(gateway.Uploads().size(), data ? 1u : 0u) << body;
+        if (data) {
             const std::filesystem::path file = gateway.Uploads().front();
-            EXPECT_EQ(wrb::test::ReadAll(file), *block.data);
+            EXPECT_EQ(wrb::test::ReadAll(file), *data);
             EXPECT_EQ(file.wstring(), request.FindUpload(L"binarydatablock"));
             EXPECT_EQ(file.filename().wstring().find_first_not_of(L"0123456789ABCDEF"), 32u);
             EXPECT_EQ(file.extension(), L".tmp");
-            const tagCapturedLine line{'D', kReader + L" - write Length = " + std::to_wstring(block.data->size())};
+            const tagCapturedLine line{'D', kReader + L" - write Length = " + std::to_wstring(data->size())};
             EXPECT_EQ(std::ranges::count(TakeCapturedLog(), line), 1);
         }
     }

@@ -10,11 +10,6 @@ namespace {
 
 constexpr wchar_t kKey[] = L"SOFTWARE\\CallowaySystems\\Warrenby\\service\\Information";
 
-void Set(const std::wstring& text, DWORD type) {
-    const auto bytes = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
-    EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"Local_Path", type, text.c_str(), bytes), ERROR_SUCCESS);
-}
-
 TEST(HomeDir, IsTheInstalledFolderOrElseTheProgramsOwn) {
     const wrb::test::CServerHome restored;
     const std::wstring program = wrb::test::ProgramFolder();
@@ -25,7 +20,8 @@ TEST(HomeDir, IsTheInstalledFolderOrElseTheProgramsOwn) {
         {longest, REG_SZ, longest + L"\\"},       {longest + L"x", REG_SZ, program},
     };
     for (const auto& [value, type, home] : cases) {
-        Set(value, type);
+        const auto bytes = static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t));
+        EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"Local_Path", type, value.c_str(), bytes), ERROR_SUCCESS);
         EXPECT_EQ(cgi_GetHomeDir(), home) << value.size();
     }
     RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"Local_Path");

@@ -104,11 +104,8 @@ TEST(IPCMsgBuffer, WritesEveryKindByteForByte) {
 }
 
 TEST(IPCMsgBuffer, ReadsTextByItsLength) {
-    const struct {
-        const char* hex;
-        const wchar_t* expected;  // null: refused
-        uint32_t left;
-    } rows[] = {
+    // The bytes, the text (null: refused), and how many bytes are left.
+    const std::tuple<const char*, const wchar_t*, uint32_t> rows[] = {
         {"00 00 00 00", L"before", 0},                 // length 0 leaves the target alone
         {"02 00 00 00 00 00", L"", 0},                 //
         {"03 00 00 00 00 00 77", L"", 0},              // an odd length loses its last byte
@@ -118,19 +115,19 @@ TEST(IPCMsgBuffer, ReadsTextByItsLength) {
         {"FC FF FF FF 41 00 00 00", nullptr, 8},       // the sum with the cursor wraps
         {"00 00 00", nullptr, 3},
     };
-    for (const auto& row : rows) {
-        CGuardedReader in(FromHex(row.hex));
+    for (const auto& [hex, expected, left] : rows) {
+        CGuardedReader in(FromHex(hex));
         std::wstring text = L"before";
-        if (row.expected == nullptr) {
+        if (expected == nullptr) {
             EXPECT_THAT([&] { in >> text; },
                         testing::Throws<CIPCMsgBufferException>(testing::Property(
                             &CIPCMsgBufferException::GetCode, CIPCMsgBufferException::Code::kOutOfRange)))
-                << row.hex;
+                << hex;
         } else {
             in >> text;
-            EXPECT_STREQ(text.c_str(), row.expected) << row.hex;
+            EXPECT_STREQ(text.c_str(), expected) << hex;
         }
-        EXPECT_EQ(in.Remaining(), row.left) << row.hex;
+        EXPECT_EQ(in.Remaining(), left) << hex;
     }
 }
 

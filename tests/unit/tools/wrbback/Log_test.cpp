@@ -79,11 +79,8 @@ TEST(LogFiles, AShortDiskLosesLinesUntilThereIsSpaceAgain) {
 }
 
 TEST(LogSettings, KeysAreReadInTheirUnitsAndNonsenseKeepsTheDefaults) {
-    const struct {
-        const char* body;
-        const wchar_t* level;
-        const wchar_t* rest;  // folder, split size, largest count, reserve in bytes
-    } kCases[] = {
+    // The section, the level, and: folder, split size, largest count, reserve in bytes.
+    const std::tuple<const char*, const wchar_t*, const wchar_t*> kCases[] = {
         {"DebugLevel=W\nDebugLogFolder=D:\\Logs\nSplitSize=1000\nMaxLogCount=3\nReserveHardDiskSpaceSize=100\n", L"W",
          L"D:\\Logs 1000 3 102400"},
         {"DebugLevel=loud\nDebugLogFolder=\nSplitSize=10 MB\nMaxLogCount=-1\nReserveHardDiskSpaceSize=\n", L"all",
@@ -92,15 +89,15 @@ TEST(LogSettings, KeysAreReadInTheirUnitsAndNonsenseKeepsTheDefaults) {
          L".\\Log\\ 104857600 10 20971520"},
     };
     const CTempFolder folder;
-    for (const auto& row : kCases) {
-        test::WriteAll(folder / L"debug.ini", std::string("[Debug]\n") + row.body);
+    for (const auto& [body, level, rest] : kCases) {
+        test::WriteAll(folder / L"debug.ini", std::string("[Debug]\n") + body);
         LogSettings settings;
         EXPECT_TRUE(ReadLogSettings((folder / L"debug.ini").wstring(), settings));
-        EXPECT_EQ(FilterWordOf(settings), ParseLogLevel(row.level));
+        EXPECT_EQ(FilterWordOf(settings), ParseLogLevel(level));
         const LogFileOptions& files = settings.files;
         EXPECT_EQ(
             FormatWide(L"%s %llu %u %llu", files.folder.c_str(), files.splitBytes, files.maxFiles, files.reserveBytes),
-            row.rest);
+            rest);
     }
 }
 

@@ -205,12 +205,7 @@ struct CTextCommandsTest : testing::Test {
 };
 
 TEST_F(CTextCommandsTest, AMaskSaysWhichBitsAValueReplaces) {
-    const struct {
-        uint32_t stored;
-        uint32_t result;
-        const wchar_t* value;
-        const wchar_t* mask;
-    } kCases[] = {
+    const std::tuple<uint32_t, uint32_t, const wchar_t*, const wchar_t*> kCases[] = {
         {0x0000000F, 0x000000F0, L"240", L"255"},
         {0xFFFFFFFF, 0x00010002, L"0", L"4294901757"},  // all but AllowCfg and the exclusion switch
         {0x00010002, 0xFFFFFFFF, L"4294967295", L"4294901757"},
