@@ -9,22 +9,13 @@
 
 namespace {
 
-struct WtpWithStars : wrb::CBundleContainer<wrb::SettingRecord<tagWtpValues>> {
-    void ExportToIni(std::wstring& out) const {
-        CSettingContainerWtpSetting container([](std::wstring_view item) { return L"*" + std::wstring(item); });
-        container.m_content = m_content;
-        container.ExportToIni(out);
-    }
-};
-
-// The container's text behind what `out` held, and the same from a copy that has been in a message. The message cut at
-// any byte is refused.
+// The container's text behind what `out` held, and the same from another that gets its values out of a message. The
+// message cut at any byte is refused.
 template <typename Container>
-void ExpectText(Container& container, const std::wstring& expected) {
+void ExpectText(Container& container, Container copy, const std::wstring& expected) {
     container.m_uid = L"an-agent";
     CSerializer whole;
     whole << container;
-    Container copy;
     copy.m_uid = L"old";
     for (uint32_t length = 0; length < whole.GetSize(); ++length) {
         CSerializer cut;
@@ -41,10 +32,11 @@ void ExpectText(Container& container, const std::wstring& expected) {
 }
 
 TEST(BundleContainers, AddressesAreProtectedOneByOne) {
-    WtpWithStars wtp;
+    const auto star = [](std::wstring_view item) { return L"*" + std::wstring(item); };
+    CSettingContainerWtpSetting wtp(star);
     wtp.m_content = wrb::SettingRecord<tagWtpValues>({tagWtpValues::kEnablePolicyIn | tagWtpValues::kSendLogOut, 1, 2,
                                                       3, 4, 5, 6, 0xFFFFFFFF, L"a|b", L"", L"c||d", L"e"});
-    ExpectText(wtp,
+    ExpectText(wtp, CSettingContainerWtpSetting(star),
                L"[Web Threat Protection]\nEnablePolicyIn=1\nEnablePolicyOut=0\nSecurityLevelIn=1\nSecurityLevelOut=2\n"
                L"SendLogIn=0\nSendLogOut=1\nURLFilterCfgFlag_InOffice=3\nURLFilterCfgFlag_OutOffice=4\n"
                L"URLFilterQueryMode_InOffice=5\nURLFilterRatingLevel_InOffice=6\nURLFilterRatingLevel_OutOffice=-1\n"
@@ -58,7 +50,7 @@ TEST(BundleContainers, ItemsAreNumbered) {
     CSettingContainerFARestoreSetting restore;
     restore.m_content.items.emplace_back(tagFARestoreValues{L"hash", L"task", L"item", L"dir", L"name"});
     restore.m_content.items.emplace_back(tagFARestoreValues{L"h", L"", L"i", L"", L"n"});
-    ExpectText(restore,
+    ExpectText(restore, {},
                L"[Centralized FA Restore]\nFACount=2\nFASha1Hash_0=hash\nFATaskId_0=task\nFAItemId_0=item\n"
                L"FAFileDir_0=dir\nFAFileName_0=name\nFASha1Hash_1=h\nFATaskId_1=\nFAItemId_1=i\nFAFileDir_1=\n"
                L"FAFileName_1=n\n");
