@@ -1,9 +1,10 @@
 // The getters of the setting bundles, against a database server that answers as a test says.
 #include <gtest/gtest.h>
 
-#include "BoundIni.h"
+#include <regex>
+
 #include "DbBundle.h"
-#include "RequestLines.h"
+#include "Fixtures.h"
 #include "StringProtection.h"
 #include "cmdhm_Bundles.h"
 
@@ -11,21 +12,20 @@ namespace {
 
 using wrb::test::CFakeDbService;
 using wrb::test::tagDbRequest;
+using wrb::test::WideBytes;
 
 constexpr wchar_t kKeyAndMore[] = L"00112233445566778899aabbccddeeff00112233445566778899aabbccddeeff0";
 const std::wstring kKey(kKeyAndMore, 64);
 
-using Lines = std::vector<std::wstring>;
-
-// In the lines `UID` stands for the agent, `~` for the getter's name and `@` for the section.
+// In the lines `@` stands for the agent, `~` for the getter's name and `#` for the section.
 struct tagCase {
     bool (*get)(std::wstring& out, const wchar_t* uid);
     const wchar_t* name;
-    std::pair<std::wstring, std::string> answer;  // behind its command
+    const wchar_t* command;
+    std::string answer;
     const wchar_t* section;
-    Lines entry = {L"~ - pszUid=UID"};
-    Lines found = {};
-    Lines notFound = {L"~ - failed to send command to DB server"};
+    const wchar_t* found = L"~ - pszUid=@\n";
+    const wchar_t* notFound = L"~ - pszUid=@\n~ - failed to send command to DB server\n";
 };
 
 std::vector<tagCase> Cases() {
@@ -33,73 +33,53 @@ std::vector<tagCase> Cases() {
     wtp.approvedIn = L"|x";  // no item, so no key is missed
     tagPolicyTrackingInfoList policies;
     policies.items.emplace_back(tagPolicyTrackingValues{L"100%s", L"t", L"o", L"7"});
-    const auto answer = [](const wchar_t* command, const ISerializable& record) {
-        return std::pair(command, RecordMessage(command, record));
-    };
-    const auto privilege = [](const wchar_t* words) {
-        return std::pair(L"DB_GET_PRIVILEGE", wrb::test::WideBytes(words));
-    };
     return {
         {[](std::wstring& out, const wchar_t* uid) { return cmdhm_GetWtpSetting(out, uid, true); },
-         L"cmdhm_GetWtpSetting",
-         answer(L"DBV2_GET_CLIENT_WCS_CFG", wtp),
+         L"cmdhm_GetWtpSetting", L"DBV2_GET_CLIENT_WCS_CFG", RecordMessage(L"DBV2_GET_CLIENT_WCS_CFG", wtp),
          L"[Web Threat Protection]\nEnablePolicyIn=0\nEnablePolicyOut=0\nSecurityLevelIn=0\nSecurityLevelOut=0\n"
          L"SendLogIn=0\nSendLogOut=0\nURLFilterCfgFlag_InOffice=0\nURLFilterCfgFlag_OutOffice=0\n"
          L"URLFilterQueryMode_InOffice=0\nURLFilterRatingLevel_InOffice=0\nURLFilterRatingLevel_OutOffice=0\n"
          L"URLFilterAWSLCount_InOffice=0\nURLFilterAWSLCount_OutOffice=0\nURLFilterBlackListCount_InOffice=0\n"
          L"URLFilterBlackListCount_OutOffice=0\n",
-         {L"~(pszUid=UID, bResetCfgFlag=1)"},
-         {},
-         {L"failed to send command to DB server"}},
+         L"~(pszUid=@, bResetCfgFlag=1)\n", L"~(pszUid=@, bResetCfgFlag=1)\nfailed to send command to DB server\n"},
         {[](std::wstring& out, const wchar_t* uid) { return cmdhm_GetFARestoreSetting(out, uid, false); },
-         L"cmdhm_GetFARestoreSetting",
-         answer(L"DBV2_GET_FA_RESTORE_ITEM", tagFARestoreItemList()),
-         L"[Centralized FA Restore]\nFACount=0\n",
-         {L"~ - cmdhm_GetFARestoreSetting(pszUid=UID, bResetCfgFlag=0)"},
-         {},
-         {L"dbGetFARestoreItem - failed to send command to DB server", L"~ - dbGetFARestoreItem is failed"}},
-        {cmdhm_GetNCIESetting, L"cmdhm_GetNCIESetting",
-         answer(L"DBV2_GET_CLIENT_NCIE_CFG", tagClientNCIECfg({tagNcieValues::kEnableRR, 1, 2, 3, 4})),
+         L"cmdhm_GetFARestoreSetting", L"DBV2_GET_FA_RESTORE_ITEM",
+         RecordMessage(L"DBV2_GET_FA_RESTORE_ITEM", tagFARestoreItemList()), L"[Centralized FA Restore]\nFACount=0\n",
+         L"~ - cmdhm_GetFARestoreSetting(pszUid=@, bResetCfgFlag=0)\n",
+         L"~ - cmdhm_GetFARestoreSetting(pszUid=@, bResetCfgFlag=0)\n"
+         L"dbGetFARestoreItem - failed to send command to DB server\n~ - dbGetFARestoreItem is failed\n"},
+        {cmdhm_GetNCIESetting, L"cmdhm_GetNCIESetting", L"DBV2_GET_CLIENT_NCIE_CFG",
+         RecordMessage(L"DBV2_GET_CLIENT_NCIE_CFG", tagClientNCIECfg({tagNcieValues::kEnableRR, 1, 2, 3, 4})),
          L"[NCIE Settings]\nEnableRR=1\nEnableCNP=0\nEnableGC=0\nActionForCNP=1\nActionForRR=2\n"
          L"ActionForUserDefine=3\nActionForSBA=4\n"},
         // Bit 4 of the second word, and all but it.
-        {cmdhm_GetSampleSubmissionSetting, L"cmdhm_GetSampleSubmissionSetting", privilege(L"0\t16"),
-         L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=1\n"},
-        {cmdhm_GetSampleSubmissionSetting, L"cmdhm_GetSampleSubmissionSetting", privilege(L"-1\t-17"),
-         L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=0\n"},
-        {cmdhm_GetSablexSetting, L"cmdhm_GetSablexSetting",
-         answer(L"DBV2_GET_SABLEX_CFG",
-                tagClientSablexConfig({tagSablexValues::kEnableSablex, 1, 2, L"C:\\a b.exe|D:\\", L""})),
+        {cmdhm_GetSampleSubmissionSetting, L"cmdhm_GetSampleSubmissionSetting", L"DB_GET_PRIVILEGE",
+         WideBytes(L"0\t16"), L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=1\n"},
+        {cmdhm_GetSampleSubmissionSetting, L"cmdhm_GetSampleSubmissionSetting", L"DB_GET_PRIVILEGE",
+         WideBytes(L"-1\t-17"), L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=0\n"},
+        {cmdhm_GetSablexSetting, L"cmdhm_GetSablexSetting", L"DBV2_GET_SABLEX_CFG",
+         RecordMessage(L"DBV2_GET_SABLEX_CFG",
+                       tagClientSablexConfig({tagSablexValues::kEnableSablex, 1, 2, L"C:\\a b.exe|D:\\", L""})),
          L"[Sablex_Settings]\nEnableSablex=1\nEnableFile=0\nEnableProcess=0\nActionForFile=1\nActionForProcess=2\n"
          L"ExceptionCount=2\nExceptionItem000=C:\\a b.exe\nExceptionItem001=D:\\\nDS_ProcessCount=0\n"},
-        {cmdhm_GetAggrScanSetting,
-         L"cmdhm_GetAggrScanSetting",
-         answer(L"DBV2_GET_AGGR_SCAN_CFG", tagClientAggrScanConfig({0x101, 2, 0xFFFFFFFF})),
+        {cmdhm_GetAggrScanSetting, L"cmdhm_GetAggrScanSetting", L"DBV2_GET_AGGR_SCAN_CFG",
+         RecordMessage(L"DBV2_GET_AGGR_SCAN_CFG", tagClientAggrScanConfig({0x101, 2, 0xFFFFFFFF})),
          L"[AggrScan Settings]\nEnableMitre=1\nAggreDetectFlag=2\nAggreDetectFlagForIProduct=-1\n",
-         {L"~ - pszUid=UID"},
-         {L"~ - enable_mitre:1, cfg:0x00000101, aggr_flag:0x00000002, aggr_flag_iproduct:0xffffffff"}},
-        {cmdhm_GetQMAgentPolicyInfo,
-         L"cmdhm_GetQMAgentPolicyInfo",
-         answer(L"DBV2_GET_POLICY_TRACKING_INFO", policies),
+         L"~ - pszUid=@\n"
+         L"~ - enable_mitre:1, cfg:0x00000101, aggr_flag:0x00000002, aggr_flag_iproduct:0xffffffff\n"},
+        {cmdhm_GetQMAgentPolicyInfo, L"cmdhm_GetQMAgentPolicyInfo", L"DBV2_GET_POLICY_TRACKING_INFO",
+         RecordMessage(L"DBV2_GET_POLICY_TRACKING_INFO", policies),
          L"[QM_AGENT_POLICY]\nPolicyCount=1\nQMAPolicy0_Name=100%s\nQMAPolicy0_LastUpdateTime=t\n"
          L"QMAPolicy0_PolicyOwner=o\nQMAPolicy0_PolicyTypeID=7\n",
-         {L"~ - >>>", L"~ - pszUid=UID"},
-         {L"CSettingContainerQMAgentPolicy::ExportToIni - Policy name = 100%s, PolicyOwner = o, PolicyTypeID = 7,",
-          L"~ - strOutput = @", L"~ - <<<"},
-         {L"~ - DB_SEND_AND_RECV(DBV2_GET_POLICY_TRACKING_INFO) failed", L"~ - <<<"}},
+         L"~ - >>>\n~ - pszUid=@\nCSettingContainerQMAgentPolicy::ExportToIni - Policy name = 100%s, PolicyOwner = o, "
+         L"PolicyTypeID = 7,\n~ - strOutput = #\n~ - <<<\n",
+         L"~ - >>>\n~ - pszUid=@\n~ - DB_SEND_AND_RECV(DBV2_GET_POLICY_TRACKING_INFO) failed\n~ - <<<\n"},
     };
 }
 
-Lines Expected(const tagCase& one, const Lines& rest) {
-    Lines lines = one.entry;
-    lines.insert(lines.end(), rest.begin(), rest.end());
-    for (std::wstring& line : lines) {
-        for (const auto& [mark, text] :
-             {std::pair(L"@", one.section), std::pair(L"UID", kUid), std::pair(L"~", one.name)}) {
-            if (const std::size_t at = line.find(mark); at != line.npos) {
-                line.replace(at, std::wcslen(mark), text);
-            }
-        }
+std::wstring Filled(std::wstring lines, const tagCase& one) {
+    for (const auto& [mark, text] : {std::pair(L"#", one.section), std::pair(L"@", kUid), std::pair(L"~", one.name)}) {
+        lines = std::regex_replace(lines, std::wregex(mark), text);
     }
     return lines;
 }
@@ -107,26 +87,26 @@ Lines Expected(const tagCase& one, const Lines& rest) {
 TEST(Bundles, SectionIsAppendedAndEveryStepLogged) {
     for (const tagCase& one : Cases()) {
         SCOPED_TRACE(testing::Message() << std::wstring(one.name));
-        std::string answer = one.answer.second;
+        std::string answer = one.answer;
         const CFakeDbService db([&](const tagDbRequest&) { return answer; });
-        TakeCapturedLog();
+        TakeOwnText();
         std::wstring out = L"[Before]\n";
         EXPECT_TRUE(one.get(out, (std::wstring(kUid) + L"more").c_str()));
         EXPECT_EQ(out, std::wstring(L"[Before]\n") + one.section);
-        EXPECT_EQ(TakeOwnLines(), Expected(one, one.found));
+        EXPECT_EQ(TakeOwnText(), Filled(one.found, one));
         const tagDbRequest request = db.WaitFor(1).at(0);
-        EXPECT_EQ(request.Name(), one.answer.first);
+        EXPECT_EQ(request.Name(), one.command);
         // The server is told who asks, but in the text form.
-        EXPECT_EQ(request.headerMessage.find(wrb::test::WideBytes(one.name)) != std::string::npos, request.IsMessage());
+        EXPECT_EQ(request.headerMessage.find(WideBytes(one.name)) != std::string::npos, request.IsMessage());
         // The agent is not known; the answer breaks off. A text that breaks off is a shorter text.
         const std::string cut = request.IsMessage() ? answer.substr(0, answer.size() - 2) : "";
         const std::wstring before = out;
         for (const std::string& bad : {std::string(), cut}) {
             answer = bad;
-            TakeCapturedLog();
+            TakeOwnText();
             EXPECT_FALSE(one.get(out, kUid));
             EXPECT_EQ(out, before);
-            EXPECT_EQ(TakeOwnLines(), Expected(one, one.notFound));
+            EXPECT_EQ(TakeOwnText(), Filled(one.notFound, one));
         }
     }
 }

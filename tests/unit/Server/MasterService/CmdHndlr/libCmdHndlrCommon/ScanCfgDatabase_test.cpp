@@ -1,12 +1,13 @@
 // The getters of one group and of all, against a database server that answers as a test says.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
+#include <regex>
 
-#include "BoundIni.h"
 #include "DbAllScanRecord.h"
 #include "ExpectedScanSections.h"
-#include "RequestLines.h"
+#include "Fixtures.h"
 #include "cmdhm_ScanCfg.h"
 
 namespace {
@@ -108,13 +109,9 @@ TEST(ScanCfgDatabase, GarbageReadsAsZeroMissingFieldsAsEmptyAndALongUidIsCut) {
         {{L"DB_GET_PSCF", WideBytes(L"x\t 7y\t\t99999999999\t-1")}, {L"DB_GET_EXTRA", WideBytes(L"only this")}}));
     tagScanGroupValues values = kStored;
     EXPECT_TRUE(cmdhm_GetPSCfg(values, (std::wstring(kUid) + L"more").c_str(), false));
-    tagScanGroupValues expected;
-    expected.compressedLayer = 7;
-    expected.possibleVirusCustActInActiveAct = 2147483647;
-    expected.frequency = 0xFFFFFFFF;
-    expected.extList = L"only this";
-    expected.custAction = L"Joke-9;Universe-5";
-    EXPECT_EQ(values, expected);
+    EXPECT_EQ(values, (tagScanGroupValues{0,   7,   0,   2147483647, 0xFFFFFFFF,   0,   0,   0,
+                                          0,   0,   0,   0,          L"only this", L"", L"", L"Joke-9;Universe-5",
+                                          L"", L"", L"", L""}));
     EXPECT_EQ(RequestLines(db, 2)[0], std::wstring(L"DB_GET_PSCF|") + kUid + L"|0");
 }
 
@@ -133,82 +130,61 @@ TEST(ScanCfgDatabase, RestoreSessionsAreNumberedUpToTheFirstEmptyOne) {
     }
 }
 
-// Of one scan type, for all of its sections. Only the word of PS has the bit that the exclusion section shows.
-tagScanGroupValues ValuesOf(std::size_t scan, bool hasLists) {
-    tagScanGroupValues values = DistinctScanValues(0x44444444u >> scan);
-    values.moveDir += std::to_wstring(scan);
-    values.cleanFailedMoveDir = values.moveDir;
-    for (const wrb::ScanText text : wrb::FindScanGroup(wrb::ScanType::MS, ScanGroupKind::Exclusion).texts) {
-        values.*text = hasLists ? values.*text + std::to_wstring(scan) : L"";
-    }
-    values.excludeFileExtList = hasLists && scan != 1 ? L"spy" + std::to_wstring(scan) : L"";
-    return values;
-}
-
-struct tagAllScan {
-    explicit tagAllScan(bool hasLists) {
-        config.hasConfig = true;
-        config.hasExtra = hasLists;
-        for (std::size_t scan = 0; scan < kScanTypeCount; ++scan) {
-            tagScanGroupValues values = ValuesOf(scan, hasLists);
-            config.scans[scan] = values;
-            config.spywareFlags[scan] = 0x01010000u >> scan;
-            lists.scans[scan] = {values.excludedFolder, values.excludedFile, values.excludedExt,
-                                 values.excludeFileExtList};
-            for (const std::size_t kind : {0, 8, 4}) {  // main, spyware, exclusion
-                if (kind == 8) {
-                    values.flags = config.spywareFlags[scan];
-                } else if (kind == 4) {
-                    values.flags = config.scans[scan == 3 ? 2 : scan].flags;  // scan now shows that of prescheduled
-                }
-                reply += ExpectedScanSections()[kind + scan].Text(kUid, values);
-            }
-        }
-    }
-
+TEST(AllScanCfg, TwelveSectionsOrNothing) {
     tagClnAllScanCfg config;
     tagClnAllScanCfgEx lists;
     std::wstring reply;
-};
-
-TEST(AllScanCfg, RepliesWithTwelveSectionsAndClearsEveryBitOnRequest) {
-    for (const bool hasExtra : {false, true}) {
-        const tagAllScan all(hasExtra);
-        const CFakeDbService db(
-            Answering({{kAll, RecordMessage(kAll, all.config)}, {kAllEx, RecordMessage(kAllEx, all.lists)}}));
+    config.hasConfig = config.hasExtra = true;
+    for (std::size_t scan = 0; scan < kScanTypeCount; ++scan) {
+        // Only the word of PS has the bit that the exclusion section shows.
+        tagScanGroupValues values = DistinctScanValues(0x44444444u >> scan);
+        for (const wrb::ScanText text : {&tagScanGroupValues::moveDir, &tagScanGroupValues::excludedFolder,
+                                         &tagScanGroupValues::excludedFile, &tagScanGroupValues::excludedExt}) {
+            values.*text += std::to_wstring(scan);
+        }
+        values.cleanFailedMoveDir = values.moveDir;
+        values.excludeFileExtList = scan == 1 ? L"" : L"spy" + std::to_wstring(scan);
+        config.scans[scan] = values;
+        config.spywareFlags[scan] = 0x01010000u >> scan;
+        lists.scans[scan] = {values.excludedFolder, values.excludedFile, values.excludedExt, values.excludeFileExtList};
+        reply += ExpectedScanSections()[scan].Text(kUid, values);
+        values.flags = config.spywareFlags[scan];
+        reply += ExpectedScanSections()[8 + scan].Text(kUid, values);
+        values.flags = config.scans[scan == 3 ? 2 : scan].flags;  // scan now shows that of prescheduled
+        reply += ExpectedScanSections()[4 + scan].Text(kUid, values);
+    }
+    const std::wregex list(L"(Excluded\\w+|ExcludeFileExtList)=[^\n]*");
+    const std::string first = RecordMessage(kAll, config);
+    const std::string second = RecordMessage(kAllEx, lists);
+    config.hasExtra = false;
+    const struct {
+        std::string first;
+        std::string second;
+        bool reset;
+        std::wstring reply;
+        std::vector<std::wstring> requests;
+    } rows[] = {
+        {first, second, true, reply, {kAll, kAllEx, L"DB_SET_CONF_FLAG"}},
+        {RecordMessage(kAll, config), second, false, std::regex_replace(reply, list, L"$1="), {kAll}},
+        {"", second, true, L"", {kAll}},
+        {first, "", true, L"", {kAll, kAllEx}},
+        {RecordMessage(kAll, tagClnAllScanCfg()), second, true, L"", {kAll}},
+        {first.substr(0, first.size() - 1), second, true, L"", {kAll}},
+        {first, second.substr(0, second.size() - 1), true, L"", {kAll, kAllEx}},
+        {WideBytes(L"1\t2"), second, true, L"", {kAll}},
+    };
+    for (const auto& row : rows) {
+        const CFakeDbService db(Answering({{kAll, row.first}, {kAllEx, row.second}}));
         std::wstring out = L"old";
-        EXPECT_TRUE(cmdhm_GetAllScanCfg(out, (std::wstring(kUid) + L"more").c_str(), hasExtra));
-        EXPECT_EQ(out, all.reply);
-
-        const auto requests = db.WaitFor(hasExtra ? 3 : 1);
-        ASSERT_EQ(requests.size(), hasExtra ? 3u : 1u);
-        EXPECT_EQ(requests[0].Name(), kAll);
+        EXPECT_EQ(cmdhm_GetAllScanCfg(out, (std::wstring(kUid) + L"more").c_str(), row.reset), !row.reply.empty());
+        EXPECT_EQ(out, row.reply);
+        const auto requests = db.WaitFor(row.requests.size());
+        ASSERT_TRUE(std::ranges::equal(requests, row.requests, {}, &wrb::test::tagDbRequest::Name));
         EXPECT_EQ(requests[0].Texts().at(2), kUid);
-        if (hasExtra) {
-            EXPECT_EQ(requests[1].Name(), kAllEx);
+        if (requests.size() == 3) {
             const std::vector<std::wstring> reset{L"DB_SET_CONF_FLAG", L"-1", kUid, L"0", L"115975", L"0"};
             EXPECT_EQ(requests[2].Fields(), reset);
         }
-    }
-}
-
-TEST(AllScanCfg, AnythingButWholeAnswersGivesAnEmptyReply) {
-    const tagAllScan all(true);
-    const std::string first = RecordMessage(kAll, all.config);
-    const std::string second = RecordMessage(kAllEx, all.lists);
-    const std::pair<std::string, std::string> answers[] = {
-        {"", second},
-        {first, ""},
-        {RecordMessage(kAll, tagClnAllScanCfg()), second},
-        {first.substr(0, first.size() - 1), second},
-        {first, second.substr(0, second.size() - 1)},
-        {WideBytes(L"1\t2"), second},
-    };
-    for (const auto& [one, two] : answers) {
-        const CFakeDbService db(Answering({{kAll, one}, {kAllEx, two}}));
-        std::wstring out = L"old";
-        EXPECT_FALSE(cmdhm_GetAllScanCfg(out, kUid, true));
-        EXPECT_EQ(out, L"");
     }
 }
 

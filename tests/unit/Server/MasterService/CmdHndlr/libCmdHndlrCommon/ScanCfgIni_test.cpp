@@ -1,10 +1,9 @@
 // What comes from the scan INI: the server-wide settings and the completion of custom actions.
 #include <gtest/gtest.h>
 
-#include "BoundIni.h"
 #include "CustomAction.h"
 #include "ExpectedScanSections.h"
-#include "RequestLines.h"
+#include "Fixtures.h"
 #include "cmdhm_ScanCfg.h"
 
 namespace {
@@ -53,13 +52,12 @@ TEST(ScanCfgIni, NumbersOutOfTheOrdinary) {
 TEST(ScanCfgIni, TheMainWordTakesTheSwitchOfTheExclusionSection) {
     const CBoundIni ini(L"[Prescheduled Scan Configuration Ex]\nExcludeCallowayProduct=0\n");
     tagScanGroupValues values;
-    TakeOwnLines();
+    TakeOwnText();
     cmdhm_GetPSCfg(values, L"", false);
     EXPECT_EQ(values.flags, 0x3100e63d);
-    const std::vector<std::wstring> log{
-        L"get ps:[ini][3100e63d][20][3][4][1][12][0][1][1][7][1][1]"
-        L"[.EXE, .COM, .SYS, .DOC, .DRV, .CMD, .XLS, .DLL, .386][\\temp][\\temp][Universe-5-4]"};
-    EXPECT_EQ(TakeOwnLines(), log);
+    EXPECT_EQ(TakeOwnText(),
+              L"get ps:[ini][3100e63d][20][3][4][1][12][0][1][1][7][1][1]"
+              L"[.EXE, .COM, .SYS, .DOC, .DRV, .CMD, .XLS, .DLL, .386][\\temp][\\temp][Universe-5-4]\n");
 }
 
 TEST(CustomAction, TypesWithoutAnItemGetOne) {

@@ -3,11 +3,10 @@
 
 #include <algorithm>
 
-#include "BoundIni.h"
 #include "CmdProtocol.h"
 #include "FakePipeService.h"
 #include "FakeProfile.h"
-#include "RequestLines.h"
+#include "Fixtures.h"
 #include "ScanCfgIni.h"
 #include "ScanUpdateFields.h"
 #include "Text.h"
@@ -77,15 +76,15 @@ TEST(ScanCfgUpdate, EachLevelHasItsRequestsAndItsLogLine) {
         const ScanGroup& group = wrb::FindScanGroup(row.type, row.kind);
         std::wstring fields = row.fields;
         std::ranges::replace(fields, L' ', L'\t');
-        std::vector<std::wstring> lines{row.line};
+        std::wstring lines = row.line + std::wstring(L"\n");
         if (row.kind == Spyware && row.type != RT) {
-            lines.push_back(FormatWide(L"[cmdhm_Set%s][Exclusion - file extension list:t1]", group.name.data()));
+            lines += FormatWide(L"[cmdhm_Set%s][Exclusion - file extension list:t1]\n", group.name.data());
         }
         const CFakeDbService db;
-        TakeOwnLines();
+        TakeOwnText();
         // With a uid the other level is not written, whatever its flag says.
         EXPECT_TRUE(Set(group, fields, row.level == One ? L"u" : L"", row.level != Ini, row.level == Ini));
-        EXPECT_EQ(TakeOwnLines(), lines);
+        EXPECT_EQ(TakeOwnText(), lines);
         if (row.level != Ini) {
             EXPECT_EQ(RequestLines(db, row.kind == Exclusion ? 3 : 2).back(),
                       FormatWide(row.level == One ? L"DB_SET_CONF_FLAG|u|%u|0|0" : L"DB_SET_ALL_CONF_FLG|%u|0",

@@ -1,4 +1,4 @@
-// What the database server of a test has been asked and what has been logged, for comparing; the answers that it makes.
+// The database server, the INI file and the log of a test: what was asked and logged, for comparing, and the answers.
 #pragma once
 
 #include <string>
@@ -6,7 +6,10 @@
 
 #include "CapturedLog.h"
 #include "FakeDbService.h"
+#include "INICache.h"
 #include "Serializer.h"
+#include "TempFolder.h"
+#include "Text.h"
 
 inline constexpr wchar_t kUid[] = L"12345678-1234-1234-1234-123456789abc";
 
@@ -24,14 +27,12 @@ inline std::vector<std::wstring> RequestLines(const wrb::test::CFakeDbService& d
 }
 
 // The lines of level 8 since the last call, which are the library's own: the database client has other levels.
-inline std::vector<std::wstring> TakeOwnLines() {
-    std::vector<std::wstring> texts;
+inline std::wstring TakeOwnText() {
+    std::wstring text;
     for (const tagCapturedLine& line : TakeCapturedLog()) {
-        if (line.level == 8) {
-            texts.push_back(line.text);
-        }
+        text += line.level == 8 ? line.text + L"\n" : L"";
     }
-    return texts;
+    return text;
 }
 
 // The answer that carries this record.
@@ -40,3 +41,20 @@ inline std::string RecordMessage(const std::wstring& command, const ISerializabl
     body << record;
     return wrb::test::MessageBytes(command, {reinterpret_cast<const char*>(body.Data()), body.GetSize()});
 }
+
+// An INI file that is bound to one of the product's caches and gone with the object.
+class CBoundIni {
+  public:
+    // Without a text there is a path but no file.
+    explicit CBoundIni(const std::wstring& text, CINICache& cache = ScanIniCache()) {
+        const std::filesystem::path path = m_folder / L"test.ini";
+        if (!text.empty()) {
+            wrb::test::WriteAll(path, wrb::WideToAnsi(text));
+        }
+        cache.clear();
+        cache.init(path.wstring().c_str(), 6);
+    }
+
+  private:
+    wrb::test::CTempFolder m_folder;
+};
