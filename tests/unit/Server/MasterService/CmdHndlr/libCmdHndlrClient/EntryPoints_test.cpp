@@ -1,5 +1,8 @@
-// The four entry points, over real pipes, the real counter block and a home folder without settings.
-#include <windows.h>
+// The four entry points, over real pipes, the real counter block and a home folder without settings; and the policies
+// that they read at the start.
+#include <gmock/gmock.h>
+
+#include <tuple>
 
 #include "Ask.h"
 #include "BmPolicyCache.h"
@@ -7,6 +10,7 @@
 #include "FakeLogService.h"
 #include "INICache.h"
 #include "OSException.h"
+#include "TempFolder.h"
 
 namespace {
 
@@ -20,16 +24,13 @@ class EntryPoints : public testing::Test {
 
 // The default of a missing key is cached, so an entry that was kept gives the first default once more.
 TEST_F(EntryPoints, ClearIniCacheSparesTheSandboxAnalyzer) {
-    CINICache* const caches[] = {&ScanIniCache(), &ServerIniCache(), &SbaIniCache()};
-    for (CINICache* cache : caches) {
+    for (CINICache* cache : {&ScanIniCache(), &ServerIniCache(), &SbaIniCache()}) {
         cache->readINIInt(L"Section", L"Key", 1);
     }
-    EXPECT_EQ(cmdhl_Process(L"CMDHL_CLEAR_INI_CACHE", 42), 1u);
-    const uint32_t expected[] = {2, 2, 1};
-    for (std::size_t i = 0; i < std::size(caches); ++i) {
-        EXPECT_EQ(caches[i]->readINIInt(L"Section", L"Key", 2), expected[i]) << i;
-        caches[i]->clear();
-    }
+    Tell(L"CMDHL_CLEAR_INI_CACHE");
+    EXPECT_EQ(ScanIniCache().readINIInt(L"Section", L"Key", 2), 2u);
+    EXPECT_EQ(ServerIniCache().readINIInt(L"Section", L"Key", 2), 2u);
+    EXPECT_EQ(SbaIniCache().readINIInt(L"Section", L"Key", 2), 1u);
     EXPECT_EQ(m_log.TakeTexts().back(), L"cmdhl_ClearIniCache");
 }
 
@@ -55,17 +56,38 @@ TEST_F(EntryPoints, StartAndStopMayBeRepeated) {
 TEST_F(EntryPoints, AfterTheEndUncountedCommandsRunAndCountedOnesThrow) {
     cmdhl_Finalize();
     EXPECT_EQ(Ask(L"CMDHL_ECHO", L"still here"), L"still here");
-    try {
-        cmdhl_Process(L"CMDHL_GET_MS_CFG\tpipe\tuid", 0xFFFFFFFF);
-        FAIL() << "nothing was thrown";
-    } catch (const OS::CException& error) {
-        EXPECT_EQ(error.GetCode(), static_cast<uint32_t>(E_FAIL));
-    }
+    EXPECT_THAT(
+        [] { Tell(L"CMDHL_GET_MS_CFG\tpipe\tuid"); },
+        testing::Throws<OS::CException>(testing::Property(&OS::CException::GetCode, static_cast<uint32_t>(E_FAIL))));
     cmdhl_Initialize(L"", L"", nullptr);
     wrb::CCounterReader reader;
     uint32_t error = 0;
     ASSERT_EQ(reader.Attach(error), wrb::CounterAttach::Attached) << error;
     EXPECT_EQ(reader.CallsInProgress(), 0);
+}
+
+TEST(BmPolicyCache, ReadsAsManyPoliciesAsTheCountSays) {
+    const wrb::test::CTempFolder folder;
+    using Policy = std::tuple<int32_t, int32_t, int32_t>;  // id, action, enable
+    const std::pair<const char*, std::vector<Policy>> rows[] = {
+        {"Count=3\r\nPolicyId0=7\r\nAction0=2\r\nEnable0=1\r\nPolicyId1=-5\r\nEnable1=0\r\n"
+         "PolicyId2=nonsense\r\nAction2=9\r\nPolicyId3=99\r\n",
+         {{7, 2, 1}, {-5, 0, 0}, {0, 9, 0}}},
+        {"", {}},
+        {"Count=-1\r\n", {}},
+        {"Count=many\r\n", {}},
+        {"Count=2147483647\r\n", std::vector<Policy>(CBmPolicyCache::kMaxPolicies)},
+    };
+    for (const auto& [keys, expected] : rows) {
+        wrb::test::WriteAll(folder / L"server.ini", std::string("[VEXOR_BMPolicy]\r\n") + keys);
+        ServerIniCache().clear();
+        ServerIniCache().init((folder / L"server.ini").c_str(), 1);
+        std::vector<Policy> policies;
+        for (const tagBmPolicy& policy : CBmPolicyCache().Policies()) {
+            policies.emplace_back(policy.policyId, policy.action, policy.enable);
+        }
+        EXPECT_EQ(policies, expected) << keys;
+    }
 }
 
 }  // namespace

@@ -9,9 +9,8 @@
 #include "CabinetWriter.h"
 #include "CapturedLog.h"
 #include "FakeDbService.h"
-#include "INICache.h"
 #include "PfwLogSample.h"
-#include "TempFolder.h"
+#include "ServerHome.h"
 #include "WrbPfwCommon.h"
 #include "cmdhl_LogTicket.h"
 #include "cmdhl_Others.h"
@@ -23,14 +22,12 @@ using wrb::test::CFakePipeService;
 class FirewallUpload : public testing::Test {
   protected:
     void SetUp() override {
+        m_home.Write(L"wrbscan.ini", "[Global Setting]\r\nEnablePFWLogUploadingTicket=1\r\n");
+        m_home.Write(L"Private\\wrbserver.ini",
+                     "[LOG_TICKET_SECTION]\r\nNumberOfConcurrentLogUploadingClient=1\r\n"
+                     "NumberOfMaxConcurrentLogUploadingClient=1\r\n"
+                     "[INI_SERVER_SECTION]\r\nCFWLogQueryCondition=type=1;days=7\r\n");
         cmdhl_Initialize(L"", L"", nullptr);
-        wrb::test::WriteAll(m_ini / L"scan.ini", "[Global Setting]\r\nEnablePFWLogUploadingTicket=1\r\n");
-        wrb::test::WriteAll(m_ini / L"server.ini",
-                            "[LOG_TICKET_SECTION]\r\nNumberOfConcurrentLogUploadingClient=1\r\n"
-                            "NumberOfMaxConcurrentLogUploadingClient=1\r\n"
-                            "[INI_SERVER_SECTION]\r\nCFWLogQueryCondition=type=1;days=7\r\n");
-        ScanIniCache().init((m_ini / L"scan.ini").c_str(), 3600);
-        ServerIniCache().init((m_ini / L"server.ini").c_str(), 3600);
         TakeCapturedLog();
     }
     void TearDown() override { cmdhl_Finalize(); }
@@ -54,23 +51,17 @@ class FirewallUpload : public testing::Test {
 
     bool IsFolderEmpty() { return std::filesystem::is_empty(m_folder.Path()); }
 
-    wrb::test::CTempFolder m_ini;
+    wrb::test::CServerHome m_home;
     wrb::test::CTempFolder m_folder;
     CFakePipeService m_agent{L"QMAgentServerNamePipe"};
     CFakePipeService m_pool{L"Global\\LogPoolCommandManager"};
+    const SWRB_PFW_LOG_ITEM m_record = wrb::test::SampleRecord<SWRB_PFW_LOG_ITEM>();
+    const Bytes m_log{reinterpret_cast<const uint8_t*>(&m_record), reinterpret_cast<const uint8_t*>(&m_record + 1)};
 };
-
-Bytes LogFile(std::size_t records) {
-    std::string bytes;
-    for (; records > 0; --records) {
-        bytes += wrb::test::BytesOf(wrb::test::SampleRecord<SWRB_PFW_LOG_ITEM>());
-    }
-    return Bytes(bytes.begin(), bytes.end());
-}
 
 // What else a package can be is up to its library, which writes nothing then.
 TEST_F(FirewallUpload, LeavesNothingBehindWhateverThePackageIs) {
-    const Bytes good = BuildCabinet({{"a.log", LogFile(2)}, {"sub\\deep\\b.log", LogFile(1)}, {"empty", {}}});
+    const Bytes good = BuildCabinet({{"a.log", m_log}, {"sub\\deep\\b.log", m_log}, {"empty", {}}});
     const struct {
         const char* what;
         Bytes package;
@@ -79,7 +70,7 @@ TEST_F(FirewallUpload, LeavesNothingBehindWhateverThePackageIs) {
         std::size_t records;
         const wchar_t* line;
     } cases[] = {
-        {"good", good, L"1", L"1", 3, L"processCFWLogFile:final log version(0)"},
+        {"good", good, L"1", L"1", 2, L"processCFWLogFile:final log version(0)"},
         {"other type", good, L"2", L"1", 0, L"cmdhl_SetCFWLog: unknown log type"},
         {"no type", good, L"", L"1", 0, L"cmdhl_SetCFWLog: unknown log type"},
         {"not a cabinet", Noise(5000), L"1", L"0", 0, L"cmdhl_SetCFWLog: fpkExtract fail"},
@@ -104,10 +95,10 @@ TEST_F(FirewallUpload, LeavesNothingBehindWhateverThePackageIs) {
 }
 
 TEST_F(FirewallUpload, MoreThanTenThousandEntriesAreRefused) {
-    wrb::test::WriteAll(m_ini / L"record", "x");
+    m_home.Write(L"record", "x");
     std::vector<wrb::tagCabinetSource> sources;
     for (int i = 0; i < 10'001; ++i) {
-        sources.push_back({std::to_string(i), (m_ini / L"record").wstring()});
+        sources.push_back({std::to_string(i), (m_home / L"record").wstring()});
     }
     wrb::WriteCabinet((m_folder / L"package").wstring(), sources);
     EXPECT_EQ(Upload(L"1"), L"0");
@@ -135,7 +126,7 @@ TEST_F(FirewallUpload, SaysWhatFails) {
 }
 
 TEST_F(FirewallUpload, AShortReplyPipeEndsTheRequestWhereItStands) {
-    WritePackage(BuildCabinet({{"a.log", LogFile(1)}}));
+    WritePackage(BuildCabinet({{"a.log", m_log}}));
     EXPECT_EQ(AskForPlace(L"uid"), 0);
     EXPECT_THROW(Upload(L"1", L"pipe567890123456"), std::out_of_range);
     EXPECT_TRUE(std::filesystem::exists(m_folder / L"package"));

@@ -93,20 +93,18 @@ TEST_F(RqAlertMsg, SectionHasAllTextsInItsOwnOrder) {
 
 TEST_F(RqAlertMsg, FileIsReadToItsLimitOrItsFirstNul) {
     const std::wstring long2048(2048, L'a');
-    const struct {
-        std::wstring file;
-        std::wstring same;  // a file that gives the same text
-    } cases[] = {
+    const std::pair<std::wstring, std::wstring> cases[] = {
+        // a file, and one that gives the same text
         {long2048 + std::wstring(452, L'b'), long2048},
         {std::wstring(L"ab\0cd", 5), L"ab"},
         {L"\r\na\r\n\r\nb\rc\nd\r", L"\na\n\nb\rc\nd\r"},
     };
-    for (const auto& row : cases) {
-        m_home.Write(L"admin\\ALERT.MSG", WideBytes(row.file));
+    for (const auto& [file, same] : cases) {
+        m_home.Write(L"admin\\ALERT.MSG", WideBytes(file));
         const std::wstring answer = AskFor(L"0");
-        m_home.Write(L"admin\\ALERT.MSG", WideBytes(row.same));
+        m_home.Write(L"admin\\ALERT.MSG", WideBytes(same));
         EXPECT_EQ(answer, AskFor(L"0"));
-        EXPECT_EQ(answer.size(), 2 + ((12 + row.same.size()) * 2 + 2) / 3 * 4);
+        EXPECT_EQ(answer.size(), 2 + ((12 + same.size()) * 2 + 2) / 3 * 4);
     }
 }
 
