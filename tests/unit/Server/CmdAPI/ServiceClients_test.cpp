@@ -112,16 +112,17 @@ TEST(ServiceClients, AnyMessageIsFinalizedAndSentWhole) {
         EXPECT_EQ(small.GetSize(), client.keepsBlock ? size : 0);
 
         CMsgSerializer message(L"LARGE");
-        message << large << L"end";
+        message << large << L"in the file" << 7u << L"end";
         const std::wstring id = message.Id();
         const std::string sent = OneMessage(client.pipe, [&] { return client.send(message); });
         EXPECT_LT(sent.size(), 1000u);
         CMsgSerializer received;
         ASSERT_TRUE(received.Load(sent.data(), static_cast<uint32_t>(sent.size())));
-        std::wstring body;
-        std::wstring end;
-        received >> body >> end;
-        EXPECT_TRUE(body == large && end == L"end" && received.Id() == id);
+        std::wstring texts[3];
+        uint32_t number = 0;
+        received >> texts[0] >> texts[1] >> number >> texts[2];
+        EXPECT_TRUE(texts[0] == large && texts[1] == L"in the file" && number == 7 && texts[2] == L"end");
+        EXPECT_EQ(received.Id(), id);
     }
 }
 
