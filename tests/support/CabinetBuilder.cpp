@@ -1,6 +1,7 @@
 #include "CabinetBuilder.h"
 
 #include "CabinetWriter.h"
+#include "FakePipeService.h"
 #include "TempFolder.h"
 
 Bytes BuildCabinet(const std::vector<tagNewEntry>& entries) {
@@ -18,10 +19,6 @@ Bytes BuildCabinet(const std::vector<tagNewEntry>& entries) {
 }
 
 Bytes Noise(std::size_t size, uint32_t seed) {
-    Bytes noise(size);
-    for (uint8_t& byte : noise) {
-        seed = seed * 1664525 + 1013904223;
-        byte = static_cast<uint8_t>(seed >> 24);
-    }
-    return noise;
+    const std::string noise = wrb::test::PatternBytes(size, seed);
+    return Bytes(noise.begin(), noise.end());
 }

@@ -19,13 +19,21 @@ std::vector<tagCapturedLine> TakeCapturedLog() {
     return std::exchange(g_lines, {});
 }
 
+std::vector<std::wstring> TakeCapturedTexts() {
+    std::vector<std::wstring> texts;
+    for (tagCapturedLine& line : TakeCapturedLog()) {
+        texts.push_back(std::move(line.text));
+    }
+    return texts;
+}
+
 // The linker takes this one and leaves the log client's in its library.
-void DebugLog(uint32_t level, const wchar_t*, uint32_t, const wchar_t* format, ...) noexcept {
+void DebugLog(uint32_t level, const wchar_t* sourceFile, uint32_t line, const wchar_t* format, ...) noexcept {
     wchar_t text[4096];
     va_list arguments;
     va_start(arguments, format);
     wrb::FormatIntoV(text, std::size(text), format, arguments);
     va_end(arguments);
     const std::lock_guard guard(g_lock);
-    g_lines.push_back({level, text});
+    g_lines.push_back({level, text, sourceFile, line});
 }

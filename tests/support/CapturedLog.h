@@ -8,9 +8,12 @@
 struct tagCapturedLine {
     uint32_t level;
     std::wstring text;
+    std::wstring sourceFile = {};  // these two are not compared
+    uint32_t line = 0;
 
-    bool operator==(const tagCapturedLine&) const = default;
+    bool operator==(const tagCapturedLine& other) const { return level == other.level && text == other.text; }
 };
 
 // Hands over what has been logged since the last call, by any thread.
 std::vector<tagCapturedLine> TakeCapturedLog();
+std::vector<std::wstring> TakeCapturedTexts();

@@ -1,11 +1,8 @@
 #include "ChildProcess.h"
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
-#include "UniqueName.h"
+#include "TempFolder.h"
 
 namespace wrb::test {
 namespace {
@@ -15,33 +12,6 @@ CFileHandle CreateOutputFile(const std::wstring& path) {
     return CFileHandle(CreateFileW(path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable,
                                    CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
-
-// The one handle that a child gets. It would otherwise also get, and keep open, any file that another thread of ours
-// has open at that moment: the C runtime's files can be inherited.
-class CInheritedHandle {
-  public:
-    explicit CInheritedHandle(HANDLE handle) : m_handle(handle) {
-        SIZE_T bytes = 0;
-        InitializeProcThreadAttributeList(nullptr, 1, 0, &bytes);
-        m_room.resize(bytes);
-        if (!InitializeProcThreadAttributeList(List(), 1, 0, &bytes) ||
-            !UpdateProcThreadAttribute(List(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, &m_handle, sizeof m_handle,
-                                       nullptr, nullptr)) {
-            throw std::runtime_error("cannot list the child's handles, error " + std::to_string(GetLastError()));
-        }
-    }
-    ~CInheritedHandle() { DeleteProcThreadAttributeList(List()); }
-    CInheritedHandle(const CInheritedHandle&) = delete;
-    CInheritedHandle& operator=(const CInheritedHandle&) = delete;
-
-    LPPROC_THREAD_ATTRIBUTE_LIST List() const {
-        return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(const_cast<char*>(m_room.data()));
-    }
-
-  private:
-    HANDLE m_handle;  // the list refers to it
-    std::vector<char> m_room;
-};
 
 // Good for arguments without quotes and without a backslash at the end, which is all that tests use.
 std::wstring CommandLine(const std::wstring& program, const std::vector<std::wstring>& arguments) {
@@ -63,19 +33,27 @@ std::wstring ProgramFolder() {
 CChildProcess::CChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments)
     : m_outputPath((std::filesystem::temp_directory_path() / UniqueName(L"child")).wstring()) {
     const CFileHandle output = CreateOutputFile(m_outputPath);
-    const CInheritedHandle inherited(output.Get());
+    // The one handle that the child gets. It would otherwise also get, and keep open, any file that another thread of
+    // ours has open at that moment: the C runtime's files can be inherited.
+    HANDLE inherited = output.Get();
+    SIZE_T bytes = 0;
+    InitializeProcThreadAttributeList(nullptr, 1, 0, &bytes);
+    std::vector<char> room(bytes);
     STARTUPINFOEXW startup{};
     startup.StartupInfo.cb = sizeof startup;
     startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
-    startup.StartupInfo.hStdOutput = output.Get();
-    startup.StartupInfo.hStdError = output.Get();
-    startup.lpAttributeList = inherited.List();
+    startup.StartupInfo.hStdOutput = startup.StartupInfo.hStdError = inherited;
+    startup.lpAttributeList = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(room.data());
     std::wstring line = CommandLine(ProgramFolder() + program, arguments);
     PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, EXTENDED_STARTUPINFO_PRESENT, nullptr, nullptr,
+    if (!InitializeProcThreadAttributeList(startup.lpAttributeList, 1, 0, &bytes) ||
+        !UpdateProcThreadAttribute(startup.lpAttributeList, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, &inherited,
+                                   sizeof inherited, nullptr, nullptr) ||
+        !CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, EXTENDED_STARTUPINFO_PRESENT, nullptr, nullptr,
                         &startup.StartupInfo, &process)) {
         throw std::runtime_error("cannot start the program, error " + std::to_string(GetLastError()));
     }
+    DeleteProcThreadAttributeList(startup.lpAttributeList);
     CloseHandle(process.hThread);
     m_process.Reset(process.hProcess);
 }
@@ -83,8 +61,7 @@ CChildProcess::CChildProcess(const std::wstring& program, const std::vector<std:
 CChildProcess::~CChildProcess() {
     TerminateProcess(m_process.Get(), 99);
     WaitForSingleObject(m_process.Get(), 10'000);
-    std::error_code ignored;
-    std::filesystem::remove(m_outputPath, ignored);
+    DeleteFileW(m_outputPath.c_str());
 }
 
 std::optional<DWORD> CChildProcess::WaitForExit(std::chrono::milliseconds timeout) const {
@@ -97,23 +74,19 @@ std::optional<DWORD> CChildProcess::WaitForExit(std::chrono::milliseconds timeou
 }
 
 std::string CChildProcess::Output() const {
-    std::ifstream file(std::filesystem::path(m_outputPath), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return ReadAll(m_outputPath);
 }
 
 bool CChildProcess::WaitForOutput(const std::string& part, std::chrono::milliseconds timeout) const {
     const auto end = std::chrono::steady_clock::now() + timeout;
-    for (;;) {
-        // Asked before the look at the output: what an ended program printed is all there.
-        const bool ended = WaitForExit(std::chrono::milliseconds(0)).has_value();
-        if (Output().find(part) != std::string::npos) {
-            return true;
-        }
-        if (ended || std::chrono::steady_clock::now() >= end) {
+    for (bool last = false; Output().find(part) == std::string::npos;) {
+        if (last) {
             return false;
         }
-        Sleep(20);
+        // One more look: what an ended program printed is all there.
+        last = WaitForExit(std::chrono::milliseconds(20)).has_value() || std::chrono::steady_clock::now() >= end;
     }
+    return true;
 }
 
 }  // namespace wrb::test

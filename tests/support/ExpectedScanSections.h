@@ -12,7 +12,7 @@
 namespace wrb::test {
 
 // One key of a section, from a word like "OleLayer=n1:3": key, source, and behind the colon the value that a missing
-// INI key counts as (absent for keys that are not in the INI).
+// INI key counts as (empty for keys that are not in the INI).
 //
 //   uid        the uid
 //   b<n>       bit n of the flags
@@ -25,7 +25,6 @@ struct tagExpectedKey {
     std::wstring key;
     std::wstring source;
     std::wstring iniDefault;
-    bool inIni;
 };
 
 struct tagExpectedSection {

@@ -1,6 +1,7 @@
 #include "FakeDbService.h"
 
 #include <cstring>
+#include <sstream>
 
 namespace wrb::test {
 namespace {
@@ -24,14 +25,8 @@ std::string TextValue(std::wstring_view text) {
     return WordBytes((text.size() + 1) * sizeof(wchar_t)) + WideBytes(text) + std::string(sizeof(wchar_t), '\0');
 }
 
-std::wstring Wide(std::string_view bytes) {
-    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
-    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
-    return text;
-}
-
 tagDbRequest TakeApart(const std::string& bytes) {
-    tagDbRequest request{bytes, {}, {}};
+    tagDbRequest request;
     if (bytes.size() >= 8 && bytes.starts_with(kMagic) && WordAt(bytes, 4) <= bytes.size() - 8) {
         const std::size_t length = WordAt(bytes, 4);
         request.headerMessage = bytes.substr(8, length);
@@ -60,13 +55,10 @@ bool tagDbRequest::IsMessage() const {
 }
 
 std::vector<std::wstring> tagDbRequest::Fields() const {
-    std::vector<std::wstring> fields(1);
-    for (const wchar_t character : Wide(request).substr(0, request.size() / sizeof(wchar_t) - 1)) {
-        if (character == L'\t') {
-            fields.emplace_back();
-        } else {
-            fields.back() += character;
-        }
+    std::vector<std::wstring> fields;
+    std::wstringstream text(WideText(request).substr(0, request.size() / sizeof(wchar_t) - 1) + L'\t');
+    for (std::wstring field; std::getline(text, field, L'\t');) {
+        fields.push_back(field);
     }
     return fields;
 }
@@ -79,7 +71,7 @@ std::vector<std::wstring> tagDbRequest::Texts() const {
         if (length < sizeof(wchar_t) || length > request.size() - offset) {
             break;
         }
-        texts.push_back(Wide(std::string_view(request).substr(offset, length - sizeof(wchar_t))));
+        texts.push_back(WideText(std::string_view(request).substr(offset, length - sizeof(wchar_t))));
         offset += length;
     }
     return texts;

@@ -16,7 +16,6 @@
 namespace wrb::test {
 
 struct tagDbRequest {
-    std::string all;            // every byte of the connection
     std::string headerMessage;  // the message in the frame; empty when the frame is broken
     std::string request;        // what follows the frame
 

@@ -2,13 +2,14 @@
 
 #include <chrono>
 #include <cstring>
+#include <optional>
 #include <stdexcept>
 
 namespace wrb::test {
 namespace {
 
 constexpr std::chrono::seconds kPatience{10};
-constexpr DWORD kLongestPiece = 1u << 20;
+constexpr DWORD kLongestPiece = 1u << 16;
 
 std::wstring Path(const std::wstring& name) {
     return L"\\\\.\\pipe\\" + name;
@@ -16,13 +17,15 @@ std::wstring Path(const std::wstring& name) {
 
 }  // namespace
 
-std::wstring tagReceived::Text() const {
+std::wstring WideText(std::string_view bytes) {
     std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
     std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
-    if (!text.empty() && text.back() == L'\0') {
-        text.pop_back();
-    }
     return text;
+}
+
+std::wstring tagReceived::Text() const {
+    const std::wstring text = WideText(bytes);
+    return text.ends_with(L'\0') ? text.substr(0, text.size() - 1) : text;
 }
 
 CFakePipeService::CFakePipeService(const std::wstring& name, Handler handler)
@@ -50,8 +53,7 @@ std::vector<tagReceived> CFakePipeService::WaitFor(std::size_t count) const {
 }
 
 void CFakePipeService::Serve() {
-    tagReceived received;
-    while (ReceiveOne(received)) {
+    for (tagReceived received; ReceiveOne(received); received = {}) {
         if (m_handler) {
             m_handler(received);
         }
@@ -60,49 +62,31 @@ void CFakePipeService::Serve() {
             m_messages.push_back(std::move(received));
         }
         m_changed.notify_all();
-        received = {};
     }
-}
-
-OVERLAPPED CFakePipeService::NewOperation() const {
-    OVERLAPPED operation{};
-    operation.hEvent = m_event.Get();
-    return operation;
-}
-
-// False when the service is to stop; the operation has then ended.
-bool CFakePipeService::Await(OVERLAPPED& operation) const {
-    const HANDLE handles[] = {operation.hEvent, m_stop.Get()};
-    if (WaitForMultipleObjects(2, handles, FALSE, INFINITE) == WAIT_OBJECT_0) {
-        return true;
-    }
-    DWORD unused = 0;
-    CancelIoEx(m_pipe.Get(), &operation);
-    GetOverlappedResult(m_pipe.Get(), &operation, &unused, TRUE);
-    return false;
 }
 
 bool CFakePipeService::ReceiveOne(tagReceived& received) {
-    OVERLAPPED operation = NewOperation();
-    if (!ConnectNamedPipe(m_pipe.Get(), &operation) && GetLastError() == ERROR_IO_PENDING && !Await(operation)) {
-        return false;
-    }
-    for (DWORD bytes = 0;; received.bytes.append(m_piece.data(), bytes), received.pieces.push_back(bytes)) {
-        operation = NewOperation();
-        if (!ReadFile(m_pipe.Get(), m_piece.data(), kLongestPiece, nullptr, &operation)) {
-            if (GetLastError() != ERROR_IO_PENDING) {
-                break;
-            }
-            if (!Await(operation)) {
-                return false;
-            }
+    OVERLAPPED operation{};
+    operation.hEvent = m_event.Get();
+    // The bytes of an operation that has begun; none when the client has gone or the service is to stop.
+    const auto finish = [&](BOOL done) -> std::optional<DWORD> {
+        const DWORD error = done ? ERROR_SUCCESS : GetLastError();
+        const HANDLE handles[] = {m_event.Get(), m_stop.Get()};
+        DWORD bytes = 0;
+        if (error == ERROR_IO_PENDING && WaitForMultipleObjects(2, handles, FALSE, INFINITE) != WAIT_OBJECT_0) {
+            CancelIoEx(m_pipe.Get(), &operation);
         }
-        if (!GetOverlappedResult(m_pipe.Get(), &operation, &bytes, FALSE)) {
-            break;
-        }
+        const bool begun = error == ERROR_SUCCESS || error == ERROR_IO_PENDING;
+        return begun && GetOverlappedResult(m_pipe.Get(), &operation, &bytes, TRUE) ? std::optional(bytes)
+                                                                                    : std::nullopt;
+    };
+    finish(ConnectNamedPipe(m_pipe.Get(), &operation));
+    while (const auto bytes = finish(ReadFile(m_pipe.Get(), m_piece.data(), kLongestPiece, nullptr, &operation))) {
+        received.bytes.append(m_piece.data(), *bytes);
+        received.pieces.push_back(*bytes);
     }
     DisconnectNamedPipe(m_pipe.Get());
-    return true;
+    return WaitForSingleObject(m_stop.Get(), 0) == WAIT_TIMEOUT;
 }
 
 CFileHandle OpenPipeForWriting(const std::wstring& name) {
@@ -121,12 +105,11 @@ bool WritePiece(const CFileHandle& pipe, std::string_view bytes) {
            written == bytes.size();
 }
 
-std::string PatternBytes(std::size_t count) {
+std::string PatternBytes(std::size_t count, uint32_t seed) {
     std::string bytes(count, '\0');
-    uint32_t state = 12345;
     for (char& byte : bytes) {
-        state = state * 1664525u + 1013904223u;
-        byte = static_cast<char>(state >> 24);
+        seed = seed * 1664525u + 1013904223u;
+        byte = static_cast<char>(seed >> 24);
     }
     return bytes;
 }

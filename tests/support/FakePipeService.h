@@ -17,6 +17,9 @@
 
 namespace wrb::test {
 
+// The bytes as UTF-16.
+std::wstring WideText(std::string_view bytes);
+
 // What one client wrote between connecting and closing.
 struct tagReceived {
     std::string bytes;
@@ -44,8 +47,6 @@ class CFakePipeService {
 
   private:
     void Serve();
-    OVERLAPPED NewOperation() const;
-    bool Await(OVERLAPPED& operation) const;
     bool ReceiveOne(tagReceived& received);
 
     Handler m_handler;
@@ -66,7 +67,8 @@ CFileHandle OpenPipeForWriting(const std::wstring& name);
 // Writes the bytes as one piece, whatever their number.
 bool WritePiece(const CFileHandle& pipe, std::string_view bytes);
 
-// `count` bytes that differ from their neighbours and from those at other offsets of a buffer's size.
-std::string PatternBytes(std::size_t count);
+// `count` bytes that differ from their neighbours and from those at other offsets of a buffer's size; the same for the
+// same seed.
+std::string PatternBytes(std::size_t count, uint32_t seed = 12345);
 
 }  // namespace wrb::test

@@ -14,9 +14,8 @@ class CGuardedBytes {
   public:
     CGuardedBytes(const void* bytes, std::size_t count) {
         const std::size_t room = (count / kPage + 1) * kPage;
-        m_pages = static_cast<uint8_t*>(VirtualAlloc(nullptr, room + kPage, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
-        DWORD before = 0;
-        VirtualProtect(m_pages + room, kPage, PAGE_NOACCESS, &before);
+        m_pages = static_cast<uint8_t*>(VirtualAlloc(nullptr, room + kPage, MEM_RESERVE, PAGE_NOACCESS));
+        VirtualAlloc(m_pages, room, MEM_COMMIT, PAGE_READWRITE);
         m_start = m_pages + room - count;
         std::copy_n(static_cast<const uint8_t*>(bytes), count, m_start);
     }

@@ -4,47 +4,30 @@
 
 #include <psapi.h>
 
-#include <algorithm>
 #include <vector>
 
 namespace wrb::test {
 namespace {
 
-// One row of the system's list of open handles.
-struct tagSystemHandle {
-    void* object;
-    ULONG_PTR process;
-    ULONG_PTR handle;
-    ULONG access;
-    USHORT traceIndex;
-    USHORT type;
-    ULONG attributes;
-    ULONG reserved;
-};
-
-struct tagSystemHandleList {
-    ULONG_PTR count;
-    ULONG_PTR reserved;
-    tagSystemHandle handles[1];
-};
-
 using QuerySystemInformation = LONG WINAPI(ULONG kind, void* buffer, ULONG bytes, ULONG* needed);
 constexpr ULONG kExtendedHandleInformation = 64;  // a kind that the system's header leaves out
 
-uint32_t CountInSystemList(ULONG_PTR process) {
+// The answer, in words of 64 bits: the number of rows, a reserved word, and for each open handle of the system a row
+// of object, process, handle, and two words of smaller fields.
+uint32_t CountInSystemList(uint64_t process) {
     auto* const query = reinterpret_cast<QuerySystemInformation*>(
         reinterpret_cast<void (*)()>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
-    for (std::size_t words = 1u << 15; words <= 1u << 24; words *= 2) {
-        std::vector<uint64_t> room(words);
-        if (query(kExtendedHandleInformation, room.data(), static_cast<ULONG>(words * sizeof room[0]), nullptr) != 0) {
-            continue;
-        }
-        const auto* list = reinterpret_cast<const tagSystemHandleList*>(room.data());
-        return static_cast<uint32_t>(
-            std::count_if(list->handles, list->handles + list->count,
-                          [process](const tagSystemHandle& row) { return row.process == process; }));
+    static_assert(sizeof(void*) == 8);
+    std::vector<uint64_t> words(1u << 15);
+    while (query(kExtendedHandleInformation, words.data(), static_cast<ULONG>(words.size() * 8), nullptr) != 0 &&
+           words.size() < 1u << 24) {
+        words.resize(words.size() * 2);
     }
-    return 0;
+    uint32_t count = 0;
+    for (std::size_t row = 0; row < words[0]; ++row) {
+        count += words[2 + row * 5 + 1] == process;
+    }
+    return count;
 }
 
 }  // namespace

@@ -13,18 +13,20 @@ struct tagUpdateField {
     std::wstring value;
 };
 
-// One field for each of the group's, in the order of the message. The two variants differ in every field.
+// One field for each of the group's, in the order of the message. The two variants differ in every field; the
+// first has other numbers and texts for each scan type.
 inline std::vector<tagUpdateField> UpdateFields(const ScanGroup& group, bool variant) {
     std::vector<tagUpdateField> fields;
     for (const ScanRow* const row : group.updateRows) {
         const auto number = static_cast<int>(fields.size());
-        std::wstring value = std::to_wstring(variant ? number - 12 : 0x7FFFFFFF - number);
+        const auto base = static_cast<int>(group.configFlag);
+        std::wstring value = std::to_wstring(variant ? number - 12 - base : 0x7FFFFFFF - number);
         if (row->kind == ScanRowKind::Bit) {
             value = (number % 2 == 0) == variant ? L"1" : L"0";
         } else if (row->kind == ScanRowKind::Choice) {
             value = variant ? L"1" : L"2";
         } else if (row->kind != ScanRowKind::Int) {
-            value = std::wstring(row->key) + (variant ? L" = one; \xfc" : L"");
+            value = std::wstring(row->key) + (variant ? L" = one; \xfc " + std::wstring(group.name) : L"");
         }
         fields.push_back({std::wstring(row->key), value});
     }

@@ -4,7 +4,6 @@
 
 #include <windows.h>
 
-#include "Handle.h"
 #include "ServerRegistry.h"
 #include "TempFolder.h"
 
@@ -12,14 +11,10 @@ namespace wrb::test {
 
 class CServerHome {
   public:
-    CServerHome() {
-        RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\CallowaySystems\\Warrenby\\service\\Information", 0, nullptr, 0,
-                        KEY_ALL_ACCESS | KEY_WOW64_64KEY, nullptr, m_key.Receive(), nullptr);
-        Set(m_folder.Path());
-    }
+    CServerHome() { Set(m_folder.Path()); }
     ~CServerHome() {
         if (m_before.empty()) {
-            RegDeleteValueW(m_key.Get(), kValue);
+            RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKey, kValue);
         } else {
             Set(m_before);
         }
@@ -36,16 +31,16 @@ class CServerHome {
     }
 
   private:
+    static constexpr wchar_t kKey[] = L"SOFTWARE\\CallowaySystems\\Warrenby\\service\\Information";
     static constexpr wchar_t kValue[] = L"Local_Path";
 
-    void Set(const std::wstring& path) {
-        RegSetValueExW(m_key.Get(), kValue, 0, REG_SZ, reinterpret_cast<const BYTE*>(path.c_str()),
-                       static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t)));
+    static void Set(const std::wstring& path) {
+        RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, kValue, REG_SZ, path.c_str(),
+                        static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t)));
     }
 
     const std::wstring m_before = ReadLocalPath();
     CTempFolder m_folder;
-    CRegistryKey m_key;
 };
 
 }  // namespace wrb::test

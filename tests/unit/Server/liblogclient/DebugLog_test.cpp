@@ -10,7 +10,7 @@
 
 #include "AllocationCount.h"
 #include "FakeDbService.h"
-#include "FakeLogService.h"
+#include "FakePipeService.h"
 #include "LogFilter.h"
 #include "OnThreads.h"
 #include "TempFolder.h"
@@ -80,7 +80,10 @@ const std::wstring kPrefix = L"[CMDHL][liblogclient_test.exe]";
 
 class DebugLogTest : public testing::Test {
   protected:
-    CFakeLogService m_service{"CMDHL"};
+    DebugLogTest() { DebugLogSetup(L"", L"", "CMDHL", true); }
+    ~DebugLogTest() override { DebugLogSetup(L"", L"", "", false); }
+
+    const CFakePipeService m_service{L"Log_ServerNamePipe"};
 };
 
 TEST(LogWrite, AMessageIsItsFieldsBetweenTabsAndATerminatingZero) {
@@ -105,28 +108,26 @@ TEST(LogWrite, AMissingServiceIsNotedOnceWhereThereIsSomebodyToNoteIt) {
 TEST_F(DebugLogTest, ALineArrivesFieldByField) {
     const auto before = static_cast<int32_t>(std::time(nullptr));
     DebugLog(68, L"Server\\x.cpp", 4'000'000'000u, L"[f] %s\t%d %S", L"wide", -5, "narrow");
-    const tagLogMessage line = m_service.TakeLines().at(0);
-    EXPECT_TRUE(line.seconds >= before && line.seconds <= before + 60) << line.seconds;
-    EXPECT_EQ(line.process, GetCurrentProcessId());
-    EXPECT_EQ(line.thread, GetCurrentThreadId());
-    EXPECT_EQ(line.level, 68u);
-    EXPECT_EQ(line.sourceFile, L"Server\\x.cpp");
-    EXPECT_EQ(line.line, 4'000'000'000u);  // as a signed number on the wire
-    EXPECT_EQ(line.text, kPrefix + L"[f] wide\t-5 narrow");
+    const std::wstring line = m_service.WaitFor(1).at(0).Text();
+    const int seconds = std::stoi(line.substr(sizeof "LOG_WRITE"));
+    EXPECT_TRUE(seconds >= before && seconds <= before + 60) << seconds;
+    EXPECT_EQ(line, FormatWide(L"LOG_WRITE\t%d\t%u\t%u\t68\tServer\\x.cpp\t-294967296\t%s[f] wide\t-5 narrow", seconds,
+                               GetCurrentProcessId(), GetCurrentThreadId(), kPrefix.c_str()));
 }
 
 TEST_F(DebugLogTest, TheWholeTextIsCutAt4095Characters) {
     const std::size_t room = 4095 - kPrefix.size();
+    std::size_t count = 0;
     for (const std::size_t length : {room - 1, room, room + 1, std::size_t{4096}, std::size_t{100'000}}) {
         const std::wstring wide(length, L'w');
         const std::string narrow(length, 'n');
         DebugLog('E', L"x.cpp", 1, L"%s", wide.c_str());
         DebugLogA('E', L"x.cpp", 1, "%s", narrow.c_str());
-        const auto lines = m_service.TakeLines();
-        ASSERT_EQ(lines.size(), 2u);
+        const auto lines = m_service.WaitFor(count += 2);
+        ASSERT_EQ(lines.size(), count);
         const std::size_t kept = std::min(length, room);
-        EXPECT_TRUE(lines[0].text == kPrefix + wide.substr(0, kept)) << length << ": " << lines[0].text.size();
-        EXPECT_TRUE(lines[1].text == kPrefix + std::wstring(kept, L'n')) << length << ": " << lines[1].text.size();
+        EXPECT_TRUE(lines[count - 2].Text().ends_with(L"\t" + kPrefix + wide.substr(0, kept))) << length;
+        EXPECT_TRUE(lines[count - 1].Text().ends_with(L"\t" + kPrefix + std::wstring(kept, L'n'))) << length;
     }
 }
 
@@ -163,8 +164,10 @@ TEST_F(DebugLogTest, EightThreadsNeverMixTheirLines) {
         }
     });
     std::array<int, kThreads> next{};
-    for (const tagLogMessage& line : m_service.TakeLines()) {
-        EXPECT_EQ(line.text, kPrefix + text(line.line, next.at(line.line)++));
+    for (const tagReceived& received : m_service.WaitFor(kThreads * kLines)) {
+        const std::wstring line = received.Text();
+        const auto thread = static_cast<unsigned>(std::stoul(line.substr(line.find(L"x.cpp\t") + 6)));
+        EXPECT_TRUE(line.ends_with(L"\t" + kPrefix + text(thread, next.at(thread)++)));
     }
     EXPECT_THAT(next, testing::Each(kLines));
 }

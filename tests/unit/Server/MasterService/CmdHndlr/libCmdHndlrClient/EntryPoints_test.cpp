@@ -6,8 +6,8 @@
 
 #include "Ask.h"
 #include "BmPolicyCache.h"
+#include "CapturedLog.h"
 #include "CounterSection.h"
-#include "FakeLogService.h"
 #include "INICache.h"
 #include "OSException.h"
 #include "TempFolder.h"
@@ -18,8 +18,6 @@ class EntryPoints : public testing::Test {
   protected:
     void SetUp() override { EXPECT_FALSE(cmdhl_Initialize(L"", L"", nullptr)); }
     void TearDown() override { EXPECT_FALSE(cmdhl_Finalize()); }
-
-    wrb::test::CFakeLogService m_log;
 };
 
 // The default of a missing key is cached, so an entry that was kept gives the first default once more.
@@ -31,15 +29,15 @@ TEST_F(EntryPoints, ClearIniCacheSparesTheSandboxAnalyzer) {
     EXPECT_EQ(ScanIniCache().readINIInt(L"Section", L"Key", 2), 2u);
     EXPECT_EQ(ServerIniCache().readINIInt(L"Section", L"Key", 2), 2u);
     EXPECT_EQ(SbaIniCache().readINIInt(L"Section", L"Key", 2), 1u);
-    EXPECT_EQ(m_log.TakeTexts().back(), L"cmdhl_ClearIniCache");
+    EXPECT_EQ(TakeCapturedTexts().back(), L"cmdhl_ClearIniCache");
 }
 
 TEST_F(EntryPoints, WhatIsNotACommandLeavesNoTrace) {
-    m_log.TakeTexts();
+    TakeCapturedTexts();
     for (const wchar_t* text : {L"CMDHL_NO_SUCH_COMMAND\tpipe\tuid", L"CMDHL_GET_SERVER_NAME\tpipe\tuid", L""}) {
         EXPECT_EQ(cmdhl_Process(text, 0xFFFFFFFF), 0u);
     }
-    EXPECT_TRUE(m_log.TakeTexts().empty());
+    EXPECT_TRUE(TakeCapturedTexts().empty());
 }
 
 TEST_F(EntryPoints, StartAndStopMayBeRepeated) {

@@ -1,8 +1,8 @@
 // The handlers that answer with an agent's settings, over real pipes and the real counter block: which lines each logs,
 // also for a reply that nobody takes, what it answers, and where it is counted.
 #include "Ask.h"
+#include "CapturedLog.h"
 #include "CounterSection.h"
-#include "FakeLogService.h"
 
 namespace {
 
@@ -36,9 +36,7 @@ constexpr struct {
      L"cmdhl_OutputCommand failed."},
 };
 
-// No database server runs: an agent gets an empty answer.
 TEST(Requests, EachLogsAnswersAndCounts) {
-    wrb::test::CFakeLogService log;
     cmdhl_Initialize(L"", L"", nullptr);
     wrb::CCounterReader counters;
     uint32_t error = 0;
@@ -47,30 +45,31 @@ TEST(Requests, EachLogsAnswersAndCounts) {
         SCOPED_TRACE(row.slot);
         const bool hasSection = *row.section != L'\0';
         const std::wstring command = L"CMDHL_GET_" + std::wstring(row.command);
-        const std::wstring prefix = L"]" + std::wstring(row.prefix);
-        const std::wstring uid = hasSection ? L"" : L"100%s";
-        log.TakeTexts();
-        const std::wstring answer = Ask(command.c_str(), uid + L"\tmore");
+        const std::wstring prefix = row.prefix;
+        TakeCapturedTexts();
+        const std::wstring answer = Ask(command.c_str(), L"\tmore");
         EXPECT_EQ(answer.substr(0, answer.find(L'\n')), row.section);
         EXPECT_EQ(answer.find(L'[', 1), answer.npos) << "one section";
         EXPECT_EQ(answer.ends_with(L'\n'), hasSection);
-        auto lines = log.TakeLines();
+        auto lines = TakeCapturedLog();
         ASSERT_GE(lines.size(), 2u);
-        EXPECT_TRUE(lines.front().text.ends_with(prefix + L"uid:[" + uid + L"]"));
-        EXPECT_TRUE(lines.back().text.ends_with(prefix + L"output:[" + answer + L"]"));
+        EXPECT_EQ(lines.front().text, prefix + L"uid:[]");
+        EXPECT_EQ(lines.back().text, prefix + L"output:[" + answer + L"]");
         EXPECT_EQ(lines.front().level + lines.back().level, 8u + 8u);
         EXPECT_TRUE(lines.front().sourceFile.find(L"cmdhl_Rq") != std::wstring::npos && lines.front().line != 0);
         EXPECT_EQ(counters.Slot(row.slot).calls, 1u);
 
-        Tell(command + L"\tnobody\t" + uid);
-        lines = log.TakeLines();
+        Tell(command + L"\tnobody\t100%s\tmore");
+        lines = TakeCapturedLog();
+        EXPECT_EQ(lines.front().text, prefix + L"uid:[100%s]");
         if (*row.failed != L'\0') {
-            EXPECT_TRUE(lines.back().text.ends_with(prefix + row.failed));
+            EXPECT_EQ(lines.back().text, prefix + row.failed);
             EXPECT_EQ(lines.back().level, row.failedLevel);
             lines.pop_back();
         }
-        EXPECT_TRUE(lines.back().text.ends_with(L"]init pipe client [nobody] failed! err=[2]"));
+        EXPECT_EQ(lines.back().text, L"init pipe client [nobody] failed! err=[2]");
         EXPECT_EQ(lines.back().level, 5u);
+        EXPECT_EQ(lines.at(lines.size() - 2).text, prefix + L"output:[]") << "of an agent, without a database server";
     }
     EXPECT_EQ(counters.CallsInProgress(), 0);
     cmdhl_Finalize();

@@ -2,9 +2,9 @@
 #include <gmock/gmock.h>
 
 #include "Ask.h"
+#include "CapturedLog.h"
 #include "CounterSection.h"
 #include "FakeDbService.h"
-#include "FakeLogService.h"
 #include "INICache.h"
 #include "ServerHome.h"
 
@@ -37,7 +37,6 @@ class RqAlertMsg : public testing::Test {
     }
 
     wrb::test::CServerHome m_home;
-    wrb::test::CFakeLogService m_log;
 };
 
 // Each text has three characters more than the one before, which are eight of base64.
@@ -75,10 +74,10 @@ TEST_F(RqAlertMsg, SectionHasAllTextsInItsOwnOrder) {
         return text;
     };
     m_home.Write(L"admin\\ALERTL.MSG", WideBytes(L"Hi\r\n"));
-    m_log.TakeTexts();
+    TakeCapturedTexts();
     EXPECT_EQ(AskFor(L"128"), section(L"UseVirusAlertSeverity = 0\nHighRiskVirusType = Worm,Trojan\n"));
     const auto* file = std::begin(kFiles);
-    for (const std::wstring& line : m_log.TakeTexts()) {
+    for (const std::wstring& line : TakeCapturedTexts()) {
         if (line.find(L" FN=") != line.npos) {
             ASSERT_NE(file, std::end(kFiles));
             EXPECT_TRUE(line.ends_with(std::wstring(L"\\") + file++->name)) << testing::PrintToString(line);
@@ -112,12 +111,12 @@ TEST_F(RqAlertMsg, AbsentFileIsAnEmptyTextAndTheAgentsBitIsCleared) {
     const wrb::test::CFakeDbService database;
     const std::wstring longUid(40, L'u');
     AskFor(L"6", longUid);
-    m_log.TakeTexts();
+    TakeCapturedTexts();
     EXPECT_EQ(AskFor(L"6"), std::wstring(L"1\t") + kMark);
     const auto requests = database.WaitFor(2);
     EXPECT_THAT(requests.at(0).Fields(), ElementsAre(L"DB_SET_CONF_FLAG", L"-1", longUid, L"0", L"32", L"0"));
     EXPECT_THAT(requests.at(1).Fields(), ElementsAre(L"DB_SET_CONF_FLAG", L"-1", L"uid-1", L"0", L"32", L"0"));
-    EXPECT_THAT(m_log.TakeTexts(),
+    EXPECT_THAT(TakeCapturedTexts(),
                 ElementsAre(L"cmdhl_GetClnAlertMsg >>> (6)", L"cmdhm_GetClnAlertMsg enter 6",
                             L"cmdhm_GetClnAlertMsgIni FN=" + (m_home / L"admin\\ALERT.MSG").wstring(),
                             testing::StartsWith(L"[DbClient] Send DB_SET_CONF_FLAG"), L"cmdhl_GetClnAlertMsg exit 1",

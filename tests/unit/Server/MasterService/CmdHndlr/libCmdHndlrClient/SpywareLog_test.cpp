@@ -7,8 +7,8 @@
 
 #include "Ask.h"
 #include "CabinetBuilder.h"
+#include "CapturedLog.h"
 #include "FakeDbService.h"
-#include "FakeLogService.h"
 #include "INICache.h"
 #include "ServerHome.h"
 #include "Text.h"
@@ -35,7 +35,7 @@ class SpywareLog : public testing::Test {
         m_home.Write(L"wrbscan.ini", "[GLN_FEEDBACK_SECTION]\r\nGLNFeedbackEnabled=1\r\n");
         ScanIniCache().clear();
         cmdhl_Initialize(L"", L"", nullptr);
-        m_log.TakeTexts();
+        TakeCapturedTexts();
     }
     void TearDown() override {
         cmdhl_Finalize();
@@ -56,7 +56,6 @@ class SpywareLog : public testing::Test {
     const wrb::test::CServerHome m_home;
     const std::wstring m_pipe = wrb::test::UniqueName(L"reply");
     const wrb::CKernelHandle m_stop{CreateEventW(nullptr, TRUE, FALSE, L"Calloway_Warrenby_Server_Stop_Event")};
-    wrb::test::CFakeLogService m_log;
 };
 
 TEST_F(SpywareLog, EntriesOfALogPackageAreRecorded) {
@@ -108,7 +107,7 @@ TEST_F(SpywareLog, WalkEndsAtItsLimits) {
     const auto scan = [this](const wchar_t* folder) {
         std::filesystem::remove(m_home / L"temp\\wtc.log");
         cmdhl_ScanSpywareLogDir((m_home / folder).string().c_str());
-        Result result(WtcLog().size(), m_log.TakeTexts());
+        Result result(WtcLog().size(), TakeCapturedTexts());
         std::ranges::sort(result.second);
         return result;
     };
@@ -144,14 +143,14 @@ TEST_F(SpywareLog, UploadThatFailsLeavesNothingBehind) {
     EXPECT_EQ(Upload(L"CMDHL_SET_SPYWARELOG", package), L"0") << "another's folder";
     EXPECT_FALSE(std::filesystem::exists(package));
     EXPECT_THAT(
-        m_log.TakeTexts(),
+        TakeCapturedTexts(),
         ElementsAre(L"cmdhl_SetSpywareLog: UID=uid, FileName=" + package + L", Dir=" + (m_home / L"up\\x").wstring(),
                     L"cmdhl_SetSpywareLog: CreateDirectory(" + Folder(20).wstring() + L") fail err=183"));
     m_home.Write(L"up\\package.cab", "no cabinet");
     EXPECT_EQ(Upload(L"CMDHL_SET_SPYWARE_BACKUP_MANIFEST", package), L"0");
     EXPECT_FALSE(std::filesystem::exists(package));
     EXPECT_FALSE(std::filesystem::exists(Folder(33)));
-    EXPECT_EQ(m_log.TakeTexts().back(), L"cmdhl_SetSpywareBackupManifest: fpkExtract fail.");
+    EXPECT_EQ(TakeCapturedTexts().back(), L"cmdhl_SetSpywareBackupManifest: fpkExtract fail.");
 
     m_home.Write(L"up\\package.cab", "kept");
     EXPECT_THROW(Tell(L"CMDHL_SET_SPYWARELOG\tnineteen-characters\tuid\t" + package + L"\tx"), std::out_of_range);
@@ -182,9 +181,9 @@ TEST_F(SpywareLog, RestoreLogTurnsItsNumbersRound) {
 TEST_F(SpywareLog, StatusFlagsNeedAWholeUid) {
     const std::wstring uid(36, L'u');
     Tell(L"CMDHL_SET_STATFLAG\t" + uid.substr(1) + L"\t1\t2");
-    EXPECT_THAT(m_log.TakeTexts(), ElementsAre(L"cmdhl_SetStatusFlag:Uid length incorrent"));
+    EXPECT_THAT(TakeCapturedTexts(), ElementsAre(L"cmdhl_SetStatusFlag:Uid length incorrent"));
     Tell(L"CMDHL_SET_STATFLAG\t" + uid + L"\t4294967295\t16");
-    EXPECT_EQ(m_log.TakeTexts().back(), L"cmdhl_SetStatusFlag:dbSetStatus fail " + uid + L", ffffffff,10");
+    EXPECT_EQ(TakeCapturedTexts().back(), L"cmdhl_SetStatusFlag:dbSetStatus fail " + uid + L", ffffffff,10");
     const wrb::test::CFakeDbService database;
     Tell(L"CMDHL_SET_STATFLAG\t" + uid + L"\t4294967295\t16");
     EXPECT_THAT(database.WaitFor(1).at(0).Fields(),
