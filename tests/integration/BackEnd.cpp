@@ -2,12 +2,11 @@
 
 #include <stdexcept>
 
+#include "PipeClient.h"
 #include "Text.h"
 
 namespace wrb::test {
 namespace {
-
-constexpr wchar_t kProgram[] = L"wrbback.exe";
 
 constexpr char kFull[] = R"({"uid": "3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3", "computer": "RECEPTION-01",
     "ip": "192.0.2.17", "domain": {"name": "Front", "path": "Company\\Front", "uid": "d-1"},
@@ -31,7 +30,7 @@ constexpr char kFull[] = R"({"uid": "3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3", "com
     "exclusions": {"ExcludedExt": "iso"}}}})";
 
 std::string SeedText() {
-    std::string text = std::string("{\"agents\": [") + kFull + R"(, {"uid": ")" + WideToUtf8(kBareAgent) + "\"}";
+    std::string text = std::string("{\"agents\": [") + kFull;
     for (unsigned i = 0; i < 8; ++i) {
         text += R"(, {"uid": ")" + WideToUtf8(ThreadAgent(i)) + R"(", "scan": {}})";
     }
@@ -44,25 +43,27 @@ std::wstring ThreadAgent(unsigned thread) {
     return FormatWide(L"00000000-0000-0000-0000-%012u", thread);
 }
 
-tagRun RunBackEnd(const std::vector<std::wstring>& arguments) {
-    const CChildProcess process(kProgram, arguments);
-    const auto code = process.WaitForExit();
-    if (!code) {
-        throw std::runtime_error("wrbback does not end");
-    }
-    return {*code, process.Output()};
+void SendBytes(const wchar_t* pipe, const std::string& bytes) {
+    CPipeClient client;
+    ASSERT_TRUE(client.Initial(pipe)) << GetLastError();
+    uint64_t count = bytes.size();
+    client.Send(bytes.data(), count);
+}
+
+std::string BytesOf(const CSerializer& message) {
+    return {reinterpret_cast<const char*>(message.Data()), message.GetSize()};
 }
 
 CBackEnd::CBackEnd(std::vector<std::wstring> moreArguments) {
-    WriteAll(m_folder / L"agents.json", SeedText());
-    const tagRun seed = RunBackEnd({L"seed", (m_folder / L"agents.json").wstring(), L"--db", Database()});
-    if (seed.code != 0) {
-        throw std::runtime_error(seed.output);
+    const std::filesystem::path more = m_folder / L"agents.json";
+    WriteAll(more, SeedText());
+    for (const std::wstring& file : {ProgramFolder() + L"sample-agents.json", more.wstring()}) {
+        ExpectRun(kBackEnd, {L"seed", file, L"--db", Database()}, 0);
     }
     std::vector<std::wstring> arguments = {L"serve", L"--db", Database(), L"--log-folder",
                                            (m_folder / L"log").wstring()};
     arguments.insert(arguments.end(), moreArguments.begin(), moreArguments.end());
-    m_process = std::make_unique<CChildProcess>(kProgram, arguments);
+    m_process = std::make_unique<CChildProcess>(kBackEnd, arguments);
     if (!m_process->WaitForOutput("wrbback: ready")) {
         throw std::runtime_error(m_process->Output());
     }
@@ -75,7 +76,7 @@ CBackEnd::~CBackEnd() {
 }
 
 std::string CBackEnd::Stop() {
-    EXPECT_EQ(RunBackEnd({L"stop"}).code, 0u);
+    ExpectRun(kBackEnd, {L"stop"}, 0);
     EXPECT_EQ(m_process->WaitForExit(), 0u);
     std::string output = m_process->Output();
     m_process.reset();
@@ -83,14 +84,10 @@ std::string CBackEnd::Stop() {
 }
 
 bool CBackEnd::WaitForLog(const std::string& part) const {
-    const ULONGLONG end = GetTickCount64() + 20'000;
-    while (Log().find(part) == std::string::npos) {
-        if (GetTickCount64() > end) {
-            return false;
-        }
+    for (int i = 0; i < 2000 && Log().find(part) == std::string::npos; ++i) {
         Sleep(10);
     }
-    return true;
+    return Log().find(part) != std::string::npos;
 }
 
 }  // namespace wrb::test

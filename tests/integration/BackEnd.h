@@ -1,18 +1,19 @@
 // wrbback, seeded and serving, for the tests of one suite.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "ChildProcess.h"
+#include "ExpectRun.h"
+#include "Serializer.h"
 #include "TempFolder.h"
 
 namespace wrb::test {
 
-// In the file that BackEnd.cpp writes: one agent with everything, one without a configuration, eight for threads.
+inline constexpr wchar_t kBackEnd[] = L"wrbback.exe";
+
+// Beside the sample agents: one with everything, in the place of theirs, and eight for threads. The bare one is theirs.
 inline constexpr wchar_t kFullAgent[] = L"3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3";
 inline constexpr wchar_t kBareAgent[] = L"c07b15d8-94ea-4b36-a2f7-1e6d80395fac";
 inline constexpr wchar_t kUnknownAgent[] = L"e5a9308d-6b74-4c12-9f0e-b3d8127a4c61";
@@ -35,11 +36,8 @@ class CBackEnd {
     std::unique_ptr<CChildProcess> m_process;
 };
 
-// Runs wrbback to its end; the exit code.
-struct tagRun {
-    DWORD code = 0;
-    std::string output;
-};
-tagRun RunBackEnd(const std::vector<std::wstring>& arguments);
+// One connection with these bytes. A service that has seen enough may close before their end.
+void SendBytes(const wchar_t* pipe, const std::string& bytes);
+std::string BytesOf(const CSerializer& message);
 
 }  // namespace wrb::test

@@ -11,24 +11,12 @@
 #include "FakePipeService.h"
 #include "LogFilter.h"
 #include "MsgSerializer.h"
-#include "PipeClient.h"
 
 namespace wrb::test {
 namespace {
 
 constexpr wchar_t kDbPipe[] = L"DbServerNamePipe";
 constexpr wchar_t kLogPipe[] = L"Log_ServerNamePipe";
-
-void SendBytes(const wchar_t* pipe, const std::string& bytes) {
-    CPipeClient client;
-    ASSERT_TRUE(client.Initial(pipe)) << GetLastError();
-    uint64_t count = bytes.size();
-    client.Send(bytes.data(), count);  // may fail: a service that has seen enough closes
-}
-
-std::string BytesOf(const CMsgSerializer& message) {
-    return {reinterpret_cast<const char*>(message.Data()), message.GetSize()};
-}
 
 // The frame of a request, and the request behind it.
 std::string Framed(const std::string& request) {
@@ -70,12 +58,12 @@ TEST(BackHostile, BadFramesAreDroppedAndCountedAndTheServiceGoesOn) {
     for (const std::string& bytes : bad) {
         SendBytes(kDbPipe, bytes);
     }
-    for (const std::string& whole : {text, message}) {
+    for (std::string whole : {text, message}) {
         for (std::size_t at = 0; at < whole.size(); at += 23) {
             SendBytes(kDbPipe, whole.substr(0, at + 1));
-            std::string mutated = whole;
-            mutated[at] = static_cast<char>(mutated[at] ^ 0xFF);
-            SendBytes(kDbPipe, mutated);
+            whole[at] = static_cast<char>(~whole[at]);
+            SendBytes(kDbPipe, whole);
+            whole[at] = static_cast<char>(~whole[at]);
         }
     }
     ASSERT_TRUE(Serves());
@@ -151,16 +139,12 @@ TEST(BackHostile, ExitCodes) {
         {{L"seed", json, L"--db", db}, 2, "agents[0].uid: must be a GUID"},
         {{L"stop"}, 3, "not running"},
     };
-    for (const auto& run : kRuns) {
-        const tagRun result = RunBackEnd(run.arguments);
-        EXPECT_EQ(result.code, run.code) << result.output;
-        EXPECT_NE(result.output.find(run.output), std::string::npos) << result.output;
+    for (const auto& [arguments, code, output] : kRuns) {
+        ExpectRun(kBackEnd, arguments, code, output);
     }
     EXPECT_FALSE(std::filesystem::exists(db));  // a bad seed file makes no database
     CBackEnd backEnd;
-    const tagRun second = RunBackEnd({L"serve", L"--db", backEnd.Database()});
-    EXPECT_EQ(second.code, 1u);
-    EXPECT_NE(second.output.find("already running"), std::string::npos);
+    ExpectRun(kBackEnd, {L"serve", L"--db", backEnd.Database()}, 1, "already running");
 }
 
 }  // namespace

@@ -4,12 +4,10 @@
 
 #include <memory>
 #include <mutex>
-#include <thread>
 
 #include "BackEnd.h"
-#include "CmdProtocol.h"
-#include "FakePipeService.h"
 #include "MsgSerializer.h"
+#include "OnThreads.h"
 #include "PipeClient.h"
 #include "QmAgentClient.h"
 #include "RecordServer.h"
@@ -30,13 +28,8 @@ constexpr char kRestoreRow[] =
     R"({"TBL":"TBL_RESTORE_LOG","COL":{"LOGID":"l","UID":"u","RECV_TIME":"2024-01-31 23:59:59","LOG_TYPE":-1,)"
     R"("RESULT":2147483647},"VER":3,"CATEGORY":"RestoreLogFieldInfo"})";
 
-tagFirewallLogEntry Entry(const wchar_t* uid) {
-    return {uid, L"20240131", L"235959", L"192.0.2.17", L"2001:db8::1", 6, 0, 1, 65535, 2, L"C:\\\xFC.exe", L"info", 0};
-}
-
-std::string BytesOf(const CMsgSerializer& message) {
-    return {reinterpret_cast<const char*>(message.Data()), message.GetSize()};
-}
+constexpr tagFirewallLogEntry kEntry = {kFullAgent, L"20240131", L"235959", L"192.0.2.17",   L"2001:db8::1", 6, 0,
+                                        1,          65535,       2,         L"C:\\\xFC.exe", L"info",        0};
 
 std::string LogMessage(const wchar_t* command, const std::string& json) {
     CMsgSerializer message(command);
@@ -46,19 +39,6 @@ std::string LogMessage(const wchar_t* command, const std::string& json) {
 
 std::string AgentText(const std::wstring& text) {
     return {reinterpret_cast<const char*>(text.c_str()), (text.size() + 1) * sizeof(wchar_t)};
-}
-
-std::string SpywareEvent(int32_t event) {
-    CMsgSerializer message(kWrbSpywareLogEvent);
-    message << event;
-    return BytesOf(message);
-}
-
-void SendBytes(const wchar_t* pipe, const std::string& bytes) {
-    CPipeClient client;
-    ASSERT_TRUE(client.Initial(pipe)) << GetLastError();
-    uint64_t count = bytes.size();
-    client.Send(bytes.data(), count);  // may fail: a service that has seen enough closes
 }
 
 std::string Replaced(std::string text, const std::string& part, const std::string& by) {
@@ -74,34 +54,32 @@ std::string CounterOf(const CRecordServer& server) {
 
 TEST(BackRecords, WhatTheClientsSendIsShownAsItWasSent) {
     CBackEnd backEnd;
-    EXPECT_EQ(cmdlog_SendCfwLog(Entry(kFullAgent)), 1);
+    EXPECT_EQ(cmdlog_SendCfwLog(kEntry), 1);
     EXPECT_EQ(dbSetRestoreLogW(kFullAgent, -1, 7), 1);
     EXPECT_EQ(qmaSendRtsStatusChange(0), 1);
-    EXPECT_EQ(qmaSendFirewallLog(Entry(kFullAgent)), 1);
+    EXPECT_EQ(qmaSendFirewallLog(kEntry), 1);
     EXPECT_EQ(wrbSetSpywareLogEvent(-2), 1);
     const std::wstring database = backEnd.Database();
-    tagRun events;
-    for (int i = 0; i < 100 && events.output.find("event: 3 of 3 rows") == std::string::npos; ++i) {
-        events = RunBackEnd({L"events", L"--db", database});  // while it serves
-    }
-    for (const char* part : {"CMDHQM_EVENT_RTS_STATUS_CHANGE        0\n", "WC_SET_SPYWARE_LOG_EVENT              -2\n",
-                             "192.0.2.17\\t2001:db8::1\\t6\\t0\\t1\\t65535\\t2\\t0\\tC:\\\xC3\xBC.exe\\tinfo\n"}) {
-        EXPECT_NE(events.output.find(part), std::string::npos) << part << events.output;
+    std::string shown;
+    for (int i = 0; i < 100 && shown.find("event: 3 of 3 rows") == std::string::npos; ++i) {
+        shown = ExpectRun(kBackEnd, {L"events", L"--db", database}, 0);  // while it serves
     }
     EXPECT_NE(backEnd.Stop().find("records: 5 stored, 0 refused, 0 lost;"), std::string::npos);
-    const tagRun json = RunBackEnd({L"log-pool", L"--db", database, L"--json"});
+    shown += ExpectRun(kBackEnd, {L"log-pool", L"--db", database, L"--json"}, 0);
     for (const char* part :
-         {R"({"TBL_CFW_LOG": [)", R"("DATE":"2024-01-31 23:59:59")",
-          R"("LOCAL_HOST":"00000000000000000000FFFFC0000211")", R"("REMOTEHOST":"20010DB8000000000000000000000001")",
-          "\"PV_NAME\":\"C:\\\\\xC3\xBC.exe\\tinfo\"", R"("PORT":65535)", R"(], "TBL_RESTORE_LOG": [)",
-          R"("LOG_TYPE":-1)", R"("RESULT":7)"}) {
-        EXPECT_NE(json.output.find(part), std::string::npos) << part << json.output;
+         {"CMDHQM_EVENT_RTS_STATUS_CHANGE        0\n", "WC_SET_SPYWARE_LOG_EVENT              -2\n",
+          "192.0.2.17\\t2001:db8::1\\t6\\t0\\t1\\t65535\\t2\\t0\\tC:\\\xC3\xBC.exe\\tinfo\n", R"({"TBL_CFW_LOG": [)",
+          R"("DATE":"2024-01-31 23:59:59")", R"("LOCAL_HOST":"00000000000000000000FFFFC0000211")",
+          R"("REMOTEHOST":"20010DB8000000000000000000000001")", "\"PV_NAME\":\"C:\\\\\xC3\xBC.exe\\tinfo\"",
+          R"("PORT":65535)", R"(], "TBL_RESTORE_LOG": [)", R"("LOG_TYPE":-1)", R"("RESULT":7)"}) {
+        EXPECT_NE(shown.find(part), std::string::npos) << part << shown;
     }
-    const tagRun one = RunBackEnd({L"log-pool", L"--db", database, L"--table", L"TBL_RESTORE_LOG", L"--limit", L"0"});
-    EXPECT_NE(one.output.find("TBL_RESTORE_LOG: 1 of 1 rows"), std::string::npos) << one.output;
-    EXPECT_EQ(one.output.find("TBL_CFW_LOG"), std::string::npos);
-    EXPECT_EQ(RunBackEnd({L"log-pool", L"--db", database, L"--table", L"agent"}).code, 2u);
-    EXPECT_EQ(RunBackEnd({L"events", L"--db", database + L"x"}).code, 1u);
+    const std::string one =
+        ExpectRun(kBackEnd, {L"log-pool", L"--db", database, L"--table", L"TBL_RESTORE_LOG", L"--limit", L"0"}, 0,
+                  "TBL_RESTORE_LOG: 1 of 1 rows");
+    EXPECT_EQ(one.find("TBL_CFW_LOG"), std::string::npos);
+    ExpectRun(kBackEnd, {L"log-pool", L"--db", database, L"--table", L"agent"}, 2);
+    ExpectRun(kBackEnd, {L"events", L"--db", database + L"x"}, 1);
 }
 
 // Serves in this process: its counters say when a message has been seen.
@@ -109,11 +87,11 @@ class Records : public testing::Test {
   protected:
     void Start(int64_t keep = 0) {
         CreateStore(Database());
-        m_server =
-            std::make_unique<CRecordServer>(RecordServerOptions{Database(), keep, [this](const std::wstring& note) {
-                                                                    const std::scoped_lock guard(m_lock);
-                                                                    m_notes += note + L'\n';
-                                                                }});
+        const auto note = [this](const std::wstring& text) {
+            const std::scoped_lock guard(m_lock);
+            m_notes += text + L'\n';
+        };
+        m_server = std::make_unique<CRecordServer>(RecordServerOptions{Database(), keep, note});
         ASSERT_EQ(m_server->Start(), nullptr) << GetLastError();
     }
     std::wstring Database() const { return (m_folder / L"records.db").wstring(); }
@@ -131,22 +109,37 @@ TEST_F(Records, OnlyWholeAndRightMessagesBecomeRows) {
         {kLogPoolPipe, LogMessage(kSendRestoreLog, kRestoreRow)},
         {kQmAgentPipe, AgentText(L"CMDHQM_SEND_FIREWALL_LOG\tu\t1706745599\tl\tr\t1\t2\t3\t4\t5\t0\tpath\tin\tfo")},
         {kQmAgentPipe, AgentText(L"CMDHQM_EVENT_RTS_STATUS_CHANGE\t4294967295")},
-        {kWrbServerPipe, SpywareEvent(2)},
+        {kWrbServerPipe, BytesOf(CMsgSerializer(kWrbSpywareLogEvent) << 2)},
     };
-    std::size_t bad = 0;
+    std::vector<std::pair<const wchar_t*, std::string>> bad = {
+        {kLogPoolPipe, LogMessage(kSendCfwLog, kCfwRow)},  // in a file, says a byte
+        {kLogPoolPipe, LogMessage(kSendCfwLog, kRestoreRow)},
+        {kLogPoolPipe, LogMessage(kSendCfwLog, std::string(20'000, '['))},
+        {kLogPoolPipe, LogMessage(kSendCfwLog, Replaced(kCfwRow, "p\\ti", std::string(4097, 'p')))},
+        {kLogPoolPipe, LogMessage(L"CMDLOGV2_ERASE", kCfwRow)},
+        {kQmAgentPipe, AgentText(L"CMDHQM_ERASE\t1")},
+        {kQmAgentPipe, AgentText(L"")},
+        {kWrbServerPipe, LogMessage(L"WC_ERASE", "")},
+        {kWrbServerPipe, LogMessage(kSendCfwLog, kCfwRow)},
+    };
+    bad[0].second[16] = 2;
+    for (const wchar_t* rest : {L"", L"\t1x", L"\t-1", L"\t4294967296"}) {
+        bad.emplace_back(kQmAgentPipe, AgentText(std::wstring(L"CMDHQM_EVENT_RTS_STATUS_CHANGE") + rest));
+    }
+    for (const auto& [time, port] : {std::pair(L"1", L"x"), {L"1", L"65536"}, {L"1", L"-1"}, {L"-1", L"5"}}) {
+        bad.emplace_back(
+            kQmAgentPipe,
+            AgentText(FormatWide(L"CMDHQM_SEND_FIREWALL_LOG\tu\t%s\tl\tr\t1\t2\t3\t4\t%s\t0\tpath\tinfo", time, port)));
+    }
     for (const auto& [pipe, bytes] : kGood) {
         SendBytes(pipe, bytes);
-        for (std::size_t length = 1; length < bytes.size(); length += 1 + bytes.size() / 64, ++bad) {
-            SendBytes(pipe, bytes.substr(0, length));
+        for (std::size_t length = 1; length < bytes.size(); length += 1 + bytes.size() / 64) {
+            bad.emplace_back(pipe, bytes.substr(0, length));
         }
-        SendBytes(pipe, bytes + "xx");
-        SendBytes(pipe, bytes + std::string(70'000, 'x'));
-        bad += 2;
+        bad.emplace_back(pipe, bytes + "xx");
+        bad.emplace_back(pipe, bytes + std::string(70'000, 'x'));
     }
-    const struct {
-        const char* part;
-        const char* by;
-    } kWrongRows[] = {
+    const std::pair<const char*, const char*> kWrongRows[] = {
         {"\"VER\":3", "\"VER\":4"},
         {"\"VER\":3", "\"VER\":\"3\""},
         {"TBL_CFW_LOG", "agent"},
@@ -172,36 +165,15 @@ TEST_F(Records, OnlyWholeAndRightMessagesBecomeRows) {
         {"\"VER\":3", "\"VER\":18446744073709551619"},
     };
     for (const auto& [part, by] : kWrongRows) {
-        SendBytes(kLogPoolPipe, LogMessage(kSendCfwLog, Replaced(kCfwRow, part, by)));
+        bad.emplace_back(kLogPoolPipe, LogMessage(kSendCfwLog, Replaced(kCfwRow, part, by)));
     }
-    std::string inFile = LogMessage(kSendCfwLog, kCfwRow);
-    inFile[16] = 2;
-    const std::pair<const wchar_t*, std::string> kBad[] = {
-        {kLogPoolPipe, inFile},
-        {kLogPoolPipe, LogMessage(kSendCfwLog, kRestoreRow)},
-        {kLogPoolPipe, LogMessage(kSendCfwLog, std::string(20'000, '['))},
-        {kLogPoolPipe, LogMessage(kSendCfwLog, Replaced(kCfwRow, "p\\ti", std::string(4097, 'p')))},
-        {kLogPoolPipe, LogMessage(L"CMDLOGV2_ERASE", kCfwRow)},
-        {kQmAgentPipe, AgentText(L"CMDHQM_EVENT_RTS_STATUS_CHANGE\t1x")},
-        {kQmAgentPipe, AgentText(L"CMDHQM_EVENT_RTS_STATUS_CHANGE\t-1")},
-        {kQmAgentPipe, AgentText(L"CMDHQM_EVENT_RTS_STATUS_CHANGE\t4294967296")},
-        {kQmAgentPipe, AgentText(L"CMDHQM_EVENT_RTS_STATUS_CHANGE")},
-        {kQmAgentPipe, AgentText(L"CMDHQM_SEND_FIREWALL_LOG\tu\t1\tl\tr\t1\t2\t3\t4\tx\t0\tpath\tinfo")},
-        {kQmAgentPipe, AgentText(L"CMDHQM_SEND_FIREWALL_LOG\tu\t1\tl\tr\t1\t2\t3\t4\t65536\t0\tpath\tinfo")},
-        {kQmAgentPipe, AgentText(L"CMDHQM_SEND_FIREWALL_LOG\tu\t1\tl\tr\t1\t2\t3\t4\t-1\t0\tpath\tinfo")},
-        {kQmAgentPipe, AgentText(L"CMDHQM_SEND_FIREWALL_LOG\tu\t-1\tl\tr\t1\t2\t3\t4\t5\t0\tpath\tinfo")},
-        {kQmAgentPipe, AgentText(L"CMDHQM_ERASE\t1")},
-        {kQmAgentPipe, AgentText(L"")},
-        {kWrbServerPipe, LogMessage(L"WC_ERASE", "")},
-        {kWrbServerPipe, LogMessage(kSendCfwLog, kCfwRow)},
-    };
-    for (const auto& [pipe, bytes] : kBad) {
+    for (const auto& [pipe, bytes] : bad) {
         SendBytes(pipe, bytes);
     }
-    bad += std::size(kWrongRows) + std::size(kBad);
     SendBytes(kLogPoolPipe, LogMessage(kSendCfwLog, kCfwRow));  // it still serves
     m_server->Stop();
-    EXPECT_EQ(CounterOf(*m_server), "6 stored, " + std::to_string(bad) + " refused, 0 lost") << WideToUtf8(m_notes);
+    EXPECT_EQ(CounterOf(*m_server), "6 stored, " + std::to_string(bad.size()) + " refused, 0 lost")
+        << WideToUtf8(m_notes);
     EXPECT_NE(m_notes.find(L"log pool: refused a message of process"), std::wstring::npos);
     EXPECT_NE(m_notes.find(L"\"PORT\" is not a whole number from 0 to 65535"), std::wstring::npos);
 }
@@ -210,29 +182,26 @@ TEST_F(Records, NothingThatWasTakenIsLostAcrossAStopAndALockedFile) {
     Start(500);
     const std::string message = LogMessage(kSendCfwLog, kCfwRow);
     std::atomic<int> taken = 0;
-    std::vector<std::thread> threads;
-    const auto lock = OpenStore(Database());
-    lock->Execute("BEGIN IMMEDIATE");  // as another program may, for a while
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&] {
-            for (CPipeClient client; client.Initial(kLogPoolPipe); client.Close()) {
-                uint64_t count = message.size();
-                taken += client.Send(message.data(), count) ? 1 : 0;
-            }
-        });
-    }
     const auto waitFor = [&taken](int count) {
         while (taken < count) {
             Sleep(1);
         }
     };
-    waitFor(1000);
-    lock->Execute("COMMIT");
-    waitFor(1500);
-    m_server->Stop();  // in the middle of it
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    const auto lock = OpenStore(Database());
+    lock->Execute("BEGIN IMMEDIATE");  // as another program may, for a while
+    OnThreads(5, [&](unsigned thread) {
+        if (thread == 0) {
+            waitFor(1000);
+            lock->Execute("COMMIT");
+            waitFor(1500);
+            m_server->Stop();  // in the middle of it
+            return;
+        }
+        for (CPipeClient client; client.Initial(kLogPoolPipe); client.Close()) {
+            uint64_t count = message.size();
+            taken += client.Send(message.data(), count) ? 1 : 0;
+        }
+    });
     EXPECT_EQ(CounterOf(*m_server), std::to_string(taken) + " stored, 0 refused, 0 lost") << WideToUtf8(m_notes);
     EXPECT_EQ(lock->NumberOf("SELECT count(*) FROM TBL_CFW_LOG"), 500);
     EXPECT_EQ(lock->NumberOf("SELECT max(id) FROM TBL_CFW_LOG"), taken);

@@ -5,11 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace {
-
-int g_started = 0;
-
-}  // namespace
+static int g_started = 0;
 
 extern "C" __declspec(dllexport) bool cmdhl_Initialize(const wchar_t* debugIni, const wchar_t*, void*) {
     if (debugIni != nullptr && std::wstring(debugIni) == L"throw") {
@@ -24,11 +20,8 @@ extern "C" __declspec(dllexport) unsigned cmdhl_Process(const wchar_t* message, 
     if (text == L"CMDHL_STD\tfield") {
         throw std::runtime_error("a standard exception");
     }
-    if (text == L"CMDHL_INT") {
+    if (text == L"CMDHL_INT" || text == L"CMDHL_\x1B[31mLOUD") {
         throw 42;
-    }
-    if (text == L"CMDHL_\x1B[31mLOUD") {
-        throw std::string("a text");
     }
     if (text == L"CMDHL_ODD" && bytes != 19) {
         return 0;

@@ -1,15 +1,12 @@
 // Settings that are stored and fetched again, through the command library and the database server.
-#include <gtest/gtest.h>
+#include <regex>
 
+#include "Ask.h"
 #include "BackEnd.h"
-#include "CmdProtocol.h"
 #include "CounterSection.h"
 #include "DbAgent.h"
 #include "DbPrivilege.h"
-#include "FakePipeService.h"
 #include "ScanUpdateFields.h"
-#include "UniqueName.h"
-#include "cmdhl.h"
 #include "cmdhm_ScanCfgUpdate.h"
 
 namespace wrb::test {
@@ -19,16 +16,8 @@ namespace {
 constexpr const wchar_t* kCommands[] = {L"MS_CFG", L"SPY_MS_CFG", L"MS_CFG_EX", L"RT_CFG", L"SPY_RT_CFG", L"RT_CFG_EX",
                                         L"PS_CFG", L"SPY_PS_CFG", L"PS_CFG_EX", L"SN_CFG", L"SPY_SN_CFG", L"SN_CFG_EX"};
 
-void Process(const std::wstring& message) {
-    EXPECT_EQ(cmdhl_Process(message.c_str(), message.size() * sizeof(wchar_t)), 1u);
-}
-
 std::wstring Fetch(const std::wstring& command, const std::wstring& uid) {
-    const std::wstring name = UniqueName(L"reply");
-    const CFakePipeService reply(name);
-    Process(L"CMDHL_GET_" + command + L"\t" + name + L"\t" + uid);
-    const auto messages = reply.WaitFor(1);
-    return messages.empty() ? L"no answer" : messages[0].Text();
+    return Ask((L"CMDHL_GET_" + command).c_str(), uid);
 }
 
 class Update : public testing::Test {
@@ -55,13 +44,14 @@ TEST_F(Update, EveryGroupComesBackAsItWasSetForOneAgentAndForAll) {
     const std::wstring one = ThreadAgent(0);
     const std::wstring other = ThreadAgent(1);
     for (const bool variant : {true, false}) {
+        std::wstring sections;
         for (std::size_t i = 0; i < kScanGroups.size(); ++i) {
             SCOPED_TRACE(i);
             const ScanGroup& group = kScanGroups[i];
             const std::wstring before = Fetch(kCommands[i], other);
             ASSERT_TRUE(dbSetAllConfFlgW(0, 0xFFFFFFFF));
             const auto fields = UpdateFields(group, variant);
-            Process(L"CMDHL_SET_" + std::wstring(kCommands[i]) + L"\t" + one + L"\t" + JoinFields(fields));
+            Tell(L"CMDHL_SET_" + std::wstring(kCommands[i]) + L"\t" + one + L"\t" + JoinFields(fields));
             ExpectFetched(i, one, fields);
             EXPECT_EQ(Fetch(kCommands[i], other), before);
             uint32_t changed = 0;
@@ -74,42 +64,38 @@ TEST_F(Update, EveryGroupComesBackAsItWasSetForOneAgentAndForAll) {
             ExpectFetched(i, one, allFields);
             ExpectFetched(i, other, allFields);
             EXPECT_TRUE(dbGetConfFlagW(other.c_str(), changed) && changed == group.configFlag) << changed;
+            sections += Fetch(kCommands[i], one);
         }
+        EXPECT_EQ(Fetch(L"ALL_SCAN_CFG", one), sections);
     }
 }
 
 TEST_F(Update, AllExclusionsAtOnceAndPrivileges) {
     const std::wstring uid = ThreadAgent(2);
-    Process(L"CMDHL_SET_ALL_CFG_EX\t" + uid + L"\t1\tC:\\a\tb.txt\tlog");
+    Tell(L"CMDHL_SET_ALL_CFG_EX\t" + uid + L"\t1\tC:\\a\tb.txt\tlog");
     for (const wchar_t* const command : {L"MS_CFG_EX", L"RT_CFG_EX", L"PS_CFG_EX", L"SN_CFG_EX"}) {
         const std::wstring section = Fetch(command, uid);
         EXPECT_NE(
             section.find(L"ExcludeCallowayProduct=1\nExcludedFolder=C:\\a\nExcludedFile=b.txt\nExcludedExt=log\n"),
             section.npos);
     }
-    const struct {
-        const wchar_t* message;
-        tagDbPrivilege after;
-    } rows[] = {
-        {L"MAILSCAN_RT_CFG\t@\t1", {0xFFFFF7FC, 0xFFFFFFFF}},
-        {L"MAILSCAN_RT_CFG\t@\ttrue", {0xFFFFF3FC, 0xFFFFFFFF}},
-        {L"CLIENTCFG_SU_STATUS\t@\t1", {0xFFFFF3FD, 0xFFFFFFFF}},
-        {L"CLIENTCFG_WARNING_SETTING\t@\t1\t1", {0xFFFFFBFF, 0xFFFFFFFF}},
-        {L"CLIENTCFG_WARNING_SETTING\t@\t0\t1", {0xFFFFFBFD, 0xFFFFFFFF}},
-        {L"CLIENTCFG_WARNING_SETTING\t@", {0xFFFFF3FD, 0xFFFFFFFF}},
-        {L"CLIENTCFG_SU_STATUS\t", {0xFFFFF3FD, 0xFFFFFFFF}},  // no uid: nothing is stored
+    const std::pair<const wchar_t*, uint32_t> rows[] = {
+        {L"MAILSCAN_RT_CFG\t@\t1", 0xFFFFF7FC},
+        {L"MAILSCAN_RT_CFG\t@\ttrue", 0xFFFFF3FC},
+        {L"CLIENTCFG_SU_STATUS\t@\t1", 0xFFFFF3FD},
+        {L"CLIENTCFG_WARNING_SETTING\t@\t1\t1", 0xFFFFFBFF},
+        {L"CLIENTCFG_WARNING_SETTING\t@\t0\t1", 0xFFFFFBFD},
+        {L"CLIENTCFG_WARNING_SETTING\t@", 0xFFFFF3FD},
+        {L"CLIENTCFG_SU_STATUS\t", 0xFFFFF3FD},  // no uid: nothing is stored
     };
     ASSERT_TRUE(dbSetPrivilegeW(uid.c_str(), {0xFFFFF3FC, 0xFFFFFFFF}, {0xFFFFFFFF, 0xFFFFFFFF}));
-    for (const auto& row : rows) {
-        std::wstring message = row.message;
-        if (const auto at = message.find(L'@'); at != message.npos) {
-            message.replace(at, 1, uid);
-        }
-        Process(L"CMDHL_SET_" + message);
+    for (const auto& [fields, word1] : rows) {
+        const std::wstring message = L"CMDHL_SET_" + std::wstring(fields);
+        Tell(std::regex_replace(message, std::wregex(L"@"), uid));
         tagDbPrivilege privilege;
         EXPECT_TRUE(dbGetPrivilegeW(uid.c_str(), privilege));
-        EXPECT_EQ(privilege.word1, row.after.word1) << std::string(message.begin(), message.end());
-        EXPECT_EQ(privilege.word2, row.after.word2);
+        EXPECT_EQ(privilege.word1, word1) << testing::PrintToString(message);
+        EXPECT_EQ(privilege.word2, 0xFFFFFFFF);
     }
     CCounterReader counters;
     uint32_t error = 0;
