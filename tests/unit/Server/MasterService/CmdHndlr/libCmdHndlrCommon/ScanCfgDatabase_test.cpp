@@ -33,25 +33,39 @@ auto Answering(const Answers& answers) {
     };
 }
 
-// In the order of ExpectedScanSections.
+// In the order of ExpectedScanSections. In the log, `@` stands for the uid and the flags, each in brackets.
 constexpr struct {
     bool (*getAndExport)(std::wstring&, const wchar_t*, bool);
     const wchar_t* command;
     const wchar_t* bit;
+    const wchar_t* log;
 } kGroups[] = {
-    {cmdhm_GetAndExportMSCfg, L"DB_GET_MSCF", L"1"},
-    {cmdhm_GetAndExportRTCfg, L"DB_GET_RTCF", L"2"},
-    {cmdhm_GetAndExportPSCfg, L"DB_GET_PSCF", L"4"},
-    {cmdhm_GetAndExportSNCfg, L"DB_GET_SNCF", L"1024"},
-    {cmdhm_GetAndExportMSCfgEx, L"DB_GET_MSCF", L"256"},
-    {cmdhm_GetAndExportRTCfgEx, L"DB_GET_RTCF", L"16384"},
-    {cmdhm_GetAndExportPSCfgEx, L"DB_GET_PSCF", L"32768"},
-    {cmdhm_GetAndExportSNCfgEx, L"DB_GET_SNCF", L"65536"},
-    {cmdhm_GetAndExportSpyMSCfg, L"DB_GET_SPYWARE_MSCF", L"1"},
-    {cmdhm_GetAndExportSpyRTCfg, L"DB_GET_SPYWARE_RTCF", L"2"},
-    {cmdhm_GetAndExportSpyPSCfg, L"DB_GET_SPYWARE_PSCF", L"4"},
-    {cmdhm_GetAndExportSpySNCfg, L"DB_GET_SPYWARE_SNCF", L"1024"},
+    {cmdhm_GetAndExportMSCfg, L"DB_GET_MSCF", L"1",
+     L"get ms:@[21][-3][4][.EXE][C:\\move][C:\\move][Joke-1-2;Universe-5]\n"},
+    {cmdhm_GetAndExportRTCfg, L"DB_GET_RTCF", L"2",
+     L"get rt:@[21][-3][4][.EXE][C:\\move][C:\\move][Joke-1-2;Universe-5]\n"},
+    {cmdhm_GetAndExportPSCfg, L"DB_GET_PSCF", L"4",
+     L"get ps:@[21][-3][4][1][2][3][4][5][6][7][8][.EXE][C:\\move][C:\\move][Joke-1-2;Universe-5]\n"},
+    {cmdhm_GetAndExportSNCfg, L"DB_GET_SNCF", L"1024",
+     L"get sn:@[21][-3][4][.EXE][C:\\move][C:\\move][Joke-1-2;Universe-5]\n"},
+    {cmdhm_GetAndExportMSCfgEx, L"DB_GET_MSCF", L"256", L"get msex:@[C:\\a][b.txt][.log]\n"},
+    {cmdhm_GetAndExportRTCfgEx, L"DB_GET_RTCF", L"16384", L"get rtex:@[C:\\a][b.txt][.log]\n"},
+    {cmdhm_GetAndExportPSCfgEx, L"DB_GET_PSCF", L"32768", L"get psex:@[C:\\a][b.txt][.log]\n"},
+    {cmdhm_GetAndExportSNCfgEx, L"DB_GET_SNCF", L"65536", L"get snex:@[C:\\a][b.txt][.log]\n"},
+    {cmdhm_GetAndExportSpyMSCfg, L"DB_GET_SPYWARE_MSCF", L"1",
+     L"[cmdhm_GetSpyMSCfg]@\n[cmdhm_GetSpyMSCfg][Exclusion - file extension list:MP3;AVI]\n"},
+    {cmdhm_GetAndExportSpyRTCfg, L"DB_GET_SPYWARE_RTCF", L"2", L"[cmdhm_GetSpyRTCfg]@\n"},
+    {cmdhm_GetAndExportSpyPSCfg, L"DB_GET_SPYWARE_PSCF", L"4",
+     L"[cmdhm_GetSpyPSCfg]@\n[cmdhm_GetSpyPSCfg][Exclusion - file extension list:MP3;AVI]\n"},
+    {cmdhm_GetAndExportSpySNCfg, L"DB_GET_SPYWARE_SNCF", L"1024",
+     L"[cmdhm_GetSpySNCfg]@\n[cmdhm_GetSpySNCfg][Exclusion - file extension list:MP3;AVI]\n"},
 };
+
+std::wstring ExpectedLog(std::wstring log, const std::wstring& section) {
+    const std::wstring head = std::wstring(L"[") + kUid + L"][89abcdef]";
+    log.replace(log.find(L'@'), 1, head);
+    return log.starts_with(L"[cmdhm_GetSpyMS") ? log + L"[cmdhm_ExportSpyMSCfg][" + section + L"]\n" : log;
+}
 
 // Fields behind the last one that the group has are ignored.
 Answers StoredAnswers(const wchar_t* command, ScanGroupKind kind) {
@@ -76,7 +90,7 @@ TEST(ScanCfgDatabase, AGroupIsAskedForRenderedAndResetAndEmptyWithoutOneOfItsAns
     std::wstring out = L"old";
     for (std::size_t i = 0; i < std::size(kGroups); ++i) {
         SCOPED_TRACE(i);
-        const auto& [getAndExport, command, bit] = kGroups[i];
+        const auto& [getAndExport, command, bit, log] = kGroups[i];
         const wrb::test::tagExpectedSection& section = ExpectedScanSections()[i];
         const Answers whole = StoredAnswers(command, section.kind);
         std::vector<std::wstring> requests{command + agent + L"0"};
@@ -88,8 +102,10 @@ TEST(ScanCfgDatabase, AGroupIsAskedForRenderedAndResetAndEmptyWithoutOneOfItsAns
                 requests.push_back(L"DB_SET_CONF_FLAG" + agent + L"0|" + bit + L"|0");
             }
             const CFakeDbService db(Answering(whole));
+            TakeOwnText();
             EXPECT_TRUE(getAndExport(out, kUid, reset));
             EXPECT_EQ(out, section.Text(kUid, kStored));
+            EXPECT_EQ(TakeOwnText(), ExpectedLog(log, out));
             EXPECT_EQ(RequestLines(db, requests.size()), requests);
         }
         for (const auto& missing : whole) {
@@ -125,8 +141,10 @@ TEST(ScanCfgDatabase, RestoreSessionsAreNumberedUpToTheFirstEmptyOne) {
     for (const auto& [answer, section] : rows) {
         const CFakeDbService db(Answering({{L"DB_GET_BACKUP_LOG_ALL_SESSIONS", WideBytes(answer)}}));
         std::wstring out = L"old";
+        TakeOwnText();
         EXPECT_EQ(cmdhm_GetSpyRestoreList(out, kUid), *section != L'\0');
         EXPECT_EQ(out, section);
+        EXPECT_EQ(TakeOwnText(), out.empty() ? L"" : L"[cmdhm_GetSpyRestoreList] [" + out + L"]\n");
     }
 }
 
