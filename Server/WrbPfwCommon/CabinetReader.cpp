@@ -106,13 +106,14 @@ IFdiFile& File(INT_PTR handle) noexcept {
     return handle != 0 && handle != -1 ? *reinterpret_cast<IFdiFile*>(handle) : none;
 }
 
-INT_PTR OpenView() noexcept {
+INT_PTR HandleOf(IFdiFile* file) noexcept {
+    return file != nullptr ? reinterpret_cast<INT_PTR>(file) : -1;
+}
+
+std::unique_ptr<CPackageView> MakeView() noexcept {
     LARGE_INTEGER size = {};
-    if (!GetFileSizeEx(t_package, &size)) {
-        return -1;
-    }
-    auto* view = new (std::nothrow) CPackageView(t_package, size.QuadPart);
-    return view != nullptr ? reinterpret_cast<INT_PTR>(static_cast<IFdiFile*>(view)) : -1;
+    const bool known = GetFileSizeEx(t_package, &size) != FALSE;
+    return std::unique_ptr<CPackageView>(known ? new (std::nothrow) CPackageView(t_package, size.QuadPart) : nullptr);
 }
 
 void* DIAMONDAPI FdiAlloc(ULONG bytes) {
@@ -123,7 +124,7 @@ void DIAMONDAPI FdiFree(void* memory) {
 }
 // Whatever name is asked for: a package cannot make FDI open any other file.
 INT_PTR DIAMONDAPI FdiOpen(char*, int, int) {
-    return OpenView();
+    return HandleOf(MakeView().release());
 }
 UINT DIAMONDAPI FdiRead(INT_PTR file, void* buffer, UINT bytes) {
     return File(file).Read(buffer, bytes);
@@ -166,7 +167,7 @@ INT_PTR OnEntry(tagVisit& visit, const FDINOTIFICATION& notification) noexcept {
             return kPassOver;
         }
         visit.file.Begin(data);
-        return reinterpret_cast<INT_PTR>(static_cast<IFdiFile*>(&visit.file));
+        return HandleOf(&visit.file);
     } catch (const std::bad_alloc&) {
         return kAbort;
     }
@@ -193,14 +194,9 @@ INT_PTR DIAMONDAPI FdiNotify(FDINOTIFICATIONTYPE type, PFDINOTIFICATION notifica
 
 // FDICopy alone would also take the broken remains of a cabinet for one.
 bool IsCabinet(HFDI fdi) noexcept {
-    const INT_PTR view = OpenView();
-    if (view == -1) {
-        return false;
-    }
+    const std::unique_ptr<CPackageView> view = MakeView();
     FDICABINETINFO info = {};
-    const bool isCabinet = FDIIsCabinet(fdi, view, &info) != FALSE && !info.hasprev;
-    FdiClose(view);
-    return isCabinet;
+    return view && FDIIsCabinet(fdi, HandleOf(view.get()), &info) && !info.hasprev;
 }
 
 }  // namespace

@@ -6,8 +6,7 @@
 
 namespace wrb {
 
-static_assert(alignof(SWRB_PFW_LOG_ITEM) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__ &&
-              sizeof(SWRB_PFW_LOG_ITEM) % alignof(SWRB_PFW_LOG_ITEM) == 0);
+static_assert(alignof(SWRB_PFW_LOG_ITEM) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
 
 CPfwLogReader::CPfwLogReader(HANDLE file, std::size_t recordSize)
     : m_file(file), m_recordSize(recordSize), m_block(new uint8_t[recordSize * kBlockRecords]) {}

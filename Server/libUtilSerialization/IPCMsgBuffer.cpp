@@ -14,11 +14,12 @@ constexpr uint32_t kLengthWord = 4;  // bytes of the length in front of a value
 
 }  // namespace
 
-CIPCMsgBuffer::CIPCMsgBuffer(const CIPCMsgBuffer& other) : CAccBuffer(other.Increment()) {
-    *this = other;
-}
-
 // The bytes may not have come along (CAccBuffer), and the cursor never stands behind the last one.
+CIPCMsgBuffer::CIPCMsgBuffer(const CIPCMsgBuffer& other)
+    : CAccBuffer(other),
+      m_position(std::min(other.m_position, m_used)),
+      m_previousPosition(std::min(other.m_previousPosition, m_used)) {}
+
 CIPCMsgBuffer& CIPCMsgBuffer::operator=(const CIPCMsgBuffer& other) {
     CAccBuffer::operator=(other);
     m_position = std::min(other.m_position, m_used);
