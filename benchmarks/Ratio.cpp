@@ -17,11 +17,10 @@ void Register(const std::string& name, Body body, int threads) {
 void AddRatio(const std::string& title, Body figure, const std::string& floorText, Body floor, Goal goal, double limit,
               const std::vector<int>& threads) {
     for (const int count : threads) {
-        const std::string figureName = title + ": ours";
-        const std::string floorName = title + ": " + floorText;
-        Register(figureName, figure, count);
-        Register(floorName, floor, count);
-        Rows().push_back({title, figureName, floorName, floorText, goal, limit, count});
+        const std::string named = title + ": ";
+        Register(named + "ours", figure, count);
+        Register(named + floorText, floor, count);
+        Rows().push_back({title, named + "ours", named + floorText, floorText, goal, limit, count});
     }
 }
 

@@ -107,7 +107,7 @@ void WriteRecords(const std::filesystem::path& path, std::size_t count) {
 
 const std::filesystem::path& ParsedFile() {
     static const std::filesystem::path path = [] {
-        const auto file = TempPath(L"wrb_bench_fw.log");
+        auto file = TempPath(L"wrb_bench_fw.log");
         WriteRecords(file, kParsed);
         return file;
     }();
@@ -144,7 +144,7 @@ void ReadBytes(benchmark::State& state) {
 const std::filesystem::path& Package() {
     static const std::filesystem::path path = [] {
         const auto file = TempPath(L"wrb_bench_upload.log");
-        const auto package = TempPath(L"wrb_bench_package");
+        auto package = TempPath(L"wrb_bench_package");
         WriteRecords(file, kUploaded);
         WriteCabinet(package.wstring(), {{"fw.log", file.wstring()}});
         return package;

@@ -23,7 +23,7 @@ const std::string& IniPath() {
     static const std::string path = [] {
         char folder[MAX_PATH];
         GetTempPathA(MAX_PATH, folder);
-        const std::string name = std::string(folder) + "wrb_bench.ini";
+        std::string name = std::string(folder) + "wrb_bench.ini";
         std::ofstream file(name, std::ios::binary);
         file << "[" << kSection << "]\r\n";
         for (int i = 0; i < kKeys; ++i) {

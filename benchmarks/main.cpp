@@ -123,6 +123,7 @@ std::vector<std::string> Arguments(int count, char** values) {
 int main(int count, char** values) {
     std::vector<std::string> arguments = Arguments(count, values);
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size());
     for (std::string& argument : arguments) {
         pointers.push_back(argument.data());
     }

@@ -83,10 +83,11 @@ void SetManualScan(benchmark::State& state) {
 void TwoMessages(benchmark::State& state) {
     NeedDatabase();
     const std::wstring to = std::wstring(L"\t-1\t") + kSampleUid;
+    const std::string settings = DatabaseRequest(L"DB_SET_MSCF" + to + L"\t554175997\t4294901757\t20\t3\t4\t" +
+                                                 kExtensions + L"\t\\temp\tUniverse-5-4\t0");
+    const std::string changed = DatabaseRequest(L"DB_SET_CONF_FLAG" + to + L"\t1\t0\t0");
     for (auto _ : state) {
-        if (!BareSend(kDbPipe, DatabaseRequest(L"DB_SET_MSCF" + to + L"\t554175997\t4294901757\t20\t3\t4\t" +
-                                               kExtensions + L"\t\\temp\tUniverse-5-4\t0")) ||
-            !BareSend(kDbPipe, DatabaseRequest(L"DB_SET_CONF_FLAG" + to + L"\t1\t0\t0"))) {
+        if (!BareSend(kDbPipe, settings) || !BareSend(kDbPipe, changed)) {
             state.SkipWithError("a write of the floor failed");
         }
     }

@@ -94,7 +94,7 @@ std::wstring CWorker::NewUid() {
 }
 
 std::wstring CWorker::Upload(const std::wstring& package) {
-    const std::wstring path = FormatWide(L"%s\\%u-%u.cab", field.incoming.c_str(), number, NewNumber());
+    std::wstring path = FormatWide(L"%s\\%u-%u.cab", field.incoming.c_str(), number, NewNumber());
     std::filesystem::copy_file(package, path);
     return path;
 }
@@ -108,6 +108,7 @@ void RunRound(std::vector<CWorker>& workers, Tally& tally, uint64_t commands,
     std::atomic<uint64_t> begun = 0;
     std::atomic<uint64_t> ended = 0;
     std::vector<std::thread> threads;
+    threads.reserve(workers.size());
     for (CWorker& worker : workers) {
         threads.emplace_back([&] {
             while (begun++ < commands) {

@@ -52,7 +52,7 @@ class CMisbehavingServer : public testing::Test {
     static std::wstring AskInTime(const wchar_t* command, const std::wstring& parameter = kUid) {
         TakeCapturedLog();
         const ULONGLONG start = GetTickCount64();
-        const std::wstring answer = Ask(command, parameter);
+        std::wstring answer = Ask(command, parameter);
         EXPECT_LT(GetTickCount64() - start, kInTimeMilliseconds);
         return answer;
     }

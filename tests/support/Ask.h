@@ -17,7 +17,7 @@ inline std::wstring AskOn(const std::wstring& replyPipe, const wchar_t* command,
     message << command << replyPipe << parameters;
     EXPECT_EQ(cmdhl_Process(message.Text().data(), message.Text().size() * sizeof(wchar_t)), 1u);
     const auto messages = reply.WaitFor(1);
-    const std::wstring answer = messages.empty() ? L"no answer" : messages[0].Text();
+    std::wstring answer = messages.empty() ? L"no answer" : messages[0].Text();
     EXPECT_TRUE(messages.empty() || messages[0].bytes.size() == answer.size() * sizeof(wchar_t)) << "no terminator";
     return answer;
 }

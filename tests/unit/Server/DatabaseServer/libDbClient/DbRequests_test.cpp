@@ -75,12 +75,12 @@ bool GetOppStatus(const wchar_t* uid, uint32_t& status, uint32_t number) {
 }
 
 #define WRB_READ(name) Read(DbCommand::name, db##name##W)
-#define WRB_SCAN_WRITES(Type, fields, spyware)                                                                      \
-    Write(DbCommand::Set##Type##cf, kByUid + fields, dbSet##Type##cfW, kUid, kUpdate, Values()),                    \
-        Write(DbCommand::SetAll##Type##cf, fields, dbSetAll##Type##cfW, kUpdate, Values()),                         \
-        Write(DbCommand::SetSpyware##Type##cf, kByUid + spyware, dbSetSpyware##Type##cfW, kUid, kUpdate, Values()), \
-        Write(DbCommand::SetSpywareAll##Type##cf, spyware, dbSetSpywareAll##Type##cfW, kUpdate, Values()),          \
-        Write(DbCommand::Set##Type##Flg, kByUid + L"65536 65537", dbSet##Type##FlgW, kUid, 65536, 65537),           \
+#define WRB_SCAN_WRITES(Type, fields, spyware)                                                                        \
+    Write(DbCommand::Set##Type##cf, kByUid + (fields), dbSet##Type##cfW, kUid, kUpdate, Values()),                    \
+        Write(DbCommand::SetAll##Type##cf, fields, dbSetAll##Type##cfW, kUpdate, Values()),                           \
+        Write(DbCommand::SetSpyware##Type##cf, kByUid + (spyware), dbSetSpyware##Type##cfW, kUid, kUpdate, Values()), \
+        Write(DbCommand::SetSpywareAll##Type##cf, spyware, dbSetSpywareAll##Type##cfW, kUpdate, Values()),            \
+        Write(DbCommand::Set##Type##Flg, kByUid + L"65536 65537", dbSet##Type##FlgW, kUid, 65536, 65537),             \
         Write(DbCommand::SetAll##Type##Flg, L"65536 65537", dbSetAll##Type##FlgW, 65536, 65537)
 const tagCase kCases[] = {
     // clang-format off
