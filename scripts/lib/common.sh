@@ -25,11 +25,23 @@ usage_if_asked() {
     esac
 }
 
-# refuse_arguments ARGS...: for the scripts that take none.
-refuse_arguments() {
-    [ $# -eq 0 ] && return
-    printf '%s: unexpected argument: %s (see --help)\n' "${0##*/}" "$1" >&2
+# refuse TEXT: the command line is wrong.
+refuse() {
+    printf '%s: %s (see --help)\n' "${0##*/}" "$1" >&2
     exit 2
+}
+
+# refuse_arguments ARGS...: for the scripts that take none.
+refuse_arguments() { [ $# -eq 0 ] || refuse "unexpected argument: $1"; }
+
+# need_value ARGS...: the first of the arguments that are left is an option, and its value must follow.
+need_value() { [ $# -ge 2 ] || refuse "$1 needs a value"; }
+
+# take_lock DESCRIPTOR WHAT: locks the open file; says what it waits for when somebody else has it.
+take_lock() {
+    flock -n "$1" && return
+    say "waiting for $2"
+    flock "$1"
 }
 
 # run_logged LOG COMMAND...: appends the command's output to LOG; shows its tail only when it fails.
