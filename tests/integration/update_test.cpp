@@ -22,7 +22,11 @@ std::wstring Fetch(const std::wstring& command, const std::wstring& uid) {
 
 class Update : public testing::Test {
   protected:
-    void SetUp() override { cmdhl_Initialize(L"", L"", nullptr); }
+    void SetUp() override {
+        cmdhl_Initialize(L"", L"", nullptr);
+        EXPECT_TRUE(
+            m_backEnd.WaitForLog("[I] [CMDHL][update_test.exe]cmdhl_Initialize - cmdhl_Initialize: ini home:["));
+    }
     void TearDown() override { cmdhl_Finalize(); }
 
     CBackEnd m_backEnd;

@@ -118,7 +118,7 @@ TEST(GetParameter, TakesQueriesAndFormsApart) {
         {"\"a\"=1&b=\"x\"y&c=1:2 3=4", L"a==1|b=x|c=1:2 3=4|"},
         {"a%3D=%26%0d%0A", L"a==&\r\n|"},
         {"a=%2B+%2b", L"a=+ +|"},
-        {"a=%C3%A4%u00e4%U4F60%ud83d%uDE00", L"a=\u00e4\u00e4\u4f60\U0001F600|"},
+        {"a=%C3%A4%u00e4%U4F60%ud83d%uDE00%f0%9F%98%80", L"a=\u00e4\u00e4\u4f60\U0001F600\U0001F600|"},
         {"a=%&b=%4&c=%4g&d=%u12&e=%u123x&f=%", L"a=%|b=%4|c=%4g|d=%u12|e=%u123x|f=%|"},
         {"a=x%00y&b=%u0000", L"a=x%00y|b=%u0000|"},
         {"a=%ff", L"a=\uFFFD|"},

@@ -131,6 +131,16 @@ TEST(IPCMsgBuffer, ReadsTextByItsLength) {
     }
 }
 
+TEST(IPCMsgBuffer, ABlockThatIsLongerThanTheMessageIsRefusedWithALine) {
+    CGuardedReader in(FromHex("05 00 00 00 01"));
+    Bytes block;
+    TakeCapturedLog();
+    EXPECT_THROW(in >> block, CIPCMsgBufferException);
+    EXPECT_EQ(TakeCapturedLog().back().text,
+              L"CIPCMsgBuffer::operator >> - CIPCMsgBuffer::operator >>() ==> size error "
+              L"(m_dwCurPos[4]+iTotalBytes[5]) > m_dwBytesUsed[5]");
+}
+
 // Every cut of the bytes, and every byte replaced by the values that upset lengths, counts and flags most.
 std::vector<Bytes> CutsAndMutations(const Bytes& whole) {
     std::vector<Bytes> all;

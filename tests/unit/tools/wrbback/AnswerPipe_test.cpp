@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "Handle.h"
+#include "FakePipeService.h"
 #include "UniqueName.h"
 
 namespace wrb {
@@ -11,6 +11,13 @@ namespace {
 DWORD Answer(const std::wstring& name, std::size_t size) {
     const std::vector<uint8_t> bytes(size);
     return WriteAnswer(name, bytes, {.connectMilliseconds = 200, .pieceMilliseconds = 200, .totalMilliseconds = 400});
+}
+
+TEST(AnswerPipe, AnAnswerArrivesInPiecesOfThePipesSize) {
+    const std::wstring name = test::UniqueName();
+    const test::CFakePipeService requester(name);
+    EXPECT_EQ(WriteAnswer(name, std::vector<uint8_t>(2049), {}), 0u);
+    EXPECT_EQ(requester.WaitFor(1).at(0).pieces, (std::vector<std::size_t>{1024, 1024, 1}));
 }
 
 TEST(AnswerPipe, ARequesterThatHasGoneOrDoesNotReadCostsAShortTime) {
