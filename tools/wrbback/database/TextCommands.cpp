@@ -162,13 +162,4 @@ int64_t RunTextCommand(CSqliteDb& db, DbCommand command, CCmdProtocol& request) 
     return changed;
 }
 
-std::optional<std::size_t> TextCommandFields(DbCommand command) {
-    for (const TextCommandRow& row : TextCommandRows()) {
-        if (row.command == command) {
-            return TakeFields(row, CCmdProtocol()).size();
-        }
-    }
-    return std::nullopt;
-}
-
 }  // namespace wrb

@@ -20,7 +20,4 @@ std::optional<std::wstring> AnswerTextCommand(CSqliteDb& db, DbCommand command, 
 // Throws CSqliteError.
 int64_t RunTextCommand(CSqliteDb& db, DbCommand command, CCmdProtocol& request);
 
-// Whether the command is one of this table, and how many request fields its row reads (for comparing the tables).
-std::optional<std::size_t> TextCommandFields(DbCommand command);
-
 }  // namespace wrb
