@@ -38,6 +38,17 @@ void TakeSlashesAsPaths(CLI::App& app) {
     }
 }
 
+int Report(const CLI::App& app, const CLI::ParseError& error) {
+    std::ostringstream out;
+    std::ostringstream err;
+    if (app.exit(error, out, err) == 0) {
+        PrintOut(out.str());
+        return kExitOk;
+    }
+    PrintErr(app.get_name() + ": " + err.str());
+    return kExitUsage;
+}
+
 }  // namespace
 
 std::optional<int> ParseArguments(CLI::App& app, std::vector<std::string> arguments) {
@@ -46,13 +57,13 @@ std::optional<int> ParseArguments(CLI::App& app, std::vector<std::string> argume
     try {
         app.parse(std::move(arguments));
         return std::nullopt;
+    } catch (const CLI::RequiredError& error) {
+        // CLI11 looks for what is missing first; a word that it does not know, such as a misspelt subcommand, tells
+        // more.
+        const std::vector<std::string> unknown = app.remaining(true);
+        return unknown.empty() ? Report(app, error) : Report(app, CLI::ExtrasError({unknown.front()}));
     } catch (const CLI::ParseError& error) {
-        std::ostringstream out;
-        std::ostringstream err;
-        const int code = app.exit(error, out, err);
-        PrintOut(out.str());
-        PrintErr(err.str());
-        return code == 0 ? kExitOk : kExitUsage;
+        return Report(app, error);
     }
 }
 
