@@ -9,7 +9,6 @@ namespace wrb {
 namespace {
 
 constexpr std::size_t kTextCharacters = 65535;
-constexpr int64_t kSmallestNumber = INT32_MIN;
 constexpr int64_t kLargestNumber = UINT32_MAX;
 
 std::optional<uint32_t> ParseHex(std::string_view text) {
@@ -87,15 +86,15 @@ bool CJsonNode::Bool() const {
     return m_value->asBool();
 }
 
-uint32_t CJsonNode::Number() const {
+uint32_t CJsonNode::Number(int64_t smallest) const {
     if (m_value->isString()) {
         if (const std::optional<uint32_t> number = ParseHex(m_value->asString())) {
             return *number;
         }
         Fail("must be a whole number, or a hexadecimal text such as \"0x1F\" of at most eight digits");
     }
-    if (!m_value->isInt64() || m_value->asInt64() < kSmallestNumber || m_value->asInt64() > kLargestNumber) {
-        Fail("must be a whole number of 32 bits");
+    if (!m_value->isInt64() || m_value->asInt64() < smallest || m_value->asInt64() > kLargestNumber) {
+        Fail(smallest < 0 ? "must be a whole number of 32 bits" : "must be a whole number of 32 bits, not negative");
     }
     return static_cast<uint32_t>(m_value->asInt64());
 }

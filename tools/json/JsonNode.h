@@ -37,8 +37,9 @@ class CJsonNode {
 
     bool Bool() const;
 
-    // 32 bits, signed or not, as their unsigned pattern: a whole number, or a hexadecimal text such as "0x1C507".
-    uint32_t Number() const;
+    // 32 bits, signed or not, as their unsigned pattern: a whole number of at least `smallest`, or a hexadecimal text
+    // such as "0x1C507".
+    uint32_t Number(int64_t smallest = INT32_MIN) const;
 
     // At most 65535 characters, and no NUL.
     std::wstring AnyText() const;

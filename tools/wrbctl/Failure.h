@@ -13,4 +13,8 @@ inline int Fail(ExitCode code, const std::string& message) {
     return code;
 }
 
+inline int FailSystem(ExitCode code, const std::string& message, unsigned long error) {
+    return Fail(code, message + " (system error " + std::to_string(error) + ")");
+}
+
 }  // namespace wrb

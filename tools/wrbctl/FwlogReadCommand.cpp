@@ -71,8 +71,7 @@ int RunFwlogRead(const FwlogReadOptions& options) {
     const CFileHandle file(CreateFileW(Utf8ToWide(options.file).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) {
-        const DWORD error = GetLastError();
-        return Fail(kExitUsage, "cannot open " + options.file + " (system error " + std::to_string(error) + ")");
+        return FailSystem(kExitUsage, "cannot open " + options.file, GetLastError());
     }
     const uint32_t size = GetFileSize(file.Get(), nullptr);
     const PfwLogVersion version = PfwLogVersionOfFile(file.Get(), size);

@@ -1,5 +1,6 @@
 #include <json/reader.h>
 
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -54,7 +55,7 @@ Json::Value Parse(const std::string& text) {
     }();
     const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
     Json::Value value;
-    if (!reader->parse(text.data(), text.data() + text.size(), &value, nullptr)) {
+    if (!reader->parse(text.data(), text.data() + text.size(), &value, nullptr) || !value.isObject()) {
         throw std::runtime_error("not a JSON object");
     }
     return value;
@@ -87,7 +88,7 @@ int RunFwlogWrite(const FwlogWriteOptions& options) {
     const std::filesystem::path path(Utf8ToWide(options.out));
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     if (!out) {
-        return Fail(kExitFailed, "cannot create " + options.out);
+        return FailSystem(kExitFailed, "cannot create " + options.out, _doserrno);
     }
     std::string problem;
     try {

@@ -1,5 +1,8 @@
 #include <windows.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -10,6 +13,7 @@
 #include "JsonOutput.h"
 #include "LogFilter.h"
 #include "PipeClient.h"
+#include "PipePath.h"
 #include "Text.h"
 
 namespace wrb {
@@ -31,6 +35,7 @@ constexpr LevelRow kLevels[] = {
     {"I", LogFilterWord(kRankInfo), "errors, warnings and information"},
     {"D", LogFilterWord(kRankDebug), "everything, debug lines included"},
     {"all", 0, "everything: the filter is off"},
+    {"none", LogFilterWord(INT16_MIN), "nothing"},
 };
 
 int Show(uint32_t word, bool json) {
@@ -55,6 +60,13 @@ int Show(uint32_t word, bool json) {
     return kExitOk;
 }
 
+// Looks without a connection, which the service would take for a message.
+bool LogServiceRuns() {
+    wchar_t path[MAX_PATH];
+    return FormatPipePath(path, MAX_PATH, kLogServicePipe) &&
+           (WaitNamedPipeW(path, 1) || GetLastError() != ERROR_FILE_NOT_FOUND);
+}
+
 int Ask(const LevelRow& row) {
     CCmdProtocol message;
     message << L"LOG_SET_LEVEL" << Utf8ToWide(row.level);
@@ -62,9 +74,7 @@ int Ask(const LevelRow& row) {
     uint64_t bytes = (text.size() + 1) * sizeof(wchar_t);
     CPipeClient client;
     if (!client.Initial(kLogServicePipe)) {
-        return GetLastError() == ERROR_FILE_NOT_FOUND
-                   ? Fail(kExitServiceNotRunning, "the log service is not running; start wrbback serve")
-                   : Fail(kExitFailed, "cannot connect to the log service");
+        return FailSystem(kExitFailed, "cannot connect to the log service", GetLastError());
     }
     return client.Send(text.c_str(), bytes) ? kExitOk : Fail(kExitFailed, "cannot send to the log service");
 }
@@ -94,15 +104,16 @@ int Set(const LevelRow& row, double timeoutSeconds, bool json) {
 }  // namespace
 
 int RunLogLevel(const std::optional<std::string>& level, double timeoutSeconds, bool json) {
-    if (!level) {
-        return Show(CLogFilter::Shared().Word(), json);
+    const LevelRow* const row =
+        std::ranges::find_if(kLevels, [&](const LevelRow& each) { return each.level == level; });
+    if (level && row == std::end(kLevels)) {
+        return Fail(kExitUsage, "no log level " + *level + "; take F, E, W, I, D, all or none");
     }
-    for (const LevelRow& row : kLevels) {
-        if (row.level == *level) {
-            return Set(row, timeoutSeconds, json);
-        }
+    // Without the service every line is lost, whatever word it has left behind.
+    if (!LogServiceRuns()) {
+        return Fail(kExitServiceNotRunning, "the log service is not running; start wrbback serve");
     }
-    return Fail(kExitUsage, "no log level " + *level + "; take F, E, W, I, D or all");
+    return level ? Set(*row, timeoutSeconds, json) : Show(CLogFilter::Shared().Word(), json);
 }
 
 }  // namespace wrb

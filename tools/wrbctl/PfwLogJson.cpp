@@ -16,7 +16,7 @@ namespace {
 template <typename Number>
 void EncodeNumber(const CJsonNode& line, const char* key, Number& number, Number defaultValue = 0) {
     const auto member = line.Member(key);
-    const uint32_t value = member ? member->Number() : defaultValue;
+    const uint32_t value = member ? member->Number(0) : defaultValue;
     if (value > std::numeric_limits<Number>::max()) {
         member->Fail("must be at most " + std::to_string(std::numeric_limits<Number>::max()));
     }

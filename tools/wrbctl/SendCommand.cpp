@@ -22,10 +22,6 @@ namespace {
 
 constexpr wchar_t kHostPipe[] = L"Calloway Systems WRBY Command Handler Manager";
 
-int FailSystem(ExitCode code, const std::string& what, DWORD error) {
-    return Fail(code, what + " (system error " + std::to_string(error) + ")");
-}
-
 // Unique on the machine, and 49 characters long: some upload commands cut up to 33 characters off the name.
 std::wstring NewReplyPipeName() {
     GUID guid{};
@@ -80,7 +76,7 @@ int SendToHost(const std::wstring& message) {
 void PrintAnswer(const SendOptions& options, const CommandEntry& entry, const std::wstring& answer, double ms) {
     if (!options.json) {
         const std::string text = WideToUtf8(answer);
-        PrintOut(text.empty() || text.back() == '\n' ? text : text + "\n");
+        PrintOut(text.ends_with('\n') ? text : text + "\n");
         return;
     }
     Json::Value result;

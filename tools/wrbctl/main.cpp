@@ -62,7 +62,7 @@ CLI::App* AddCounters(CLI::App& app, Options& options) {
 CLI::App* AddLogLevel(CLI::App& app, Options& options) {
     CLI::App* const level =
         app.add_subcommand("log-level", "Show the debug log's filter, or have the log service change it");
-    level->add_option("level", options.level, "F, E, W, I, D or 'all': lines up to that level are written");
+    level->add_option("level", options.level, "F, E, W, I or D: lines up to that level are written; all or none");
     AddTimeout(*level, options.levelTimeout);
     level->add_flag("--json", options.json, "Print a JSON object");
     return level;
@@ -70,6 +70,8 @@ CLI::App* AddLogLevel(CLI::App& app, Options& options) {
 
 constexpr char kPackExamples[] = R"(Example:
   wrbctl pack upload.cab fw1.log fw2.log
+
+Exit codes: 0 done, 1 cannot make the package, 2 wrong command line or no such file.
 )";
 
 CLI::App* AddPack(CLI::App& app, Options& options) {
@@ -81,10 +83,13 @@ CLI::App* AddPack(CLI::App& app, Options& options) {
 }
 
 constexpr char kFwlogExamples[] = R"(Examples:
-  echo {"time":1700000000,"port":443,"localHost":"10.0.0.5","path":"C:\\a.exe"} | wrbctl fwlog write fw.log
+  wrbctl fwlog write fw.log < records.jsonl
   wrbctl fwlog write --version 0 old.log < records.jsonl
   wrbctl fwlog read fw.log
   wrbctl fwlog read fw.log --json | wrbctl fwlog write copy.log
+
+A line of records.jsonl:
+  {"time":1700000000,"port":443,"localHost":"10.0.0.5","path":"C:\\a.exe"}
 
 Exit codes: 0 done, 1 cannot write, or records with wrong markers were read, 2 wrong command line or input.
 )";
