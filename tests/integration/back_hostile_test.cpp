@@ -130,11 +130,14 @@ TEST(BackHostile, ExitCodes) {
         DWORD code;
         const char* output;
     } kRuns[] = {
-        {{}, 2, "subcommand is required"},
+        {{}, 2, "wrbback: A subcommand is required"},
+        {{L"bogus"}, 2, "bogus"},
+        {{L"serve", L"--db", db, L"--split-size", L"-1"}, 2, "--split-size"},
+        {{L"serve", L"--db", db, L"--log-folder", json}, 1, "no log can be written to the folder"},
         {{L"serve", L"--db", db, L"--workers", L"0"}, 2, "--workers"},
         {{L"serve", L"--db", db, L"--log-level", L"loud"}, 2, "no log level loud"},
         {{L"serve", L"--db", db, L"--debug-ini", json + L"x"}, 2, "no such file"},
-        {{L"serve", L"--db", db}, 1, "cannot be opened"},
+        {{L"serve", L"--db", db}, 1, "no such file"},
         {{L"seed", L"/no/file", L"--db", db}, 2, "/no/file: cannot be opened"},  // no option, though it has a slash
         {{L"seed", json, L"--db", db}, 2, "agents[0].uid: must be a GUID"},
         {{L"stop"}, 3, "not running"},

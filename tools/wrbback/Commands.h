@@ -6,8 +6,10 @@
 
 namespace wrb {
 
+inline constexpr char kDefaultDatabase[] = "agents.db";
+
 struct ServeOptions {
-    std::string database;
+    std::string database = kDefaultDatabase;
     unsigned workers = 8;
     std::string debugIni;
     std::optional<std::string> logFolder;  // this and the next three: over what the INI file says
@@ -18,7 +20,7 @@ struct ServeOptions {
 };
 
 struct ShowOptions {
-    std::string database = "agents.db";
+    std::string database = kDefaultDatabase;
     std::string table;  // empty: all of the log pool
     uint64_t limit = 100;
     bool json = false;

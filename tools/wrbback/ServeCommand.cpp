@@ -4,6 +4,7 @@
 #include "Console.h"
 #include "DbServer.h"
 #include "ExitCode.h"
+#include "LogFiles.h"
 #include "LogServer.h"
 #include "LogSettings.h"
 #include "Notes.h"
@@ -18,8 +19,8 @@ namespace {
 
 // Empty, or what is wrong.
 std::string Settle(const ServeOptions& options, LogSettings& settings) {
-    if (!ReadLogSettings(Utf8ToWide(options.debugIni), settings)) {
-        return "no such file: " + options.debugIni;
+    if (const std::wstring wrong = ReadLogSettings(Utf8ToWide(options.debugIni), settings); !wrong.empty()) {
+        return WideToUtf8(VisibleText(wrong));
     }
     if (options.logFolder) {
         settings.files.folder = Utf8ToWide(*options.logFolder);
@@ -97,6 +98,12 @@ int Serve(const ServeOptions& options) {
         return Fail(error == ERROR_ALREADY_EXISTS
                         ? "already running on this machine"
                         : "cannot create the stop event (error " + std::to_string(error) + ")",
+                    kExitFailed);
+    }
+    if (settings.enabled && CLogFiles(settings.files).Write("") == LogWriteResult::Failed) {
+        const DWORD error = GetLastError();
+        return Fail("no log can be written to the folder " + WideToUtf8(settings.files.folder) + " (error " +
+                        std::to_string(error) + ")",
                     kExitFailed);
     }
     try {

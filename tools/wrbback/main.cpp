@@ -41,17 +41,18 @@ constexpr char kFooter[] =
     "  wrbback events --limit 0 --json                       every event in agents.db, for a program\n"
     "  wrbback stop --timeout 10                             stop the running program; give up after ten seconds\n"
     "\n"
-    "Exit codes: 0 done, 1 failed, 2 wrong command line or seed file, 3 not running, 4 timed out";
+    "Exit codes: 0 done, 1 failed, 2 wrong command line, log setting or seed file, 3 not running, 4 timed out";
 
 void AddServe(CLI::App& app, ServeOptions& options) {
     CLI::App* serve = app.add_subcommand("serve", "Run all services until they are stopped");
-    serve->add_option("--db", options.database, "Database file, made by wrbback seed")->required();
+    serve->add_option("--db", options.database, "Database file, made by wrbback seed (default: agents.db)");
     serve->add_option("--workers", options.workers, "Questions answered at once (default: 8)")
         ->check(CLI::Range(1u, 64u));
     serve->add_option("--debug-ini", options.debugIni, "INI file with the log settings, section Debug");
     serve->add_option("--log-folder", options.logFolder, "Folder of the log files (default: .\\Log\\)");
     serve->add_option("--log-level", options.logLevel, "Lines wanted: F, E, W, I, D, all (default) or none");
-    serve->add_option("--split-size", options.splitBytes, "Bytes after which a new log file begins; 0: never");
+    serve->add_option("--split-size", options.splitBytes, "Bytes after which a new log file begins; 0: never")
+        ->check(CLI::Range(uint64_t{0}, uint64_t{1} << 40));
     serve->add_option("--max-logs", options.maxLogs, "Log files that are kept, the current one included; 0: all");
     serve->add_option("--max-rows", options.maxRows, "Rows kept of each log-pool and event table (1000000); 0: all")
         ->check(CLI::Range(int64_t{0}, int64_t{1} << 40));
@@ -73,10 +74,10 @@ int Main() {
     ServeOptions serveOptions;
     AddServe(app, serveOptions);
     std::string file;
-    std::string database;
+    std::string database = kDefaultDatabase;
     CLI::App* seed = app.add_subcommand("seed", "Store the agents of a JSON file");
     seed->add_option("FILE", file, "JSON file, UTF-8")->required();
-    seed->add_option("--db", database, "Database file; made when there is none")->required();
+    seed->add_option("--db", database, "Database file; made when there is none (default: agents.db)");
     ShowOptions showOptions;
     CLI::App* logPool = AddShow(app, "log-pool", "Show the log rows that were received", showOptions);
     logPool->add_option("--table", showOptions.table, "This table only")

@@ -14,9 +14,9 @@ struct LogSettings {
     LogFileOptions files;
 };
 
-// Reads the keys that are there over what `settings` holds. A key whose value makes no sense leaves the setting as it
-// was. An empty path reads nothing. False: there is no such file.
-bool ReadLogSettings(const std::wstring& iniPath, LogSettings& settings);
+// Reads the keys that are there and not empty over what `settings` holds. An empty path reads nothing. Returns what is
+// wrong, a value that makes no sense or the file itself, or nothing.
+std::wstring ReadLogSettings(const std::wstring& iniPath, LogSettings& settings);
 
 // The filter word that these settings ask for.
 uint32_t FilterWordOf(const LogSettings& settings);

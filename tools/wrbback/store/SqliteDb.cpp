@@ -9,7 +9,11 @@ constexpr int kBusyMilliseconds = 5000;
 
 [[noreturn]] void Throw(sqlite3* db, const std::string& where, int code) {
     const char* what = db != nullptr ? sqlite3_errmsg(db) : sqlite3_errstr(code);
-    throw CSqliteError(code & 0xFF, where + ": " + what);
+    const std::string cause =  // SQLite's text does not tell a missing folder from a folder or a lack of rights
+        db != nullptr && (code & 0xFF) == SQLITE_CANTOPEN
+            ? " (system error " + std::to_string(sqlite3_system_errno(db)) + ")"
+            : "";
+    throw CSqliteError(code & 0xFF, where + ": " + what + cause);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "Store.h"
 
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "StoreSchema.h"
@@ -15,8 +17,6 @@ namespace {
 // What SQLite says about a file that it cannot use is short; these cases come up most, so they get a sentence.
 [[noreturn]] void Explain(const CSqliteError& error, const std::wstring& path) {
     switch (error.Code()) {
-        case SQLITE_CANTOPEN:
-            Refuse(SQLITE_CANTOPEN, path, "cannot be opened; make it with: wrbback seed AGENTS.json --db FILE");
         case SQLITE_NOTADB:
             Refuse(SQLITE_NOTADB, path, "is not a database");
         case SQLITE_BUSY:
@@ -56,6 +56,10 @@ void CreateTables(CSqliteDb& db) {
 
 std::unique_ptr<CSqliteDb> Open(const std::wstring& path, CSqliteDb::Open mode) {
     try {
+        std::error_code ignored;
+        if (mode == CSqliteDb::Open::kReadWrite && !std::filesystem::exists(path, ignored)) {
+            Refuse(SQLITE_CANTOPEN, path, "there is no such file; make it with: wrbback seed AGENTS.json --db FILE");
+        }
         auto db = std::make_unique<CSqliteDb>(path, mode);
         db->Execute("PRAGMA foreign_keys = ON; PRAGMA trusted_schema = OFF; PRAGMA synchronous = NORMAL");
         if (!IsOurs(*db, path)) {

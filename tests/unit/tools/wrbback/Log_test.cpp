@@ -78,26 +78,31 @@ TEST(LogFiles, AShortDiskLosesLinesUntilThereIsSpaceAgain) {
     EXPECT_EQ(CLogFiles(options).Write("line\n"), LogWriteResult::Failed);
 }
 
-TEST(LogSettings, KeysAreReadInTheirUnitsAndNonsenseKeepsTheDefaults) {
+TEST(LogSettings, KeysAreReadInTheirUnitsAndNonsenseIsNamed) {
     // The section, the level, and: folder, split size, largest count, reserve in bytes.
     const std::tuple<const char*, const wchar_t*, const wchar_t*> kCases[] = {
         {"DebugLevel=W\nDebugLogFolder=D:\\Logs\nSplitSize=1000\nMaxLogCount=3\nReserveHardDiskSpaceSize=100\n", L"W",
          L"D:\\Logs 1000 3 102400"},
-        {"DebugLevel=loud\nDebugLogFolder=\nSplitSize=10 MB\nMaxLogCount=-1\nReserveHardDiskSpaceSize=\n", L"all",
-         L".\\Log\\ 104857600 10 20971520"},
-        {"DebugFlags=0\nDebugLevel=D\nSplitSize=99999999999\nMaxLogCount=x\n", L"none",
-         L".\\Log\\ 104857600 10 20971520"},
+        {"DebugFlags=0\nDebugLevel=D\nDebugLogFolder=\nSplitSize=\n", L"none", L".\\Log\\ 104857600 10 20971520"},
     };
     const CTempFolder folder;
     for (const auto& [body, level, rest] : kCases) {
         test::WriteAll(folder / L"debug.ini", std::string("[Debug]\n") + body);
         LogSettings settings;
-        EXPECT_TRUE(ReadLogSettings((folder / L"debug.ini").wstring(), settings));
+        EXPECT_EQ(ReadLogSettings((folder / L"debug.ini").wstring(), settings), L"");
         EXPECT_EQ(FilterWordOf(settings), ParseLogLevel(level));
         const LogFileOptions& files = settings.files;
         EXPECT_EQ(
             FormatWide(L"%s %llu %u %llu", files.folder.c_str(), files.splitBytes, files.maxFiles, files.reserveBytes),
             rest);
+    }
+    for (const char* wrong : {"DebugFlags=on", "DebugLevel=loud", "SplitSize=10 MB", "MaxLogCount=-1",
+                              "ReserveHardDiskSpacePercentage=x", "ReserveHardDiskSpaceSize=99999999999"}) {
+        test::WriteAll(folder / L"debug.ini", std::string("[Debug]\n") + wrong);
+        LogSettings settings;
+        const std::wstring why = ReadLogSettings((folder / L"debug.ini").wstring(), settings);
+        EXPECT_TRUE(why.ends_with(Utf8ToWide(std::string(wrong).replace(std::string(wrong).find('='), 1, ": "))))
+            << wrong << ": " << WideToUtf8(why);
     }
 }
 

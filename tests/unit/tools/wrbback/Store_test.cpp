@@ -34,7 +34,7 @@ TEST(Store, AFileThatCannotBeUsedIsNamedWithTheReason) {
     const CTempFolder folder;
     const std::wstring path = (folder / L"b\xfcro.db").wstring();
     const std::tuple<const char*, std::function<void()>, const char*> kCases[] = {
-        {"missing", [] {}, "cannot be opened; make it with: wrbback seed"},
+        {"missing", [] {}, "there is no such file; make it with: wrbback seed"},
         {"empty", [&] { WriteAll(path, ""); }, "is empty; fill it with"},
         {"text", [&] { WriteAll(path, std::string(5000, 'x')); }, "is not a database"},
         {"another program's",
