@@ -111,7 +111,10 @@ tagOutcome Serve(const CGetParameter& request) {
     if (action == L"store") {
         return StoreForm(request);
     }
-    return action == L"upload" ? StoreFile(request) : tagOutcome{"400 Bad Request", kIncomplete};
+    if (action == L"upload") {
+        return StoreFile(request);
+    }
+    return {"400 Bad Request", action.empty() ? kIncomplete : L"There is no such action."};
 }
 
 // Takes the request's uploads away when it has been served, however that ended.
