@@ -4,6 +4,7 @@
 // long round, before and after which the services are weighed.
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <exception>
@@ -25,6 +26,7 @@ namespace fs = std::filesystem;
 
 constexpr DWORD kAwayMilliseconds = 500;
 constexpr ULONGLONG kSettleMilliseconds = 180'000;
+constexpr uint64_t kWarmUpCommands = 8000;  // fewer do not bring each of the host's workers to every kind of command
 constexpr std::size_t kHostAllowance = 4u << 20;
 constexpr std::size_t kBackEndAllowance = 12u << 20;  // SQLite keeps up to 2 MB for each of its connections
 constexpr std::uintmax_t kFeedbackRecordBytes = 166;
@@ -125,8 +127,12 @@ class CSoak {
     }
 
     void Round(const char* name, unsigned percent, const std::function<void(const WaitForPart&)>& meanwhile) {
+        RunCommands(name, m_options.commands * percent / 100, meanwhile);
+    }
+
+    void RunCommands(const char* name, uint64_t commands, const std::function<void(const WaitForPart&)>& meanwhile) {
         PrintOut(std::string("soak: ") + name + "\n");
-        RunRound(m_workers, m_tally, m_options.commands * percent / 100, meanwhile);
+        RunRound(m_workers, m_tally, commands, meanwhile);
         Settle();
     }
 
@@ -149,7 +155,7 @@ class CSoak {
             Sleep(kAwayMilliseconds);
             StartHost();
         });
-        Round("warming up again", 10, nothing);
+        RunCommands("warming up again", std::max(m_options.commands / 10, kWarmUpCommands), nothing);
         result.flatness = {{"wrbhost", m_host.Use(), {}, kHostAllowance},
                            {"wrbback", m_backEnd.Use(), {}, kBackEndAllowance}};
         Round("and on", 30, nothing);
