@@ -52,7 +52,7 @@ TEST(StringProtection, WhatHasBeenChangedIsRefused) {
 TEST(StringProtection, AKeyIsSixtyFourHexadecimalDigits) {
     const auto key = ParseProtectionKey(kHex);
     ASSERT_TRUE(key);
-    for (uint8_t i = 0; i < key->size(); ++i) {
+    for (std::size_t i = 0; i < key->size(); ++i) {
         EXPECT_EQ((*key)[i], i);
     }
     const std::wstring sixtyThree(63, L'a');

@@ -102,7 +102,7 @@ TEST_F(CfwLogFile, SomePathsAreHidden) {
     for (const auto& row : cases) {
         ServerIniCache().writeINIInt(L"INI_SERVER_SECTION", L"CFWShowAllPV", row.showAll);
         V0 item = SampleRecord<V0>();
-        std::strcpy(item.szPVName, row.path);
+        std::snprintf(item.szPVName, sizeof item.szPVName, "%s", row.path);
         item.byDirection = row.direction;
         Forward(BytesOf(item));
         EXPECT_TRUE(g_sent[kAgent].back().ends_with(std::wstring(L"|0|") + row.shown + L"|Gr\u00FC\u00DFe"))

@@ -96,9 +96,9 @@ TEST_F(FirewallUpload, LeavesNothingBehindWhateverThePackageIs) {
 
 TEST_F(FirewallUpload, MoreThanTenThousandEntriesAreRefused) {
     m_home.Write(L"record", "x");
-    std::vector<wrb::tagCabinetSource> sources;
-    for (int i = 0; i < 10'001; ++i) {
-        sources.push_back({std::to_string(i), (m_home / L"record").wstring()});
+    std::vector<wrb::tagCabinetSource> sources(10'001, {"", (m_home / L"record").wstring()});
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+        sources[i].name = std::to_string(i);
     }
     wrb::WriteCabinet((m_folder / L"package").wstring(), sources);
     EXPECT_EQ(Upload(L"1"), L"0");

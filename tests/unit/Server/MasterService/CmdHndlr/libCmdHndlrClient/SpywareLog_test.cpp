@@ -81,7 +81,7 @@ TEST_F(SpywareLog, EntriesOfALogPackageAreRecorded) {
     EXPECT_EQ(log.substr(332, 166), Record("0" + std::string(127, 'n'), std::string(36, 'g')));
     // 13,998 characters hold "GeneralInfo", 10 names of 201 and 58 of 202 characters with their NULs, and a cut one.
     EXPECT_EQ(log.size() % 166, 0u);
-    EXPECT_NEAR(static_cast<double>(log.size() / 166), 2 + 69, 1);
+    EXPECT_NEAR(static_cast<double>(log.size()), 166 * (2 + 69), 166);
     EXPECT_EQ(log.find("E3"), log.npos);
     EXPECT_EQ(log.find("E9"), log.npos);
 }
