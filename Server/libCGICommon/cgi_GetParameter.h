@@ -50,7 +50,7 @@ class WRB_CGI_API CGetParameter {
     // and is taken for fields otherwise. `skipPercentDecoding` is for readers of raw uploads; the parameters of forms
     // and queries are always decoded. Both count for the first object only.
     CGetParameter(bool allowBinaryBlock, bool skipPercentDecoding);
-    ~CGetParameter();
+    ~CGetParameter();  // NOLINT(performance-trivially-destructible): exported, so that it may come to do something
     CGetParameter(const CGetParameter&) = delete;
     CGetParameter& operator=(const CGetParameter&) = delete;
 

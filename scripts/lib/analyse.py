@@ -6,6 +6,7 @@ configuration changes. Prints the findings and one line of summary; exit code 1 
 """
 import argparse
 import concurrent.futures
+import glob
 import hashlib
 import json
 import os
@@ -106,7 +107,8 @@ def main():
     if not entries:
         sys.exit("analyse: no source to look at")
 
-    configuration = "" if options.fast else str(file_digest(os.path.join(repository, ".clang-tidy")))
+    rules = [os.path.join(repository, ".clang-tidy"), *glob.glob(os.path.join(repository, "*", ".clang-tidy"))]
+    configuration = "" if options.fast else "".join(map(str, map(file_digest, sorted(rules))))
     due = [(e, s) for e in entries for s in [Stamp(stamps, e, options.clang + configuration)] if not s.is_current()]
     failed = 0
     with concurrent.futures.ThreadPoolExecutor(len(os.sched_getaffinity(0))) as pool:
