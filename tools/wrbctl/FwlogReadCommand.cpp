@@ -71,7 +71,8 @@ int RunFwlogRead(const FwlogReadOptions& options) {
     const CFileHandle file(CreateFileW(Utf8ToWide(options.file).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) {
-        return FailSystem(kExitUsage, "cannot open " + options.file, GetLastError());
+        const DWORD error = GetLastError();
+        return FailSystem(kExitUsage, "cannot open " + options.file, error);
     }
     const uint32_t size = GetFileSize(file.Get(), nullptr);
     const PfwLogVersion version = PfwLogVersionOfFile(file.Get(), size);

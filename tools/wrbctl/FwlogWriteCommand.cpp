@@ -88,7 +88,8 @@ int RunFwlogWrite(const FwlogWriteOptions& options) {
     const std::filesystem::path path(Utf8ToWide(options.out));
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     if (!out) {
-        return FailSystem(kExitFailed, "cannot create " + options.out, _doserrno);
+        const unsigned long error = _doserrno;
+        return FailSystem(kExitFailed, "cannot create " + options.out, error);
     }
     std::string problem;
     try {
