@@ -141,10 +141,16 @@ void ReadBytes(benchmark::State& state) {
     }
 }
 
+// The reply pipe's name without its first 17 characters is added to it.
+std::wstring UnpackFolder() {
+    return TempPath(L"wrb_bench_dir").wstring();
+}
+
 const std::filesystem::path& Package() {
     static const std::filesystem::path path = [] {
         const auto file = TempPath(L"wrb_bench_upload.log");
         auto package = TempPath(L"wrb_bench_package");
+        std::filesystem::remove_all(UnpackFolder() + std::wstring(kSinkPipe).substr(17));  // of a run that was cut off
         WriteRecords(file, kUploaded);
         WriteCabinet(package.wstring(), {{"fw.log", file.wstring()}});
         return package;
@@ -157,7 +163,7 @@ bool UploadOnce() {
     std::filesystem::remove(copy);  // of a run that was cut off
     std::filesystem::copy_file(Package(), copy);
     const std::wstring message = std::wstring(L"CMDHL_PFW_SET_LOG\t") + kSinkPipe + L"\t" + kSampleUid + L"\t" +
-                                 copy.wstring() + L"\t" + TempPath(L"wrb_bench_dir").wstring() + L"\t1";
+                                 copy.wstring() + L"\t" + UnpackFolder() + L"\t1";
     return cmdhl_Process(message.data(), message.size() * sizeof(wchar_t)) == 1;
 }
 
