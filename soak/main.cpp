@@ -232,7 +232,8 @@ int Main() {
     app.add_option("--folder", options.folder, "Folder to work in, with a copy of the sample home folder in it")
         ->required();
     app.add_option("--agents", options.agents, "The sample agents")->required();
-    app.add_option("--commands", options.commands, "Commands in all (default: 100000)")
+    app.add_option("--commands", options.commands,
+                   "Commands in all, but for a warm-up of 8000 at least (default: 100000)")
         ->check(CLI::Range(uint64_t{1000}, uint64_t{100'000'000}));
     app.add_option("--threads", options.threads, "Threads that send them (default: 8)")->check(CLI::Range(1u, 64u));
     app.footer(
