@@ -10,16 +10,16 @@ namespace wrb::bench {
 uint64_t AllocationsOfThisThread() noexcept;
 
 // While it lives, counts; reports allocations per iteration as the counter "allocations".
-class CAllocationCounter {
+class AllocationCounter {
   public:
-    explicit CAllocationCounter(benchmark::State& state) noexcept
+    explicit AllocationCounter(benchmark::State& state) noexcept
         : m_state(state), m_before(AllocationsOfThisThread()) {}
-    ~CAllocationCounter() {
+    ~AllocationCounter() {
         m_state.counters["allocations"] = benchmark::Counter(static_cast<double>(AllocationsOfThisThread() - m_before),
                                                              benchmark::Counter::kAvgIterations);
     }
-    CAllocationCounter(const CAllocationCounter&) = delete;
-    CAllocationCounter& operator=(const CAllocationCounter&) = delete;
+    AllocationCounter(const AllocationCounter&) = delete;
+    AllocationCounter& operator=(const AllocationCounter&) = delete;
 
   private:
     benchmark::State& m_state;

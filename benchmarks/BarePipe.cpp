@@ -15,7 +15,7 @@ std::wstring Path(const std::wstring& name) {
 
 bool BareSend(const std::wstring& name, std::string_view bytes, std::size_t piece) {
     const std::wstring path = Path(name);
-    CFileHandle pipe;
+    FileHandle pipe;
     while (!pipe) {
         pipe.Reset(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
         if (!pipe && (GetLastError() != ERROR_PIPE_BUSY || !WaitNamedPipeW(path.c_str(), NMPWAIT_USE_DEFAULT_WAIT))) {
@@ -34,9 +34,9 @@ bool BareSend(const std::wstring& name, std::string_view bytes, std::size_t piec
 }
 
 bool BareExchange(const std::wstring& target, std::string_view request, const std::wstring& replyPipe) {
-    const CFileHandle reply(CreateNamedPipeW(Path(replyPipe).c_str(), PIPE_ACCESS_INBOUND,
-                                             PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, 1, 1024, 1024, 1000,
-                                             nullptr));
+    const FileHandle reply(CreateNamedPipeW(Path(replyPipe).c_str(), PIPE_ACCESS_INBOUND,
+                                            PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, 1, 1024, 1024, 1000,
+                                            nullptr));
     if (!reply || !BareSend(target, request)) {
         return false;
     }

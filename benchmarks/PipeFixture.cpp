@@ -21,11 +21,11 @@ namespace {
 // More than the threads of any row, so that no figure waits for a free instance.
 constexpr unsigned kInstances = 16;
 
-std::unique_ptr<CPipeListener> Listen(const wchar_t* name, CPipeListener::Handler handler) {
+std::unique_ptr<PipeListener> Listen(const wchar_t* name, PipeListener::Handler handler) {
     PipeListenerOptions options;
     options.name = name;
     options.instances = kInstances;
-    auto listener = std::make_unique<CPipeListener>(options, std::move(handler));
+    auto listener = std::make_unique<PipeListener>(options, std::move(handler));
     if (!listener->Start()) {
         throw std::runtime_error("a pipe of the benchmark is taken: is a service running?");
     }

@@ -3,8 +3,8 @@
 namespace wrb::bench {
 namespace {
 
-std::vector<tagRatio>& Rows() {
-    static std::vector<tagRatio> rows;
+std::vector<Ratio>& Rows() {
+    static std::vector<Ratio> rows;
     return rows;
 }
 
@@ -24,7 +24,7 @@ void AddRatio(const std::string& title, Body figure, const std::string& floorTex
     }
 }
 
-const std::vector<tagRatio>& Ratios() {
+const std::vector<Ratio>& Ratios() {
     return Rows();
 }
 

@@ -19,7 +19,7 @@ enum class Goal {
     Nanoseconds,  // the figure itself must not exceed the limit; the floor is there for comparison
 };
 
-struct tagRatio {
+struct Ratio {
     std::string title;
     std::string figure;  // names of the two benchmarks
     std::string floor;
@@ -33,7 +33,7 @@ struct tagRatio {
 void AddRatio(const std::string& title, Body figure, const std::string& floorText, Body floor, Goal goal, double limit,
               const std::vector<int>& threads = {1});
 
-const std::vector<tagRatio>& Ratios();
+const std::vector<Ratio>& Ratios();
 
 // Each file of benchmarks adds its rows when called from main.
 void AddLogBenchmarks();

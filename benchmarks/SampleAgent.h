@@ -7,12 +7,12 @@ namespace wrb::bench {
 
 inline constexpr wchar_t kSampleUid[] = L"11111111-2222-3333-4444-555555555555";
 
-inline tagClnAllScanCfg SampleConfig() {
-    tagClnAllScanCfg config;
+inline AllScanConfig SampleConfig() {
+    AllScanConfig config;
     config.hasConfig = true;
     config.hasExtra = true;
     for (std::size_t scan = 0; scan < kScanTypeCount; ++scan) {
-        tagScanGroupValues& values = config.scans[scan];
+        ScanGroupValues& values = config.scans[scan];
         values.flags = 0x25A5F3B1;
         values.compressedLayer = 20;
         values.oleLayer = 3;
@@ -27,8 +27,8 @@ inline tagClnAllScanCfg SampleConfig() {
     return config;
 }
 
-inline tagClnAllScanCfgEx SampleLists() {
-    tagClnAllScanCfgEx lists;
+inline AllScanLists SampleLists() {
+    AllScanLists lists;
     for (auto& scan : lists.scans) {
         scan.excludedFolder = L"C:\\Windows\\SoftwareDistribution|C:\\ProgramData\\Backup|D:\\Databases";
         scan.excludedFile = L"C:\\pagefile.sys|C:\\hiberfil.sys|D:\\Databases\\main.mdf";

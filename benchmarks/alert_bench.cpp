@@ -29,10 +29,10 @@ const std::vector<std::wstring>& AlertPaths() {
         CreateDirectoryW(folder.c_str(), nullptr);
         const std::wstring text(kCharacters, L'x');
         std::vector<std::wstring> made;
-        for (const tagAlertFile& file : kAlertFiles) {
+        for (const AlertFile& file : kAlertFiles) {
             made.push_back(folder + file.name);
-            const CFileHandle handle(CreateFileW(made.back().c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                                 FILE_ATTRIBUTE_NORMAL, nullptr));
+            const FileHandle handle(CreateFileW(made.back().c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                                FILE_ATTRIBUTE_NORMAL, nullptr));
             DWORD written = 0;
             if (handle) {
                 WriteFile(handle.Get(), text.data(), kCharacters * sizeof(wchar_t), &written, nullptr);

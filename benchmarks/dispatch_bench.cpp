@@ -14,7 +14,7 @@ constexpr std::wstring_view kUnknown =
     L"CMDHL_GET_NOTHING\treply-pipe-0123456789\t11111111-2222-3333-4444-555555555555\t1\t0\t1";
 
 void UnknownCommand(benchmark::State& state) {
-    const CAllocationCounter counter(state);
+    const AllocationCounter counter(state);
     for (auto _ : state) {
         benchmark::DoNotOptimize(cmdhl_Process(kUnknown.data(), kUnknown.size() * sizeof(wchar_t)));
     }

@@ -40,9 +40,9 @@ std::wstring Uid(int number) {
 }
 
 // A ticket with a full queue, over INI files that are read once.
-class CFullQueue {
+class FullQueue {
   public:
-    CFullQueue() {
+    FullQueue() {
         const auto path = TempPath(L"wrb_bench_ticket.ini");
         std::ofstream(path) << "[Global Setting]\nEnablePFWLogUploadingTicket=1\n[LOG_TICKET_SECTION]\n"
                                "NumberOfConcurrentLogUploadingClient=0\nNumberOfMaxConcurrentLogUploadingClient=0\n"
@@ -60,13 +60,13 @@ class CFullQueue {
     CINICache m_ini;
 
   public:
-    CLogTicket ticket{SystemClock(), m_ini, m_ini};
+    LogTicket ticket{SystemClock(), m_ini, m_ini};
 };
 
 void TicketDecision(benchmark::State& state) {
-    static CFullQueue queue;
+    static FullQueue queue;
     std::size_t next = 0;
-    const CAllocationCounter counter(state);
+    const AllocationCounter counter(state);
     for (auto _ : state) {
         benchmark::DoNotOptimize(queue.ticket.Request(queue.uids[next]));
         next = (next + 1) % queue.uids.size();
@@ -114,14 +114,14 @@ const std::filesystem::path& ParsedFile() {
     return path;
 }
 
-int Take(const tagFirewallLogEntry& entry) noexcept {
+int Take(const FirewallLogEntry& entry) noexcept {
     benchmark::DoNotOptimize(entry.processPath);
     return 1;
 }
 
 void ParseRecords(benchmark::State& state) {
     const std::filesystem::path& file = ParsedFile();
-    const CAllocationCounter counter(state);
+    const AllocationCounter counter(state);
     while (state.KeepRunningBatch(kParsed)) {
         if (ForwardCfwLogFile(kSampleUid, file.c_str(), {Take, Take}) != 1) {
             state.SkipWithError("a record was lost");
@@ -133,8 +133,8 @@ void ReadBytes(benchmark::State& state) {
     const std::filesystem::path& path = ParsedFile();
     std::vector<char> buffer(kReadBytes);
     while (state.KeepRunningBatch(kParsed)) {
-        const CFileHandle file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                           FILE_ATTRIBUTE_NORMAL, nullptr));
+        const FileHandle file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                          FILE_ATTRIBUTE_NORMAL, nullptr));
         DWORD read = 0;
         while (ReadFile(file.Get(), buffer.data(), kReadBytes, &read, nullptr) && read != 0) {
         }

@@ -49,7 +49,7 @@ CINICache& Cache() {
 
 void CachedNarrow(benchmark::State& state) {
     CINICache& cache = Cache();
-    const CAllocationCounter counter(state);
+    const AllocationCounter counter(state);
     for (auto _ : state) {
         benchmark::DoNotOptimize(cache.readINIInt(kSection, kKey, 0));
     }
@@ -57,7 +57,7 @@ void CachedNarrow(benchmark::State& state) {
 
 void CachedWide(benchmark::State& state) {
     CINICache& cache = Cache();
-    const CAllocationCounter counter(state);
+    const AllocationCounter counter(state);
     for (auto _ : state) {
         benchmark::DoNotOptimize(cache.readINIInt(kWideSection, kWideKey, 0));
     }
@@ -80,7 +80,7 @@ void BareLookUp(benchmark::State& state) {
     }();
     const std::string key = std::string(kSection) + ":" + kKey;
     for (auto _ : state) {
-        const CSharedGuard guard(lock);
+        const SharedGuard guard(lock);
         benchmark::DoNotOptimize(values.find(key)->second);
     }
 }

@@ -10,7 +10,7 @@ namespace {
 
 void FilteredLine(benchmark::State& state) {
     const std::wstring content(200, L'x');
-    const CAllocationCounter counter(state);
+    const AllocationCounter counter(state);
     for (auto _ : state) {
         WRB_LOG(kLogDebug8, L"content:[%s]", content.c_str());
         benchmark::ClobberMemory();
@@ -19,7 +19,7 @@ void FilteredLine(benchmark::State& state) {
 
 void FilteredCall(benchmark::State& state) {
     const std::wstring content(200, L'x');
-    const CAllocationCounter counter(state);
+    const AllocationCounter counter(state);
     for (auto _ : state) {
         DebugLog(kLogDebug8, WRB_SOURCE_FILE, __LINE__, L"content:[%s]", content.c_str());
         benchmark::ClobberMemory();

@@ -13,15 +13,15 @@
 namespace {
 
 using wrb::bench::Goal;
-using wrb::bench::tagRatio;
+using wrb::bench::Ratio;
 
-struct tagMeasured {
+struct Measured {
     double time = 0;          // nanoseconds an iteration
     double allocations = -1;  // an iteration, where they were counted
 };
 
 // Keeps the medians for the table at the end, and shows on stderr that something is going on.
-class CRatioReporter final : public benchmark::BenchmarkReporter {
+class RatioReporter final : public benchmark::BenchmarkReporter {
   public:
     bool ReportContext(const Context&) override { return true; }
 
@@ -36,7 +36,7 @@ class CRatioReporter final : public benchmark::BenchmarkReporter {
         std::fputc('.', stderr);
     }
 
-    const tagMeasured* Find(const std::string& name, int threads) const {
+    const Measured* Find(const std::string& name, int threads) const {
         const auto found = m_measured.find(Key(name, threads));
         return found == m_measured.end() ? nullptr : &found->second;
     }
@@ -45,17 +45,17 @@ class CRatioReporter final : public benchmark::BenchmarkReporter {
     static std::string Key(const std::string& name, int threads) { return name + "/" + std::to_string(threads); }
 
     void Keep(const Run& run) {
-        tagMeasured& measured = m_measured[Key(run.run_name.function_name, static_cast<int>(run.threads))];
+        Measured& measured = m_measured[Key(run.run_name.function_name, static_cast<int>(run.threads))];
         measured.time = run.GetAdjustedRealTime();
         if (const auto counter = run.counters.find("allocations"); counter != run.counters.end()) {
             measured.allocations = counter->second;
         }
     }
 
-    std::map<std::string, tagMeasured> m_measured;
+    std::map<std::string, Measured> m_measured;
 };
 
-std::string GoalText(const tagRatio& row) {
+std::string GoalText(const Ratio& row) {
     char text[64];
     switch (row.goal) {
         case Goal::AtMost:
@@ -71,7 +71,7 @@ std::string GoalText(const tagRatio& row) {
     return text;
 }
 
-bool Met(const tagRatio& row, double figure, double floor) {
+bool Met(const Ratio& row, double figure, double floor) {
     switch (row.goal) {
         case Goal::AtMost:
             return figure <= floor * row.limit;
@@ -83,7 +83,7 @@ bool Met(const tagRatio& row, double figure, double floor) {
     return false;
 }
 
-void PrintRow(const tagRatio& row, const tagMeasured& figure, const tagMeasured& floor) {
+void PrintRow(const Ratio& row, const Measured& figure, const Measured& floor) {
     const double ours = figure.time;
     const double least = floor.time;
     char ratio[32];
@@ -97,12 +97,12 @@ void PrintRow(const tagRatio& row, const tagMeasured& figure, const tagMeasured&
                 GoalText(row).c_str(), Met(row, ours, least) ? "met" : "MISSED", allocations, row.floorText.c_str());
 }
 
-void PrintRatios(const CRatioReporter& reporter) {
+void PrintRatios(const RatioReporter& reporter) {
     std::printf("\n%-44s %2s %14s %14s %8s  %-16s %-6s %6s  %s\n", "figure", "th", "ns", "floor ns", "ratio", "goal",
                 "", "allocs", "floor");
-    for (const tagRatio& row : wrb::bench::Ratios()) {
-        const tagMeasured* const figure = reporter.Find(row.figure, row.threads);
-        const tagMeasured* const floor = reporter.Find(row.floor, row.threads);
+    for (const Ratio& row : wrb::bench::Ratios()) {
+        const Measured* const figure = reporter.Find(row.figure, row.threads);
+        const Measured* const floor = reporter.Find(row.floor, row.threads);
         if (figure != nullptr && floor != nullptr) {
             PrintRow(row, *figure, *floor);
         }
@@ -134,7 +134,7 @@ int main(int count, char** values) {
     }
     // As on a server in production: the log is set up, and its filter lets warnings and errors through.
     DebugLogSetup(L"", L"", "BENCH", true);
-    wrb::CLogFilter::Shared().Set(wrb::LogFilterWord(wrb::kRankWarning));
+    wrb::LogFilter::Shared().Set(wrb::LogFilterWord(wrb::kRankWarning));
     wrb::bench::AddLogBenchmarks();
     wrb::bench::AddDispatchBenchmarks();
     wrb::bench::AddIniBenchmarks();
@@ -143,7 +143,7 @@ int main(int count, char** values) {
     wrb::bench::AddPipeBenchmarks();
     wrb::bench::AddFirewallBenchmarks();
     wrb::bench::AddAlertBenchmarks();
-    CRatioReporter reporter;
+    RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     PrintRatios(reporter);
     return 0;

@@ -12,9 +12,9 @@ namespace wrb::bench {
 namespace {
 
 void Encode(benchmark::State& state) {
-    const tagClnAllScanCfg record = SampleConfig();
+    const AllScanConfig record = SampleConfig();
     CSerializer serializer;
-    const CAllocationCounter counter(state);
+    const AllocationCounter counter(state);
     for (auto _ : state) {
         serializer.Reset();
         record.Serialize(serializer);
@@ -23,13 +23,13 @@ void Encode(benchmark::State& state) {
 }
 
 void Decode(benchmark::State& state) {
-    const tagClnAllScanCfg record = SampleConfig();
+    const AllScanConfig record = SampleConfig();
     CSerializer encoded;
     record.Serialize(encoded);
     const std::vector<uint8_t> bytes(encoded.Data(), encoded.Data() + encoded.GetSize());
     CSerializer serializer;
-    tagClnAllScanCfg decoded;
-    const CAllocationCounter counter(state);
+    AllScanConfig decoded;
+    const AllocationCounter counter(state);
     for (auto _ : state) {
         serializer.Load(bytes.data(), static_cast<uint32_t>(bytes.size()));
         decoded.Deserialize(serializer);
@@ -38,19 +38,19 @@ void Decode(benchmark::State& state) {
 }
 
 // One field's bytes where they lie in the record, and their number.
-struct tagField {
+struct Field {
     void* bytes;
     std::size_t size;
 };
 
-std::vector<tagField> FieldsOf(tagClnAllScanCfg& record) {
-    std::vector<tagField> fields = {{&record.hasConfig, 1}, {&record.hasExtra, 1}};
+std::vector<Field> FieldsOf(AllScanConfig& record) {
+    std::vector<Field> fields = {{&record.hasConfig, 1}, {&record.hasExtra, 1}};
     const auto number = [&](uint32_t& value) { fields.push_back({&value, sizeof value}); };
     const auto text = [&](std::wstring& value) {
         fields.push_back({value.data(), (value.size() + 1) * sizeof(wchar_t)});
     };
     for (std::size_t scan = 0; scan < kScanTypeCount; ++scan) {
-        tagScanGroupValues& values = record.scans[scan];
+        ScanGroupValues& values = record.scans[scan];
         for (const ScanNumber member : FindScanGroup(static_cast<ScanType>(scan), ScanGroupKind::Main).numbers) {
             number(values.*member);
         }
@@ -63,12 +63,12 @@ std::vector<tagField> FieldsOf(tagClnAllScanCfg& record) {
 }
 
 void CopyOut(benchmark::State& state) {
-    tagClnAllScanCfg record = SampleConfig();
-    const std::vector<tagField> fields = FieldsOf(record);
+    AllScanConfig record = SampleConfig();
+    const std::vector<Field> fields = FieldsOf(record);
     std::vector<uint8_t> buffer(65536);
     for (auto _ : state) {
         uint8_t* at = buffer.data();
-        for (const tagField& field : fields) {
+        for (const Field& field : fields) {
             const uint32_t size = static_cast<uint32_t>(field.size);
             std::memcpy(at, &size, sizeof size);
             std::memcpy(at + sizeof size, field.bytes, field.size);
@@ -80,12 +80,12 @@ void CopyOut(benchmark::State& state) {
 }
 
 void CopyIn(benchmark::State& state) {
-    tagClnAllScanCfg record = SampleConfig();
-    const std::vector<tagField> fields = FieldsOf(record);
+    AllScanConfig record = SampleConfig();
+    const std::vector<Field> fields = FieldsOf(record);
     std::vector<uint8_t> buffer(65536, 1);
     for (auto _ : state) {
         const uint8_t* at = buffer.data();
-        for (const tagField& field : fields) {
+        for (const Field& field : fields) {
             uint32_t size = 0;
             std::memcpy(&size, at, sizeof size);
             benchmark::DoNotOptimize(size);

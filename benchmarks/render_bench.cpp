@@ -12,7 +12,7 @@ namespace {
 
 void Render(benchmark::State& state) {
     const AllScanValues values = TakeAllScanValues(SampleConfig(), SampleLists());
-    const CAllocationCounter counter(state);
+    const AllocationCounter counter(state);
     for (auto _ : state) {
         std::wstring out;
         ExportAllScanGroups(out, kSampleUid, values);

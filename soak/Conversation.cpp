@@ -29,7 +29,7 @@ const char* CommandName(uint32_t row) {
     return kCommands[row].name;
 }
 
-void CDelivered::Count(const std::wstring& command) {
+void Delivered::Count(const std::wstring& command) {
     const auto* const row = std::ranges::find(kCommands, command, [](const auto& entry) { return entry.wideName; });
     if (row != std::end(kCommands)) {
         ++m_counts[static_cast<std::size_t>(row - std::begin(kCommands))];
@@ -50,9 +50,9 @@ std::wstring NewReplyPipe() {
     return test::UniqueName(L"reply");
 }
 
-tagAnswer Ask(CDelivered& delivered, const std::wstring& command, std::initializer_list<std::wstring> fields,
-              const std::wstring& replyPipe) {
-    tagAnswer answer;
+Answer Ask(Delivered& delivered, const std::wstring& command, std::initializer_list<std::wstring> fields,
+           const std::wstring& replyPipe) {
+    Answer answer;
     CCmdProtocol message;
     message << command << replyPipe;
     for (const std::wstring& field : fields) {
@@ -70,7 +70,7 @@ tagAnswer Ask(CDelivered& delivered, const std::wstring& command, std::initializ
     return answer;
 }
 
-bool Tell(CDelivered& delivered, const std::wstring& command, std::initializer_list<std::wstring> fields) {
+bool Tell(Delivered& delivered, const std::wstring& command, std::initializer_list<std::wstring> fields) {
     CCmdProtocol message;
     message << command;
     for (const std::wstring& field : fields) {

@@ -11,14 +11,14 @@
 
 namespace wrb::soak {
 
-struct tagAnswer {
+struct Answer {
     bool delivered = false;  // the host has taken the message
     bool answered = false;   // always false for a command that does not answer
     std::wstring text;
 };
 
 // How often the host has taken each command of the table. Any thread.
-class CDelivered {
+class Delivered {
   public:
     void Count(const std::wstring& command);
     uint32_t Of(uint32_t row) const { return m_counts[row]; }
@@ -37,10 +37,10 @@ bool DeliverToHost(const std::wstring& message);
 std::wstring NewReplyPipe();
 
 // Sends a command with an answer and waits for it, one minute at most. `fields` stand behind the reply pipe.
-tagAnswer Ask(CDelivered& delivered, const std::wstring& command, std::initializer_list<std::wstring> fields,
-              const std::wstring& replyPipe = NewReplyPipe());
+Answer Ask(Delivered& delivered, const std::wstring& command, std::initializer_list<std::wstring> fields,
+           const std::wstring& replyPipe = NewReplyPipe());
 
 // Sends a command without one.
-bool Tell(CDelivered& delivered, const std::wstring& command, std::initializer_list<std::wstring> fields);
+bool Tell(Delivered& delivered, const std::wstring& command, std::initializer_list<std::wstring> fields);
 
 }  // namespace wrb::soak

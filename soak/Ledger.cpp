@@ -10,11 +10,11 @@
 namespace wrb::soak {
 namespace {
 
-struct tagFound {
+struct Found {
     uint64_t rows = 0;
     uint64_t different = 0;
 };
-using FoundByUid = std::map<std::wstring, tagFound>;
+using FoundByUid = std::map<std::wstring, Found>;
 
 // Records of one upload differ in their port, so that one that came twice shows.
 constexpr char kRows[] = "SELECT UID, count(*), count(DISTINCT PORT) FROM TBL_CFW_LOG GROUP BY UID";
@@ -24,22 +24,22 @@ constexpr char kEvents[] =
 constexpr char kRestores[] = "SELECT UID, count(*), count(DISTINCT LOGID) FROM TBL_RESTORE_LOG GROUP BY UID";
 constexpr char kSpyware[] = "SELECT count(*) FROM event WHERE NAME = 'WC_SET_SPYWARE_LOG_EVENT'";
 
-FoundByUid Find(CSqliteDb& db, const char* sql) {
+FoundByUid Find(SqliteDb& db, const char* sql) {
     FoundByUid found;
-    for (CSqliteStatement select = db.Use(sql); select.Step();) {
+    for (SqliteStatement select = db.Use(sql); select.Step();) {
         found[select.Text(0)] = {static_cast<uint64_t>(select.Number(1)), static_cast<uint64_t>(select.Number(2))};
     }
     return found;
 }
 
-class CFaults {
+class Faults {
   public:
-    explicit CFaults(std::vector<std::string>& lines) : m_lines(lines) {}
+    explicit Faults(std::vector<std::string>& lines) : m_lines(lines) {}
 
     // Returns the rows that were found.
     uint64_t Compare(const char* what, const FoundByUid& all, const std::wstring& uid, uint64_t least, uint64_t most) {
         const auto at = all.find(uid);
-        const tagFound found = at == all.end() ? tagFound{} : at->second;
+        const Found found = at == all.end() ? Found{} : at->second;
         if (found.rows < least || found.rows > most || found.rows != found.different) {
             m_lines.push_back(std::string(what) + " of " + WideToUtf8(uid) + ": " + std::to_string(found.rows) +
                               " rows, " + std::to_string(found.different) + " different ones, of " +
@@ -54,32 +54,32 @@ class CFaults {
 
 }  // namespace
 
-void CLedger::Answered(const tagUpload& upload) {
+void Ledger::Answered(const Upload& upload) {
     const std::lock_guard lock(m_lock);
     (m_backEnd.Undisturbed(upload.sent) ? m_open : m_cut).push_back(upload);
 }
 
-void CLedger::RestoreAnswered(const std::wstring& uid, CUptime::Mark sent) {
+void Ledger::RestoreAnswered(const std::wstring& uid, PresenceLog::Mark sent) {
     const std::lock_guard lock(m_lock);
     if (m_backEnd.Undisturbed(sent)) {
         m_restores.push_back(uid);
     }
 }
 
-void CLedger::SpywareAnswered(CUptime::Mark sent) {
+void Ledger::SpywareAnswered(PresenceLog::Mark sent) {
     const std::lock_guard lock(m_lock);
     ++(m_backEnd.Undisturbed(sent) ? m_spyware : m_unsureSpyware);
 }
 
 // The uploads whose package is gone are done.
-void CLedger::Sort() {
+void Ledger::Sort() {
     const auto done = std::partition(m_open.begin(), m_open.end(),
-                                     [](const tagUpload& upload) { return std::filesystem::exists(upload.package); });
+                                     [](const Upload& upload) { return std::filesystem::exists(upload.package); });
     m_done.insert(m_done.end(), done, m_open.end());
     m_open.erase(done, m_open.end());
 }
 
-void CLedger::BackEndLeaves(CUptime& backEnd) {
+void Ledger::BackEndLeaves(PresenceLog& backEnd) {
     const std::lock_guard lock(m_lock);
     Sort();
     m_cut.insert(m_cut.end(), m_open.begin(), m_open.end());
@@ -87,29 +87,29 @@ void CLedger::BackEndLeaves(CUptime& backEnd) {
     backEnd.Leaves();
 }
 
-bool CLedger::Settled() {
+bool Ledger::Settled() {
     const std::lock_guard lock(m_lock);
     Sort();
     return m_open.empty();
 }
 
-tagLedgerResult CLedger::Check(const std::wstring& database) {
+LedgerResult Ledger::Check(const std::wstring& database) {
     const std::lock_guard lock(m_lock);
     const auto db = OpenStore(database);
     const FoundByUid rows = Find(*db, kRows);
     const FoundByUid events = Find(*db, kEvents);
     const FoundByUid restores = Find(*db, kRestores);
-    tagLedgerResult result;
-    CFaults faults(result.faults);
-    for (const tagUpload& upload : m_open) {
+    LedgerResult result;
+    Faults faults(result.faults);
+    for (const Upload& upload : m_open) {
         result.faults.push_back("the package of " + WideToUtf8(upload.uid) + " is still there");
     }
-    for (const tagUpload& upload : m_done) {
+    for (const Upload& upload : m_done) {
         result.records += upload.records;
         result.rows += faults.Compare("log rows", rows, upload.uid, upload.records, upload.records);
         result.events += faults.Compare("events", events, upload.uid, upload.records, upload.records);
     }
-    for (const tagUpload& upload : m_cut) {
+    for (const Upload& upload : m_cut) {
         result.cutRecords += upload.records;
         result.cutRows += faults.Compare("log rows", rows, upload.uid, 0, upload.records);
         faults.Compare("events", events, upload.uid, 0, upload.records);

@@ -11,14 +11,14 @@
 
 namespace wrb::soak {
 
-struct tagUpload {
+struct Upload {
     std::wstring uid;      // no other upload has it
     std::wstring package;  // the host deletes it when all records are on their way
     unsigned records = 0;
-    CUptime::Mark sent = 0;  // of the back end
+    PresenceLog::Mark sent = 0;  // of the back end
 };
 
-struct tagLedgerResult {
+struct LedgerResult {
     uint64_t uploads = 0;     // answered 1, the back end being up from the message to the last record
     uint64_t records = 0;     // in those
     uint64_t rows = 0;        // found of those in the log pool
@@ -35,31 +35,31 @@ struct tagLedgerResult {
 };
 
 // Any thread.
-class CLedger {
+class Ledger {
   public:
-    explicit CLedger(const CUptime& backEnd) : m_backEnd(backEnd) {}
+    explicit Ledger(const PresenceLog& backEnd) : m_backEnd(backEnd) {}
 
-    void Answered(const tagUpload& upload);
-    void RestoreAnswered(const std::wstring& uid, CUptime::Mark sent);
-    void SpywareAnswered(CUptime::Mark sent);
+    void Answered(const Upload& upload);
+    void RestoreAnswered(const std::wstring& uid, PresenceLog::Mark sent);
+    void SpywareAnswered(PresenceLog::Mark sent);
 
     // Just before the back end is stopped: what is still at work is from now on unsure.
-    void BackEndLeaves(CUptime& backEnd);
+    void BackEndLeaves(PresenceLog& backEnd);
 
     // True when no upload is at work any more.
     bool Settled();
 
     // Looks into the database file; nobody serves it any more.
-    tagLedgerResult Check(const std::wstring& database);
+    LedgerResult Check(const std::wstring& database);
 
   private:
     void Sort();
 
-    const CUptime& m_backEnd;
+    const PresenceLog& m_backEnd;
     std::mutex m_lock;
-    std::vector<tagUpload> m_open;
-    std::vector<tagUpload> m_done;
-    std::vector<tagUpload> m_cut;
+    std::vector<Upload> m_open;
+    std::vector<Upload> m_done;
+    std::vector<Upload> m_cut;
     std::vector<std::wstring> m_restores;
     uint64_t m_spyware = 0;
     uint64_t m_unsureSpyware = 0;

@@ -56,7 +56,7 @@ std::wstring WriteLog(const std::wstring& path, uint16_t firstPort, unsigned rec
 
 }  // namespace
 
-CPackages::CPackages(const std::wstring& folder)
+Packages::Packages(const std::wstring& folder)
     : m_spyware(folder + L"\\spyware.cab"), m_broken(folder + L"\\broken.cab") {
     const std::wstring v0 = WriteLog<SWRB_PFW_LOG_ITEM_V0>(folder + L"\\v0.log", 1000, 20);
     const std::wstring v1 = WriteLog<SWRB_PFW_LOG_ITEM>(folder + L"\\v1.log", 2000, 25);

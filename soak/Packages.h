@@ -6,17 +6,17 @@
 
 namespace wrb::soak {
 
-struct tagPackage {
+struct Package {
     std::wstring path;
     unsigned records = 0;
 };
 
 // Makes everything in that folder; throws std::runtime_error.
-class CPackages {
+class Packages {
   public:
-    explicit CPackages(const std::wstring& folder);
+    explicit Packages(const std::wstring& folder);
 
-    const std::vector<tagPackage>& Firewall() const { return m_firewall; }  // of both record versions
+    const std::vector<Package>& Firewall() const { return m_firewall; }  // of both record versions
     const std::wstring& Spyware() const { return m_spyware; }
     const std::wstring& Broken() const { return m_broken; }  // no cabinet
 
@@ -24,7 +24,7 @@ class CPackages {
     static constexpr unsigned kSpywareSections = 2;  // that are recorded in the feedback log
 
   private:
-    std::vector<tagPackage> m_firewall;
+    std::vector<Package> m_firewall;
     std::wstring m_spyware;
     std::wstring m_broken;
 };

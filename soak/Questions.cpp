@@ -32,31 +32,31 @@ ProtectionKey KeyOf(const std::wstring& hex) {
 
 }  // namespace
 
-tagAnswer tagQuestion::AskAgain(CDelivered& delivered) const {
+Answer Question::AskAgain(Delivered& delivered) const {
     return parameter.empty() ? Ask(delivered, command, {uid}) : Ask(delivered, command, {uid, parameter});
 }
 
-CQuestions::CQuestions(const std::wstring& protectionKey) : m_key(KeyOf(protectionKey)) {}
+Questions::Questions(const std::wstring& protectionKey) : m_key(KeyOf(protectionKey)) {}
 
-void CQuestions::Learn(CDelivered& delivered) {
+void Questions::Learn(Delivered& delivered) {
     m_scan = Answered(delivered, kScanCommands, kNoParameter);
     m_bundles = Answered(delivered, kBundleCommands, kNoParameter);
     m_alerts = Answered(delivered, kAlertCommands, kAlertTypes);
     for (const auto* questions : {&m_scan, &m_bundles, &m_alerts}) {
-        if (std::ranges::none_of(*questions, [](const tagQuestion& question) { return !question.answer.empty(); })) {
+        if (std::ranges::none_of(*questions, [](const Question& question) { return !question.answer.empty(); })) {
             throw std::runtime_error("the quiet server answers nothing to " + WideToUtf8(questions->front().command));
         }
     }
 }
 
-std::vector<tagQuestion> CQuestions::Answered(CDelivered& delivered, std::span<const wchar_t* const> commands,
-                                              std::span<const wchar_t* const> parameters) const {
-    std::vector<tagQuestion> questions;
+std::vector<Question> Questions::Answered(Delivered& delivered, std::span<const wchar_t* const> commands,
+                                          std::span<const wchar_t* const> parameters) const {
+    std::vector<Question> questions;
     for (const wchar_t* command : commands) {
         for (const wchar_t* uid : kSampleAgents) {
             for (const wchar_t* parameter : parameters) {
-                tagQuestion& question = questions.emplace_back(tagQuestion{command, uid, parameter, {}});
-                const tagAnswer answer = question.AskAgain(delivered);
+                Question& question = questions.emplace_back(Question{command, uid, parameter, {}});
+                const Answer answer = question.AskAgain(delivered);
                 if (!answer.answered) {
                     throw std::runtime_error("the quiet server does not answer " + WideToUtf8(question.command));
                 }
@@ -67,12 +67,12 @@ std::vector<tagQuestion> CQuestions::Answered(CDelivered& delivered, std::span<c
     return questions;
 }
 
-std::wstring CQuestions::Readable(const std::wstring& answer) const {
+std::wstring Questions::Readable(const std::wstring& answer) const {
     std::size_t start = answer.find(kProtectedStart);
     if (start == std::wstring::npos) {
         return answer;
     }
-    const CStringProtection protection(m_key);
+    const StringProtection protection(m_key);
     std::wstring readable = answer.substr(0, start);
     while (start < answer.size()) {
         const std::size_t end = std::min(answer.size(), answer.find(L'\n', start));

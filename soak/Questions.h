@@ -18,38 +18,38 @@ inline constexpr const wchar_t* kSampleAgents[] = {
     L"",                                      // server-wide
 };
 
-struct tagQuestion {
+struct Question {
     std::wstring command;
     std::wstring uid;
     std::wstring parameter;
     std::wstring answer;  // readable
 
-    tagAnswer AskAgain(CDelivered& delivered) const;
+    Answer AskAgain(Delivered& delivered) const;
 };
 
-class CQuestions {
+class Questions {
   public:
     // The key of the texts that the server protects, as its INI file has it.
-    explicit CQuestions(const std::wstring& protectionKey);
+    explicit Questions(const std::wstring& protectionKey);
 
     // Asks everything. Throws std::runtime_error when there is no answer.
-    void Learn(CDelivered& delivered);
+    void Learn(Delivered& delivered);
 
     // An answer in which protected texts, which look different each time, are readable. One thread at a time a key.
     std::wstring Readable(const std::wstring& answer) const;
 
-    std::span<const tagQuestion> ScanSettings() const { return m_scan; }
-    std::span<const tagQuestion> Bundles() const { return m_bundles; }
-    std::span<const tagQuestion> Alerts() const { return m_alerts; }
+    std::span<const Question> ScanSettings() const { return m_scan; }
+    std::span<const Question> Bundles() const { return m_bundles; }
+    std::span<const Question> Alerts() const { return m_alerts; }
 
   private:
-    std::vector<tagQuestion> Answered(CDelivered& delivered, std::span<const wchar_t* const> commands,
-                                      std::span<const wchar_t* const> parameters) const;
+    std::vector<Question> Answered(Delivered& delivered, std::span<const wchar_t* const> commands,
+                                   std::span<const wchar_t* const> parameters) const;
 
     const ProtectionKey m_key;
-    std::vector<tagQuestion> m_scan;
-    std::vector<tagQuestion> m_bundles;
-    std::vector<tagQuestion> m_alerts;
+    std::vector<Question> m_scan;
+    std::vector<Question> m_bundles;
+    std::vector<Question> m_alerts;
 };
 
 }  // namespace wrb::soak

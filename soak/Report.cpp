@@ -27,7 +27,7 @@ uint64_t Of(const Tally& tally, std::size_t kind, Verdict verdict) {
 }
 
 // Returns how many answers were wrong.
-uint64_t PrintTally(const Tally& tally, const tagResult& result) {
+uint64_t PrintTally(const Tally& tally, const Result& result) {
     uint64_t commands = 0;
     uint64_t wrong = 0;
     PrintOut("kind                           right    empty  nobody there    wrong\n");
@@ -45,7 +45,7 @@ uint64_t PrintTally(const Tally& tally, const tagResult& result) {
     return wrong;
 }
 
-void PrintLedger(const tagLedgerResult& ledger) {
+void PrintLedger(const LedgerResult& ledger) {
     Line("firewall records   %llu in %llu uploads: %llu log-pool rows, %llu events\n", Number(ledger.records),
          Number(ledger.uploads), Number(ledger.rows), Number(ledger.events));
     Line("  cut by a stop    %llu in %llu uploads: %llu log-pool rows\n", Number(ledger.cutRecords),
@@ -55,7 +55,7 @@ void PrintLedger(const tagLedgerResult& ledger) {
          Number(ledger.spywareEvents + ledger.unsureSpyware), Number(ledger.spywareRows));
 }
 
-bool PrintFlatness(const tagFlatness& flat) {
+bool PrintFlatness(const Flatness& flat) {
     const bool good = flat.late.handles <= flat.early.handles + kSpareHandles &&
                       flat.late.committedBytes <= flat.early.committedBytes + flat.allowance;
     Line("%-8s handles %u -> %u, private memory %llu -> %llu KiB (allowed: %u, %llu KiB more)%s\n", flat.program,
@@ -67,11 +67,11 @@ bool PrintFlatness(const tagFlatness& flat) {
 
 }  // namespace
 
-bool PrintReport(tagField& field, const Tally& tally, const tagResult& result) {
+bool PrintReport(Field& field, const Tally& tally, const Result& result) {
     const uint64_t wrong = PrintTally(tally, result);
     PrintLedger(result.ledger);
     bool good = wrong == 0;
-    for (const tagFlatness& flat : result.flatness) {
+    for (const Flatness& flat : result.flatness) {
         good = PrintFlatness(flat) && good;
     }
     Line("stops in between: wrbback %u, wrbhost %u\n", field.backEnd.Stops() - 1, field.host.Stops() - 1);

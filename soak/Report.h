@@ -9,22 +9,22 @@
 namespace wrb::soak {
 
 // Resources of one service when it had settled after its last start, and at the end.
-struct tagFlatness {
+struct Flatness {
     const char* program;
-    test::tagResourceUse early;
-    test::tagResourceUse late;
+    test::ResourceUse early;
+    test::ResourceUse late;
     std::size_t allowance;  // bytes of private memory that may come on top
 };
 
-struct tagResult {
+struct Result {
     unsigned threads = 0;
     double seconds = 0;
-    tagLedgerResult ledger;
-    std::vector<tagFlatness> flatness;
+    LedgerResult ledger;
+    std::vector<Flatness> flatness;
     std::vector<std::string> faults;  // everything that is not in the tally or the ledger, one line each
 };
 
 // Returns true when nothing is wrong.
-bool PrintReport(tagField& field, const Tally& tally, const tagResult& result);
+bool PrintReport(Field& field, const Tally& tally, const Result& result);
 
 }  // namespace wrb::soak

@@ -41,15 +41,15 @@ uint64_t NumberAt(const std::string& line, const std::string& label) {
 
 }  // namespace
 
-void CService::Start() {
-    m_process = std::make_unique<test::CChildProcess>(m_program, m_arguments);
+void Service::Start() {
+    m_process = std::make_unique<test::ChildProcess>(m_program, m_arguments);
     if (!m_process->WaitForOutput(m_ready)) {
         Fail(m_program, "does not start", m_process->Output());
     }
     m_uptime.IsBack();
 }
 
-void CService::Stop() {
+void Service::Stop() {
     RunProgram(m_program, m_stopArguments);
     if (m_process->WaitForExit(kPatience) != 0u) {
         Fail(m_program, "does not end well", m_process->Output());
@@ -58,7 +58,7 @@ void CService::Stop() {
     ++m_stops;
 }
 
-uint64_t CService::Total(const std::string& label) const {
+uint64_t Service::Total(const std::string& label) const {
     uint64_t total = 0;
     for (const std::string& line : m_lastLines) {
         total += NumberAt(line, label);
@@ -67,7 +67,7 @@ uint64_t CService::Total(const std::string& label) const {
 }
 
 void RunProgram(const std::wstring& program, const std::vector<std::wstring>& arguments) {
-    const test::CChildProcess process(program, arguments);
+    const test::ChildProcess process(program, arguments);
     if (process.WaitForExit(kPatience) != 0u) {
         Fail(program, "failed", process.Output());
     }

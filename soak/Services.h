@@ -13,7 +13,7 @@
 namespace wrb::soak {
 
 // Moments of a service, for judging what had to work: while a mark is undisturbed, the service was up all the time.
-class CUptime {
+class PresenceLog {
   public:
     using Mark = uint64_t;
 
@@ -28,10 +28,10 @@ class CUptime {
 };
 
 // One program. Starts and stops belong to one thread, Uptime to all.
-class CService {
+class Service {
   public:
-    CService(std::wstring program, std::vector<std::wstring> arguments, std::vector<std::wstring> stopArguments,
-             std::string ready)
+    Service(std::wstring program, std::vector<std::wstring> arguments, std::vector<std::wstring> stopArguments,
+            std::string ready)
         : m_program(std::move(program)),
           m_arguments(std::move(arguments)),
           m_stopArguments(std::move(stopArguments)),
@@ -42,9 +42,9 @@ class CService {
     void Start();
     void Stop();
 
-    CUptime& Uptime() { return m_uptime; }
-    const CUptime& Uptime() const { return m_uptime; }
-    test::tagResourceUse Use() const { return test::ResourceUse(m_process->Handle()); }
+    PresenceLog& Uptime() { return m_uptime; }
+    const PresenceLog& Uptime() const { return m_uptime; }
+    test::ResourceUse Use() const { return test::CurrentResourceUse(m_process->Handle()); }
 
     unsigned Stops() const { return m_stops; }
 
@@ -57,8 +57,8 @@ class CService {
     const std::vector<std::wstring> m_arguments;
     const std::vector<std::wstring> m_stopArguments;
     const std::string m_ready;
-    CUptime m_uptime;
-    std::unique_ptr<test::CChildProcess> m_process;
+    PresenceLog m_uptime;
+    std::unique_ptr<test::ChildProcess> m_process;
     std::vector<std::string> m_lastLines;
     unsigned m_stops = 0;
 };

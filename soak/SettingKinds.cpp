@@ -32,7 +32,7 @@ constexpr struct {
 
 constexpr ULONGLONG kPatienceMilliseconds = 30'000;
 
-bool Set(CWorker& worker, const auto& row, const std::wstring& value) {
+bool Set(Worker& worker, const auto& row, const std::wstring& value) {
     CCmdProtocol fields;
     for (unsigned i = 1; i <= row.settings; ++i) {
         fields << (i == row.place ? value : std::wstring(L"1"));
@@ -43,19 +43,19 @@ bool Set(CWorker& worker, const auto& row, const std::wstring& value) {
 }  // namespace
 
 // A command without an answer runs beside the question behind it, so the question is asked until it shows.
-Verdict SetAndGet(CWorker& worker) {
+Verdict SetAndGet(Worker& worker) {
     const auto& row = worker.Pick(kSetters);
     const uint32_t number = worker.NewNumber();
     const std::wstring value =
         row.isSwitch ? std::to_wstring(number % 2) : FormatWide(L"soak %u.%u", worker.number, number);
     const std::wstring wanted = std::wstring(L"\n") + row.key + L'=' + value + L'\n';
-    const CWorker::tagMarks marks = worker.Marks();
+    const Worker::Marks marks = worker.MarksNow();
     if (!Set(worker, row, value)) {
         return worker.JudgeDelivery(marks, row.set, false);
     }
     const ULONGLONG end = GetTickCount64() + kPatienceMilliseconds;
     for (;;) {
-        const tagAnswer answer = Ask(worker.field.delivered, row.get, {SettingAgent(worker.number)});
+        const Answer answer = Ask(worker.field.delivered, row.get, {SettingAgent(worker.number)});
         const bool seen = answer.text.find(wanted) != std::wstring::npos;
         if (seen) {
             return Verdict::Right;

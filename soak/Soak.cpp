@@ -15,7 +15,7 @@ constexpr std::size_t kMostNotes = 10;
 constexpr std::size_t kShownCharacters = 300;
 constexpr DWORD kAwayMilliseconds = 100;  // between two tries of a thread that finds nobody
 
-constexpr tagKind kKinds[] = {
+constexpr Kind kKinds[] = {
     {"scan settings", 370, AskScanSettings},
     {"setting bundles", 120, AskBundle},
     {"alert texts", 60, AskAlerts},
@@ -32,9 +32,9 @@ constexpr tagKind kKinds[] = {
     {"hostile, to the services", 10, SendHostileToBackEnd},
 };
 
-std::size_t PickKind(CWorker& worker) {
+std::size_t PickKind(Worker& worker) {
     static const unsigned all = std::accumulate(std::begin(kKinds), std::end(kKinds), 0u,
-                                                [](unsigned sum, const tagKind& kind) { return sum + kind.weight; });
+                                                [](unsigned sum, const Kind& kind) { return sum + kind.weight; });
     unsigned at = worker.Random(all);
     std::size_t kind = 0;
     while (at >= kKinds[kind].weight) {
@@ -45,23 +45,23 @@ std::size_t PickKind(CWorker& worker) {
 
 }  // namespace
 
-std::span<const tagKind> Kinds() {
+std::span<const Kind> Kinds() {
     return kKinds;
 }
 
-void tagField::NoteWrong(const std::wstring& what) {
+void Field::NoteWrong(const std::wstring& what) {
     const std::lock_guard lock(m_lock);
     if (m_wrong.size() < kMostNotes) {
         m_wrong.push_back(WideToUtf8(what.substr(0, kShownCharacters)));
     }
 }
 
-std::vector<std::string> tagField::WrongNotes() {
+std::vector<std::string> Field::WrongNotes() {
     const std::lock_guard lock(m_lock);
     return m_wrong;
 }
 
-Verdict CWorker::Judge(const tagMarks& since, const std::wstring& what, const tagAnswer& answer, bool right) const {
+Verdict Worker::Judge(const Marks& since, const std::wstring& what, const Answer& answer, bool right) const {
     if (!answer.delivered) {
         return JudgeDelivery(since, what, false);
     }
@@ -77,23 +77,23 @@ Verdict CWorker::Judge(const tagMarks& since, const std::wstring& what, const ta
     return Wrong(what + L": answered " + answer.text);
 }
 
-Verdict CWorker::JudgeDelivery(const tagMarks& since, const std::wstring& what, bool delivered) const {
+Verdict Worker::JudgeDelivery(const Marks& since, const std::wstring& what, bool delivered) const {
     if (delivered) {
         return Verdict::Right;
     }
     return HostStayed(since) ? Wrong(what + L": could not be sent") : Verdict::NotDelivered;
 }
 
-Verdict CWorker::Wrong(const std::wstring& what) const {
+Verdict Worker::Wrong(const std::wstring& what) const {
     field.NoteWrong(what);
     return Verdict::Wrong;
 }
 
-std::wstring CWorker::NewUid() {
+std::wstring Worker::NewUid() {
     return FormatWide(L"50a40000-0000-4000-%04x-%012x", number, NewNumber());
 }
 
-std::wstring CWorker::Upload(const std::wstring& package) {
+std::wstring Worker::Upload(const std::wstring& package) {
     std::wstring path = FormatWide(L"%s\\%u-%u.cab", field.incoming.c_str(), number, NewNumber());
     std::filesystem::copy_file(package, path);
     return path;
@@ -103,13 +103,13 @@ std::wstring SettingAgent(unsigned thread) {
     return FormatWide(L"50a40000-0000-4000-8000-%012x", thread);
 }
 
-void RunRound(std::vector<CWorker>& workers, Tally& tally, uint64_t commands,
+void RunRound(std::vector<Worker>& workers, Tally& tally, uint64_t commands,
               const std::function<void(const WaitForPart&)>& meanwhile) {
     std::atomic<uint64_t> begun = 0;
     std::atomic<uint64_t> ended = 0;
     std::vector<std::thread> threads;
     threads.reserve(workers.size());
-    for (CWorker& worker : workers) {
+    for (Worker& worker : workers) {
         threads.emplace_back([&] {
             while (begun++ < commands) {
                 const std::size_t kind = PickKind(worker);

@@ -28,9 +28,8 @@ enum class Verdict : uint8_t {
 };
 
 // What all threads share.
-struct tagField {
-    tagField(const std::wstring& folder, const std::wstring& protectionKey, CService& hostService,
-             CService& backEndService)
+struct Field {
+    Field(const std::wstring& folder, const std::wstring& protectionKey, Service& hostService, Service& backEndService)
         : host(hostService),
           backEnd(backEndService),
           ledger(backEndService.Uptime()),
@@ -39,12 +38,12 @@ struct tagField {
           incoming(folder + L"\\incoming"),
           unpacked(folder + L"\\unpacked") {}
 
-    CService& host;
-    CService& backEnd;
-    CLedger ledger;
-    CDelivered delivered;
-    CQuestions questions;
-    CPackages packages;
+    Service& host;
+    Service& backEnd;
+    Ledger ledger;
+    Delivered delivered;
+    Questions questions;
+    Packages packages;
     const std::wstring incoming;  // where uploaded packages arrive
     const std::wstring unpacked;  // where the host is told to unpack them
 
@@ -64,21 +63,21 @@ struct tagField {
 inline constexpr wchar_t kQueryCondition[] = L"Severity > 3";
 
 // One thread of the load.
-class CWorker {
+class Worker {
   public:
-    CWorker(tagField& shared, unsigned thread) : field(shared), number(thread), m_random(thread + 1) {}
+    Worker(Field& shared, unsigned thread) : field(shared), number(thread), m_random(thread + 1) {}
 
-    struct tagMarks {
-        CUptime::Mark host;
-        CUptime::Mark backEnd;
+    struct Marks {
+        PresenceLog::Mark host;
+        PresenceLog::Mark backEnd;
     };
-    tagMarks Marks() const { return {field.host.Uptime().Now(), field.backEnd.Uptime().Now()}; }
-    bool HostStayed(const tagMarks& since) const { return field.host.Uptime().Undisturbed(since.host); }
-    bool BackEndStayed(const tagMarks& since) const { return field.backEnd.Uptime().Undisturbed(since.backEnd); }
+    Marks MarksNow() const { return {field.host.Uptime().Now(), field.backEnd.Uptime().Now()}; }
+    bool HostStayed(const Marks& since) const { return field.host.Uptime().Undisturbed(since.host); }
+    bool BackEndStayed(const Marks& since) const { return field.backEnd.Uptime().Undisturbed(since.backEnd); }
 
     // `right` is looked at only when there is an answer.
-    Verdict Judge(const tagMarks& since, const std::wstring& what, const tagAnswer& answer, bool right) const;
-    Verdict JudgeDelivery(const tagMarks& since, const std::wstring& what, bool delivered) const;
+    Verdict Judge(const Marks& since, const std::wstring& what, const Answer& answer, bool right) const;
+    Verdict JudgeDelivery(const Marks& since, const std::wstring& what, bool delivered) const;
     Verdict Wrong(const std::wstring& what) const;
 
     uint32_t Random(uint32_t below) { return static_cast<uint32_t>(m_random() % below); }
@@ -94,7 +93,7 @@ class CWorker {
     // Copies a package to where uploads arrive.
     std::wstring Upload(const std::wstring& package);
 
-    tagField& field;
+    Field& field;
     const unsigned number;
 
   private:
@@ -105,35 +104,35 @@ class CWorker {
 // The agent whose settings a thread changes.
 std::wstring SettingAgent(unsigned thread);
 
-struct tagKind {
+struct Kind {
     const char* name;
     unsigned weight;  // of 1000
-    Verdict (*run)(CWorker& worker);
+    Verdict (*run)(Worker& worker);
 };
 
-std::span<const tagKind> Kinds();  // the order of the tally
+std::span<const Kind> Kinds();  // the order of the tally
 
-Verdict AskScanSettings(CWorker& worker);
-Verdict AskBundle(CWorker& worker);
-Verdict AskAlerts(CWorker& worker);
-Verdict Echo(CWorker& worker);
-Verdict AskTicket(CWorker& worker);
-Verdict Report(CWorker& worker);
-Verdict SendUnknown(CWorker& worker);
-Verdict SendHostileToHost(CWorker& worker);
-Verdict SendHostileToBackEnd(CWorker& worker);
-Verdict SetAndGet(CWorker& worker);
-Verdict UploadFirewallLog(CWorker& worker);
-Verdict UploadBrokenPackage(CWorker& worker);
-Verdict UploadSpyware(CWorker& worker);
-Verdict ReportRestore(CWorker& worker);
+Verdict AskScanSettings(Worker& worker);
+Verdict AskBundle(Worker& worker);
+Verdict AskAlerts(Worker& worker);
+Verdict Echo(Worker& worker);
+Verdict AskTicket(Worker& worker);
+Verdict Report(Worker& worker);
+Verdict SendUnknown(Worker& worker);
+Verdict SendHostileToHost(Worker& worker);
+Verdict SendHostileToBackEnd(Worker& worker);
+Verdict SetAndGet(Worker& worker);
+Verdict UploadFirewallLog(Worker& worker);
+Verdict UploadBrokenPackage(Worker& worker);
+Verdict UploadSpyware(Worker& worker);
+Verdict ReportRestore(Worker& worker);
 
 using Tally = std::vector<std::array<std::atomic<uint64_t>, static_cast<std::size_t>(Verdict::kCount)>>;
 
 // `commands` commands, `meanwhile` on the calling thread: it gets a function that waits until that part (0 ... 1) of
 // them is done.
 using WaitForPart = std::function<void(double part)>;
-void RunRound(std::vector<CWorker>& workers, Tally& tally, uint64_t commands,
+void RunRound(std::vector<Worker>& workers, Tally& tally, uint64_t commands,
               const std::function<void(const WaitForPart&)>& meanwhile);
 
 }  // namespace wrb::soak

@@ -5,15 +5,15 @@
 namespace wrb::soak {
 namespace {
 
-Verdict AskKnown(CWorker& worker, std::span<const tagQuestion> questions) {
-    const tagQuestion& question = worker.Pick(questions);
-    const CWorker::tagMarks marks = worker.Marks();
-    const tagAnswer answer = question.AskAgain(worker.field.delivered);
+Verdict AskKnown(Worker& worker, std::span<const Question> questions) {
+    const Question& question = worker.Pick(questions);
+    const Worker::Marks marks = worker.MarksNow();
+    const Answer answer = question.AskAgain(worker.field.delivered);
     return worker.Judge(marks, question.command + L' ' + question.uid + L' ' + question.parameter, answer,
                         worker.field.questions.Readable(answer.text) == question.answer);
 }
 
-std::string RandomBytes(CWorker& worker, uint32_t count) {
+std::string RandomBytes(Worker& worker, uint32_t count) {
     std::string bytes(count, '\0');
     for (char& byte : bytes) {
         byte = static_cast<char>(worker.Random(256));
@@ -36,32 +36,32 @@ constexpr uint32_t kAskers = 50;  // of each thread
 
 }  // namespace
 
-Verdict AskScanSettings(CWorker& worker) {
+Verdict AskScanSettings(Worker& worker) {
     return AskKnown(worker, worker.field.questions.ScanSettings());
 }
 
-Verdict AskBundle(CWorker& worker) {
+Verdict AskBundle(Worker& worker) {
     return AskKnown(worker, worker.field.questions.Bundles());
 }
 
-Verdict AskAlerts(CWorker& worker) {
+Verdict AskAlerts(Worker& worker) {
     return AskKnown(worker, worker.field.questions.Alerts());
 }
 
-Verdict Echo(CWorker& worker) {
+Verdict Echo(Worker& worker) {
     const std::size_t length = worker.Random(4) == 0 ? worker.Random(kLongEcho) : worker.Random(100);
     const std::wstring text =
         FormatWide(L"%u says %u ", worker.number, worker.NewNumber()) + std::wstring(length, L'\xE9');
-    const CWorker::tagMarks marks = worker.Marks();
-    const tagAnswer answer = Ask(worker.field.delivered, L"CMDHL_ECHO", {text});
+    const Worker::Marks marks = worker.MarksNow();
+    const Answer answer = Ask(worker.field.delivered, L"CMDHL_ECHO", {text});
     return worker.Judge(marks, L"CMDHL_ECHO", answer, answer.text == text);
 }
 
 // The queue remembers who waits for up to half an hour, so it is the same agents that ask again.
-Verdict AskTicket(CWorker& worker) {
+Verdict AskTicket(Worker& worker) {
     const std::wstring uid = FormatWide(L"50a40000-0000-4000-9%03x-%012x", worker.number, worker.Random(kAskers));
-    const CWorker::tagMarks marks = worker.Marks();
-    const tagAnswer answer = Ask(worker.field.delivered, L"CMDHL_PFW_GET_LOG_QUERY_CONDITION", {uid});
+    const Worker::Marks marks = worker.MarksNow();
+    const Answer answer = Ask(worker.field.delivered, L"CMDHL_PFW_GET_LOG_QUERY_CONDITION", {uid});
     const std::wstring end = std::wstring(L"\t") + kQueryCondition;
     const bool right = answer.text.starts_with(L"1\t") && answer.text.ends_with(end) &&
                        answer.text.size() > 2 + end.size() &&
@@ -70,11 +70,11 @@ Verdict AskTicket(CWorker& worker) {
 }
 
 // That they ran shows in the counters.
-Verdict Report(CWorker& worker) {
+Verdict Report(Worker& worker) {
     const std::wstring agent = SettingAgent(worker.number);
     const std::wstring number = std::to_wstring(worker.NewNumber());
-    CDelivered& delivered = worker.field.delivered;
-    const CWorker::tagMarks marks = worker.Marks();
+    Delivered& delivered = worker.field.delivered;
+    const Worker::Marks marks = worker.MarksNow();
     bool sent = false;
     switch (worker.Random(64)) {
         case 0:
@@ -110,16 +110,16 @@ Verdict Report(CWorker& worker) {
     return worker.JudgeDelivery(marks, L"a report", sent);
 }
 
-Verdict SendUnknown(CWorker& worker) {
-    const CWorker::tagMarks marks = worker.Marks();
+Verdict SendUnknown(Worker& worker) {
+    const Worker::Marks marks = worker.MarksNow();
     const bool sent = DeliverToHost(worker.Pick(kUnknown));
     worker.field.refused += sent ? 1 : 0;
     return worker.JudgeDelivery(marks, L"an unknown command", sent);
 }
 
-Verdict SendHostileToHost(CWorker& worker) {
-    tagField& field = worker.field;
-    const CWorker::tagMarks marks = worker.Marks();
+Verdict SendHostileToHost(Worker& worker) {
+    Field& field = worker.field;
+    const Worker::Marks marks = worker.MarksNow();
     bool sent = false;
     switch (worker.Random(6)) {
         case 0:
@@ -147,8 +147,8 @@ Verdict SendHostileToHost(CWorker& worker) {
     return worker.JudgeDelivery(marks, L"a hostile message", sent);
 }
 
-Verdict SendHostileToBackEnd(CWorker& worker) {
-    const CWorker::tagMarks marks = worker.Marks();
+Verdict SendHostileToBackEnd(Worker& worker) {
+    const Worker::Marks marks = worker.MarksNow();
     const std::wstring pipe = worker.Pick(kServicePipes);
     const std::string bytes = RandomBytes(worker, worker.Random(kLongestRubbish));
     if (Deliver(pipe.c_str(), bytes.data(), bytes.size())) {

@@ -20,18 +20,18 @@ constexpr struct {
     const wchar_t* answer;
     unsigned feedbackRecords;
 } kSpywareUploads[] = {
-    {L"CMDHL_SET_SPYWARELOG", 20, L"1", CPackages::kSpywareSections},
+    {L"CMDHL_SET_SPYWARELOG", 20, L"1", Packages::kSpywareSections},
     {L"CMDHL_SET_SPYWARE_BACKUP_MANIFEST", 33, L"0", 0},
 };
 
 }  // namespace
 
-Verdict UploadFirewallLog(CWorker& worker) {
-    const tagPackage& package = worker.Pick(worker.field.packages.Firewall());
-    const CWorker::tagMarks marks = worker.Marks();
-    const tagUpload upload{worker.NewUid(), worker.Upload(package.path), package.records, marks.backEnd};
-    const tagAnswer answer = Ask(worker.field.delivered, L"CMDHL_PFW_SET_LOG",
-                                 {upload.uid, upload.package, worker.field.unpacked + L"\\firewall", L"1"});
+Verdict UploadFirewallLog(Worker& worker) {
+    const Package& package = worker.Pick(worker.field.packages.Firewall());
+    const Worker::Marks marks = worker.MarksNow();
+    const Upload upload{worker.NewUid(), worker.Upload(package.path), package.records, marks.backEnd};
+    const Answer answer = Ask(worker.field.delivered, L"CMDHL_PFW_SET_LOG",
+                              {upload.uid, upload.package, worker.field.unpacked + L"\\firewall", L"1"});
     if (answer.text == L"1") {
         worker.field.ledger.Answered(upload);
     } else if (!answer.delivered) {
@@ -40,11 +40,11 @@ Verdict UploadFirewallLog(CWorker& worker) {
     return worker.Judge(marks, L"CMDHL_PFW_SET_LOG", answer, answer.text == L"1");
 }
 
-Verdict UploadBrokenPackage(CWorker& worker) {
+Verdict UploadBrokenPackage(Worker& worker) {
     const std::wstring package = worker.Upload(worker.field.packages.Broken());
-    const CWorker::tagMarks marks = worker.Marks();
-    const tagAnswer answer = Ask(worker.field.delivered, L"CMDHL_PFW_SET_LOG",
-                                 {worker.NewUid(), package, worker.field.unpacked + L"\\broken", L"1"});
+    const Worker::Marks marks = worker.MarksNow();
+    const Answer answer = Ask(worker.field.delivered, L"CMDHL_PFW_SET_LOG",
+                              {worker.NewUid(), package, worker.field.unpacked + L"\\broken", L"1"});
     if (!answer.delivered) {
         Discard(package);
     }
@@ -52,19 +52,19 @@ Verdict UploadBrokenPackage(CWorker& worker) {
 }
 
 // What was unpacked stays for the scan-log service, whose place this program takes.
-Verdict UploadSpyware(CWorker& worker) {
+Verdict UploadSpyware(Worker& worker) {
     const auto& kind = worker.Pick(kSpywareUploads);
     const std::wstring package = worker.Upload(worker.field.packages.Spyware());
     const std::wstring replyPipe = NewReplyPipe();
     const std::wstring base = worker.field.unpacked + L"\\spyware";
-    const CWorker::tagMarks marks = worker.Marks();
-    const tagAnswer answer = Ask(worker.field.delivered, kind.command, {worker.NewUid(), package, base}, replyPipe);
+    const Worker::Marks marks = worker.MarksNow();
+    const Answer answer = Ask(worker.field.delivered, kind.command, {worker.NewUid(), package, base}, replyPipe);
     if (!answer.delivered) {
         Discard(package);
         return worker.JudgeDelivery(marks, kind.command, false);
     }
     const std::filesystem::path folder = base + replyPipe.substr(kind.prefix);
-    const bool unpacked = std::filesystem::exists(folder / CPackages::kSpywareEntry);
+    const bool unpacked = std::filesystem::exists(folder / Packages::kSpywareEntry);
     std::error_code ignored;
     std::filesystem::remove_all(folder, ignored);
     worker.field.ledger.SpywareAnswered(marks.backEnd);
@@ -72,10 +72,10 @@ Verdict UploadSpyware(CWorker& worker) {
     return worker.Judge(marks, kind.command, answer, answer.text == kind.answer && unpacked);
 }
 
-Verdict ReportRestore(CWorker& worker) {
+Verdict ReportRestore(Worker& worker) {
     const std::wstring uid = worker.NewUid();
-    const CWorker::tagMarks marks = worker.Marks();
-    const tagAnswer answer = Ask(worker.field.delivered, L"CMDHL_SET_SPYWARE_RESTORE_LOG", {uid, L"1", L"2"});
+    const Worker::Marks marks = worker.MarksNow();
+    const Answer answer = Ask(worker.field.delivered, L"CMDHL_SET_SPYWARE_RESTORE_LOG", {uid, L"1", L"2"});
     if (answer.text == L"1") {
         worker.field.ledger.RestoreAnswered(uid, marks.backEnd);
     }

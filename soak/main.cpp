@@ -34,7 +34,7 @@ constexpr std::uintmax_t kFeedbackRecordBytes = 166;
 constexpr uint32_t kCommandRows = static_cast<uint32_t>(CommandSlot::kCount);
 constexpr uint32_t kFirstCounted = static_cast<uint32_t>(CommandSlot::CMDHL_GET_ALL_SCAN_CFG);  // those before are not
 
-struct tagOptions {
+struct Options {
     std::string folder;
     std::string agents;
     uint64_t commands = 100'000;
@@ -51,9 +51,9 @@ std::wstring GetIni(const std::wstring& file, const wchar_t* section, const wcha
     return value;
 }
 
-class CSoak {
+class Soak {
   public:
-    explicit CSoak(const tagOptions& options)
+    explicit Soak(const Options& options)
         : m_options(options),
           m_folder(fs::absolute(Utf8ToWide(options.folder)).make_preferred().wstring()),
           m_database(m_folder + L"\\agents.db"),
@@ -69,8 +69,8 @@ class CSoak {
         const std::wstring server = m_folder + L"\\home\\Private\\wrbserver.ini";
         SetIni(server, L"INI_SERVER_SECTION", L"CFWLogQueryCondition", kQueryCondition);
         SetIni(m_folder + L"\\home\\wrbscan.ini", L"GLN_FEEDBACK_SECTION", L"GLNFeedbackEnabled", L"1");
-        m_field = std::make_unique<tagField>(m_folder, GetIni(server, L"INI_SERVER_SECTION", L"StringProtectionKey"),
-                                             m_host, m_backEnd);
+        m_field = std::make_unique<Field>(m_folder, GetIni(server, L"INI_SERVER_SECTION", L"StringProtectionKey"),
+                                          m_host, m_backEnd);
         for (unsigned thread = 0; thread < options.threads; ++thread) {
             m_workers.emplace_back(*m_field, thread);
         }
@@ -82,7 +82,7 @@ class CSoak {
         StartHost();
         m_field->questions.Learn(m_field->delivered);
         const auto start = std::chrono::steady_clock::now();
-        tagResult result;
+        Result result;
         Load(result);
         result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         result.threads = m_options.threads;
@@ -111,7 +111,7 @@ class CSoak {
     // The counters start with the host; held by us, they can still be read when it has stopped.
     void StartHost() {
         m_host.Start();
-        m_counters = std::make_unique<CCounterReader>();
+        m_counters = std::make_unique<CounterReader>();
         uint32_t error = 0;
         if (const CounterAttach attached = m_counters->Attach(error); attached != CounterAttach::Attached) {
             throw std::runtime_error("the counters: " + WideToUtf8(CounterAttachText(attached)));
@@ -136,7 +136,7 @@ class CSoak {
         Settle();
     }
 
-    void Load(tagResult& result) {
+    void Load(Result& result) {
         const auto nothing = [](const WaitForPart&) {};
         Round("warming up", 10, nothing);
         Round("the back end is stopped and started", 30, [this](const WaitForPart& waitFor) {
@@ -180,7 +180,7 @@ class CSoak {
         }
         const struct {
             const char* label;
-            const CService& service;
+            const Service& service;
             uint64_t expected;
         } kTotals[] = {
             {"refused ", m_host, m_field->refused}, {"threw ", m_host, m_field->threw}, {"dropped ", m_host, 0},
@@ -211,20 +211,20 @@ class CSoak {
         }
     }
 
-    const tagOptions m_options;
+    const Options m_options;
     const std::wstring m_folder;
     const std::wstring m_database;
-    CService m_host;
-    CService m_backEnd;
-    std::unique_ptr<CCounterReader> m_counters;
+    Service m_host;
+    Service m_backEnd;
+    std::unique_ptr<CounterReader> m_counters;
     std::array<uint32_t, kCommandRows> m_calls{};  // in all lives of the host
-    std::unique_ptr<tagField> m_field;
-    std::vector<CWorker> m_workers;
+    std::unique_ptr<Field> m_field;
+    std::vector<Worker> m_workers;
     Tally m_tally;
 };
 
 int Main() {
-    tagOptions options;
+    Options options;
     CLI::App app(
         "Runs commands of every kind against wrbhost and wrbback while these are stopped and started, and "
         "checks every answer and record. The registry must name FOLDER\\home as the home folder.",
@@ -244,7 +244,7 @@ int Main() {
     if (const auto code = ParseArguments(app, Utf8Arguments())) {
         return *code;
     }
-    return CSoak(options).Run() ? kExitOk : kExitFailed;
+    return Soak(options).Run() ? kExitOk : kExitFailed;
 }
 
 }  // namespace

@@ -34,9 +34,9 @@ class IFdiFile {
 };
 
 // One reading position in the package; FDI opens two at a time. The file belongs to the reader.
-class CPackageView final : public IFdiFile {
+class PackageView final : public IFdiFile {
   public:
-    CPackageView(HANDLE file, int64_t size) noexcept
+    PackageView(HANDLE file, int64_t size) noexcept
         : m_file(file), m_size(size), m_allowance(size * kReadsPerByte + kReadAllowance) {}
 
     UINT Read(void* buffer, UINT bytes) noexcept override {
@@ -74,7 +74,7 @@ class CPackageView final : public IFdiFile {
 };
 
 // One entry on its way to its data; lives in the visit.
-class CEntryFile final : public IFdiFile {
+class EntryFile final : public IFdiFile {
   public:
     void Begin(IEntryData* data) noexcept { m_data = data; }
     UINT Write(const void* bytes, UINT count) noexcept override {
@@ -89,12 +89,12 @@ class CEntryFile final : public IFdiFile {
 // FDI opens files by name and hands its functions no context: this is the package that the thread is reading.
 thread_local HANDLE t_package = INVALID_HANDLE_VALUE;
 
-class CPackageOfThread {
+class PackageOfThread {
   public:
-    explicit CPackageOfThread(HANDLE package) noexcept : m_before(t_package) { t_package = package; }
-    ~CPackageOfThread() { t_package = m_before; }
-    CPackageOfThread(const CPackageOfThread&) = delete;
-    CPackageOfThread& operator=(const CPackageOfThread&) = delete;
+    explicit PackageOfThread(HANDLE package) noexcept : m_before(t_package) { t_package = package; }
+    ~PackageOfThread() { t_package = m_before; }
+    PackageOfThread(const PackageOfThread&) = delete;
+    PackageOfThread& operator=(const PackageOfThread&) = delete;
 
   private:
     HANDLE m_before;
@@ -110,10 +110,10 @@ INT_PTR HandleOf(IFdiFile* file) noexcept {
     return file != nullptr ? reinterpret_cast<INT_PTR>(file) : -1;
 }
 
-std::unique_ptr<CPackageView> MakeView() noexcept {
+std::unique_ptr<PackageView> MakeView() noexcept {
     LARGE_INTEGER size = {};
     const bool known = GetFileSizeEx(t_package, &size) != FALSE;
-    return std::unique_ptr<CPackageView>(known ? new (std::nothrow) CPackageView(t_package, size.QuadPart) : nullptr);
+    return std::unique_ptr<PackageView>(known ? new (std::nothrow) PackageView(t_package, size.QuadPart) : nullptr);
 }
 
 void* DIAMONDAPI FdiAlloc(ULONG bytes) {
@@ -145,19 +145,19 @@ struct FdiTraits {
     static HFDI Empty() noexcept { return nullptr; }
     static void Close(HFDI fdi) noexcept { FDIDestroy(fdi); }
 };
-using CFdiHandle = CUniqueHandle<FdiTraits>;
+using FdiHandle = UniqueHandle<FdiTraits>;
 
-struct tagVisit {
+struct Visit {
     ICabinetVisitor& visitor;
-    CEntryFile file;
+    EntryFile file;
 };
 
 constexpr INT_PTR kAbort = -1;
 constexpr INT_PTR kGoOn = 0;
 constexpr INT_PTR kPassOver = 0;
 
-INT_PTR OnEntry(tagVisit& visit, const FDINOTIFICATION& notification) noexcept {
-    const tagCabinetEntry entry{notification.psz1, (notification.attribs & _A_NAME_IS_UTF) != 0, notification.cb};
+INT_PTR OnEntry(Visit& visit, const FDINOTIFICATION& notification) noexcept {
+    const CabinetEntry entry{notification.psz1, (notification.attribs & _A_NAME_IS_UTF) != 0, notification.cb};
     try {
         IEntryData* data = nullptr;
         if (!visit.visitor.OnEntry(entry, data)) {
@@ -174,7 +174,7 @@ INT_PTR OnEntry(tagVisit& visit, const FDINOTIFICATION& notification) noexcept {
 }
 
 INT_PTR DIAMONDAPI FdiNotify(FDINOTIFICATIONTYPE type, PFDINOTIFICATION notification) {
-    auto& visit = *static_cast<tagVisit*>(notification->pv);
+    auto& visit = *static_cast<Visit*>(notification->pv);
     switch (type) {
         case fdintCABINET_INFO:
             // Names the next cabinet of a set.
@@ -194,14 +194,14 @@ INT_PTR DIAMONDAPI FdiNotify(FDINOTIFICATIONTYPE type, PFDINOTIFICATION notifica
 
 // FDICopy alone would also take the broken remains of a cabinet for one.
 bool IsCabinet(HFDI fdi) noexcept {
-    const std::unique_ptr<CPackageView> view = MakeView();
+    const std::unique_ptr<PackageView> view = MakeView();
     FDICABINETINFO info = {};
     return view && FDIIsCabinet(fdi, HandleOf(view.get()), &info) && !info.hasprev;
 }
 
 }  // namespace
 
-bool CCabinetReader::Open(const char* package) {
+bool CabinetReader::Open(const char* package) {
     m_file.Reset(CreateFileW(AnsiToWide(package).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                              FILE_ATTRIBUTE_NORMAL, nullptr));
     LARGE_INTEGER size = {};
@@ -209,15 +209,15 @@ bool CCabinetReader::Open(const char* package) {
            size.QuadPart <= kLargestPackage;
 }
 
-bool CCabinetReader::Read(ICabinetVisitor& visitor) {
-    const CPackageOfThread current(m_file.Get());
+bool CabinetReader::Read(ICabinetVisitor& visitor) {
+    const PackageOfThread current(m_file.Get());
     ERF error = {};
-    const CFdiHandle fdi(
+    const FdiHandle fdi(
         FDICreate(FdiAlloc, FdiFree, FdiOpen, FdiRead, FdiWrite, FdiClose, FdiSeek, cpuUNKNOWN, &error));
     if (!fdi || !IsCabinet(fdi.Get())) {
         return false;
     }
-    tagVisit visit{visitor, {}};
+    Visit visit{visitor, {}};
     char name[] = "package";
     char folder[] = "";
     return FDICopy(fdi.Get(), name, folder, 0, FdiNotify, nullptr, &visit) != FALSE;

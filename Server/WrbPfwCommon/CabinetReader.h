@@ -9,7 +9,7 @@
 namespace wrb {
 
 // What the cabinet says of an entry; none of it has been checked.
-struct tagCabinetEntry {
+struct CabinetEntry {
     std::string_view name;
     bool nameIsUtf8;
     int64_t bytes;
@@ -33,11 +33,11 @@ class ICabinetVisitor {
 
     // False ends the reading as a failure. On true, `data` says where the entry goes: null passes over it unread. It
     // must live until the reading is over. May throw std::bad_alloc, which also ends the reading.
-    virtual bool OnEntry(const tagCabinetEntry& entry, IEntryData*& data) = 0;
+    virtual bool OnEntry(const CabinetEntry& entry, IEntryData*& data) = 0;
 };
 
 // Holds a cabinet file open, so that nobody changes it between one reading and the next. One thread at a time.
-class CCabinetReader {
+class CabinetReader {
   public:
     // `package`: path in the ANSI code page. False when it cannot be opened or is no file below 2 GiB.
     bool Open(const char* package);
@@ -46,7 +46,7 @@ class CCabinetReader {
     bool Read(ICabinetVisitor& visitor);
 
   private:
-    CFileHandle m_file;
+    FileHandle m_file;
 };
 
 }  // namespace wrb

@@ -14,7 +14,7 @@ bool IsFolder(const std::wstring& path, DWORD refused) noexcept {
            (attributes & (FILE_ATTRIBUTE_DIRECTORY | refused)) == FILE_ATTRIBUTE_DIRECTORY;
 }
 
-CCreatedFiles::~CCreatedFiles() {
+CreatedFiles::~CreatedFiles() {
     for (auto created = m_created.rbegin(); created != m_created.rend(); ++created) {
         if (created->isFolder) {
             RemoveDirectoryW(created->path.c_str());
@@ -24,7 +24,7 @@ CCreatedFiles::~CCreatedFiles() {
     }
 }
 
-bool CCreatedFiles::MakeFolders(const std::wstring& relativePath) {
+bool CreatedFiles::MakeFolders(const std::wstring& relativePath) {
     for (std::size_t end = relativePath.find(L'\\'); end != std::wstring::npos;
          end = relativePath.find(L'\\', end + 1)) {
         // Remembered first, so that nothing is made that lack of memory would leave behind.
@@ -42,13 +42,13 @@ bool CCreatedFiles::MakeFolders(const std::wstring& relativePath) {
     return true;
 }
 
-CFileHandle CCreatedFiles::Create(const std::wstring& relativePath) {
+FileHandle CreatedFiles::Create(const std::wstring& relativePath) {
     if (!MakeFolders(relativePath)) {
         return {};
     }
     m_created.push_back({m_folder + L"\\" + relativePath, false});
-    CFileHandle file(CreateFileW(m_created.back().path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                 FILE_ATTRIBUTE_NORMAL, nullptr));
+    FileHandle file(CreateFileW(m_created.back().path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) {
         m_created.pop_back();
     }

@@ -15,21 +15,21 @@ namespace wrb {
 bool IsFolder(const std::wstring& path, DWORD refused = 0) noexcept;
 
 // Removes what it has made when it is destroyed, newest first, unless told to keep it. Files must be closed by then.
-class CCreatedFiles {
+class CreatedFiles {
   public:
-    explicit CCreatedFiles(std::wstring folder) : m_folder(std::move(folder)) {}
-    ~CCreatedFiles();
-    CCreatedFiles(const CCreatedFiles&) = delete;
-    CCreatedFiles& operator=(const CCreatedFiles&) = delete;
+    explicit CreatedFiles(std::wstring folder) : m_folder(std::move(folder)) {}
+    ~CreatedFiles();
+    CreatedFiles(const CreatedFiles&) = delete;
+    CreatedFiles& operator=(const CreatedFiles&) = delete;
 
     // Makes a new file for writing, and the folders on the way to it. An empty owner when it exists already, when
     // something on the way is no folder or is a link, or when the system refuses.
-    CFileHandle Create(const std::wstring& relativePath);
+    FileHandle Create(const std::wstring& relativePath);
 
     void Keep() noexcept { m_created.clear(); }
 
   private:
-    struct tagCreated {
+    struct Created {
         std::wstring path;
         bool isFolder;
     };
@@ -37,7 +37,7 @@ class CCreatedFiles {
     bool MakeFolders(const std::wstring& relativePath);
 
     std::wstring m_folder;
-    std::vector<tagCreated> m_created;
+    std::vector<Created> m_created;
 };
 
 }  // namespace wrb

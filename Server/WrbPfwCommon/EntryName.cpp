@@ -60,8 +60,8 @@ bool IsPlainRelativePath(std::wstring_view path) {
 
 }  // namespace
 
-std::optional<tagEntryName> CheckEntryName(std::string_view stored, bool utf8) {
-    tagEntryName name;
+std::optional<EntryName> CheckEntryName(std::string_view stored, bool utf8) {
+    EntryName name;
     name.wide = utf8 ? Utf8ToWide(stored) : AnsiToWide(stored);
     std::ranges::replace(name.wide, L'/', L'\\');
     name.narrow = WideToAnsi(name.wide);

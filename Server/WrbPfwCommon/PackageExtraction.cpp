@@ -23,19 +23,19 @@ constexpr int64_t kMostEntryBytes = int64_t{256} << 20;
 constexpr int64_t kMostBytes = int64_t{1} << 30;
 constexpr std::size_t kPathCapacity = 260;  // of the buffers in which callbacks build an entry's path
 
-struct tagPlannedEntry {
-    tagEntryName name;
+struct PlannedEntry {
+    EntryName name;
     int64_t bytes = 0;
     bool wanted = true;
 };
 
 // First reading: nothing is unpacked, everything is checked that can be checked without.
-class CPlanner final : public ICabinetVisitor {
+class Planner final : public ICabinetVisitor {
   public:
-    explicit CPlanner(std::size_t directoryBytes) : m_directoryBytes(directoryBytes) {}
+    explicit Planner(std::size_t directoryBytes) : m_directoryBytes(directoryBytes) {}
 
-    bool OnEntry(const tagCabinetEntry& entry, IEntryData*&) override {
-        std::optional<tagEntryName> name = CheckEntryName(entry.name, entry.nameIsUtf8);
+    bool OnEntry(const CabinetEntry& entry, IEntryData*&) override {
+        std::optional<EntryName> name = CheckEntryName(entry.name, entry.nameIsUtf8);
         if (!name || m_directoryBytes + 1 + name->narrow.size() >= kPathCapacity ||
             !m_names.insert(name->wide).second) {
             return false;
@@ -49,7 +49,7 @@ class CPlanner final : public ICabinetVisitor {
         return true;
     }
 
-    std::vector<tagPlannedEntry> plan;
+    std::vector<PlannedEntry> plan;
 
   private:
     std::size_t m_directoryBytes;
@@ -58,14 +58,14 @@ class CPlanner final : public ICabinetVisitor {
 };
 
 // Takes exactly the promised bytes, to a file or to nowhere.
-class CPlannedData final : public IEntryData {
+class PlannedData final : public IEntryData {
   public:
     void Begin(int64_t bytes) noexcept {
         m_file.Reset();
         m_isWritten = false;
         m_missing = bytes;
     }
-    bool Begin(int64_t bytes, CFileHandle file) noexcept {
+    bool Begin(int64_t bytes, FileHandle file) noexcept {
         Begin(bytes);
         m_file = std::move(file);
         m_isWritten = true;
@@ -87,21 +87,21 @@ class CPlannedData final : public IEntryData {
     }
 
   private:
-    CFileHandle m_file;
+    FileHandle m_file;
     bool m_isWritten = false;
     int64_t m_missing = 0;
 };
 
 // Second reading: unpacks every entry, also those that nobody wants, since only that finds damage.
-class CUnpacker final : public ICabinetVisitor {
+class Unpacker final : public ICabinetVisitor {
   public:
-    CUnpacker(const std::vector<tagPlannedEntry>& plan, CCreatedFiles& files) : m_plan(plan), m_files(files) {}
+    Unpacker(const std::vector<PlannedEntry>& plan, CreatedFiles& files) : m_plan(plan), m_files(files) {}
 
-    bool OnEntry(const tagCabinetEntry&, IEntryData*& data) override {
+    bool OnEntry(const CabinetEntry&, IEntryData*& data) override {
         if (m_next == m_plan.size()) {
             return false;
         }
-        const tagPlannedEntry& entry = m_plan[m_next++];
+        const PlannedEntry& entry = m_plan[m_next++];
         data = &m_data;
         if (!entry.wanted) {
             m_data.Begin(entry.bytes);
@@ -113,15 +113,15 @@ class CUnpacker final : public ICabinetVisitor {
     bool HasSeenAll() const noexcept { return m_next == m_plan.size(); }
 
   private:
-    const std::vector<tagPlannedEntry>& m_plan;
-    CCreatedFiles& m_files;
+    const std::vector<PlannedEntry>& m_plan;
+    CreatedFiles& m_files;
     std::size_t m_next = 0;
-    CPlannedData m_data;
+    PlannedData m_data;
 };
 
-bool UnpackAll(CCabinetReader& reader, const std::vector<tagPlannedEntry>& plan, const std::wstring& folder) {
-    CCreatedFiles files(folder);
-    CUnpacker unpacker(plan, files);  // destroyed first: it may still hold a file open
+bool UnpackAll(CabinetReader& reader, const std::vector<PlannedEntry>& plan, const std::wstring& folder) {
+    CreatedFiles files(folder);
+    Unpacker unpacker(plan, files);  // destroyed first: it may still hold a file open
     if (!reader.Read(unpacker) || !unpacker.HasSeenAll()) {
         return false;
     }
@@ -133,13 +133,13 @@ bool UnpackAll(CCabinetReader& reader, const std::vector<tagPlannedEntry>& plan,
 
 bool ExtractPackage(const char* package, const char* directory, fpkCallback callback, void* context) {
     const std::wstring folder = AnsiToWide(directory);
-    CCabinetReader reader;
-    CPlanner planner(std::strlen(directory));
+    CabinetReader reader;
+    Planner planner(std::strlen(directory));
     if (!IsFolder(folder) || !reader.Open(package) || !reader.Read(planner)) {
         return false;
     }
     if (callback != nullptr) {
-        for (tagPlannedEntry& entry : planner.plan) {
+        for (PlannedEntry& entry : planner.plan) {
             entry.wanted = callback(entry.name.narrow.c_str(), directory, FPK_ENTRY_FOUND, context);
         }
     }
@@ -147,7 +147,7 @@ bool ExtractPackage(const char* package, const char* directory, fpkCallback call
         return false;
     }
     if (callback != nullptr) {
-        for (const tagPlannedEntry& entry : planner.plan) {
+        for (const PlannedEntry& entry : planner.plan) {
             if (entry.wanted) {
                 callback(entry.name.narrow.c_str(), directory, FPK_ENTRY_WRITTEN, context);
             }

@@ -58,7 +58,7 @@ CgiStatus CGetParameterImp::FetchPost() {
 }
 
 void CGetParameterImp::FetchForm() {
-    const wrb::tagRequestBody body = wrb::ReadRequestBody(m_gateway, kFormReader);
+    const wrb::RequestBody body = wrb::ReadRequestBody(m_gateway, kFormReader);
     if (body.bytes == nullptr) {
         return;
     }
@@ -67,7 +67,7 @@ void CGetParameterImp::FetchForm() {
 }
 
 void CGetParameterImp::AddTokens(char* text, std::size_t size, bool mayHaveBinaryBlock) try {
-    const wrb::CTokenArray tokens = wrb::SplitQuery(text, size);
+    const wrb::TokenArray tokens = wrb::SplitQuery(text, size);
     for (std::size_t i = 0; i < tokens.Size(); ++i) {
         const std::string_view token = tokens[i];
         if (mayHaveBinaryBlock && i + 1 == tokens.Size() && token == kBinaryBlockToken) {
@@ -99,7 +99,7 @@ CgiStatus CGetParameterImp::FetchMultipart(std::string_view contentType) try {
     if (boundary.empty()) {
         return kCgiMultipartNoBoundary;
     }
-    const wrb::tagRequestBody body = wrb::ReadRequestBody(m_gateway, kMultipartReader);
+    const wrb::RequestBody body = wrb::ReadRequestBody(m_gateway, kMultipartReader);
     switch (body.state) {
         case wrb::BodyState::Absent:
             return kCgiMultipartNoLength;
@@ -118,13 +118,13 @@ CgiStatus CGetParameterImp::FetchMultipart(std::string_view contentType) try {
 }
 
 // The whole body is parsed before the first file is written.
-CgiStatus CGetParameterImp::StoreMultipart(const wrb::tagRequestBody& body, std::string_view boundary) {
-    std::vector<wrb::tagMultipartPart> parts;
+CgiStatus CGetParameterImp::StoreMultipart(const wrb::RequestBody& body, std::string_view boundary) {
+    std::vector<wrb::MultipartPart> parts;
     if (const CgiStatus status = wrb::ParseMultipart({body.bytes.get(), body.size}, boundary, parts);
         status != kCgiFetched) {
         return status;
     }
-    for (const wrb::tagMultipartPart& part : parts) {
+    for (const wrb::MultipartPart& part : parts) {
         std::wstring name = wrb::Utf8ToWide(part.name);
         if (!part.fileName) {
             Add(std::move(name), wrb::Utf8ToWide(part.content));

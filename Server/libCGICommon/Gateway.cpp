@@ -12,7 +12,7 @@
 namespace wrb {
 namespace {
 
-class CSystemGateway final : public IGateway {
+class ProcessGateway final : public IGateway {
   public:
     std::optional<std::string> Variable(const wchar_t* name) override {
         const std::optional<std::wstring> value = ReadEnvironment(name);
@@ -31,7 +31,7 @@ class CSystemGateway final : public IGateway {
 }  // namespace
 
 IGateway& SystemGateway() {
-    static CSystemGateway gateway;
+    static ProcessGateway gateway;
     return gateway;
 }
 

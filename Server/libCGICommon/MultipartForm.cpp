@@ -51,7 +51,7 @@ std::optional<std::string> HeaderParameter(std::string_view header, std::string_
 }
 
 // Name and file name from the headers of a part; false when they do not make it a field of a form.
-bool ReadPartHeaders(std::string_view headers, tagMultipartPart& part) {
+bool ReadPartHeaders(std::string_view headers, MultipartPart& part) {
     constexpr std::string_view kDisposition = "content-disposition:";
     while (!headers.empty()) {
         const std::string_view line = headers.substr(0, headers.find("\r\n"));
@@ -67,12 +67,12 @@ bool ReadPartHeaders(std::string_view headers, tagMultipartPart& part) {
     return false;
 }
 
-class CMultipartParser {
+class MultipartParser {
   public:
-    CMultipartParser(std::string_view body, std::string_view boundary)
+    MultipartParser(std::string_view body, std::string_view boundary)
         : m_body(body), m_delimiter("\r\n--" + std::string(boundary)) {}
 
-    CgiStatus Run(std::vector<tagMultipartPart>& parts) {
+    CgiStatus Run(std::vector<MultipartPart>& parts) {
         // The line break of the first delimiter may be missing, at the very start.
         const bool atStart = m_body.starts_with(std::string_view(m_delimiter).substr(2));
         if (!(atStart && EndDelimiter(m_delimiter.size() - 2)) && !FindDelimiter(0)) {
@@ -91,7 +91,7 @@ class CMultipartParser {
     }
 
   private:
-    CgiStatus TakePart(tagMultipartPart& part) {
+    CgiStatus TakePart(MultipartPart& part) {
         // From the line break of the delimiter on: a part without headers has its empty line right there, and one of no
         // byte shares the line break of the empty line with the next delimiter.
         const std::size_t begin = m_next - 2;
@@ -145,8 +145,8 @@ std::string MultipartBoundary(std::string_view contentType) {
     return boundary.size() <= kLongestBoundary ? boundary : std::string();
 }
 
-CgiStatus ParseMultipart(std::string_view body, std::string_view boundary, std::vector<tagMultipartPart>& parts) {
-    return CMultipartParser(body, boundary).Run(parts);
+CgiStatus ParseMultipart(std::string_view body, std::string_view boundary, std::vector<MultipartPart>& parts) {
+    return MultipartParser(body, boundary).Run(parts);
 }
 
 std::wstring LastComponent(std::wstring_view fileName) {

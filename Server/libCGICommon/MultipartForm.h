@@ -15,7 +15,7 @@ inline constexpr std::size_t kMostMultipartParts = 1000;
 inline constexpr std::size_t kLongestPartHeaders = 16384;
 inline constexpr std::size_t kLongestBoundary = 70;
 
-struct tagMultipartPart {
+struct MultipartPart {
     std::string name;
     std::optional<std::string> fileName;  // as the client gave it; nothing for a plain field
     std::string_view content;             // points into the body
@@ -26,7 +26,7 @@ std::string MultipartBoundary(std::string_view contentType);
 
 // Appends the parts in their order. Text before the first boundary and behind the closing one is passed over. On any
 // result but kCgiFetched `parts` holds the parts before the fault.
-CgiStatus ParseMultipart(std::string_view body, std::string_view boundary, std::vector<tagMultipartPart>& parts);
+CgiStatus ParseMultipart(std::string_view body, std::string_view boundary, std::vector<MultipartPart>& parts);
 
 // What is behind the last separator of a path of any system, without control characters and without blanks and dots at
 // its end. Empty when nothing is left, as of "..".

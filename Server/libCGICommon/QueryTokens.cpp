@@ -15,7 +15,7 @@ std::string_view NextRun(std::string_view& text, std::string_view separators) no
 
 }  // namespace
 
-void CTokenArray::Add(std::string_view token) {
+void TokenArray::Add(std::string_view token) {
     if (m_size == m_steps.size() * kStep) {
         m_steps.push_back(std::make_unique<Step>());
     }
@@ -23,19 +23,19 @@ void CTokenArray::Add(std::string_view token) {
     ++m_size;
 }
 
-CTokenArray SplitQuery(char* text, std::size_t size) {
+TokenArray SplitQuery(char* text, std::size_t size) {
     char* const end = std::find(text, text + size, '\0');
     std::replace(text, end, '+', ' ');
     std::string_view rest(text, static_cast<std::size_t>(end - text));
-    CTokenArray tokens;
+    TokenArray tokens;
     for (std::string_view token; !(token = NextRun(rest, "&\r\n")).empty();) {
         tokens.Add(token);
     }
     return tokens;
 }
 
-tagNameAndValue SplitToken(std::string_view token) noexcept {
-    tagNameAndValue result;
+NameAndValue SplitToken(std::string_view token) noexcept {
+    NameAndValue result;
     result.name = NextRun(token, ": =\"");
     result.value = NextRun(token, "\"\r\n");
     return result;

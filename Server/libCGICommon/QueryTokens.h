@@ -11,7 +11,7 @@
 namespace wrb {
 
 // Grows in steps of 56 entries and never moves one, so that a body of nothing but one-letter tokens costs linear time.
-class CTokenArray {
+class TokenArray {
   public:
     void Add(std::string_view token);
     std::size_t Size() const noexcept { return m_size; }
@@ -27,9 +27,9 @@ class CTokenArray {
 
 // Turns every "+" into a blank, in place, and splits at "&", CR and LF; there are no empty tokens. The text ends at its
 // first NUL byte and what follows stays as it was. The tokens point into `text`.
-CTokenArray SplitQuery(char* text, std::size_t size);
+TokenArray SplitQuery(char* text, std::size_t size);
 
-struct tagNameAndValue {
+struct NameAndValue {
     std::string_view name;
     std::string_view value;
 };
@@ -37,6 +37,6 @@ struct tagNameAndValue {
 // The two parts of a token, not decoded yet. The name is the first run of characters other than ":", blank, "=" and the
 // double quote, the value the next run, behind one separator, of characters other than the double quote, CR and LF.
 // Without a name the token is nothing.
-tagNameAndValue SplitToken(std::string_view token) noexcept;
+NameAndValue SplitToken(std::string_view token) noexcept;
 
 }  // namespace wrb

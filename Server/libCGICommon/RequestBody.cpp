@@ -44,7 +44,7 @@ int64_t AnnouncedLength(IGateway& gateway, const wchar_t* function) {
     return length.value_or(0);
 }
 
-void ReadWhole(IGateway& gateway, tagRequestBody& body, std::size_t length, const wchar_t* function) {
+void ReadWhole(IGateway& gateway, RequestBody& body, std::size_t length, const wchar_t* function) {
     WRB_LOG('D', L"%s - fread >>>", function);
     body.size = gateway.ReadBody(body.bytes.get(), length);
     WRB_LOG('D', L"%s - fread <<<", function);
@@ -59,8 +59,8 @@ void ReadWhole(IGateway& gateway, tagRequestBody& body, std::size_t length, cons
 
 }  // namespace
 
-tagRequestBody ReadRequestBody(IGateway& gateway, const wchar_t* function) {
-    tagRequestBody body;
+RequestBody ReadRequestBody(IGateway& gateway, const wchar_t* function) {
+    RequestBody body;
     const int64_t length = AnnouncedLength(gateway, function);
     if (length == 0) {
         return body;

@@ -16,7 +16,7 @@ enum class BodyState {
     Whole,
 };
 
-struct tagRequestBody {
+struct RequestBody {
     BodyState state = BodyState::Absent;
     std::unique_ptr<char[]> bytes;  // and a terminator
     std::size_t size = 0;
@@ -25,6 +25,6 @@ struct tagRequestBody {
 // Nothing is allocated before the announced length has been found within the limit. A length is an optional minus sign
 // and digits and nothing else; one beyond 64 bits counts as the outermost. What goes wrong is logged in the
 // name of `function`.
-tagRequestBody ReadRequestBody(IGateway& gateway, const wchar_t* function);
+RequestBody ReadRequestBody(IGateway& gateway, const wchar_t* function);
 
 }  // namespace wrb

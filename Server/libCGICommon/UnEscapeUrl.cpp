@@ -29,7 +29,7 @@ unsigned HexNumber(std::string_view text, std::size_t offset, std::size_t count)
 }
 
 // Bytes wait until they are complete characters; a UTF-16 unit ends them.
-class CDecodedText {
+class DecodedText {
   public:
     void AddByte(char byte) { m_bytes += byte; }
     void AddUnit(wchar_t unit) {
@@ -56,7 +56,7 @@ class CDecodedText {
 }  // namespace
 
 std::wstring cgi_UnEscapeUrl(std::string_view text) {
-    CDecodedText decoded;
+    DecodedText decoded;
     for (std::size_t i = 0; i < text.size();) {
         const bool escape = text[i] == '%';
         const bool unit = escape && i + 1 < text.size() && (text[i + 1] | 0x20) == 'u';

@@ -45,9 +45,8 @@ DWORD WriteAll(HANDLE file, std::string_view bytes) {
     return ERROR_SUCCESS;
 }
 
-CFileHandle CreateNew(const std::wstring& path) {
-    return CFileHandle(
-        CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+FileHandle CreateNew(const std::wstring& path) {
+    return FileHandle(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 std::wstring NotStored(DWORD error, const wchar_t* function) {
@@ -57,10 +56,10 @@ std::wstring NotStored(DWORD error, const wchar_t* function) {
 
 }  // namespace
 
-CUploadFolder::CUploadFolder(const std::wstring& homeFolder)
+UploadFolder::UploadFolder(const std::wstring& homeFolder)
     : m_folder(homeFolder.empty() ? homeFolder : homeFolder + L"Temp\\") {}
 
-std::wstring CUploadFolder::CreatePath(uint32_t& error) const {
+std::wstring UploadFolder::CreatePath(uint32_t& error) const {
     if (m_folder.empty()) {
         error = ERROR_PATH_NOT_FOUND;
         return {};
@@ -76,14 +75,14 @@ std::wstring CUploadFolder::CreatePath(uint32_t& error) const {
     return FormatWide(format, m_folder.c_str(), random[0], random[1], random[2], random[3]);
 }
 
-std::wstring CUploadFolder::Store(std::string_view bytes, const wchar_t* function) const {
+std::wstring UploadFolder::Store(std::string_view bytes, const wchar_t* function) const {
     uint32_t error = ERROR_SUCCESS;
     std::wstring path = CreatePath(error);
     if (path.empty()) {
         return NotStored(error, function);
     }
     CreateDirectoryW(m_folder.c_str(), nullptr);  // there already, as a rule
-    CFileHandle file = CreateNew(path);
+    FileHandle file = CreateNew(path);
     if (!file) {
         return NotStored(GetLastError(), function);
     }
@@ -96,7 +95,7 @@ std::wstring CUploadFolder::Store(std::string_view bytes, const wchar_t* functio
     return path;
 }
 
-std::wstring CUploadFolder::StoreBinaryBlock(std::string_view bytes, const wchar_t* function) const {
+std::wstring UploadFolder::StoreBinaryBlock(std::string_view bytes, const wchar_t* function) const {
     std::wstring path = Store(bytes, function);
     WRB_LOG('D', L"%s - write Length = %d", function, static_cast<int32_t>(bytes.size()));
     if (bytes.empty() && !path.empty()) {
@@ -106,7 +105,7 @@ std::wstring CUploadFolder::StoreBinaryBlock(std::string_view bytes, const wchar
     return path;
 }
 
-std::wstring CUploadFolder::PathOf(std::wstring_view name) const {
+std::wstring UploadFolder::PathOf(std::wstring_view name) const {
     const std::size_t folder = m_folder.size();
     const bool behindFolder = name.size() > folder && EqualPaths(name.substr(0, folder), m_folder);
     const std::wstring_view bare = behindFolder ? name.substr(folder) : name;

@@ -8,10 +8,10 @@
 
 namespace wrb {
 
-class CUploadFolder {
+class UploadFolder {
   public:
     // An empty home folder takes no file.
-    explicit CUploadFolder(const std::wstring& homeFolder);
+    explicit UploadFolder(const std::wstring& homeFolder);
 
     // Creates a file that did not exist and writes the bytes into it. Returns its full path; empty, with a log line and
     // no file left, when that fails. The folder itself is created when it is missing.

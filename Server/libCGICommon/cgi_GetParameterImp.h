@@ -36,14 +36,14 @@ class CGetParameterImp {
     CgiStatus FetchPost();
     void FetchForm();
     CgiStatus FetchMultipart(std::string_view contentType);
-    CgiStatus StoreMultipart(const wrb::tagRequestBody& body, std::string_view boundary);
+    CgiStatus StoreMultipart(const wrb::RequestBody& body, std::string_view boundary);
     bool StoreFile(std::wstring_view name, std::string_view fileName, std::string_view content);
     void AddTokens(char* text, std::size_t size, bool mayHaveBinaryBlock);
     void AddBinaryBlock(std::string_view data);
     void Add(std::wstring name, std::wstring value);
 
     wrb::IGateway& m_gateway;
-    wrb::CUploadFolder m_folder;
+    wrb::UploadFolder m_folder;
     const bool m_allowBinaryBlock;
     [[maybe_unused]] const bool m_skipPercentDecoding;  // of raw uploads, which nothing here reads
     // Name, value, name, value: a deque, so that a text that was handed out stays where it is when one is appended.

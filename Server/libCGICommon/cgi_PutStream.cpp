@@ -15,7 +15,7 @@
 namespace wrb {
 
 // Fixed memory, so that collecting output cannot fail.
-class COutputBuffer {
+class OutputBuffer {
   public:
     void Put(std::string_view bytes) {
         while (!bytes.empty()) {
@@ -52,7 +52,7 @@ class COutputBuffer {
 }  // namespace wrb
 
 OutputStreamConverter::OutputStreamConverter(bool writeThrough)
-    : m_writeThrough(writeThrough), m_buffer(new (std::nothrow) wrb::COutputBuffer) {}
+    : m_writeThrough(writeThrough), m_buffer(new (std::nothrow) wrb::OutputBuffer) {}
 
 OutputStreamConverter::~OutputStreamConverter() {
     Flush();

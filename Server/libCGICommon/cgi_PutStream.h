@@ -16,7 +16,7 @@
 #include "cgi_Helpers.h"
 
 namespace wrb {
-class COutputBuffer;
+class OutputBuffer;
 }
 
 // What stands between the texts of a stream and standard output; the manipulators act on it.
@@ -37,7 +37,7 @@ class WRB_CGI_API OutputStreamConverter {
 
   private:
     bool m_writeThrough;
-    wrb::COutputBuffer* m_buffer;  // null when memory lacks: the stream swallows everything
+    wrb::OutputBuffer* m_buffer;  // null when memory lacks: the stream swallows everything
 };
 
 WRB_CGI_API OutputStreamConverter& endl(OutputStreamConverter& stream);   // a line feed, and flush

@@ -8,7 +8,7 @@
 namespace wrb {
 namespace {
 
-class CSystemClock final : public IClock {
+class TickClock final : public IClock {
   public:
     uint32_t TickMilliseconds() const override { return GetTickCount(); }
     // The runtime's own time() costs microseconds under Wine.
@@ -20,8 +20,8 @@ class CSystemClock final : public IClock {
 }  // namespace
 
 const IClock& SystemClock() {
-    alignas(CSystemClock) static unsigned char storage[sizeof(CSystemClock)];
-    static const CSystemClock* const clock = new (storage) CSystemClock;
+    alignas(TickClock) static unsigned char storage[sizeof(TickClock)];
+    static const TickClock* const clock = new (storage) TickClock;
     return *clock;
 }
 

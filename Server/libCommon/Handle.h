@@ -12,22 +12,22 @@
 namespace wrb {
 
 template <typename Traits>
-class CUniqueHandle {
+class UniqueHandle {
   public:
     using Type = typename Traits::Type;
 
-    CUniqueHandle() noexcept = default;
-    explicit CUniqueHandle(Type value) noexcept : m_value(value) {}
-    CUniqueHandle(CUniqueHandle&& other) noexcept : m_value(other.Release()) {}
-    CUniqueHandle& operator=(CUniqueHandle&& other) noexcept {
+    UniqueHandle() noexcept = default;
+    explicit UniqueHandle(Type value) noexcept : m_value(value) {}
+    UniqueHandle(UniqueHandle&& other) noexcept : m_value(other.Release()) {}
+    UniqueHandle& operator=(UniqueHandle&& other) noexcept {
         if (this != &other) {
             Reset(other.Release());
         }
         return *this;
     }
-    CUniqueHandle(const CUniqueHandle&) = delete;
-    CUniqueHandle& operator=(const CUniqueHandle&) = delete;
-    ~CUniqueHandle() { Reset(); }
+    UniqueHandle(const UniqueHandle&) = delete;
+    UniqueHandle& operator=(const UniqueHandle&) = delete;
+    ~UniqueHandle() { Reset(); }
 
     Type Get() const noexcept { return m_value; }
     explicit operator bool() const noexcept { return m_value != Traits::Empty(); }
@@ -90,11 +90,11 @@ struct LocalMemoryTraits {
     static void Close(void* memory) noexcept { LocalFree(memory); }
 };
 
-using CKernelHandle = CUniqueHandle<KernelObjectTraits>;  // events, mutexes, timers, sections, threads, processes
-using CFileHandle = CUniqueHandle<FileTraits>;            // files and pipes: what CreateFile and its kin return
-using CMappedView = CUniqueHandle<ViewTraits>;
-using CModuleHandle = CUniqueHandle<ModuleTraits>;
-using CRegistryKey = CUniqueHandle<RegistryKeyTraits>;
-using CLocalMemory = CUniqueHandle<LocalMemoryTraits>;
+using KernelHandle = UniqueHandle<KernelObjectTraits>;  // events, mutexes, timers, sections, threads, processes
+using FileHandle = UniqueHandle<FileTraits>;            // files and pipes: what CreateFile and its kin return
+using MappedView = UniqueHandle<ViewTraits>;
+using ModuleHandle = UniqueHandle<ModuleTraits>;
+using RegistryKey = UniqueHandle<RegistryKeyTraits>;
+using LocalMemory = UniqueHandle<LocalMemoryTraits>;
 
 }  // namespace wrb

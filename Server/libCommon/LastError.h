@@ -6,12 +6,12 @@
 namespace wrb {
 
 // Puts the last error back to what it was when the object was made.
-class CKeepLastError {
+class KeepLastError {
   public:
-    CKeepLastError() noexcept : m_error(GetLastError()) {}
-    ~CKeepLastError() { SetLastError(m_error); }
-    CKeepLastError(const CKeepLastError&) = delete;
-    CKeepLastError& operator=(const CKeepLastError&) = delete;
+    KeepLastError() noexcept : m_error(GetLastError()) {}
+    ~KeepLastError() { SetLastError(m_error); }
+    KeepLastError(const KeepLastError&) = delete;
+    KeepLastError& operator=(const KeepLastError&) = delete;
 
   private:
     DWORD m_error;

@@ -2,7 +2,7 @@
 
 namespace wrb {
 
-const wchar_t* InitOpenSecurity(tagOpenSecurity& security, bool inheritable) noexcept {
+const wchar_t* InitOpenSecurity(OpenSecurity& security, bool inheritable) noexcept {
     if (!InitializeSecurityDescriptor(&security.descriptor, SECURITY_DESCRIPTOR_REVISION)) {
         return L"InitializeSecurityDescriptor";
     }

@@ -8,17 +8,17 @@ namespace wrb {
 // A descriptor with a present but null access-control list, and the attributes that point at it. The attributes hold
 // the address of their neighbour, so the pair is neither copied nor moved. Anyone may use, and even re-protect, an
 // object made with it: put nothing behind it that is secret or that must not be disturbed.
-struct tagOpenSecurity {
+struct OpenSecurity {
     SECURITY_DESCRIPTOR descriptor{};
     SECURITY_ATTRIBUTES attributes{};
 
-    tagOpenSecurity() = default;
-    tagOpenSecurity(const tagOpenSecurity&) = delete;
-    tagOpenSecurity& operator=(const tagOpenSecurity&) = delete;
+    OpenSecurity() = default;
+    OpenSecurity(const OpenSecurity&) = delete;
+    OpenSecurity& operator=(const OpenSecurity&) = delete;
 };
 
 // Fills `security`; with `inheritable`, child processes get the handle. Returns null, or else the name of the system
 // function that failed, whose cause is in GetLastError. Never logs, so that the log itself can use it.
-const wchar_t* InitOpenSecurity(tagOpenSecurity& security, bool inheritable) noexcept;
+const wchar_t* InitOpenSecurity(OpenSecurity& security, bool inheritable) noexcept;
 
 }  // namespace wrb

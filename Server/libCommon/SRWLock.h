@@ -22,24 +22,28 @@ class WRB_CAPABILITY("rwlock") CWrbSRWLock {
     SRWLOCK m_lock = SRWLOCK_INIT;
 };
 
-class WRB_SCOPED_CAPABILITY CExclusiveGuard {
+namespace wrb {
+
+class WRB_SCOPED_CAPABILITY ExclusiveGuard {
   public:
-    explicit CExclusiveGuard(CWrbSRWLock& lock) noexcept WRB_ACQUIRE(lock) : m_lock(lock) { m_lock.LockExclusive(); }
-    ~CExclusiveGuard() WRB_RELEASE() { m_lock.UnlockExclusive(); }
-    CExclusiveGuard(const CExclusiveGuard&) = delete;
-    CExclusiveGuard& operator=(const CExclusiveGuard&) = delete;
+    explicit ExclusiveGuard(CWrbSRWLock& lock) noexcept WRB_ACQUIRE(lock) : m_lock(lock) { m_lock.LockExclusive(); }
+    ~ExclusiveGuard() WRB_RELEASE() { m_lock.UnlockExclusive(); }
+    ExclusiveGuard(const ExclusiveGuard&) = delete;
+    ExclusiveGuard& operator=(const ExclusiveGuard&) = delete;
 
   private:
     CWrbSRWLock& m_lock;
 };
 
-class WRB_SCOPED_CAPABILITY CSharedGuard {
+class WRB_SCOPED_CAPABILITY SharedGuard {
   public:
-    explicit CSharedGuard(CWrbSRWLock& lock) noexcept WRB_ACQUIRE_SHARED(lock) : m_lock(lock) { m_lock.LockShared(); }
-    ~CSharedGuard() WRB_RELEASE_GENERIC() { m_lock.UnlockShared(); }
-    CSharedGuard(const CSharedGuard&) = delete;
-    CSharedGuard& operator=(const CSharedGuard&) = delete;
+    explicit SharedGuard(CWrbSRWLock& lock) noexcept WRB_ACQUIRE_SHARED(lock) : m_lock(lock) { m_lock.LockShared(); }
+    ~SharedGuard() WRB_RELEASE_GENERIC() { m_lock.UnlockShared(); }
+    SharedGuard(const SharedGuard&) = delete;
+    SharedGuard& operator=(const SharedGuard&) = delete;
 
   private:
     CWrbSRWLock& m_lock;
 };
+
+}  // namespace wrb

@@ -8,10 +8,10 @@
 namespace wrb {
 
 template <std::size_t N>
-struct CSourceFileName {
+struct SourceFileName {
     wchar_t text[N];
 
-    consteval explicit CSourceFileName(const char (&file)[N]) : text{} {
+    consteval explicit SourceFileName(const char (&file)[N]) : text{} {
         for (std::size_t i = 0; i < N; ++i) {
             text[i] = file[i] == '/' ? L'\\' : static_cast<wchar_t>(file[i]);
         }
@@ -20,8 +20,8 @@ struct CSourceFileName {
 
 }  // namespace wrb
 
-#define WRB_SOURCE_FILE                                             \
-    ([]() noexcept -> const wchar_t* {                              \
-        static constexpr wrb::CSourceFileName sourceFile(__FILE__); \
-        return sourceFile.text;                                     \
+#define WRB_SOURCE_FILE                                            \
+    ([]() noexcept -> const wchar_t* {                             \
+        static constexpr wrb::SourceFileName sourceFile(__FILE__); \
+        return sourceFile.text;                                    \
     }())

@@ -16,11 +16,11 @@
 namespace wrb {
 
 template <typename Value>
-class CEntryTable {
+class EntryTable {
   public:
     // Null when there is none. Valid until the entry is erased.
-    const Value* Find(const CEntryKey& key) const noexcept {
-        const tagNode* node = m_buckets.empty() ? nullptr : Bucket(key.Hash()).get();
+    const Value* Find(const EntryKey& key) const noexcept {
+        const Node* node = m_buckets.empty() ? nullptr : Bucket(key.Hash()).get();
         while (node != nullptr && !(node->hash == key.Hash() && node->key == key.View())) {
             node = node->next.get();
         }
@@ -28,7 +28,7 @@ class CEntryTable {
     }
 
     // The entry that is there, or a new one.
-    Value& FindOrAdd(const CEntryKey& key) {
+    Value& FindOrAdd(const EntryKey& key) {
         if (const Value* found = Find(key)) {
             return const_cast<Value&>(*found);
         }
@@ -36,7 +36,7 @@ class CEntryTable {
             Grow();
         }
         NodePtr& bucket = Bucket(key.Hash());
-        auto node = std::make_unique<tagNode>();
+        auto node = std::make_unique<Node>();
         node->hash = key.Hash();
         node->key = key.View();
         node->next = std::move(bucket);
@@ -45,7 +45,7 @@ class CEntryTable {
         return bucket->value;
     }
 
-    void Erase(const CEntryKey& key) noexcept {
+    void Erase(const EntryKey& key) noexcept {
         if (m_buckets.empty()) {
             return;
         }
@@ -66,9 +66,9 @@ class CEntryTable {
   private:
     static constexpr std::size_t kFirstBuckets = 64;  // a power of two, and so is every later size
 
-    struct tagNode;
-    using NodePtr = std::unique_ptr<tagNode>;
-    struct tagNode {
+    struct Node;
+    using NodePtr = std::unique_ptr<Node>;
+    struct Node {
         NodePtr next;
         uint64_t hash = 0;
         std::string key;

@@ -57,11 +57,11 @@ uint32_t WidenCut(const std::string& value, wchar_t* buffer, uint32_t size) {
 CINICache::CINICache(const wrb::IClock& clock, wrb::IProfileAccess& profile) : m_clock(clock), m_profile(profile) {}
 
 int CINICache::init(const char* path, uint32_t seconds) {
-    tagPath bounded = {};
-    std::strncpy(bounded.text, wrb::CNarrowText(path).Get(), kPathLimit);
+    Path bounded = {};
+    std::strncpy(bounded.text, wrb::NarrowText(path).Get(), kPathLimit);
     const bool exists = m_profile.FileExists(bounded.text);
 
-    CExclusiveGuard guard(m_lock);
+    wrb::ExclusiveGuard guard(m_lock);
     if (std::strcmp(m_path.text, bounded.text) != 0) {
         m_path = bounded;
         m_integers.Clear();
@@ -74,20 +74,20 @@ int CINICache::init(const char* path, uint32_t seconds) {
 }
 
 int CINICache::init(const wchar_t* path, uint32_t seconds) {
-    return init(wrb::CNarrowText(path).Get(), seconds);
+    return init(wrb::NarrowText(path).Get(), seconds);
 }
 
 template <typename Value>
-const Value* CINICache::FindFresh(const EntryTable<Value>& table, const wrb::CEntryKey& key) const {
-    const tagEntry<Value>* found = table.Find(key);
+const Value* CINICache::FindFresh(const EntryTable<Value>& table, const wrb::EntryKey& key) const {
+    const Entry<Value>* found = table.Find(key);
     // In 32-bit unsigned arithmetic the tick counter's wrap-around does no harm.
     const bool fresh = found != nullptr && m_clock.TickMilliseconds() - found->readTick <= m_expiryMs;
     return fresh ? &found->value : nullptr;
 }
 
 template <typename Value>
-const Value& CINICache::Store(EntryTable<Value>& table, const wrb::CEntryKey& key, Value value) {
-    tagEntry<Value>& entry = table.FindOrAdd(key);
+const Value& CINICache::Store(EntryTable<Value>& table, const wrb::EntryKey& key, Value value) {
+    Entry<Value>& entry = table.FindOrAdd(key);
     entry.value = std::move(value);
     entry.readTick = m_clock.TickMilliseconds();
     return entry.value;
@@ -96,20 +96,20 @@ const Value& CINICache::Store(EntryTable<Value>& table, const wrb::CEntryKey& ke
 // Both forms of a read look the key up as it came; texts are converted only to ask the file.
 template <typename Char>
 uint32_t CINICache::ReadNumber(const Char* section, const Char* key, int32_t defaultValue, int bypass) {
-    const auto readFile = [&](const tagPath& path) {
-        return m_profile.ReadInt(wrb::CNarrowText(section).Get(), wrb::CNarrowText(key).Get(), defaultValue, path.text);
+    const auto readFile = [&](const Path& path) {
+        return m_profile.ReadInt(wrb::NarrowText(section).Get(), wrb::NarrowText(key).Get(), defaultValue, path.text);
     };
     if (bypass == kBypass) {
-        return readFile(Path());
+        return readFile(CurrentPath());
     }
-    const wrb::CEntryKey entry(section, key);
+    const wrb::EntryKey entry(section, key);
     {
-        CSharedGuard guard(m_lock);
+        wrb::SharedGuard guard(m_lock);
         if (const uint32_t* value = FindFresh(m_integers, entry)) {
             return *value;
         }
     }
-    CExclusiveGuard guard(m_lock);
+    wrb::ExclusiveGuard guard(m_lock);
     // Another thread may have read it while this one waited for the lock.
     if (const uint32_t* value = FindFresh(m_integers, entry)) {
         return *value;
@@ -120,21 +120,21 @@ uint32_t CINICache::ReadNumber(const Char* section, const Char* key, int32_t def
 // `copy` takes the whole value to the caller's buffer, under the lock, and returns the caller's count.
 template <typename Char, typename Copy>
 uint32_t CINICache::ReadText(const Char* section, const Char* key, const Char* defaultText, int bypass, Copy copy) {
-    const auto readFile = [&](const tagPath& path) {
-        return m_profile.ReadString(wrb::CNarrowText(section).Get(), wrb::CNarrowText(key).Get(),
-                                    wrb::CNarrowText(defaultText).Get(), path.text);
+    const auto readFile = [&](const Path& path) {
+        return m_profile.ReadString(wrb::NarrowText(section).Get(), wrb::NarrowText(key).Get(),
+                                    wrb::NarrowText(defaultText).Get(), path.text);
     };
     if (bypass == kBypass) {
-        return copy(readFile(Path()));
+        return copy(readFile(CurrentPath()));
     }
-    const wrb::CEntryKey entry(section, key);
+    const wrb::EntryKey entry(section, key);
     {
-        CSharedGuard guard(m_lock);
+        wrb::SharedGuard guard(m_lock);
         if (const std::string* value = FindFresh(m_texts, entry)) {
             return copy(*value);
         }
     }
-    CExclusiveGuard guard(m_lock);
+    wrb::ExclusiveGuard guard(m_lock);
     if (const std::string* value = FindFresh(m_texts, entry)) {
         return copy(*value);
     }
@@ -170,7 +170,7 @@ int CINICache::writeINIString(const char* section, const char* key, const char* 
         return 0;
     }
     constexpr const wchar_t* kFunction = L"CINICache::writeINIString";
-    const tagPath path = Path();
+    const Path path = CurrentPath();
     int written = 0;
     uint32_t error = 0;
     for (int retry = 0; retry < kWriteAttempts && written == 0; ++retry) {
@@ -195,8 +195,8 @@ int CINICache::writeINIString(const wchar_t* section, const wchar_t* key, const 
     if (section == nullptr || key == nullptr) {
         return 0;
     }
-    const wrb::CNarrowText valueText(value);
-    return writeINIString(wrb::CNarrowText(section).Get(), wrb::CNarrowText(key).Get(),
+    const wrb::NarrowText valueText(value);
+    return writeINIString(wrb::NarrowText(section).Get(), wrb::NarrowText(key).Get(),
                           value != nullptr ? valueText.Get() : nullptr);
 }
 
@@ -213,19 +213,19 @@ int CINICache::writeINIInt(const wchar_t* section, const wchar_t* key, int32_t v
 }
 
 void CINICache::clear() {
-    CExclusiveGuard guard(m_lock);
+    wrb::ExclusiveGuard guard(m_lock);
     m_integers.Clear();
     m_texts.Clear();
 }
 
 void CINICache::Forget(const char* section, const char* key) {
-    const wrb::CEntryKey entry(section, key);
-    CExclusiveGuard guard(m_lock);
+    const wrb::EntryKey entry(section, key);
+    wrb::ExclusiveGuard guard(m_lock);
     m_texts.Erase(entry);
     m_integers.Erase(entry);
 }
 
-CINICache::tagPath CINICache::Path() {
-    CSharedGuard guard(m_lock);
+CINICache::Path CINICache::CurrentPath() {
+    wrb::SharedGuard guard(m_lock);
     return m_path;
 }

@@ -59,32 +59,32 @@ class CINICache {
     static constexpr std::size_t kPathLimit = 260;
 
     template <typename Value>
-    struct tagEntry {
+    struct Entry {
         Value value;
         uint32_t readTick;
     };
     template <typename Value>
-    using EntryTable = wrb::CEntryTable<tagEntry<Value>>;
+    using EntryTable = wrb::EntryTable<Entry<Value>>;
 
-    struct tagPath {
+    struct Path {
         char text[kPathLimit + 1];
     };
 
     template <typename Value>
-    const Value* FindFresh(const EntryTable<Value>& table, const wrb::CEntryKey& key) const WRB_REQUIRES_SHARED(m_lock);
+    const Value* FindFresh(const EntryTable<Value>& table, const wrb::EntryKey& key) const WRB_REQUIRES_SHARED(m_lock);
     template <typename Value>
-    const Value& Store(EntryTable<Value>& table, const wrb::CEntryKey& key, Value value) WRB_REQUIRES(m_lock);
+    const Value& Store(EntryTable<Value>& table, const wrb::EntryKey& key, Value value) WRB_REQUIRES(m_lock);
     template <typename Char>
     uint32_t ReadNumber(const Char* section, const Char* key, int32_t defaultValue, int bypass);
     template <typename Char, typename Copy>
     uint32_t ReadText(const Char* section, const Char* key, const Char* defaultText, int bypass, Copy copy);
     void Forget(const char* section, const char* key);
-    tagPath Path();
+    Path CurrentPath();
 
     const wrb::IClock& m_clock;
     wrb::IProfileAccess& m_profile;
     CWrbSRWLock m_lock;
-    tagPath m_path WRB_GUARDED_BY(m_lock) = {};
+    Path m_path WRB_GUARDED_BY(m_lock) = {};
     uint32_t m_expiryMs WRB_GUARDED_BY(m_lock) = kDefaultExpiryMs;
     // A key read both as a number and as text has an entry in each.
     EntryTable<uint32_t> m_integers WRB_GUARDED_BY(m_lock);

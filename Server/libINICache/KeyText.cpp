@@ -36,7 +36,7 @@ uint64_t HashText(const char* text, std::size_t length) noexcept {
 
 }  // namespace
 
-CNarrowText::CNarrowText(const wchar_t* text) {
+NarrowText::NarrowText(const wchar_t* text) {
     if (char* end = CopyPlain(m_inline, m_inline + kInline - 1, text)) {
         *end = '\0';
         return;
@@ -46,7 +46,7 @@ CNarrowText::CNarrowText(const wchar_t* text) {
 }
 
 template <typename Char>
-void CEntryKey::Compose(const Char* section, const Char* key) {
+void EntryKey::Compose(const Char* section, const Char* key) {
     const char* limit = m_inline + kInline;
     char* end = CopyPlain(m_inline, limit - 1, section);
     if (end != nullptr) {
@@ -56,18 +56,18 @@ void CEntryKey::Compose(const Char* section, const Char* key) {
     if (end != nullptr) {
         m_length = static_cast<std::size_t>(end - m_inline);
     } else {
-        ComposeLong(CNarrowText(section).Get(), CNarrowText(key).Get());
+        ComposeLong(NarrowText(section).Get(), NarrowText(key).Get());
     }
     m_hash = HashText(m_text, m_length);
 }
 
-void CEntryKey::ComposeLong(const char* section, const char* key) {
+void EntryKey::ComposeLong(const char* section, const char* key) {
     m_long.append(section).append(1, ':').append(key);
     m_text = m_long.data();
     m_length = m_long.size();
 }
 
-template void CEntryKey::Compose(const char*, const char*);
-template void CEntryKey::Compose(const wchar_t*, const wchar_t*);
+template void EntryKey::Compose(const char*, const char*);
+template void EntryKey::Compose(const wchar_t*, const wchar_t*);
 
 }  // namespace wrb

@@ -10,12 +10,12 @@
 namespace wrb {
 
 // A text in the system's ANSI code page: a narrow one as it is, a wide one converted.
-class CNarrowText {
+class NarrowText {
   public:
-    explicit CNarrowText(const char* text) noexcept : m_text(text != nullptr ? text : "") {}
-    explicit CNarrowText(const wchar_t* text);
-    CNarrowText(const CNarrowText&) = delete;
-    CNarrowText& operator=(const CNarrowText&) = delete;
+    explicit NarrowText(const char* text) noexcept : m_text(text != nullptr ? text : "") {}
+    explicit NarrowText(const wchar_t* text);
+    NarrowText(const NarrowText&) = delete;
+    NarrowText& operator=(const NarrowText&) = delete;
 
     const char* Get() const noexcept { return m_text; }
 
@@ -29,12 +29,12 @@ class CNarrowText {
 
 // The key of an entry: section, ":", key, exactly as given, in the ANSI code page. (So section "a:b" with key "c" and
 // section "a" with key "b:c" share an entry; no INI file of the server has a colon in a section's name.)
-class CEntryKey {
+class EntryKey {
   public:
-    CEntryKey(const char* section, const char* key) { Compose(section, key); }
-    CEntryKey(const wchar_t* section, const wchar_t* key) { Compose(section, key); }
-    CEntryKey(const CEntryKey&) = delete;
-    CEntryKey& operator=(const CEntryKey&) = delete;
+    EntryKey(const char* section, const char* key) { Compose(section, key); }
+    EntryKey(const wchar_t* section, const wchar_t* key) { Compose(section, key); }
+    EntryKey(const EntryKey&) = delete;
+    EntryKey& operator=(const EntryKey&) = delete;
 
     std::string_view View() const noexcept { return std::string_view(m_text, m_length); }
     uint64_t Hash() const noexcept { return m_hash; }

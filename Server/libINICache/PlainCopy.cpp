@@ -19,7 +19,7 @@ namespace {
 constexpr unsigned kBlockBytes = 16;
 
 // What one block of the text holds: its characters have been stored, `length` of them before the terminator, if any.
-struct tagBlock {
+struct Block {
     unsigned length;
     bool ends;
     bool plain;
@@ -31,14 +31,14 @@ bool StaysInPage(const void* text) noexcept {
     return (reinterpret_cast<std::uintptr_t>(text) & (kPage - 1)) <= kPage - kBlockBytes;
 }
 
-tagBlock CopyBlock(char* to, const char* text) noexcept {
+Block CopyBlock(char* to, const char* text) noexcept {
     const __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(to), characters);
     const auto zeros = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(characters, _mm_setzero_si128())));
     return {zeros != 0 ? static_cast<unsigned>(std::countr_zero(zeros)) : kBlockBytes, zeros != 0, true};
 }
 
-tagBlock CopyBlock(char* to, const wchar_t* text) noexcept {
+Block CopyBlock(char* to, const wchar_t* text) noexcept {
     const __m128i zero = _mm_setzero_si128();
     const __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
     _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_packus_epi16(characters, zero));
@@ -60,7 +60,7 @@ char* Copy(char* to, const char* end, const Char* text) noexcept {
 #if WRB_HAS_SSE2
     constexpr std::ptrdiff_t kBlock = kBlockBytes / sizeof(Char);
     while (end - to >= kBlock && StaysInPage(text)) {
-        const tagBlock block = CopyBlock(to, text);
+        const Block block = CopyBlock(to, text);
         if (!block.plain) {
             return nullptr;
         }

@@ -18,7 +18,7 @@ bool BeginsLikeANumber(const char* text) {
     return *text >= '0' && *text <= '9';
 }
 
-class CSystemProfile final : public IProfileAccess {
+class ProfileApi final : public IProfileAccess {
   public:
     bool FileExists(const char* path) override {
         const DWORD attributes = GetFileAttributesA(path);
@@ -60,7 +60,7 @@ class CSystemProfile final : public IProfileAccess {
 }  // namespace
 
 IProfileAccess& SystemProfile() {
-    static CSystemProfile profile;
+    static ProfileApi profile;
     return profile;
 }
 

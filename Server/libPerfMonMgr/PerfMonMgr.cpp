@@ -8,17 +8,17 @@
 
 namespace {
 
-struct tagManagerState {
+struct ManagerState {
     CWrbSRWLock lock;  // one attach or detach at a time
-    wrb::CCounterSection section WRB_GUARDED_BY(lock);
+    wrb::CounterSection section WRB_GUARDED_BY(lock);
     // What every call reads, without the lock.
     std::atomic<HandlerCounterBlock*> block{nullptr};
     std::atomic<HANDLE> mutex{nullptr};
     std::atomic<CWrbyPerfMonMgr*> instance{nullptr};
 };
 
-tagManagerState& State() {
-    static tagManagerState state;
+ManagerState& State() {
+    static ManagerState state;
     return state;
 }
 
@@ -30,8 +30,8 @@ CWrbyPerfMonMgr* CWrbyPerfMonMgr::GetInstance() noexcept {
 
 bool CWrbyPerfMonMgr::Initialize() noexcept {
     static CWrbyPerfMonMgr manager;
-    tagManagerState& state = State();
-    CExclusiveGuard guard(state.lock);
+    ManagerState& state = State();
+    wrb::ExclusiveGuard guard(state.lock);
     state.instance.store(&manager, std::memory_order_release);
     uint32_t error = ERROR_SUCCESS;
     const wrb::CounterAttach result = state.section.Open({}, error);
@@ -45,8 +45,8 @@ bool CWrbyPerfMonMgr::Initialize() noexcept {
 }
 
 void CWrbyPerfMonMgr::UnInitialize() noexcept {
-    tagManagerState& state = State();
-    CExclusiveGuard guard(state.lock);
+    ManagerState& state = State();
+    wrb::ExclusiveGuard guard(state.lock);
     state.block.store(nullptr, std::memory_order_release);
     state.mutex.store(nullptr, std::memory_order_release);
     state.section.Close();

@@ -8,10 +8,10 @@ namespace wrb {
 
 static_assert(alignof(SWRB_PFW_LOG_ITEM) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
 
-CPfwLogReader::CPfwLogReader(HANDLE file, std::size_t recordSize)
+PfwLogReader::PfwLogReader(HANDLE file, std::size_t recordSize)
     : m_file(file), m_recordSize(recordSize), m_block(new uint8_t[recordSize * kBlockRecords]) {}
 
-const void* CPfwLogReader::Next() noexcept {
+const void* PfwLogReader::Next() noexcept {
     if (m_next >= m_filled && !Fill()) {
         return nullptr;
     }
@@ -20,12 +20,12 @@ const void* CPfwLogReader::Next() noexcept {
     return record;
 }
 
-std::size_t CPfwLogReader::Read(std::size_t bytes) noexcept {
+std::size_t PfwLogReader::Read(std::size_t bytes) noexcept {
     DWORD read = 0;
     return ReadFile(m_file, m_block.get(), static_cast<DWORD>(bytes), &read, nullptr) ? read : 0;
 }
 
-bool CPfwLogReader::Fill() noexcept {
+bool PfwLogReader::Fill() noexcept {
     const std::size_t capacity = m_recordSize * kBlockRecords;
     // A block that cannot be read may still have records before the place that cannot.
     std::size_t read = Read(capacity);

@@ -11,10 +11,10 @@ namespace wrb {
 
 // Reads from the file's position on, many records at a time. The file belongs to the caller and must outlive the
 // reader. One thread at a time.
-class CPfwLogReader {
+class PfwLogReader {
   public:
     // Throws for lack of memory.
-    CPfwLogReader(HANDLE file, std::size_t recordSize);
+    PfwLogReader(HANDLE file, std::size_t recordSize);
 
     // The next record, or null when the file has ended or this record cannot be read. A last record that the file cuts
     // short comes filled up with zeros, so that it does not have the markers of whatever was read before it. Valid

@@ -84,21 +84,21 @@ void WriteNumber(int number, wchar_t* to, std::size_t digits) noexcept {
 
 }  // namespace
 
-void DecodePfwLogTexts(const SWRB_PFW_LOG_ITEM_V0& item, tagPfwLogTexts& texts) noexcept {
+void DecodePfwLogTexts(const SWRB_PFW_LOG_ITEM_V0& item, PfwLogTexts& texts) noexcept {
     WriteOctets(item.dwLocalIP, texts.localHost);
     WriteOctets(item.dwRemoteIP, texts.remoteHost);
     WidenAnsi(item.szPVName, texts.pvName);
     CopyInfo(item.wszPVInfo, texts.pvInfo);
 }
 
-void DecodePfwLogTexts(const SWRB_PFW_LOG_ITEM& item, tagPfwLogTexts& texts) noexcept {
+void DecodePfwLogTexts(const SWRB_PFW_LOG_ITEM& item, PfwLogTexts& texts) noexcept {
     WidenAnsi(item.szLocalHost, texts.localHost);
     WidenAnsi(item.szRemoteHost, texts.remoteHost);
     WidenAnsi(item.szPVName, texts.pvName);
     CopyInfo(item.wszPVInfo, texts.pvInfo);
 }
 
-void CLocalTimeText::Set(uint32_t seconds) noexcept {
+void LocalTimeText::Set(uint32_t seconds) noexcept {
     const uint32_t second = seconds % kMinute;
     if (seconds / kMinute != m_minute) {
         const auto time = static_cast<std::time_t>(seconds - second);

@@ -9,7 +9,7 @@
 namespace wrb {
 
 // What both versions of a record have, texts decoded and terminated. It is large; one is enough for a whole file.
-struct tagPfwLogTexts {
+struct PfwLogTexts {
     wchar_t localHost[kPfwLogHostBytes];
     wchar_t remoteHost[kPfwLogHostBytes];
     wchar_t pvName[kPfwLogNameBytes];
@@ -17,12 +17,12 @@ struct tagPfwLogTexts {
 };
 
 // A text that fills its field to the last byte loses its last character to the terminator.
-void DecodePfwLogTexts(const SWRB_PFW_LOG_ITEM_V0& item, tagPfwLogTexts& texts) noexcept;
-void DecodePfwLogTexts(const SWRB_PFW_LOG_ITEM& item, tagPfwLogTexts& texts) noexcept;
+void DecodePfwLogTexts(const SWRB_PFW_LOG_ITEM_V0& item, PfwLogTexts& texts) noexcept;
+void DecodePfwLogTexts(const SWRB_PFW_LOG_ITEM& item, PfwLogTexts& texts) noexcept;
 
 // Times as the server's local time. Converting a time zone costs more than all the rest of a record, and records of one
 // file lie close together: the minute converted last is kept. One thread at a time.
-class CLocalTimeText {
+class LocalTimeText {
   public:
     // Seconds since 1970-01-01 00:00 UTC.
     void Set(uint32_t seconds) noexcept;

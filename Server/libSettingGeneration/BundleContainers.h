@@ -61,7 +61,7 @@ void AppendSettingItems(std::wstring& out, const std::vector<SettingRecord<Value
 
 // One group of values and the uid that they belong to. Serialized is what `Content` is.
 template <typename Content>
-class CBundleContainer : public CSettingContainer {
+class BundleContainer : public CSettingContainer {
   public:
     // Reading throws CIPCMsgBufferException when the message ends too early; the fields read so far stay.
     void Deserialize(ISerializer& serializer) override {
@@ -79,37 +79,37 @@ class CBundleContainer : public CSettingContainer {
 };
 
 template <typename Values>
-class CSettingsContainer final : public CBundleContainer<SettingRecord<Values>> {
+class SettingsContainer final : public BundleContainer<SettingRecord<Values>> {
   public:
     void ExportToIni(std::wstring& out) const { AppendSettings<Values>(out, this->m_content, {}); }
 };
 
 }  // namespace wrb
 
-using CSettingContainerNCIESetting = wrb::CSettingsContainer<tagNcieValues>;
-using CSettingContainerSampleSubmissionSetting = wrb::CSettingsContainer<tagSampleSubmissionValues>;
-using CSettingContainerSablexSetting = wrb::CSettingsContainer<tagSablexValues>;
-using CSettingContainerAggrScanSetting = wrb::CSettingsContainer<tagAggrScanValues>;
+using CSettingContainerNCIESetting = wrb::SettingsContainer<wrb::NcieValues>;
+using CSettingContainerSampleSubmissionSetting = wrb::SettingsContainer<wrb::SampleSubmissionValues>;
+using CSettingContainerSablexSetting = wrb::SettingsContainer<wrb::SablexValues>;
+using CSettingContainerAggrScanSetting = wrb::SettingsContainer<wrb::AggrScanValues>;
 
-class CSettingContainerWtpSetting final : public wrb::CBundleContainer<wrb::SettingRecord<tagWtpValues>> {
+class CSettingContainerWtpSetting final : public wrb::BundleContainer<wrb::SettingRecord<wrb::WtpValues>> {
   public:
     // `protect` gives every address the form in which agents get it; ExportToIni passes on what it throws.
     explicit CSettingContainerWtpSetting(wrb::IniItemProtection protect) : m_protect(std::move(protect)) {}
 
-    void ExportToIni(std::wstring& out) const { wrb::AppendSettings<tagWtpValues>(out, m_content, m_protect); }
+    void ExportToIni(std::wstring& out) const { wrb::AppendSettings<wrb::WtpValues>(out, m_content, m_protect); }
 
   private:
     wrb::IniItemProtection m_protect;
 };
 
 class CSettingContainerFARestoreSetting final
-    : public wrb::CBundleContainer<wrb::SettingRecordList<wrb::SettingRecord<tagFARestoreValues>>> {
+    : public wrb::BundleContainer<wrb::SettingRecordList<wrb::SettingRecord<wrb::FARestoreValues>>> {
   public:
     void ExportToIni(std::wstring& out) const { wrb::AppendSettingItems(out, m_content.items); }
 };
 
 class CSettingContainerQMAgentPolicy final
-    : public wrb::CBundleContainer<wrb::SettingRecordList<wrb::SettingRecord<tagPolicyTrackingValues>>> {
+    : public wrb::BundleContainer<wrb::SettingRecordList<wrb::SettingRecord<wrb::PolicyTrackingValues>>> {
   public:
     // Also logs each policy.
     void ExportToIni(std::wstring& out) const;

@@ -8,8 +8,10 @@
 #include <string>
 #include <tuple>
 
+namespace wrb {
+
 // Web threat protection. A list of addresses is one text with "|" between the items.
-struct tagWtpValues {
+struct WtpValues {
     static constexpr uint32_t kEnablePolicyIn = 0x1;  // bits of flags; "in" and "out" of the office
     static constexpr uint32_t kEnablePolicyOut = 0x2;
     static constexpr uint32_t kSendLogIn = 0x4;
@@ -29,7 +31,7 @@ struct tagWtpValues {
     std::wstring blockedOut;
 
     static constexpr auto Fields() {
-        using V = tagWtpValues;
+        using V = WtpValues;
         return std::tuple(&V::flags, &V::securityLevelIn, &V::securityLevelOut, &V::filterFlagIn, &V::filterFlagOut,
                           &V::queryModeIn, &V::ratingLevelIn, &V::ratingLevelOut, &V::approvedIn, &V::approvedOut,
                           &V::blockedIn, &V::blockedOut);
@@ -37,7 +39,7 @@ struct tagWtpValues {
 };
 
 // Network content inspection.
-struct tagNcieValues {
+struct NcieValues {
     static constexpr uint32_t kEnableRR = 0x1;  // bits of flags
     static constexpr uint32_t kEnableCNP = 0x2;
     static constexpr uint32_t kEnableGC = 0x4;
@@ -49,22 +51,22 @@ struct tagNcieValues {
     uint32_t actionForSBA = 0;
 
     static constexpr auto Fields() {
-        using V = tagNcieValues;
+        using V = NcieValues;
         return std::tuple(&V::flags, &V::actionForCNP, &V::actionForRR, &V::actionForUserDefine, &V::actionForSBA);
     }
 };
 
 // Sample submission: made from a bit of the agent's privilege words, never stored by itself.
-struct tagSampleSubmissionValues {
+struct SampleSubmissionValues {
     static constexpr uint32_t kEnable = 0x1;  // bit of flags
 
     uint32_t flags = 0;
 
-    static constexpr auto Fields() { return std::tuple(&tagSampleSubmissionValues::flags); }
+    static constexpr auto Fields() { return std::tuple(&SampleSubmissionValues::flags); }
 };
 
 // The Sablex feature. Both lists are one text each, with "|" between the items.
-struct tagSablexValues {
+struct SablexValues {
     static constexpr uint32_t kEnableSablex = 0x1;  // bits of flags
     static constexpr uint32_t kEnableFile = 0x2;
     static constexpr uint32_t kEnableProcess = 0x4;
@@ -76,13 +78,13 @@ struct tagSablexValues {
     std::wstring processNames;
 
     static constexpr auto Fields() {
-        using V = tagSablexValues;
+        using V = SablexValues;
         return std::tuple(&V::flags, &V::actionForFile, &V::actionForProcess, &V::exceptions, &V::processNames);
     }
 };
 
 // Aggressive scanning.
-struct tagAggrScanValues {
+struct AggrScanValues {
     static constexpr uint32_t kEnableMitre = 0x1;  // bit of cfg
 
     uint32_t cfg = 0;
@@ -90,13 +92,13 @@ struct tagAggrScanValues {
     uint32_t detectFlagForIProduct = 0;
 
     static constexpr auto Fields() {
-        using V = tagAggrScanValues;
+        using V = AggrScanValues;
         return std::tuple(&V::cfg, &V::detectFlag, &V::detectFlagForIProduct);
     }
 };
 
 // One file that an agent is to put back after its analysis.
-struct tagFARestoreValues {
+struct FARestoreValues {
     std::wstring sha1Hash;
     std::wstring taskId;
     std::wstring itemId;
@@ -104,20 +106,22 @@ struct tagFARestoreValues {
     std::wstring fileName;
 
     static constexpr auto Fields() {
-        using V = tagFARestoreValues;
+        using V = FARestoreValues;
         return std::tuple(&V::sha1Hash, &V::taskId, &V::itemId, &V::fileDir, &V::fileName);
     }
 };
 
 // One policy that the central-management agent has put on the agent.
-struct tagPolicyTrackingValues {
+struct PolicyTrackingValues {
     std::wstring name;
     std::wstring lastUpdateTime;  // as the database writes it
     std::wstring policyOwner;
     std::wstring policyTypeId;
 
     static constexpr auto Fields() {
-        using V = tagPolicyTrackingValues;
+        using V = PolicyTrackingValues;
         return std::tuple(&V::name, &V::lastUpdateTime, &V::policyOwner, &V::policyTypeId);
     }
 };
+
+}  // namespace wrb

@@ -12,7 +12,7 @@ namespace {
 
 constexpr wchar_t kSeparator = L'|';
 
-std::vector<std::wstring_view> ItemsOf(const tagIniListKeys& keys, std::wstring_view list) {
+std::vector<std::wstring_view> ItemsOf(const IniListKeys& keys, std::wstring_view list) {
     std::vector<std::wstring_view> items;
     for (; HasIniItem(list); list.remove_prefix(std::min(list.size(), items.back().size() + 1))) {
         if (items.size() == kMostListItems) {
@@ -35,7 +35,7 @@ std::wstring FormatIniKey(const wchar_t* format, std::size_t number) {
     return FormatWide(format, static_cast<int>(number));
 }
 
-void AppendProtectedIniList(std::wstring& out, const tagIniListKeys& keys, std::wstring_view list,
+void AppendProtectedIniList(std::wstring& out, const IniListKeys& keys, std::wstring_view list,
                             const IniItemProtection& protect) {
     const std::vector<std::wstring_view> items = ItemsOf(keys, list);
     int32_t cut = 0;
@@ -51,7 +51,7 @@ void AppendProtectedIniList(std::wstring& out, const tagIniListKeys& keys, std::
     }
 }
 
-void AppendPlainIniList(std::wstring& out, const tagIniListKeys& keys, std::wstring_view list) {
+void AppendPlainIniList(std::wstring& out, const IniListKeys& keys, std::wstring_view list) {
     const std::vector<std::wstring_view> items = ItemsOf(keys, list);
     AppendIniInt(out, keys.count, static_cast<int32_t>(items.size()));
     for (std::size_t i = 0; i < items.size(); ++i) {

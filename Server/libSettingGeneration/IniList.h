@@ -17,7 +17,7 @@ inline constexpr std::size_t kMostListItems = 1000;
 // A protected item longer than this is cut, with a line in the log: it cannot be read any more.
 inline constexpr std::size_t kLongestProtectedItem = 1536;
 
-struct tagIniListKeys {
+struct IniListKeys {
     std::wstring_view count;
     const wchar_t* item;  // a format for the number: "Item%d" gives Item0, "Item%03d" Item000
 };
@@ -29,11 +29,11 @@ using IniItemProtection = std::function<std::wstring(std::wstring_view item)>;
 bool HasIniItem(std::wstring_view list) noexcept;
 
 // Appends the items, protected, and behind them their count. Throws what `protect` throws, and for lack of memory.
-void AppendProtectedIniList(std::wstring& out, const tagIniListKeys& keys, std::wstring_view list,
+void AppendProtectedIniList(std::wstring& out, const IniListKeys& keys, std::wstring_view list,
                             const IniItemProtection& protect);
 
 // Appends the count, and behind it the items as they stand.
-void AppendPlainIniList(std::wstring& out, const tagIniListKeys& keys, std::wstring_view list);
+void AppendPlainIniList(std::wstring& out, const IniListKeys& keys, std::wstring_view list);
 
 // The key of item `number`.
 std::wstring FormatIniKey(const wchar_t* format, std::size_t number);

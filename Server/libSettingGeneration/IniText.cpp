@@ -39,7 +39,7 @@ inline wchar_t* CopyShort(wchar_t* to, std::wstring_view text) {
 
 }  // namespace
 
-void CIniWriter::Section(std::wstring_view name) {
+void IniWriter::Section(std::wstring_view name) {
     Finish();
     std::size_t room = kSectionLineLimit;
     for (std::wstring_view piece : {std::wstring_view(L"["), name, std::wstring_view(L"]\n")}) {
@@ -49,7 +49,7 @@ void CIniWriter::Section(std::wstring_view name) {
     }
 }
 
-void CIniWriter::Int(std::wstring_view key, int32_t number) {
+void IniWriter::Int(std::wstring_view key, int32_t number) {
     char digits[kLongestInt32] = {};
     const char* const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
     wchar_t text[kLongestInt32];
@@ -60,7 +60,7 @@ void CIniWriter::Int(std::wstring_view key, int32_t number) {
     String(key, {text, length});
 }
 
-void CIniWriter::Line(std::wstring_view key, std::wstring_view head, std::wstring_view tail) {
+void IniWriter::Line(std::wstring_view key, std::wstring_view head, std::wstring_view tail) {
     const std::size_t length = key.size() + head.size() + tail.size() + 2;
     if (length > kCapacity - m_used) {
         Finish();
@@ -77,7 +77,7 @@ void CIniWriter::Line(std::wstring_view key, std::wstring_view head, std::wstrin
     m_used += length;
 }
 
-void CIniWriter::Finish() {
+void IniWriter::Finish() {
     m_out.append(m_buffer, m_used);
     m_used = 0;
 }
@@ -88,7 +88,7 @@ namespace {
 
 template <typename Write>
 void AppendLine(std::wstring& out, Write write) {
-    wrb::CIniWriter writer(out);
+    wrb::IniWriter writer(out);
     write(writer);
     writer.Finish();
 }
@@ -96,17 +96,17 @@ void AppendLine(std::wstring& out, Write write) {
 }  // namespace
 
 void AppendIniSection(std::wstring& out, std::wstring_view name) {
-    AppendLine(out, [&](wrb::CIniWriter& writer) { writer.Section(name); });
+    AppendLine(out, [&](wrb::IniWriter& writer) { writer.Section(name); });
 }
 
 void AppendIniString(std::wstring& out, std::wstring_view key, std::wstring_view value) {
-    AppendLine(out, [&](wrb::CIniWriter& writer) { writer.String(key, value); });
+    AppendLine(out, [&](wrb::IniWriter& writer) { writer.String(key, value); });
 }
 
 void AppendIniInt(std::wstring& out, std::wstring_view key, int32_t number) {
-    AppendLine(out, [&](wrb::CIniWriter& writer) { writer.Int(key, number); });
+    AppendLine(out, [&](wrb::IniWriter& writer) { writer.Int(key, number); });
 }
 
 void AppendIniBool(std::wstring& out, std::wstring_view key, bool bit) {
-    AppendLine(out, [&](wrb::CIniWriter& writer) { writer.Bool(key, bit); });
+    AppendLine(out, [&](wrb::IniWriter& writer) { writer.Bool(key, bit); });
 }

@@ -19,11 +19,11 @@ namespace wrb {
 
 // The same lines, many in a row: they gather in a small buffer and reach the text in long runs, which is what makes a
 // section of thirty short lines cheap. The text is complete after Finish; what was gathered and not finished is lost.
-class CIniWriter {
+class IniWriter {
   public:
-    explicit CIniWriter(std::wstring& out) noexcept : m_out(out) {}
-    CIniWriter(const CIniWriter&) = delete;
-    CIniWriter& operator=(const CIniWriter&) = delete;
+    explicit IniWriter(std::wstring& out) noexcept : m_out(out) {}
+    IniWriter(const IniWriter&) = delete;
+    IniWriter& operator=(const IniWriter&) = delete;
 
     void Section(std::wstring_view name);
     void String(std::wstring_view key, std::wstring_view value) { Line(key, value, {}); }

@@ -9,7 +9,7 @@ constexpr std::wstring_view kExploitMarker = L"CVE_Exploit";
 constexpr std::size_t kExploitItemLength = kExploitMarker.size() + 4;
 constexpr std::wstring_view kExploitKey = L"CustActionCve";
 
-void WriteCustomAction(CIniWriter& writer, std::wstring_view key, std::wstring_view text) {
+void WriteCustomAction(IniWriter& writer, std::wstring_view key, std::wstring_view text) {
     const SplitCustomAction parts = SplitAtExploit(text);
     writer.Line(key, parts.head, parts.tail);
     if (parts.HasExploit()) {
@@ -17,7 +17,7 @@ void WriteCustomAction(CIniWriter& writer, std::wstring_view key, std::wstring_v
     }
 }
 
-void WriteRow(CIniWriter& writer, const ScanRow& row, std::wstring_view uid, const tagScanGroupValues& values) {
+void WriteRow(IniWriter& writer, const ScanRow& row, std::wstring_view uid, const ScanGroupValues& values) {
     switch (row.kind) {
         case ScanRowKind::Uid:
             return writer.String(row.key, uid);
@@ -50,9 +50,8 @@ SplitCustomAction SplitAtExploit(std::wstring_view text) noexcept {
             .exploit = rest.substr(0, kExploitItemLength)};
 }
 
-void RenderScanGroup(std::wstring& out, const ScanGroup& group, std::wstring_view uid,
-                     const tagScanGroupValues& values) {
-    CIniWriter writer(out);
+void RenderScanGroup(std::wstring& out, const ScanGroup& group, std::wstring_view uid, const ScanGroupValues& values) {
+    IniWriter writer(out);
     writer.Section(group.section);
     for (const ScanRow& row : group.rows) {
         WriteRow(writer, row, uid, values);

@@ -23,7 +23,6 @@ SplitCustomAction SplitAtExploit(std::wstring_view text) noexcept;
 
 // Appends the group's section to `out` and never clears it. Reads the values in place: but for the growth of `out`
 // nothing is allocated.
-void RenderScanGroup(std::wstring& out, const ScanGroup& group, std::wstring_view uid,
-                     const tagScanGroupValues& values);
+void RenderScanGroup(std::wstring& out, const ScanGroup& group, std::wstring_view uid, const ScanGroupValues& values);
 
 }  // namespace wrb

@@ -16,9 +16,11 @@
 #include <string>
 #include <string_view>
 
+namespace wrb {
+
 // All values that a scan group can have; a group uses the members that its rows and its number and text lists name.
 // The numbers are what the database stores; the integer keys show them as signed numbers.
-struct tagScanGroupValues {
+struct ScanGroupValues {
     uint32_t flags = 0;  // the option word: one bit for most keys, laid out differently for each group
     uint32_t compressedLayer = 0;
     uint32_t oleLayer = 0;
@@ -48,16 +50,14 @@ struct tagScanGroupValues {
     // Spyware groups but the real-time one.
     std::wstring excludeFileExtList;
 
-    friend bool operator==(const tagScanGroupValues&, const tagScanGroupValues&) = default;
+    friend bool operator==(const ScanGroupValues&, const ScanGroupValues&) = default;
 };
-
-namespace wrb {
 
 enum class ScanType : uint8_t { MS, RT, PS, SN };  // manual, real-time, prescheduled, scan now
 enum class ScanGroupKind : uint8_t { Main, Spyware, Exclusion };
 
-using ScanNumber = uint32_t tagScanGroupValues::*;
-using ScanText = std::wstring tagScanGroupValues::*;
+using ScanNumber = uint32_t ScanGroupValues::*;
+using ScanText = std::wstring ScanGroupValues::*;
 
 // A key with a few numbered values that are spread over option bits. Reading the word, the first arm with one of its
 // bits set gives the value, `otherwise` when none has; setting the word, the arm with the value gives the bits to

@@ -3,7 +3,7 @@
 namespace wrb {
 namespace {
 
-using Values = tagScanGroupValues;
+using Values = ScanGroupValues;
 using enum ScanRowKind;
 
 constexpr uint32_t Mask(unsigned bit) {
@@ -271,9 +271,9 @@ constexpr ScanRow kSpywareScanNow[] = {
 // ---- updates ----
 
 template <std::size_t count>
-class CUpdateOrder {
+class UpdateOrder {
   public:
-    constexpr explicit CUpdateOrder(const ScanRow (&rows)[count]) {
+    constexpr explicit UpdateOrder(const ScanRow (&rows)[count]) {
         for (const ScanRow& row : rows) {
             if (row.updateBehind.empty() && Add(row)) {
                 AddThoseBehind(rows, row.key);
@@ -304,15 +304,15 @@ class CUpdateOrder {
     std::size_t m_used = 0;
 };
 
-constexpr CUpdateOrder kManualUpdate(kManual);
-constexpr CUpdateOrder kRealTimeUpdate(kRealTime);
-constexpr CUpdateOrder kPrescheduledUpdate(kPrescheduled);
-constexpr CUpdateOrder kScanNowUpdate(kScanNow);
-constexpr CUpdateOrder kExclusionUpdate(kExclusion);
-constexpr CUpdateOrder kSpywareManualUpdate(kSpywareManual);
-constexpr CUpdateOrder kSpywareRealTimeUpdate(kSpywareRealTime);
-constexpr CUpdateOrder kSpywarePrescheduledUpdate(kSpywarePrescheduled);
-constexpr CUpdateOrder kSpywareScanNowUpdate(kSpywareScanNow);
+constexpr UpdateOrder kManualUpdate(kManual);
+constexpr UpdateOrder kRealTimeUpdate(kRealTime);
+constexpr UpdateOrder kPrescheduledUpdate(kPrescheduled);
+constexpr UpdateOrder kScanNowUpdate(kScanNow);
+constexpr UpdateOrder kExclusionUpdate(kExclusion);
+constexpr UpdateOrder kSpywareManualUpdate(kSpywareManual);
+constexpr UpdateOrder kSpywareRealTimeUpdate(kSpywareRealTime);
+constexpr UpdateOrder kSpywarePrescheduledUpdate(kSpywarePrescheduled);
+constexpr UpdateOrder kSpywareScanNowUpdate(kSpywareScanNow);
 
 // A main group replaces its whole word, bits without a field included, but for two: whether the agent may configure
 // itself, and the switch of the exclusion group.

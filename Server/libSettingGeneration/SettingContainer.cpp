@@ -3,7 +3,7 @@
 #include "RenderScanGroup.h"
 #include "Serializer.h"
 
-void CScanSettingContainer::Deserialize(ISerializer& serializer) {
+void wrb::ScanSettingContainer::Deserialize(ISerializer& serializer) {
     // A text of no length at all on the wire leaves its target as it was.
     m_uid.clear();
     m_values = {};
@@ -17,7 +17,7 @@ void CScanSettingContainer::Deserialize(ISerializer& serializer) {
     }
 }
 
-void CScanSettingContainer::Serialize(ISerializer& serializer) const {
+void wrb::ScanSettingContainer::Serialize(ISerializer& serializer) const {
     CSerializer& message = serializer.GetSerializer();
     message << m_uid;
     for (const wrb::ScanNumber number : m_group.numbers) {
@@ -28,6 +28,6 @@ void CScanSettingContainer::Serialize(ISerializer& serializer) const {
     }
 }
 
-void CScanSettingContainer::ExportToIni(std::wstring& out) const {
+void wrb::ScanSettingContainer::ExportToIni(std::wstring& out) const {
     wrb::RenderScanGroup(out, m_group, m_uid, m_values);
 }

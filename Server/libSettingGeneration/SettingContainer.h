@@ -17,8 +17,10 @@ class CSettingContainer : public ISerializable {
     void Serialize(ISerializer& serializer) const override = 0;
 };
 
+namespace wrb {
+
 // The container of a scan group: the uid, the group's numbers, the group's texts.
-class CScanSettingContainer : public CSettingContainer {
+class ScanSettingContainer : public CSettingContainer {
   public:
     // Reading throws CIPCMsgBufferException when the message ends too early; the fields read so far stay.
     void Deserialize(ISerializer& serializer) override;
@@ -28,34 +30,32 @@ class CScanSettingContainer : public CSettingContainer {
     void ExportToIni(std::wstring& out) const;
 
     std::wstring m_uid;
-    tagScanGroupValues m_values;
+    ScanGroupValues m_values;
 
   protected:
-    explicit CScanSettingContainer(const wrb::ScanGroup& group) : m_group(group) {}
+    explicit ScanSettingContainer(const wrb::ScanGroup& group) : m_group(group) {}
 
   private:
     const wrb::ScanGroup& m_group;
 };
 
-namespace wrb {
-
 template <ScanType type, ScanGroupKind kind>
-class CScanGroupContainer final : public CScanSettingContainer {
+class ScanGroupContainer final : public ScanSettingContainer {
   public:
-    CScanGroupContainer() : CScanSettingContainer(FindScanGroup(type, kind)) {}
+    ScanGroupContainer() : ScanSettingContainer(FindScanGroup(type, kind)) {}
 };
 
 }  // namespace wrb
 
-using CSettingContainerMSCfg = wrb::CScanGroupContainer<wrb::ScanType::MS, wrb::ScanGroupKind::Main>;
-using CSettingContainerRTCfg = wrb::CScanGroupContainer<wrb::ScanType::RT, wrb::ScanGroupKind::Main>;
-using CSettingContainerPSCfg = wrb::CScanGroupContainer<wrb::ScanType::PS, wrb::ScanGroupKind::Main>;
-using CSettingContainerSNCfg = wrb::CScanGroupContainer<wrb::ScanType::SN, wrb::ScanGroupKind::Main>;
-using CSettingContainerMSCfgEx = wrb::CScanGroupContainer<wrb::ScanType::MS, wrb::ScanGroupKind::Exclusion>;
-using CSettingContainerRTCfgEx = wrb::CScanGroupContainer<wrb::ScanType::RT, wrb::ScanGroupKind::Exclusion>;
-using CSettingContainerPSCfgEx = wrb::CScanGroupContainer<wrb::ScanType::PS, wrb::ScanGroupKind::Exclusion>;
-using CSettingContainerSNCfgEx = wrb::CScanGroupContainer<wrb::ScanType::SN, wrb::ScanGroupKind::Exclusion>;
-using CSettingContainerSpyMSCfg = wrb::CScanGroupContainer<wrb::ScanType::MS, wrb::ScanGroupKind::Spyware>;
-using CSettingContainerSpyRTCfg = wrb::CScanGroupContainer<wrb::ScanType::RT, wrb::ScanGroupKind::Spyware>;
-using CSettingContainerSpyPSCfg = wrb::CScanGroupContainer<wrb::ScanType::PS, wrb::ScanGroupKind::Spyware>;
-using CSettingContainerSpySNCfg = wrb::CScanGroupContainer<wrb::ScanType::SN, wrb::ScanGroupKind::Spyware>;
+using CSettingContainerMSCfg = wrb::ScanGroupContainer<wrb::ScanType::MS, wrb::ScanGroupKind::Main>;
+using CSettingContainerRTCfg = wrb::ScanGroupContainer<wrb::ScanType::RT, wrb::ScanGroupKind::Main>;
+using CSettingContainerPSCfg = wrb::ScanGroupContainer<wrb::ScanType::PS, wrb::ScanGroupKind::Main>;
+using CSettingContainerSNCfg = wrb::ScanGroupContainer<wrb::ScanType::SN, wrb::ScanGroupKind::Main>;
+using CSettingContainerMSCfgEx = wrb::ScanGroupContainer<wrb::ScanType::MS, wrb::ScanGroupKind::Exclusion>;
+using CSettingContainerRTCfgEx = wrb::ScanGroupContainer<wrb::ScanType::RT, wrb::ScanGroupKind::Exclusion>;
+using CSettingContainerPSCfgEx = wrb::ScanGroupContainer<wrb::ScanType::PS, wrb::ScanGroupKind::Exclusion>;
+using CSettingContainerSNCfgEx = wrb::ScanGroupContainer<wrb::ScanType::SN, wrb::ScanGroupKind::Exclusion>;
+using CSettingContainerSpyMSCfg = wrb::ScanGroupContainer<wrb::ScanType::MS, wrb::ScanGroupKind::Spyware>;
+using CSettingContainerSpyRTCfg = wrb::ScanGroupContainer<wrb::ScanType::RT, wrb::ScanGroupKind::Spyware>;
+using CSettingContainerSpyPSCfg = wrb::ScanGroupContainer<wrb::ScanType::PS, wrb::ScanGroupKind::Spyware>;
+using CSettingContainerSpySNCfg = wrb::ScanGroupContainer<wrb::ScanType::SN, wrb::ScanGroupKind::Spyware>;

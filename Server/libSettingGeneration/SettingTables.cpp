@@ -14,11 +14,11 @@ constexpr SettingRow<Values> IntRow(std::wstring_view key, uint32_t Values::*num
     return {.key = key, .kind = Int, .number = number};
 }
 template <typename Values>
-constexpr SettingRow<Values> ListRow(SettingRowKind kind, std::wstring Values::*text, const tagIniListKeys& keys) {
+constexpr SettingRow<Values> ListRow(SettingRowKind kind, std::wstring Values::*text, const IniListKeys& keys) {
     return {.key = {}, .kind = kind, .text = text, .list = keys};
 }
 
-using Wtp = tagWtpValues;
+using Wtp = WtpValues;
 constexpr SettingRow<Wtp> kWtp[] = {
     BitRow(L"EnablePolicyIn", &Wtp::flags, Wtp::kEnablePolicyIn),
     BitRow(L"EnablePolicyOut", &Wtp::flags, Wtp::kEnablePolicyOut),
@@ -38,7 +38,7 @@ constexpr SettingRow<Wtp> kWtp[] = {
             {L"URLFilterBlackListCount_OutOffice", L"URLFilterBlackList_OutOffice%03d"}),
 };
 
-using Ncie = tagNcieValues;
+using Ncie = NcieValues;
 constexpr SettingRow<Ncie> kNcie[] = {
     BitRow(L"EnableRR", &Ncie::flags, Ncie::kEnableRR), BitRow(L"EnableCNP", &Ncie::flags, Ncie::kEnableCNP),
     BitRow(L"EnableGC", &Ncie::flags, Ncie::kEnableGC), IntRow(L"ActionForCNP", &Ncie::actionForCNP),
@@ -46,12 +46,12 @@ constexpr SettingRow<Ncie> kNcie[] = {
     IntRow(L"ActionForSBA", &Ncie::actionForSBA),
 };
 
-using Sample = tagSampleSubmissionValues;
+using Sample = SampleSubmissionValues;
 constexpr SettingRow<Sample> kSampleSubmission[] = {
     BitRow(L"EnableSampleSubmission", &Sample::flags, Sample::kEnable),
 };
 
-using Sablex = tagSablexValues;
+using Sablex = SablexValues;
 constexpr SettingRow<Sablex> kSablex[] = {
     BitRow(L"EnableSablex", &Sablex::flags, Sablex::kEnableSablex),
     BitRow(L"EnableFile", &Sablex::flags, Sablex::kEnableFile),
@@ -62,21 +62,21 @@ constexpr SettingRow<Sablex> kSablex[] = {
     ListRow(List, &Sablex::processNames, {L"DS_ProcessCount", L"DS_ProcessName%03d"}),
 };
 
-using Aggr = tagAggrScanValues;
+using Aggr = AggrScanValues;
 constexpr SettingRow<Aggr> kAggrScan[] = {
     BitRow(L"EnableMitre", &Aggr::cfg, Aggr::kEnableMitre),
     IntRow(L"AggreDetectFlag", &Aggr::detectFlag),
     IntRow(L"AggreDetectFlagForIProduct", &Aggr::detectFlagForIProduct),
 };
 
-using Restore = tagFARestoreValues;
+using Restore = FARestoreValues;
 constexpr SettingItemRow<Restore> kFARestore[] = {
     {L"FASha1Hash", L"FASha1Hash_%d", &Restore::sha1Hash}, {L"FATaskId", L"FATaskId_%d", &Restore::taskId},
     {L"FAItemId", L"FAItemId_%d", &Restore::itemId},       {L"FAFileDir", L"FAFileDir_%d", &Restore::fileDir},
     {L"FAFileName", L"FAFileName_%d", &Restore::fileName},
 };
 
-using Policy = tagPolicyTrackingValues;
+using Policy = PolicyTrackingValues;
 constexpr SettingItemRow<Policy> kPolicyTracking[] = {
     {L"Name", L"QMAPolicy%d_Name", &Policy::name},
     {L"LastUpdateTime", L"QMAPolicy%d_LastUpdateTime", &Policy::lastUpdateTime},

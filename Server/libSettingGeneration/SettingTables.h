@@ -25,7 +25,7 @@ struct SettingRow {
     uint32_t Values::*number = nullptr;    // Bit: the option word; Int
     uint32_t bits = 0;                     // Bit: the mask
     std::wstring Values::*text = nullptr;  // the lists
-    tagIniListKeys list = {};              // the lists
+    IniListKeys list = {};                 // the lists
 };
 
 template <typename Values>
@@ -50,12 +50,12 @@ struct SettingItemTable {
 };
 
 // Overloads, so that a template finds the table by the type of the values.
-SettingTable<tagWtpValues> SettingTableOf(const tagWtpValues&) noexcept;
-SettingTable<tagNcieValues> SettingTableOf(const tagNcieValues&) noexcept;
-SettingTable<tagSampleSubmissionValues> SettingTableOf(const tagSampleSubmissionValues&) noexcept;
-SettingTable<tagSablexValues> SettingTableOf(const tagSablexValues&) noexcept;
-SettingTable<tagAggrScanValues> SettingTableOf(const tagAggrScanValues&) noexcept;
-SettingItemTable<tagFARestoreValues> SettingTableOf(const tagFARestoreValues&) noexcept;
-SettingItemTable<tagPolicyTrackingValues> SettingTableOf(const tagPolicyTrackingValues&) noexcept;
+SettingTable<WtpValues> SettingTableOf(const WtpValues&) noexcept;
+SettingTable<NcieValues> SettingTableOf(const NcieValues&) noexcept;
+SettingTable<SampleSubmissionValues> SettingTableOf(const SampleSubmissionValues&) noexcept;
+SettingTable<SablexValues> SettingTableOf(const SablexValues&) noexcept;
+SettingTable<AggrScanValues> SettingTableOf(const AggrScanValues&) noexcept;
+SettingItemTable<FARestoreValues> SettingTableOf(const FARestoreValues&) noexcept;
+SettingItemTable<PolicyTrackingValues> SettingTableOf(const PolicyTrackingValues&) noexcept;
 
 }  // namespace wrb

@@ -99,7 +99,7 @@ std::optional<ProtectionKey> ParseProtectionKey(std::wstring_view hex) noexcept 
 
 // The key by value: the system takes a pointer to what it does not change. It is not wiped, for the INI cache that it
 // comes from keeps it as long as the process lives.
-CStringProtection::CStringProtection(ProtectionKey key) {
+StringProtection::StringProtection(ProtectionKey key) {
     Check(BCryptOpenAlgorithmProvider(m_algorithm.Receive(), BCRYPT_AES_ALGORITHM, nullptr, 0),
           "BCryptOpenAlgorithmProvider");
     wchar_t mode[] = BCRYPT_CHAIN_MODE_GCM;
@@ -110,7 +110,7 @@ CStringProtection::CStringProtection(ProtectionKey key) {
           "BCryptGenerateSymmetricKey");
 }
 
-std::wstring CStringProtection::Protect(std::wstring_view text) const {
+std::wstring StringProtection::Protect(std::wstring_view text) const {
     const std::string plain = WideToUtf8(text);
     std::vector<uint8_t> bytes(kNonceBytes + plain.size() + kTagBytes);
     uint8_t* const body = bytes.data() + kNonceBytes;
@@ -123,7 +123,7 @@ std::wstring CStringProtection::Protect(std::wstring_view text) const {
     return std::wstring(kPrefix) + ToBase64(bytes);
 }
 
-std::optional<std::wstring> CStringProtection::Unprotect(std::wstring_view text) const {
+std::optional<std::wstring> StringProtection::Unprotect(std::wstring_view text) const {
     if (!text.starts_with(kPrefix)) {
         return std::nullopt;
     }

@@ -30,10 +30,10 @@ using ProtectionKey = std::array<uint8_t, 32>;
 std::optional<ProtectionKey> ParseProtectionKey(std::wstring_view hex) noexcept;
 
 // Both directions with one key. One thread at a time.
-class CStringProtection {
+class StringProtection {
   public:
     // Throws OS::CException, as Protect does, when the system's crypto library fails.
-    explicit CStringProtection(ProtectionKey key);
+    explicit StringProtection(ProtectionKey key);
 
     std::wstring Protect(std::wstring_view text) const;
 
@@ -52,8 +52,8 @@ class CStringProtection {
         static void Close(Type key) noexcept { BCryptDestroyKey(key); }
     };
 
-    CUniqueHandle<AlgorithmTraits> m_algorithm;  // outlives the key
-    CUniqueHandle<KeyTraits> m_key;
+    UniqueHandle<AlgorithmTraits> m_algorithm;  // outlives the key
+    UniqueHandle<KeyTraits> m_key;
 };
 
 }  // namespace wrb

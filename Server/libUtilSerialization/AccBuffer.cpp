@@ -24,7 +24,7 @@ CAccBuffer& CAccBuffer::operator=(const CAccBuffer& other) {
     if (other.Data() == nullptr) {
         return *this;
     }
-    wrb::CBlock copy = wrb::AllocateBlock(other.m_used);
+    wrb::Block copy = wrb::AllocateBlock(other.m_used);
     if (!copy) {
         WRB_LOG(kLogError, L"%s - Failed to allocate memory!", L"CAccBuffer::operator =");
         return *this;
@@ -73,12 +73,12 @@ void CAccBuffer::ForgetSpill() noexcept {
     m_spill.reset();
 }
 
-wrb::CBlock CAccBuffer::DetachBlock() {
+wrb::Block CAccBuffer::DetachBlock() {
     if (!m_ownsData) {
         throw CIPCMsgBufferException(CIPCMsgBufferException::kNotOwner, WRB_SOURCE_FILE, __LINE__);
     }
     m_ownsData = false;
-    wrb::CBlock block(m_data);
+    wrb::Block block(m_data);
     Empty();
     return block;
 }
@@ -91,7 +91,7 @@ void CAccBuffer::Overwrite(uint32_t offset, const void* bytes, uint32_t count) {
 }
 
 bool CAccBuffer::CreateFileModeFile() {
-    m_spill = wrb::CSpillFile::Create();
+    m_spill = wrb::SpillFile::Create();
     m_spillFailed = !m_spill;
     if (!m_spill) {
         const auto error = static_cast<int>(GetLastError());
@@ -105,8 +105,8 @@ bool CAccBuffer::CreateFileModeFile() {
     return true;
 }
 
-std::unique_ptr<wrb::CSpillFile> CAccBuffer::DetachSpillFile() noexcept {
-    std::unique_ptr<wrb::CSpillFile> file = std::move(m_spill);
+std::unique_ptr<wrb::SpillFile> CAccBuffer::DetachSpillFile() noexcept {
+    std::unique_ptr<wrb::SpillFile> file = std::move(m_spill);
     Empty();
     return file;
 }

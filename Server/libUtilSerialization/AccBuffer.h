@@ -17,7 +17,7 @@
 #include "Block.h"
 
 namespace wrb {
-class CSpillFile;
+class SpillFile;
 }
 
 class CAccBuffer {
@@ -85,17 +85,17 @@ class CAccBuffer {
     bool CreateFileModeFile();
 
     // The temporary file, null in memory.
-    wrb::CSpillFile* SpillFile() const noexcept { return m_spill.get(); }
+    wrb::SpillFile* SpillFile() const noexcept { return m_spill.get(); }
 
     // Gives the temporary file away and empties the buffer.
-    std::unique_ptr<wrb::CSpillFile> DetachSpillFile() noexcept;
+    std::unique_ptr<wrb::SpillFile> DetachSpillFile() noexcept;
 
     // Uses `block` in place of its own; `increment` is the granule from now on. An owned block comes from AllocateBlock
     // and is freed by the buffer; one that is not owned must outlive its use and is never written to.
     void AttachBlock(uint8_t* block, uint32_t length, bool owned, uint32_t increment) noexcept;
 
     // Gives the block away and leaves the buffer empty. Throws kNotOwner for a block that is not the buffer's.
-    wrb::CBlock DetachBlock();
+    wrb::Block DetachBlock();
 
     // Writes over bytes that are already there.
     void Overwrite(uint32_t offset, const void* bytes, uint32_t count);
@@ -118,5 +118,5 @@ class CAccBuffer {
     bool m_ownsData = false;
     bool m_spillFailed = false;
     uint32_t m_inFileOnly = 0;  // bytes in the temporary file behind those that the block holds too
-    std::unique_ptr<wrb::CSpillFile> m_spill;
+    std::unique_ptr<wrb::SpillFile> m_spill;
 };

@@ -8,14 +8,14 @@
 namespace wrb {
 
 // The C allocator, because a message's block grows in place where the heap allows it.
-struct CBlockFree {
+struct BlockFree {
     void operator()(uint8_t* block) const noexcept { std::free(block); }
 };
-using CBlock = std::unique_ptr<uint8_t, CBlockFree>;
+using Block = std::unique_ptr<uint8_t, BlockFree>;
 
 // Null when memory is exhausted. The bytes are not initialised.
-inline CBlock AllocateBlock(uint32_t bytes) noexcept {
-    return CBlock(static_cast<uint8_t*>(std::malloc(bytes == 0 ? 1 : bytes)));
+inline Block AllocateBlock(uint32_t bytes) noexcept {
+    return Block(static_cast<uint8_t*>(std::malloc(bytes == 0 ? 1 : bytes)));
 }
 
 }  // namespace wrb

@@ -116,14 +116,14 @@ void CIPCMsgBuffer::AttachBlock(uint8_t* block, uint32_t length, bool owned, uin
     m_previousPosition = 0;
 }
 
-wrb::CBlock CIPCMsgBuffer::DetachBlock() {
-    wrb::CBlock block = CAccBuffer::DetachBlock();
+wrb::Block CIPCMsgBuffer::DetachBlock() {
+    wrb::Block block = CAccBuffer::DetachBlock();
     Empty();
     return block;
 }
 
-std::unique_ptr<wrb::CSpillFile> CIPCMsgBuffer::DetachSpillFile() noexcept {
-    std::unique_ptr<wrb::CSpillFile> file = CAccBuffer::DetachSpillFile();
+std::unique_ptr<wrb::SpillFile> CIPCMsgBuffer::DetachSpillFile() noexcept {
+    std::unique_ptr<wrb::SpillFile> file = CAccBuffer::DetachSpillFile();
     Empty();
     return file;
 }

@@ -78,8 +78,8 @@ class CIPCMsgBuffer : public CAccBuffer {
     // As the functions of the base class, with the cursor at the first byte.
     void Empty() noexcept;
     void AttachBlock(uint8_t* block, uint32_t length, bool owned, uint32_t increment) noexcept;
-    wrb::CBlock DetachBlock();
-    std::unique_ptr<wrb::CSpillFile> DetachSpillFile() noexcept;
+    wrb::Block DetachBlock();
+    std::unique_ptr<wrb::SpillFile> DetachSpillFile() noexcept;
 
     // Moves the cursor behind the last byte.
     void SkipToEnd() noexcept { m_position = m_used; }

@@ -19,7 +19,7 @@ CMsgSerializer::CMsgSerializer(const wchar_t* name, int mode)
     : m_name(name == nullptr ? L"NULL" : name),
       m_id(wrb::MakeMessageId(m_name, wrb::SystemClock().TickMilliseconds(), GetCurrentProcessId(),
                               GetCurrentThreadId())),
-      m_mapFrom(wrb::CResultFile::kMapFrom) {
+      m_mapFrom(wrb::ResultFile::kMapFrom) {
     WriteHeader();
     if (mode == kInFile) {
         CreateFileModeFile();
@@ -57,7 +57,7 @@ bool CMsgSerializer::Finalize() {
                 SpillFile()->Path().c_str());
         return false;
     }
-    const std::unique_ptr<wrb::CSpillFile> file = DetachSpillFile();
+    const std::unique_ptr<wrb::SpillFile> file = DetachSpillFile();
     if (!file->OpenToReceivers()) {
         // A receiver under the same account still gets it.
         WRB_LOG(kLogWarning, L"%s - [File mode] Failed to set the access of %s. err = %d", L"CMsgSerializer::Finalize",
@@ -73,7 +73,7 @@ bool CMsgSerializer::Finalize() {
 }
 
 void CMsgSerializer::DiscardSentFile() noexcept {
-    const wrb::CKeepLastError keep;
+    const wrb::KeepLastError keep;
     if (!m_sentFile.empty()) {
         DeleteFileW(m_sentFile.c_str());
         m_sentFile.clear();
@@ -138,12 +138,12 @@ bool CMsgSerializer::ReadFile(const std::wstring& path) {
 
 // Puts the content of the file in the place of the message that named it.
 bool CMsgSerializer::TakeFile(const std::wstring& path) {
-    auto file = std::make_unique<wrb::CResultFile>();
+    auto file = std::make_unique<wrb::ResultFile>();
     if (!file->Open(path)) {
         return false;
     }
     const bool mapped = file->Size() >= m_mapFrom;
-    wrb::CBlock block = mapped ? nullptr : file->Read();
+    wrb::Block block = mapped ? nullptr : file->Read();
     uint8_t* bytes = mapped ? file->Map() : block.get();
     if (bytes == nullptr) {
         return false;

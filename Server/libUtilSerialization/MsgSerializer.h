@@ -33,7 +33,7 @@
 #include "Serializer.h"
 
 namespace wrb {
-class CResultFile;
+class ResultFile;
 }
 
 class CMsgSerializer : public CSerializer {
@@ -94,8 +94,8 @@ class CMsgSerializer : public CSerializer {
     ControlBlock m_control = kNewControlBlock;
     std::wstring m_name;
     std::wstring m_id;
-    std::wstring m_sentFile;                         // handed over by Finalize
-    std::unique_ptr<wrb::CResultFile> m_resultFile;  // outlives the bytes that are a view of it
+    std::wstring m_sentFile;                        // handed over by Finalize
+    std::unique_ptr<wrb::ResultFile> m_resultFile;  // outlives the bytes that are a view of it
     uint64_t m_mapFrom;
 };
 

@@ -23,7 +23,7 @@ bool IsPlainFile(const BY_HANDLE_FILE_INFORMATION& file) {
 
 }  // namespace
 
-CResultFile::~CResultFile() {
+ResultFile::~ResultFile() {
     m_view.Reset();
     m_mapping.Reset();
     m_file.Reset();
@@ -32,7 +32,7 @@ CResultFile::~CResultFile() {
     }
 }
 
-bool CResultFile::Open(const std::wstring& path) {
+bool ResultFile::Open(const std::wstring& path) {
     m_path = AcceptedSpillPath(path);
     if (m_path.empty()) {
         WRB_LOG(kLogError, L"%s - [File mode] File refused, not in a spill directory: %s", kReader, path.c_str());
@@ -46,7 +46,7 @@ bool CResultFile::Open(const std::wstring& path) {
 }
 
 // The link itself is opened instead of its target, so that what is checked is what was named.
-bool CResultFile::OpenFor(DWORD access) {
+bool ResultFile::OpenFor(DWORD access) {
     m_file.Reset(CreateFileW(m_path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
                              FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
     if (!m_file) {
@@ -56,7 +56,7 @@ bool CResultFile::OpenFor(DWORD access) {
     return TakeSize();
 }
 
-bool CResultFile::TakeSize() {
+bool ResultFile::TakeSize() {
     BY_HANDLE_FILE_INFORMATION file;
     if (!GetFileInformationByHandle(m_file.Get(), &file)) {
         const int error = LastError();
@@ -73,10 +73,10 @@ bool CResultFile::TakeSize() {
     return true;
 }
 
-CBlock CResultFile::Read() {
+Block ResultFile::Read() {
     WRB_LOG(kLogDebug, L"%s - [File mode] File name = %s, file size = %d", kReader, m_path.c_str(),
             static_cast<int>(m_size));
-    CBlock block = AllocateBlock(static_cast<uint32_t>(m_size));
+    Block block = AllocateBlock(static_cast<uint32_t>(m_size));
     DWORD read = 0;
     if (!block || !::ReadFile(m_file.Get(), block.get(), static_cast<DWORD>(m_size), &read, nullptr) ||
         read != m_size) {
@@ -88,7 +88,7 @@ CBlock CResultFile::Read() {
 }
 
 // The texts of the two failures name each other's function; readers of the log search for them as they are.
-uint8_t* CResultFile::Map() {
+uint8_t* ResultFile::Map() {
     WRB_LOG(kLogDebug, L"%s - Use memory mapped file to read: %s", kReader, m_path.c_str());
     if (!OpenFor(GENERIC_READ | GENERIC_WRITE)) {
         return nullptr;

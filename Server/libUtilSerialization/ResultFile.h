@@ -1,4 +1,4 @@
-// CResultFile: the receiver's side of a message in file mode, the file that a message names.
+// ResultFile: the receiver's side of a message in file mode, the file that a message names.
 //
 // Refused, and then neither read nor deleted: a path that AcceptedSpillPath does not allow, and what is not a plain
 // file with a single name (a directory, a link, a second hard link to some other file). Once accepted, the file is
@@ -17,14 +17,14 @@
 
 namespace wrb {
 
-class CResultFile {
+class ResultFile {
   public:
     static constexpr uint64_t kMapFrom = 52428800;  // bytes; smaller files are read, others mapped
 
-    CResultFile() = default;
-    CResultFile(const CResultFile&) = delete;
-    CResultFile& operator=(const CResultFile&) = delete;
-    ~CResultFile();
+    ResultFile() = default;
+    ResultFile(const ResultFile&) = delete;
+    ResultFile& operator=(const ResultFile&) = delete;
+    ~ResultFile();
 
     // Opens the file for reading and takes its size.
     bool Open(const std::wstring& path);
@@ -32,7 +32,7 @@ class CResultFile {
     uint64_t Size() const noexcept { return m_size; }
 
     // The whole file, Size() bytes.
-    CBlock Read();
+    Block Read();
 
     // The whole file, Size() bytes; valid as long as the object. Takes the size anew.
     uint8_t* Map();
@@ -42,10 +42,10 @@ class CResultFile {
     bool TakeSize();
 
     std::wstring m_path;  // empty until the file is ours
-    CFileHandle m_file;
-    CKernelHandle m_mapping;
+    FileHandle m_file;
+    KernelHandle m_mapping;
     uint64_t m_size = 0;
-    CMappedView m_view;
+    MappedView m_view;
 };
 
 }  // namespace wrb

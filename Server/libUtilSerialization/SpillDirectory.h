@@ -4,7 +4,7 @@
 // and is not to be trusted: a local program could otherwise have a service read, lock or delete any file that the
 // service can reach, or connect to a share or a pipe. Both sides therefore agree on a rule: the file lies directly in a
 // spill directory and has the name that the system gives a temporary file with our prefix. Any account may be granted
-// such a file (see CSpillFile), so the bodies that pass through here are no secret on the machine.
+// such a file (see SpillFile), so the bodies that pass through here are no secret on the machine.
 //
 // Sender and receiver find the same directories when the server is installed ("Local_Path" is set) or when they run
 // under the same account. Silent; any thread.

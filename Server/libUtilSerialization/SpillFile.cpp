@@ -11,8 +11,8 @@
 #include "SpillDirectory.h"
 
 namespace wrb {
-std::unique_ptr<CSpillFile> CSpillFile::Create() {
-    std::unique_ptr<CSpillFile> file(new CSpillFile);  // first, so that there is always an owner of what is created
+std::unique_ptr<SpillFile> SpillFile::Create() {
+    std::unique_ptr<SpillFile> file(new SpillFile);  // first, so that there is always an owner of what is created
     file->m_path = CreateFileInSpillDirectory();
     if (file->m_path.empty()) {
         return nullptr;
@@ -21,25 +21,25 @@ std::unique_ptr<CSpillFile> CSpillFile::Create() {
     return file->m_stream.is_open() ? std::move(file) : nullptr;
 }
 
-CSpillFile::~CSpillFile() {
-    const CKeepLastError keep;
+SpillFile::~SpillFile() {
+    const KeepLastError keep;
     m_stream.close();
     if (m_deleteFile && !m_path.empty()) {
         DeleteFileW(m_path.c_str());
     }
 }
 
-void CSpillFile::Write(const void* bytes, uint32_t count) {
+void SpillFile::Write(const void* bytes, uint32_t count) {
     m_stream.write(static_cast<const char*>(bytes), count);
 }
 
-bool CSpillFile::Close() {
+bool SpillFile::Close() {
     m_stream.close();
     return !m_stream.fail();
 }
 
-bool CSpillFile::OpenToReceivers() const {
-    CLocalMemory descriptor;
+bool SpillFile::OpenToReceivers() const {
+    LocalMemory descriptor;
     return ConvertStringSecurityDescriptorToSecurityDescriptorW(kReceiverAccess, SDDL_REVISION_1, descriptor.Receive(),
                                                                 nullptr) != FALSE &&
            SetFileSecurityW(m_path.c_str(), DACL_SECURITY_INFORMATION, descriptor.Get()) != FALSE;

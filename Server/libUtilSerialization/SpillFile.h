@@ -1,4 +1,4 @@
-// CSpillFile: the sender's side of a message in file mode, a temporary file that takes what no longer fits in memory.
+// SpillFile: the sender's side of a message in file mode, a temporary file that takes what no longer fits in memory.
 //
 // The file is deleted with the object unless it has been handed over; that keeps the last error. Nothing throws but for
 // lack of memory, and then no file is left behind. One thread at a time.
@@ -16,14 +16,14 @@ namespace wrb {
 inline constexpr wchar_t kReceiverAccess[] =
     L"D:(A;OICI;GA;;;S-1-5-32-568)(A;OICI;GA;;;S-1-5-17)(A;OICI;GA;;;S-1-5-18)(A;OICI;GA;;;S-1-1-0)";
 
-class CSpillFile {
+class SpillFile {
   public:
     // Null when no directory takes a new file; GetLastError has the cause.
-    static std::unique_ptr<CSpillFile> Create();
+    static std::unique_ptr<SpillFile> Create();
 
-    CSpillFile(const CSpillFile&) = delete;
-    CSpillFile& operator=(const CSpillFile&) = delete;
-    ~CSpillFile();
+    SpillFile(const SpillFile&) = delete;
+    SpillFile& operator=(const SpillFile&) = delete;
+    ~SpillFile();
 
     const std::wstring& Path() const noexcept { return m_path; }
 
@@ -41,7 +41,7 @@ class CSpillFile {
     void HandOver() noexcept { m_deleteFile = false; }
 
   private:
-    CSpillFile() = default;
+    SpillFile() = default;
 
     std::wstring m_path;
     std::ofstream m_stream;

@@ -5,7 +5,7 @@
 #include "LogLine.h"
 
 void DebugLog(uint32_t level, const wchar_t* sourceFile, uint32_t line, const wchar_t* format, ...) noexcept {
-    if (wrb::CLogFilter::Shared().Admits(level)) {
+    if (wrb::LogFilter::Shared().Admits(level)) {
         va_list arguments;
         va_start(arguments, format);
         wrb::WriteLogLine(level, sourceFile, line, format, arguments);
@@ -14,7 +14,7 @@ void DebugLog(uint32_t level, const wchar_t* sourceFile, uint32_t line, const wc
 }
 
 void DebugLogA(uint32_t level, const wchar_t* sourceFile, uint32_t line, const char* format, ...) noexcept {
-    if (wrb::CLogFilter::Shared().Admits(level)) {
+    if (wrb::LogFilter::Shared().Admits(level)) {
         va_list arguments;
         va_start(arguments, format);
         wrb::WriteLogLine(level, sourceFile, line, format, arguments);

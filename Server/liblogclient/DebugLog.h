@@ -48,7 +48,7 @@ bool DebugLogAttachMirror(const wchar_t* path) noexcept;
 #define WRB_LOG(level, format, ...) WRB_LOG_FROM(level, WRB_SOURCE_FILE, __LINE__, format __VA_OPT__(, ) __VA_ARGS__)
 #define WRB_LOG_FROM(level, sourceFile, line, format, ...)                        \
     do {                                                                          \
-        if (wrb::CLogFilter::Shared().Admits(level)) {                            \
+        if (wrb::LogFilter::Shared().Admits(level)) {                             \
             DebugLog(level, sourceFile, line, format __VA_OPT__(, ) __VA_ARGS__); \
         }                                                                         \
     } while (false)

@@ -23,18 +23,18 @@ std::basic_string<Character> Cut(const Character* text, std::size_t limit) {
 
 int DebugLogSetup(const wchar_t* debugIni, const wchar_t* debugLibrary, const char* moduleTag,
                   bool internalLogger) noexcept {
-    const wrb::CKeepLastError keep;
+    const wrb::KeepLastError keep;
     try {
-        std::shared_ptr<const wrb::CExternalLog> external;
+        std::shared_ptr<const wrb::ExternalLog> external;
         bool initialized = false;
         if (!internalLogger) {
-            external = std::make_shared<const wrb::CExternalLog>(Cut(debugLibrary, kPathCharacters).c_str());
+            external = std::make_shared<const wrb::ExternalLog>(Cut(debugLibrary, kPathCharacters).c_str());
             // The library takes the path in the system's code page, in at most 260 bytes.
             const std::string ini = wrb::WideToAnsi(Cut(debugIni, kPathCharacters)).substr(0, kPathCharacters);
             initialized = external->Initialize(ini.c_str());
         }
         const std::wstring tag = wrb::AnsiToWide(Cut(moduleTag, kTagBytes)).substr(0, kTagCharacters);
-        wrb::CLoggerState::Shared().Replace([&](wrb::tagLoggerSetup& setup) {
+        wrb::LoggerState::Shared().Replace([&](wrb::LoggerSetup& setup) {
             setup.moduleTag = tag;
             setup.internalLogger = internalLogger;
             setup.external = external;
@@ -46,15 +46,14 @@ int DebugLogSetup(const wchar_t* debugIni, const wchar_t* debugLibrary, const ch
 }
 
 bool DebugLogAttachMirror(const wchar_t* path) noexcept {
-    const wrb::CKeepLastError keep;
+    const wrb::KeepLastError keep;
     try {
-        std::shared_ptr<const wrb::CLogMirror> mirror;
+        std::shared_ptr<const wrb::LogMirror> mirror;
         if (path != nullptr) {
-            mirror = std::make_shared<const wrb::CLogMirror>(path);
+            mirror = std::make_shared<const wrb::LogMirror>(path);
         }
         const bool failed = mirror != nullptr && !mirror->IsOpen();
-        wrb::CLoggerState::Shared().Replace(
-            [&](wrb::tagLoggerSetup& setup) { setup.mirror = failed ? nullptr : mirror; });
+        wrb::LoggerState::Shared().Replace([&](wrb::LoggerSetup& setup) { setup.mirror = failed ? nullptr : mirror; });
         return !failed;
     } catch (...) {
         return false;

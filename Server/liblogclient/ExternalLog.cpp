@@ -2,7 +2,7 @@
 
 namespace wrb {
 
-CExternalLog::CExternalLog(const wchar_t* libraryPath) noexcept
+ExternalLog::ExternalLog(const wchar_t* libraryPath) noexcept
     : m_library(*libraryPath == L'\0' ? nullptr : LoadLibraryW(libraryPath)) {
     if (!m_library) {
         return;
@@ -12,7 +12,7 @@ CExternalLog::CExternalLog(const wchar_t* libraryPath) noexcept
     }
 }
 
-bool CExternalLog::Initialize(const char* iniPath) const {
+bool ExternalLog::Initialize(const char* iniPath) const {
     InitWithIni* const initialize = Bound<InitWithIni>(kInitWithIni);
     if (initialize == nullptr) {
         return false;
@@ -21,7 +21,7 @@ bool CExternalLog::Initialize(const char* iniPath) const {
     return true;
 }
 
-void CExternalLog::Trace(const wchar_t* sourceFile, uint32_t line, uint32_t level, const wchar_t* text) const {
+void ExternalLog::Trace(const wchar_t* sourceFile, uint32_t line, uint32_t level, const wchar_t* text) const {
     if (TraceWide* const trace = Bound<TraceWide>(kTraceWide2)) {
         trace(sourceFile, line, level, text);
     }

@@ -19,10 +19,10 @@ class IExternalLog {
     virtual void Trace(const wchar_t* sourceFile, uint32_t line, uint32_t level, const wchar_t* text) const = 0;
 };
 
-class CExternalLog final : public IExternalLog {
+class ExternalLog final : public IExternalLog {
   public:
     // Loads the library and looks its entry points up; what is missing is left out, without a report.
-    explicit CExternalLog(const wchar_t* libraryPath) noexcept;
+    explicit ExternalLog(const wchar_t* libraryPath) noexcept;
 
     // Calls the library's initialisation with the ini path (system code page) and two empty texts. False without one.
     bool Initialize(const char* iniPath) const;
@@ -62,7 +62,7 @@ class CExternalLog final : public IExternalLog {
         return reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(m_entries[entry]));
     }
 
-    CModuleHandle m_library;
+    ModuleHandle m_library;
     std::array<FARPROC, kEntryCount> m_entries{};
 };
 

@@ -51,12 +51,12 @@ constexpr bool LogFilterAdmits(uint32_t word, uint32_t level) noexcept {
 
 // The shared word, mapped into this process. Where the system refuses the section (on Windows an account needs a
 // privilege to create one under Global\) the object stays unmapped and admits everything.
-class CLogFilter {
+class LogFilter {
   public:
     // The one object of the process; made on first use, whichever thread comes first, and never destroyed, so that
     // even the last lines of a dying process find it. Keeps the last error.
-    static CLogFilter& Shared() noexcept {
-        CLogFilter* const filter = s_shared.load(std::memory_order_acquire);
+    static LogFilter& Shared() noexcept {
+        LogFilter* const filter = s_shared.load(std::memory_order_acquire);
         return filter != nullptr ? *filter : MakeShared();
     }
 
@@ -67,20 +67,20 @@ class CLogFilter {
     // For the log service. False when the section is not mapped: the word then reaches nobody.
     bool Set(uint32_t word) noexcept;
 
-    CLogFilter(const CLogFilter&) = delete;
-    CLogFilter& operator=(const CLogFilter&) = delete;
+    LogFilter(const LogFilter&) = delete;
+    LogFilter& operator=(const LogFilter&) = delete;
 
   private:
-    CLogFilter() noexcept;
-    ~CLogFilter() = default;
+    LogFilter() noexcept;
+    ~LogFilter() = default;
 
-    static CLogFilter& MakeShared() noexcept;
-    static std::atomic<CLogFilter*> s_shared;
+    static LogFilter& MakeShared() noexcept;
+    static std::atomic<LogFilter*> s_shared;
 
     uint32_t m_unmapped = 0;  // stands in for the shared word: filtering off
     uint32_t* m_word = &m_unmapped;
-    CKernelHandle m_section;
-    CMappedView m_view;
+    KernelHandle m_section;
+    MappedView m_view;
 };
 
 }  // namespace wrb

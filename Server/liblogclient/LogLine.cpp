@@ -29,18 +29,18 @@ const wchar_t* HostName() {
 }
 
 // A line while it is put together.
-struct tagLineText {
+struct LineText {
     wchar_t characters[kTextCharacters];
     std::size_t length;
 
-    explicit tagLineText(const tagLoggerSetup& setup)
+    explicit LineText(const LoggerSetup& setup)
         : length(FormatInto(characters, kTextCharacters, L"[%s][%s]", setup.moduleTag.c_str(), HostName())) {}
 
     wchar_t* Tail() noexcept { return characters + length; }
     std::size_t Room() const noexcept { return kTextCharacters - length; }  // with the terminator
 };
 
-void Write(const tagLoggerSetup& setup, uint32_t level, const wchar_t* sourceFile, uint32_t line, const wchar_t* text) {
+void Write(const LoggerSetup& setup, uint32_t level, const wchar_t* sourceFile, uint32_t line, const wchar_t* text) {
     const wchar_t* const source = sourceFile == nullptr ? L"" : sourceFile;
     if (setup.internalLogger) {
         const auto seconds = static_cast<int32_t>(SystemClock().CalendarSeconds());
@@ -57,10 +57,10 @@ void Write(const tagLoggerSetup& setup, uint32_t level, const wchar_t* sourceFil
 // The frame of both forms; `append` puts the caller's message behind the line's prefix.
 template <typename Append>
 void WriteWith(uint32_t level, const wchar_t* sourceFile, uint32_t line, Append append) noexcept {
-    const CKeepLastError keep;
+    const KeepLastError keep;
     try {
-        if (const auto setup = CLoggerState::Shared().Get()) {
-            tagLineText text(*setup);
+        if (const auto setup = LoggerState::Shared().Get()) {
+            LineText text(*setup);
             append(text);
             Write(*setup, level, sourceFile, line, text.characters);
         }
@@ -73,12 +73,12 @@ void WriteWith(uint32_t level, const wchar_t* sourceFile, uint32_t line, Append 
 void WriteLogLine(uint32_t level, const wchar_t* sourceFile, uint32_t line, const wchar_t* format,
                   va_list arguments) noexcept {
     WriteWith(level, sourceFile, line,
-              [&](tagLineText& text) { FormatIntoV(text.Tail(), text.Room(), format, arguments); });
+              [&](LineText& text) { FormatIntoV(text.Tail(), text.Room(), format, arguments); });
 }
 
 void WriteLogLine(uint32_t level, const wchar_t* sourceFile, uint32_t line, const char* format,
                   va_list arguments) noexcept {
-    WriteWith(level, sourceFile, line, [&](tagLineText& text) {
+    WriteWith(level, sourceFile, line, [&](LineText& text) {
         char message[kTextCharacters];
         FormatIntoV(message, kTextCharacters, format, arguments);
         FormatInto(text.Tail(), text.Room(), L"%s", AnsiToWide(message).c_str());

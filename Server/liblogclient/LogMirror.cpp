@@ -14,7 +14,7 @@ void WriteWhole(HANDLE file, const wchar_t* text, std::size_t characters) noexce
 
 }  // namespace
 
-CLogMirror::CLogMirror(const wchar_t* path) noexcept
+LogMirror::LogMirror(const wchar_t* path) noexcept
     : m_file(CreateFileW(path, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                          OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)) {
     if (m_file && GetLastError() != ERROR_ALREADY_EXISTS) {
@@ -22,7 +22,7 @@ CLogMirror::CLogMirror(const wchar_t* path) noexcept
     }
 }
 
-void CLogMirror::Append(const wchar_t* sourceFile, uint32_t line, const wchar_t* text) const noexcept {
+void LogMirror::Append(const wchar_t* sourceFile, uint32_t line, const wchar_t* text) const noexcept {
     SYSTEMTIME now;
     GetLocalTime(&now);
     wchar_t buffer[kLineCharacters];

@@ -9,9 +9,9 @@ namespace wrb {
 
 // UTF-16LE text; a new file begins with a byte order mark. The file may be read, written and moved by others while it
 // is open. Each line is one append, so that lines of different threads and processes do not mix.
-class CLogMirror {
+class LogMirror {
   public:
-    explicit CLogMirror(const wchar_t* path) noexcept;
+    explicit LogMirror(const wchar_t* path) noexcept;
 
     bool IsOpen() const noexcept { return static_cast<bool>(m_file); }
 
@@ -20,7 +20,7 @@ class CLogMirror {
     void Append(const wchar_t* sourceFile, uint32_t line, const wchar_t* text) const noexcept;
 
   private:
-    CFileHandle m_file;
+    FileHandle m_file;
 };
 
 }  // namespace wrb

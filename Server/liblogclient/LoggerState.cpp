@@ -4,14 +4,14 @@
 
 namespace wrb {
 
-CLoggerState& CLoggerState::Shared() noexcept {
-    alignas(CLoggerState) static unsigned char storage[sizeof(CLoggerState)];
-    static CLoggerState* const state = new (storage) CLoggerState;
+LoggerState& LoggerState::Shared() noexcept {
+    alignas(LoggerState) static unsigned char storage[sizeof(LoggerState)];
+    static LoggerState* const state = new (storage) LoggerState;
     return *state;
 }
 
-std::shared_ptr<const tagLoggerSetup> CLoggerState::Get() noexcept {
-    const CSharedGuard guard(m_lock);
+std::shared_ptr<const LoggerSetup> LoggerState::Get() noexcept {
+    const SharedGuard guard(m_lock);
     return m_setup;
 }
 

@@ -13,28 +13,28 @@ namespace wrb {
 
 // Never changed once it is visible: a thread that logs holds on to the set-up that it began with, and the debug
 // library and the mirror file are closed with their last holder.
-struct tagLoggerSetup {
+struct LoggerSetup {
     std::wstring moduleTag;
     bool internalLogger = false;
-    std::shared_ptr<const CExternalLog> external;  // null with the internal logger
-    std::shared_ptr<const CLogMirror> mirror;
+    std::shared_ptr<const ExternalLog> external;  // null with the internal logger
+    std::shared_ptr<const LogMirror> mirror;
 };
 
-class CLoggerState {
+class LoggerState {
   public:
     // The one object of the process. Never destroyed: objects that outlive this module's statics may still log.
-    static CLoggerState& Shared() noexcept;
+    static LoggerState& Shared() noexcept;
 
     // Null before the first set-up.
-    std::shared_ptr<const tagLoggerSetup> Get() noexcept;
+    std::shared_ptr<const LoggerSetup> Get() noexcept;
 
     // Lets `change` alter a copy of the present set-up and makes that the present one. Throws when memory is exhausted;
     // then the present one stays.
     template <typename Change>
     void Replace(Change change) {
-        auto next = std::make_shared<tagLoggerSetup>();
-        std::shared_ptr<const tagLoggerSetup> last;  // let go outside the lock: unloading a library runs its code
-        const CExclusiveGuard guard(m_lock);
+        auto next = std::make_shared<LoggerSetup>();
+        std::shared_ptr<const LoggerSetup> last;  // let go outside the lock: unloading a library runs its code
+        const ExclusiveGuard guard(m_lock);
         if (m_setup != nullptr) {
             *next = *m_setup;
         }
@@ -44,7 +44,7 @@ class CLoggerState {
 
   private:
     CWrbSRWLock m_lock;
-    std::shared_ptr<const tagLoggerSetup> m_setup WRB_GUARDED_BY(m_lock);
+    std::shared_ptr<const LoggerSetup> m_setup WRB_GUARDED_BY(m_lock);
 };
 
 }  // namespace wrb

@@ -29,7 +29,7 @@ void ReportConnectFailure(const wrb::IExternalLog* external, DWORD error) {
 
 }  // namespace
 
-int logcl_Write(const tagLogLine& line, const wrb::IExternalLog* external) {
+int logcl_Write(const wrb::LogLine& line, const wrb::IExternalLog* external) {
     CPipeClient client;
     if (!client.Initial(kLogServicePipe)) {
         ReportConnectFailure(external, GetLastError());

@@ -9,8 +9,10 @@
 inline constexpr wchar_t kLogServicePipe[] = L"Log_ServerNamePipe";
 inline constexpr wchar_t kLogWriteCommand[] = L"LOG_WRITE";
 
+namespace wrb {
+
 // One admitted line. The texts are zero-terminated.
-struct tagLogLine {
+struct LogLine {
     int32_t seconds;   // since 1970-01-01 00:00 UTC, in the wire's 32 bits
     uint32_t process;  // id
     uint32_t thread;   // id
@@ -20,10 +22,12 @@ struct tagLogLine {
     const wchar_t* text;
 };
 
+}  // namespace wrb
+
 // "LOG_WRITE": sends the line's fields in the order above, as one message with its terminating zero. The text is the
 // last field and may itself hold TABs. Returns 1 when the message was written, else 0.
 //
 // Without the service (its pipe does not exist) the line is lost, and the first time in a process a note says so on
 // `external`, where every other failure is reported too; null keeps them all to itself. Throws only when memory is
 // exhausted.
-int logcl_Write(const tagLogLine& line, const wrb::IExternalLog* external);
+int logcl_Write(const wrb::LogLine& line, const wrb::IExternalLog* external);

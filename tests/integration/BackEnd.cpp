@@ -54,7 +54,7 @@ std::string BytesOf(const CSerializer& message) {
     return {reinterpret_cast<const char*>(message.Data()), message.GetSize()};
 }
 
-CBackEnd::CBackEnd(std::vector<std::wstring> moreArguments) {
+BackEnd::BackEnd(std::vector<std::wstring> moreArguments) {
     const std::filesystem::path more = m_folder / L"agents.json";
     WriteAll(more, SeedText());
     for (const std::wstring& file : {ProgramFolder() + L"sample-agents.json", more.wstring()}) {
@@ -63,19 +63,19 @@ CBackEnd::CBackEnd(std::vector<std::wstring> moreArguments) {
     std::vector<std::wstring> arguments = {L"serve", L"--db", Database(), L"--log-folder",
                                            (m_folder / L"log").wstring()};
     arguments.insert(arguments.end(), moreArguments.begin(), moreArguments.end());
-    m_process = std::make_unique<CChildProcess>(kBackEnd, arguments);
+    m_process = std::make_unique<ChildProcess>(kBackEnd, arguments);
     if (!m_process->WaitForOutput("wrbback: ready")) {
         throw std::runtime_error(m_process->Output());
     }
 }
 
-CBackEnd::~CBackEnd() {
+BackEnd::~BackEnd() {
     if (m_process) {
         Stop();
     }
 }
 
-std::string CBackEnd::Stop() {
+std::string BackEnd::Stop() {
     ExpectRun(kBackEnd, {L"stop"}, 0);
     EXPECT_EQ(m_process->WaitForExit(), 0u);
     std::string output = m_process->Output();
@@ -83,7 +83,7 @@ std::string CBackEnd::Stop() {
     return output;
 }
 
-bool CBackEnd::WaitForLog(const std::string& part) const {
+bool BackEnd::WaitForLog(const std::string& part) const {
     for (int i = 0; i < 2000 && Log().find(part) == std::string::npos; ++i) {
         Sleep(10);
     }

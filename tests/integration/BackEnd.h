@@ -19,10 +19,10 @@ inline constexpr wchar_t kBareAgent[] = L"c07b15d8-94ea-4b36-a2f7-1e6d80395fac";
 inline constexpr wchar_t kUnknownAgent[] = L"e5a9308d-6b74-4c12-9f0e-b3d8127a4c61";
 std::wstring ThreadAgent(unsigned thread);
 
-class CBackEnd {
+class BackEnd {
   public:
-    explicit CBackEnd(std::vector<std::wstring> moreArguments = {});  // throws when it does not get ready
-    ~CBackEnd();
+    explicit BackEnd(std::vector<std::wstring> moreArguments = {});  // throws when it does not get ready
+    ~BackEnd();
 
     // Stops it; what it has printed. Once.
     std::string Stop();
@@ -32,8 +32,8 @@ class CBackEnd {
     bool WaitForLog(const std::string& part) const;
 
   private:
-    CTempFolder m_folder;
-    std::unique_ptr<CChildProcess> m_process;
+    TempFolder m_folder;
+    std::unique_ptr<ChildProcess> m_process;
 };
 
 // One connection with these bytes. A service that has seen enough may close before their end.

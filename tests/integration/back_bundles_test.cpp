@@ -16,7 +16,7 @@ constexpr wchar_t kKey[] = L"00112233445566778899aabbccddeeff0123456789abcdeffed
 
 // The text with every protected value in the clear.
 std::wstring Clear(std::wstring text) {
-    const CStringProtection protection(*ParseProtectionKey(kKey));
+    const StringProtection protection(*ParseProtectionKey(kKey));
     for (std::size_t at = text.find(L"!CRYPT!"); at != text.npos; at = text.find(L"!CRYPT!", at + 1)) {
         const std::size_t length = text.find(L'\n', at) - at;
         text.replace(at, length, L"*" + protection.Unprotect(text.substr(at, length)).value_or(L"unreadable"));
@@ -24,12 +24,12 @@ std::wstring Clear(std::wstring text) {
     return text;
 }
 
-struct tagCase {
+struct Case {
     bool (*get)(std::wstring& out, const wchar_t* uid);
     const wchar_t* text;
 };
 
-constexpr tagCase kCases[] = {
+constexpr Case kCases[] = {
     {[](std::wstring& out, const wchar_t* uid) { return cmdhm_GetWtpSetting(out, uid, true); },
      L"[Web Threat "
      L"Protection]\nEnablePolicyIn=1\nEnablePolicyOut=0\nSecurityLevelIn=1\nSecurityLevelOut=2\nSendLogIn=0\n"
@@ -57,14 +57,14 @@ constexpr tagCase kCases[] = {
 };
 
 TEST(BackBundles, EverySectionOfEveryAgent) {
-    const CBackEnd backEnd;
-    const CTempFolder folder;
+    const BackEnd backEnd;
+    const TempFolder folder;
     const std::filesystem::path ini = folder / L"server.ini";
     std::ofstream(ini) << "[INI_SERVER_SECTION]\nStringProtectionKey=" << std::string(kKey, std::end(kKey) - 1) << "\n";
     ServerIniCache().clear();
     ServerIniCache().init(ini.wstring().c_str(), 6);
     ASSERT_TRUE(dbSetConfFlagW(kFullAgent, 0xFFFFFFFF, 0));
-    for (const tagCase& one : kCases) {
+    for (const Case& one : kCases) {
         SCOPED_TRACE(testing::Message() << std::wstring(one.text));
         std::wstring out;
         EXPECT_TRUE(one.get(out, kFullAgent));

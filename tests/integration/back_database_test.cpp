@@ -15,20 +15,20 @@
 namespace wrb::test {
 namespace {
 
-class CBackDatabaseTest : public testing::Test {
+class BackDatabaseTest : public testing::Test {
   protected:
-    static void SetUpTestSuite() { s_backEnd = std::make_unique<CBackEnd>(); }
+    static void SetUpTestSuite() { s_backEnd = std::make_unique<BackEnd>(); }
     static void TearDownTestSuite() { s_backEnd.reset(); }
 
     // A look into the file behind the server's back.
     static std::wstring Stored(const std::string& column) {
         const auto db = OpenStore(s_backEnd->Database());
-        CSqliteStatement read = db->Use("SELECT " + column + " FROM agent WHERE uid = :uid");
+        SqliteStatement read = db->Use("SELECT " + column + " FROM agent WHERE uid = :uid");
         read.Bind(":uid", kFullAgent);
         return read.Step() ? read.Text(0) : L"nothing";
     }
 
-    static inline std::unique_ptr<CBackEnd> s_backEnd;
+    static inline std::unique_ptr<BackEnd> s_backEnd;
 };
 
 // Everything that is one number or one text, "|" behind each.
@@ -61,24 +61,24 @@ std::wstring NumbersAndTexts(const std::wstring& uid) {
     return all;
 }
 
-TEST_F(CBackDatabaseTest, NumbersAndTextsOfAnAgent) {
+TEST_F(BackDatabaseTest, NumbersAndTextsOfAnAgent) {
     EXPECT_EQ(NumbersAndTexts(kFullAgent),
               L"5|2147483649|9|7|10|Front\td-1|Company\\Front\td-1|RECEPTION-01|192.0.2.17|14.0|b=1|s 1\ts 2\ts 3|"
               L"un|ul|1\t1\t1\t1\t1\t0\t1\t1\t1\t1\t1|1|1|");
     EXPECT_EQ(NumbersAndTexts(kUnknownAgent), L"0|0|0|0|0||||||||||1\t1\t1\t1\t1\t0\t1\t1\t1\t1\t1||0|");
 }
 
-TEST_F(CBackDatabaseTest, RecordsAndListsOfAnAgent) {
+TEST_F(BackDatabaseTest, RecordsAndListsOfAnAgent) {
     uint32_t status = 0;
     uint32_t end = 0;
     EXPECT_TRUE(dbGetOppStatusW(kFullAgent, status, end) && status == 1 && end == 4'000'000'000)
         << status << ' ' << end;
-    tagDbPrivilege privilege;
+    DbPrivilege privilege;
     EXPECT_TRUE(dbGetPrivilegeW(kFullAgent, privilege) && privilege.word2 == 0xFFFFFFFF) << privilege.word2;
     std::vector<std::wstring> items;
     EXPECT_TRUE(dbGetSpywareWhiteListW(kFullAgent, items));
     EXPECT_THAT(items, testing::ElementsAre(L"one", L"two"));
-    tagVEXORCustomBmCfg policies;
+    CustomBmConfig policies;
     ASSERT_TRUE(dbGetVexorCustomBmCfgW(kFullAgent, policies) && policies.policies.size() == 2);
     EXPECT_EQ(policies.policies[0].policyId, L"p0");
     EXPECT_EQ(policies.policies[0].action, 2u);
@@ -90,7 +90,7 @@ TEST_F(CBackDatabaseTest, RecordsAndListsOfAnAgent) {
     EXPECT_FALSE(dbGetVexorCustomBmCfgW(kUnknownAgent, policies));
 }
 
-TEST_F(CBackDatabaseTest, OtherWrites) {
+TEST_F(BackDatabaseTest, OtherWrites) {
     uint32_t bits = 0;
     ASSERT_TRUE(dbSetConfFlagW(kFullAgent, 0x10000, 0x1));
     EXPECT_TRUE(dbGetConfFlagW(kFullAgent, bits) && bits == 0x10006);
@@ -103,7 +103,7 @@ TEST_F(CBackDatabaseTest, OtherWrites) {
     EXPECT_TRUE(dbGetStatusW(kFullAgent, bits, 1) && bits == 12);
 
     ASSERT_TRUE(dbSetPrivilegeW(kFullAgent, {0xFF, 0x0}, {0xF0, 0x1}));
-    tagDbPrivilege privilege;
+    DbPrivilege privilege;
     EXPECT_TRUE(dbGetPrivilegeW(kFullAgent, privilege) && privilege.word1 == 0xF3 && privilege.word2 == 0xFFFFFFFE)
         << privilege.word1 << ' ' << privilege.word2;
 
@@ -117,9 +117,9 @@ TEST_F(CBackDatabaseTest, OtherWrites) {
     EXPECT_EQ(Stored("(SELECT log_type || text FROM special_log WHERE special_log.uid = agent.uid)"), L"3a text");
 }
 
-TEST_F(CBackDatabaseTest, FlagsOfAScanAndAllScanSettingsInOneAnswer) {
-    tagClnAllScanCfg cfg;
-    tagClnAllScanCfgEx lists;
+TEST_F(BackDatabaseTest, FlagsOfAScanAndAllScanSettingsInOneAnswer) {
+    AllScanConfig cfg;
+    AllScanLists lists;
     const wchar_t* caller = L"back_test";
     EXPECT_FALSE(dbGetClnAllScanCfgW(kUnknownAgent, cfg, caller) || dbGetClnAllScanExW(kUnknownAgent, lists, caller));
     EXPECT_TRUE(dbGetClnAllScanCfgW(kBareAgent, cfg, caller) && !cfg.hasConfig);
@@ -129,7 +129,7 @@ TEST_F(CBackDatabaseTest, FlagsOfAScanAndAllScanSettingsInOneAnswer) {
         const auto type = static_cast<ScanType>(i);
         ASSERT_TRUE(SetDbScanFlags(type, uid.c_str(), 0x30000000 + i, 0xF000000F));
         ASSERT_TRUE(SetAllDbScanFlags(type, 0x40000000, 0x50000000));
-        tagScanGroupValues values;
+        ScanGroupValues values;
         values.excludeFileExtList = std::to_wstring(i);
         ASSERT_TRUE(SetDbScanGroup(FindScanGroup(type, ScanGroupKind::Spyware), uid.c_str(),
                                    {0x80000000 + i, 0xFFFFFFFF, 0}, values));
@@ -144,16 +144,16 @@ TEST_F(CBackDatabaseTest, FlagsOfAScanAndAllScanSettingsInOneAnswer) {
 }
 
 // A write has no answer, yet the next question must see it.
-TEST_F(CBackDatabaseTest, NoQuestionOvertakesTheWriteBeforeIt) {
+TEST_F(BackDatabaseTest, NoQuestionOvertakesTheWriteBeforeIt) {
     OnThreads(8, [](unsigned thread) {
         const std::wstring uid = ThreadAgent(thread);
         const std::wstring big(20'000, L'x');
         for (uint32_t i = 1; i <= 25; ++i) {
-            tagScanGroupValues values;
+            ScanGroupValues values;
             values.extList = std::to_wstring(i) + big;
             values.oleLayer = i;
             EXPECT_TRUE(dbSetMscfW(uid.c_str(), {i, 0xFFFFFFFF, 0}, values));
-            tagScanGroupValues read;
+            ScanGroupValues read;
             EXPECT_TRUE(dbGetMscfW(uid.c_str(), read) && read.flags == i && read.oleLayer == i) << i;
         }
     });

@@ -40,7 +40,7 @@ bool Serves() {
 }
 
 TEST(BackHostile, BadFramesAreDroppedAndCountedAndTheServiceGoesOn) {
-    CBackEnd backEnd;
+    BackEnd backEnd;
     const std::string text = Framed(WideBytes(L"DB_GET_IP\t1\tx\t0") + std::string(2, '\0'));
     const std::string message = Framed(Serialized(L"DBV2_CLIENT_GET_ALL_SCAN_CFG"));
     std::string inFile = message;
@@ -77,16 +77,16 @@ TEST(BackHostile, BadFramesAreDroppedAndCountedAndTheServiceGoesOn) {
 }
 
 TEST(BackHostile, RequestersThatDoNotReadAndClientsThatDoNotWriteKeepNobodyWaiting) {
-    CBackEnd backEnd({L"--workers", L"2"});
-    std::vector<CFileHandle> silent(10);
+    BackEnd backEnd({L"--workers", L"2"});
+    std::vector<FileHandle> silent(10);
     std::ranges::generate(silent, [] { return OpenPipeForWriting(kDbPipe); });
     // One worker waits for a requester whose pipe stays busy; the other answers.
-    const CFakePipeService busy(L"DbCln_4243");
-    const CFileHandle holder = OpenPipeForWriting(L"DbCln_4243");
+    const FakePipeService busy(L"DbCln_4243");
+    const FileHandle holder = OpenPipeForWriting(L"DbCln_4243");
     ASSERT_TRUE(silent.back() && holder);
     SendBytes(kDbPipe, Framed(WideBytes(std::wstring(L"DB_GET_IP\t4243\t") + kFullAgent + L"\t0")));
     EXPECT_TRUE(Serves());
-    const CFakePipeService requester(L"DbCln_4242");
+    const FakePipeService requester(L"DbCln_4242");
     SendBytes(kDbPipe, Framed(WideBytes(L"DB_GET_NOTHING\t4242\tx")));
     const auto received = requester.WaitFor(1);
     ASSERT_EQ(received.size(), 1u);
@@ -94,17 +94,17 @@ TEST(BackHostile, RequestersThatDoNotReadAndClientsThatDoNotWriteKeepNobodyWaiti
 }
 
 TEST(BackHostile, LogLinesArriveInOrderAndTheLevelIsSetAtTheStartAndAtRunTime) {
-    CBackEnd backEnd({L"--log-level", L"W"});
+    BackEnd backEnd({L"--log-level", L"W"});
     DebugLogSetup(L"", L"", "BACKTEST", true);
     for (const wchar_t* message : {L"LOG_SET_LEVEL\tloud", L"LOG_SET_LEVEL", L"LOG_ERASE", L"LOG_WRITE\t1\t2"}) {
         SendBytes(kLogPipe, WideBytes(message));
     }
     SendBytes(kLogPipe, std::string(70'000, 'x'));
-    EXPECT_TRUE(CLogFilter::Shared().Admits(kLogWarning));
-    EXPECT_FALSE(CLogFilter::Shared().Admits(kLogInfo));
+    EXPECT_TRUE(LogFilter::Shared().Admits(kLogWarning));
+    EXPECT_FALSE(LogFilter::Shared().Admits(kLogInfo));
     SendBytes(kLogPipe, WideBytes(std::wstring(L"LOG_SET_LEVEL\tI") + L'\0'));
     ASSERT_TRUE(backEnd.WaitForLog("the log level is now I"));
-    EXPECT_FALSE(CLogFilter::Shared().Admits(kLogDebug));
+    EXPECT_FALSE(LogFilter::Shared().Admits(kLogDebug));
     for (int i = 0; i < 50; ++i) {
         WRB_LOG(kLogInfo, L"line %d", i);
     }
@@ -121,7 +121,7 @@ TEST(BackHostile, LogLinesArriveInOrderAndTheLevelIsSetAtTheStartAndAtRunTime) {
 }
 
 TEST(BackHostile, ExitCodes) {
-    const CTempFolder folder;
+    const TempFolder folder;
     const std::wstring db = (folder / L"agents.db").wstring();
     const std::wstring json = (folder / L"agents.json").wstring();
     WriteAll(json, R"({"agents": [{"uid": "x"}]})");
@@ -146,7 +146,7 @@ TEST(BackHostile, ExitCodes) {
         ExpectRun(kBackEnd, arguments, code, output);
     }
     EXPECT_FALSE(std::filesystem::exists(db));  // a bad seed file makes no database
-    CBackEnd backEnd;
+    BackEnd backEnd;
     ExpectRun(kBackEnd, {L"serve", L"--db", backEnd.Database()}, 1, "already running");
 }
 

@@ -28,8 +28,8 @@ constexpr char kRestoreRow[] =
     R"({"TBL":"TBL_RESTORE_LOG","COL":{"LOGID":"l","UID":"u","RECV_TIME":"2024-01-31 23:59:59","LOG_TYPE":-1,)"
     R"("RESULT":2147483647},"VER":3,"CATEGORY":"RestoreLogFieldInfo"})";
 
-constexpr tagFirewallLogEntry kEntry = {kFullAgent, L"20240131", L"235959", L"192.0.2.17",   L"2001:db8::1", 6, 0,
-                                        1,          65535,       2,         L"C:\\\xFC.exe", L"info",        0};
+constexpr FirewallLogEntry kEntry = {kFullAgent, L"20240131", L"235959", L"192.0.2.17",   L"2001:db8::1", 6, 0,
+                                     1,          65535,       2,         L"C:\\\xFC.exe", L"info",        0};
 
 std::string LogMessage(const wchar_t* command, const std::string& json) {
     CMsgSerializer message(command);
@@ -46,14 +46,14 @@ std::string Replaced(std::string text, const std::string& part, const std::strin
     return at == std::string::npos ? "the case replaces nothing" : text.replace(at, part.size(), by);
 }
 
-std::string CounterOf(const CRecordServer& server) {
+std::string CounterOf(const RecordServer& server) {
     const RecordServerCounters counters = server.Counters();
     return std::to_string(counters.stored) + " stored, " + std::to_string(counters.badMessages) + " refused, " +
            std::to_string(counters.lost) + " lost";
 }
 
 TEST(BackRecords, WhatTheClientsSendIsShownAsItWasSent) {
-    CBackEnd backEnd;
+    BackEnd backEnd;
     EXPECT_EQ(cmdlog_SendCfwLog(kEntry), 1);
     EXPECT_EQ(dbSetRestoreLogW(kFullAgent, -1, 7), 1);
     EXPECT_EQ(qmaSendRtsStatusChange(0), 1);
@@ -91,15 +91,15 @@ class Records : public testing::Test {
             const std::scoped_lock guard(m_lock);
             m_notes += text + L'\n';
         };
-        m_server = std::make_unique<CRecordServer>(RecordServerOptions{Database(), keep, note});
+        m_server = std::make_unique<RecordServer>(RecordServerOptions{Database(), keep, note});
         ASSERT_EQ(m_server->Start(), nullptr) << GetLastError();
     }
     std::wstring Database() const { return (m_folder / L"records.db").wstring(); }
 
-    CTempFolder m_folder;
+    TempFolder m_folder;
     std::mutex m_lock;
     std::wstring m_notes;
-    std::unique_ptr<CRecordServer> m_server;
+    std::unique_ptr<RecordServer> m_server;
 };
 
 TEST_F(Records, OnlyWholeAndRightMessagesBecomeRows) {

@@ -26,7 +26,7 @@ bool SendText(std::wstring_view text, uint64_t moreBytes = 0) {
 
 std::wstring Ask(const wchar_t* command, const wchar_t* parameter) {
     const std::wstring name = UniqueName(L"reply");
-    const CFakePipeService reply(name);
+    const FakePipeService reply(name);
     CCmdProtocol message;
     message << command << name << parameter;
     EXPECT_TRUE(SendText(message.Text()));
@@ -35,8 +35,8 @@ std::wstring Ask(const wchar_t* command, const wchar_t* parameter) {
 }
 
 // wrbhost, serving.
-struct tagHost : CChildProcess {
-    explicit tagHost(const std::vector<std::wstring>& arguments) : CChildProcess(kProgram, arguments) {
+struct Host : ChildProcess {
+    explicit Host(const std::vector<std::wstring>& arguments) : ChildProcess(kProgram, arguments) {
         EXPECT_TRUE(WaitForOutput("wrbhost: serving")) << Output();
     }
     // Stops it, and expects that exit code and each of the parts in the output.
@@ -50,7 +50,7 @@ struct tagHost : CChildProcess {
 };
 
 TEST(Host, ServesTheLibraryUntilItIsStopped) {
-    const tagHost host({L"--workers", L"3"});
+    const Host host({L"--workers", L"3"});
     EXPECT_EQ(Ask(L"CMDHL_ECHO", L"hello"), L"hello");
     EXPECT_EQ(Ask(L"CMDHL_GET_MS_CFG", L"an-agent"), L"") << "no database server runs";
     EXPECT_TRUE(Ask(L"CMDHL_GET_MS_CFG", L"").starts_with(L"[Manual Scan Configuration]\n"));
@@ -63,9 +63,9 @@ TEST(Host, ServesTheLibraryUntilItIsStopped) {
 
 // What was sent before the stop is answered, though the one worker is busy when the stop comes.
 TEST(Host, DrainsWhatItHasAccepted) {
-    const tagHost host({L"--workers", L"2"});
+    const Host host({L"--workers", L"2"});
     const std::wstring name = UniqueName(L"reply");
-    const CFakePipeService reply(name);
+    const FakePipeService reply(name);
     EXPECT_TRUE(SendText(L"CMDHL_SLEEP\tx"));
     EXPECT_TRUE(SendText(L"CMDHL_ECHO\t" + name + L"\tdrained"));
     host.ExpectEnd(0, {"handled 2, "});
@@ -75,7 +75,7 @@ TEST(Host, DrainsWhatItHasAccepted) {
 }
 
 TEST(Host, SurvivesWhatTheLibraryThrows) {
-    const tagHost host({L"--dll", kLibrary, L"--workers", L"1"});
+    const Host host({L"--dll", kLibrary, L"--workers", L"1"});
     for (int i = 0; i < 20; ++i) {
         ASSERT_TRUE(SendText(L"CMDHL_STD\tfield") && SendText(L"CMDHL_INT"));
     }
@@ -88,13 +88,13 @@ TEST(Host, SurvivesWhatTheLibraryThrows) {
 }
 
 TEST(Host, GivesUpOnACommandThatIsStuck) {
-    const tagHost host({L"--dll", kLibrary, L"--timeout", L"1"});
+    const Host host({L"--dll", kLibrary, L"--timeout", L"1"});
     EXPECT_TRUE(SendText(L"CMDHL_STUCK"));
     host.ExpectEnd(4, {"a command is still running; giving up"});
 }
 
 TEST(Host, StopTimesOut) {
-    const tagHost host({L"--dll", kLibrary});
+    const Host host({L"--dll", kLibrary});
     EXPECT_TRUE(SendText(L"CMDHL_STUCK"));
     ExpectRun(kProgram, {L"--stop", L"--timeout", L"1"}, 4);
 }
@@ -116,7 +116,7 @@ TEST(Host, SaysWhyItDoesNotStart) {
     for (const auto& [arguments, code, output] : kCases) {
         ExpectRun(kProgram, arguments, code, output);
     }
-    const CFakePipeService other(kPipe);
+    const FakePipeService other(kPipe);
     ExpectRun(kProgram, {}, 1, "another program serves the command pipe");
 }
 

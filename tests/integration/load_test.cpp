@@ -21,14 +21,14 @@ constexpr const wchar_t* kScanCommands[] = {
 
 constexpr wchar_t kMarkedAgent[] = L"8d94e7b5-20c1-4f8a-8e3d-57a1f09c6b42";  // one of the sample's
 
-struct tagQuestion {
+struct Question {
     const wchar_t* command;
     const wchar_t* parameter;
     std::wstring answer;  // while nothing else is asked
 };
 
-std::vector<tagQuestion> AnsweredQuestions() {
-    std::vector<tagQuestion> questions;
+std::vector<Question> AnsweredQuestions() {
+    std::vector<Question> questions;
     for (const wchar_t* uid : {kFullAgent, kMarkedAgent, kUnknownAgent, L""}) {
         for (const wchar_t* command : kScanCommands) {
             questions.push_back({command, uid, Ask(command, uid)});
@@ -38,11 +38,11 @@ std::vector<tagQuestion> AnsweredQuestions() {
 }
 
 // One thread's round: the questions in an order of its own; every ninth is an echo of a text of its own.
-void AskARound(const std::vector<tagQuestion>& questions, unsigned thread) {
+void AskARound(const std::vector<Question>& questions, unsigned thread) {
     for (unsigned i = 0; i < kCommandsOfARound; ++i) {
         const std::wstring text = std::to_wstring(thread) + L" says " + std::wstring(i, L'x');
-        const tagQuestion& other = questions[(thread * 7 + i * 5) % questions.size()];
-        const tagQuestion question = i % 9 == 0 ? tagQuestion{L"CMDHL_ECHO", text.c_str(), text} : other;
+        const Question& other = questions[(thread * 7 + i * 5) % questions.size()];
+        const Question question = i % 9 == 0 ? Question{L"CMDHL_ECHO", text.c_str(), text} : other;
         const std::wstring answer = Ask(question.command, question.parameter);
         EXPECT_TRUE(answer == question.answer)
             << "thread " << thread << ", command " << i << ": " << testing::PrintToString(answer);
@@ -50,10 +50,10 @@ void AskARound(const std::vector<tagQuestion>& questions, unsigned thread) {
 }
 
 TEST(Load, EveryAnswerIsThatOfAQuietServerAndNothingIsLeftBehind) {
-    CBackEnd backEnd({L"--log-level", L"W"});
+    BackEnd backEnd({L"--log-level", L"W"});
     cmdhl_Initialize(L"", L"", nullptr);
-    const std::vector<tagQuestion> questions = AnsweredQuestions();
-    for (const tagQuestion& question : questions) {
+    const std::vector<Question> questions = AnsweredQuestions();
+    for (const Question& question : questions) {
         const bool noList = question.command == kScanCommands[13] && question.parameter != kFullAgent;
         const bool allOfNobody = question.command == kScanCommands[0] && *question.parameter == L'\0';
         EXPECT_EQ(question.answer.empty(), question.parameter == kUnknownAgent || noList || allOfNobody)
@@ -62,8 +62,8 @@ TEST(Load, EveryAnswerIsThatOfAQuietServerAndNothingIsLeftBehind) {
     EXPECT_NE(questions[1].answer.find(L"\nCustAction=Universe-5-4\n"), std::wstring::npos);
     EXPECT_NE(questions[14].answer.find(L"\nCustActionCve=CVE_Exploit-2-5"), std::wstring::npos);
 
-    std::vector<tagResourceUse> use;  // after each round, while no thread has anything to do
-    std::barrier rounds(kThreads, [&]() noexcept { use.push_back(ResourceUse()); });
+    std::vector<ResourceUse> use;  // after each round, while no thread has anything to do
+    std::barrier rounds(kThreads, [&]() noexcept { use.push_back(CurrentResourceUse()); });
     OnThreads(kThreads, [&](unsigned thread) {
         for (int round = 0; round < kRounds; ++round) {
             AskARound(questions, thread);

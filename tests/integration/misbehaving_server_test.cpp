@@ -30,20 +30,20 @@ std::string Serialized(const std::wstring& name, const ISerializable& record) {
 }
 
 // What a sound server answers.
-std::string GoodAnswer(const tagDbRequest& request) {
+std::string GoodAnswer(const DbRequest& request) {
     if (request.Name() == kAllAnswer) {
-        tagClnAllScanCfg record;
+        AllScanConfig record;
         record.hasConfig = true;
         return Serialized(kAllAnswer, record);
     }
     if (request.IsMessage()) {
-        return Serialized(request.Name(), tagClnAllScanCfgEx());
+        return Serialized(request.Name(), AllScanLists());
     }
     return WideBytes(request.Name() == L"DB_GET_EXTRA" ? L".EXE\t\\moved\t\t\tUniverse-5-4"
                                                        : L"65\t2\t3\t4\t1\t12\t30\t0\t28\t7\t4\t3");
 }
 
-class CMisbehavingServer : public testing::Test {
+class MisbehavingServer : public testing::Test {
   protected:
     void SetUp() override { cmdhl_Initialize(L"", L"", nullptr); }
     void TearDown() override { cmdhl_Finalize(); }
@@ -59,15 +59,15 @@ class CMisbehavingServer : public testing::Test {
 
     static bool Logged(const std::wstring& part) {
         return std::ranges::any_of(
-            TakeCapturedLog(), [&](const tagCapturedLine& line) { return line.text.find(part) != std::wstring::npos; });
+            TakeCapturedLog(), [&](const CapturedLine& line) { return line.text.find(part) != std::wstring::npos; });
     }
 };
 
 // The pipe has no room for a request, so that the client sees it.
-TEST_F(CMisbehavingServer, OneThatClosesUnreadIsAnEmptyAnswerAndALine) {
+TEST_F(MisbehavingServer, OneThatClosesUnreadIsAnEmptyAnswerAndALine) {
     for (const wchar_t* command : {kOne, kAll}) {
-        CFileHandle pipe(CreateNamedPipeW(L"\\\\.\\pipe\\DbServerNamePipe", PIPE_ACCESS_INBOUND, PIPE_TYPE_MESSAGE, 1,
-                                          0, 4, 0, nullptr));
+        FileHandle pipe(CreateNamedPipeW(L"\\\\.\\pipe\\DbServerNamePipe", PIPE_ACCESS_INBOUND, PIPE_TYPE_MESSAGE, 1, 0,
+                                         4, 0, nullptr));
         std::thread server([&] {
             ConnectNamedPipe(pipe.Get(), nullptr);
             pipe.Reset();
@@ -76,19 +76,19 @@ TEST_F(CMisbehavingServer, OneThatClosesUnreadIsAnEmptyAnswerAndALine) {
         server.join();
         EXPECT_TRUE(Logged(L"SendDbApiHeader - fail to send DB API header"));
     }
-    const CFakeDbService server(GoodAnswer);
+    const FakeDbService server(GoodAnswer);
     EXPECT_NE(AskInTime(kOne), L"");
 }
 
 // A sound answer made unsound by one rule.
-struct tagMisdeed {
+struct Misdeed {
     const wchar_t* command;
     std::string (*answer)(const std::string& good);
     const wchar_t* part;    // of the client's answer; null: the sound one, empty: no byte
     const wchar_t* logged;  // part of a log line; null where none is promised
 };
 
-const tagMisdeed kMisdeeds[] = {
+const Misdeed kMisdeeds[] = {
     {kOne, [](const std::string&) { return std::string(); }, L"", L"DB_GET_PSCF - empty answer"},
     {kOne, [](const std::string& good) { return Sleep(1000), good; }, nullptr, nullptr},
     {kOne, [](const std::string&) { return WideBytes(L"a\tb\t-\t0x9\t\xD800"); }, L"\nCompressedLayer=0\n", nullptr},
@@ -103,16 +103,16 @@ const tagMisdeed kMisdeeds[] = {
     {kAll, [](const std::string&) { return WideBytes(std::wstring(kMegabyte / 2, L'x')); }, L"", L"Out of range"},
 };
 
-TEST_F(CMisbehavingServer, EachMisdeedGivesItsAnswerAndTheNextCommandWorks) {
-    const tagMisdeed* misdeed = nullptr;
-    const CFakeDbService server([&](const tagDbRequest& request) {
+TEST_F(MisbehavingServer, EachMisdeedGivesItsAnswerAndTheNextCommandWorks) {
+    const Misdeed* misdeed = nullptr;
+    const FakeDbService server([&](const DbRequest& request) {
         const std::string good = GoodAnswer(request);
         return misdeed == nullptr || request.Name() == L"DB_GET_EXTRA" ? good : misdeed->answer(good);
     });
     const std::wstring good[] = {AskInTime(kOne), AskInTime(kAll)};
     ASSERT_TRUE(good[0].starts_with(L"[Prescheduled Scan Configuration]\n"));
     ASSERT_TRUE(good[1].starts_with(L"[Manual Scan Configuration]\n"));
-    for (const tagMisdeed& row : kMisdeeds) {
+    for (const Misdeed& row : kMisdeeds) {
         SCOPED_TRACE(&row - kMisdeeds);
         const std::wstring& sound = good[row.command == kAll];
         misdeed = &row;
@@ -126,7 +126,7 @@ TEST_F(CMisbehavingServer, EachMisdeedGivesItsAnswerAndTheNextCommandWorks) {
     }
 }
 
-TEST_F(CMisbehavingServer, AnyTextIsEchoedUpToItsTab) {
+TEST_F(MisbehavingServer, AnyTextIsEchoedUpToItsTab) {
     using namespace std::string_literals;
     for (const std::wstring& text : {L""s, L"\xD800\xDC00\xDC00\xD800"s, L"\xFFFF\xFEFF\r\n%s%n"s, L"a\0b"s, L"a\tb"s,
                                      std::wstring(kMegabyte, L'\xDFFF')}) {
@@ -135,8 +135,8 @@ TEST_F(CMisbehavingServer, AnyTextIsEchoedUpToItsTab) {
 }
 
 // Pieces that commands are made of, put together by chance. The result is 1 for the commands that are built.
-TEST_F(CMisbehavingServer, MessagesOfAnyPieces) {
-    const CFakeDbService server(GoodAnswer);
+TEST_F(MisbehavingServer, MessagesOfAnyPieces) {
+    const FakeDbService server(GoodAnswer);
     constexpr wchar_t kList[] = L"CMDHL_GET_SPY_RESTORE_LIST";
     const std::wstring nul(1, L'\0');
     const std::wstring name(300, L'y');
@@ -152,7 +152,7 @@ TEST_F(CMisbehavingServer, MessagesOfAnyPieces) {
                                       : std::wstring(1, static_cast<wchar_t>(random() & 0xFFFF));
         }
         const bool known = std::find(pieces, pieces + 4, text.substr(0, text.find(L'\t'))) != pieces + 4;
-        const CGuardedBytes message(text.data(), text.size() * sizeof(wchar_t));
+        const GuardedBytes message(text.data(), text.size() * sizeof(wchar_t));
         EXPECT_EQ(cmdhl_Process(reinterpret_cast<const wchar_t*>(message.Start()), text.size() * sizeof(wchar_t)),
                   unsigned{known})
             << testing::PrintToString(text.substr(0, 200));

@@ -29,13 +29,13 @@ class Update : public testing::Test {
     }
     void TearDown() override { cmdhl_Finalize(); }
 
-    CBackEnd m_backEnd;
+    BackEnd m_backEnd;
 };
 
 // Nothing but the right to configure itself, which an update leaves alone, and the folder that the database lacks.
-void ExpectFetched(std::size_t group, const std::wstring& uid, const std::vector<tagUpdateField>& fields) {
+void ExpectFetched(std::size_t group, const std::wstring& uid, const std::vector<UpdateField>& fields) {
     const std::wstring section = Fetch(kCommands[group], uid);
-    for (const tagUpdateField& field : fields) {
+    for (const UpdateField& field : fields) {
         const std::wstring value = field.key == L"AllowCfg"             ? L"0"
                                    : field.key == L"CleanFailedMoveDir" ? (&field - 1)->value
                                                                         : field.value;
@@ -96,12 +96,12 @@ TEST_F(Update, AllExclusionsAtOnceAndPrivileges) {
     for (const auto& [fields, word1] : rows) {
         const std::wstring message = L"CMDHL_SET_" + std::wstring(fields);
         Tell(std::regex_replace(message, std::wregex(L"@"), uid));
-        tagDbPrivilege privilege;
+        DbPrivilege privilege;
         EXPECT_TRUE(dbGetPrivilegeW(uid.c_str(), privilege));
         EXPECT_EQ(privilege.word1, word1) << testing::PrintToString(message);
         EXPECT_EQ(privilege.word2, 0xFFFFFFFF);
     }
-    CCounterReader counters;
+    CounterReader counters;
     uint32_t error = 0;
     ASSERT_EQ(counters.Attach(error), CounterAttach::Attached) << error;
     EXPECT_EQ(counters.Slot(30).calls, 1u);

@@ -12,7 +12,7 @@
 
 // `parameters` may be several fields, TAB between them.
 inline std::wstring AskOn(const std::wstring& replyPipe, const wchar_t* command, const std::wstring& parameters) {
-    const wrb::test::CFakePipeService reply(replyPipe);
+    const wrb::test::FakePipeService reply(replyPipe);
     CCmdProtocol message;
     message << command << replyPipe << parameters;
     EXPECT_EQ(cmdhl_Process(message.Text().data(), message.Text().size() * sizeof(wchar_t)), 1u);

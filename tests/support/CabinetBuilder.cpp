@@ -4,10 +4,10 @@
 #include "FakePipeService.h"
 #include "TempFolder.h"
 
-Bytes BuildCabinet(const std::vector<tagNewEntry>& entries) {
-    const wrb::test::CTempFolder folder;
-    std::vector<wrb::tagCabinetSource> sources;
-    for (const tagNewEntry& entry : entries) {
+Bytes BuildCabinet(const std::vector<NewEntry>& entries) {
+    const wrb::test::TempFolder folder;
+    std::vector<wrb::CabinetSource> sources;
+    for (const NewEntry& entry : entries) {
         const std::filesystem::path path = folder / std::to_wstring(sources.size());
         wrb::test::WriteAll(path, std::string(entry.data.begin(), entry.data.end()));
         sources.push_back({entry.name, path.wstring()});

@@ -7,13 +7,13 @@
 
 using Bytes = std::vector<uint8_t>;
 
-struct tagNewEntry {
+struct NewEntry {
     std::string name;
     Bytes data;
 };
 
 // Compressed (MSZIP).
-Bytes BuildCabinet(const std::vector<tagNewEntry>& entries);
+Bytes BuildCabinet(const std::vector<NewEntry>& entries);
 
 // `size` bytes that do not compress, the same for the same seed.
 Bytes Noise(std::size_t size, uint32_t seed = 1);

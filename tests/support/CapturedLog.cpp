@@ -10,18 +10,18 @@
 namespace {
 
 std::mutex g_lock;
-std::vector<tagCapturedLine> g_lines;
+std::vector<CapturedLine> g_lines;
 
 }  // namespace
 
-std::vector<tagCapturedLine> TakeCapturedLog() {
+std::vector<CapturedLine> TakeCapturedLog() {
     const std::lock_guard guard(g_lock);
     return std::exchange(g_lines, {});
 }
 
 std::vector<std::wstring> TakeCapturedTexts() {
     std::vector<std::wstring> texts;
-    for (tagCapturedLine& line : TakeCapturedLog()) {
+    for (CapturedLine& line : TakeCapturedLog()) {
         texts.push_back(std::move(line.text));
     }
     return texts;

@@ -5,15 +5,15 @@
 #include <string>
 #include <vector>
 
-struct tagCapturedLine {
+struct CapturedLine {
     uint32_t level;
     std::wstring text;
     std::wstring sourceFile = {};  // these two are not compared
     uint32_t line = 0;
 
-    bool operator==(const tagCapturedLine& other) const { return level == other.level && text == other.text; }
+    bool operator==(const CapturedLine& other) const { return level == other.level && text == other.text; }
 };
 
 // Hands over what has been logged since the last call, by any thread.
-std::vector<tagCapturedLine> TakeCapturedLog();
+std::vector<CapturedLine> TakeCapturedLog();
 std::vector<std::wstring> TakeCapturedTexts();

@@ -7,10 +7,10 @@
 namespace wrb::test {
 namespace {
 
-CFileHandle CreateOutputFile(const std::wstring& path) {
+FileHandle CreateOutputFile(const std::wstring& path) {
     SECURITY_ATTRIBUTES inheritable{sizeof(inheritable), nullptr, TRUE};
-    return CFileHandle(CreateFileW(path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable,
-                                   CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return FileHandle(CreateFileW(path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable,
+                                  CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 // Good for arguments without quotes and without a backslash at the end, which is all that tests use.
@@ -30,9 +30,9 @@ std::wstring ProgramFolder() {
     return path.substr(0, path.rfind(L'\\') + 1);
 }
 
-CChildProcess::CChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments)
+ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments)
     : m_outputPath((std::filesystem::temp_directory_path() / UniqueName(L"child")).wstring()) {
-    const CFileHandle output = CreateOutputFile(m_outputPath);
+    const FileHandle output = CreateOutputFile(m_outputPath);
     // The one handle that the child gets. It would otherwise also get, and keep open, any file that another thread of
     // ours has open at that moment: the C runtime's files can be inherited.
     HANDLE inherited = output.Get();
@@ -58,13 +58,13 @@ CChildProcess::CChildProcess(const std::wstring& program, const std::vector<std:
     m_process.Reset(process.hProcess);
 }
 
-CChildProcess::~CChildProcess() {
+ChildProcess::~ChildProcess() {
     TerminateProcess(m_process.Get(), 99);
     WaitForSingleObject(m_process.Get(), 10'000);
     DeleteFileW(m_outputPath.c_str());
 }
 
-std::optional<DWORD> CChildProcess::WaitForExit(std::chrono::milliseconds timeout) const {
+std::optional<DWORD> ChildProcess::WaitForExit(std::chrono::milliseconds timeout) const {
     DWORD code = 0;
     if (WaitForSingleObject(m_process.Get(), static_cast<DWORD>(timeout.count())) != WAIT_OBJECT_0 ||
         !GetExitCodeProcess(m_process.Get(), &code)) {
@@ -73,11 +73,11 @@ std::optional<DWORD> CChildProcess::WaitForExit(std::chrono::milliseconds timeou
     return code;
 }
 
-std::string CChildProcess::Output() const {
+std::string ChildProcess::Output() const {
     return ReadAll(m_outputPath);
 }
 
-bool CChildProcess::WaitForOutput(const std::string& part, std::chrono::milliseconds timeout) const {
+bool ChildProcess::WaitForOutput(const std::string& part, std::chrono::milliseconds timeout) const {
     const auto end = std::chrono::steady_clock::now() + timeout;
     for (bool last = false; Output().find(part) == std::string::npos;) {
         if (last) {

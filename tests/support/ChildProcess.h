@@ -14,12 +14,12 @@ namespace wrb::test {
 
 // Starts `program` (a file name in the folder of the test program) with `arguments`. Its standard output and error go
 // to one file, which goes away with the object; so does the program, if it still runs.
-class CChildProcess {
+class ChildProcess {
   public:
-    CChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments);  // throws when it cannot
-    ~CChildProcess();
-    CChildProcess(const CChildProcess&) = delete;
-    CChildProcess& operator=(const CChildProcess&) = delete;
+    ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments);  // throws when it cannot
+    ~ChildProcess();
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
 
     // The exit code, or nothing while it still runs after the time-out.
     std::optional<DWORD> WaitForExit(std::chrono::milliseconds timeout = kPatience) const;
@@ -36,7 +36,7 @@ class CChildProcess {
 
   private:
     std::wstring m_outputPath;
-    CKernelHandle m_process;
+    KernelHandle m_process;
 };
 
 // The folder of the test program, with a backslash at its end.

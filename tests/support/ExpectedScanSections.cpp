@@ -57,7 +57,7 @@ constexpr const wchar_t* kKeys[] = {
 
 constexpr wchar_t kDefaultExtList[] = L".EXE, .COM, .SYS, .DOC, .DRV, .CMD, .XLS, .DLL, .386";
 
-using V = tagScanGroupValues;
+using V = ScanGroupValues;
 constexpr uint32_t V::*kNumbers[] = {
     &V::compressedLayer, &V::oleLayer, &V::possibleVirusCustActInActiveAct, &V::frequency, &V::hour, &V::minute, &V::amPm,
     &V::dayOfMonth, &V::dayOfWeek, &V::weekOrdinalOfMonth, &V::weekdayOfMonth,
@@ -84,10 +84,10 @@ std::wstring ValueOf(const std::wstring& source, std::wstring_view uid, const V&
                                : values.*kTexts[index];
 }
 
-std::vector<tagExpectedSection> ParseSections() {
+std::vector<ExpectedSection> ParseSections() {
     constexpr ScanGroupKind kKinds[] = {ScanGroupKind::Main, ScanGroupKind::Exclusion, ScanGroupKind::Spyware};
     const std::wregex word(L"(\\w+)=(\\w+):?(\\S*)");
-    std::vector<tagExpectedSection> all;
+    std::vector<ExpectedSection> all;
     for (std::size_t i = 0; i < std::size(kKeys); ++i) {
         const ScanGroupKind kind = kKinds[i / 4];
         const std::wstring name = (kind == ScanGroupKind::Spyware ? L"Spyware " : L"") + std::wstring(kTypes[i % 4]) +
@@ -102,21 +102,21 @@ std::vector<tagExpectedSection> ParseSections() {
 
 }  // namespace
 
-std::wstring tagExpectedSection::Text(std::wstring_view uid, const tagScanGroupValues& values) const {
+std::wstring ExpectedSection::Text(std::wstring_view uid, const ScanGroupValues& values) const {
     std::wstring text = L"[" + name + L"]\n";
-    for (const tagExpectedKey& key : keys) {
+    for (const ExpectedKey& key : keys) {
         text += key.key + L"=" + ValueOf(key.source, uid, values) + L"\n";
     }
     return text;
 }
 
-const std::vector<tagExpectedSection>& ExpectedScanSections() {
-    static const std::vector<tagExpectedSection> sections = ParseSections();
+const std::vector<ExpectedSection>& ExpectedScanSections() {
+    static const std::vector<ExpectedSection> sections = ParseSections();
     return sections;
 }
 
-tagScanGroupValues DistinctScanValues(uint32_t flags) {
-    tagScanGroupValues values;
+ScanGroupValues DistinctScanValues(uint32_t flags) {
+    ScanGroupValues values;
     for (uint32_t i = 0; i < std::size(kNumbers); ++i) {
         values.*kNumbers[i] = i + 20;
     }

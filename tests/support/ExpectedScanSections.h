@@ -21,27 +21,27 @@ namespace wrb::test {
 //              extension, 7 ExcludeFileExtList
 //   speed, type, action16, action17, actionRT     the numbers that stand for bits
 //   nothing    always empty
-struct tagExpectedKey {
+struct ExpectedKey {
     std::wstring key;
     std::wstring source;
     std::wstring iniDefault;
 };
 
-struct tagExpectedSection {
+struct ExpectedSection {
     ScanType type;
     ScanGroupKind kind;
     std::wstring name;
-    std::vector<tagExpectedKey> keys;
+    std::vector<ExpectedKey> keys;
 
     const ScanGroup& Group() const { return FindScanGroup(type, kind); }
 
     // The section that these values give.
-    std::wstring Text(std::wstring_view uid, const tagScanGroupValues& values) const;
+    std::wstring Text(std::wstring_view uid, const ScanGroupValues& values) const;
 };
 
-const std::vector<tagExpectedSection>& ExpectedScanSections();
+const std::vector<ExpectedSection>& ExpectedScanSections();
 
 // Different in every member, so that two that are swapped show; two numbers are negative when taken as signed.
-tagScanGroupValues DistinctScanValues(uint32_t flags);
+ScanGroupValues DistinctScanValues(uint32_t flags);
 
 }  // namespace wrb::test

@@ -25,8 +25,8 @@ std::string TextValue(std::wstring_view text) {
     return WordBytes((text.size() + 1) * sizeof(wchar_t)) + WideBytes(text) + std::string(sizeof(wchar_t), '\0');
 }
 
-tagDbRequest TakeApart(const std::string& bytes) {
-    tagDbRequest request;
+DbRequest TakeApart(const std::string& bytes) {
+    DbRequest request;
     if (bytes.size() >= 8 && bytes.starts_with(kMagic) && WordAt(bytes, 4) <= bytes.size() - 8) {
         const std::size_t length = WordAt(bytes, 4);
         request.headerMessage = bytes.substr(8, length);
@@ -50,11 +50,11 @@ std::string MessageBytes(std::wstring_view name, std::string_view body) {
     return bytes.append(body);
 }
 
-bool tagDbRequest::IsMessage() const {
+bool DbRequest::IsMessage() const {
     return std::string_view(request).starts_with(kMessageStart);
 }
 
-std::vector<std::wstring> tagDbRequest::Fields() const {
+std::vector<std::wstring> DbRequest::Fields() const {
     std::vector<std::wstring> fields;
     std::wstringstream text(WideText(request).substr(0, request.size() / sizeof(wchar_t) - 1) + L'\t');
     for (std::wstring field; std::getline(text, field, L'\t');) {
@@ -63,7 +63,7 @@ std::vector<std::wstring> tagDbRequest::Fields() const {
     return fields;
 }
 
-std::vector<std::wstring> tagDbRequest::Texts() const {
+std::vector<std::wstring> DbRequest::Texts() const {
     std::vector<std::wstring> texts;
     for (std::size_t offset = kMessageName; request.size() - offset >= 4;) {
         const uint32_t length = WordAt(request, offset);
@@ -77,11 +77,11 @@ std::vector<std::wstring> tagDbRequest::Texts() const {
     return texts;
 }
 
-std::wstring tagDbRequest::Name() const {
+std::wstring DbRequest::Name() const {
     return IsMessage() ? Texts().at(0) : Fields().at(0);
 }
 
-std::wstring tagDbRequest::ReplyPipe() const {
+std::wstring DbRequest::ReplyPipe() const {
     if (IsMessage()) {
         return Texts().at(1);
     }
@@ -89,25 +89,24 @@ std::wstring tagDbRequest::ReplyPipe() const {
     return id == L"-1" ? L"" : L"DbCln_" + id;
 }
 
-CFakeDbService::CFakeDbService(Answer answer)
-    : m_answer(std::move(answer)),
-      m_pipe(L"DbServerNamePipe", [this](const tagReceived& received) { Serve(received); }) {}
+FakeDbService::FakeDbService(Answer answer)
+    : m_answer(std::move(answer)), m_pipe(L"DbServerNamePipe", [this](const Received& received) { Serve(received); }) {}
 
-std::vector<tagDbRequest> CFakeDbService::WaitFor(std::size_t count) const {
-    std::vector<tagDbRequest> requests;
-    for (const tagReceived& received : m_pipe.WaitFor(count)) {
+std::vector<DbRequest> FakeDbService::WaitFor(std::size_t count) const {
+    std::vector<DbRequest> requests;
+    for (const Received& received : m_pipe.WaitFor(count)) {
         requests.push_back(TakeApart(received.bytes));
     }
     return requests;
 }
 
-void CFakeDbService::Serve(const tagReceived& received) const {
-    const tagDbRequest request = TakeApart(received.bytes);
+void FakeDbService::Serve(const Received& received) const {
+    const DbRequest request = TakeApart(received.bytes);
     if (!m_answer || request.request.size() < sizeof(wchar_t) || request.ReplyPipe().empty()) {
         return;
     }
     if (const std::optional<std::string> answer = m_answer(request)) {
-        const CFileHandle pipe = OpenPipeForWriting(request.ReplyPipe());
+        const FileHandle pipe = OpenPipeForWriting(request.ReplyPipe());
         if (!answer->empty()) {
             WritePiece(pipe, *answer);
         }

@@ -15,7 +15,7 @@
 
 namespace wrb::test {
 
-struct tagDbRequest {
+struct DbRequest {
     std::string headerMessage;  // the message in the frame; empty when the frame is broken
     std::string request;        // what follows the frame
 
@@ -43,22 +43,22 @@ std::string WideBytes(std::wstring_view text);
 std::string MessageBytes(std::wstring_view name, std::string_view body);
 
 // Serves "DbServerNamePipe", of which there is one on a machine: a test that uses it is registered as SERIAL.
-class CFakeDbService {
+class FakeDbService {
   public:
     // The bytes to answer with; empty ones connect to the reply pipe and close, none leave the client waiting.
-    using Answer = std::function<std::optional<std::string>(const tagDbRequest&)>;
+    using Answer = std::function<std::optional<std::string>(const DbRequest&)>;
 
     // `answer` runs on the service's thread for each request that wants an answer; without it nothing is answered.
-    explicit CFakeDbService(Answer answer = {});
+    explicit FakeDbService(Answer answer = {});
 
     // All requests so far, once there are at least `count` of them or ten seconds have passed.
-    std::vector<tagDbRequest> WaitFor(std::size_t count) const;
+    std::vector<DbRequest> WaitFor(std::size_t count) const;
 
   private:
-    void Serve(const tagReceived& received) const;
+    void Serve(const Received& received) const;
 
     Answer m_answer;
-    CFakePipeService m_pipe;
+    FakePipeService m_pipe;
 };
 
 }  // namespace wrb::test

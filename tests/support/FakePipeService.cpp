@@ -23,12 +23,12 @@ std::wstring WideText(std::string_view bytes) {
     return text;
 }
 
-std::wstring tagReceived::Text() const {
+std::wstring Received::Text() const {
     const std::wstring text = WideText(bytes);
     return text.ends_with(L'\0') ? text.substr(0, text.size() - 1) : text;
 }
 
-CFakePipeService::CFakePipeService(const std::wstring& name, Handler handler)
+FakePipeService::FakePipeService(const std::wstring& name, Handler handler)
     : m_handler(std::move(handler)),
       m_stop(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
       m_event(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
@@ -41,19 +41,19 @@ CFakePipeService::CFakePipeService(const std::wstring& name, Handler handler)
     m_thread = std::thread([this] { Serve(); });
 }
 
-CFakePipeService::~CFakePipeService() {
+FakePipeService::~FakePipeService() {
     SetEvent(m_stop.Get());
     m_thread.join();
 }
 
-std::vector<tagReceived> CFakePipeService::WaitFor(std::size_t count) const {
+std::vector<Received> FakePipeService::WaitFor(std::size_t count) const {
     std::unique_lock guard(m_lock);
     m_changed.wait_for(guard, kPatience, [&] { return m_messages.size() >= count; });
     return m_messages;
 }
 
-void CFakePipeService::Serve() {
-    for (tagReceived received; ReceiveOne(received); received = {}) {
+void FakePipeService::Serve() {
+    for (Received received; ReceiveOne(received); received = {}) {
         if (m_handler) {
             m_handler(received);
         }
@@ -65,7 +65,7 @@ void CFakePipeService::Serve() {
     }
 }
 
-bool CFakePipeService::ReceiveOne(tagReceived& received) {
+bool FakePipeService::ReceiveOne(Received& received) {
     OVERLAPPED operation{};
     operation.hEvent = m_event.Get();
     // The bytes of an operation that has begun; none when the client has gone or the service is to stop.
@@ -89,17 +89,17 @@ bool CFakePipeService::ReceiveOne(tagReceived& received) {
     return WaitForSingleObject(m_stop.Get(), 0) == WAIT_TIMEOUT;
 }
 
-CFileHandle OpenPipeForWriting(const std::wstring& name) {
+FileHandle OpenPipeForWriting(const std::wstring& name) {
     const std::wstring path = Path(name);
     for (;;) {
-        CFileHandle pipe(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        FileHandle pipe(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
         if (pipe || GetLastError() != ERROR_PIPE_BUSY || !WaitNamedPipeW(path.c_str(), 10'000)) {
             return pipe;
         }
     }
 }
 
-bool WritePiece(const CFileHandle& pipe, std::string_view bytes) {
+bool WritePiece(const FileHandle& pipe, std::string_view bytes) {
     DWORD written = 0;
     return WriteFile(pipe.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
            written == bytes.size();

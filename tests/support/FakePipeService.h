@@ -21,7 +21,7 @@ namespace wrb::test {
 std::wstring WideText(std::string_view bytes);
 
 // What one client wrote between connecting and closing.
-struct tagReceived {
+struct Received {
     std::string bytes;
     std::vector<std::size_t> pieces;  // the size of each write
 
@@ -29,43 +29,43 @@ struct tagReceived {
     std::wstring Text() const;
 };
 
-class CFakePipeService {
+class FakePipeService {
   public:
-    using Handler = std::function<void(const tagReceived&)>;
+    using Handler = std::function<void(const Received&)>;
 
     // Serves the pipe of that bare name at once. `handler` runs on the service's thread after each message, before the
     // next client is let in. Throws std::runtime_error when the name is taken.
-    explicit CFakePipeService(const std::wstring& name, Handler handler = {});
+    explicit FakePipeService(const std::wstring& name, Handler handler = {});
 
     // Stops, whatever the client is doing.
-    ~CFakePipeService();
-    CFakePipeService(const CFakePipeService&) = delete;
-    CFakePipeService& operator=(const CFakePipeService&) = delete;
+    ~FakePipeService();
+    FakePipeService(const FakePipeService&) = delete;
+    FakePipeService& operator=(const FakePipeService&) = delete;
 
     // All messages so far, once there are at least `count` of them or ten seconds have passed.
-    std::vector<tagReceived> WaitFor(std::size_t count) const;
+    std::vector<Received> WaitFor(std::size_t count) const;
 
   private:
     void Serve();
-    bool ReceiveOne(tagReceived& received);
+    bool ReceiveOne(Received& received);
 
     Handler m_handler;
-    CKernelHandle m_stop;
-    CKernelHandle m_event;
-    CFileHandle m_pipe;
+    KernelHandle m_stop;
+    KernelHandle m_event;
+    FileHandle m_pipe;
     std::vector<char> m_piece;
     mutable std::mutex m_lock;
     mutable std::condition_variable m_changed;
-    std::vector<tagReceived> m_messages;
+    std::vector<Received> m_messages;
     std::thread m_thread;
 };
 
 // A client's end without any of the client's rules: opens the pipe for writing, waiting while it is busy. Empty when
 // that fails.
-CFileHandle OpenPipeForWriting(const std::wstring& name);
+FileHandle OpenPipeForWriting(const std::wstring& name);
 
 // Writes the bytes as one piece, whatever their number.
-bool WritePiece(const CFileHandle& pipe, std::string_view bytes);
+bool WritePiece(const FileHandle& pipe, std::string_view bytes);
 
 // `count` bytes that differ from their neighbours and from those at other offsets of a buffer's size; the same for the
 // same seed.

@@ -8,7 +8,7 @@
 
 #include "ProfileAccess.h"
 
-class CFakeProfile : public wrb::IProfileAccess {
+class FakeProfile : public wrb::IProfileAccess {
   public:
     bool FileExists(const char*) override { return true; }
 

@@ -10,18 +10,18 @@
 namespace wrb::test {
 
 // A copy of `count` bytes. Behind the last one comes a page that may not be touched.
-class CGuardedBytes {
+class GuardedBytes {
   public:
-    CGuardedBytes(const void* bytes, std::size_t count) {
+    GuardedBytes(const void* bytes, std::size_t count) {
         const std::size_t room = (count / kPage + 1) * kPage;
         m_pages = static_cast<uint8_t*>(VirtualAlloc(nullptr, room + kPage, MEM_RESERVE, PAGE_NOACCESS));
         VirtualAlloc(m_pages, room, MEM_COMMIT, PAGE_READWRITE);
         m_start = m_pages + room - count;
         std::copy_n(static_cast<const uint8_t*>(bytes), count, m_start);
     }
-    ~CGuardedBytes() { VirtualFree(m_pages, 0, MEM_RELEASE); }
-    CGuardedBytes(const CGuardedBytes&) = delete;
-    CGuardedBytes& operator=(const CGuardedBytes&) = delete;
+    ~GuardedBytes() { VirtualFree(m_pages, 0, MEM_RELEASE); }
+    GuardedBytes(const GuardedBytes&) = delete;
+    GuardedBytes& operator=(const GuardedBytes&) = delete;
 
     uint8_t* Start() const { return m_start; }
 

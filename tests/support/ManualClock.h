@@ -6,9 +6,9 @@
 
 #include "Clock.h"
 
-class CManualClock final : public wrb::IClock {
+class ManualClock final : public wrb::IClock {
   public:
-    explicit CManualClock(uint32_t tick = 0, int64_t seconds = 0) : m_tick(tick), m_seconds(seconds) {}
+    explicit ManualClock(uint32_t tick = 0, int64_t seconds = 0) : m_tick(tick), m_seconds(seconds) {}
 
     uint32_t TickMilliseconds() const override { return m_tick; }
     int64_t CalendarSeconds() const override { return m_seconds; }

@@ -32,7 +32,7 @@ uint32_t CountInSystemList(uint64_t process) {
 
 }  // namespace
 
-tagResourceUse ResourceUse(void* process) {
+ResourceUse CurrentResourceUse(void* process) {
     const HANDLE of = process == nullptr ? GetCurrentProcess() : process;
     DWORD handles = 0;
     PROCESS_MEMORY_COUNTERS memory{};

@@ -6,12 +6,12 @@
 
 namespace wrb::test {
 
-struct tagResourceUse {
+struct ResourceUse {
     uint32_t handles;            // open handles of the kernel
     std::size_t committedBytes;  // private memory
 };
 
 // Of the process with that handle, which must be good for queries; null: this one.
-tagResourceUse ResourceUse(void* process = nullptr);
+ResourceUse CurrentResourceUse(void* process = nullptr);
 
 }  // namespace wrb::test

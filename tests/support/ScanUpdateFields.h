@@ -8,15 +8,15 @@
 
 namespace wrb::test {
 
-struct tagUpdateField {
+struct UpdateField {
     std::wstring key;
     std::wstring value;
 };
 
 // One field for each of the group's, in the order of the message. The two variants differ in every field; the
 // first has other numbers and texts for each scan type.
-inline std::vector<tagUpdateField> UpdateFields(const ScanGroup& group, bool variant) {
-    std::vector<tagUpdateField> fields;
+inline std::vector<UpdateField> UpdateFields(const ScanGroup& group, bool variant) {
+    std::vector<UpdateField> fields;
     for (const ScanRow* const row : group.updateRows) {
         const auto number = static_cast<int>(fields.size());
         const auto base = static_cast<int>(group.configFlag);
@@ -34,9 +34,9 @@ inline std::vector<tagUpdateField> UpdateFields(const ScanGroup& group, bool var
 }
 
 // The fields as the rest of a message.
-inline std::wstring JoinFields(const std::vector<tagUpdateField>& fields) {
+inline std::wstring JoinFields(const std::vector<UpdateField>& fields) {
     std::wstring text;
-    for (const tagUpdateField& field : fields) {
+    for (const UpdateField& field : fields) {
         text += (&field == fields.data() ? L"" : L"\t") + field.value;
     }
     return text;

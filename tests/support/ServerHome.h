@@ -9,18 +9,18 @@
 
 namespace wrb::test {
 
-class CServerHome {
+class ServerHome {
   public:
-    CServerHome() { Set(m_folder.Path()); }
-    ~CServerHome() {
+    ServerHome() { Set(m_folder.Path()); }
+    ~ServerHome() {
         if (m_before.empty()) {
             RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKey, kValue);
         } else {
             Set(m_before);
         }
     }
-    CServerHome(const CServerHome&) = delete;
-    CServerHome& operator=(const CServerHome&) = delete;
+    ServerHome(const ServerHome&) = delete;
+    ServerHome& operator=(const ServerHome&) = delete;
 
     std::filesystem::path operator/(const std::wstring& name) const { return m_folder / name; }
 
@@ -40,7 +40,7 @@ class CServerHome {
     }
 
     const std::wstring m_before = ReadLocalPath();
-    CTempFolder m_folder;
+    TempFolder m_folder;
 };
 
 }  // namespace wrb::test

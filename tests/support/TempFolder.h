@@ -10,17 +10,17 @@
 
 namespace wrb::test {
 
-class CTempFolder {
+class TempFolder {
   public:
-    CTempFolder() : m_path(std::filesystem::temp_directory_path() / UniqueName(L"folder")) {
+    TempFolder() : m_path(std::filesystem::temp_directory_path() / UniqueName(L"folder")) {
         std::filesystem::create_directories(m_path);
     }
-    ~CTempFolder() {
+    ~TempFolder() {
         std::error_code ignored;
         std::filesystem::remove_all(m_path, ignored);
     }
-    CTempFolder(const CTempFolder&) = delete;
-    CTempFolder& operator=(const CTempFolder&) = delete;
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
 
     std::filesystem::path operator/(const std::wstring& name) const { return m_path / name; }
     std::wstring Path() const { return m_path.wstring(); }

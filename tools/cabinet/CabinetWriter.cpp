@@ -28,15 +28,15 @@ constexpr ULONG kLargestCabinet = 0x7FFFFFFF;
 constexpr USHORT kFirstDate = 0x0021;  // 1980-01-01: the same files make the same cabinet
 
 // One writing. FCI knows files by narrow names only: it gets names of ours, which stand for the wide paths here.
-struct tagWriting {
+struct Writing {
     const std::wstring& cabinet;
-    const std::vector<tagCabinetSource>& sources;
+    const std::vector<CabinetSource>& sources;
     std::vector<std::wstring> scratch = {};
     DWORD error = 0;  // of the first call that failed
     ERF writer = {};  // what the writer itself finds wrong
 };
 
-INT_PTR Note(tagWriting& writing, DWORD error, INT_PTR result) {
+INT_PTR Note(Writing& writing, DWORD error, INT_PTR result) {
     writing.error = writing.error == 0 ? error : writing.error;
     return result;
 }
@@ -47,7 +47,7 @@ std::size_t IndexIn(std::string_view digits) {
     return index;
 }
 
-const std::wstring& PathOf(const tagWriting& writing, std::string_view name) {
+const std::wstring& PathOf(const Writing& writing, std::string_view name) {
     return name.starts_with(kScratch) ? writing.scratch[IndexIn(name.substr(kScratch.size()))] : writing.cabinet;
 }
 
@@ -55,22 +55,22 @@ HANDLE Handle(INT_PTR file) {
     return reinterpret_cast<HANDLE>(file);
 }
 
-INT_PTR OpenPath(tagWriting& writing, const std::wstring& path, DWORD access, DWORD creation) {
+INT_PTR OpenPath(Writing& writing, const std::wstring& path, DWORD access, DWORD creation) {
     const HANDLE file =
         CreateFileW(path.c_str(), access, FILE_SHARE_READ, nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr);
     return file != INVALID_HANDLE_VALUE ? reinterpret_cast<INT_PTR>(file) : Note(writing, GetLastError(), kFailed);
 }
 
 INT_PTR DIAMONDAPI Open(char* name, int flags, int, int*, void* context) {
-    auto& writing = *static_cast<tagWriting*>(context);
+    auto& writing = *static_cast<Writing*>(context);
     return OpenPath(writing, PathOf(writing, name), GENERIC_READ | GENERIC_WRITE,
                     (flags & _O_CREAT) != 0 ? CREATE_ALWAYS : OPEN_EXISTING);
 }
 
 // A source's name is its number.
 INT_PTR DIAMONDAPI OpenSource(char* name, USHORT* date, USHORT* time, USHORT* attributes, int*, void* context) {
-    auto& writing = *static_cast<tagWriting*>(context);
-    const tagCabinetSource& source = writing.sources[IndexIn(name)];
+    auto& writing = *static_cast<Writing*>(context);
+    const CabinetSource& source = writing.sources[IndexIn(name)];
     const bool isAscii = std::ranges::all_of(source.name, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
     *date = kFirstDate;
     *time = 0;
@@ -83,7 +83,7 @@ UINT DIAMONDAPI Read(INT_PTR file, void* buffer, UINT count, int*, void* context
     if (ReadFile(Handle(file), buffer, count, &read, nullptr)) {
         return read;
     }
-    return static_cast<UINT>(Note(*static_cast<tagWriting*>(context), GetLastError(), kFailed));
+    return static_cast<UINT>(Note(*static_cast<Writing*>(context), GetLastError(), kFailed));
 }
 
 UINT DIAMONDAPI Write(INT_PTR file, void* buffer, UINT count, int*, void* context) {
@@ -91,7 +91,7 @@ UINT DIAMONDAPI Write(INT_PTR file, void* buffer, UINT count, int*, void* contex
     if (WriteFile(Handle(file), buffer, count, &written, nullptr)) {
         return written;
     }
-    return static_cast<UINT>(Note(*static_cast<tagWriting*>(context), GetLastError(), kFailed));
+    return static_cast<UINT>(Note(*static_cast<Writing*>(context), GetLastError(), kFailed));
 }
 
 int DIAMONDAPI Close(INT_PTR file, int*, void*) {
@@ -104,7 +104,7 @@ long DIAMONDAPI Seek(INT_PTR file, long distance, int origin, int*, void*) {
 }
 
 int DIAMONDAPI Delete(char* name, int*, void* context) {
-    return DeleteFileW(PathOf(*static_cast<tagWriting*>(context), name).c_str()) ? 0 : -1;
+    return DeleteFileW(PathOf(*static_cast<Writing*>(context), name).c_str()) ? 0 : -1;
 }
 
 // Makes a file of a new name, so that nobody else gets it. Returns the system's error, 0 for none.
@@ -131,7 +131,7 @@ DWORD MakeScratch(std::vector<std::wstring>& scratch) {
 }
 
 BOOL DIAMONDAPI NewScratch(char* name, int capacity, void* context) {
-    auto& writing = *static_cast<tagWriting*>(context);
+    auto& writing = *static_cast<Writing*>(context);
     DWORD error = ERROR_NOT_ENOUGH_MEMORY;
     try {
         error = MakeScratch(writing.scratch);
@@ -166,9 +166,9 @@ long DIAMONDAPI OnStatus(UINT, ULONG, ULONG, void*) {
 struct CloseFci {
     void operator()(void* fci) const noexcept { FCIDestroy(fci); }
 };
-using CFci = std::unique_ptr<void, CloseFci>;
+using Fci = std::unique_ptr<void, CloseFci>;
 
-bool AddAll(HFCI fci, const std::vector<tagCabinetSource>& sources) {
+bool AddAll(HFCI fci, const std::vector<CabinetSource>& sources) {
     for (std::size_t i = 0; i < sources.size(); ++i) {
         std::string number = std::to_string(i);
         std::string name = sources[i].name;
@@ -179,19 +179,19 @@ bool AddAll(HFCI fci, const std::vector<tagCabinetSource>& sources) {
     return true;
 }
 
-bool WriteAll(tagWriting& writing) {
+bool WriteAll(Writing& writing) {
     CCAB parameters = {};
     parameters.cb = parameters.cbFolderThresh = kLargestCabinet;
     std::memcpy(parameters.szCab, kCabinetName, sizeof kCabinetName);
-    const CFci fci(FCICreate(&writing.writer, OnPlaced, Allocate, Free, Open, Read, Write, Close, Seek, Delete,
-                             NewScratch, &parameters, &writing));
+    const Fci fci(FCICreate(&writing.writer, OnPlaced, Allocate, Free, Open, Read, Write, Close, Seek, Delete,
+                            NewScratch, &parameters, &writing));
     return fci && AddAll(fci.get(), writing.sources) && FCIFlushCabinet(fci.get(), FALSE, RefuseNext, OnStatus);
 }
 
 }  // namespace
 
-void WriteCabinet(const std::wstring& path, const std::vector<tagCabinetSource>& sources) {
-    const auto isTooLong = [](const tagCabinetSource& source) { return source.name.size() >= CB_MAX_FILENAME; };
+void WriteCabinet(const std::wstring& path, const std::vector<CabinetSource>& sources) {
+    const auto isTooLong = [](const CabinetSource& source) { return source.name.size() >= CB_MAX_FILENAME; };
     if (std::ranges::any_of(sources, isTooLong)) {
         throw std::runtime_error("the name of an entry is too long");
     }
@@ -201,7 +201,7 @@ void WriteCabinet(const std::wstring& path, const std::vector<tagCabinetSource>&
     if (const DWORD error = MakeFile(folder.empty() ? L"." : folder.c_str(), unfinished); error != 0) {
         throw std::runtime_error("no file can be made beside it (system error " + std::to_string(error) + ")");
     }
-    tagWriting writing{unfinished, sources};
+    Writing writing{unfinished, sources};
     const bool isWritten = WriteAll(writing);
     // The writer deletes them itself unless it fails.
     for (const std::wstring& scratch : writing.scratch) {

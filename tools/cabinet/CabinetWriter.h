@@ -6,7 +6,7 @@
 
 namespace wrb {
 
-struct tagCabinetSource {
+struct CabinetSource {
     std::string name;   // in the cabinet, at most 255 bytes of UTF-8; taken as it is, whatever it says
     std::wstring path;  // of the file that holds the data
 };
@@ -15,6 +15,6 @@ struct tagCabinetSource {
 // replaced once all is well. Throws std::runtime_error that says what went wrong; nothing new is left then. Needs room
 // for temporary files where the account keeps them, and beside `path` for the cabinet until it is complete. Any thread.
 // Wine's writer refuses a cabinet in which no entry has any data.
-void WriteCabinet(const std::wstring& path, const std::vector<tagCabinetSource>& sources);
+void WriteCabinet(const std::wstring& path, const std::vector<CabinetSource>& sources);
 
 }  // namespace wrb

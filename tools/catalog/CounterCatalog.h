@@ -7,12 +7,12 @@
 
 namespace wrb {
 
-struct tagCountedRow {
+struct CountedRow {
     std::string name;  // ASCII
     uint32_t slot;
 };
 
 // The commands, and behind them the alert types that have a counter of their own.
-std::vector<tagCountedRow> CountedRows();
+std::vector<CountedRow> CountedRows();
 
 }  // namespace wrb

@@ -20,7 +20,7 @@ void PutRow(CPutStream& out, const char* name, const HandlerCounterSlot& slot) {
 
 void PutCounterTable(CPutStream& out) {
     out << "<h2>Commands</h2>\n";
-    CCounterReader reader;
+    CounterReader reader;
     uint32_t error = 0;
     if (const CounterAttach result = reader.Attach(error); result != CounterAttach::Attached) {
         out << "<p id=\"counters\">";
@@ -30,7 +30,7 @@ void PutCounterTable(CPutStream& out) {
     }
     out << "<table id=\"counters\">\n<tr><th>command</th><th>calls</th><th>failed</th><th>average ms</th>"
            "<th>longest ms</th><th>total ms</th></tr>\n";
-    for (const tagCountedRow& counted : CountedRows()) {
+    for (const CountedRow& counted : CountedRows()) {
         if (const HandlerCounterSlot slot = reader.Slot(counted.slot); slot.calls != 0) {
             PutRow(out, counted.name.c_str(), slot);
         }

@@ -46,7 +46,7 @@ std::vector<uint32_t> FieldChoices(const ScanRow& row) {
     return numbers;
 }
 
-std::wstring FieldText(const ScanRow& row, const tagScanGroupValues& values) {
+std::wstring FieldText(const ScanRow& row, const ScanGroupValues& values) {
     switch (row.kind) {
         case ScanRowKind::Bit:
             return (values.flags & row.bits) != 0 ? L"1" : L"0";
@@ -64,7 +64,7 @@ std::wstring FieldText(const ScanRow& row, const tagScanGroupValues& values) {
     return {};
 }
 
-bool SetField(const ScanRow& row, std::wstring_view text, tagScanGroupValues& values) {
+bool SetField(const ScanRow& row, std::wstring_view text, ScanGroupValues& values) {
     if (row.kind == ScanRowKind::Text || row.kind == ScanRowKind::CustomActionPair) {
         const bool good = IsFormText(text);
         if (good) {
@@ -89,9 +89,9 @@ bool SetField(const ScanRow& row, std::wstring_view text, tagScanGroupValues& va
     return good;
 }
 
-tagStoreResult StoreDefaults(CINICache& scanIni, const FieldSource& given) {
-    tagStoreResult result;
-    tagScanGroupValues values;
+StoreResult StoreDefaults(CINICache& scanIni, const FieldSource& given) {
+    StoreResult result;
+    ScanGroupValues values;
     ReadScanGroupIni(scanIni, FormGroup(), values);
     for (const ScanRow& row : FormGroup().rows) {
         const wchar_t* const text = row.IsSetting() ? given(row.key.data()) : nullptr;

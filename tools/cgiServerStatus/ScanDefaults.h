@@ -22,14 +22,14 @@ const ScanGroup& FormGroup();
 // The values that a switch or a choice can have.
 std::vector<uint32_t> FieldChoices(const ScanRow& row);
 
-std::wstring FieldText(const ScanRow& row, const tagScanGroupValues& values);
+std::wstring FieldText(const ScanRow& row, const ScanGroupValues& values);
 
 // False, with `values` as they were, when the text is no value of the row: a switch takes 0 and 1, a choice its
 // numbers, a number 0 to 255 in decimal digits. A text has at most 1024 characters, none of them a control character,
 // and must survive an INI file (ScanCfgIni.h).
-bool SetField(const ScanRow& row, std::wstring_view text, tagScanGroupValues& values);
+bool SetField(const ScanRow& row, std::wstring_view text, ScanGroupValues& values);
 
-struct tagStoreResult {
+struct StoreResult {
     std::vector<std::wstring> changed;  // keys whose value is another now
     std::vector<std::wstring> refused;  // keys whose text was no value; then nothing is stored
     bool failed = false;                // the file could not be written
@@ -39,6 +39,6 @@ struct tagStoreResult {
 using FieldSource = std::function<const wchar_t*(const wchar_t* key)>;
 
 // Stores all or nothing, short of a file that fails in between.
-tagStoreResult StoreDefaults(CINICache& scanIni, const FieldSource& given);
+StoreResult StoreDefaults(CINICache& scanIni, const FieldSource& given);
 
 }  // namespace wrb

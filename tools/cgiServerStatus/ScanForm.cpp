@@ -45,7 +45,7 @@ void PutField(CPutStream& out, const ScanRow& row, const std::wstring& value) {
 }  // namespace
 
 void PutScanForm(CPutStream& out, CINICache& scanIni) {
-    tagScanGroupValues values;
+    ScanGroupValues values;
     ReadScanGroupIni(scanIni, FormGroup(), values);
     out << "<h2>Server-wide defaults: ";
     out.Send(FormGroup().section.data(), true);

@@ -18,7 +18,7 @@ constexpr char kTop[] =
 
 constexpr char kBottom[] = "</body>\n</html>";
 
-void PutTop(CPutStream& out, const tagOutcome& outcome) {
+void PutTop(CPutStream& out, const Outcome& outcome) {
     out << "Status: " << outcome.status << "\r\n" << kHeaders << kTop;
     if (!outcome.message.empty()) {
         out << "<p id=\"message\"><strong>";
@@ -35,12 +35,12 @@ void PutCell(CPutStream& out, const std::wstring& text) {
     out << "</td>";
 }
 
-void PutMessagePage(CPutStream& out, const tagOutcome& outcome) {
+void PutMessagePage(CPutStream& out, const Outcome& outcome) {
     PutTop(out, outcome);
     out << kBottom << endl;
 }
 
-void PutStatusPage(CPutStream& out, const tagOutcome& outcome, CINICache& scanIni, CINICache& serverIni) {
+void PutStatusPage(CPutStream& out, const Outcome& outcome, CINICache& scanIni, CINICache& serverIni) {
     PutTop(out, outcome);
     PutCounterTable(out);
     PutTicketTable(out, scanIni, serverIni);

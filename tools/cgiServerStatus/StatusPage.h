@@ -9,15 +9,15 @@
 namespace wrb {
 
 // What became of the request, shown above the page's parts.
-struct tagOutcome {
+struct Outcome {
     const char* status = "200 OK";  // of the HTTP answer
     std::wstring message;           // empty: nothing to tell
 };
 
 // The outcome alone, for a server whose files are out of reach.
-void PutMessagePage(CPutStream& out, const tagOutcome& outcome);
+void PutMessagePage(CPutStream& out, const Outcome& outcome);
 
-void PutStatusPage(CPutStream& out, const tagOutcome& outcome, CINICache& scanIni, CINICache& serverIni);
+void PutStatusPage(CPutStream& out, const Outcome& outcome, CINICache& scanIni, CINICache& serverIni);
 
 void PutCounterTable(CPutStream& out);
 void PutTicketTable(CPutStream& out, CINICache& scanIni, CINICache& serverIni);

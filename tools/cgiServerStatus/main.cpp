@@ -36,7 +36,7 @@ std::wstring Listed(const std::vector<std::wstring>& keys) {
     return text;
 }
 
-tagOutcome Told(const tagStoreResult& result) {
+Outcome Told(const StoreResult& result) {
     if (!result.refused.empty()) {
         return {"400 Bad Request", L"Nothing stored. Not a value of: " + Listed(result.refused)};
     }
@@ -49,7 +49,7 @@ tagOutcome Told(const tagStoreResult& result) {
 constexpr wchar_t kIncomplete[] = L"The form is incomplete, or longer than allowed.";
 
 // The form's last field tells that no value before it was cut.
-tagOutcome StoreForm(const CGetParameter& request) {
+Outcome StoreForm(const CGetParameter& request) {
     if (request.Get(L"complete", 0) != 1) {
         return {"400 Bad Request", kIncomplete};
     }
@@ -58,7 +58,7 @@ tagOutcome StoreForm(const CGetParameter& request) {
 }
 
 // The file is an INI file with the form's section. A key that it lacks, and one with the default below, is not given.
-tagOutcome StoreFile(const CGetParameter& request) {
+Outcome StoreFile(const CGetParameter& request) {
     constexpr std::wstring_view kAbsent = L"\x7F";
     const std::wstring path = request.GetUploadFile(L"defaults");
     if (path.empty()) {
@@ -66,18 +66,18 @@ tagOutcome StoreFile(const CGetParameter& request) {
     }
     wchar_t text[kLongestFormText + 3];  // what is cut is still longer than any text may be
     bool found = false;
-    const tagStoreResult result = StoreDefaults(ScanIniCache(), [&](const wchar_t* key) -> const wchar_t* {
+    const StoreResult result = StoreDefaults(ScanIniCache(), [&](const wchar_t* key) -> const wchar_t* {
         GetPrivateProfileStringW(FormGroup().section.data(), key, kAbsent.data(), text,
                                  static_cast<DWORD>(std::size(text)), path.c_str());
         found = found || text != kAbsent;
         return text != kAbsent ? text : nullptr;
     });
     return found ? Told(result)
-                 : tagOutcome{"400 Bad Request",
-                              L"The file has no setting in its section [" + std::wstring(FormGroup().section) + L"]."};
+                 : Outcome{"400 Bad Request",
+                           L"The file has no setting in its section [" + std::wstring(FormGroup().section) + L"]."};
 }
 
-tagOutcome Refusal(int code) {
+Outcome Refusal(int code) {
     const struct {
         int code;
         const char* status;
@@ -92,11 +92,11 @@ tagOutcome Refusal(int code) {
         {kCgiNoImplementation, "500 Internal Server Error", L"Out of memory."},
     };
     const auto* const found = std::ranges::find(refusals, code, [](const auto& row) { return row.code; });
-    return found != std::end(refusals) ? tagOutcome{found->status, found->message}
-                                       : tagOutcome{"400 Bad Request", L"The upload is broken."};
+    return found != std::end(refusals) ? Outcome{found->status, found->message}
+                                       : Outcome{"400 Bad Request", L"The upload is broken."};
 }
 
-tagOutcome Serve(const CGetParameter& request) {
+Outcome Serve(const CGetParameter& request) {
     const int code = request.GetInitializationResult();
     if (code != kCgiFetched) {
         return Refusal(code);
@@ -118,19 +118,19 @@ tagOutcome Serve(const CGetParameter& request) {
 }
 
 // Takes the request's uploads away when it has been served, however that ended.
-class CUploadGuard {
+class UploadGuard {
   public:
-    explicit CUploadGuard(CGetParameter& request) : m_request(request) {}
-    ~CUploadGuard() { m_request.DeleteUploadFiles(); }
-    CUploadGuard(const CUploadGuard&) = delete;
-    CUploadGuard& operator=(const CUploadGuard&) = delete;
+    explicit UploadGuard(CGetParameter& request) : m_request(request) {}
+    ~UploadGuard() { m_request.DeleteUploadFiles(); }
+    UploadGuard(const UploadGuard&) = delete;
+    UploadGuard& operator=(const UploadGuard&) = delete;
 
   private:
     CGetParameter& m_request;
 };
 
-tagOutcome Outcome(CGetParameter& request) try {
-    const CUploadGuard guard(request);
+Outcome OutcomeOf(CGetParameter& request) try {
+    const UploadGuard guard(request);
     return Serve(request);
 } catch (const std::exception& error) {
     WRB_LOG('E', L"%s - %S", L"cgiServerStatus", error.what());
@@ -150,7 +150,7 @@ int main() try {
         return 0;
     }
     CGetParameter request;
-    const wrb::tagOutcome outcome = wrb::Outcome(request);
+    const wrb::Outcome outcome = wrb::OutcomeOf(request);
     if (!outcome.message.empty()) {
         WRB_LOG('I', L"%s - %S: %s", L"cgiServerStatus", outcome.status, outcome.message.c_str());
     }

@@ -16,7 +16,7 @@ namespace wrb {
 
 std::vector<std::string> Utf8Arguments() {
     int count = 0;
-    const CLocalMemory memory(CommandLineToArgvW(GetCommandLineW(), &count));
+    const LocalMemory memory(CommandLineToArgvW(GetCommandLineW(), &count));
     std::vector<std::string> arguments;
     if (!memory) {
         return arguments;

@@ -4,13 +4,13 @@
 
 namespace wrb {
 
-void CJobQueue::Start(unsigned workers) {
+void JobQueue::Start(unsigned workers) {
     for (unsigned i = 0; i < workers; ++i) {
         m_threads.emplace_back([this] { Work(); });
     }
 }
 
-void CJobQueue::Push(Job job) {
+void JobQueue::Push(Job job) {
     {
         const std::lock_guard lock(m_lock);
         m_jobs.push_back(std::move(job));
@@ -18,7 +18,7 @@ void CJobQueue::Push(Job job) {
     m_changed.notify_one();
 }
 
-void CJobQueue::Finish() {
+void JobQueue::Finish() {
     {
         const std::lock_guard lock(m_lock);
         m_finishing = true;
@@ -30,7 +30,7 @@ void CJobQueue::Finish() {
     m_threads.clear();
 }
 
-void CJobQueue::Work() {
+void JobQueue::Work() {
     std::unique_lock lock(m_lock);
     for (;;) {
         m_changed.wait(lock, [this] { return m_finishing || !m_jobs.empty(); });

@@ -12,12 +12,12 @@ namespace wrb {
 
 using Job = std::function<void()>;
 
-class CJobQueue {
+class JobQueue {
   public:
-    CJobQueue() = default;
-    ~CJobQueue() { Finish(); }
-    CJobQueue(const CJobQueue&) = delete;
-    CJobQueue& operator=(const CJobQueue&) = delete;
+    JobQueue() = default;
+    ~JobQueue() { Finish(); }
+    JobQueue(const JobQueue&) = delete;
+    JobQueue& operator=(const JobQueue&) = delete;
 
     void Start(unsigned workers);
 

@@ -10,14 +10,14 @@ constexpr std::size_t kReadBytes = 16 * 1024;
 
 }  // namespace
 
-void CPipeInstance::Reset() {
+void PipeInstance::Reset() {
     m_operation = {};
     m_message.clear();
     m_filled = 0;
     expired = false;
 }
 
-PipeStep CPipeInstance::Connect() {
+PipeStep PipeInstance::Connect() {
     Reset();
     const DWORD error = ConnectNamedPipe(m_pipe.Get(), &m_operation) ? ERROR_IO_PENDING : GetLastError();
     switch (error) {
@@ -31,7 +31,7 @@ PipeStep CPipeInstance::Connect() {
     }
 }
 
-PipeStep CPipeInstance::Read(std::size_t maxMessageBytes) {
+PipeStep PipeInstance::Read(std::size_t maxMessageBytes) {
     // One byte more than may come, so that an oversized message shows.
     const std::size_t wanted = std::min(maxMessageBytes + 1 - m_filled, kReadBytes);
     m_message.resize(m_filled + wanted);
@@ -51,7 +51,7 @@ PipeStep CPipeInstance::Read(std::size_t maxMessageBytes) {
     }
 }
 
-std::string CPipeInstance::TakeMessage() {
+std::string PipeInstance::TakeMessage() {
     m_message.resize(m_filled);
     return std::exchange(m_message, {});
 }

@@ -24,13 +24,13 @@ enum class PipeState {
 // Pending: a packet will tell. Taken: something has come, ask again. Ready: done. Failed: GetLastError tells.
 enum class PipeStep { Pending, Taken, Ready, Failed };
 
-class CPipeInstance {
+class PipeInstance {
   public:
     static constexpr ULONGLONG kNever = ~0ull;
 
     // The pipe is overlapped and reads bytes; it must be on a completion port that gets no packet for what is done at
     // once.
-    explicit CPipeInstance(CFileHandle pipe) : m_pipe(std::move(pipe)) {}
+    explicit PipeInstance(FileHandle pipe) : m_pipe(std::move(pipe)) {}
 
     HANDLE Pipe() const { return m_pipe.Get(); }
 
@@ -59,7 +59,7 @@ class CPipeInstance {
   private:
     void Reset();
 
-    CFileHandle m_pipe;
+    FileHandle m_pipe;
     OVERLAPPED m_operation{};
     std::string m_message;  // m_filled bytes of it have come, the rest is room for the read under way
     std::size_t m_filled = 0;

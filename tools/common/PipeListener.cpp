@@ -26,8 +26,8 @@ std::wstring PathOf(const std::wstring& name) {
     return L"\\\\.\\pipe\\" + name;
 }
 
-CPipeListener::InOrder OnWorkers(unsigned workers, CPipeListener::Handler handler) {
-    return {workers, [handler = std::move(handler)](std::string message, const CPipePeer&) -> Job {
+PipeListener::InOrder OnWorkers(unsigned workers, PipeListener::Handler handler) {
+    return {workers, [handler = std::move(handler)](std::string message, const PipePeer&) -> Job {
                 return [&handler, message = std::move(message)]() mutable { handler(std::move(message)); };
             }};
 }
@@ -50,22 +50,22 @@ const wchar_t* PipeDropText(PipeDrop reason) {
     return L"";
 }
 
-uint32_t CPipePeer::Pid() const {
+uint32_t PipePeer::Pid() const {
     ULONG pid = 0;
     return GetNamedPipeClientProcessId(m_pipe, &pid) ? pid : 0;
 }
 
-CPipeListener::CPipeListener(PipeListenerOptions options, InOrder inOrder)
+PipeListener::PipeListener(PipeListenerOptions options, InOrder inOrder)
     : m_options(std::move(options)), m_inOrder(std::move(inOrder)) {}
 
-CPipeListener::CPipeListener(const PipeListenerOptions& options, Handler handler)
-    : CPipeListener(options, OnWorkers(InstanceCount(options), std::move(handler))) {}
+PipeListener::PipeListener(const PipeListenerOptions& options, Handler handler)
+    : PipeListener(options, OnWorkers(InstanceCount(options), std::move(handler))) {}
 
-CPipeListener::~CPipeListener() {
+PipeListener::~PipeListener() {
     Stop();
 }
 
-bool CPipeListener::Start() {
+bool PipeListener::Start() {
     m_port.Reset(CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, 1));
     if (!m_port) {
         return false;
@@ -79,8 +79,8 @@ bool CPipeListener::Start() {
 }
 
 // Each instance waits for its client before the next one exists: no client can come to an instance that is not watched.
-DWORD CPipeListener::CreateInstances() {
-    CLocalMemory descriptor;
+DWORD PipeListener::CreateInstances() {
+    LocalMemory descriptor;
     if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(kPipeAccess, SDDL_REVISION_1, descriptor.Receive(),
                                                               nullptr)) {
         return GetLastError();
@@ -89,12 +89,12 @@ DWORD CPipeListener::CreateInstances() {
     const DWORD count = InstanceCount(m_options);
     m_instances.reserve(count);
     for (DWORD i = 0; i < count; ++i) {
-        CFileHandle pipe = CreateInstance(count, i == 0, access);
+        FileHandle pipe = CreateInstance(count, i == 0, access);
         if (!pipe) {
             const DWORD error = GetLastError();
             return error == ERROR_ACCESS_DENIED || error == ERROR_PIPE_BUSY ? ERROR_ALREADY_EXISTS : error;
         }
-        CPipeInstance& instance = *m_instances.emplace_back(std::make_unique<CPipeInstance>(std::move(pipe)));
+        PipeInstance& instance = *m_instances.emplace_back(std::make_unique<PipeInstance>(std::move(pipe)));
         const auto key = reinterpret_cast<ULONG_PTR>(&instance);
         if (CreateIoCompletionPort(instance.Pipe(), m_port.Get(), key, 0) == nullptr ||
             !SetFileCompletionNotificationModes(instance.Pipe(), FILE_SKIP_COMPLETION_PORT_ON_SUCCESS)) {
@@ -110,15 +110,15 @@ DWORD CPipeListener::CreateInstances() {
 
 // The name is ours alone while we serve it, so that nobody can read what clients send: the first instance must create
 // it, and no instance fits in beside our `count`. Wine knows the second rule only.
-CFileHandle CPipeListener::CreateInstance(DWORD count, bool first, SECURITY_ATTRIBUTES& access) const {
+FileHandle PipeListener::CreateInstance(DWORD count, bool first, SECURITY_ATTRIBUTES& access) const {
     const std::wstring path = PathOf(m_options.name);
     const DWORD open = PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | (first ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0);
-    return CFileHandle(CreateNamedPipeW(path.c_str(), open,
-                                        PIPE_TYPE_MESSAGE | PIPE_READMODE_BYTE | PIPE_REJECT_REMOTE_CLIENTS, count,
-                                        kBufferBytes, kBufferBytes, m_options.clientWaitMilliseconds, &access));
+    return FileHandle(CreateNamedPipeW(path.c_str(), open,
+                                       PIPE_TYPE_MESSAGE | PIPE_READMODE_BYTE | PIPE_REJECT_REMOTE_CLIENTS, count,
+                                       kBufferBytes, kBufferBytes, m_options.clientWaitMilliseconds, &access));
 }
 
-void CPipeListener::Stop() {
+void PipeListener::Stop() {
     if (m_thread.joinable()) {
         PostQueuedCompletionStatus(m_port.Get(), 0, 0, nullptr);
         m_thread.join();
@@ -127,13 +127,13 @@ void CPipeListener::Stop() {
     m_instances.clear();
 }
 
-PipeListenerCounters CPipeListener::Counters() const {
+PipeListenerCounters PipeListener::Counters() const {
     return {m_accepted.load(), m_empty.load(), m_dropped.load()};
 }
 
 // Every change of an instance happens on this thread: by a packet of its operation, by a packet from the worker that is
 // done with it, or at its deadline. A packet without an instance is the stop.
-void CPipeListener::Run(std::promise<DWORD>& created) {
+void PipeListener::Run(std::promise<DWORD>& created) {
     const DWORD failure = CreateInstances();
     if (failure != 0) {
         m_stopping = true;
@@ -147,7 +147,7 @@ void CPipeListener::Run(std::promise<DWORD>& created) {
         const BOOL good = GetQueuedCompletionStatus(m_port.Get(), &bytes, &key, &operation, NextDeadline());
         const DWORD error = good ? 0 : GetLastError();
         if (key != 0) {
-            OnPacket(*reinterpret_cast<CPipeInstance*>(key), operation == nullptr, bytes, error);
+            OnPacket(*reinterpret_cast<PipeInstance*>(key), operation == nullptr, bytes, error);
         } else if (good) {
             OnStop();
         }
@@ -160,16 +160,16 @@ void CPipeListener::Run(std::promise<DWORD>& created) {
     }
 }
 
-DWORD CPipeListener::NextDeadline() const {
-    ULONGLONG next = CPipeInstance::kNever;
+DWORD PipeListener::NextDeadline() const {
+    ULONGLONG next = PipeInstance::kNever;
     for (const auto& instance : m_instances) {
         next = std::min(next, instance->deadline);
     }
     const ULONGLONG now = GetTickCount64();
-    return next == CPipeInstance::kNever ? INFINITE : static_cast<DWORD>(next > now ? next - now : 0);
+    return next == PipeInstance::kNever ? INFINITE : static_cast<DWORD>(next > now ? next - now : 0);
 }
 
-void CPipeListener::OnPacket(CPipeInstance& instance, bool ours, DWORD bytes, DWORD error) {
+void PipeListener::OnPacket(PipeInstance& instance, bool ours, DWORD bytes, DWORD error) {
     if (ours) {
         Recycle(instance);
     } else if (instance.state == PipeState::Reading) {
@@ -184,8 +184,8 @@ void CPipeListener::OnPacket(CPipeInstance& instance, bool ours, DWORD bytes, DW
     }
 }
 
-void CPipeListener::OnExpired(CPipeInstance& instance) {
-    instance.deadline = CPipeInstance::kNever;
+void PipeListener::OnExpired(PipeInstance& instance) {
+    instance.deadline = PipeInstance::kNever;
     if (instance.state == PipeState::Resting) {
         Arm(instance);
     } else {
@@ -194,7 +194,7 @@ void CPipeListener::OnExpired(CPipeInstance& instance) {
     }
 }
 
-void CPipeListener::OnStop() {
+void PipeListener::OnStop() {
     m_stopping = true;
     ConnectLastClients();
     for (const auto& instance : m_instances) {
@@ -214,13 +214,13 @@ void CPipeListener::OnStop() {
 // An instance that waits for its client cannot just be closed, nor its wait be cancelled before: until that very moment
 // a client may come, write and go, sure of having been heard. So we come ourselves. An instance with a client takes no
 // other, and one that has been read to its end is disconnected before it is closed.
-void CPipeListener::ConnectLastClients() {
+void PipeListener::ConnectLastClients() {
     const auto waiting = std::ranges::count_if(
         m_instances, [](const auto& instance) { return instance->state == PipeState::Connecting; });
     const std::wstring path = PathOf(m_options.name);
     for (auto i = waiting; i > 0; --i) {
-        const CFileHandle client(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                                             SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
+        const FileHandle client(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                            SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
         if (!client) {
             if (GetLastError() != ERROR_PIPE_BUSY) {  // busy: others came first, and every instance has one
                 CancelConnects();
@@ -232,7 +232,7 @@ void CPipeListener::ConnectLastClients() {
 }
 
 // A client that came just before is served.
-void CPipeListener::CancelConnects() {
+void PipeListener::CancelConnects() {
     for (const auto& instance : m_instances) {
         if (instance->state == PipeState::Connecting) {
             instance->Cancel();
@@ -240,7 +240,7 @@ void CPipeListener::CancelConnects() {
     }
 }
 
-void CPipeListener::Arm(CPipeInstance& instance) {
+void PipeListener::Arm(PipeInstance& instance) {
     if (m_stopping) {
         Close(instance);
         return;
@@ -259,7 +259,7 @@ void CPipeListener::Arm(CPipeInstance& instance) {
     }
 }
 
-void CPipeListener::Connected(CPipeInstance& instance) {
+void PipeListener::Connected(PipeInstance& instance) {
     instance.state = PipeState::Reading;
     instance.deadline =
         GetTickCount64() + (m_stopping ? m_options.drainMilliseconds : m_options.readTimeoutMilliseconds);
@@ -268,7 +268,7 @@ void CPipeListener::Connected(CPipeInstance& instance) {
 
 // Takes all that has come, and only then goes back to the port. So a message whose client has closed is complete before
 // the connection that this client made next is even seen: its packet stands behind the one that brought us here.
-void CPipeListener::ReadOn(CPipeInstance& instance) {
+void PipeListener::ReadOn(PipeInstance& instance) {
     for (;;) {
         const PipeStep step = instance.Read(m_options.maxMessageBytes);
         if (step == PipeStep::Pending) {
@@ -285,7 +285,7 @@ void CPipeListener::ReadOn(CPipeInstance& instance) {
     }
 }
 
-void CPipeListener::OnRead(CPipeInstance& instance, DWORD bytes, DWORD error) {
+void PipeListener::OnRead(PipeInstance& instance, DWORD bytes, DWORD error) {
     instance.Took(bytes);
     if (error == ERROR_BROKEN_PIPE) {
         Complete(instance);
@@ -300,9 +300,9 @@ void CPipeListener::OnRead(CPipeInstance& instance, DWORD bytes, DWORD error) {
     }
 }
 
-void CPipeListener::Complete(CPipeInstance& instance) {
+void PipeListener::Complete(PipeInstance& instance) {
     instance.state = PipeState::Handling;
-    instance.deadline = CPipeInstance::kNever;
+    instance.deadline = PipeInstance::kNever;
     if (instance.Filled() == 0) {
         if (m_lastClients > 0) {
             --m_lastClients;
@@ -313,7 +313,7 @@ void CPipeListener::Complete(CPipeInstance& instance) {
         return;
     }
     try {
-        Job job = m_inOrder.accept(instance.TakeMessage(), CPipePeer(instance.Pipe()));
+        Job job = m_inOrder.accept(instance.TakeMessage(), PipePeer(instance.Pipe()));
         if (job) {
             m_jobs.Push([this, &instance, job = std::move(job)] { RunJob(instance, job); });
             return;
@@ -325,7 +325,7 @@ void CPipeListener::Complete(CPipeInstance& instance) {
     Recycle(instance);
 }
 
-void CPipeListener::RunJob(CPipeInstance& instance, const Job& job) {
+void PipeListener::RunJob(PipeInstance& instance, const Job& job) {
     try {
         job();
         ++m_accepted;
@@ -335,28 +335,28 @@ void CPipeListener::RunJob(CPipeInstance& instance, const Job& job) {
     PostQueuedCompletionStatus(m_port.Get(), 0, reinterpret_cast<ULONG_PTR>(&instance), nullptr);
 }
 
-void CPipeListener::Drop(PipeDrop reason, const CPipeInstance& instance) {
+void PipeListener::Drop(PipeDrop reason, const PipeInstance& instance) {
     ++m_dropped;
     if (m_options.onDrop) {
-        m_options.onDrop(reason, instance.Filled(), CPipePeer(instance.Pipe()).Pid());
+        m_options.onDrop(reason, instance.Filled(), PipePeer(instance.Pipe()).Pid());
     }
 }
 
-void CPipeListener::DropAndRecycle(PipeDrop reason, CPipeInstance& instance) {
+void PipeListener::DropAndRecycle(PipeDrop reason, PipeInstance& instance) {
     Drop(reason, instance);
     Recycle(instance);
 }
 
-void CPipeListener::Recycle(CPipeInstance& instance) {
-    instance.deadline = CPipeInstance::kNever;
+void PipeListener::Recycle(PipeInstance& instance) {
+    instance.deadline = PipeInstance::kNever;
     instance.Disconnect();
     Arm(instance);
 }
 
-void CPipeListener::Close(CPipeInstance& instance) {
+void PipeListener::Close(PipeInstance& instance) {
     if (instance.state != PipeState::Closed) {
         instance.state = PipeState::Closed;
-        instance.deadline = CPipeInstance::kNever;
+        instance.deadline = PipeInstance::kNever;
         instance.Close();
         --m_open;
     }

@@ -31,7 +31,7 @@
 
 namespace wrb {
 
-class CPipeInstance;
+class PipeInstance;
 
 enum class PipeDrop { Oversized, TimedOut, Broken, Stopping, HandlerThrew };
 
@@ -54,16 +54,16 @@ struct PipeListenerCounters {
 };
 
 // Who is at the other end, while its connection is open.
-class CPipePeer {
+class PipePeer {
   public:
-    explicit CPipePeer(HANDLE pipe) : m_pipe(pipe) {}
+    explicit PipePeer(HANDLE pipe) : m_pipe(pipe) {}
     uint32_t Pid() const;  // 0 when the system does not tell
 
   private:
     HANDLE m_pipe;
 };
 
-class CPipeListener {
+class PipeListener {
   public:
     // Gets all bytes of one message. Called from several threads at once.
     using Handler = std::function<void(std::string message)>;
@@ -73,14 +73,14 @@ class CPipeListener {
     // returns, which runs on a worker; an empty job: done.
     struct InOrder {
         unsigned workers = 0;  // 0: accept never returns a job
-        std::function<Job(std::string message, const CPipePeer& peer)> accept;
+        std::function<Job(std::string message, const PipePeer& peer)> accept;
     };
 
-    CPipeListener(const PipeListenerOptions& options, Handler handler);  // as many workers as instances
-    CPipeListener(PipeListenerOptions options, InOrder inOrder);
-    ~CPipeListener();  // stops
-    CPipeListener(const CPipeListener&) = delete;
-    CPipeListener& operator=(const CPipeListener&) = delete;
+    PipeListener(const PipeListenerOptions& options, Handler handler);  // as many workers as instances
+    PipeListener(PipeListenerOptions options, InOrder inOrder);
+    ~PipeListener();  // stops
+    PipeListener(const PipeListener&) = delete;
+    PipeListener& operator=(const PipeListener&) = delete;
 
     // Creates the threads and every instance. When it returns true, clients can connect. False: GetLastError tells;
     // ERROR_ALREADY_EXISTS means that another process serves the name. Called once.
@@ -95,31 +95,31 @@ class CPipeListener {
 
   private:
     DWORD CreateInstances();  // 0 or the error
-    CFileHandle CreateInstance(DWORD count, bool first, SECURITY_ATTRIBUTES& access) const;
+    FileHandle CreateInstance(DWORD count, bool first, SECURITY_ATTRIBUTES& access) const;
     void Run(std::promise<DWORD>& created);
     DWORD NextDeadline() const;  // milliseconds until it
-    void OnPacket(CPipeInstance& instance, bool ours, DWORD bytes, DWORD error);
-    void OnExpired(CPipeInstance& instance);
+    void OnPacket(PipeInstance& instance, bool ours, DWORD bytes, DWORD error);
+    void OnExpired(PipeInstance& instance);
     void OnStop();
     void ConnectLastClients();
     void CancelConnects();
-    void Arm(CPipeInstance& instance);
-    void Connected(CPipeInstance& instance);
-    void ReadOn(CPipeInstance& instance);
-    void OnRead(CPipeInstance& instance, DWORD bytes, DWORD error);
-    void Complete(CPipeInstance& instance);
-    void RunJob(CPipeInstance& instance, const Job& job);
-    void Drop(PipeDrop reason, const CPipeInstance& instance);
-    void DropAndRecycle(PipeDrop reason, CPipeInstance& instance);
-    void Recycle(CPipeInstance& instance);
-    void Close(CPipeInstance& instance);
+    void Arm(PipeInstance& instance);
+    void Connected(PipeInstance& instance);
+    void ReadOn(PipeInstance& instance);
+    void OnRead(PipeInstance& instance, DWORD bytes, DWORD error);
+    void Complete(PipeInstance& instance);
+    void RunJob(PipeInstance& instance, const Job& job);
+    void Drop(PipeDrop reason, const PipeInstance& instance);
+    void DropAndRecycle(PipeDrop reason, PipeInstance& instance);
+    void Recycle(PipeInstance& instance);
+    void Close(PipeInstance& instance);
 
     const PipeListenerOptions m_options;
     const InOrder m_inOrder;
-    CKernelHandle m_port;
-    std::vector<std::unique_ptr<CPipeInstance>> m_instances;
+    KernelHandle m_port;
+    std::vector<std::unique_ptr<PipeInstance>> m_instances;
     std::thread m_thread;
-    CJobQueue m_jobs;
+    JobQueue m_jobs;
 
     // Of the reading thread only.
     bool m_stopping = false;

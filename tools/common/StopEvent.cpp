@@ -22,8 +22,8 @@ BOOL WINAPI OnConsoleEvent(DWORD event) {
     return TRUE;
 }
 
-CKernelHandle OpenStopEvent(const wchar_t* name, DWORD access) {
-    return CKernelHandle(OpenEventW(access, FALSE, name));
+KernelHandle OpenStopEvent(const wchar_t* name, DWORD access) {
+    return KernelHandle(OpenEventW(access, FALSE, name));
 }
 
 StopResult ResultOfOpen(DWORD error) {
@@ -32,15 +32,15 @@ StopResult ResultOfOpen(DWORD error) {
 
 }  // namespace
 
-CStopEvent::~CStopEvent() {
+StopEvent::~StopEvent() {
     if (m_event) {
         SetConsoleCtrlHandler(OnConsoleEvent, FALSE);
         g_stopEvent = nullptr;
     }
 }
 
-bool CStopEvent::Create(const wchar_t* name) {
-    CKernelHandle event(CreateEventW(nullptr, TRUE, FALSE, name));
+bool StopEvent::Create(const wchar_t* name) {
+    KernelHandle event(CreateEventW(nullptr, TRUE, FALSE, name));
     if (!event || GetLastError() == ERROR_ALREADY_EXISTS) {
         return false;
     }
@@ -50,12 +50,12 @@ bool CStopEvent::Create(const wchar_t* name) {
     return true;
 }
 
-void CStopEvent::Wait() const {
+void StopEvent::Wait() const {
     WaitForSingleObject(m_event.Get(), INFINITE);
 }
 
 StopResult StopRunning(const wchar_t* name, uint32_t milliseconds) {
-    if (const CKernelHandle event = OpenStopEvent(name, EVENT_MODIFY_STATE); !event || !SetEvent(event.Get())) {
+    if (const KernelHandle event = OpenStopEvent(name, EVENT_MODIFY_STATE); !event || !SetEvent(event.Get())) {
         return ResultOfOpen(GetLastError());
     }
     // The event lives as long as the program does: its end is seen by the name's end.

@@ -11,12 +11,12 @@ inline constexpr wchar_t kBackEndStopEvent[] = L"Calloway_Warrenby_BackEnd_Stop_
 
 // The program's side: owns the event, and turns Ctrl-C, the closing of the console and the end of the session into it.
 // At most one object at a time in a process.
-class CStopEvent {
+class StopEvent {
   public:
-    CStopEvent() = default;
-    ~CStopEvent();
-    CStopEvent(const CStopEvent&) = delete;
-    CStopEvent& operator=(const CStopEvent&) = delete;
+    StopEvent() = default;
+    ~StopEvent();
+    StopEvent(const StopEvent&) = delete;
+    StopEvent& operator=(const StopEvent&) = delete;
 
     // False: GetLastError tells; ERROR_ALREADY_EXISTS means that the program is running on this machine.
     bool Create(const wchar_t* name);
@@ -24,7 +24,7 @@ class CStopEvent {
     void Wait() const;
 
   private:
-    CKernelHandle m_event;
+    KernelHandle m_event;
 };
 
 enum class StopResult { Stopped, NotRunning, TimedOut, Failed };

@@ -23,70 +23,70 @@ std::optional<uint32_t> ParseHex(std::string_view text) {
 
 }  // namespace
 
-void CJsonNode::Fail(const std::string& what) const {
-    throw CSeedError((m_place.empty() ? "the file" : m_place) + ": " + what);
+void JsonNode::Fail(const std::string& what) const {
+    throw SeedError((m_place.empty() ? "the file" : m_place) + ": " + what);
 }
 
-CJsonNode CJsonNode::At(const std::string& key, const Json::Value& value) const {
-    return CJsonNode(value, m_place.empty() ? key : m_place + "." + key);
+JsonNode JsonNode::At(const std::string& key, const Json::Value& value) const {
+    return JsonNode(value, m_place.empty() ? key : m_place + "." + key);
 }
 
-void CJsonNode::RequireObject() const {
+void JsonNode::RequireObject() const {
     if (!m_value->isObject()) {
         Fail("must be an object in braces");
     }
 }
 
-std::optional<CJsonNode> CJsonNode::Member(std::string_view key) const {
+std::optional<JsonNode> JsonNode::Member(std::string_view key) const {
     RequireObject();
     const Json::Value* member = m_value->find(key.data(), key.data() + key.size());
     return member != nullptr ? std::optional(At(std::string(key), *member)) : std::nullopt;
 }
 
-CJsonNode CJsonNode::Required(std::string_view key) const {
-    const std::optional<CJsonNode> member = Member(key);
+JsonNode JsonNode::Required(std::string_view key) const {
+    const std::optional<JsonNode> member = Member(key);
     if (!member) {
         Fail("\"" + std::string(key) + "\" is missing");
     }
     return *member;
 }
 
-void CJsonNode::ForEachMember(const std::function<void(const std::string&, const CJsonNode&)>& visit) const {
+void JsonNode::ForEachMember(const std::function<void(const std::string&, const JsonNode&)>& visit) const {
     RequireObject();
     for (auto member = m_value->begin(); member != m_value->end(); ++member) {
         visit(member.name(), At(member.name(), *member));
     }
 }
 
-void CJsonNode::RefuseUnknown(const std::function<bool(std::string_view)>& isKnown) const {
-    ForEachMember([&](const std::string& key, const CJsonNode& member) {
+void JsonNode::RefuseUnknown(const std::function<bool(std::string_view)>& isKnown) const {
+    ForEachMember([&](const std::string& key, const JsonNode& member) {
         if (!isKnown(key)) {
             member.Fail("unknown key");
         }
     });
 }
 
-void CJsonNode::RefuseUnknown(std::initializer_list<std::string_view> known) const {
+void JsonNode::RefuseUnknown(std::initializer_list<std::string_view> known) const {
     RefuseUnknown([&](std::string_view key) { return std::ranges::find(known, key) != known.end(); });
 }
 
-void CJsonNode::ForEachElement(const std::function<void(const CJsonNode&)>& visit) const {
+void JsonNode::ForEachElement(const std::function<void(const JsonNode&)>& visit) const {
     if (!m_value->isArray()) {
         Fail("must be a list in brackets");
     }
     for (Json::ArrayIndex i = 0; i < m_value->size(); ++i) {
-        visit(CJsonNode((*m_value)[i], m_place + "[" + std::to_string(i) + "]"));
+        visit(JsonNode((*m_value)[i], m_place + "[" + std::to_string(i) + "]"));
     }
 }
 
-bool CJsonNode::Bool() const {
+bool JsonNode::Bool() const {
     if (!m_value->isBool()) {
         Fail("must be true or false");
     }
     return m_value->asBool();
 }
 
-uint32_t CJsonNode::Number(int64_t smallest) const {
+uint32_t JsonNode::Number(int64_t smallest) const {
     if (m_value->isString()) {
         if (const std::optional<uint32_t> number = ParseHex(m_value->asString())) {
             return *number;
@@ -99,7 +99,7 @@ uint32_t CJsonNode::Number(int64_t smallest) const {
     return static_cast<uint32_t>(m_value->asInt64());
 }
 
-std::wstring CJsonNode::AnyText() const {
+std::wstring JsonNode::AnyText() const {
     if (!m_value->isString()) {
         Fail("must be a text in quotation marks");
     }
@@ -113,7 +113,7 @@ std::wstring CJsonNode::AnyText() const {
     return text;
 }
 
-std::wstring CJsonNode::Text() const {
+std::wstring JsonNode::Text() const {
     std::wstring text = AnyText();
     if (text.find_first_of(L"\t\r\n") != std::wstring::npos) {
         Fail("holds a TAB or a line end, which would split the answer to an agent");

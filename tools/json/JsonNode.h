@@ -14,26 +14,26 @@
 namespace wrb {
 
 // The text is "PLACE: what is wrong", as in: agents[2].scan.manual.OleLayer: must be a whole number.
-class CSeedError : public std::runtime_error {
+class SeedError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-class CJsonNode {
+class JsonNode {
   public:
     // `value` must outlive the node; the root's place is empty.
-    explicit CJsonNode(const Json::Value& value, std::string place = {}) : m_value(&value), m_place(std::move(place)) {}
+    explicit JsonNode(const Json::Value& value, std::string place = {}) : m_value(&value), m_place(std::move(place)) {}
 
-    [[noreturn]] void Fail(const std::string& what) const;  // throws CSeedError
+    [[noreturn]] void Fail(const std::string& what) const;  // throws SeedError
 
     // An object's members. Reading one that is not there gives nothing.
-    std::optional<CJsonNode> Member(std::string_view key) const;
-    CJsonNode Required(std::string_view key) const;
-    void ForEachMember(const std::function<void(const std::string& key, const CJsonNode& value)>& visit) const;
+    std::optional<JsonNode> Member(std::string_view key) const;
+    JsonNode Required(std::string_view key) const;
+    void ForEachMember(const std::function<void(const std::string& key, const JsonNode& value)>& visit) const;
     void RefuseUnknown(const std::function<bool(std::string_view key)>& isKnown) const;
     void RefuseUnknown(std::initializer_list<std::string_view> known) const;
 
-    void ForEachElement(const std::function<void(const CJsonNode& element)>& visit) const;
+    void ForEachElement(const std::function<void(const JsonNode& element)>& visit) const;
 
     bool Bool() const;
 
@@ -49,7 +49,7 @@ class CJsonNode {
 
   private:
     void RequireObject() const;
-    CJsonNode At(const std::string& key, const Json::Value& value) const;
+    JsonNode At(const std::string& key, const Json::Value& value) const;
 
     const Json::Value* m_value;
     std::string m_place;

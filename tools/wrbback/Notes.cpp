@@ -9,11 +9,11 @@ constexpr uint32_t kMinuteMilliseconds = 60'000;
 
 }  // namespace
 
-CNotes::CNotes(Sink sink, unsigned perMinute, const IClock& clock)
+Notes::Notes(Sink sink, unsigned perMinute, const IClock& clock)
     : m_sink(std::move(sink)), m_perMinute(perMinute), m_clock(clock), m_start(clock.TickMilliseconds()) {}
 
-void CNotes::Write(const std::wstring& note) {
-    const CExclusiveGuard guard(m_lock);
+void Notes::Write(const std::wstring& note) {
+    const ExclusiveGuard guard(m_lock);
     const uint32_t now = m_clock.TickMilliseconds();
     if (now - m_start >= kMinuteMilliseconds) {
         m_start = now;

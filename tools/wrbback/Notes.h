@@ -12,11 +12,11 @@ namespace wrb {
 
 // Lets so many notes a minute through, so that a peer that sends nothing but rubbish cannot flood screen and log; what
 // was held back is said with the first note of the next minute. Any thread.
-class CNotes {
+class Notes {
   public:
     using Sink = std::function<void(const std::wstring&)>;
 
-    explicit CNotes(Sink sink, unsigned perMinute = 120, const IClock& clock = SystemClock());
+    explicit Notes(Sink sink, unsigned perMinute = 120, const IClock& clock = SystemClock());
 
     void Write(const std::wstring& note);
 

@@ -8,15 +8,15 @@
 namespace wrb {
 
 int Seed(const std::string& file, const std::string& database) {
-    tagSeed seed;
+    SeedData seed;
     try {
         seed = ReadSeedFile(Utf8ToWide(file));
-    } catch (const CSeedError& error) {
+    } catch (const SeedError& error) {
         return Fail(file + ": " + error.what(), kExitUsage);
     }
     try {
         StoreSeed(*CreateStore(Utf8ToWide(database)), seed);
-    } catch (const CSqliteError& error) {
+    } catch (const SqliteError& error) {
         return Fail(error.what(), kExitFailed);
     }
     PrintOut("wrbback: " + std::to_string(seed.agents.size()) + " agents in " + database + "\n");

@@ -51,20 +51,20 @@ void PrintCounters(const DbServerCounters& db, const RecordServerCounters& recor
 }
 
 // From the first pipe to the last counter. The log service starts first and ends last, so that it has every line.
-int RunServices(const ServeOptions& options, const LogSettings& settings, const CStopEvent& stop) {
-    CNotes screen([](const std::wstring& note) { PrintErr("wrbback: " + WideToUtf8(VisibleText(note)) + "\n"); });
-    CLogServer log(settings, [&screen](const std::wstring& note) { screen.Write(note); });
-    CNotes notes([&log](const std::wstring& note) {
+int RunServices(const ServeOptions& options, const LogSettings& settings, const StopEvent& stop) {
+    Notes screen([](const std::wstring& note) { PrintErr("wrbback: " + WideToUtf8(VisibleText(note)) + "\n"); });
+    LogServer log(settings, [&screen](const std::wstring& note) { screen.Write(note); });
+    Notes notes([&log](const std::wstring& note) {
         PrintErr("wrbback: " + WideToUtf8(VisibleText(note)) + "\n");
         log.WriteOwn(L'W', note);
     });
-    CDbServer db({.database = Utf8ToWide(options.database),
-                  .workers = options.workers,
-                  .answer = {},
-                  .note = [&notes](const std::wstring& note) { notes.Write(note); }});
-    CRecordServer records({.database = Utf8ToWide(options.database),
-                           .keep = options.maxRows,
-                           .note = [&notes](const std::wstring& note) { notes.Write(note); }});
+    DbServer db({.database = Utf8ToWide(options.database),
+                 .workers = options.workers,
+                 .answer = {},
+                 .note = [&notes](const std::wstring& note) { notes.Write(note); }});
+    RecordServer records({.database = Utf8ToWide(options.database),
+                          .keep = options.maxRows,
+                          .note = [&notes](const std::wstring& note) { notes.Write(note); }});
     if (!log.Start()) {
         return FailAtPipe("log service's pipe", GetLastError());
     }
@@ -92,7 +92,7 @@ int Serve(const ServeOptions& options) {
     if (const std::string wrong = Settle(options, settings); !wrong.empty()) {
         return Fail(wrong, kExitUsage);
     }
-    CStopEvent stop;
+    StopEvent stop;
     if (!stop.Create(kBackEndStopEvent)) {
         const DWORD error = GetLastError();
         return Fail(error == ERROR_ALREADY_EXISTS
@@ -100,7 +100,7 @@ int Serve(const ServeOptions& options) {
                         : "cannot create the stop event (error " + std::to_string(error) + ")",
                     kExitFailed);
     }
-    if (settings.enabled && CLogFiles(settings.files).Write("") == LogWriteResult::Failed) {
+    if (settings.enabled && LogFiles(settings.files).Write("") == LogWriteResult::Failed) {
         const DWORD error = GetLastError();
         return Fail("no log can be written to the folder " + WideToUtf8(settings.files.folder) + " (error " +
                         std::to_string(error) + ")",
@@ -108,7 +108,7 @@ int Serve(const ServeOptions& options) {
     }
     try {
         return RunServices(options, settings, stop);
-    } catch (const CSqliteError& error) {
+    } catch (const SqliteError& error) {
         return Fail(error.what(), kExitFailed);
     }
 }

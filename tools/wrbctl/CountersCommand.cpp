@@ -21,9 +21,9 @@ std::string TextLine(const char* format, const char* name, const HandlerCounterS
     return std::string(line, static_cast<std::size_t>(length));
 }
 
-std::string TextTable(const CCounterReader& reader, bool all) {
+std::string TextTable(const CounterReader& reader, bool all) {
     std::string text = "command                                    calls    failed   avg ms   max ms     total ms\n";
-    for (const tagCountedRow& counted : CountedRows()) {
+    for (const CountedRow& counted : CountedRows()) {
         const HandlerCounterSlot slot = reader.Slot(counted.slot);
         if (all || slot.calls != 0) {
             text += TextLine("%-38s %9u %9u %8u %8u %12llu\n", counted.name.c_str(), slot);
@@ -32,11 +32,11 @@ std::string TextTable(const CCounterReader& reader, bool all) {
     return text + "calls in progress: " + std::to_string(reader.CallsInProgress()) + "\n";
 }
 
-Json::Value JsonTable(const CCounterReader& reader, bool all) {
+Json::Value JsonTable(const CounterReader& reader, bool all) {
     Json::Value result;
     result["callsInProgress"] = reader.CallsInProgress();
     Json::Value& commands = result["commands"] = Json::Value(Json::arrayValue);
-    for (const tagCountedRow& counted : CountedRows()) {
+    for (const CountedRow& counted : CountedRows()) {
         const HandlerCounterSlot slot = reader.Slot(counted.slot);
         if (all || slot.calls != 0) {
             Json::Value row;
@@ -61,7 +61,7 @@ int ReportAttach(CounterAttach result, uint32_t error) {
 }  // namespace
 
 int RunCounters(const CountersOptions& options) {
-    CCounterReader reader;
+    CounterReader reader;
     uint32_t error = 0;
     if (const CounterAttach result = reader.Attach(error); result != CounterAttach::Attached) {
         return ReportAttach(result, error);

@@ -56,7 +56,7 @@ std::string JsonLine(const Json::Value& line) {
 template <typename Item>
 unsigned PrintRecords(HANDLE file, bool json) {
     unsigned wrong = 0;
-    CPfwLogReader reader(file, sizeof(Item));
+    PfwLogReader reader(file, sizeof(Item));
     while (const void* const record = reader.Next()) {
         const Json::Value line = DecodePfwLogRecord(*static_cast<const Item*>(record));
         PrintOut(json ? JsonLine(line) : TextLine(line));
@@ -68,8 +68,8 @@ unsigned PrintRecords(HANDLE file, bool json) {
 }  // namespace
 
 int RunFwlogRead(const FwlogReadOptions& options) {
-    const CFileHandle file(CreateFileW(Utf8ToWide(options.file).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const FileHandle file(CreateFileW(Utf8ToWide(options.file).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) {
         const DWORD error = GetLastError();
         return FailSystem(kExitUsage, "cannot open " + options.file, error);

@@ -19,11 +19,11 @@ namespace wrb {
 namespace {
 
 // The version of the whole file: as asked for, or else as the first record says.
-class CFileVersion {
+class FileVersion {
   public:
-    explicit CFileVersion(std::optional<uint32_t> asked) : m_version(asked) {}
+    explicit FileVersion(std::optional<uint32_t> asked) : m_version(asked) {}
 
-    uint32_t Of(const CJsonNode& line) {
+    uint32_t Of(const JsonNode& line) {
         const auto member = line.Member("version");
         const uint32_t version = member ? member->Number() : m_version.value_or(1);
         if (version > 1) {
@@ -41,7 +41,7 @@ class CFileVersion {
 };
 
 template <typename Item>
-void Append(const CJsonNode& line, std::ostream& out) {
+void Append(const JsonNode& line, std::ostream& out) {
     const auto item = std::make_unique<Item>();
     EncodePfwLogRecord(line, *item);
     out.write(reinterpret_cast<const char*>(item.get()), sizeof(Item));
@@ -62,7 +62,7 @@ Json::Value Parse(const std::string& text) {
 }
 
 // Throws with the line's number in front.
-void WriteRecords(std::istream& in, std::ostream& out, CFileVersion version) {
+void WriteRecords(std::istream& in, std::ostream& out, FileVersion version) {
     std::string text;
     for (unsigned number = 1; std::getline(in, text); ++number) {
         if (text.find_first_not_of(" \t\r") == std::string::npos) {
@@ -70,7 +70,7 @@ void WriteRecords(std::istream& in, std::ostream& out, CFileVersion version) {
         }
         try {
             const Json::Value value = Parse(text);
-            const CJsonNode line(value);
+            const JsonNode line(value);
             if (version.Of(line) == 0) {
                 Append<SWRB_PFW_LOG_ITEM_V0>(line, out);
             } else {
@@ -93,7 +93,7 @@ int RunFwlogWrite(const FwlogWriteOptions& options) {
     }
     std::string problem;
     try {
-        WriteRecords(std::cin, out, CFileVersion(options.version));
+        WriteRecords(std::cin, out, FileVersion(options.version));
     } catch (const std::exception& error) {
         problem = error.what();
     }

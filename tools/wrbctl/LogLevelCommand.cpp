@@ -82,7 +82,7 @@ int Ask(const LevelRow& row) {
 // The log service takes a moment to set the word after it has our message.
 bool AwaitWord(uint32_t word, double timeoutSeconds) {
     const ULONGLONG deadline = GetTickCount64() + static_cast<ULONGLONG>(timeoutSeconds * 1000);
-    while (CLogFilter::Shared().Word() != word) {
+    while (LogFilter::Shared().Word() != word) {
         if (GetTickCount64() >= deadline) {
             return false;
         }
@@ -92,7 +92,7 @@ bool AwaitWord(uint32_t word, double timeoutSeconds) {
 }
 
 int Set(const LevelRow& row, double timeoutSeconds, bool json) {
-    CLogFilter::Shared();  // mapped before the service changes the word
+    LogFilter::Shared();  // mapped before the service changes the word
     if (const int code = Ask(row); code != kExitOk) {
         return code;
     }
@@ -113,7 +113,7 @@ int RunLogLevel(const std::optional<std::string>& level, double timeoutSeconds, 
     if (!LogServiceRuns()) {
         return Fail(kExitServiceNotRunning, "the log service is not running; start wrbback serve");
     }
-    return level ? Set(*row, timeoutSeconds, json) : Show(CLogFilter::Shared().Word(), json);
+    return level ? Set(*row, timeoutSeconds, json) : Show(LogFilter::Shared().Word(), json);
 }
 
 }  // namespace wrb

@@ -14,7 +14,7 @@
 namespace wrb {
 
 int RunPack(const PackOptions& options) {
-    std::vector<tagCabinetSource> sources;
+    std::vector<CabinetSource> sources;
     std::set<std::wstring, LessIgnoringCase> names;
     for (const std::string& file : options.files) {
         const std::filesystem::path path(Utf8ToWide(file));

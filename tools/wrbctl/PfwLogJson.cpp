@@ -14,7 +14,7 @@ namespace wrb {
 namespace {
 
 template <typename Number>
-void EncodeNumber(const CJsonNode& line, const char* key, Number& number, Number defaultValue = 0) {
+void EncodeNumber(const JsonNode& line, const char* key, Number& number, Number defaultValue = 0) {
     const auto member = line.Member(key);
     const uint32_t value = member ? member->Number(0) : defaultValue;
     if (value > std::numeric_limits<Number>::max()) {
@@ -25,7 +25,7 @@ void EncodeNumber(const CJsonNode& line, const char* key, Number& number, Number
 
 // The field's last character stays NUL.
 template <std::size_t N>
-void EncodeAnsi(const CJsonNode& line, const char* key, char (&field)[N]) {
+void EncodeAnsi(const JsonNode& line, const char* key, char (&field)[N]) {
     const auto member = line.Member(key);
     const std::wstring text = member ? member->AnyText() : std::wstring();
     const std::string narrow = WideToAnsi(text);
@@ -38,7 +38,7 @@ void EncodeAnsi(const CJsonNode& line, const char* key, char (&field)[N]) {
     std::memcpy(field, narrow.data(), narrow.size());
 }
 
-void EncodeInfo(const CJsonNode& line, wchar_t (&field)[kPfwLogInfoCharacters]) {
+void EncodeInfo(const JsonNode& line, wchar_t (&field)[kPfwLogInfoCharacters]) {
     const auto member = line.Member("info");
     const std::wstring text = member ? member->AnyText() : std::wstring();
     if (text.size() >= kPfwLogInfoCharacters) {
@@ -47,7 +47,7 @@ void EncodeInfo(const CJsonNode& line, wchar_t (&field)[kPfwLogInfoCharacters]) 
     text.copy(field, text.size());
 }
 
-void EncodeOctets(const CJsonNode& line, const char* key, uint8_t (&octets)[4]) {
+void EncodeOctets(const JsonNode& line, const char* key, uint8_t (&octets)[4]) {
     const auto member = line.Member(key);
     const std::string text = member ? WideToUtf8(member->AnyText()) : "0.0.0.0";
     const char* at = text.data();
@@ -62,18 +62,18 @@ void EncodeOctets(const CJsonNode& line, const char* key, uint8_t (&octets)[4]) 
     }
 }
 
-void EncodeHosts(const CJsonNode& line, SWRB_PFW_LOG_ITEM_V0& item) {
+void EncodeHosts(const JsonNode& line, SWRB_PFW_LOG_ITEM_V0& item) {
     EncodeOctets(line, "localHost", item.dwLocalIP);
     EncodeOctets(line, "remoteHost", item.dwRemoteIP);
 }
 
-void EncodeHosts(const CJsonNode& line, SWRB_PFW_LOG_ITEM& item) {
+void EncodeHosts(const JsonNode& line, SWRB_PFW_LOG_ITEM& item) {
     EncodeAnsi(line, "localHost", item.szLocalHost);
     EncodeAnsi(line, "remoteHost", item.szRemoteHost);
 }
 
 template <typename Item>
-void Encode(const CJsonNode& line, Item& item) {
+void Encode(const JsonNode& line, Item& item) {
     line.RefuseUnknown({"version", "time", "direction", "port", "protocol", "type", "subType", "localHost",
                         "remoteHost", "path", "info", "head", "rear"});
     item = {};
@@ -92,7 +92,7 @@ void Encode(const CJsonNode& line, Item& item) {
 
 template <typename Item>
 Json::Value Decode(const Item& item, PfwLogVersion version) {
-    tagPfwLogTexts texts;
+    PfwLogTexts texts;
     DecodePfwLogTexts(item, texts);
     Json::Value line;
     line["version"] = static_cast<int>(version);
@@ -115,10 +115,10 @@ Json::Value Decode(const Item& item, PfwLogVersion version) {
 
 }  // namespace
 
-void EncodePfwLogRecord(const CJsonNode& line, SWRB_PFW_LOG_ITEM_V0& item) {
+void EncodePfwLogRecord(const JsonNode& line, SWRB_PFW_LOG_ITEM_V0& item) {
     Encode(line, item);
 }
-void EncodePfwLogRecord(const CJsonNode& line, SWRB_PFW_LOG_ITEM& item) {
+void EncodePfwLogRecord(const JsonNode& line, SWRB_PFW_LOG_ITEM& item) {
     Encode(line, item);
 }
 

@@ -8,9 +8,9 @@
 
 namespace wrb {
 
-// Throws CSeedError, with the key, for what does not fit the record.
-void EncodePfwLogRecord(const CJsonNode& line, SWRB_PFW_LOG_ITEM_V0& item);
-void EncodePfwLogRecord(const CJsonNode& line, SWRB_PFW_LOG_ITEM& item);
+// Throws SeedError, with the key, for what does not fit the record.
+void EncodePfwLogRecord(const JsonNode& line, SWRB_PFW_LOG_ITEM_V0& item);
+void EncodePfwLogRecord(const JsonNode& line, SWRB_PFW_LOG_ITEM& item);
 
 Json::Value DecodePfwLogRecord(const SWRB_PFW_LOG_ITEM_V0& item);
 Json::Value DecodePfwLogRecord(const SWRB_PFW_LOG_ITEM& item);

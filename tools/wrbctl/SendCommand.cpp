@@ -32,8 +32,8 @@ std::wstring NewReplyPipeName() {
     return L"wrbctl-reply-" + std::wstring(text + 1, 36);
 }
 
-CKernelHandle StartTimer(double seconds) {
-    CKernelHandle timer(CreateWaitableTimerW(nullptr, TRUE, nullptr));
+KernelHandle StartTimer(double seconds) {
+    KernelHandle timer(CreateWaitableTimerW(nullptr, TRUE, nullptr));
     LARGE_INTEGER due{};
     due.QuadPart = -static_cast<LONGLONG>(seconds * 10'000'000);
     if (timer && !SetWaitableTimer(timer.Get(), &due, 0, nullptr, nullptr, FALSE)) {
@@ -93,7 +93,7 @@ void PrintAnswer(const SendOptions& options, const CommandEntry& entry, const st
 int Exchange(const SendOptions& options, const CommandEntry& entry) {
     const auto start = std::chrono::steady_clock::now();
     const std::wstring replyPipe = NewReplyPipeName();
-    const CKernelHandle timer = StartTimer(options.timeoutSeconds);
+    const KernelHandle timer = StartTimer(options.timeoutSeconds);
     CPipeServer server;
     if (entry.answers && (!timer || !server.Initial(replyPipe.c_str(), timer.Get()))) {
         return FailSystem(kExitFailed, "cannot open the reply pipe", GetLastError());

@@ -51,10 +51,10 @@ PipeListenerOptions ListenerOptions(unsigned workers) {
 
 }  // namespace
 
-CCommandHost::CCommandHost(cmdhl_ProcessFn process, unsigned workers)
+CommandHost::CommandHost(cmdhl_ProcessFn process, unsigned workers)
     : m_process(process), m_listener(ListenerOptions(workers), [this](const std::string& message) { Run(message); }) {}
 
-void CCommandHost::Run(const std::string& message) {
+void CommandHost::Run(const std::string& message) {
     const std::wstring text = AsText(message);
     try {
         const unsigned ran = m_process(text.data(), message.size());
@@ -66,12 +66,12 @@ void CCommandHost::Run(const std::string& message) {
     }
 }
 
-void CCommandHost::Threw(const std::wstring& message, const char* what) {
+void CommandHost::Threw(const std::wstring& message, const char* what) {
     ++m_threw;
     Warn(FormatWide(L"[%s] threw: %S", ShownName(message).c_str(), what));
 }
 
-tagHostCounters CCommandHost::Counters() const {
+HostCounters CommandHost::Counters() const {
     return {m_handled, m_refused, m_threw, m_listener.Counters().dropped};
 }
 

@@ -10,7 +10,7 @@
 
 namespace wrb {
 
-struct tagHostCounters {
+struct HostCounters {
     uint64_t handled = 0;  // a handler ran
     uint64_t refused = 0;  // no command that the library knows
     uint64_t threw = 0;    // an exception came out of the library
@@ -19,11 +19,11 @@ struct tagHostCounters {
 
 // Takes command messages, one a connection, and runs each on a worker thread. Whatever comes out of
 // the library, a worker survives: the exception is logged with the command's name and counted.
-class CCommandHost {
+class CommandHost {
   public:
     // `process` must stay callable until Stop has returned. There are as many pipe instances as workers; while all are
     // busy, clients wait for a free one.
-    CCommandHost(cmdhl_ProcessFn process, unsigned workers);
+    CommandHost(cmdhl_ProcessFn process, unsigned workers);
 
     // False: GetLastError tells; ERROR_ALREADY_EXISTS means that somebody else serves the pipe.
     bool Start() { return m_listener.Start(); }
@@ -31,7 +31,7 @@ class CCommandHost {
     // Takes no more connections and returns when all that came before is done, however long a command takes.
     void Stop() { m_listener.Stop(); }
 
-    tagHostCounters Counters() const;
+    HostCounters Counters() const;
 
   private:
     void Run(const std::string& message);
@@ -41,7 +41,7 @@ class CCommandHost {
     std::atomic<uint64_t> m_handled{0};
     std::atomic<uint64_t> m_refused{0};
     std::atomic<uint64_t> m_threw{0};
-    CPipeListener m_listener;  // last: its threads use what stands above
+    PipeListener m_listener;  // last: its threads use what stands above
 };
 
 }  // namespace wrb

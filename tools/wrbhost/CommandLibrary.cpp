@@ -24,10 +24,10 @@ std::wstring ProgramPath() {
 
 }  // namespace
 
-std::string CCommandLibrary::Load(const std::wstring& path) {
+std::string CommandLibrary::Load(const std::wstring& path) {
     std::error_code ignored;
     const std::filesystem::path absolute = std::filesystem::absolute(path, ignored);
-    m_module = CModuleHandle(LoadLibraryExW(absolute.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+    m_module = ModuleHandle(LoadLibraryExW(absolute.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
     if (!m_module) {
         const DWORD error = GetLastError();
         return "cannot load " + WideToUtf8(absolute.wstring()) + " (error " + std::to_string(error) + ")";

@@ -9,24 +9,24 @@
 namespace wrb {
 
 // The four entry points; they are valid for as long as the library object that they came from.
-struct tagEntryPoints {
+struct EntryPoints {
     cmdhl_InitializeFn initialize = nullptr;
     cmdhl_ProcessFn process = nullptr;
     cmdhl_FinalizeFn finalize = nullptr;
     cmdhl_ReloadDebugSettingFn reloadDebugSetting = nullptr;
 };
 
-class CCommandLibrary {
+class CommandLibrary {
   public:
     // Loads the DLL and finds all four exports; DLLs that it needs are looked for beside it first. `path` may be
     // relative to the current folder. Returns an empty text, or what is wrong, for people.
     std::string Load(const std::wstring& path);
 
-    const tagEntryPoints& Exports() const { return m_exports; }
+    const EntryPoints& Exports() const { return m_exports; }
 
   private:
-    CModuleHandle m_module;
-    tagEntryPoints m_exports;
+    ModuleHandle m_module;
+    EntryPoints m_exports;
 };
 
 // libCmdHndlrClient.dll in the folder of the running program.

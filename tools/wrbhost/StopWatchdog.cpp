@@ -7,9 +7,9 @@
 
 namespace wrb {
 
-CStopWatchdog::CStopWatchdog(std::chrono::seconds limit) : m_thread([this, limit] { Watch(limit); }) {}
+StopWatchdog::StopWatchdog(std::chrono::seconds limit) : m_thread([this, limit] { Watch(limit); }) {}
 
-CStopWatchdog::~CStopWatchdog() {
+StopWatchdog::~StopWatchdog() {
     {
         const std::lock_guard guard(m_mutex);
         m_finished = true;
@@ -18,7 +18,7 @@ CStopWatchdog::~CStopWatchdog() {
     m_thread.join();
 }
 
-void CStopWatchdog::Watch(std::chrono::seconds limit) {
+void StopWatchdog::Watch(std::chrono::seconds limit) {
     std::unique_lock lock(m_mutex);
     if (!m_changed.wait_for(lock, limit, [this] { return m_finished; })) {
         PrintErr("wrbhost: a command is still running; giving up\n");

@@ -10,12 +10,12 @@ namespace wrb {
 
 // From construction to destruction the clock runs. When it runs out, a command is stuck for good (on a reply pipe that
 // nobody reads, say) and no thread of it can be ended safely: the process ends on the spot, with kExitTimedOut.
-class CStopWatchdog {
+class StopWatchdog {
   public:
-    explicit CStopWatchdog(std::chrono::seconds limit);
-    ~CStopWatchdog();
-    CStopWatchdog(const CStopWatchdog&) = delete;
-    CStopWatchdog& operator=(const CStopWatchdog&) = delete;
+    explicit StopWatchdog(std::chrono::seconds limit);
+    ~StopWatchdog();
+    StopWatchdog(const StopWatchdog&) = delete;
+    StopWatchdog& operator=(const StopWatchdog&) = delete;
 
   private:
     void Watch(std::chrono::seconds limit);

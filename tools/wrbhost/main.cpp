@@ -20,7 +20,7 @@
 namespace wrb {
 namespace {
 
-struct tagOptions {
+struct Options {
     std::string dll;
     std::string debugIni;
     std::string debugLibrary;
@@ -35,9 +35,9 @@ int Fail(const std::string& text, int code = kExitFailed) {
 }
 
 // From here to Finalize the library is in use.
-int ServeUntilStopped(const tagEntryPoints& library, const tagOptions& options, const CStopEvent& stop) {
+int ServeUntilStopped(const EntryPoints& library, const Options& options, const StopEvent& stop) {
     const unsigned workers = options.workers != 0 ? options.workers : ReadWorkerCount();
-    CCommandHost host(library.process, workers);
+    CommandHost host(library.process, workers);
     if (!host.Start()) {
         const DWORD error = GetLastError();
         return Fail(error == ERROR_ALREADY_EXISTS
@@ -48,25 +48,25 @@ int ServeUntilStopped(const tagEntryPoints& library, const tagOptions& options, 
     stop.Wait();
     PrintOut("wrbhost: stopping\n");
     {
-        const CStopWatchdog watchdog(std::chrono::seconds(options.timeoutSeconds));
+        const StopWatchdog watchdog(std::chrono::seconds(options.timeoutSeconds));
         host.Stop();
     }
-    const tagHostCounters counters = host.Counters();
+    const HostCounters counters = host.Counters();
     PrintOut("wrbhost: stopped; handled " + std::to_string(counters.handled) + ", refused " +
              std::to_string(counters.refused) + ", threw " + std::to_string(counters.threw) + ", dropped " +
              std::to_string(counters.dropped) + "\n");
     return kExitOk;
 }
 
-int Host(const tagOptions& options) {
-    CStopEvent stop;
+int Host(const Options& options) {
+    StopEvent stop;
     if (!stop.Create(kServerStopEvent)) {
         const DWORD error = GetLastError();
         return Fail(error == ERROR_ALREADY_EXISTS
                         ? "already running on this machine"
                         : "cannot create the stop event (error " + std::to_string(error) + ")");
     }
-    CCommandLibrary library;
+    CommandLibrary library;
     const std::string wrong = library.Load(options.dll.empty() ? DefaultLibraryPath() : Utf8ToWide(options.dll));
     if (!wrong.empty()) {
         return Fail(wrong);
@@ -84,7 +84,7 @@ int Host(const tagOptions& options) {
     return code;
 }
 
-int Stop(const tagOptions& options) {
+int Stop(const Options& options) {
     switch (StopRunning(kServerStopEvent, options.timeoutSeconds * 1000)) {
         case StopResult::Stopped:
             return kExitOk;
@@ -101,7 +101,7 @@ int Stop(const tagOptions& options) {
 }  // namespace wrb
 
 int main() {
-    wrb::tagOptions options;
+    wrb::Options options;
     CLI::App app("Loads the command library and serves agents' commands on its pipe until it is stopped.", "wrbhost");
     app.add_option("--dll", options.dll, "Command library (default: libCmdHndlrClient.dll beside this program)");
     app.add_option("--workers", options.workers, "Commands served at once (default: as wrbscan.ini says, else 20)")

@@ -41,7 +41,7 @@ std::wstring LocalTimeText(int64_t seconds) {
                       local.tm_hour, local.tm_min, local.tm_sec);
 }
 
-Json::Value CfwLogColumns(const tagFirewallLogEntry& entry) {
+Json::Value CfwLogColumns(const FirewallLogEntry& entry) {
     CCmdProtocol process;
     process << entry.processPath << entry.processInfo;
     Json::Value columns(Json::objectValue);
@@ -59,7 +59,7 @@ Json::Value CfwLogColumns(const tagFirewallLogEntry& entry) {
     return columns;
 }
 
-Json::Value RestoreLogColumns(const tagRestoreLog& log) {
+Json::Value RestoreLogColumns(const RestoreLog& log) {
     Json::Value columns(Json::objectValue);
     columns[Key("LOGID")] = Utf8(log.logId);
     columns[Key("UID")] = Utf8(log.uid);
@@ -69,7 +69,7 @@ Json::Value RestoreLogColumns(const tagRestoreLog& log) {
     return columns;
 }
 
-int FormatLogRow(const tagLogTable& table, Json::Value columns, std::wstring& text) {
+int FormatLogRow(const LogTable& table, Json::Value columns, std::wstring& text) {
     static const Json::StreamWriterBuilder builder = MakeBuilder();
     Json::Value row(Json::objectValue);
     row[Key("TBL")] = table.name;

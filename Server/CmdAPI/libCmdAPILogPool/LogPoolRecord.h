@@ -11,16 +11,16 @@
 
 namespace wrb {
 
-struct tagLogTable {
+struct LogTable {
     const char* name;
     int version;
     const char* category;
 };
 
-inline constexpr tagLogTable kCfwLogTable = {"TBL_CFW_LOG", 3, "CfwLogFieldInfo"};
-inline constexpr tagLogTable kRestoreLogTable = {"TBL_RESTORE_LOG", 3, "RestoreLogFieldInfo"};
+inline constexpr LogTable kCfwLogTable = {"TBL_CFW_LOG", 3, "CfwLogFieldInfo"};
+inline constexpr LogTable kRestoreLogTable = {"TBL_RESTORE_LOG", 3, "RestoreLogFieldInfo"};
 
-struct tagRestoreLog {
+struct RestoreLog {
     const wchar_t* logId;
     const wchar_t* uid;  // null counts as empty
     int64_t received;    // calendar seconds
@@ -29,11 +29,11 @@ struct tagRestoreLog {
 };
 
 // Throw for lack of memory. An entry whose date cannot be converted has the second 0.
-Json::Value CfwLogColumns(const tagFirewallLogEntry& entry);
-Json::Value RestoreLogColumns(const tagRestoreLog& log);
+Json::Value CfwLogColumns(const FirewallLogEntry& entry);
+Json::Value RestoreLogColumns(const RestoreLog& log);
 
 // The whole row as text, on one line. 0, or what the JSON writer reports.
-int FormatLogRow(const tagLogTable& table, Json::Value columns, std::wstring& text);
+int FormatLogRow(const LogTable& table, Json::Value columns, std::wstring& text);
 
 // Local time as "2024-01-31 23:59:59"; seconds that the calendar cannot hold are an empty text.
 std::wstring LocalTimeText(int64_t seconds);

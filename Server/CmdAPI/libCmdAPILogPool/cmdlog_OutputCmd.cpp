@@ -12,7 +12,7 @@
 
 namespace {
 
-int SendRow(const wchar_t* function, const wchar_t* command, const wrb::tagLogTable& table, Json::Value columns) {
+int SendRow(const wchar_t* function, const wchar_t* command, const wrb::LogTable& table, Json::Value columns) {
     std::wstring text;
     if (const int error = wrb::FormatLogRow(table, std::move(columns), text); error != 0) {
         WRB_LOG(kLogError, L"%s - Fail to format log into Json format, err=%d", function, error);
@@ -26,11 +26,11 @@ int SendRow(const wchar_t* function, const wchar_t* command, const wrb::tagLogTa
 }  // namespace
 
 int cmdlog_OutputCmd(CMsgSerializer& message) noexcept {
-    constexpr wrb::tagService kService = wrb::ServiceWithPipeLines(kLogPoolPipe);
+    constexpr wrb::Service kService = wrb::ServiceWithPipeLines(kLogPoolPipe);
     return wrb::SendToService(kService, message, wrb::SentBlock::Freed);
 }
 
-int cmdlog_SendCfwLog(const tagFirewallLogEntry& entry) noexcept {
+int cmdlog_SendCfwLog(const wrb::FirewallLogEntry& entry) noexcept {
     return wrb::GuardDbCall(L"cmdlog_SendCfwLog", [&] {
         return SendRow(L"cmdlog_SendCfwLog", kSendCfwLog, wrb::kCfwLogTable, wrb::CfwLogColumns(entry));
     });
@@ -43,7 +43,7 @@ int dbSetRestoreLogW(const wchar_t* uid, int32_t logType, int32_t result) noexce
             WRB_LOG(kLogError, L"%s - Fail to create log ID", L"dbSetRestoreLogW");
             return 0;
         }
-        const wrb::tagRestoreLog log = {logId, uid, wrb::SystemClock().CalendarSeconds(), logType, result};
+        const wrb::RestoreLog log = {logId, uid, wrb::SystemClock().CalendarSeconds(), logType, result};
         return SendRow(L"dbSetRestoreLogW", kSendRestoreLog, wrb::kRestoreLogTable, wrb::RestoreLogColumns(log));
     });
 }

@@ -17,7 +17,7 @@ inline constexpr wchar_t kSendRestoreLog[] = L"CMDLOGV2_SEND_RESTORELOG";
 int cmdlog_OutputCmd(CMsgSerializer& message) noexcept;
 
 // One row of the firewall log.
-int cmdlog_SendCfwLog(const tagFirewallLogEntry& entry) noexcept;
+int cmdlog_SendCfwLog(const wrb::FirewallLogEntry& entry) noexcept;
 
 // One row of the restore log, under a new log id and the current time.
 int dbSetRestoreLogW(const wchar_t* uid, int32_t logType, int32_t result) noexcept;

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr wrb::tagService kAgent = wrb::ServiceWithPlainLines(kQmAgentPipe);
+constexpr wrb::Service kAgent = wrb::ServiceWithPlainLines(kQmAgentPipe);
 
 // An address is the agent's word, and a TAB in it would move the numbers behind it.
 void AppendAddress(CCmdProtocol& text, const wchar_t* address) {
@@ -22,7 +22,7 @@ void AppendAddress(CCmdProtocol& text, const wchar_t* address) {
     text.Append(address, length);
 }
 
-CCmdProtocol MakeFirewallLog(const tagFirewallLogEntry& entry) {
+CCmdProtocol MakeFirewallLog(const wrb::FirewallLogEntry& entry) {
     CCmdProtocol text;
     // 64 bits wide: the text form has no number of that width.
     text << kQmSendFirewallLog << entry.uid << std::to_wstring(ConvertDateTime(entry.date, entry.time, 0));
@@ -51,6 +51,6 @@ int qmaSendRtsStatusChange(uint32_t status) noexcept {
     });
 }
 
-int qmaSendFirewallLog(const tagFirewallLogEntry& entry) noexcept {
+int qmaSendFirewallLog(const wrb::FirewallLogEntry& entry) noexcept {
     return wrb::GuardDbCall(L"qmaSendFirewallLog", [&] { return qmaSend(MakeFirewallLog(entry)); });
 }

@@ -20,4 +20,4 @@ int qmaSend(const CCmdProtocol& text) noexcept;
 int qmaSendRtsStatusChange(uint32_t status) noexcept;
 
 // The entry's date and time travel as calendar seconds, by the daylight-saving rule that is in force now.
-int qmaSendFirewallLog(const tagFirewallLogEntry& entry) noexcept;
+int qmaSendFirewallLog(const wrb::FirewallLogEntry& entry) noexcept;

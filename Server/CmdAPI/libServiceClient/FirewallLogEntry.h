@@ -3,9 +3,11 @@
 
 #include <cstdint>
 
+namespace wrb {
+
 // The texts are zero-terminated and belong to the caller; a null one counts as empty. Numbers are the agent's own codes
 // and are passed through.
-struct tagFirewallLogEntry {
+struct FirewallLogEntry {
     const wchar_t* uid;
     const wchar_t* date;        // YYYYMMDD, the server's local time
     const wchar_t* time;        // HHMMSS
@@ -20,3 +22,5 @@ struct tagFirewallLogEntry {
     const wchar_t* processInfo;
     uint16_t logType;  // 0
 };
+
+}  // namespace wrb

@@ -10,7 +10,7 @@
 namespace wrb {
 namespace {
 
-bool Report(const tagService& service, const wchar_t* format, DWORD error) {
+bool Report(const Service& service, const wchar_t* format, DWORD error) {
     if (service.namesPipe) {
         WRB_LOG(service.level, format, service.pipe, error);
     } else {
@@ -19,11 +19,11 @@ bool Report(const tagService& service, const wchar_t* format, DWORD error) {
     return false;
 }
 
-bool SendBytes(const tagService& service, CPipeClient& client, const void* bytes, uint64_t byteCount) {
+bool SendBytes(const Service& service, CPipeClient& client, const void* bytes, uint64_t byteCount) {
     return client.Send(bytes, byteCount) || Report(service, service.sendFailed, GetLastError());
 }
 
-bool SendMessageBytes(const tagService& service, CPipeClient& client, CMsgSerializer& message, SentBlock after) {
+bool SendMessageBytes(const Service& service, CPipeClient& client, CMsgSerializer& message, SentBlock after) {
     if (!message.Finalize()) {
         WRB_LOG(kLogError, L"%s - cannot finalize %s", L"SendToService", message.Name().c_str());
         return false;
@@ -32,12 +32,12 @@ bool SendMessageBytes(const tagService& service, CPipeClient& client, CMsgSerial
     if (after == SentBlock::Kept) {
         return SendBytes(service, client, message.Data(), size);
     }
-    const CBlock block = message.DetachBlock();
+    const Block block = message.DetachBlock();
     return SendBytes(service, client, block.get(), size);
 }
 
 template <typename Write>
-int Deliver(const tagService& service, Write write) noexcept {
+int Deliver(const Service& service, Write write) noexcept {
     return GuardDbCall(L"SendToService", [&] {
         CPipeClient client;
         const bool written =
@@ -48,16 +48,16 @@ int Deliver(const tagService& service, Write write) noexcept {
 
 }  // namespace
 
-int SendToService(const tagService& service, const void* bytes, uint64_t byteCount) noexcept {
+int SendToService(const Service& service, const void* bytes, uint64_t byteCount) noexcept {
     return Deliver(service, [&](CPipeClient& client) { return SendBytes(service, client, bytes, byteCount); });
 }
 
-int SendToService(const tagService& service, const CCmdProtocol& text) noexcept {
+int SendToService(const Service& service, const CCmdProtocol& text) noexcept {
     const std::wstring_view all = text.Text();
     return SendToService(service, all.data(), (all.size() + 1) * sizeof(wchar_t));
 }
 
-int SendToService(const tagService& service, CMsgSerializer& message, SentBlock block) noexcept {
+int SendToService(const Service& service, CMsgSerializer& message, SentBlock block) noexcept {
     const int sent =
         Deliver(service, [&](CPipeClient& client) { return SendMessageBytes(service, client, message, block); });
     if (sent != 1) {

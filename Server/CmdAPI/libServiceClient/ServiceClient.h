@@ -15,7 +15,7 @@ class CMsgSerializer;
 namespace wrb {
 
 // A service's pipe and its client's two log lines. The texts belong to the caller.
-struct tagService {
+struct Service {
     const wchar_t* pipe;
     const wchar_t* openFailed;  // formats of the error code, behind the pipe's name where `namesPipe` is set
     const wchar_t* sendFailed;
@@ -23,19 +23,19 @@ struct tagService {
     uint32_t level;
 };
 
-constexpr tagService ServiceWithPlainLines(const wchar_t* pipe) noexcept {
+constexpr Service ServiceWithPlainLines(const wchar_t* pipe) noexcept {
     return {pipe, L"Initial pipe client failed! err=%d", L"pipe send failed!. err=%d", false, kLogError};
 }
 
-constexpr tagService ServiceWithPipeLines(const wchar_t* pipe, uint32_t level = kLogError) noexcept {
+constexpr Service ServiceWithPipeLines(const wchar_t* pipe, uint32_t level = kLogError) noexcept {
     return {pipe, L"init pipe client [%s] failed! err=[%d]", L"pipe [%s] send failed!. err=[%d]", true, level};
 }
 
 // As they are; no bytes are a connection and nothing else.
-int SendToService(const tagService& service, const void* bytes, uint64_t byteCount) noexcept;
+int SendToService(const Service& service, const void* bytes, uint64_t byteCount) noexcept;
 
 // Text form: UTF-16LE with its NUL.
-int SendToService(const tagService& service, const CCmdProtocol& text) noexcept;
+int SendToService(const Service& service, const CCmdProtocol& text) noexcept;
 
 // What becomes of the message's block once it has been written.
 enum class SentBlock {
@@ -45,6 +45,6 @@ enum class SentBlock {
 
 // Serialized form. Finalized only once the pipe is open, so that a message that finds no service is as it was. A large
 // message's file belongs to the service from then on; it is deleted when the write fails.
-int SendToService(const tagService& service, CMsgSerializer& message, SentBlock block) noexcept;
+int SendToService(const Service& service, CMsgSerializer& message, SentBlock block) noexcept;
 
 }  // namespace wrb

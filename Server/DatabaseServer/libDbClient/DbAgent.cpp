@@ -70,11 +70,11 @@ bool dbGetOppStatusW(const wchar_t* uid, uint32_t& status, uint32_t& endTime, ui
     return wrb::ReadDbNumbers(DbName(DbCommand::GetOppStatus), uid, number, status, endTime);
 }
 
-bool dbGetPrivilegeW(const wchar_t* uid, tagDbPrivilege& privilege, uint32_t number) noexcept {
+bool dbGetPrivilegeW(const wchar_t* uid, wrb::DbPrivilege& privilege, uint32_t number) noexcept {
     return wrb::ReadDbNumbers(DbName(DbCommand::GetPrivilege), uid, number, privilege.word1, privilege.word2);
 }
 
-bool dbSetPrivilegeW(const wchar_t* uid, const tagDbPrivilege& value, const tagDbPrivilege& mask) noexcept {
+bool dbSetPrivilegeW(const wchar_t* uid, const wrb::DbPrivilege& value, const wrb::DbPrivilege& mask) noexcept {
     return WriteDb(DbName(DbCommand::SetPrivilege), uid, value.word1, mask.word1, value.word2, mask.word2);
 }
 

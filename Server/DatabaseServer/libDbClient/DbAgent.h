@@ -43,15 +43,20 @@ bool dbIsClientExistedW(const std::wstring& parameters, std::wstring& text) noex
 // Outbreak prevention: 1 while it is in force, and the calendar second at which it ends (0: it does not).
 bool dbGetOppStatusW(const wchar_t* uid, uint32_t& status, uint32_t& endTime, uint32_t number = 0) noexcept;
 
+namespace wrb {
+
 // The two option words of what the agent's user may do.
-struct tagDbPrivilege {
+struct DbPrivilege {
     uint32_t word1 = 0;
     uint32_t word2 = 0;
 };
-bool dbGetPrivilegeW(const wchar_t* uid, tagDbPrivilege& privilege, uint32_t number = 0) noexcept;
+
+}  // namespace wrb
+
+bool dbGetPrivilegeW(const wchar_t* uid, wrb::DbPrivilege& privilege, uint32_t number = 0) noexcept;
 
 // Replaces the bits of each stored word that `mask` names by those of `value`.
-bool dbSetPrivilegeW(const wchar_t* uid, const tagDbPrivilege& value, const tagDbPrivilege& mask) noexcept;
+bool dbSetPrivilegeW(const wchar_t* uid, const wrb::DbPrivilege& value, const wrb::DbPrivilege& mask) noexcept;
 
 bool dbSetStatusW(const wchar_t* uid, uint32_t word1, uint32_t word2, uint32_t number = 0) noexcept;
 

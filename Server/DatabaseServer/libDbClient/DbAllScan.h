@@ -7,7 +7,7 @@
 
 #include "DbAllScanRecord.h"
 
-bool dbGetClnAllScanCfgW(const wchar_t* uid, tagClnAllScanCfg& cfg, const wchar_t* caller) noexcept;
+bool dbGetClnAllScanCfgW(const wchar_t* uid, wrb::AllScanConfig& cfg, const wchar_t* caller) noexcept;
 
 // Worth asking when the first answer has hasExtra.
-bool dbGetClnAllScanExW(const wchar_t* uid, tagClnAllScanCfgEx& lists, const wchar_t* caller) noexcept;
+bool dbGetClnAllScanExW(const wchar_t* uid, wrb::AllScanLists& lists, const wchar_t* caller) noexcept;

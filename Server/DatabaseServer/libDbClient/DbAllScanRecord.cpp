@@ -6,10 +6,10 @@
 
 namespace {
 
-using Lists = tagClnAllScanCfgEx::tagLists;
+using Lists = wrb::AllScanLists::Lists;
 
-constexpr std::wstring tagScanGroupValues::*kTexts[] = {&tagScanGroupValues::extList, &tagScanGroupValues::moveDir,
-                                                        &tagScanGroupValues::custAction};
+constexpr std::wstring wrb::ScanGroupValues::*kTexts[] = {
+    &wrb::ScanGroupValues::extList, &wrb::ScanGroupValues::moveDir, &wrb::ScanGroupValues::custAction};
 constexpr std::wstring Lists::*kLists[] = {&Lists::excludedFolder, &Lists::excludedFile, &Lists::excludedExt,
                                            &Lists::excludeFileExtList};
 
@@ -30,7 +30,7 @@ void ReadText(CSerializer& in, std::wstring& text) {
 
 }  // namespace
 
-void tagClnAllScanCfg::Serialize(ISerializer& serializer) const {
+void wrb::AllScanConfig::Serialize(ISerializer& serializer) const {
     CSerializer& out = serializer.GetSerializer();
     out << hasConfig;
     if (!hasConfig) {
@@ -48,7 +48,7 @@ void tagClnAllScanCfg::Serialize(ISerializer& serializer) const {
     }
 }
 
-void tagClnAllScanCfg::Deserialize(ISerializer& serializer) {
+void wrb::AllScanConfig::Deserialize(ISerializer& serializer) {
     CSerializer& in = serializer.GetSerializer();
     in >> hasConfig;
     hasExtra = false;
@@ -67,17 +67,17 @@ void tagClnAllScanCfg::Deserialize(ISerializer& serializer) {
     }
 }
 
-void tagClnAllScanCfg::Clear() {
-    *this = tagClnAllScanCfg();
+void wrb::AllScanConfig::Clear() {
+    *this = wrb::AllScanConfig();
 }
 
-bool tagClnAllScanCfgEx::HasText() const noexcept {
-    return std::ranges::any_of(scans, [](const tagLists& lists) {
+bool wrb::AllScanLists::HasText() const noexcept {
+    return std::ranges::any_of(scans, [](const Lists& lists) {
         return std::ranges::any_of(kLists, [&](auto member) { return !(lists.*member).empty(); });
     });
 }
 
-void tagClnAllScanCfgEx::Serialize(ISerializer& serializer) const {
+void wrb::AllScanLists::Serialize(ISerializer& serializer) const {
     CSerializer& out = serializer.GetSerializer();
     for (std::size_t scan = 0; scan < scans.size(); ++scan) {
         for (const auto member : ListsOf(scan)) {
@@ -86,7 +86,7 @@ void tagClnAllScanCfgEx::Serialize(ISerializer& serializer) const {
     }
 }
 
-void tagClnAllScanCfgEx::Deserialize(ISerializer& serializer) {
+void wrb::AllScanLists::Deserialize(ISerializer& serializer) {
     CSerializer& in = serializer.GetSerializer();
     for (std::size_t scan = 0; scan < scans.size(); ++scan) {
         for (const auto member : ListsOf(scan)) {
@@ -95,6 +95,6 @@ void tagClnAllScanCfgEx::Deserialize(ISerializer& serializer) {
     }
 }
 
-void tagClnAllScanCfgEx::Clear() {
-    *this = tagClnAllScanCfgEx();
+void wrb::AllScanLists::Clear() {
+    *this = wrb::AllScanLists();
 }

@@ -14,6 +14,8 @@
 
 inline constexpr std::size_t kScanTypeCount = 4;  // in the order of wrb::ScanType: MS, RT, PS, SN
 
+namespace wrb {
+
 // DBV2_CLIENT_GET_ALL_SCAN_CFG.
 //
 //   bool hasConfig                  false: the agent has no configuration, and nothing else follows
@@ -23,10 +25,10 @@ inline constexpr std::size_t kScanTypeCount = 4;  // in the order of wrb::ScanTy
 //     u32  frequency, hour, minute, amPm, dayOfMonth, dayOfWeek, weekOrdinalOfMonth, weekdayOfMonth   PS only
 //     u32  flags of the spyware group
 //     text extList, moveDir, custAction
-struct tagClnAllScanCfg : ISerializable {
+struct AllScanConfig : ISerializable {
     bool hasConfig = false;
     bool hasExtra = false;
-    std::array<tagScanGroupValues, kScanTypeCount> scans;  // the members named above; the others are not touched
+    std::array<ScanGroupValues, kScanTypeCount> scans;  // the members named above; the others are not touched
     std::array<uint32_t, kScanTypeCount> spywareFlags{};
 
     void Deserialize(ISerializer& serializer) override;
@@ -38,14 +40,14 @@ struct tagClnAllScanCfg : ISerializable {
 //
 //   text excludedFolder, excludedFile, excludedExt
 //   text excludeFileExtList         not RT
-struct tagClnAllScanCfgEx : ISerializable {
-    struct tagLists {
+struct AllScanLists : ISerializable {
+    struct Lists {
         std::wstring excludedFolder;
         std::wstring excludedFile;
         std::wstring excludedExt;
         std::wstring excludeFileExtList;  // of the spyware group; always empty for RT
     };
-    std::array<tagLists, kScanTypeCount> scans;
+    std::array<Lists, kScanTypeCount> scans;
 
     // Whether any list has a text: the first record's hasExtra.
     bool HasText() const noexcept;
@@ -54,3 +56,5 @@ struct tagClnAllScanCfgEx : ISerializable {
     void Serialize(ISerializer& serializer) const override;
     void Clear() override;
 };
+
+}  // namespace wrb

@@ -20,11 +20,12 @@ bool dbGetAggrScanCfgW(const wchar_t* uid, tagClientAggrScanConfig& cfg, const w
     return wrb::ReadDbMessage(DbCommand::GetAggrScanCfg, uid, caller, cfg);
 }
 
-bool dbGetPolicyTrackingInfoW(const wchar_t* uid, tagPolicyTrackingInfoList& policies, const wchar_t* caller) noexcept {
+bool dbGetPolicyTrackingInfoW(const wchar_t* uid, wrb::PolicyTrackingInfoList& policies,
+                              const wchar_t* caller) noexcept {
     return wrb::ReadDbMessage(DbCommand::GetPolicyTrackingInfo, uid, caller, policies);
 }
 
-bool dbGetFARestoreItem(const wchar_t* uid, tagFARestoreItemList& items, const wchar_t* caller) noexcept {
+bool dbGetFARestoreItem(const wchar_t* uid, wrb::FARestoreItemList& items, const wchar_t* caller) noexcept {
     if (!wrb::ReadDbMessage(DbCommand::GetFARestoreItem, uid, caller, items)) {
         WRB_LOG(kLogDebug8, L"%s - failed to send command to DB server", L"dbGetFARestoreItem");
         return false;
@@ -33,7 +34,7 @@ bool dbGetFARestoreItem(const wchar_t* uid, tagFARestoreItemList& items, const w
 }
 
 bool dbGetSampleSubmissionCfgW(const wchar_t* uid, tagClientSampleSubmissionCfg& cfg) noexcept {
-    tagDbPrivilege privilege;
+    wrb::DbPrivilege privilege;
     if (!dbGetPrivilegeW(uid, privilege)) {
         return false;
     }

@@ -12,16 +12,23 @@
 #include "BundleValues.h"
 #include "SettingRecord.h"
 
-using tagClientWCSConfig = wrb::SettingRecord<tagWtpValues>;
-using tagClientNCIECfg = wrb::SettingRecord<tagNcieValues>;
-using tagClientSampleSubmissionCfg = wrb::SettingRecord<tagSampleSubmissionValues>;
-using tagClientSablexConfig = wrb::SettingRecord<tagSablexValues>;
-using tagClientAggrScanConfig = wrb::SettingRecord<tagAggrScanValues>;
+using tagClientWCSConfig = wrb::SettingRecord<wrb::WtpValues>;
+using tagClientNCIECfg = wrb::SettingRecord<wrb::NcieValues>;
+using tagClientSampleSubmissionCfg = wrb::SettingRecord<wrb::SampleSubmissionValues>;
+using tagClientSablexConfig = wrb::SettingRecord<wrb::SablexValues>;
+using tagClientAggrScanConfig = wrb::SettingRecord<wrb::AggrScanValues>;
 
-using tagFARestoreItem = wrb::SettingRecord<tagFARestoreValues>;
-using tagFARestoreItemList = wrb::SettingRecordList<tagFARestoreItem>;
-using tagPolicyTrackingInfo = wrb::SettingRecord<tagPolicyTrackingValues>;
-using tagPolicyTrackingInfoList = wrb::SettingRecordList<tagPolicyTrackingInfo>;
+using tagFARestoreItem = wrb::SettingRecord<wrb::FARestoreValues>;
+
+namespace wrb {
+
+using FARestoreItemList = wrb::SettingRecordList<tagFARestoreItem>;
+
+using PolicyTrackingInfo = wrb::SettingRecord<PolicyTrackingValues>;
+
+using PolicyTrackingInfoList = wrb::SettingRecordList<PolicyTrackingInfo>;
+
+}  // namespace wrb
 
 // The configuration-changed bits of the two bundles that have one (DB_SET_CONF_FLAG).
 inline constexpr uint32_t kWtpConfigFlag = 0x20000;
@@ -31,10 +38,11 @@ bool dbGetClientWcsCfgW(const wchar_t* uid, tagClientWCSConfig& cfg, const wchar
 bool dbGetClientNcieCfgW(const wchar_t* uid, tagClientNCIECfg& cfg, const wchar_t* caller) noexcept;
 bool dbGetSablexCfgW(const wchar_t* uid, tagClientSablexConfig& cfg, const wchar_t* caller) noexcept;
 bool dbGetAggrScanCfgW(const wchar_t* uid, tagClientAggrScanConfig& cfg, const wchar_t* caller) noexcept;
-bool dbGetPolicyTrackingInfoW(const wchar_t* uid, tagPolicyTrackingInfoList& policies, const wchar_t* caller) noexcept;
+bool dbGetPolicyTrackingInfoW(const wchar_t* uid, wrb::PolicyTrackingInfoList& policies,
+                              const wchar_t* caller) noexcept;
 
 // Logs a failure in its own name too.
-bool dbGetFARestoreItem(const wchar_t* uid, tagFARestoreItemList& items, const wchar_t* caller) noexcept;
+bool dbGetFARestoreItem(const wchar_t* uid, wrb::FARestoreItemList& items, const wchar_t* caller) noexcept;
 
 // Not stored by itself: a bit of the privilege words (DbPrivilege.h), read with DB_GET_PRIVILEGE.
 bool dbGetSampleSubmissionCfgW(const wchar_t* uid, tagClientSampleSubmissionCfg& cfg) noexcept;

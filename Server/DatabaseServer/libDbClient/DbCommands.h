@@ -25,7 +25,9 @@ enum class DbCommand : uint8_t {
 #undef WRB_DB_COMMAND
 };
 
-struct tagDbCommand {
+namespace wrb {
+
+struct DbCommandRow {
     const wchar_t* name;
     const char* requestFields;  // names of the fields behind the reply id, ", " between them
     const char* answerFields;   // the same for the answer; a description where the number of fields is open
@@ -33,7 +35,9 @@ struct tagDbCommand {
     DbAnswer answer;
 };
 
-inline constexpr tagDbCommand kDbCommands[] = {
+}  // namespace wrb
+
+inline constexpr wrb::DbCommandRow kDbCommands[] = {
 #define WRB_DB_COMMAND(id, name, answer, request, fields) {L"" name, request, fields, DbCommand::id, DbAnswer::answer},
 #include "DbCommands.inc"
 #undef WRB_DB_COMMAND
@@ -41,7 +45,7 @@ inline constexpr tagDbCommand kDbCommands[] = {
 
 namespace wrb {
 
-constexpr const tagDbCommand& DescribeDbCommand(DbCommand command) {
+constexpr const DbCommandRow& DescribeDbCommand(DbCommand command) {
     return kDbCommands[static_cast<std::size_t>(command)];
 }
 
@@ -51,7 +55,7 @@ constexpr const wchar_t* DbName(DbCommand command) {
 
 // The command with this name on the wire (case-sensitive), if there is one.
 constexpr std::optional<DbCommand> FindDbCommand(std::wstring_view name) {
-    for (const tagDbCommand& command : kDbCommands) {
+    for (const DbCommandRow& command : kDbCommands) {
         if (name == command.name) {
             return command.id;
         }

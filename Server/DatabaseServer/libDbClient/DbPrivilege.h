@@ -20,13 +20,13 @@ enum class DbPrivilegeBit : uint8_t {
     SampleSubmission = 32 + 4  // EnableSampleSubmission
 };
 
-constexpr bool HasPrivilege(const tagDbPrivilege& privilege, DbPrivilegeBit bit) noexcept {
+constexpr bool HasPrivilege(const DbPrivilege& privilege, DbPrivilegeBit bit) noexcept {
     const auto number = static_cast<uint32_t>(bit);
     return (((number < 32 ? privilege.word1 : privilege.word2) >> number % 32) & 1) != 0;
 }
 
 // Sets the bit; to clear one in the database, leave it out of the value and set it in the mask.
-constexpr void AddPrivilege(tagDbPrivilege& privilege, DbPrivilegeBit bit) noexcept {
+constexpr void AddPrivilege(DbPrivilege& privilege, DbPrivilegeBit bit) noexcept {
     const auto number = static_cast<uint32_t>(bit);
     (number < 32 ? privilege.word1 : privilege.word2) |= uint32_t{1} << number % 32;
 }

@@ -8,7 +8,7 @@ using wrb::GetDbScanGroup;
 using wrb::ScanGroupKind;
 using wrb::ScanType;
 
-bool wrb::GetDbScanGroup(const ScanGroup& group, const wchar_t* uid, tagScanGroupValues& values,
+bool wrb::GetDbScanGroup(const ScanGroup& group, const wchar_t* uid, wrb::ScanGroupValues& values,
                          uint32_t number) noexcept {
     return GuardDbCall(L"GetDbScanGroup", [&] {
         CCmdProtocol fields;
@@ -25,35 +25,35 @@ bool wrb::GetDbScanGroup(const ScanGroup& group, const wchar_t* uid, tagScanGrou
     });
 }
 
-bool dbGetMscfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number) noexcept {
+bool dbGetMscfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number) noexcept {
     return GetDbScanGroup(FindScanGroup(ScanType::MS, ScanGroupKind::Main), uid, values, number);
 }
 
-bool dbGetRtcfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number) noexcept {
+bool dbGetRtcfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number) noexcept {
     return GetDbScanGroup(FindScanGroup(ScanType::RT, ScanGroupKind::Main), uid, values, number);
 }
 
-bool dbGetPscfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number) noexcept {
+bool dbGetPscfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number) noexcept {
     return GetDbScanGroup(FindScanGroup(ScanType::PS, ScanGroupKind::Main), uid, values, number);
 }
 
-bool dbGetSncfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number) noexcept {
+bool dbGetSncfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number) noexcept {
     return GetDbScanGroup(FindScanGroup(ScanType::SN, ScanGroupKind::Main), uid, values, number);
 }
 
-bool dbGetSpywareMscfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number) noexcept {
+bool dbGetSpywareMscfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number) noexcept {
     return GetDbScanGroup(FindScanGroup(ScanType::MS, ScanGroupKind::Spyware), uid, values, number);
 }
 
-bool dbGetSpywareRtcfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number) noexcept {
+bool dbGetSpywareRtcfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number) noexcept {
     return GetDbScanGroup(FindScanGroup(ScanType::RT, ScanGroupKind::Spyware), uid, values, number);
 }
 
-bool dbGetSpywarePscfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number) noexcept {
+bool dbGetSpywarePscfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number) noexcept {
     return GetDbScanGroup(FindScanGroup(ScanType::PS, ScanGroupKind::Spyware), uid, values, number);
 }
 
-bool dbGetSpywareSncfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number) noexcept {
+bool dbGetSpywareSncfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number) noexcept {
     return GetDbScanGroup(FindScanGroup(ScanType::SN, ScanGroupKind::Spyware), uid, values, number);
 }
 

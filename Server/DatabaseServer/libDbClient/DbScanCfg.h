@@ -18,22 +18,21 @@ namespace wrb {
 
 // Asks the group's command (DB_GET_MSCF ... DB_GET_SPYWARE_SNCF) and reads the group's numbers and, of a spyware group
 // that has one, its list. The texts of main and exclusion groups come with dbGetExtraW.
-bool GetDbScanGroup(const ScanGroup& group, const wchar_t* uid, tagScanGroupValues& values,
-                    uint32_t number = 0) noexcept;
+bool GetDbScanGroup(const ScanGroup& group, const wchar_t* uid, ScanGroupValues& values, uint32_t number = 0) noexcept;
 
 }  // namespace wrb
 
 // Main groups: flags, compressedLayer, oleLayer, possibleVirusCustActInActiveAct; PS also the eight schedule numbers.
-bool dbGetMscfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number = 0) noexcept;
-bool dbGetRtcfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number = 0) noexcept;
-bool dbGetPscfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number = 0) noexcept;
-bool dbGetSncfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number = 0) noexcept;
+bool dbGetMscfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number = 0) noexcept;
+bool dbGetRtcfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number = 0) noexcept;
+bool dbGetPscfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number = 0) noexcept;
+bool dbGetSncfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number = 0) noexcept;
 
 // Spyware groups: flags, and but for RT excludeFileExtList.
-bool dbGetSpywareMscfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number = 0) noexcept;
-bool dbGetSpywareRtcfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number = 0) noexcept;
-bool dbGetSpywarePscfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number = 0) noexcept;
-bool dbGetSpywareSncfW(const wchar_t* uid, tagScanGroupValues& values, uint32_t number = 0) noexcept;
+bool dbGetSpywareMscfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number = 0) noexcept;
+bool dbGetSpywareRtcfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number = 0) noexcept;
+bool dbGetSpywarePscfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number = 0) noexcept;
+bool dbGetSpywareSncfW(const wchar_t* uid, wrb::ScanGroupValues& values, uint32_t number = 0) noexcept;
 
 // The text fields of the group that `configBit` names (0x1 manual ... 0x100 manual exclusions ...), TAB between them.
 // A main group has ExtList, MoveDir, two unused fields and CustAction; an exclusion group ExcludedFolder, ExcludedFile

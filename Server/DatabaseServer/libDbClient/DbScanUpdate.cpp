@@ -12,13 +12,13 @@ namespace {
 // One agent's uid, or nothing for every agent.
 using Target = std::optional<const wchar_t*>;
 
-struct tagWriteCommands {
+struct WriteCommands {
     DbCommand one;
     DbCommand all;
 };
 
 // By ScanGroupIndex.
-constexpr std::array<tagWriteCommands, kScanGroupCount> kGroupCommands = {{
+constexpr std::array<WriteCommands, kScanGroupCount> kGroupCommands = {{
     {DbCommand::SetMscf, DbCommand::SetAllMscf},
     {DbCommand::SetSpywareMscf, DbCommand::SetSpywareAllMscf},
     {DbCommand::SetExcludeList, DbCommand::SetAllExcList},
@@ -34,14 +34,14 @@ constexpr std::array<tagWriteCommands, kScanGroupCount> kGroupCommands = {{
 }};
 
 // By ScanType.
-constexpr std::array<tagWriteCommands, 4> kFlagCommands = {{
+constexpr std::array<WriteCommands, 4> kFlagCommands = {{
     {DbCommand::SetMsFlg, DbCommand::SetAllMsFlg},
     {DbCommand::SetRtFlg, DbCommand::SetAllRtFlg},
     {DbCommand::SetPsFlg, DbCommand::SetAllPsFlg},
     {DbCommand::SetSnFlg, DbCommand::SetAllSnFlg},
 }};
 
-CCmdProtocol StartWrite(const tagWriteCommands& commands, const Target& target) {
+CCmdProtocol StartWrite(const WriteCommands& commands, const Target& target) {
     CCmdProtocol request = MakeDbRequest(DbName(target ? commands.one : commands.all), kDbNoReplyId);
     if (target) {
         request << *target;
@@ -51,8 +51,8 @@ CCmdProtocol StartWrite(const tagWriteCommands& commands, const Target& target) 
 
 // An exclusion group's list is stored under its configuration bit; the others carry value, mask and numbers. The words
 // are bits, so they go out unsigned; the numbers are settings and have a sign.
-void AppendNumbers(CCmdProtocol& request, const ScanGroup& group, const tagScanUpdate& update,
-                   const tagScanGroupValues& values) {
+void AppendNumbers(CCmdProtocol& request, const ScanGroup& group, const ScanUpdate& update,
+                   const ScanGroupValues& values) {
     if (group.kind == ScanGroupKind::Exclusion) {
         request << group.configFlag;
         return;
@@ -65,11 +65,11 @@ void AppendNumbers(CCmdProtocol& request, const ScanGroup& group, const tagScanU
 
 bool IsStored(const ScanGroup& group, ScanText member) {
     const bool realTimeSpyware = group.kind == ScanGroupKind::Spyware && group.type == ScanType::RT;
-    return member != &tagScanGroupValues::cleanFailedMoveDir && !realTimeSpyware;
+    return member != &ScanGroupValues::cleanFailedMoveDir && !realTimeSpyware;
 }
 
-bool WriteGroup(const ScanGroup& group, const Target& target, const tagScanUpdate& update,
-                const tagScanGroupValues& values) noexcept {
+bool WriteGroup(const ScanGroup& group, const Target& target, const ScanUpdate& update,
+                const ScanGroupValues& values) noexcept {
     return GuardDbCall(L"SetDbScanGroup", [&] {
         CCmdProtocol request = StartWrite(kGroupCommands[ScanGroupIndex(group.type, group.kind)], target);
         AppendNumbers(request, group, update, values);
@@ -106,12 +106,12 @@ const ScanGroup* FindExclusions(const wchar_t* caller, uint32_t configBit) noexc
 
 }  // namespace
 
-bool SetDbScanGroup(const ScanGroup& group, const wchar_t* uid, const tagScanUpdate& update,
-                    const tagScanGroupValues& values) noexcept {
+bool SetDbScanGroup(const ScanGroup& group, const wchar_t* uid, const ScanUpdate& update,
+                    const ScanGroupValues& values) noexcept {
     return WriteGroup(group, uid, update, values);
 }
 
-bool SetAllDbScanGroup(const ScanGroup& group, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {
+bool SetAllDbScanGroup(const ScanGroup& group, const ScanUpdate& update, const ScanGroupValues& values) noexcept {
     return WriteGroup(group, std::nullopt, update, values);
 }
 
@@ -130,12 +130,12 @@ using wrb::ScanGroupKind;
 using wrb::ScanType;
 
 // The named functions: one row a group's kind and scan type, one a scan type's flag word.
-#define WRB_SCAN_GROUP(name, nameAll, type, kind)                                                            \
-    bool name(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {  \
-        return wrb::SetDbScanGroup(FindScanGroup(ScanType::type, ScanGroupKind::kind), uid, update, values); \
-    }                                                                                                        \
-    bool nameAll(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept {                   \
-        return wrb::SetAllDbScanGroup(FindScanGroup(ScanType::type, ScanGroupKind::kind), update, values);   \
+#define WRB_SCAN_GROUP(name, nameAll, type, kind)                                                               \
+    bool name(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept { \
+        return wrb::SetDbScanGroup(FindScanGroup(ScanType::type, ScanGroupKind::kind), uid, update, values);    \
+    }                                                                                                           \
+    bool nameAll(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept {                  \
+        return wrb::SetAllDbScanGroup(FindScanGroup(ScanType::type, ScanGroupKind::kind), update, values);      \
     }
 
 WRB_SCAN_GROUP(dbSetMscfW, dbSetAllMscfW, MS, Main)
@@ -164,12 +164,12 @@ WRB_SCAN_FLAGS(dbSetSnFlgW, dbSetAllSnFlgW, SN)
 
 #undef WRB_SCAN_FLAGS
 
-bool dbSetExcludeListW(const wchar_t* uid, uint32_t configBit, const tagScanGroupValues& values) noexcept {
+bool dbSetExcludeListW(const wchar_t* uid, uint32_t configBit, const wrb::ScanGroupValues& values) noexcept {
     const wrb::ScanGroup* const group = wrb::FindExclusions(L"dbSetExcludeListW", configBit);
     return group != nullptr && wrb::SetDbScanGroup(*group, uid, {}, values);
 }
 
-bool dbSetAllExcListW(uint32_t configBit, const tagScanGroupValues& values) noexcept {
+bool dbSetAllExcListW(uint32_t configBit, const wrb::ScanGroupValues& values) noexcept {
     const wrb::ScanGroup* const group = wrb::FindExclusions(L"dbSetAllExcListW", configBit);
     return group != nullptr && wrb::SetAllDbScanGroup(*group, {}, values);
 }

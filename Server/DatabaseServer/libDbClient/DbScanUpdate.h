@@ -13,19 +13,19 @@
 
 #include "ScanGroup.h"
 
-struct tagScanUpdate {
+namespace wrb {
+
+struct ScanUpdate {
     uint32_t value = 0;  // the new option bits
     uint32_t mask = 0;   // which bits of the stored word they replace
     uint32_t flag = 0;   // handed through to the database, which gives it no meaning; exclusion writes do not carry it
 };
 
-namespace wrb {
-
 // By group: DB_SET_MSCF ... DB_SET_SPYWARE_SNCF and DB_SET_EXCLUDE_LIST, and their forms for every agent. Of an
 // exclusion group only the texts are written, whatever `update` says; its option bit takes the flag functions.
-bool SetDbScanGroup(const ScanGroup& group, const wchar_t* uid, const tagScanUpdate& update,
-                    const tagScanGroupValues& values) noexcept;
-bool SetAllDbScanGroup(const ScanGroup& group, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
+bool SetDbScanGroup(const ScanGroup& group, const wchar_t* uid, const ScanUpdate& update,
+                    const ScanGroupValues& values) noexcept;
+bool SetAllDbScanGroup(const ScanGroup& group, const ScanUpdate& update, const ScanGroupValues& values) noexcept;
 
 // By scan type: the flag word alone, DB_SET_MS_FLG ... DB_SET_ALL_SN_FLG.
 bool SetDbScanFlags(ScanType type, const wchar_t* uid, uint32_t value, uint32_t mask) noexcept;
@@ -33,27 +33,27 @@ bool SetAllDbScanFlags(ScanType type, uint32_t value, uint32_t mask) noexcept;
 
 }  // namespace wrb
 
-bool dbSetMscfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
-bool dbSetRtcfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
-bool dbSetPscfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
-bool dbSetSncfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
-bool dbSetAllMscfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
-bool dbSetAllRtcfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
-bool dbSetAllPscfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
-bool dbSetAllSncfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
+bool dbSetMscfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
+bool dbSetRtcfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
+bool dbSetPscfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
+bool dbSetSncfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
+bool dbSetAllMscfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
+bool dbSetAllRtcfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
+bool dbSetAllPscfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
+bool dbSetAllSncfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
 
-bool dbSetSpywareMscfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
-bool dbSetSpywareRtcfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
-bool dbSetSpywarePscfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
-bool dbSetSpywareSncfW(const wchar_t* uid, const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
-bool dbSetSpywareAllMscfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
-bool dbSetSpywareAllRtcfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
-bool dbSetSpywareAllPscfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
-bool dbSetSpywareAllSncfW(const tagScanUpdate& update, const tagScanGroupValues& values) noexcept;
+bool dbSetSpywareMscfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
+bool dbSetSpywareRtcfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
+bool dbSetSpywarePscfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
+bool dbSetSpywareSncfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
+bool dbSetSpywareAllMscfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
+bool dbSetSpywareAllRtcfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
+bool dbSetSpywareAllPscfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
+bool dbSetSpywareAllSncfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
 
 // `configBit` names the exclusion group (0x100, 0x4000, 0x8000, 0x10000).
-bool dbSetExcludeListW(const wchar_t* uid, uint32_t configBit, const tagScanGroupValues& values) noexcept;
-bool dbSetAllExcListW(uint32_t configBit, const tagScanGroupValues& values) noexcept;
+bool dbSetExcludeListW(const wchar_t* uid, uint32_t configBit, const wrb::ScanGroupValues& values) noexcept;
+bool dbSetAllExcListW(uint32_t configBit, const wrb::ScanGroupValues& values) noexcept;
 
 bool dbSetMsFlgW(const wchar_t* uid, uint32_t value, uint32_t mask) noexcept;
 bool dbSetRtFlgW(const wchar_t* uid, uint32_t value, uint32_t mask) noexcept;

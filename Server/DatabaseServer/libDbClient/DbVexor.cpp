@@ -19,15 +19,15 @@ void tagVEXORPolicyItem::Clear() {
     *this = tagVEXORPolicyItem();
 }
 
-void tagVEXORCustomBmCfg::Serialize(ISerializer& serializer) const {
+void wrb::CustomBmConfig::Serialize(ISerializer& serializer) const {
     serializer.GetSerializer() << policies;
 }
 
-void tagVEXORCustomBmCfg::Deserialize(ISerializer& serializer) {
+void wrb::CustomBmConfig::Deserialize(ISerializer& serializer) {
     serializer.GetSerializer() >> policies;
 }
 
-void tagVEXORCustomBmCfg::Clear() {
+void wrb::CustomBmConfig::Clear() {
     policies.clear();
 }
 
@@ -45,7 +45,7 @@ bool dbGetVexorBmCfgW(const wchar_t* uid, std::wstring& text, uint32_t number) n
     });
 }
 
-bool dbGetVexorCustomBmCfgW(const wchar_t* uid, tagVEXORCustomBmCfg& cfg) noexcept {
+bool dbGetVexorCustomBmCfgW(const wchar_t* uid, wrb::CustomBmConfig& cfg) noexcept {
     if (!wrb::ReadDbMessage(DbCommand::GetVexorCustomBmCfg, uid, L"dbGetVexorCustomBmCfgW", cfg)) {
         WRB_LOG(kLogError, L"%s - Fail to get vexor custom BM cfg.", L"dbGetVexorCustomBmCfgW");
         return false;

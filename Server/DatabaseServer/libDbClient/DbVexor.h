@@ -20,10 +20,12 @@ struct tagVEXORPolicyItem : ISerializable {
     void Clear() override;
 };
 
+namespace wrb {
+
 // DBV2_GET_VEXOR_CUSTOM_BM_CFG: the policies that differ from the product's defaults.
 //
 //   array of tagVEXORPolicyItem
-struct tagVEXORCustomBmCfg : ISerializable {
+struct CustomBmConfig : ISerializable {
     std::vector<tagVEXORPolicyItem> policies;
 
     void Deserialize(ISerializer& serializer) override;
@@ -31,8 +33,10 @@ struct tagVEXORCustomBmCfg : ISerializable {
     void Clear() override;
 };
 
+}  // namespace wrb
+
 // The configuration as one text. False when it could not be had, with a log line.
 bool dbGetVexorBmCfgW(const wchar_t* uid, std::wstring& text, uint32_t number = 0) noexcept;
 
 // `cfg` is not to be used after a false. Waits at most 600 seconds.
-bool dbGetVexorCustomBmCfgW(const wchar_t* uid, tagVEXORCustomBmCfg& cfg) noexcept;
+bool dbGetVexorCustomBmCfgW(const wchar_t* uid, wrb::CustomBmConfig& cfg) noexcept;

@@ -5,7 +5,7 @@
 #include "ServiceClient.h"
 
 int wrbSendMessage(CMsgSerializer& message) noexcept {
-    constexpr wrb::tagService kService = wrb::ServiceWithPlainLines(kWrbServerPipe);
+    constexpr wrb::Service kService = wrb::ServiceWithPlainLines(kWrbServerPipe);
     return wrb::SendToService(kService, message, wrb::SentBlock::Kept);
 }
 

@@ -57,12 +57,12 @@ const wchar_t* CounterAttachText(CounterAttach result) noexcept {
     return L"the counter block cannot be opened";
 }
 
-CounterAttach CCounterSection::Open(const tagCounterNames& names, uint32_t& error) noexcept {
+CounterAttach CounterSection::Open(const CounterNames& names, uint32_t& error) noexcept {
     error = ERROR_SUCCESS;
     if (m_view) {
         return CounterAttach::Attached;
     }
-    tagOpenSecurity security;
+    OpenSecurity security;
     if (InitOpenSecurity(security, false) != nullptr) {
         return Fail(error);
     }
@@ -84,8 +84,8 @@ CounterAttach CCounterSection::Open(const tagCounterNames& names, uint32_t& erro
     return result;
 }
 
-CounterAttach CCounterSection::MapLocked(const wchar_t* name, SECURITY_ATTRIBUTES* attributes,
-                                         uint32_t& error) noexcept {
+CounterAttach CounterSection::MapLocked(const wchar_t* name, SECURITY_ATTRIBUTES* attributes,
+                                        uint32_t& error) noexcept {
     const HANDLE section = CreateFileMappingW(INVALID_HANDLE_VALUE, attributes, PAGE_READWRITE, 0,
                                               static_cast<DWORD>(sizeof(HandlerCounterBlock)), name);
     const DWORD creation = GetLastError();
@@ -104,13 +104,13 @@ CounterAttach CCounterSection::MapLocked(const wchar_t* name, SECURITY_ATTRIBUTE
     return IsCounterBlock(m_view.Get()) ? CounterAttach::Attached : CounterAttach::Foreign;
 }
 
-void CCounterSection::Close() noexcept {
+void CounterSection::Close() noexcept {
     m_view.Reset();
     m_section.Reset();
     m_mutex.Reset();
 }
 
-CounterAttach CCounterReader::Attach(uint32_t& error, const wchar_t* sectionName) noexcept {
+CounterAttach CounterReader::Attach(uint32_t& error, const wchar_t* sectionName) noexcept {
     error = ERROR_SUCCESS;
     m_view.Reset();
     m_section.Reset(OpenFileMappingW(FILE_MAP_READ, FALSE, sectionName));
@@ -118,7 +118,7 @@ CounterAttach CCounterReader::Attach(uint32_t& error, const wchar_t* sectionName
         Fail(error);
         return error == ERROR_FILE_NOT_FOUND ? CounterAttach::Missing : Refused(error);
     }
-    CMappedView view(MapViewOfFile(m_section.Get(), FILE_MAP_READ, 0, 0, 0));
+    MappedView view(MapViewOfFile(m_section.Get(), FILE_MAP_READ, 0, 0, 0));
     if (!view) {
         return Fail(error);
     }
@@ -129,12 +129,12 @@ CounterAttach CCounterReader::Attach(uint32_t& error, const wchar_t* sectionName
     return CounterAttach::Attached;
 }
 
-HandlerCounterSlot CCounterReader::Slot(uint32_t index) const noexcept {
+HandlerCounterSlot CounterReader::Slot(uint32_t index) const noexcept {
     const auto* block = static_cast<const HandlerCounterBlock*>(m_view.Get());
     return block != nullptr && index < kCounterSlots ? ReadCounters(block->slots[index]) : HandlerCounterSlot{};
 }
 
-int32_t CCounterReader::CallsInProgress() const noexcept {
+int32_t CounterReader::CallsInProgress() const noexcept {
     const auto* block = static_cast<const HandlerCounterBlock*>(m_view.Get());
     return block != nullptr ? ReadCallsInProgress(*block) : 0;
 }

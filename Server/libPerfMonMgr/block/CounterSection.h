@@ -23,17 +23,17 @@ enum class CounterAttach {
 // For people: "attached", "no counter block exists", ...
 const wchar_t* CounterAttachText(CounterAttach result) noexcept;
 
-struct tagCounterNames {
+struct CounterNames {
     const wchar_t* section = kCounterSectionName;
     const wchar_t* mutex = kCounterMutexName;
 };
 
-class CCounterSection {
+class CounterSection {
   public:
     // Attaches to the block, making it with every counter at zero when there is none. Both objects admit every local
     // account, since the server's services run under several. Waits at most five seconds for a process that is just
     // making the block. Attached already: does nothing.
-    CounterAttach Open(const tagCounterNames& names, uint32_t& error) noexcept;
+    CounterAttach Open(const CounterNames& names, uint32_t& error) noexcept;
     void Close() noexcept;
 
     HandlerCounterBlock* Block() const noexcept { return static_cast<HandlerCounterBlock*>(m_view.Get()); }
@@ -42,13 +42,13 @@ class CCounterSection {
   private:
     CounterAttach MapLocked(const wchar_t* name, SECURITY_ATTRIBUTES* attributes, uint32_t& error) noexcept;
 
-    CKernelHandle m_mutex;
-    CKernelHandle m_section;
-    CMappedView m_view;
+    KernelHandle m_mutex;
+    KernelHandle m_section;
+    MappedView m_view;
 };
 
 // Maps the block for reading only and never takes its mutex, so that a reader cannot hold the server up.
-class CCounterReader {
+class CounterReader {
   public:
     CounterAttach Attach(uint32_t& error, const wchar_t* sectionName = kCounterSectionName) noexcept;
 
@@ -57,8 +57,8 @@ class CCounterReader {
     int32_t CallsInProgress() const noexcept;
 
   private:
-    CKernelHandle m_section;
-    CMappedView m_view;
+    KernelHandle m_section;
+    MappedView m_view;
 };
 
 }  // namespace wrb

@@ -15,20 +15,20 @@ CWrbyPerfMonMgr& Manager() {
     return *manager;
 }
 
-class CMutexOwnership {
+class MutexOwnership {
   public:
-    explicit CMutexOwnership(HANDLE mutex) noexcept : m_mutex(mutex) {
+    explicit MutexOwnership(HANDLE mutex) noexcept : m_mutex(mutex) {
         const DWORD wait = WaitForSingleObject(mutex, INFINITE);
         // Abandoned: its owner died between two counters. They are only figures; the next call goes on from them.
         m_owned = wait == WAIT_OBJECT_0 || wait == WAIT_ABANDONED;
     }
-    ~CMutexOwnership() {
+    ~MutexOwnership() {
         if (m_owned) {
             ReleaseMutex(m_mutex);
         }
     }
-    CMutexOwnership(const CMutexOwnership&) = delete;
-    CMutexOwnership& operator=(const CMutexOwnership&) = delete;
+    MutexOwnership(const MutexOwnership&) = delete;
+    MutexOwnership& operator=(const MutexOwnership&) = delete;
 
     explicit operator bool() const noexcept { return m_owned; }
 
@@ -39,7 +39,7 @@ class CMutexOwnership {
 
 }  // namespace
 
-CCounterCall::CCounterCall(uint32_t slot, const IClock& clock) : m_clock(clock), m_startTick(clock.TickMilliseconds()) {
+CounterCall::CounterCall(uint32_t slot, const IClock& clock) : m_clock(clock), m_startTick(clock.TickMilliseconds()) {
     CWrbyPerfMonMgr& manager = Manager();
     if (slot >= kCounterSlots) {
         return;
@@ -52,18 +52,18 @@ CCounterCall::CCounterCall(uint32_t slot, const IClock& clock) : m_clock(clock),
     }
 }
 
-CCounterCall::~CCounterCall() {
+CounterCall::~CounterCall() {
     if (m_block == nullptr) {
         return;
     }
     const uint32_t elapsed = m_clock.TickMilliseconds() - m_startTick;
-    if (const CMutexOwnership owned(m_mutex); owned) {
+    if (const MutexOwnership owned(m_mutex); owned) {
         BookCallTime(*m_slot, elapsed);
         ReleaseCounterReference(*m_block);
     }
 }
 
-void CCounterCall::ReportResult(bool succeeded) noexcept {
+void CounterCall::ReportResult(bool succeeded) noexcept {
     if (!succeeded && m_slot != nullptr) {
         CountFailure(*m_slot);
     }
@@ -77,7 +77,7 @@ void ResetAllCounters() {
     }
     // Under the mutex, so that a call that another process is just booking is not half kept; without it a start from
     // zero still matters more than that call.
-    const CMutexOwnership owned(manager.GetMutex());
+    const MutexOwnership owned(manager.GetMutex());
     ZeroCounters(*block);
     if (owned) {
         ReleaseCounterReference(*block);

@@ -12,18 +12,18 @@ namespace wrb {
 
 // Counts one call of a command for as long as it lives: make one first thing in a handler.
 //
-//     wrb::CCounterCall call(static_cast<uint32_t>(CommandSlot::CMDHL_GET_MS_CFG));
+//     wrb::CounterCall call(static_cast<uint32_t>(CommandSlot::CMDHL_GET_MS_CFG));
 //
 // It counts the call at once. At its end it takes the counters' mutex (waiting without limit; a mutex whose owner died
 // counts as taken), books the time and gives the block back; when the wait fails, the figures stay as they are. Without
 // a counter block, or with a slot of 128 or more, the call goes uncounted.
-class CCounterCall {
+class CounterCall {
   public:
     // Throws OS::CException with E_FAIL when the process has no counter manager.
-    explicit CCounterCall(uint32_t slot, const IClock& clock = SystemClock());
-    ~CCounterCall();
-    CCounterCall(const CCounterCall&) = delete;
-    CCounterCall& operator=(const CCounterCall&) = delete;
+    explicit CounterCall(uint32_t slot, const IClock& clock = SystemClock());
+    ~CounterCall();
+    CounterCall(const CounterCall&) = delete;
+    CounterCall& operator=(const CounterCall&) = delete;
 
     // For a command without an answer: its result, once. A failure is counted.
     void ReportResult(bool succeeded) noexcept;

@@ -26,8 +26,8 @@ bool CPipeClient::Initial(const wchar_t* name) {
 
 bool CPipeClient::Open(const wchar_t* path) noexcept {
     m_pipe.Reset();
-    m_pipe = wrb::CFileHandle(CreateFileW(path, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                                          SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
+    m_pipe = wrb::FileHandle(CreateFileW(path, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                         SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
     return static_cast<bool>(m_pipe);
 }
 

@@ -32,5 +32,5 @@ class CPipeClient {
 
     bool Open(const wchar_t* path) noexcept;
 
-    wrb::CFileHandle m_pipe;
+    wrb::FileHandle m_pipe;
 };

@@ -56,7 +56,7 @@ void CPipeServer::OwnUserObject(HANDLE object) {
 }
 
 bool CPipeServer::InitialOpen(const wchar_t* name, HANDLE userObject) {
-    wrb::tagOpenSecurity security;
+    wrb::OpenSecurity security;
     if (!CreateSecurityAttributesWithoutACLs(security)) {
         WRB_LOG(kLogError, L"[CPipeServer::Initial] CreateSecurityAttributesWithoutACLs for %s failed.", name);
         return false;
@@ -67,7 +67,7 @@ bool CPipeServer::InitialOpen(const wchar_t* name, HANDLE userObject) {
 bool CPipeServer::Initial(uint32_t instanceCount, const wchar_t* name, SECURITY_ATTRIBUTES* securityAttributes,
                           HANDLE userObject) {
     const uint32_t count = std::min(instanceCount, kMostInstances);
-    m_instances.reset(new (std::nothrow) wrb::CReplyPipe[count]);
+    m_instances.reset(new (std::nothrow) wrb::ReplyPipe[count]);
     m_waitHandles.reset(new (std::nothrow) HANDLE[count + 1]());
     m_instanceCount = 0;
     if (m_instances == nullptr || m_waitHandles == nullptr) {
@@ -87,7 +87,7 @@ bool CPipeServer::Initial(uint32_t instanceCount, const wchar_t* name, SECURITY_
     return true;
 }
 
-bool CPipeServer::InitialInstance(wrb::CReplyPipe& instance, uint32_t count, SECURITY_ATTRIBUTES* securityAttributes) {
+bool CPipeServer::InitialInstance(wrb::ReplyPipe& instance, uint32_t count, SECURITY_ATTRIBUTES* securityAttributes) {
     if (!instance.CreateEventObject()) {
         WRB_LOG(kLogError, L"[CPipeServer::Initial] CreateEvent failed! err=%d", GetLastError());
         return false;
@@ -103,12 +103,12 @@ bool CPipeServer::InitialInstance(wrb::CReplyPipe& instance, uint32_t count, SEC
     return true;
 }
 
-wrb::CFileHandle CPipeServer::CreatePipeInstance(uint32_t count, SECURITY_ATTRIBUTES* securityAttributes) const {
+wrb::FileHandle CPipeServer::CreatePipeInstance(uint32_t count, SECURITY_ATTRIBUTES* securityAttributes) const {
     for (int retries = 0;; ++retries) {
-        wrb::CFileHandle pipe(CreateNamedPipeW(m_path, PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
-                                               PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_REJECT_REMOTE_CLIENTS,
-                                               count, wrb::kPipePieceBytes, wrb::kPipePieceBytes,
-                                               kClientWaitMilliseconds, securityAttributes));
+        wrb::FileHandle pipe(CreateNamedPipeW(m_path, PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
+                                              PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_REJECT_REMOTE_CLIENTS,
+                                              count, wrb::kPipePieceBytes, wrb::kPipePieceBytes,
+                                              kClientWaitMilliseconds, securityAttributes));
         if (pipe) {
             return pipe;
         }
@@ -145,11 +145,11 @@ bool CPipeServer::Fetch(String& out, DWORD* clientPid, const wchar_t* appendFail
     }
     DWORD readBytes = kReadBytes;
     for (DWORD fill = 0;;) {
-        DWORD length = std::min(readBytes, wrb::CReceiveBuffer::kBytes - fill);
+        DWORD length = std::min(readBytes, wrb::ReceiveBuffer::kBytes - fill);
         const ReadResult result = ReadPipe(m_buffer.Get() + fill, length, clientPid);
         if (result == ReadResult::Data) {
             fill += length;
-            readBytes = length < readBytes ? readBytes : wrb::CReceiveBuffer::kBytes;
+            readBytes = length < readBytes ? readBytes : wrb::ReceiveBuffer::kBytes;
         }
         if (result == ReadResult::Cancelled) {
             WRB_LOG(kLogWarning, L"[CPipeServer::FetchCmd] User define object is signaled!");
@@ -158,7 +158,7 @@ bool CPipeServer::Fetch(String& out, DWORD* clientPid, const wchar_t* appendFail
         if (result == ReadResult::Ended) {
             return AppendBuffer(out, fill, appendFailure);
         }
-        if (fill == wrb::CReceiveBuffer::kBytes) {
+        if (fill == wrb::ReceiveBuffer::kBytes) {
             if (!AppendBuffer(out, fill, appendFailure)) {
                 return false;
             }
@@ -191,7 +191,7 @@ CPipeServer::ReadResult CPipeServer::ReadPipe(uint8_t* buffer, DWORD& length, DW
     if (ready != ReadResult::Data) {
         return ready;
     }
-    wrb::CReplyPipe& pipe = m_instances[instance];
+    wrb::ReplyPipe& pipe = m_instances[instance];
     ReadResult result = pipe.Read(buffer, length);
     if (result == ReadResult::Pending) {
         if (!waited) {

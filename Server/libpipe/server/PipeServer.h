@@ -57,7 +57,7 @@ class CPipeServer {
     bool DisconnectAndReconnect(uint32_t instance, DWORD* clientPid = nullptr);
 
   private:
-    using ReadResult = wrb::CReplyPipe::ReadResult;
+    using ReadResult = wrb::ReplyPipe::ReadResult;
     using GetClientPid = BOOL WINAPI(HANDLE pipe, ULONG* pid);
 
     static constexpr uint32_t kMostInstances = 255;
@@ -68,8 +68,8 @@ class CPipeServer {
 
     bool InitialOpen(const wchar_t* name, HANDLE userObject);
     void OwnUserObject(HANDLE object);
-    bool InitialInstance(wrb::CReplyPipe& instance, uint32_t count, SECURITY_ATTRIBUTES* securityAttributes);
-    wrb::CFileHandle CreatePipeInstance(uint32_t count, SECURITY_ATTRIBUTES* securityAttributes) const;
+    bool InitialInstance(wrb::ReplyPipe& instance, uint32_t count, SECURITY_ATTRIBUTES* securityAttributes);
+    wrb::FileHandle CreatePipeInstance(uint32_t count, SECURITY_ATTRIBUTES* securityAttributes) const;
 
     template <typename String>
     bool Fetch(String& out, DWORD* clientPid, const wchar_t* appendFailure);
@@ -82,16 +82,16 @@ class CPipeServer {
     bool WasUserObjectSignalled() const;
     DWORD QueryClientPid(HANDLE pipe) const;
 
-    wrb::CModuleHandle m_kernel32;
+    wrb::ModuleHandle m_kernel32;
     GetClientPid* m_getClientPid = nullptr;  // null where the system lacks it
-    wrb::CReceiveBuffer m_buffer;
+    wrb::ReceiveBuffer m_buffer;
     wchar_t m_path[kPathCharacters] = {};
     uint32_t m_timeoutSeconds = 0;
-    wrb::CKernelHandle m_ownedUserObject;  // when the server made the object itself
+    wrb::KernelHandle m_ownedUserObject;  // when the server made the object itself
     HANDLE m_userObject = nullptr;
     uint32_t m_instanceCount = 0;
     std::unique_ptr<HANDLE[]> m_waitHandles;  // the user-defined object, then the instances' events
-    std::unique_ptr<wrb::CReplyPipe[]> m_instances;
+    std::unique_ptr<wrb::ReplyPipe[]> m_instances;
 };
 
 // Opens the reply pipe on `server`, then sends the request: the pipe stands before the service can answer. The caller

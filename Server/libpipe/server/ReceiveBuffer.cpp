@@ -7,16 +7,16 @@
 namespace wrb {
 namespace {
 
-class CSpareBlocks {
+class SpareBlocks {
   public:
-    constexpr CSpareBlocks() = default;
-    ~CSpareBlocks() {
+    constexpr SpareBlocks() = default;
+    ~SpareBlocks() {
         while (uint8_t* const block = Take()) {
             delete[] block;
         }
     }
-    CSpareBlocks(const CSpareBlocks&) = delete;
-    CSpareBlocks& operator=(const CSpareBlocks&) = delete;
+    SpareBlocks(const SpareBlocks&) = delete;
+    SpareBlocks& operator=(const SpareBlocks&) = delete;
 
     uint8_t* Take() noexcept {
         for (std::atomic<uint8_t*>& slot : m_slots) {
@@ -42,17 +42,17 @@ class CSpareBlocks {
     std::array<std::atomic<uint8_t*>, kMostKept> m_slots{};
 };
 
-constinit CSpareBlocks spareBlocks;
+constinit SpareBlocks spareBlocks;
 
 }  // namespace
 
-CReceiveBuffer::CReceiveBuffer() noexcept : m_bytes(spareBlocks.Take()) {
+ReceiveBuffer::ReceiveBuffer() noexcept : m_bytes(spareBlocks.Take()) {
     if (m_bytes == nullptr) {
         m_bytes = new (std::nothrow) uint8_t[kBytes];
     }
 }
 
-CReceiveBuffer::~CReceiveBuffer() {
+ReceiveBuffer::~ReceiveBuffer() {
     if (m_bytes != nullptr && !spareBlocks.Keep(m_bytes)) {
         delete[] m_bytes;
     }

@@ -9,14 +9,14 @@ namespace wrb {
 // 512000 bytes, not cleared. A server is made for every request, and getting so large a block from the system and
 // giving it back costs as much as a write to a pipe: a few blocks are kept for the next servers, up to one for each of
 // as many threads. Objects belong to one thread at a time; the blocks that are kept are shared without a lock.
-class CReceiveBuffer {
+class ReceiveBuffer {
   public:
     static constexpr uint32_t kBytes = 512000;
 
-    CReceiveBuffer() noexcept;
-    ~CReceiveBuffer();
-    CReceiveBuffer(const CReceiveBuffer&) = delete;
-    CReceiveBuffer& operator=(const CReceiveBuffer&) = delete;
+    ReceiveBuffer() noexcept;
+    ~ReceiveBuffer();
+    ReceiveBuffer(const ReceiveBuffer&) = delete;
+    ReceiveBuffer& operator=(const ReceiveBuffer&) = delete;
 
     // Null when memory is exhausted.
     uint8_t* Get() const noexcept { return m_bytes; }

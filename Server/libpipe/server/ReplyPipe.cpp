@@ -2,14 +2,14 @@
 
 namespace wrb {
 
-bool CReplyPipe::CreateEventObject() {
-    m_event = CKernelHandle(CreateEventW(nullptr, TRUE, TRUE, nullptr));
+bool ReplyPipe::CreateEventObject() {
+    m_event = KernelHandle(CreateEventW(nullptr, TRUE, TRUE, nullptr));
     m_overlapped = {};
     m_overlapped.hEvent = m_event.Get();
     return static_cast<bool>(m_event);
 }
 
-bool CReplyPipe::ConnectToNewClient() {
+bool ReplyPipe::ConnectToNewClient() {
     EndPending();
     m_spent = false;
     if (ConnectNamedPipe(m_pipe.Get(), &m_overlapped)) {
@@ -31,7 +31,7 @@ bool CReplyPipe::ConnectToNewClient() {
     return true;
 }
 
-bool CReplyPipe::FinishConnect() {
+bool ReplyPipe::FinishConnect() {
     if (m_pending) {
         DWORD unused = 0;
         if (!GetOverlappedResult(m_pipe.Get(), &m_overlapped, &unused, FALSE)) {
@@ -44,7 +44,7 @@ bool CReplyPipe::FinishConnect() {
     return m_state == State::Reading;
 }
 
-CReplyPipe::ReadResult CReplyPipe::Read(void* buffer, DWORD& length) {
+ReplyPipe::ReadResult ReplyPipe::Read(void* buffer, DWORD& length) {
     const DWORD room = length;
     length = 0;
     if (ReadFile(m_pipe.Get(), buffer, room, &length, &m_overlapped)) {
@@ -61,7 +61,7 @@ CReplyPipe::ReadResult CReplyPipe::Read(void* buffer, DWORD& length) {
     }
 }
 
-CReplyPipe::ReadResult CReplyPipe::FinishRead(DWORD& length, HANDLE stop) {
+ReplyPipe::ReadResult ReplyPipe::FinishRead(DWORD& length, HANDLE stop) {
     const HANDLE handles[] = {stop, m_event.Get()};
     const DWORD wait = WaitForMultipleObjects(2, handles, FALSE, INFINITE);
     if (wait == WAIT_OBJECT_0 + 1) {
@@ -71,32 +71,32 @@ CReplyPipe::ReadResult CReplyPipe::FinishRead(DWORD& length, HANDLE stop) {
     return wait == WAIT_OBJECT_0 ? ReadResult::Cancelled : Ended();
 }
 
-CReplyPipe::ReadResult CReplyPipe::CollectRead(DWORD& length) {
+ReplyPipe::ReadResult ReplyPipe::CollectRead(DWORD& length) {
     if (GetOverlappedResult(m_pipe.Get(), &m_overlapped, &length, TRUE) || GetLastError() == ERROR_MORE_DATA) {
         return ReadResult::Data;
     }
     return Ended();
 }
 
-CReplyPipe::ReadResult CReplyPipe::Ended() noexcept {
+ReplyPipe::ReadResult ReplyPipe::Ended() noexcept {
     m_spent = true;
     return ReadResult::Ended;
 }
 
-void CReplyPipe::CancelAndWait() noexcept {
+void ReplyPipe::CancelAndWait() noexcept {
     DWORD unused = 0;
     CancelIoEx(m_pipe.Get(), &m_overlapped);  // fails when the operation has ended by itself: then the wait is short
     GetOverlappedResult(m_pipe.Get(), &m_overlapped, &unused, TRUE);
 }
 
-void CReplyPipe::EndPending() noexcept {
+void ReplyPipe::EndPending() noexcept {
     if (m_pending) {
         CancelAndWait();
         m_pending = false;
     }
 }
 
-void CReplyPipe::Close() noexcept {
+void ReplyPipe::Close() noexcept {
     EndPending();
     m_pipe.Reset();
     m_event.Reset();

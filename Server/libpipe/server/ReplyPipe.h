@@ -14,22 +14,22 @@ namespace wrb {
 //
 // Only a connect is ever left pending between calls; a read is always seen to its end. Nothing here logs: what fails
 // leaves its cause in GetLastError.
-class CReplyPipe {
+class ReplyPipe {
   public:
     enum class State : uint32_t { Connecting = 0, Reading = 1 };
     enum class ReadResult { Data, Ended, Pending, Cancelled };
 
-    CReplyPipe() = default;
-    ~CReplyPipe() { Close(); }
-    CReplyPipe(const CReplyPipe&) = delete;
-    CReplyPipe& operator=(const CReplyPipe&) = delete;
+    ReplyPipe() = default;
+    ~ReplyPipe() { Close(); }
+    ReplyPipe(const ReplyPipe&) = delete;
+    ReplyPipe& operator=(const ReplyPipe&) = delete;
 
     // Makes the event, which the system signals when the pending connect has a client. It starts signalled.
     bool CreateEventObject();
     HANDLE Event() const noexcept { return m_event.Get(); }
 
     HANDLE Pipe() const noexcept { return m_pipe.Get(); }
-    void Attach(CFileHandle pipe) noexcept { m_pipe = std::move(pipe); }
+    void Attach(FileHandle pipe) noexcept { m_pipe = std::move(pipe); }
 
     // Starts to wait for the next client, or finds that one has come already: then the event is signalled.
     bool ConnectToNewClient();
@@ -61,8 +61,8 @@ class CReplyPipe {
     void EndPending() noexcept;
 
     OVERLAPPED m_overlapped{};
-    CKernelHandle m_event;
-    CFileHandle m_pipe;
+    KernelHandle m_event;
+    FileHandle m_pipe;
     State m_state = State::Connecting;
     bool m_pending = false;
     bool m_spent = false;

@@ -2,7 +2,7 @@
 
 #include "DebugLog.h"
 
-bool CreateSecurityAttributesWithoutACLs(wrb::tagOpenSecurity& security) {
+bool CreateSecurityAttributesWithoutACLs(wrb::OpenSecurity& security) {
     const wchar_t* const failedCall = wrb::InitOpenSecurity(security, false);
     if (failedCall != nullptr) {
         WRB_LOG(kLogError, L"[CreateSecurityAttributesWithoutACLs] %s failed! err=%d", failedCall, GetLastError());

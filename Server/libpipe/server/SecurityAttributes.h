@@ -6,4 +6,4 @@
 // Fills `security` with a present but null access-control list: a service that runs under another account must be able
 // to connect back to a reply pipe, so every local account may. Remote clients are refused by the pipe itself. Logs the
 // failing step and returns false.
-bool CreateSecurityAttributesWithoutACLs(wrb::tagOpenSecurity& security);
+bool CreateSecurityAttributesWithoutACLs(wrb::OpenSecurity& security);

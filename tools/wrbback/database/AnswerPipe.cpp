@@ -10,9 +10,9 @@ namespace {
 
 constexpr std::size_t kPathCharacters = 260;
 
-class CDeadline {
+class Deadline {
   public:
-    explicit CDeadline(uint32_t milliseconds) : m_end(GetTickCount64() + milliseconds) {}
+    explicit Deadline(uint32_t milliseconds) : m_end(GetTickCount64() + milliseconds) {}
     DWORD Left(uint32_t atMost) const {
         const ULONGLONG now = GetTickCount64();
         return now >= m_end ? 0 : static_cast<DWORD>(std::min<ULONGLONG>(m_end - now, atMost));
@@ -22,8 +22,8 @@ class CDeadline {
     ULONGLONG m_end;
 };
 
-DWORD Open(const wchar_t* path, uint32_t milliseconds, CFileHandle& pipe) {
-    const CDeadline deadline(milliseconds);
+DWORD Open(const wchar_t* path, uint32_t milliseconds, FileHandle& pipe) {
+    const Deadline deadline(milliseconds);
     for (;;) {
         // The requester may learn who we are, but cannot act in our name.
         constexpr DWORD kFlags = FILE_FLAG_OVERLAPPED | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
@@ -73,12 +73,12 @@ DWORD WriteAnswer(const std::wstring& pipeName, std::span<const uint8_t> answer,
     if (!FormatPipePath(path, kPathCharacters, pipeName.c_str()) || !StaysInPipeNamespace(pipeName.c_str())) {
         return ERROR_INVALID_NAME;
     }
-    CFileHandle pipe;
+    FileHandle pipe;
     if (const DWORD error = Open(path, limits.connectMilliseconds, pipe); error != 0) {
         return error;
     }
-    const CDeadline deadline(limits.totalMilliseconds);
-    const CKernelHandle event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const Deadline deadline(limits.totalMilliseconds);
+    const KernelHandle event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     if (!event) {
         return GetLastError();
     }

@@ -44,34 +44,34 @@ PipeListenerOptions ListenerOptions(std::function<void(PipeDrop, std::size_t, ui
 
 }  // namespace
 
-CDbServer::CDbServer(DbServerOptions options)
+DbServer::DbServer(DbServerOptions options)
     : m_options(std::move(options)),
       m_writer(OpenStore(m_options.database)),
       m_readers(m_options.database, m_options.workers),
       m_listener(
           ListenerOptions([this](PipeDrop reason, std::size_t bytes, uint32_t pid) { NoteDrop(reason, bytes, pid); }),
-          CPipeListener::InOrder{m_options.workers, [this](const std::string& message, const CPipePeer& peer) {
-                                     return Accept(message, peer);
-                                 }}) {
+          PipeListener::InOrder{m_options.workers, [this](const std::string& message, const PipePeer& peer) {
+                                    return Accept(message, peer);
+                                }}) {
     VerifyStore(*m_writer, m_options.database);
 }
 
-DbServerCounters CDbServer::Counters() const {
+DbServerCounters DbServer::Counters() const {
     return {m_reads, m_writes, m_badRequests + m_listener.Counters().dropped, m_failed};
 }
 
-void CDbServer::NoteDrop(PipeDrop reason, std::size_t bytes, uint32_t pid) {
+void DbServer::NoteDrop(PipeDrop reason, std::size_t bytes, uint32_t pid) {
     m_options.note(FormatWide(L"database server: a request of process %u is dropped after %u bytes: %s", pid,
                               static_cast<unsigned>(bytes), PipeDropText(reason)));
 }
 
-Job CDbServer::Refuse(const std::string& from, const std::wstring& why) {
+Job DbServer::Refuse(const std::string& from, const std::wstring& why) {
     ++m_badRequests;
     m_options.note(L"database server: refused a request of " + Utf8ToWide(from) + L": " + why);
     return {};
 }
 
-Job CDbServer::Accept(const std::string& message, const CPipePeer& peer) {
+Job DbServer::Accept(const std::string& message, const PipePeer& peer) {
     std::span<const uint8_t> request(reinterpret_cast<const uint8_t*>(message.data()), message.size());
     const std::string from = "process " + std::to_string(peer.Pid());
     CDbApiHeaderContent header;
@@ -83,7 +83,7 @@ Job CDbServer::Accept(const std::string& message, const CPipePeer& peer) {
     return serialized ? AcceptSerialized(request, from) : AcceptText(request, from);
 }
 
-Job CDbServer::AcceptText(std::span<const uint8_t> bytes, const std::string& from) {
+Job DbServer::AcceptText(std::span<const uint8_t> bytes, const std::string& from) {
     if (bytes.empty() || bytes.size() % sizeof(wchar_t) != 0) {
         return Refuse(from, L"not a text");
     }
@@ -110,25 +110,25 @@ Job CDbServer::AcceptText(std::span<const uint8_t> bytes, const std::string& fro
     return [this, command = *command, request, replyPipe]() mutable { AnswerText(command, request, replyPipe); };
 }
 
-void CDbServer::Write(DbCommand command, CCmdProtocol& request, const std::string& from) {
+void DbServer::Write(DbCommand command, CCmdProtocol& request, const std::string& from) {
     const wchar_t* name = DescribeDbCommand(command).name;
     try {
         if (RunTextCommand(*m_writer, command, request) == 0) {
             m_options.note(FormatWide(L"database server: %s of %S changed nothing", name, from.c_str()));
         }
         ++m_writes;
-    } catch (const CSqliteError& error) {
+    } catch (const SqliteError& error) {
         ++m_failed;
         m_options.note(FormatWide(L"database server: %s failed: %s", name, Utf8ToWide(error.what()).c_str()));
     }
 }
 
-void CDbServer::AnswerText(DbCommand command, CCmdProtocol& request, const std::wstring& replyPipe) {
+void DbServer::AnswerText(DbCommand command, CCmdProtocol& request, const std::wstring& replyPipe) {
     std::optional<std::wstring> answer;
     try {
         answer = AnswerTextCommand(m_readers.Lend().Db(), command, request);
         ++m_reads;
-    } catch (const CSqliteError& error) {
+    } catch (const SqliteError& error) {
         ++m_failed;
         m_options.note(FormatWide(L"database server: %s failed: %s", DescribeDbCommand(command).name,
                                   Utf8ToWide(error.what()).c_str()));
@@ -136,7 +136,7 @@ void CDbServer::AnswerText(DbCommand command, CCmdProtocol& request, const std::
     Reply(replyPipe, BytesOf(answer.value_or(std::wstring())));
 }
 
-Job CDbServer::AcceptSerialized(std::span<const uint8_t> bytes, const std::string& from) {
+Job DbServer::AcceptSerialized(std::span<const uint8_t> bytes, const std::string& from) {
     const auto message = std::make_shared<CMsgSerializer>();
     std::wstring uid;
     try {
@@ -154,7 +154,7 @@ Job CDbServer::AcceptSerialized(std::span<const uint8_t> bytes, const std::strin
     return [this, command = *command, uid, message] { AnswerSerialized(command, uid, *message); };
 }
 
-void CDbServer::AnswerSerialized(DbCommand command, const std::wstring& uid, CMsgSerializer& message) {
+void DbServer::AnswerSerialized(DbCommand command, const std::wstring& uid, CMsgSerializer& message) {
     const std::wstring replyPipe = message.Id();
     message.Reset();  // the answer has the request's name and id
     bool known = false;
@@ -172,7 +172,7 @@ void CDbServer::AnswerSerialized(DbCommand command, const std::wstring& uid, CMs
     }
 }
 
-bool CDbServer::Reply(const std::wstring& replyPipe, std::span<const uint8_t> answer) {
+bool DbServer::Reply(const std::wstring& replyPipe, std::span<const uint8_t> answer) {
     const DWORD error = WriteAnswer(replyPipe, answer, m_options.answer);
     if (error != 0) {
         ++m_failed;

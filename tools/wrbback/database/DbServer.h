@@ -39,10 +39,10 @@ struct DbServerCounters {
     uint64_t failed = 0;       // the database refused, or the answer could not be delivered
 };
 
-class CDbServer {
+class DbServer {
   public:
-    // Opens the database; throws CSqliteError, see Store.h.
-    explicit CDbServer(DbServerOptions options);
+    // Opens the database; throws SqliteError, see Store.h.
+    explicit DbServer(DbServerOptions options);
 
     // False: GetLastError tells; ERROR_ALREADY_EXISTS means that another database server runs.
     bool Start() { return m_listener.Start(); }
@@ -53,7 +53,7 @@ class CDbServer {
     DbServerCounters Counters() const;
 
   private:
-    Job Accept(const std::string& message, const CPipePeer& peer);
+    Job Accept(const std::string& message, const PipePeer& peer);
     Job AcceptText(std::span<const uint8_t> request, const std::string& from);
     Job AcceptSerialized(std::span<const uint8_t> request, const std::string& from);
     void Write(DbCommand command, CCmdProtocol& request, const std::string& from);
@@ -64,13 +64,13 @@ class CDbServer {
     void NoteDrop(PipeDrop reason, std::size_t bytes, uint32_t pid);
 
     const DbServerOptions m_options;
-    std::unique_ptr<CSqliteDb> m_writer;  // of the reading thread
-    CStorePool m_readers;
+    std::unique_ptr<SqliteDb> m_writer;  // of the reading thread
+    StorePool m_readers;
     std::atomic<uint64_t> m_reads{0};
     std::atomic<uint64_t> m_writes{0};
     std::atomic<uint64_t> m_badRequests{0};
     std::atomic<uint64_t> m_failed{0};
-    CPipeListener m_listener;  // last: its threads use what stands above
+    PipeListener m_listener;  // last: its threads use what stands above
 };
 
 }  // namespace wrb

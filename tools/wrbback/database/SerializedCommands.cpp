@@ -13,22 +13,22 @@ namespace {
 
 static_assert(kScanTypeCount == kScanTypes.size());
 
-tagClnAllScanCfgEx ListsOf(const StoredScans& scans) {
-    tagClnAllScanCfgEx lists;
+AllScanLists ListsOf(const StoredScans& scans) {
+    AllScanLists lists;
     for (std::size_t i = 0; i < scans.size(); ++i) {
-        const tagScanGroupValues& values = scans[i].values;
+        const ScanGroupValues& values = scans[i].values;
         lists.scans[i] = {values.excludedFolder, values.excludedFile, values.excludedExt,
                           kScanTypes[i] == ScanType::RT ? std::wstring() : values.excludeFileExtList};
     }
     return lists;
 }
 
-bool AnswerAllScanCfg(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
-    const std::optional<tagAgentScans> agent = ReadScans(db, uid);
+bool AnswerAllScanCfg(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
+    const std::optional<AgentScans> agent = ReadScans(db, uid);
     if (!agent) {
         return false;
     }
-    tagClnAllScanCfg cfg;
+    AllScanConfig cfg;
     cfg.hasConfig = agent->scans.has_value();
     if (agent->scans) {
         cfg.hasExtra = ListsOf(*agent->scans).HasText();
@@ -41,8 +41,8 @@ bool AnswerAllScanCfg(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& an
     return true;
 }
 
-bool AnswerAllScanEx(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
-    const std::optional<tagAgentScans> agent = ReadScans(db, uid);
+bool AnswerAllScanEx(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
+    const std::optional<AgentScans> agent = ReadScans(db, uid);
     if (!agent) {
         return false;
     }
@@ -50,13 +50,13 @@ bool AnswerAllScanEx(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& ans
     return true;
 }
 
-bool AnswerCustomBm(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
-    CSqliteStatement read = db.Use(
+bool AnswerCustomBm(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
+    SqliteStatement read = db.Use(
         "SELECT policy_id, action, enable FROM agent LEFT JOIN behaviour_policy USING (uid) WHERE agent.uid = :uid "
         "ORDER BY position");
     read.Bind(":uid", uid);
     bool known = false;
-    tagVEXORCustomBmCfg cfg;
+    CustomBmConfig cfg;
     while (read.Step()) {
         known = true;
         if (!read.IsNull(0)) {
@@ -74,7 +74,7 @@ bool AnswerCustomBm(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& answ
 
 // One record; zeros for an agent without one.
 template <typename Values>
-bool AnswerBundle(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
+bool AnswerBundle(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
     const auto rows = ReadBundle<Values>(db, uid);
     if (rows) {
         answer << SettingRecord<Values>(rows->empty() ? Values() : rows->front());
@@ -83,7 +83,7 @@ bool AnswerBundle(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& answer
 }
 
 template <typename Values>
-bool AnswerBundleList(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
+bool AnswerBundleList(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
     const auto rows = ReadBundle<Values>(db, uid);
     if (rows) {
         answer << std::vector<SettingRecord<Values>>(rows->begin(), rows->end());
@@ -93,22 +93,22 @@ bool AnswerBundleList(CSqliteDb& db, const std::wstring& uid, CMsgSerializer& an
 
 constexpr struct {
     DbCommand command;
-    bool (*answer)(CSqliteDb&, const std::wstring&, CMsgSerializer&);
+    bool (*answer)(SqliteDb&, const std::wstring&, CMsgSerializer&);
 } kRows[] = {
     {DbCommand::ClientGetAllScanCfg, AnswerAllScanCfg},
     {DbCommand::ClientGetAllScanEx, AnswerAllScanEx},
     {DbCommand::GetVexorCustomBmCfg, AnswerCustomBm},
-    {DbCommand::GetClientWcsCfg, AnswerBundle<tagWtpValues>},
-    {DbCommand::GetFARestoreItem, AnswerBundleList<tagFARestoreValues>},
-    {DbCommand::GetClientNcieCfg, AnswerBundle<tagNcieValues>},
-    {DbCommand::GetSablexCfg, AnswerBundle<tagSablexValues>},
-    {DbCommand::GetAggrScanCfg, AnswerBundle<tagAggrScanValues>},
-    {DbCommand::GetPolicyTrackingInfo, AnswerBundleList<tagPolicyTrackingValues>},
+    {DbCommand::GetClientWcsCfg, AnswerBundle<WtpValues>},
+    {DbCommand::GetFARestoreItem, AnswerBundleList<FARestoreValues>},
+    {DbCommand::GetClientNcieCfg, AnswerBundle<NcieValues>},
+    {DbCommand::GetSablexCfg, AnswerBundle<SablexValues>},
+    {DbCommand::GetAggrScanCfg, AnswerBundle<AggrScanValues>},
+    {DbCommand::GetPolicyTrackingInfo, AnswerBundleList<PolicyTrackingValues>},
 };
 
 }  // namespace
 
-bool AnswerSerializedCommand(CSqliteDb& db, DbCommand command, const std::wstring& uid, CMsgSerializer& answer) {
+bool AnswerSerializedCommand(SqliteDb& db, DbCommand command, const std::wstring& uid, CMsgSerializer& answer) {
     for (const auto& row : kRows) {
         if (row.command == command) {
             return row.answer(db, uid, answer);

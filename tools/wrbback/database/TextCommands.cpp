@@ -80,11 +80,11 @@ std::optional<Call> Resolve(DbCommand command, const CCmdProtocol& request) {
     return std::nullopt;
 }
 
-CSqliteStatement Prepare(CSqliteDb& db, const Call& call) {
+SqliteStatement Prepare(SqliteDb& db, const Call& call) {
     return db.Use(std::string(call.row->sql) + call.row->where);
 }
 
-void BindAll(CSqliteStatement& statement, const Call& call) {
+void BindAll(SqliteStatement& statement, const Call& call) {
     statement.Bind("@type", static_cast<int64_t>(call.type));
     for (const Field& field : call.fields) {
         switch (field.name[0]) {
@@ -103,16 +103,16 @@ void BindAll(CSqliteStatement& statement, const Call& call) {
     }
 }
 
-int64_t Run(CSqliteDb& db, const Call& call) {
-    CSqliteStatement statement = Prepare(db, call);
+int64_t Run(SqliteDb& db, const Call& call) {
+    SqliteStatement statement = Prepare(db, call);
     BindAll(statement, call);
     statement.Run();
     return db.Changes();
 }
 
 // False when there is no such agent, or it has a configuration already.
-bool GiveConfiguration(CSqliteDb& db, const std::wstring& uid) {
-    const std::optional<tagAgentScans> agent = ReadScans(db, uid);
+bool GiveConfiguration(SqliteDb& db, const std::wstring& uid) {
+    const std::optional<AgentScans> agent = ReadScans(db, uid);
     if (!agent || agent->scans) {
         return false;
     }
@@ -124,12 +124,12 @@ bool GiveConfiguration(CSqliteDb& db, const std::wstring& uid) {
 
 }  // namespace
 
-std::optional<std::wstring> AnswerTextCommand(CSqliteDb& db, DbCommand command, CCmdProtocol& request) {
+std::optional<std::wstring> AnswerTextCommand(SqliteDb& db, DbCommand command, CCmdProtocol& request) {
     const std::optional<Call> call = Resolve(command, request);
     if (!call) {
         return std::nullopt;
     }
-    CSqliteStatement statement = Prepare(db, *call);
+    SqliteStatement statement = Prepare(db, *call);
     BindAll(statement, *call);
     std::optional<std::wstring> answer;
     while (statement.Step()) {
@@ -147,12 +147,12 @@ std::optional<std::wstring> AnswerTextCommand(CSqliteDb& db, DbCommand command, 
     return answer;
 }
 
-int64_t RunTextCommand(CSqliteDb& db, DbCommand command, CCmdProtocol& request) {
+int64_t RunTextCommand(SqliteDb& db, DbCommand command, CCmdProtocol& request) {
     const std::optional<Call> call = Resolve(command, request);
     if (!call) {
         return 0;
     }
-    CSqliteTransaction transaction(db);
+    SqliteTransaction transaction(db);
     int64_t changed = Run(db, *call);
     const std::wstring* uid = Find(call->fields, ":uid");
     if (changed == 0 && call->row->scan != ScanOf::None && uid != nullptr && GiveConfiguration(db, *uid)) {

@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kNumberDigits = 6;
 constexpr uint64_t kSpaceCheckBytes = 64 * 1024;
 
-tagDiskSpace DiskSpaceOf(const std::wstring& folder) {
+DiskSpace DiskSpaceOf(const std::wstring& folder) {
     ULARGE_INTEGER available{};
     ULARGE_INTEGER total{};
     if (!GetDiskFreeSpaceExW(folder.c_str(), &available, &total, nullptr)) {
@@ -64,20 +64,20 @@ std::vector<uint64_t> FinishedNumbers(const LogFileOptions& options) {
 
 }  // namespace
 
-CLogFiles::CLogFiles(LogFileOptions options) : m_options(Complete(std::move(options))) {}
+LogFiles::LogFiles(LogFileOptions options) : m_options(Complete(std::move(options))) {}
 
-std::wstring CLogFiles::CurrentPath() const {
+std::wstring LogFiles::CurrentPath() const {
     return m_options.folder + m_options.name + L".log";
 }
 
-std::wstring CLogFiles::FinishedPath(uint64_t number) const {
+std::wstring LogFiles::FinishedPath(uint64_t number) const {
     std::wstring digits = std::to_wstring(number);
     digits.insert(0, kNumberDigits - std::min(kNumberDigits, digits.size()), L'0');
     return m_options.folder + m_options.name + L"." + digits + L".log";
 }
 
-LogWriteResult CLogFiles::Write(std::string_view line) {
-    const CExclusiveGuard guard(m_lock);
+LogWriteResult LogFiles::Write(std::string_view line) {
+    const ExclusiveGuard guard(m_lock);
     if (!m_file && !Open()) {
         return LogWriteResult::Failed;
     }
@@ -99,17 +99,17 @@ LogWriteResult CLogFiles::Write(std::string_view line) {
 }
 
 // Asked now and then: once there was too little it is asked for each line, so that writing goes on as soon as it can.
-bool CLogFiles::HasSpace() {
+bool LogFiles::HasSpace() {
     if (m_hasSpace && m_sinceSpaceCheck < kSpaceCheckBytes) {
         return true;
     }
-    const tagDiskSpace space = m_options.diskSpace(m_options.folder);
+    const DiskSpace space = m_options.diskSpace(m_options.folder);
     m_sinceSpaceCheck = 0;
     m_hasSpace = space.available >= std::max(m_options.reserveBytes, space.total / 100 * m_options.reservePercent);
     return m_hasSpace;
 }
 
-bool CLogFiles::Open() {
+bool LogFiles::Open() {
     std::error_code error;
     std::filesystem::create_directories(m_options.folder, error);
     m_file.Reset(CreateFileW(CurrentPath().c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
@@ -126,7 +126,7 @@ bool CLogFiles::Open() {
 }
 
 // When the file cannot be renamed it goes on growing: a log that is too long is better than none.
-void CLogFiles::Split() {
+void LogFiles::Split() {
     m_file.Reset();
     std::vector<uint64_t> numbers = FinishedNumbers(m_options);
     std::ranges::sort(numbers);

@@ -23,26 +23,26 @@
 
 namespace wrb {
 
-struct tagDiskSpace {
+struct DiskSpace {
     uint64_t available = 0;  // bytes
     uint64_t total = 0;
 };
 
 struct LogFileOptions {
     std::wstring folder = L".\\Log\\";
-    std::wstring name = L"wrbdebug";        // of the files, without number and extension
-    uint64_t splitBytes = 104'857'600;      // 0: no limit
-    unsigned maxFiles = 10;                 // with the current one; 0: no limit
-    unsigned reservePercent = 1;            // of the disk, and
-    uint64_t reserveBytes = 20'480 * 1024;  // in bytes: what must stay free; the larger counts
-    std::function<tagDiskSpace(const std::wstring& folder)> diskSpace;  // empty: the system's
+    std::wstring name = L"wrbdebug";                                 // of the files, without number and extension
+    uint64_t splitBytes = 104'857'600;                               // 0: no limit
+    unsigned maxFiles = 10;                                          // with the current one; 0: no limit
+    unsigned reservePercent = 1;                                     // of the disk, and
+    uint64_t reserveBytes = 20'480 * 1024;                           // in bytes: what must stay free; the larger counts
+    std::function<DiskSpace(const std::wstring& folder)> diskSpace;  // empty: the system's
 };
 
 enum class LogWriteResult { Written, NoSpace, Failed };  // Failed: GetLastError tells
 
-class CLogFiles {
+class LogFiles {
   public:
-    explicit CLogFiles(LogFileOptions options);
+    explicit LogFiles(LogFileOptions options);
 
     LogWriteResult Write(std::string_view line);
 
@@ -55,7 +55,7 @@ class CLogFiles {
 
     const LogFileOptions m_options;
     CWrbSRWLock m_lock;
-    CFileHandle m_file WRB_GUARDED_BY(m_lock);
+    FileHandle m_file WRB_GUARDED_BY(m_lock);
     uint64_t m_size WRB_GUARDED_BY(m_lock) = 0;
     uint64_t m_sinceSpaceCheck WRB_GUARDED_BY(m_lock) = 0;  // bytes
     bool m_hasSpace WRB_GUARDED_BY(m_lock) = false;

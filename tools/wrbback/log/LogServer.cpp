@@ -30,7 +30,7 @@ PipeListenerOptions ListenerOptions(std::function<void(PipeDrop, std::size_t, ui
 
 }  // namespace
 
-CLogServer::CLogServer(const LogSettings& settings, Note note)
+LogServer::LogServer(const LogSettings& settings, Note note)
     : m_settings(settings),
       m_note(std::move(note)),
       m_files(settings.files),
@@ -38,26 +38,26 @@ CLogServer::CLogServer(const LogSettings& settings, Note note)
                      m_note(FormatWide(L"log service: a message of process %u is dropped after %u bytes: %s", pid,
                                        static_cast<unsigned>(bytes), PipeDropText(reason)));
                  }),
-                 CPipeListener::InOrder{0, [this](const std::string& message, const CPipePeer& peer) {
-                                            Accept(message, peer);
-                                            return Job();
-                                        }}) {}
+                 PipeListener::InOrder{0, [this](const std::string& message, const PipePeer& peer) {
+                                           Accept(message, peer);
+                                           return Job();
+                                       }}) {}
 
-bool CLogServer::Start() {
+bool LogServer::Start() {
     if (!m_listener.Start()) {
         return false;
     }
-    if (!CLogFilter::Shared().Set(FilterWordOf(m_settings))) {
+    if (!LogFilter::Shared().Set(FilterWordOf(m_settings))) {
         m_note(L"log service: the filter word cannot be shared; every line will be sent");
     }
     return true;
 }
 
-LogServerCounters CLogServer::Counters() const {
+LogServerCounters LogServer::Counters() const {
     return {m_lines, m_badMessages + m_listener.Counters().dropped, m_lost};
 }
 
-void CLogServer::Accept(const std::string& message, const CPipePeer& peer) {
+void LogServer::Accept(const std::string& message, const PipePeer& peer) {
     std::wstring text(message.size() / sizeof(wchar_t), L'\0');
     std::memcpy(text.data(), message.data(), text.size() * sizeof(wchar_t));
     text.resize(std::min(text.size(), text.find(L'\0')));
@@ -65,7 +65,7 @@ void CLogServer::Accept(const std::string& message, const CPipePeer& peer) {
     const std::wstring_view command = std::wstring_view(text).substr(0, end);
     const std::wstring_view fields = std::wstring_view(text).substr(std::min(text.size(), end + 1));
     if (command == kLogWriteCommand) {
-        if (const std::optional<tagReceivedLine> line = ParseLogLine(fields)) {
+        if (const std::optional<ReceivedLine> line = ParseLogLine(fields)) {
             WriteLine(*line);
             return;
         }
@@ -78,12 +78,12 @@ void CLogServer::Accept(const std::string& message, const CPipePeer& peer) {
            VisibleText(std::wstring_view(text).substr(0, kShownCharacters)));
 }
 
-void CLogServer::SetLevel(const std::wstring& level) {
-    const bool shared = CLogFilter::Shared().Set(*ParseLogLevel(level));
+void LogServer::SetLevel(const std::wstring& level) {
+    const bool shared = LogFilter::Shared().Set(*ParseLogLevel(level));
     WriteOwn(L'N', (shared ? L"the log level is now " : L"the log level cannot be set to ") + level);
 }
 
-void CLogServer::WriteOwn(wchar_t level, std::wstring_view text) {
+void LogServer::WriteOwn(wchar_t level, std::wstring_view text) {
     WriteLine({.seconds = std::time(nullptr),
                .process = GetCurrentProcessId(),
                .thread = GetCurrentThreadId(),
@@ -93,7 +93,7 @@ void CLogServer::WriteOwn(wchar_t level, std::wstring_view text) {
                .text = L"[WRBBACK][wrbback.exe]" + std::wstring(text)});
 }
 
-void CLogServer::WriteLine(const tagReceivedLine& line) {
+void LogServer::WriteLine(const ReceivedLine& line) {
     if (!m_settings.enabled) {
         return;
     }

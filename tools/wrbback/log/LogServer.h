@@ -15,7 +15,7 @@
 
 namespace wrb {
 
-struct tagReceivedLine;
+struct ReceivedLine;
 
 struct LogServerCounters {
     uint64_t lines = 0;        // written
@@ -23,11 +23,11 @@ struct LogServerCounters {
     uint64_t lost = 0;         // lines that could not be written
 };
 
-class CLogServer {
+class LogServer {
   public:
     using Note = std::function<void(const std::wstring&)>;
 
-    CLogServer(const LogSettings& settings, Note note);
+    LogServer(const LogSettings& settings, Note note);
 
     // Sets the filter word and serves. False: GetLastError tells; ERROR_ALREADY_EXISTS means that another log service
     // runs.
@@ -40,17 +40,17 @@ class CLogServer {
     LogServerCounters Counters() const;
 
   private:
-    void Accept(const std::string& message, const CPipePeer& peer);
+    void Accept(const std::string& message, const PipePeer& peer);
     void SetLevel(const std::wstring& level);
-    void WriteLine(const tagReceivedLine& line);
+    void WriteLine(const ReceivedLine& line);
 
     const LogSettings m_settings;
     const Note m_note;
-    CLogFiles m_files;
+    LogFiles m_files;
     std::atomic<uint64_t> m_lines{0};
     std::atomic<uint64_t> m_badMessages{0};
     std::atomic<uint64_t> m_lost{0};
-    CPipeListener m_listener;  // last: its thread uses what stands above
+    PipeListener m_listener;  // last: its thread uses what stands above
 };
 
 }  // namespace wrb

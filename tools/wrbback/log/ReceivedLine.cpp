@@ -45,7 +45,7 @@ std::wstring ClassOf(uint32_t level) {
 
 }  // namespace
 
-std::optional<tagReceivedLine> ParseLogLine(std::wstring_view fields) {
+std::optional<ReceivedLine> ParseLogLine(std::wstring_view fields) {
     if (static_cast<std::size_t>(std::ranges::count(fields, L'\t')) < kFieldsBeforeText) {
         return std::nullopt;
     }
@@ -56,7 +56,7 @@ std::optional<tagReceivedLine> ParseLogLine(std::wstring_view fields) {
     }
     const std::wstring head(fields.substr(0, textStart - 1));
     CCmdProtocol reader(head.data(), static_cast<int64_t>(head.size() * sizeof(wchar_t)));
-    tagReceivedLine line;
+    ReceivedLine line;
     uint32_t seconds = 0;
     uint32_t number = 0;
     std::wstring process;
@@ -71,7 +71,7 @@ std::optional<tagReceivedLine> ParseLogLine(std::wstring_view fields) {
     return line;
 }
 
-std::string FormatLogLine(const tagReceivedLine& line) {
+std::string FormatLogLine(const ReceivedLine& line) {
     const std::time_t seconds = line.seconds;
     std::tm local{};
     if (localtime_s(&local, &seconds) != 0) {

@@ -8,7 +8,7 @@
 
 namespace wrb {
 
-struct tagReceivedLine {
+struct ReceivedLine {
     int64_t seconds = 0;   // since 1970-01-01 00:00 UTC
     uint32_t process = 0;  // id
     uint32_t thread = 0;   // id
@@ -20,7 +20,7 @@ struct tagReceivedLine {
 
 // Reads the fields of a "LOG_WRITE" message behind the command name; numbers that are none read as 0. The source file
 // is cut at 260 characters, the text at 8191. Nothing when fields are missing.
-std::optional<tagReceivedLine> ParseLogLine(std::wstring_view fields);
+std::optional<ReceivedLine> ParseLogLine(std::wstring_view fields);
 
 // The line in UTF-8, in local time, with its CR and LF:
 //
@@ -28,7 +28,7 @@ std::optional<tagReceivedLine> ParseLogLine(std::wstring_view fields);
 //
 // process and thread in hexadecimal, class one of F E W I D N, or the number of a level that has none. Texts are
 // made visible (VisibleText.h).
-std::string FormatLogLine(const tagReceivedLine& line);
+std::string FormatLogLine(const ReceivedLine& line);
 
 // The filter word for the level that a setting or a "LOG_SET_LEVEL" message names: F, E, W, I or D for lines of that
 // class and the weightier ones, "all" for no filter, "none" for no line but those that no filter can stop.

@@ -27,9 +27,9 @@ std::size_t WidthOf(const RecordColumn& column) {
     }
 }
 
-class CPiecewise {
+class Piecewise {
   public:
-    explicit CPiecewise(const ListingSink& print) : m_print(print) {}
+    explicit Piecewise(const ListingSink& print) : m_print(print) {}
 
     void Add(const std::string& text) {
         m_text += text;
@@ -48,12 +48,12 @@ class CPiecewise {
     std::string m_text;
 };
 
-using Visit = std::function<void(const CSqliteStatement& row)>;
+using Visit = std::function<void(const SqliteStatement& row)>;
 
-uint64_t ForEachRow(CSqliteDb& db, const RecordTable& table, uint64_t limit, const Visit& visit) {
+uint64_t ForEachRow(SqliteDb& db, const RecordTable& table, uint64_t limit, const Visit& visit) {
     const std::string latest =
         limit == 0 ? "" : std::string(" WHERE id > (SELECT max(id) FROM ") + table.name + ") - :limit";
-    CSqliteStatement select = db.Use(SelectSql(table) + latest + " ORDER BY id");
+    SqliteStatement select = db.Use(SelectSql(table) + latest + " ORDER BY id");
     select.Bind(":limit", static_cast<int64_t>(std::min<uint64_t>(limit, INT64_MAX)));
     uint64_t rows = 0;
     for (; select.Step(); ++rows) {
@@ -74,7 +74,7 @@ std::string Line(const RecordTable& table, const std::function<std::wstring(int 
     return WideToUtf8(line) + "\n";
 }
 
-Json::Value JsonRow(const RecordTable& table, const CSqliteStatement& row) {
+Json::Value JsonRow(const RecordTable& table, const SqliteStatement& row) {
     Json::Value value(Json::objectValue);
     for (std::size_t i = 0; i < table.columns.size(); ++i) {
         const int column = static_cast<int>(i);
@@ -86,10 +86,10 @@ Json::Value JsonRow(const RecordTable& table, const CSqliteStatement& row) {
 
 }  // namespace
 
-void ListAsText(CSqliteDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print) {
-    CPiecewise out(print);
+void ListAsText(SqliteDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print) {
+    Piecewise out(print);
     out.Add(Line(table, [&](int i) { return Utf8ToWide(table.columns[static_cast<std::size_t>(i)].name); }));
-    const uint64_t shown = ForEachRow(db, table, limit, [&](const CSqliteStatement& row) {
+    const uint64_t shown = ForEachRow(db, table, limit, [&](const SqliteStatement& row) {
         out.Add(Line(table, [&](int column) { return VisibleText(row.Text(column)); }));
     });
     const int64_t all = db.NumberOf((std::string("SELECT count(*) FROM ") + table.name).c_str());
@@ -97,13 +97,13 @@ void ListAsText(CSqliteDb& db, const RecordTable& table, uint64_t limit, const L
     out.Flush();
 }
 
-void ListAsJson(CSqliteDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print) {
+void ListAsJson(SqliteDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print) {
     Json::StreamWriterBuilder writer;
     writer["indentation"] = "";
     writer["emitUTF8"] = true;
-    CPiecewise out(print);
+    Piecewise out(print);
     const char* between = "[\n  ";
-    const uint64_t shown = ForEachRow(db, table, limit, [&](const CSqliteStatement& row) {
+    const uint64_t shown = ForEachRow(db, table, limit, [&](const SqliteStatement& row) {
         out.Add(between + Json::writeString(writer, JsonRow(table, row)));
         between = ",\n  ";
     });

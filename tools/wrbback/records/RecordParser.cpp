@@ -25,7 +25,7 @@ constexpr std::size_t kShownCharacters = 64;
 constexpr struct {
     const wchar_t* command;
     const RecordTable& table;
-    const tagLogTable& frame;
+    const LogTable& frame;
 } kLogCommands[] = {
     {kSendCfwLog, kCfwLogRecords, kCfwLogTable},
     {kSendRestoreLog, kRestoreLogRecords, kRestoreLogTable},
@@ -99,9 +99,9 @@ std::optional<RecordValue> ValueOf(const Json::Value& value) {
     }
 }
 
-tagRecord RecordOf(const RecordTable& table, const Json::Value& columns) {
+Record RecordOf(const RecordTable& table, const Json::Value& columns) {
     RequireMembers(columns, table.columns.size(), "\"COL\"");
-    tagRecord record{&table, {}};
+    Record record{&table, {}};
     for (const RecordColumn& column : table.columns) {
         std::optional<RecordValue> value = ValueOf(Member(columns, column.name));
         if (!value || !FitsColumn(column.kind, *value)) {
@@ -112,7 +112,7 @@ tagRecord RecordOf(const RecordTable& table, const Json::Value& columns) {
     return record;
 }
 
-tagRecord EventOf(const wchar_t* service, const std::wstring& name, const std::wstring& fields) {
+Record EventOf(const wchar_t* service, const std::wstring& name, const std::wstring& fields) {
     if (fields.size() > kLongestRecordText) {
         Refuse("the fields are too long");
     }
@@ -154,7 +154,7 @@ void CheckFields(std::wstring_view rest, std::string_view kinds) {
 
 }  // namespace
 
-tagRecord ParseLogPoolMessage(std::span<const uint8_t> bytes) {
+Record ParseLogPoolMessage(std::span<const uint8_t> bytes) {
     CMsgSerializer message;
     LoadReceivedMessage(bytes, message);
     for (const auto& [command, table, frame] : kLogCommands) {
@@ -175,7 +175,7 @@ tagRecord ParseLogPoolMessage(std::span<const uint8_t> bytes) {
     RefuseCommand(message.Name());
 }
 
-tagRecord ParseAgentEvent(std::span<const uint8_t> bytes) {
+Record ParseAgentEvent(std::span<const uint8_t> bytes) {
     const std::wstring text = ReceivedText(bytes);
     if (bytes.size() != (text.size() + 1) * sizeof(wchar_t)) {
         Refuse("not a text that ends with its NUL");
@@ -192,7 +192,7 @@ tagRecord ParseAgentEvent(std::span<const uint8_t> bytes) {
     RefuseCommand(name);
 }
 
-tagRecord ParseSpywareEvent(std::span<const uint8_t> bytes) {
+Record ParseSpywareEvent(std::span<const uint8_t> bytes) {
     CMsgSerializer message;
     LoadReceivedMessage(bytes, message);
     if (message.Name() != kWrbSpywareLogEvent) {

@@ -12,8 +12,8 @@
 
 namespace wrb {
 
-tagRecord ParseLogPoolMessage(std::span<const uint8_t> bytes);
-tagRecord ParseAgentEvent(std::span<const uint8_t> bytes);
-tagRecord ParseSpywareEvent(std::span<const uint8_t> bytes);
+Record ParseLogPoolMessage(std::span<const uint8_t> bytes);
+Record ParseAgentEvent(std::span<const uint8_t> bytes);
+Record ParseSpywareEvent(std::span<const uint8_t> bytes);
 
 }  // namespace wrb

@@ -17,19 +17,19 @@ constexpr std::size_t kMaxMessageBytes = 64 * 1024;  // the two long texts of a 
 
 }  // namespace
 
-struct CRecordServer::Service {
+struct RecordServer::Service {
     const wchar_t* pipe;
     const wchar_t* name;  // for people
-    tagRecord (*parse)(std::span<const uint8_t> bytes);
+    Record (*parse)(std::span<const uint8_t> bytes);
 };
 
-const CRecordServer::Service CRecordServer::kServices[] = {
+const RecordServer::Service RecordServer::kServices[] = {
     {kLogPoolPipe, L"log pool", ParseLogPoolMessage},
     {kQmAgentPipe, L"central-management agent", ParseAgentEvent},
     {kWrbServerPipe, L"agent-command service", ParseSpywareEvent},
 };
 
-CRecordServer::CRecordServer(RecordServerOptions options)
+RecordServer::RecordServer(RecordServerOptions options)
     : m_options(std::move(options)), m_writer(m_options.database, m_options.keep, m_options.note) {
     for (const Service& service : kServices) {
         PipeListenerOptions listener;
@@ -39,15 +39,15 @@ CRecordServer::CRecordServer(RecordServerOptions options)
         listener.onDrop = [this, &service](PipeDrop reason, std::size_t bytes, uint32_t pid) {
             NoteDrop(service, reason, bytes, pid);
         };
-        const auto accept = [this, &service](const std::string& message, const CPipePeer& peer) {
+        const auto accept = [this, &service](const std::string& message, const PipePeer& peer) {
             Accept(service, message, peer);
             return Job();
         };
-        m_listeners.push_back(std::make_unique<CPipeListener>(listener, CPipeListener::InOrder{0, accept}));
+        m_listeners.push_back(std::make_unique<PipeListener>(listener, PipeListener::InOrder{0, accept}));
     }
 }
 
-const wchar_t* CRecordServer::Start() {
+const wchar_t* RecordServer::Start() {
     for (std::size_t i = 0; i < m_listeners.size(); ++i) {
         if (!m_listeners[i]->Start()) {
             return kServices[i].pipe;
@@ -56,7 +56,7 @@ const wchar_t* CRecordServer::Start() {
     return nullptr;
 }
 
-void CRecordServer::Stop() {
+void RecordServer::Stop() {
     m_writer.Hurry();  // a reading thread may be waiting for it
     for (const auto& listener : m_listeners) {
         listener->Stop();
@@ -64,7 +64,7 @@ void CRecordServer::Stop() {
     m_writer.Finish();
 }
 
-RecordServerCounters CRecordServer::Counters() const {
+RecordServerCounters RecordServer::Counters() const {
     RecordServerCounters counters{m_writer.Stored(), m_badMessages, m_writer.Lost()};
     for (const auto& listener : m_listeners) {
         counters.badMessages += listener->Counters().dropped;
@@ -72,7 +72,7 @@ RecordServerCounters CRecordServer::Counters() const {
     return counters;
 }
 
-void CRecordServer::Accept(const Service& service, const std::string& message, const CPipePeer& peer) {
+void RecordServer::Accept(const Service& service, const std::string& message, const PipePeer& peer) {
     try {
         m_writer.Put(service.parse({reinterpret_cast<const uint8_t*>(message.data()), message.size()}));
     } catch (const std::exception& error) {
@@ -82,7 +82,7 @@ void CRecordServer::Accept(const Service& service, const std::string& message, c
     }
 }
 
-void CRecordServer::NoteDrop(const Service& service, PipeDrop reason, std::size_t bytes, uint32_t pid) const {
+void RecordServer::NoteDrop(const Service& service, PipeDrop reason, std::size_t bytes, uint32_t pid) const {
     m_options.note(FormatWide(L"%s: a message of process %u is dropped after %u bytes: %s", service.name, pid,
                               static_cast<unsigned>(bytes), PipeDropText(reason)));
 }

@@ -31,12 +31,12 @@ struct RecordServerCounters {
     uint64_t lost = 0;         // rows that the database did not take
 };
 
-class CRecordServer {
+class RecordServer {
   public:
-    explicit CRecordServer(RecordServerOptions options);  // throws CSqliteError, see Store.h
-    ~CRecordServer() { Stop(); }
-    CRecordServer(const CRecordServer&) = delete;
-    CRecordServer& operator=(const CRecordServer&) = delete;
+    explicit RecordServer(RecordServerOptions options);  // throws SqliteError, see Store.h
+    ~RecordServer() { Stop(); }
+    RecordServer(const RecordServer&) = delete;
+    RecordServer& operator=(const RecordServer&) = delete;
 
     // Null, or the pipe that could not be made. GetLastError then tells; ERROR_ALREADY_EXISTS means that another
     // program serves it.
@@ -50,13 +50,13 @@ class CRecordServer {
     struct Service;
     static const Service kServices[];
 
-    void Accept(const Service& service, const std::string& message, const CPipePeer& peer);
+    void Accept(const Service& service, const std::string& message, const PipePeer& peer);
     void NoteDrop(const Service& service, PipeDrop reason, std::size_t bytes, uint32_t pid) const;
 
     const RecordServerOptions m_options;
-    CRecordWriter m_writer;
+    RecordWriter m_writer;
     std::atomic<uint64_t> m_badMessages{0};
-    std::vector<std::unique_ptr<CPipeListener>> m_listeners;  // last: their threads use what stands above
+    std::vector<std::unique_ptr<PipeListener>> m_listeners;  // last: their threads use what stands above
 };
 
 }  // namespace wrb

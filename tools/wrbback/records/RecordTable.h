@@ -38,7 +38,7 @@ extern const RecordTable kEventRecords;
 using RecordValue = std::variant<int64_t, std::wstring>;
 
 // A row on its way into its table. The values are checked, and stand in the order of the columns.
-struct tagRecord {
+struct Record {
     const RecordTable* table;
     std::vector<RecordValue> values;
 };

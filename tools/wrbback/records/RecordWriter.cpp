@@ -19,7 +19,7 @@ constexpr std::chrono::milliseconds kRest{500};
 
 // What goes away by itself, or when somebody makes room.
 bool MayPass(const std::exception& error) {
-    const auto* const failure = dynamic_cast<const CSqliteError*>(&error);
+    const auto* const failure = dynamic_cast<const SqliteError*>(&error);
     if (failure == nullptr) {
         return dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
     }
@@ -28,13 +28,13 @@ bool MayPass(const std::exception& error) {
            code == SQLITE_NOMEM;
 }
 
-void Bind(CSqliteStatement& statement, const char* column, const RecordValue& value) {
+void Bind(SqliteStatement& statement, const char* column, const RecordValue& value) {
     const std::string name = std::string(":") + column;
     std::visit([&](const auto& bound) { statement.Bind(name.c_str(), bound); }, value);
 }
 
-void Insert(CSqliteDb& db, const tagRecord& record) {
-    CSqliteStatement insert = db.Use(InsertSql(*record.table));
+void Insert(SqliteDb& db, const Record& record) {
+    SqliteStatement insert = db.Use(InsertSql(*record.table));
     for (std::size_t i = 0; i < record.values.size(); ++i) {
         Bind(insert, record.table->columns[i].name, record.values[i]);
     }
@@ -42,18 +42,18 @@ void Insert(CSqliteDb& db, const tagRecord& record) {
 }
 
 // Rows go in the order of their coming, so the ids are without gaps and the newest tells which are too old.
-void Trim(CSqliteDb& db, const RecordTable& table, int64_t keep) {
+void Trim(SqliteDb& db, const RecordTable& table, int64_t keep) {
     const std::string name = table.name;
-    CSqliteStatement trim = db.Use("DELETE FROM " + name + " WHERE id <= (SELECT max(id) FROM " + name + ") - :keep");
+    SqliteStatement trim = db.Use("DELETE FROM " + name + " WHERE id <= (SELECT max(id) FROM " + name + ") - :keep");
     trim.Bind(":keep", keep).Run();
 }
 
 }  // namespace
 
-CRecordWriter::CRecordWriter(const std::wstring& database, int64_t keep, Note note)
+RecordWriter::RecordWriter(const std::wstring& database, int64_t keep, Note note)
     : m_keep(keep), m_note(std::move(note)), m_db(OpenStore(database)), m_thread([this] { Work(); }) {}
 
-void CRecordWriter::Put(tagRecord record) {
+void RecordWriter::Put(Record record) {
     {
         std::unique_lock lock(m_lock);
         m_changed.wait(lock, [this] { return m_queue.size() < kMostQueued; });
@@ -62,12 +62,12 @@ void CRecordWriter::Put(tagRecord record) {
     m_changed.notify_all();
 }
 
-void CRecordWriter::Hurry() {
+void RecordWriter::Hurry() {
     uint64_t never = kNever;
     m_giveUpAt.compare_exchange_strong(never, GetTickCount64() + kLastMilliseconds);
 }
 
-void CRecordWriter::Finish() {
+void RecordWriter::Finish() {
     Hurry();
     {
         const std::lock_guard lock(m_lock);
@@ -79,7 +79,7 @@ void CRecordWriter::Finish() {
     }
 }
 
-void CRecordWriter::Work() {
+void RecordWriter::Work() {
     for (;;) {
         Batch batch;
         {
@@ -95,7 +95,7 @@ void CRecordWriter::Work() {
     }
 }
 
-void CRecordWriter::StoreOrLose(const Batch& batch) {
+void RecordWriter::StoreOrLose(const Batch& batch) {
     for (bool noted = false;;) {
         try {
             StoreOnce(batch);
@@ -115,7 +115,7 @@ void CRecordWriter::StoreOrLose(const Batch& batch) {
     }
 }
 
-void CRecordWriter::NoteFailure(std::size_t rows, const wchar_t* what, const char* why) const noexcept {
+void RecordWriter::NoteFailure(std::size_t rows, const wchar_t* what, const char* why) const noexcept {
     try {
         m_note(FormatWide(L"records: %u rows %s: %s", static_cast<unsigned>(rows), what, Utf8ToWide(why).c_str()));
     } catch (const std::exception&) {
@@ -123,10 +123,10 @@ void CRecordWriter::NoteFailure(std::size_t rows, const wchar_t* what, const cha
     }
 }
 
-void CRecordWriter::StoreOnce(const Batch& batch) {
-    CSqliteTransaction transaction(*m_db);
+void RecordWriter::StoreOnce(const Batch& batch) {
+    SqliteTransaction transaction(*m_db);
     std::set<const RecordTable*> touched;
-    for (const tagRecord& record : batch) {
+    for (const Record& record : batch) {
         Insert(*m_db, record);
         touched.insert(record.table);
     }

@@ -17,20 +17,20 @@
 
 namespace wrb {
 
-class CRecordWriter {
+class RecordWriter {
   public:
     using Note = std::function<void(const std::wstring&)>;
 
-    // Of each table the latest `keep` rows stay, 0: all. Throws CSqliteError, see Store.h.
-    CRecordWriter(const std::wstring& database, int64_t keep, Note note);
-    ~CRecordWriter() { Finish(); }
-    CRecordWriter(const CRecordWriter&) = delete;
-    CRecordWriter& operator=(const CRecordWriter&) = delete;
+    // Of each table the latest `keep` rows stay, 0: all. Throws SqliteError, see Store.h.
+    RecordWriter(const std::wstring& database, int64_t keep, Note note);
+    ~RecordWriter() { Finish(); }
+    RecordWriter(const RecordWriter&) = delete;
+    RecordWriter& operator=(const RecordWriter&) = delete;
 
     // From any thread. Waits while a thousand records are queued: a sender that is faster than the disk finds the pipe
     // busy, and nothing is dropped. While the database is locked, or disk or memory full, storing is tried again and
     // again.
-    void Put(tagRecord record);
+    void Put(Record record);
 
     // From now on such a database is tried for one minute more: what has not been stored then is lost, and counted.
     void Hurry();
@@ -42,7 +42,7 @@ class CRecordWriter {
     uint64_t Lost() const { return m_lost; }
 
   private:
-    using Batch = std::vector<tagRecord>;
+    using Batch = std::vector<Record>;
     static constexpr uint64_t kNever = ~0ull;
 
     void Work();
@@ -52,7 +52,7 @@ class CRecordWriter {
 
     const int64_t m_keep;
     const Note m_note;
-    const std::unique_ptr<CSqliteDb> m_db;  // of the thread
+    const std::unique_ptr<SqliteDb> m_db;  // of the thread
     std::mutex m_lock;
     std::condition_variable m_changed;
     Batch m_queue;

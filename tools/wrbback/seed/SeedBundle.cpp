@@ -15,9 +15,9 @@ std::string KeyOf(const SettingRow<Values>& row) {
     return WideToUtf8(key.substr(0, key.find(L'%')));
 }
 
-std::wstring ReadItems(const CJsonNode& node) {
+std::wstring ReadItems(const JsonNode& node) {
     std::wstring list;
-    node.ForEachElement([&](const CJsonNode& element) {
+    node.ForEachElement([&](const JsonNode& element) {
         const std::wstring item = element.Text();
         if (item.empty() || item.find(L'|') != std::wstring::npos) {
             element.Fail("must not be empty or hold \"|\", which ends an item");
@@ -28,7 +28,7 @@ std::wstring ReadItems(const CJsonNode& node) {
 }
 
 template <typename Values>
-void ReadRow(const SettingRow<Values>& row, const CJsonNode& node, Values& values) {
+void ReadRow(const SettingRow<Values>& row, const JsonNode& node, Values& values) {
     switch (row.kind) {
         case SettingRowKind::Bit:
             values.*row.number |= node.Bool() ? row.bits : 0;
@@ -45,9 +45,9 @@ void ReadRow(const SettingRow<Values>& row, const CJsonNode& node, Values& value
 
 // An object with the keys of the bundle's section.
 template <typename Values>
-void ReadBundle(const CJsonNode& node, std::vector<Values>& rows) {
+void ReadBundle(const JsonNode& node, std::vector<Values>& rows) {
     Values& values = rows.emplace_back();
-    node.ForEachMember([&](const std::string& name, const CJsonNode& member) {
+    node.ForEachMember([&](const std::string& name, const JsonNode& member) {
         const auto table = SettingTableOf(values).rows;
         const auto row = std::ranges::find(table, name, KeyOf<Values>);
         if (row == table.end()) {
@@ -59,10 +59,10 @@ void ReadBundle(const CJsonNode& node, std::vector<Values>& rows) {
 
 // A list of objects, all of whose members are texts.
 template <typename Values>
-void ReadItemList(const CJsonNode& node, std::vector<Values>& items) {
-    node.ForEachElement([&](const CJsonNode& element) {
+void ReadItemList(const JsonNode& node, std::vector<Values>& items) {
+    node.ForEachElement([&](const JsonNode& element) {
         Values& values = items.emplace_back();
-        element.ForEachMember([&](const std::string& name, const CJsonNode& member) {
+        element.ForEachMember([&](const std::string& name, const JsonNode& member) {
             const auto table = SettingTableOf(values).rows;
             const auto row = std::ranges::find(table, Utf8ToWide(name), &SettingItemRow<Values>::name);
             if (row == table.end()) {
@@ -75,14 +75,14 @@ void ReadItemList(const CJsonNode& node, std::vector<Values>& items) {
 
 constexpr struct {
     std::string_view key;
-    void (*read)(const CJsonNode& node, tagAgentBundles& bundles);
+    void (*read)(const JsonNode& node, AgentBundles& bundles);
 } kBundles[] = {
-    {"webThreat", [](const CJsonNode& node, tagAgentBundles& b) { ReadBundle(node, b.webThreat); }},
-    {"ncie", [](const CJsonNode& node, tagAgentBundles& b) { ReadBundle(node, b.ncie); }},
-    {"sablex", [](const CJsonNode& node, tagAgentBundles& b) { ReadBundle(node, b.sablex); }},
-    {"aggrScan", [](const CJsonNode& node, tagAgentBundles& b) { ReadBundle(node, b.aggrScan); }},
-    {"restoreItems", [](const CJsonNode& node, tagAgentBundles& b) { ReadItemList(node, b.restoreItems); }},
-    {"agentPolicies", [](const CJsonNode& node, tagAgentBundles& b) { ReadItemList(node, b.agentPolicies); }},
+    {"webThreat", [](const JsonNode& node, AgentBundles& b) { ReadBundle(node, b.webThreat); }},
+    {"ncie", [](const JsonNode& node, AgentBundles& b) { ReadBundle(node, b.ncie); }},
+    {"sablex", [](const JsonNode& node, AgentBundles& b) { ReadBundle(node, b.sablex); }},
+    {"aggrScan", [](const JsonNode& node, AgentBundles& b) { ReadBundle(node, b.aggrScan); }},
+    {"restoreItems", [](const JsonNode& node, AgentBundles& b) { ReadItemList(node, b.restoreItems); }},
+    {"agentPolicies", [](const JsonNode& node, AgentBundles& b) { ReadItemList(node, b.agentPolicies); }},
 };
 
 }  // namespace
@@ -91,8 +91,8 @@ bool IsSeedBundleKey(std::string_view key) {
     return std::ranges::any_of(kBundles, [&](const auto& bundle) { return bundle.key == key; });
 }
 
-tagAgentBundles ParseSeedBundles(const CJsonNode& agent) {
-    tagAgentBundles bundles;
+AgentBundles ParseSeedBundles(const JsonNode& agent) {
+    AgentBundles bundles;
     for (const auto& bundle : kBundles) {
         if (const auto node = agent.Member(bundle.key)) {
             bundle.read(*node, bundles);

@@ -50,7 +50,7 @@ bool IsUid(const std::wstring& text) {
     });
 }
 
-std::wstring ReadUid(const CJsonNode& node) {
+std::wstring ReadUid(const JsonNode& node) {
     std::wstring uid = node.Text();
     if (!IsUid(uid)) {
         node.Fail("must be a GUID of the form " + std::string(kUidForm) + ", x a hexadecimal digit");
@@ -59,12 +59,12 @@ std::wstring ReadUid(const CJsonNode& node) {
 }
 
 // The agent's plain values: its own members and those of the objects in it that the table of columns names.
-void ReadValues(const CJsonNode& agent, std::vector<tagSeedValue>& values) {
+void ReadValues(const JsonNode& agent, std::vector<SeedValue>& values) {
     for (const AgentColumn& column : AgentColumns()) {
         const auto owner = column.group == nullptr ? std::optional(agent) : agent.Member(column.group);
         const auto node = owner ? owner->Member(column.key) : std::nullopt;
         if (node) {
-            tagSeedValue& value = values.emplace_back(tagSeedValue{&column, {}, 0});
+            SeedValue& value = values.emplace_back(SeedValue{&column, {}, 0});
             if (column.isText) {
                 value.text = node->Text();
             } else {
@@ -74,7 +74,7 @@ void ReadValues(const CJsonNode& agent, std::vector<tagSeedValue>& values) {
     }
 }
 
-void RefuseUnknownValues(const CJsonNode& agent) {
+void RefuseUnknownValues(const JsonNode& agent) {
     const auto isColumn = [](std::string_view group, std::string_view key) {
         return std::ranges::any_of(AgentColumns(), [&](const AgentColumn& column) {
             return group == (column.group != nullptr ? column.group : "") && key == column.key;
@@ -90,17 +90,17 @@ void RefuseUnknownValues(const CJsonNode& agent) {
         return isColumn("", key) || isGroup(key) || std::ranges::find(kOthers, key) != std::end(kOthers) ||
                IsSeedBundleKey(key);
     });
-    agent.ForEachMember([&](const std::string& group, const CJsonNode& node) {
+    agent.ForEachMember([&](const std::string& group, const JsonNode& node) {
         if (isGroup(group)) {
             node.RefuseUnknown([&](std::string_view key) { return isColumn(group, key); });
         }
     });
 }
 
-std::vector<std::wstring> ReadTexts(const CJsonNode& agent, std::string_view key) {
+std::vector<std::wstring> ReadTexts(const JsonNode& agent, std::string_view key) {
     std::vector<std::wstring> texts;
     if (const auto list = agent.Member(key)) {
-        list->ForEachElement([&](const CJsonNode& element) {
+        list->ForEachElement([&](const JsonNode& element) {
             if (texts.emplace_back(element.Text()).empty()) {
                 element.Fail("must not be empty: an empty text ends the list");
             }
@@ -109,10 +109,10 @@ std::vector<std::wstring> ReadTexts(const CJsonNode& agent, std::string_view key
     return texts;
 }
 
-std::vector<tagSeedPolicy> ReadPolicies(const CJsonNode& agent) {
-    std::vector<tagSeedPolicy> policies;
+std::vector<SeedPolicy> ReadPolicies(const JsonNode& agent) {
+    std::vector<SeedPolicy> policies;
     if (const auto list = agent.Member("behaviourPolicies")) {
-        list->ForEachElement([&](const CJsonNode& element) {
+        list->ForEachElement([&](const JsonNode& element) {
             element.RefuseUnknown({"id", "action", "enable"});
             policies.push_back({element.Required("id").Text(), element.Required("action").Number(),
                                 element.Required("enable").Bool()});
@@ -121,7 +121,7 @@ std::vector<tagSeedPolicy> ReadPolicies(const CJsonNode& agent) {
     return policies;
 }
 
-std::optional<StoredScans> ReadScansOf(const CJsonNode& agent) {
+std::optional<StoredScans> ReadScansOf(const JsonNode& agent) {
     const auto node = agent.Member("scan");
     if (!node) {
         return std::nullopt;
@@ -135,9 +135,9 @@ std::optional<StoredScans> ReadScansOf(const CJsonNode& agent) {
     return scans;
 }
 
-tagSeedAgent ReadAgent(const CJsonNode& node) {
+SeedAgent ReadAgent(const JsonNode& node) {
     RefuseUnknownValues(node);
-    tagSeedAgent agent;
+    SeedAgent agent;
     agent.uid = ReadUid(node.Required("uid"));
     ReadValues(node, agent.values);
     agent.approvedSpyware = ReadTexts(node, "approvedSpyware");
@@ -148,7 +148,7 @@ tagSeedAgent ReadAgent(const CJsonNode& node) {
     return agent;
 }
 
-std::vector<bool> ReadServiceSwitches(const CJsonNode& node) {
+std::vector<bool> ReadServiceSwitches(const JsonNode& node) {
     node.RefuseUnknown(
         [](std::string_view key) { return std::ranges::find(kServiceSwitches, key) != std::end(kServiceSwitches); });
     std::vector<bool> switches;
@@ -186,22 +186,22 @@ Json::Value ParseJson(const std::string& utf8) {
     } catch (const Json::Exception& error) {  // what nests too deep
         errors = error.what();
     }
-    throw CSeedError("not JSON:\n" + errors);
+    throw SeedError("not JSON:\n" + errors);
 }
 
 }  // namespace
 
-tagSeed ParseSeed(const std::string& utf8) {
+SeedData ParseSeed(const std::string& utf8) {
     if (!IsUtf8(utf8)) {
-        throw CSeedError("the file: is not UTF-8");
+        throw SeedError("the file: is not UTF-8");
     }
     const Json::Value value = ParseJson(utf8);
-    const CJsonNode root(value);
+    const JsonNode root(value);
     root.RefuseUnknown({"agents", "serviceSwitch", "note"});
-    tagSeed seed;
+    SeedData seed;
     std::map<std::wstring, std::size_t> seen;
-    root.Required("agents").ForEachElement([&](const CJsonNode& node) {
-        const tagSeedAgent& agent = seed.agents.emplace_back(ReadAgent(node));
+    root.Required("agents").ForEachElement([&](const JsonNode& node) {
+        const SeedAgent& agent = seed.agents.emplace_back(ReadAgent(node));
         const auto [first, isNew] = seen.emplace(Folded(agent.uid), seed.agents.size() - 1);
         if (!isNew) {
             node.Required("uid").Fail("is the uid of agents[" + std::to_string(first->second) + "] too");
@@ -213,14 +213,14 @@ tagSeed ParseSeed(const std::string& utf8) {
     return seed;
 }
 
-tagSeed ReadSeedFile(const std::wstring& path) {
+SeedData ReadSeedFile(const std::wstring& path) {
     std::ifstream file(std::filesystem::path(path), std::ios::binary);
     if (!file) {
-        throw CSeedError("cannot be opened");
+        throw SeedError("cannot be opened");
     }
     std::error_code error;
     if (std::filesystem::file_size(path, error) > kMostFileBytes && !error) {
-        throw CSeedError("is larger than 256 MiB");
+        throw SeedError("is larger than 256 MiB");
     }
     return ParseSeed(std::string(std::istreambuf_iterator<char>(file), {}));
 }

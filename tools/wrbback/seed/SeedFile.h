@@ -23,42 +23,42 @@ struct AgentColumn {
     bool isText;  // else a number
 };
 
-struct tagSeedValue {
+struct SeedValue {
     const AgentColumn* column = nullptr;
     std::wstring text;
     uint32_t number = 0;
 };
 
-struct tagSeedPolicy {
+struct SeedPolicy {
     std::wstring id;
     uint32_t action = 0;
     bool enable = false;
 };
 
-struct tagSeedAgent {
+struct SeedAgent {
     std::wstring uid;
-    std::vector<tagSeedValue> values;  // those that the file has
+    std::vector<SeedValue> values;  // those that the file has
     std::vector<std::wstring> approvedSpyware;
     std::vector<std::wstring> restoreSessions;
-    std::vector<tagSeedPolicy> policies;
+    std::vector<SeedPolicy> policies;
     std::optional<StoredScans> scans;  // nothing: an agent without a configuration
-    tagAgentBundles bundles;
+    AgentBundles bundles;
 };
 
-struct tagSeed {
-    std::vector<tagSeedAgent> agents;
+struct SeedData {
+    std::vector<SeedAgent> agents;
     std::optional<std::vector<bool>> serviceSwitches;  // kServiceSwitchCount of them
 };
 
-// Reads the whole file before anything is done with it. Throws CSeedError, with the place in the file.
-tagSeed ReadSeedFile(const std::wstring& path);
-tagSeed ParseSeed(const std::string& utf8);
+// Reads the whole file before anything is done with it. Throws SeedError, with the place in the file.
+SeedData ReadSeedFile(const std::wstring& path);
+SeedData ParseSeed(const std::string& utf8);
 
 // One of an agent's scan types: the keys of its INI section, "Flags", and the objects "spyware" and "exclusions".
-tagStoredScan ParseSeedScan(ScanType type, const CJsonNode& node);
+StoredScan ParseSeedScan(ScanType type, const JsonNode& node);
 
 // An agent's setting bundles, from its members with a bundle key.
 bool IsSeedBundleKey(std::string_view key);
-tagAgentBundles ParseSeedBundles(const CJsonNode& agent);
+AgentBundles ParseSeedBundles(const JsonNode& agent);
 
 }  // namespace wrb

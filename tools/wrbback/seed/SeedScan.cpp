@@ -11,7 +11,7 @@ constexpr std::string_view kSpyware = "spyware";
 constexpr std::string_view kExclusions = "exclusions";
 
 bool IsStored(const ScanRow& row) {
-    return row.IsSetting() && !(row.kind == ScanRowKind::Text && row.text == &tagScanGroupValues::cleanFailedMoveDir);
+    return row.IsSetting() && !(row.kind == ScanRowKind::Text && row.text == &ScanGroupValues::cleanFailedMoveDir);
 }
 
 const ScanRow* FindRow(const ScanGroup& group, std::string_view key) {
@@ -35,7 +35,7 @@ uint32_t BitsOfChoice(const ScanChoice& choice) {
     return bits;
 }
 
-uint32_t ReadChoice(const ScanChoice& choice, uint32_t flags, const CJsonNode& node) {
+uint32_t ReadChoice(const ScanChoice& choice, uint32_t flags, const JsonNode& node) {
     const uint32_t value = node.Number();
     const uint32_t cleared = flags & ~BitsOfChoice(choice);
     const uint32_t chosen = cleared | choice.BitsOf(value);
@@ -45,7 +45,7 @@ uint32_t ReadChoice(const ScanChoice& choice, uint32_t flags, const CJsonNode& n
     return chosen;
 }
 
-void ReadRow(const ScanRow& row, ScanGroupKind kind, const CJsonNode& node, tagStoredScan& scan) {
+void ReadRow(const ScanRow& row, ScanGroupKind kind, const JsonNode& node, StoredScan& scan) {
     uint32_t& flags = scan.Flags(kind);
     switch (row.kind) {
         case ScanRowKind::Bit:
@@ -63,20 +63,20 @@ void ReadRow(const ScanRow& row, ScanGroupKind kind, const CJsonNode& node, tagS
     }
 }
 
-void ReadGroup(const ScanGroup& group, const CJsonNode& node, tagStoredScan& scan) {
+void ReadGroup(const ScanGroup& group, const JsonNode& node, StoredScan& scan) {
     if (const auto flags = node.Member(kFlags)) {
         scan.Flags(group.kind) = flags->Number();  // the whole word; the single keys go on top
     }
-    node.ForEachMember([&](const std::string& key, const CJsonNode& member) {
+    node.ForEachMember([&](const std::string& key, const JsonNode& member) {
         if (const ScanRow* row = FindRow(group, key)) {
             ReadRow(*row, group.kind, member, scan);
         }
     });
 }
 
-void RefuseUnknownKeys(const ScanGroup& group, const CJsonNode& node) {
+void RefuseUnknownKeys(const ScanGroup& group, const JsonNode& node) {
     const bool isMain = group.kind == ScanGroupKind::Main;
-    node.ForEachMember([&](const std::string& key, const CJsonNode& member) {
+    node.ForEachMember([&](const std::string& key, const JsonNode& member) {
         if (key == "CleanFailedMoveDir" && isMain) {
             member.Fail("is not stored: the database keeps one move folder, MoveDir");
         }
@@ -90,11 +90,11 @@ void RefuseUnknownKeys(const ScanGroup& group, const CJsonNode& node) {
 
 }  // namespace
 
-tagStoredScan ParseSeedScan(ScanType type, const CJsonNode& node) {
-    tagStoredScan scan = DefaultScan(type);
+StoredScan ParseSeedScan(ScanType type, const JsonNode& node) {
+    StoredScan scan = DefaultScan(type);
     const struct {
         ScanGroupKind kind;
-        std::optional<CJsonNode> node;
+        std::optional<JsonNode> node;
     } parts[] = {
         {ScanGroupKind::Main, node},
         {ScanGroupKind::Spyware, node.Member(kSpyware)},

@@ -5,16 +5,16 @@
 namespace wrb {
 namespace {
 
-void InsertAgent(CSqliteDb& db, const tagSeedAgent& agent) {
+void InsertAgent(SqliteDb& db, const SeedAgent& agent) {
     std::string columns = "uid";
     std::string parameters = ":uid";
-    for (const tagSeedValue& value : agent.values) {
+    for (const SeedValue& value : agent.values) {
         columns += std::string(", ") + value.column->column;
         parameters += std::string(", :") + value.column->column;
     }
-    CSqliteStatement insert = db.Use("INSERT INTO agent (" + columns + ") VALUES (" + parameters + ")");
+    SqliteStatement insert = db.Use("INSERT INTO agent (" + columns + ") VALUES (" + parameters + ")");
     insert.Bind(":uid", agent.uid);
-    for (const tagSeedValue& value : agent.values) {
+    for (const SeedValue& value : agent.values) {
         const std::string name = std::string(":") + value.column->column;
         if (value.column->isText) {
             insert.Bind(name.c_str(), value.text);
@@ -25,17 +25,17 @@ void InsertAgent(CSqliteDb& db, const tagSeedAgent& agent) {
     insert.Run();
 }
 
-void InsertList(CSqliteDb& db, const char* sql, const std::wstring& uid, const std::vector<std::wstring>& texts) {
+void InsertList(SqliteDb& db, const char* sql, const std::wstring& uid, const std::vector<std::wstring>& texts) {
     for (std::size_t i = 0; i < texts.size(); ++i) {
-        CSqliteStatement insert = db.Use(sql);
+        SqliteStatement insert = db.Use(sql);
         insert.Bind(":uid", uid).Bind(":position", static_cast<int64_t>(i)).Bind(":text", texts[i]).Run();
     }
 }
 
-void InsertPolicies(CSqliteDb& db, const tagSeedAgent& agent) {
+void InsertPolicies(SqliteDb& db, const SeedAgent& agent) {
     for (std::size_t i = 0; i < agent.policies.size(); ++i) {
-        const tagSeedPolicy& policy = agent.policies[i];
-        CSqliteStatement insert = db.Use(
+        const SeedPolicy& policy = agent.policies[i];
+        SqliteStatement insert = db.Use(
             "INSERT INTO behaviour_policy (uid, position, policy_id, action, enable) "
             "VALUES (:uid, :position, :id, :action, :enable)");
         insert.Bind(":uid", agent.uid).Bind(":position", static_cast<int64_t>(i)).Bind(":id", policy.id);
@@ -43,7 +43,7 @@ void InsertPolicies(CSqliteDb& db, const tagSeedAgent& agent) {
     }
 }
 
-void StoreAgent(CSqliteDb& db, const tagSeedAgent& agent) {
+void StoreAgent(SqliteDb& db, const SeedAgent& agent) {
     db.Use("DELETE FROM agent WHERE uid = :uid").Bind(":uid", agent.uid).Run();
     InsertAgent(db, agent);
     InsertList(db, "INSERT INTO spyware_approved (uid, position, item) VALUES (:uid, :position, :text)", agent.uid,
@@ -59,18 +59,18 @@ void StoreAgent(CSqliteDb& db, const tagSeedAgent& agent) {
     }
 }
 
-void StoreServiceSwitches(CSqliteDb& db, const std::vector<bool>& switches) {
+void StoreServiceSwitches(SqliteDb& db, const std::vector<bool>& switches) {
     for (std::size_t i = 0; i < switches.size(); ++i) {
-        CSqliteStatement update = db.Use("UPDATE service_switch SET enabled = :enabled WHERE position = :position");
+        SqliteStatement update = db.Use("UPDATE service_switch SET enabled = :enabled WHERE position = :position");
         update.Bind(":enabled", switches[i] ? 1 : 0).Bind(":position", static_cast<int64_t>(i)).Run();
     }
 }
 
 }  // namespace
 
-void StoreSeed(CSqliteDb& db, const tagSeed& seed) {
-    CSqliteTransaction transaction(db);
-    for (const tagSeedAgent& agent : seed.agents) {
+void StoreSeed(SqliteDb& db, const SeedData& seed) {
+    SqliteTransaction transaction(db);
+    for (const SeedAgent& agent : seed.agents) {
         StoreAgent(db, agent);
     }
     if (seed.serviceSwitches) {

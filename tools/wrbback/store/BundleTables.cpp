@@ -13,17 +13,17 @@ struct BundleTable {
 template <typename Values>
 constexpr BundleTable kTable{};
 template <>
-constexpr BundleTable kTable<tagWtpValues>{"web_threat", false};
+constexpr BundleTable kTable<WtpValues>{"web_threat", false};
 template <>
-constexpr BundleTable kTable<tagNcieValues>{"ncie", false};
+constexpr BundleTable kTable<NcieValues>{"ncie", false};
 template <>
-constexpr BundleTable kTable<tagSablexValues>{"sablex", false};
+constexpr BundleTable kTable<SablexValues>{"sablex", false};
 template <>
-constexpr BundleTable kTable<tagAggrScanValues>{"aggr_scan", false};
+constexpr BundleTable kTable<AggrScanValues>{"aggr_scan", false};
 template <>
-constexpr BundleTable kTable<tagFARestoreValues>{"fa_restore_item", true};
+constexpr BundleTable kTable<FARestoreValues>{"fa_restore_item", true};
 template <>
-constexpr BundleTable kTable<tagPolicyTrackingValues>{"agent_policy", true};
+constexpr BundleTable kTable<PolicyTrackingValues>{"agent_policy", true};
 
 template <typename Values>
 constexpr int kFirstField = kTable<Values>.hasPosition ? 2 : 1;
@@ -39,9 +39,9 @@ std::string InsertSql() {
 }
 
 template <typename Values>
-void Insert(CSqliteDb& db, const std::wstring& uid, const std::vector<Values>& rows) {
+void Insert(SqliteDb& db, const std::wstring& uid, const std::vector<Values>& rows) {
     for (std::size_t i = 0; i < rows.size(); ++i) {
-        CSqliteStatement insert = db.Use(InsertSql<Values>());
+        SqliteStatement insert = db.Use(InsertSql<Values>());
         // The position's parameter is the first field's where there is none, and is bound again below.
         insert.Bind("?1", uid).Bind("?2", static_cast<int64_t>(i));
         int parameter = kFirstField<Values>;
@@ -51,16 +51,16 @@ void Insert(CSqliteDb& db, const std::wstring& uid, const std::vector<Values>& r
     }
 }
 
-void Take(const CSqliteStatement& read, int column, uint32_t& value) {
+void Take(const SqliteStatement& read, int column, uint32_t& value) {
     value = static_cast<uint32_t>(read.Number(column));
 }
-void Take(const CSqliteStatement& read, int column, std::wstring& value) {
+void Take(const SqliteStatement& read, int column, std::wstring& value) {
     value = read.Text(column);
 }
 
 }  // namespace
 
-void InsertBundles(CSqliteDb& db, const std::wstring& uid, const tagAgentBundles& bundles) {
+void InsertBundles(SqliteDb& db, const std::wstring& uid, const AgentBundles& bundles) {
     Insert(db, uid, bundles.webThreat);
     Insert(db, uid, bundles.ncie);
     Insert(db, uid, bundles.sablex);
@@ -70,11 +70,11 @@ void InsertBundles(CSqliteDb& db, const std::wstring& uid, const tagAgentBundles
 }
 
 template <typename Values>
-std::optional<std::vector<Values>> ReadBundle(CSqliteDb& db, const std::wstring& uid) {
+std::optional<std::vector<Values>> ReadBundle(SqliteDb& db, const std::wstring& uid) {
     constexpr BundleTable table = kTable<Values>;
-    CSqliteStatement read = db.Use(std::string("SELECT bundle.* FROM agent LEFT JOIN ") + table.name +
-                                   " AS bundle ON bundle.uid = agent.uid WHERE agent.uid = :uid" +
-                                   (table.hasPosition ? " ORDER BY bundle.position" : ""));
+    SqliteStatement read = db.Use(std::string("SELECT bundle.* FROM agent LEFT JOIN ") + table.name +
+                                  " AS bundle ON bundle.uid = agent.uid WHERE agent.uid = :uid" +
+                                  (table.hasPosition ? " ORDER BY bundle.position" : ""));
     read.Bind(":uid", uid);
     std::optional<std::vector<Values>> rows;
     while (read.Step()) {
@@ -90,11 +90,11 @@ std::optional<std::vector<Values>> ReadBundle(CSqliteDb& db, const std::wstring&
     return rows;
 }
 
-template std::optional<std::vector<tagWtpValues>> ReadBundle(CSqliteDb&, const std::wstring&);
-template std::optional<std::vector<tagNcieValues>> ReadBundle(CSqliteDb&, const std::wstring&);
-template std::optional<std::vector<tagSablexValues>> ReadBundle(CSqliteDb&, const std::wstring&);
-template std::optional<std::vector<tagAggrScanValues>> ReadBundle(CSqliteDb&, const std::wstring&);
-template std::optional<std::vector<tagFARestoreValues>> ReadBundle(CSqliteDb&, const std::wstring&);
-template std::optional<std::vector<tagPolicyTrackingValues>> ReadBundle(CSqliteDb&, const std::wstring&);
+template std::optional<std::vector<WtpValues>> ReadBundle(SqliteDb&, const std::wstring&);
+template std::optional<std::vector<NcieValues>> ReadBundle(SqliteDb&, const std::wstring&);
+template std::optional<std::vector<SablexValues>> ReadBundle(SqliteDb&, const std::wstring&);
+template std::optional<std::vector<AggrScanValues>> ReadBundle(SqliteDb&, const std::wstring&);
+template std::optional<std::vector<FARestoreValues>> ReadBundle(SqliteDb&, const std::wstring&);
+template std::optional<std::vector<PolicyTrackingValues>> ReadBundle(SqliteDb&, const std::wstring&);
 
 }  // namespace wrb

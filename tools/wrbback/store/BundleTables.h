@@ -10,24 +10,24 @@
 
 namespace wrb {
 
-class CSqliteDb;
+class SqliteDb;
 
 // What the database keeps of one agent's bundles. An agent has at most one row of each but the last two.
-struct tagAgentBundles {
-    std::vector<tagWtpValues> webThreat;
-    std::vector<tagNcieValues> ncie;
-    std::vector<tagSablexValues> sablex;
-    std::vector<tagAggrScanValues> aggrScan;
-    std::vector<tagFARestoreValues> restoreItems;
-    std::vector<tagPolicyTrackingValues> agentPolicies;
+struct AgentBundles {
+    std::vector<WtpValues> webThreat;
+    std::vector<NcieValues> ncie;
+    std::vector<SablexValues> sablex;
+    std::vector<AggrScanValues> aggrScan;
+    std::vector<FARestoreValues> restoreItems;
+    std::vector<PolicyTrackingValues> agentPolicies;
 };
 
-// The agent must exist and have no rows yet. Throws CSqliteError.
-void InsertBundles(CSqliteDb& db, const std::wstring& uid, const tagAgentBundles& bundles);
+// The agent must exist and have no rows yet. Throws SqliteError.
+void InsertBundles(SqliteDb& db, const std::wstring& uid, const AgentBundles& bundles);
 
 // The agent's rows in their order; nothing for an agent that does not exist. `Values` is the type of a member above.
-// Throws CSqliteError.
+// Throws SqliteError.
 template <typename Values>
-std::optional<std::vector<Values>> ReadBundle(CSqliteDb& db, const std::wstring& uid);
+std::optional<std::vector<Values>> ReadBundle(SqliteDb& db, const std::wstring& uid);
 
 }  // namespace wrb

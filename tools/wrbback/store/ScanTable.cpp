@@ -5,7 +5,7 @@
 namespace wrb {
 namespace {
 
-using Values = tagScanGroupValues;
+using Values = ScanGroupValues;
 
 struct NumberColumn {
     const char* name;
@@ -53,7 +53,7 @@ std::string Columns(const std::string& prefix) {
     return list;
 }
 
-void ApplyDefault(const ScanRow& row, ScanGroupKind kind, tagStoredScan& scan) {
+void ApplyDefault(const ScanRow& row, ScanGroupKind kind, StoredScan& scan) {
     switch (row.kind) {
         case ScanRowKind::Bit:
             scan.Flags(kind) |= row.defaultNumber > 0 ? row.bits : 0;
@@ -75,8 +75,8 @@ void ApplyDefault(const ScanRow& row, ScanGroupKind kind, tagStoredScan& scan) {
 
 }  // namespace
 
-tagStoredScan DefaultScan(ScanType type) {
-    tagStoredScan scan;
+StoredScan DefaultScan(ScanType type) {
+    StoredScan scan;
     for (const ScanGroup& group : kScanGroups) {
         if (group.type == type) {
             for (const ScanRow& row : group.rows) {
@@ -88,10 +88,10 @@ tagStoredScan DefaultScan(ScanType type) {
     return scan;
 }
 
-void InsertScan(CSqliteDb& db, const std::wstring& uid, ScanType type, const tagStoredScan& scan) {
+void InsertScan(SqliteDb& db, const std::wstring& uid, ScanType type, const StoredScan& scan) {
     static const std::string sql =
         "INSERT INTO scan (uid, type, " + Columns("") + ") VALUES (:uid, :type, " + Columns(":") + ")";
-    CSqliteStatement insert = db.Use(sql);
+    SqliteStatement insert = db.Use(sql);
     insert.Bind(":uid", uid).Bind(":type", static_cast<int64_t>(type)).Bind(":spyware_flags", scan.spywareFlags);
     for (const NumberColumn& column : kNumberColumns) {
         insert.Bind((std::string(":") + column.name).c_str(), scan.values.*column.member);
@@ -102,12 +102,12 @@ void InsertScan(CSqliteDb& db, const std::wstring& uid, ScanType type, const tag
     insert.Run();
 }
 
-std::optional<tagAgentScans> ReadScans(CSqliteDb& db, const std::wstring& uid) {
+std::optional<AgentScans> ReadScans(SqliteDb& db, const std::wstring& uid) {
     static const std::string sql = "SELECT scan.type, " + Columns("scan.") +
                                    " FROM agent LEFT JOIN scan USING (uid) WHERE agent.uid = :uid ORDER BY scan.type";
-    CSqliteStatement read = db.Use(sql);
+    SqliteStatement read = db.Use(sql);
     read.Bind(":uid", uid);
-    std::optional<tagAgentScans> agent;
+    std::optional<AgentScans> agent;
     while (read.Step()) {
         if (!agent) {
             agent.emplace();
@@ -118,7 +118,7 @@ std::optional<tagAgentScans> ReadScans(CSqliteDb& db, const std::wstring& uid) {
         if (!agent->scans) {
             agent->scans.emplace();
         }
-        tagStoredScan& scan = agent->scans->at(static_cast<std::size_t>(read.Number(0)));
+        StoredScan& scan = agent->scans->at(static_cast<std::size_t>(read.Number(0)));
         int column = 1;
         scan.spywareFlags = static_cast<uint32_t>(read.Number(column++));
         for (const NumberColumn& number : kNumberColumns) {

@@ -11,12 +11,12 @@
 
 namespace wrb {
 
-class CSqliteDb;
+class SqliteDb;
 
-struct tagStoredScan {
+struct StoredScan {
     // Of the main group, the texts of the exclusion group, and excludeFileExtList of the spyware group.
     // `values.flags` is the option word of the main and the exclusion group. cleanFailedMoveDir is not stored.
-    tagScanGroupValues values;
+    ScanGroupValues values;
     uint32_t spywareFlags = 0;
 
     uint32_t& Flags(ScanGroupKind kind) { return kind == ScanGroupKind::Spyware ? spywareFlags : values.flags; }
@@ -24,18 +24,18 @@ struct tagStoredScan {
 
 inline constexpr std::array<ScanType, 4> kScanTypes = {ScanType::MS, ScanType::RT, ScanType::PS, ScanType::SN};
 
-using StoredScans = std::array<tagStoredScan, kScanTypes.size()>;  // by ScanType
+using StoredScans = std::array<StoredScan, kScanTypes.size()>;  // by ScanType
 
 // What the product sets where nobody has set anything: the defaults of the scan groups' tables.
-tagStoredScan DefaultScan(ScanType type);
+StoredScan DefaultScan(ScanType type);
 
 // The agent must exist and have no row of this type yet.
-void InsertScan(CSqliteDb& db, const std::wstring& uid, ScanType type, const tagStoredScan& scan);
+void InsertScan(SqliteDb& db, const std::wstring& uid, ScanType type, const StoredScan& scan);
 
 // For an agent without a configuration `scans` is empty. Returns nothing for an agent that does not exist.
-struct tagAgentScans {
+struct AgentScans {
     std::optional<StoredScans> scans;
 };
-std::optional<tagAgentScans> ReadScans(CSqliteDb& db, const std::wstring& uid);
+std::optional<AgentScans> ReadScans(SqliteDb& db, const std::wstring& uid);
 
 }  // namespace wrb

@@ -13,29 +13,29 @@ constexpr int kBusyMilliseconds = 5000;
         db != nullptr && (code & 0xFF) == SQLITE_CANTOPEN
             ? " (system error " + std::to_string(sqlite3_system_errno(db)) + ")"
             : "";
-    throw CSqliteError(code & 0xFF, where + ": " + what + cause);
+    throw SqliteError(code & 0xFF, where + ": " + what + cause);
 }
 
 }  // namespace
 
-CSqliteStatement::~CSqliteStatement() {
+SqliteStatement::~SqliteStatement() {
     sqlite3_reset(m_statement);
     sqlite3_clear_bindings(m_statement);
 }
 
-CSqliteStatement& CSqliteStatement::Bind(const char* name, int64_t number) {
+SqliteStatement& SqliteStatement::Bind(const char* name, int64_t number) {
     sqlite3_bind_int64(m_statement, sqlite3_bind_parameter_index(m_statement, name), number);
     return *this;
 }
 
-CSqliteStatement& CSqliteStatement::Bind(const char* name, std::wstring_view text) {
+SqliteStatement& SqliteStatement::Bind(const char* name, std::wstring_view text) {
     // A null pointer would bind NULL instead of an empty text.
     sqlite3_bind_text16(m_statement, sqlite3_bind_parameter_index(m_statement, name), text.empty() ? L"" : text.data(),
                         static_cast<int>(text.size() * sizeof(wchar_t)), SQLITE_TRANSIENT);
     return *this;
 }
 
-bool CSqliteStatement::Step() {
+bool SqliteStatement::Step() {
     const int code = sqlite3_step(m_statement);
     if (code != SQLITE_ROW && code != SQLITE_DONE) {
         sqlite3* db = sqlite3_db_handle(m_statement);
@@ -45,12 +45,12 @@ bool CSqliteStatement::Step() {
     return code == SQLITE_ROW;
 }
 
-void CSqliteStatement::Run() {
+void SqliteStatement::Run() {
     while (Step()) {
     }
 }
 
-std::wstring CSqliteStatement::Text(int column) const {
+std::wstring SqliteStatement::Text(int column) const {
     // The text first: asking for it may convert the value and so change its length.
     const void* text = sqlite3_column_text16(m_statement, column);
     const int bytes = sqlite3_column_bytes16(m_statement, column);
@@ -58,7 +58,7 @@ std::wstring CSqliteStatement::Text(int column) const {
                            : std::wstring(static_cast<const wchar_t*>(text), static_cast<std::size_t>(bytes) / 2);
 }
 
-CSqliteDb::CSqliteDb(const std::wstring& path, Open mode) : m_name(WideToUtf8(path)) {
+SqliteDb::SqliteDb(const std::wstring& path, Open mode) : m_name(WideToUtf8(path)) {
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (mode == Open::kCreate ? SQLITE_OPEN_CREATE : 0);
     sqlite3* db = nullptr;
     const int code = sqlite3_open_v2(m_name.c_str(), &db, flags, nullptr);
@@ -68,17 +68,17 @@ CSqliteDb::CSqliteDb(const std::wstring& path, Open mode) : m_name(WideToUtf8(pa
     sqlite3_busy_timeout(db, kBusyMilliseconds);
 }
 
-void CSqliteDb::Check(int code) {
+void SqliteDb::Check(int code) {
     if (code != SQLITE_OK) {
         Throw(m_db.get(), m_name, code);
     }
 }
 
-void CSqliteDb::Execute(const char* sql) {
+void SqliteDb::Execute(const char* sql) {
     Check(sqlite3_exec(m_db.get(), sql, nullptr, nullptr, nullptr));
 }
 
-CSqliteStatement CSqliteDb::Use(const std::string& sql) {
+SqliteStatement SqliteDb::Use(const std::string& sql) {
     auto& statement = m_statements[sql];
     if (!statement) {
         sqlite3_stmt* made = nullptr;
@@ -86,19 +86,19 @@ CSqliteStatement CSqliteDb::Use(const std::string& sql) {
                                  &made, nullptr));
         statement.reset(made);
     }
-    return CSqliteStatement(statement.get());
+    return SqliteStatement(statement.get());
 }
 
-int64_t CSqliteDb::NumberOf(const char* sql) {
-    CSqliteStatement statement = Use(sql);
+int64_t SqliteDb::NumberOf(const char* sql) {
+    SqliteStatement statement = Use(sql);
     return statement.Step() ? statement.Number(0) : 0;
 }
 
-int64_t CSqliteDb::Changes() const {
+int64_t SqliteDb::Changes() const {
     return sqlite3_changes64(m_db.get());
 }
 
-CSqliteTransaction::~CSqliteTransaction() {
+SqliteTransaction::~SqliteTransaction() {
     if (m_db.InTransaction()) {
         try {
             m_db.Execute("ROLLBACK");

@@ -1,6 +1,6 @@
 // A SQLite connection and its prepared statements.
 //
-// Every failure throws CSqliteError with a text that names the file. A connection, its statements and what they return
+// Every failure throws SqliteError with a text that names the file. A connection, its statements and what they return
 // belong to one thread at a time.
 #pragma once
 
@@ -15,9 +15,9 @@
 
 namespace wrb {
 
-class CSqliteError : public std::runtime_error {
+class SqliteError : public std::runtime_error {
   public:
-    CSqliteError(int code, const std::string& text) : std::runtime_error(text), m_code(code) {}
+    SqliteError(int code, const std::string& text) : std::runtime_error(text), m_code(code) {}
 
     int Code() const noexcept { return m_code; }  // SQLite's primary result code
 
@@ -26,17 +26,17 @@ class CSqliteError : public std::runtime_error {
 };
 
 // A prepared statement in use: bind, step, read. Going out of scope makes it ready for the next use.
-class CSqliteStatement {
+class SqliteStatement {
   public:
-    explicit CSqliteStatement(sqlite3_stmt* statement) : m_statement(statement) {}
-    ~CSqliteStatement();
-    CSqliteStatement(const CSqliteStatement&) = delete;
-    CSqliteStatement& operator=(const CSqliteStatement&) = delete;
+    explicit SqliteStatement(sqlite3_stmt* statement) : m_statement(statement) {}
+    ~SqliteStatement();
+    SqliteStatement(const SqliteStatement&) = delete;
+    SqliteStatement& operator=(const SqliteStatement&) = delete;
 
     // By the parameter's name, sigil included (":uid"). A name that the statement does not have is passed over: one
     // list of values may serve several statements. Texts are copied.
-    CSqliteStatement& Bind(const char* name, int64_t number);
-    CSqliteStatement& Bind(const char* name, std::wstring_view text);
+    SqliteStatement& Bind(const char* name, int64_t number);
+    SqliteStatement& Bind(const char* name, std::wstring_view text);
 
     bool Step();  // true: there is a row
     void Run();   // to its end
@@ -51,17 +51,17 @@ class CSqliteStatement {
     sqlite3_stmt* m_statement;
 };
 
-class CSqliteDb {
+class SqliteDb {
   public:
     enum class Open { kReadWrite, kCreate };
 
     // With kReadWrite the file must exist. Waits up to five seconds for locks of other connections.
-    CSqliteDb(const std::wstring& path, Open mode);
+    SqliteDb(const std::wstring& path, Open mode);
 
     void Execute(const char* sql);  // one or several statements without parameters
 
     // Prepared on first use and kept for the life of the connection.
-    CSqliteStatement Use(const std::string& sql);
+    SqliteStatement Use(const std::string& sql);
 
     int64_t NumberOf(const char* sql);  // the first column of the first row
     int64_t Changes() const;            // rows that the last write changed
@@ -83,17 +83,17 @@ class CSqliteDb {
 };
 
 // All or nothing: what is not committed is rolled back.
-class CSqliteTransaction {
+class SqliteTransaction {
   public:
-    explicit CSqliteTransaction(CSqliteDb& db) : m_db(db) { m_db.Execute("BEGIN IMMEDIATE"); }
-    ~CSqliteTransaction();
-    CSqliteTransaction(const CSqliteTransaction&) = delete;
-    CSqliteTransaction& operator=(const CSqliteTransaction&) = delete;
+    explicit SqliteTransaction(SqliteDb& db) : m_db(db) { m_db.Execute("BEGIN IMMEDIATE"); }
+    ~SqliteTransaction();
+    SqliteTransaction(const SqliteTransaction&) = delete;
+    SqliteTransaction& operator=(const SqliteTransaction&) = delete;
 
     void Commit() { m_db.Execute("COMMIT"); }
 
   private:
-    CSqliteDb& m_db;
+    SqliteDb& m_db;
 };
 
 }  // namespace wrb

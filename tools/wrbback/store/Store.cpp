@@ -11,11 +11,11 @@ namespace wrb {
 namespace {
 
 [[noreturn]] void Refuse(int code, const std::wstring& path, const std::string& why) {
-    throw CSqliteError(code, WideToUtf8(path) + ": " + why);
+    throw SqliteError(code, WideToUtf8(path) + ": " + why);
 }
 
 // What SQLite says about a file that it cannot use is short; these cases come up most, so they get a sentence.
-[[noreturn]] void Explain(const CSqliteError& error, const std::wstring& path) {
+[[noreturn]] void Explain(const SqliteError& error, const std::wstring& path) {
     switch (error.Code()) {
         case SQLITE_NOTADB:
             Refuse(SQLITE_NOTADB, path, "is not a database");
@@ -30,7 +30,7 @@ namespace {
 }
 
 // True when the file is ours and of this version; false when it is empty.
-bool IsOurs(CSqliteDb& db, const std::wstring& path) {
+bool IsOurs(SqliteDb& db, const std::wstring& path) {
     const int64_t application = db.NumberOf("PRAGMA application_id");
     const int64_t version = db.NumberOf("PRAGMA user_version");
     if (application == 0 && version == 0 && db.NumberOf("SELECT count(*) FROM sqlite_master") == 0) {
@@ -46,69 +46,69 @@ bool IsOurs(CSqliteDb& db, const std::wstring& path) {
     return true;
 }
 
-void CreateTables(CSqliteDb& db) {
+void CreateTables(SqliteDb& db) {
     db.Execute("PRAGMA encoding = 'UTF-16le'");
     db.Execute("PRAGMA journal_mode = WAL");
-    CSqliteTransaction transaction(db);
+    SqliteTransaction transaction(db);
     db.Execute(kStoreSchema);
     transaction.Commit();
 }
 
-std::unique_ptr<CSqliteDb> Open(const std::wstring& path, CSqliteDb::Open mode) {
+std::unique_ptr<SqliteDb> Open(const std::wstring& path, SqliteDb::Open mode) {
     try {
         std::error_code ignored;
-        if (mode == CSqliteDb::Open::kReadWrite && !std::filesystem::exists(path, ignored)) {
+        if (mode == SqliteDb::Open::kReadWrite && !std::filesystem::exists(path, ignored)) {
             Refuse(SQLITE_CANTOPEN, path, "there is no such file; make it with: wrbback seed AGENTS.json --db FILE");
         }
-        auto db = std::make_unique<CSqliteDb>(path, mode);
+        auto db = std::make_unique<SqliteDb>(path, mode);
         db->Execute("PRAGMA foreign_keys = ON; PRAGMA trusted_schema = OFF; PRAGMA synchronous = NORMAL");
         if (!IsOurs(*db, path)) {
-            if (mode == CSqliteDb::Open::kReadWrite) {
+            if (mode == SqliteDb::Open::kReadWrite) {
                 Refuse(SQLITE_ERROR, path, "is empty; fill it with: wrbback seed AGENTS.json --db FILE");
             }
             CreateTables(*db);
         }
         return db;
-    } catch (const CSqliteError& error) {
+    } catch (const SqliteError& error) {
         Explain(error, path);
     }
 }
 
 }  // namespace
 
-std::unique_ptr<CSqliteDb> OpenStore(const std::wstring& path) {
-    return Open(path, CSqliteDb::Open::kReadWrite);
+std::unique_ptr<SqliteDb> OpenStore(const std::wstring& path) {
+    return Open(path, SqliteDb::Open::kReadWrite);
 }
-std::unique_ptr<CSqliteDb> CreateStore(const std::wstring& path) {
-    return Open(path, CSqliteDb::Open::kCreate);
+std::unique_ptr<SqliteDb> CreateStore(const std::wstring& path) {
+    return Open(path, SqliteDb::Open::kCreate);
 }
 
-void VerifyStore(CSqliteDb& db, const std::wstring& path) {
+void VerifyStore(SqliteDb& db, const std::wstring& path) {
     try {
-        CSqliteStatement check = db.Use("PRAGMA quick_check(1)");
+        SqliteStatement check = db.Use("PRAGMA quick_check(1)");
         if (check.Step() && check.Text(0) != L"ok") {
             Refuse(SQLITE_CORRUPT, path, "is damaged: " + WideToUtf8(check.Text(0)));
         }
-    } catch (const CSqliteError& error) {
+    } catch (const SqliteError& error) {
         Explain(error, path);
     }
 }
 
-CStorePool::CStorePool(const std::wstring& path, unsigned connections) {
+StorePool::StorePool(const std::wstring& path, unsigned connections) {
     for (unsigned i = 0; i < connections; ++i) {
         m_free.push_back(OpenStore(path));
     }
 }
 
-CStorePool::CLease CStorePool::Lend() {
+StorePool::Lease StorePool::Lend() {
     std::unique_lock lock(m_lock);
     m_returned.wait(lock, [this] { return !m_free.empty(); });
-    std::unique_ptr<CSqliteDb> db = std::move(m_free.back());
+    std::unique_ptr<SqliteDb> db = std::move(m_free.back());
     m_free.pop_back();
     return {*this, std::move(db)};
 }
 
-void CStorePool::Return(std::unique_ptr<CSqliteDb> db) {
+void StorePool::Return(std::unique_ptr<SqliteDb> db) {
     {
         const std::lock_guard lock(m_lock);
         m_free.push_back(std::move(db));

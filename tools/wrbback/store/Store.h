@@ -17,42 +17,42 @@ namespace wrb {
 
 // What stands in the scan table's "type" column is the number of a wrb::ScanType.
 
-// Opens a file that CreateStore has made; throws CSqliteError for one that is missing, damaged, locked, of another
+// Opens a file that CreateStore has made; throws SqliteError for one that is missing, damaged, locked, of another
 // program or of a newer version, and says which.
-std::unique_ptr<CSqliteDb> OpenStore(const std::wstring& path);
+std::unique_ptr<SqliteDb> OpenStore(const std::wstring& path);
 
 // The same for a file that may not be there yet, or be empty.
-std::unique_ptr<CSqliteDb> CreateStore(const std::wstring& path);
+std::unique_ptr<SqliteDb> CreateStore(const std::wstring& path);
 
-// Throws CSqliteError when pages of the file are damaged. Reads the whole file.
-void VerifyStore(CSqliteDb& db, const std::wstring& path);
+// Throws SqliteError when pages of the file are damaged. Reads the whole file.
+void VerifyStore(SqliteDb& db, const std::wstring& path);
 
 // A fixed number of connections to one file, lent to threads.
-class CStorePool {
+class StorePool {
   public:
-    CStorePool(const std::wstring& path, unsigned connections);
+    StorePool(const std::wstring& path, unsigned connections);
 
-    class CLease {
+    class Lease {
       public:
-        CLease(CStorePool& pool, std::unique_ptr<CSqliteDb> db) : m_pool(pool), m_db(std::move(db)) {}
-        ~CLease() { m_pool.Return(std::move(m_db)); }
-        CLease(const CLease&) = delete;
-        CLease& operator=(const CLease&) = delete;
-        CSqliteDb& Db() const { return *m_db; }
+        Lease(StorePool& pool, std::unique_ptr<SqliteDb> db) : m_pool(pool), m_db(std::move(db)) {}
+        ~Lease() { m_pool.Return(std::move(m_db)); }
+        Lease(const Lease&) = delete;
+        Lease& operator=(const Lease&) = delete;
+        SqliteDb& Db() const { return *m_db; }
 
       private:
-        CStorePool& m_pool;
-        std::unique_ptr<CSqliteDb> m_db;
+        StorePool& m_pool;
+        std::unique_ptr<SqliteDb> m_db;
     };
 
-    CLease Lend();  // waits for a free one
+    Lease Lend();  // waits for a free one
 
   private:
-    void Return(std::unique_ptr<CSqliteDb> db);
+    void Return(std::unique_ptr<SqliteDb> db);
 
     std::mutex m_lock;
     std::condition_variable m_returned;
-    std::vector<std::unique_ptr<CSqliteDb>> m_free;
+    std::vector<std::unique_ptr<SqliteDb>> m_free;
 };
 
 }  // namespace wrb

@@ -6,7 +6,7 @@
 #include "INICache.h"
 #include "Text.h"
 
-CBmPolicyCache* g_pBmPolicyCache = nullptr;
+wrb::BmPolicyCache* g_pBmPolicyCache = nullptr;
 
 namespace {
 
@@ -20,21 +20,20 @@ int32_t ReadNumber(const wchar_t* keyFormat, int32_t index) {
 
 }  // namespace
 
-CBmPolicyCache::CBmPolicyCache() {
+wrb::BmPolicyCache::BmPolicyCache() {
     const auto asked = static_cast<int32_t>(ServerIniCache().readINIInt(kSection, L"Count", 0));
     if (asked > kMaxPolicies) {
-        WRB_LOG('W', L"%s - %d policies asked for, %d are read", L"CBmPolicyCache::CBmPolicyCache", asked,
-                kMaxPolicies);
+        WRB_LOG('W', L"%s - %d policies asked for, %d are read", L"BmPolicyCache::BmPolicyCache", asked, kMaxPolicies);
     }
     const int32_t count = std::clamp<int32_t>(asked, 0, kMaxPolicies);
-    const CExclusiveGuard guard(m_lock);
+    const wrb::ExclusiveGuard guard(m_lock);
     m_policies.reserve(static_cast<std::size_t>(count));
     for (int32_t i = 0; i < count; ++i) {
         m_policies.push_back({ReadNumber(L"PolicyId%d", i), ReadNumber(L"Action%d", i), ReadNumber(L"Enable%d", i)});
     }
 }
 
-std::vector<tagBmPolicy> CBmPolicyCache::Policies() const {
-    const CSharedGuard guard(m_lock);
+std::vector<wrb::BmPolicy> wrb::BmPolicyCache::Policies() const {
+    const wrb::SharedGuard guard(m_lock);
     return m_policies;
 }

@@ -6,31 +6,35 @@
 
 #include "SRWLock.h"
 
+namespace wrb {
+
 // One policy, as the server INI file has it; a key that is missing reads as 0.
-struct tagBmPolicy {
+struct BmPolicy {
     int32_t policyId = 0;  // "PolicyId%d"
     int32_t action = 0;    // "Action%d"
     int32_t enable = 0;    // "Enable%d"
 };
 
-class CBmPolicyCache {
+class BmPolicyCache {
   public:
     // Reads section "VEXOR_BMPolicy" through ServerIniCache, which must have its path by then: "Count" policies,
     // numbered from 0. A count below 0 is none; above kMaxPolicies the rest is left out and a line is logged. Throws
     // std::bad_alloc only.
-    CBmPolicyCache();
-    CBmPolicyCache(const CBmPolicyCache&) = delete;
-    CBmPolicyCache& operator=(const CBmPolicyCache&) = delete;
+    BmPolicyCache();
+    BmPolicyCache(const BmPolicyCache&) = delete;
+    BmPolicyCache& operator=(const BmPolicyCache&) = delete;
 
     // A copy, in the order of the file. Any thread.
-    std::vector<tagBmPolicy> Policies() const;
+    std::vector<BmPolicy> Policies() const;
 
     static constexpr int32_t kMaxPolicies = 1000;
 
   private:
     mutable CWrbSRWLock m_lock;
-    std::vector<tagBmPolicy> m_policies WRB_GUARDED_BY(m_lock);
+    std::vector<BmPolicy> m_policies WRB_GUARDED_BY(m_lock);
 };
 
+}  // namespace wrb
+
 // Set by cmdhl_Initialize, null before it, after cmdhl_Finalize, and when memory did not suffice: test before use.
-extern CBmPolicyCache* g_pBmPolicyCache;
+extern wrb::BmPolicyCache* g_pBmPolicyCache;

@@ -13,8 +13,8 @@ constexpr uint64_t kLeastBytes = 15;
 
 }  // namespace
 
-void AddCommands(CommandMap& map, std::span<const tagCommandRow> rows) {
-    for (const tagCommandRow& row : rows) {
+void AddCommands(CommandMap& map, std::span<const CommandRow> rows) {
+    for (const CommandRow& row : rows) {
         map.try_emplace(row.name, row.handler);
     }
 }

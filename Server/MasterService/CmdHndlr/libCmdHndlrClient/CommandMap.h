@@ -13,7 +13,7 @@ namespace wrb {
 
 using CommandHandler = void (*)(CCmdProtocol& message);
 
-struct tagCommandRow {
+struct CommandRow {
     const wchar_t* name;
     CommandHandler handler;  // null: known, but not built
 };
@@ -23,7 +23,7 @@ struct tagCommandRow {
 using CommandMap = std::map<std::wstring, CommandHandler, std::less<>>;
 
 // Adds the rows in their order. A name that is there already keeps its handler.
-void AddCommands(CommandMap& map, std::span<const tagCommandRow> rows);
+void AddCommands(CommandMap& map, std::span<const CommandRow> rows);
 
 // Runs the handler of the command that `message` holds; see cmdhl_Process for the message and the result. What the
 // handler throws passes through.

@@ -15,12 +15,12 @@ enum class CommandSlot : uint32_t {
 
 // Requests for alert texts are also counted by alert type, in the last slots of the counters, which no row of the table
 // is going to need. Types that are not listed are not counted.
-struct tagAlertSlot {
+struct AlertSlot {
     int32_t type;
     uint32_t slot;
 };
 
-inline constexpr tagAlertSlot kAlertSlots[] = {
+inline constexpr AlertSlot kAlertSlots[] = {
     {0, 120}, {1, 121}, {3, 122}, {5, 123}, {7, 124}, {8, 125}, {15, 126}, {128, 127},
 };
 

@@ -7,11 +7,11 @@
 
 namespace wrb {
 
-void AnswerCommand(const tagAnswerFrame& frame, CCmdProtocol& message) {
+void AnswerCommand(const AnswerFrame& frame, CCmdProtocol& message) {
     std::wstring replyPipe;
     std::wstring output;
     {
-        const CCounterCall call(static_cast<uint32_t>(frame.slot));
+        const CounterCall call(static_cast<uint32_t>(frame.slot));
         std::wstring uid;
         message >> replyPipe >> uid;
         WRB_LOG_FROM(kLogDebug8, frame.sourceFile, frame.line, frame.uidLine, uid.c_str());

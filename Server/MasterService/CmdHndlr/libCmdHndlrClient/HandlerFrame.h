@@ -23,7 +23,7 @@ bool WithoutReset(std::wstring& output, const wchar_t* uid, bool /*bResetCfgFlag
 }
 
 // What sets one answering command apart from another. The texts live as long as the program.
-struct tagAnswerFrame {
+struct AnswerFrame {
     CommandSlot slot;  // where its calls are counted
     AnswerLogic logic;
     const wchar_t* uidLine;     // format, logged at level 8 before the logic runs; its %s is the uid
@@ -38,6 +38,6 @@ struct tagAnswerFrame {
 // answer is sent also when it is empty. The call is counted, and timed from here to before the reply, so that a slow
 // reader does not show as a slow command. What the logic throws passes through, and so does the E_FAIL of a process
 // without counters; the counters are given back either way.
-void AnswerCommand(const tagAnswerFrame& frame, CCmdProtocol& message);
+void AnswerCommand(const AnswerFrame& frame, CCmdProtocol& message);
 
 }  // namespace wrb

@@ -37,7 +37,7 @@ std::wstring LibraryPath() {
 // folder nor the search path gets a say.
 ExtractFunction Bind() {
     const std::wstring path = LibraryPath();
-    CModuleHandle library(
+    ModuleHandle library(
         LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32));
     const FARPROC entry = library ? GetProcAddress(library.Get(), "fpkExtract") : nullptr;
     if (entry == nullptr) {

@@ -32,9 +32,9 @@ void LogFormatError(const Item& item) {
             item.byHead, item.byRear, item.byDirection, item.wPort);
 }
 
-class CRecordForwarder {
+class RecordForwarder {
   public:
-    CRecordForwarder(const wchar_t* uid, const tagCfwLogTargets& targets) : m_uid(uid), m_targets(targets) {}
+    RecordForwarder(const wchar_t* uid, const CfwLogTargets& targets) : m_uid(uid), m_targets(targets) {}
 
     // False when the record is lost.
     template <typename Item>
@@ -57,7 +57,7 @@ class CRecordForwarder {
 
     static bool ShowsAllPaths() { return ServerIniCache().readINIInt("INI_SERVER_SECTION", "CFWShowAllPV", 0) != 0; }
 
-    bool Send(const tagFirewallLogEntry& entry) const {
+    bool Send(const FirewallLogEntry& entry) const {
         if (m_targets.agentClient(entry) != 1) {
             WRB_LOG(kLogDebug8, L"qmaSendFirewallLog: send agent log failed(%s)", m_uid);
         }
@@ -69,15 +69,15 @@ class CRecordForwarder {
     }
 
     const wchar_t* m_uid;
-    const tagCfwLogTargets& m_targets;
-    CLocalTimeText m_time;
-    tagPfwLogTexts m_texts;
+    const CfwLogTargets& m_targets;
+    LocalTimeText m_time;
+    PfwLogTexts m_texts;
 };
 
 template <typename Item>
-int32_t ForwardRecords(HANDLE file, CRecordForwarder& forwarder) {
+int32_t ForwardRecords(HANDLE file, RecordForwarder& forwarder) {
     int32_t result = kForwarded;
-    CPfwLogReader reader(file, sizeof(Item));
+    PfwLogReader reader(file, sizeof(Item));
     while (const void* const record = reader.Next()) {
         if (!forwarder.Forward(*static_cast<const Item*>(record))) {
             result = kRecordLost;
@@ -94,9 +94,9 @@ PfwLogVersion VersionOf(HANDLE file, uint32_t size) {
 
 }  // namespace
 
-int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, const tagCfwLogTargets& targets) {
+int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, const CfwLogTargets& targets) {
     WRB_LOG(kLogDebug8, L"processCFWLogFile: FileName=%s", fileName);
-    const CFileHandle file(
+    const FileHandle file(
         CreateFileW(fileName, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) {
         const DWORD error = GetLastError();
@@ -104,7 +104,7 @@ int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, cons
         return kForwarded;
     }
     const DWORD size = GetFileSize(file.Get(), nullptr);  // no package holds a file that needs the upper half
-    CRecordForwarder forwarder(uid.c_str(), targets);
+    RecordForwarder forwarder(uid.c_str(), targets);
     switch (VersionOf(file.Get(), size)) {
         case PfwLogVersion::kV0:
             return ForwardRecords<SWRB_PFW_LOG_ITEM_V0>(file.Get(), forwarder);

@@ -9,13 +9,13 @@
 namespace wrb {
 
 // Where the records go; each returns 1 when it has taken one.
-struct tagCfwLogTargets {
-    int (*agentClient)(const tagFirewallLogEntry& entry) noexcept;  // a record that it does not take is only logged
-    int (*logPool)(const tagFirewallLogEntry& entry) noexcept;      // one that it does not take marks the result
+struct CfwLogTargets {
+    int (*agentClient)(const FirewallLogEntry& entry) noexcept;  // a record that it does not take is only logged
+    int (*logPool)(const FirewallLogEntry& entry) noexcept;      // one that it does not take marks the result
 };
 
 // processCFWLogFile with other targets. Memory does not grow with the file. Any thread, each with a file of its own.
-int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, const tagCfwLogTargets& targets);
+int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, const CfwLogTargets& targets);
 
 }  // namespace wrb
 

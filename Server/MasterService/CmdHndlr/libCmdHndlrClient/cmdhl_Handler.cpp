@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr wrb::tagCommandRow kCommandTable[] = {
+constexpr wrb::CommandRow kCommandTable[] = {
 #define WRB_COMMAND(name, handler, role, fields, answers) {L"" #name, handler},
 #include "CommandTable.inc"
 #undef WRB_COMMAND
@@ -50,7 +50,7 @@ void InitialiseIniCaches() {
 
 // A second start leaves the first cache as it is: a command that is running may be reading it.
 void CreatePolicyCache() {
-    g_pBmPolicyCache = new (std::nothrow) CBmPolicyCache;
+    g_pBmPolicyCache = new (std::nothrow) wrb::BmPolicyCache;
     if (g_pBmPolicyCache == nullptr) {
         WRB_LOG('E', L"%s - Failed to new g_pBmPolicyCache", L"cmdhl_Initialize");
     }

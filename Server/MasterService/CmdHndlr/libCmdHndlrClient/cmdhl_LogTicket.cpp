@@ -29,39 +29,39 @@ void CleanList(ClientList& clients, int64_t earliest, int64_t latest) {
     WRB_LOG('D', L"%s - [LogTicket] Remove client(%d)  <<", kCleanList, Logged(removed));
 }
 
-CLogTicket& TheTicket() {
-    static CLogTicket ticket(SystemClock(), ScanIniCache(), ServerIniCache());
+LogTicket& TheTicket() {
+    static LogTicket ticket(SystemClock(), ScanIniCache(), ServerIniCache());
     return ticket;
 }
 
 }  // namespace
 
-const tagTicketThreads& CLogTicket::Threads() {
+const TicketThreads& LogTicket::Threads() {
     if (!m_threads) {
         m_threads = m_settings.Threads();
     }
     return *m_threads;
 }
 
-uint32_t CLogTicket::Setting(TicketSetting setting) {
+uint32_t LogTicket::Setting(TicketSetting setting) {
     return m_settings.Read(setting, Threads());
 }
 
-int32_t CLogTicket::Request(const std::wstring& uid) {
+int32_t LogTicket::Request(const std::wstring& uid) {
     WRB_LOG('D', L"%s - >>", kRequest);
     if (!m_settings.IsInForce()) {
         return 0;
     }
     int32_t waitingTime = 0;
     {
-        const CExclusiveGuard guard(m_lock);
+        const ExclusiveGuard guard(m_lock);
         waitingTime = Decide(uid);
     }
     WRB_LOG('D', L"%s - <<", kRequest);
     return waitingTime;
 }
 
-int32_t CLogTicket::Decide(const std::wstring& uid) {
+int32_t LogTicket::Decide(const std::wstring& uid) {
     const int64_t now = m_clock.CalendarSeconds();
     if (const auto held = m_uploading.find(uid); held != m_uploading.end()) {
         WRB_LOG('W',
@@ -72,7 +72,7 @@ int32_t CLogTicket::Decide(const std::wstring& uid) {
         return PutOff(uid, now, WaitingTime());
     }
     CleanUp(now);
-    const tagLimits limits = ReadLimits();
+    const Limits limits = ReadLimits();
     if (m_uploading.size() < limits.free) {
         return Admit(uid, now,
                      L"%s - [LogTicket] put the client into uploading list GUID(%s), current time(%d) timeout(%d)");
@@ -86,8 +86,8 @@ int32_t CLogTicket::Decide(const std::wstring& uid) {
     return PutOff(uid, now, waitingTime);
 }
 
-CLogTicket::tagLimits CLogTicket::ReadLimits() {
-    const tagTicketThreads& threads = Threads();
+LogTicket::Limits LogTicket::ReadLimits() {
+    const TicketThreads& threads = Threads();
     const uint32_t free = Setting(TicketSetting::Free);
     const uint32_t ahead = Setting(TicketSetting::Ahead);
     WRB_LOG('I',
@@ -99,13 +99,13 @@ CLogTicket::tagLimits CLogTicket::ReadLimits() {
 }
 
 // By the length of the queue alone: a client's own place in it, if it has one, deliberately counts for nothing.
-int32_t CLogTicket::WaitingTime() {
+int32_t LogTicket::WaitingTime() {
     const uint32_t ceiling = Setting(TicketSetting::MaxWaitTime);
     const uint32_t wait = static_cast<uint32_t>(m_waiting.size()) / Setting(TicketSetting::Rate) + 1;
     return static_cast<int32_t>(std::min(ceiling, wait));
 }
 
-int32_t CLogTicket::Admit(const std::wstring& uid, int64_t now, const wchar_t* lineFormat) {
+int32_t LogTicket::Admit(const std::wstring& uid, int64_t now, const wchar_t* lineFormat) {
     const int64_t deadline = now + Setting(TicketSetting::UploadTime);
     WRB_LOG('I', lineFormat, kRequest, uid.c_str(), Logged(now), Logged(deadline));
     m_uploading.insert_or_assign(uid, deadline);
@@ -113,14 +113,14 @@ int32_t CLogTicket::Admit(const std::wstring& uid, int64_t now, const wchar_t* l
     return 0;
 }
 
-int32_t CLogTicket::PutOff(const std::wstring& uid, int64_t now, int32_t waitingTime) {
+int32_t LogTicket::PutOff(const std::wstring& uid, int64_t now, int32_t waitingTime) {
     WRB_LOG('I', L"%s - [LogTicket] put the client into waiting list GUID(%s), current time(%d) nWaitingTime(%d)",
             kRequest, uid.c_str(), Logged(now), waitingTime);
     m_waiting.insert_or_assign(uid, now + waitingTime);
     return waitingTime;
 }
 
-void CLogTicket::CleanUp(int64_t now) {
+void LogTicket::CleanUp(int64_t now) {
     if (now - m_lastCleanUp <= Setting(TicketSetting::CleanUpInterval)) {
         return;
     }
@@ -129,13 +129,13 @@ void CLogTicket::CleanUp(int64_t now) {
     m_lastCleanUp = now;
 }
 
-bool CLogTicket::Release(const std::wstring& uid) {
+bool LogTicket::Release(const std::wstring& uid) {
     if (!m_settings.IsInForce()) {
         return true;
     }
     WRB_LOG('D', L"%s - [LogTicket] upload log finish. try to remove client[%s] from log uploading list", kRelease,
             uid.c_str());
-    const CExclusiveGuard guard(m_lock);
+    const ExclusiveGuard guard(m_lock);
     if (m_uploading.erase(uid) != 0) {
         WRB_LOG('D', L"%s - [LogTicket] find the cleint in uploading list! remove client[%s] from log uploading list",
                 kRelease, uid.c_str());

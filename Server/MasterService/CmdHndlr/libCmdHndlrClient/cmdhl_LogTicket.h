@@ -21,13 +21,13 @@ namespace wrb {
 // All times are whole calendar seconds. Settings are read through the caches at every use, but for the two thread
 // numbers, which are read once; all count as unsigned. Any thread may call; the lock is held while a line is logged and
 // while a setting is read, so nothing that the log or a cache does may come back here.
-class CLogTicket {
+class LogTicket {
   public:
     // All three must outlive the ticket.
-    CLogTicket(const IClock& clock, CINICache& scanIni, CINICache& serverIni)
+    LogTicket(const IClock& clock, CINICache& scanIni, CINICache& serverIni)
         : m_clock(clock), m_settings(scanIni, serverIni) {}
-    CLogTicket(const CLogTicket&) = delete;
-    CLogTicket& operator=(const CLogTicket&) = delete;
+    LogTicket(const LogTicket&) = delete;
+    LogTicket& operator=(const LogTicket&) = delete;
 
     // The seconds to wait before asking again; 0: upload now.
     int32_t Request(const std::wstring& uid) WRB_EXCLUDES(m_lock);
@@ -39,27 +39,27 @@ class CLogTicket {
     // From a client's uid to the end of its upload slot, or to the time at which it was told to come back.
     using ClientList = std::map<std::wstring, int64_t>;
 
-    struct tagLimits {
+    struct Limits {
         std::size_t free;
         std::size_t ahead;
     };
 
-    const tagTicketThreads& Threads() WRB_REQUIRES(m_lock);
+    const TicketThreads& Threads() WRB_REQUIRES(m_lock);
     uint32_t Setting(TicketSetting setting) WRB_REQUIRES(m_lock);
     int32_t Decide(const std::wstring& uid) WRB_REQUIRES(m_lock);
-    tagLimits ReadLimits() WRB_REQUIRES(m_lock);
+    Limits ReadLimits() WRB_REQUIRES(m_lock);
     int32_t WaitingTime() WRB_REQUIRES(m_lock);
     int32_t Admit(const std::wstring& uid, int64_t now, const wchar_t* lineFormat) WRB_REQUIRES(m_lock);
     int32_t PutOff(const std::wstring& uid, int64_t now, int32_t waitingTime) WRB_REQUIRES(m_lock);
     void CleanUp(int64_t now) WRB_REQUIRES(m_lock);
 
     const IClock& m_clock;
-    const CTicketSettings m_settings;
+    const TicketSettings m_settings;
     CWrbSRWLock m_lock;
     ClientList m_uploading WRB_GUARDED_BY(m_lock);
     ClientList m_waiting WRB_GUARDED_BY(m_lock);
     int64_t m_lastCleanUp WRB_GUARDED_BY(m_lock) = 0;  // so that the first request cleans
-    std::optional<tagTicketThreads> m_threads WRB_GUARDED_BY(m_lock);
+    std::optional<TicketThreads> m_threads WRB_GUARDED_BY(m_lock);
 };
 
 }  // namespace wrb

@@ -25,7 +25,7 @@ using ScanSetter = bool (*)(CCmdProtocol& message, const wchar_t* uid, bool allA
 // returns. What `store` throws passes through.
 template <typename Store>
 bool Update(CommandSlot slot, CCmdProtocol& message, Store&& store) {
-    wrb::CCounterCall call(static_cast<uint32_t>(slot));
+    wrb::CounterCall call(static_cast<uint32_t>(slot));
     std::wstring uid;
     message >> uid;
     const bool stored = store(message, uid.c_str());

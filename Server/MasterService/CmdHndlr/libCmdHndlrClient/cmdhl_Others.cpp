@@ -48,12 +48,12 @@ void Guarded(const wchar_t* function, Step step) noexcept {
 
 // What is given up at the end of a request, whatever became of it.
 template <typename Step>
-class CAtEnd {
+class AtEnd {
   public:
-    explicit CAtEnd(Step step) : m_step(std::move(step)) {}
-    ~CAtEnd() { Guarded(kSetCfwLog, m_step); }
-    CAtEnd(const CAtEnd&) = delete;
-    CAtEnd& operator=(const CAtEnd&) = delete;
+    explicit AtEnd(Step step) : m_step(std::move(step)) {}
+    ~AtEnd() { Guarded(kSetCfwLog, m_step); }
+    AtEnd(const AtEnd&) = delete;
+    AtEnd& operator=(const AtEnd&) = delete;
 
   private:
     Step m_step;
@@ -67,7 +67,7 @@ void CheckDone(BOOL done, const wchar_t* call, const std::wstring& path) {
     }
 }
 
-struct tagUpload {
+struct Upload {
     std::wstring replyPipe;
     std::wstring uid;
     std::wstring fileName;
@@ -75,8 +75,8 @@ struct tagUpload {
     uint32_t logType = 0;
 };
 
-tagUpload ReadUpload(CCmdProtocol& message) {
-    tagUpload upload;
+Upload ReadUpload(CCmdProtocol& message) {
+    Upload upload;
     message >> upload.replyPipe >> upload.uid >> upload.fileName >> upload.directory >> upload.logType;
     WRB_LOG(kLogDebug8, L"cmdhl_SetCFWLog: UID=%s, FileName=%s, Dir=%s, nLogType=%d", upload.uid.c_str(),
             upload.fileName.c_str(), upload.directory.c_str(), upload.logType);
@@ -87,12 +87,12 @@ bool ProcessFirewallLog(const char* entry, const char* directory, unsigned event
     return cmdhl_ProcessExtractedLog(entry, directory, event, context, processCFWLogFile);
 }
 
-void AnswerPackageTest(const tagUpload& upload, const std::wstring& folder) {
+void AnswerPackageTest(const Upload& upload, const std::wstring& folder) {
     const bool isGood = wrb::TestPackage(upload.fileName, folder);
     wrb::ReplyOrLog(kSetCfwLog, upload.replyPipe, isGood ? L"1" : L"0");
 }
 
-void ProcessPackage(tagUpload& upload, const std::wstring& folder) {
+void ProcessPackage(Upload& upload, const std::wstring& folder) {
     if (upload.logType != kFirewallLogs) {
         WRB_LOG(kLogDebug8, L"cmdhl_SetCFWLog: unknown log type");
     } else if (!wrb::ExtractPackage(upload.fileName, folder, ProcessFirewallLog, &upload.uid)) {
@@ -139,15 +139,14 @@ void cmdhl_GetPFWLogQueryCondition(CCmdProtocol& message) {
 }
 
 void cmdhl_SetCFWLog(CCmdProtocol& message) {
-    const wrb::CCounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_PFW_SET_LOG));
-    tagUpload upload = ReadUpload(message);
+    const wrb::CounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_PFW_SET_LOG));
+    Upload upload = ReadUpload(message);
     const std::wstring folder = wrb::ExtractionDirectory(upload.directory, upload.replyPipe, kReplyPipePrefix);
     // Run in the opposite order: package, folder, ticket.
-    const CAtEnd freePlace([&] { cmdhl_RemoveClientFromLogUploadingList(upload.uid); });
+    const AtEnd freePlace([&] { cmdhl_RemoveClientFromLogUploadingList(upload.uid); });
     CheckDone(CreateDirectoryW(folder.c_str(), nullptr), L"CreateDirectory", folder);  // one that is there does as well
-    const CAtEnd removeFolder([&] { CheckDone(RemoveDirectoryW(folder.c_str()), L"RemoveDirectory", folder); });
-    const CAtEnd deletePackage(
-        [&] { CheckDone(DeleteFileW(upload.fileName.c_str()), L"DeleteFile", upload.fileName); });
+    const AtEnd removeFolder([&] { CheckDone(RemoveDirectoryW(folder.c_str()), L"RemoveDirectory", folder); });
+    const AtEnd deletePackage([&] { CheckDone(DeleteFileW(upload.fileName.c_str()), L"DeleteFile", upload.fileName); });
     AnswerPackageTest(upload, folder);
     ProcessPackage(upload, folder);
 }
@@ -175,7 +174,7 @@ bool cmdhl_ProcessExtractedLog(const char* entry, const char* directory, unsigne
 }
 
 void cmdhl_UpdateCfwCount(CCmdProtocol& message) {
-    wrb::CCounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_PFW_UPDATE_CFW_COUNT));
+    wrb::CounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_PFW_UPDATE_CFW_COUNT));
     std::wstring uid;
     uint32_t number = 0;
     message >> uid >> number;

@@ -3,6 +3,6 @@
 #include "ServiceClient.h"
 
 unsigned cmdhl_OutputCommand(const wchar_t* pipeName, const void* body, uint64_t byteCount) {
-    const wrb::tagService peer = wrb::ServiceWithPipeLines(pipeName, kLogNotice5);
+    const wrb::Service peer = wrb::ServiceWithPipeLines(pipeName, kLogNotice5);
     return static_cast<unsigned>(wrb::SendToService(peer, body, byteCount));
 }

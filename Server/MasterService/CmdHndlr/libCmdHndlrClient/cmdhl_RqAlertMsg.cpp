@@ -13,10 +13,10 @@
 namespace {
 
 // A type that is counted has a slot of its own and adds to the command's, which so counts all of these.
-class CAlertCount {
+class AlertCount {
   public:
-    explicit CAlertCount(int32_t type) {
-        const auto* const found = std::ranges::find(wrb::kAlertSlots, type, &wrb::tagAlertSlot::type);
+    explicit AlertCount(int32_t type) {
+        const auto* const found = std::ranges::find(wrb::kAlertSlots, type, &wrb::AlertSlot::type);
         if (found != std::end(wrb::kAlertSlots)) {
             m_all.emplace(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_CMDHL_GET_CLN_ALERT_MSG));
             m_type.emplace(found->slot);
@@ -24,8 +24,8 @@ class CAlertCount {
     }
 
   private:
-    std::optional<wrb::CCounterCall> m_all;
-    std::optional<wrb::CCounterCall> m_type;
+    std::optional<wrb::CounterCall> m_all;
+    std::optional<wrb::CounterCall> m_type;
 };
 
 }  // namespace
@@ -36,7 +36,7 @@ void cmdhl_GetClnAlertMsg(CCmdProtocol& message) {
     uint32_t number = 0;
     message >> replyPipe >> uid >> number;
     const auto alertType = static_cast<int32_t>(number);
-    const CAlertCount count(alertType);
+    const AlertCount count(alertType);
     WRB_LOG(kLogInfo, L"cmdhl_GetClnAlertMsg >>> (%d)", alertType);
     std::wstring text;
     const int32_t result = cmdhm_GetClnAlertMsg(text, uid.c_str(), alertType, 1);

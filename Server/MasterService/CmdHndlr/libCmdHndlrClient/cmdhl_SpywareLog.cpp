@@ -20,7 +20,7 @@
 
 namespace {
 
-struct tagSpywareUpload {
+struct SpywareUpload {
     wrb::CommandSlot slot;
     const wchar_t* name;          // of the handler, in its log lines
     std::size_t replyPipePrefix;  // agents of this command put so much in front of what is unique
@@ -30,13 +30,13 @@ struct tagSpywareUpload {
 };
 
 // Agents take the manifest's 0 for what it is: an answer, whatever came of the package.
-constexpr tagSpywareUpload kSpywareLog = {
+constexpr SpywareUpload kSpywareLog = {
     wrb::CommandSlot::CMDHL_SET_SPYWARELOG, L"cmdhl_SetSpywareLog", 20, true, 0, L"1"};
-constexpr tagSpywareUpload kBackupManifest = {
+constexpr SpywareUpload kBackupManifest = {
     wrb::CommandSlot::CMDHL_SET_SPYWARE_BACKUP_MANIFEST, L"cmdhl_SetSpywareBackupManifest", 33, false, 2, L"0"};
 
 // Unlike the firewall log's, the folder outlives the request: one that is there already holds another's material.
-bool MakeFolder(const tagSpywareUpload& kind, const std::wstring& folder) {
+bool MakeFolder(const SpywareUpload& kind, const std::wstring& folder) {
     if (CreateDirectoryW(folder.c_str(), nullptr)) {
         return true;
     }
@@ -45,7 +45,7 @@ bool MakeFolder(const tagSpywareUpload& kind, const std::wstring& folder) {
     return false;
 }
 
-bool Unpack(const tagSpywareUpload& kind, const std::wstring& package, const std::wstring& folder) {
+bool Unpack(const SpywareUpload& kind, const std::wstring& package, const std::wstring& folder) {
     if (wrb::ExtractPackage(package, folder, nullptr, nullptr)) {
         return true;
     }
@@ -53,8 +53,8 @@ bool Unpack(const tagSpywareUpload& kind, const std::wstring& package, const std
     return false;
 }
 
-void TakeUpload(const tagSpywareUpload& kind, CCmdProtocol& message) {
-    const wrb::CCounterCall call(static_cast<uint32_t>(kind.slot));
+void TakeUpload(const SpywareUpload& kind, CCmdProtocol& message) {
+    const wrb::CounterCall call(static_cast<uint32_t>(kind.slot));
     std::wstring replyPipe;
     std::wstring uid;
     std::wstring fileName;
@@ -93,7 +93,7 @@ void cmdhl_SetSpywareBackupManifest(CCmdProtocol& message) {
 }
 
 void cmdhl_SetSpywareRestoreLog(CCmdProtocol& message) {
-    const wrb::CCounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_SET_SPYWARE_RESTORE_LOG));
+    const wrb::CounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_SET_SPYWARE_RESTORE_LOG));
     std::wstring replyPipe;
     std::wstring uid;
     uint32_t first = 0;
@@ -105,7 +105,7 @@ void cmdhl_SetSpywareRestoreLog(CCmdProtocol& message) {
 }
 
 void cmdhl_SetStatusFlag(CCmdProtocol& message) {
-    wrb::CCounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_SET_STATFLAG));
+    wrb::CounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_SET_STATFLAG));
     std::wstring uid;
     message >> uid;
     const uint32_t word1 = wrb::TakeUnsigned(message);

@@ -25,7 +25,7 @@ constexpr DWORD kGuidCharacters = 64;
 constexpr uint64_t kMostBytes = 16 << 20;  // of a log; the profile functions take a file into memory whole
 constexpr unsigned kMostEntries = 10'000;  // of a package: a few kilobytes of it would unpack to gigabytes of records
 
-struct tagFindTraits {
+struct FindTraits {
     using Type = HANDLE;
     static HANDLE Empty() noexcept { return INVALID_HANDLE_VALUE; }
     static void Close(HANDLE search) noexcept { FindClose(search); }
@@ -44,9 +44,9 @@ const wchar_t* WhyPassedOver(const std::wstring& path, const WIN32_FIND_DATAW& e
     return !isFolder && bytes > kMostBytes ? L"too large" : nullptr;
 }
 
-class CSpywareLogWalk {
+class SpywareLogWalk {
   public:
-    explicit CSpywareLogWalk(HANDLE stopEvent) : m_stopEvent(stopEvent), m_names(kNamesCharacters + 2) {}
+    explicit SpywareLogWalk(HANDLE stopEvent) : m_stopEvent(stopEvent), m_names(kNamesCharacters + 2) {}
 
     // Each of these returns false when the walk is to end. The depth is bounded by the length of a path.
     bool WalkFolder(const std::wstring& folder);
@@ -63,9 +63,9 @@ class CSpywareLogWalk {
     std::vector<wchar_t> m_names;  // one buffer for all files, and two NULs that nobody writes over
 };
 
-bool CSpywareLogWalk::WalkFolder(const std::wstring& folder) {
+bool SpywareLogWalk::WalkFolder(const std::wstring& folder) {
     WIN32_FIND_DATAW entry;
-    const wrb::CUniqueHandle<tagFindTraits> found(FindFirstFileW((folder + L"\\*.*").c_str(), &entry));
+    const wrb::UniqueHandle<FindTraits> found(FindFirstFileW((folder + L"\\*.*").c_str(), &entry));
     if (!found) {
         return true;
     }
@@ -81,7 +81,7 @@ bool CSpywareLogWalk::WalkFolder(const std::wstring& folder) {
     return true;
 }
 
-bool CSpywareLogWalk::VisitEntry(const std::wstring& path, const WIN32_FIND_DATAW& entry) {
+bool SpywareLogWalk::VisitEntry(const std::wstring& path, const WIN32_FIND_DATAW& entry) {
     if (const wchar_t* const reason = WhyPassedOver(path, entry)) {
         WRB_LOG(kLogDebug8, L"%s - passed over, %s: %s", kFunction, reason, path.c_str());
         return true;
@@ -89,7 +89,7 @@ bool CSpywareLogWalk::VisitEntry(const std::wstring& path, const WIN32_FIND_DATA
     return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? WalkFolder(path) : RecordLog(path);
 }
 
-bool CSpywareLogWalk::RecordLog(const std::wstring& path) {
+bool SpywareLogWalk::RecordLog(const std::wstring& path) {
     wchar_t guid[kGuidCharacters] = L"";
     GetPrivateProfileStringW(kGeneralInfo, L"GUID", L"", guid, kGuidCharacters, path.c_str());
     const auto sectionCount =
@@ -111,7 +111,7 @@ bool CSpywareLogWalk::RecordLog(const std::wstring& path) {
     return true;
 }
 
-bool CSpywareLogWalk::RecordEntry(const std::wstring& path, const wchar_t* name, const wchar_t* guid) {
+bool SpywareLogWalk::RecordEntry(const std::wstring& path, const wchar_t* name, const wchar_t* guid) {
     if (m_entries == kMostEntries) {
         WRB_LOG(kLogWarning, L"%s - more than %u entries, left out from here on: %s", kFunction, kMostEntries,
                 path.c_str());
@@ -134,13 +134,13 @@ std::wstring FullPath(const char* directory) {
 void cmdhl_ScanSpywareLogDir(const char* directory) {
     // Where no open descriptor can be made, the mutex of the feedback log cannot be shared, and nothing can be
     // recorded.
-    wrb::tagOpenSecurity security;
+    wrb::OpenSecurity security;
     if (wrb::InitOpenSecurity(security, false) != nullptr) {
         return;
     }
-    const wrb::CKernelHandle stopEvent(OpenEventW(EVENT_ALL_ACCESS, FALSE, wrb::kServerStopEvent));
+    const wrb::KernelHandle stopEvent(OpenEventW(EVENT_ALL_ACCESS, FALSE, wrb::kServerStopEvent));
     const std::wstring folder = FullPath(directory);
     if (stopEvent && !folder.empty()) {
-        CSpywareLogWalk(stopEvent.Get()).WalkFolder(folder);
+        SpywareLogWalk(stopEvent.Get()).WalkFolder(folder);
     }
 }

@@ -27,39 +27,39 @@ constexpr wchar_t kFunction[] = L"cmdhl_AppendWtcRecord";
 constexpr wchar_t kMutexName[] = L"wrby_wtc_mutex";
 constexpr DWORD kWaitMilliseconds = 3000;
 
-struct tagWtcRecord {
+struct WtcRecord {
     std::array<char, 129> entryName;
     std::array<char, 37> guid;
 };
-static_assert(sizeof(tagWtcRecord) == 166);
+static_assert(sizeof(WtcRecord) == 166);
 
 // Other programs of the server use the mutex under other accounts. One of them may have made it, and then it need not
 // grant all that a creator asks for.
-wrb::CKernelHandle OpenWtcMutex() {
-    wrb::tagOpenSecurity security;
+wrb::KernelHandle OpenWtcMutex() {
+    wrb::OpenSecurity security;
     if (wrb::InitOpenSecurity(security, false) == nullptr) {
-        if (wrb::CKernelHandle mutex(CreateMutexW(&security.attributes, FALSE, kMutexName)); mutex) {
+        if (wrb::KernelHandle mutex(CreateMutexW(&security.attributes, FALSE, kMutexName)); mutex) {
             return mutex;
         }
     }
-    return wrb::CKernelHandle(OpenMutexW(SYNCHRONIZE | MUTEX_MODIFY_STATE, FALSE, kMutexName));
+    return wrb::KernelHandle(OpenMutexW(SYNCHRONIZE | MUTEX_MODIFY_STATE, FALSE, kMutexName));
 }
 
-class CWtcLock {
+class WtcLock {
   public:
-    CWtcLock() : m_mutex(OpenWtcMutex()) {
+    WtcLock() : m_mutex(OpenWtcMutex()) {
         const DWORD wait = m_mutex ? WaitForSingleObject(m_mutex.Get(), kWaitMilliseconds) : WAIT_FAILED;
         // Abandoned: its owner died while it wrote. The log is a row of records; the next one goes behind the last.
         m_owned = wait == WAIT_OBJECT_0 || wait == WAIT_ABANDONED;
     }
-    ~CWtcLock() { ReleaseMutex(m_mutex.Get()); }  // fails, without harm, where it is not owned
-    CWtcLock(const CWtcLock&) = delete;
-    CWtcLock& operator=(const CWtcLock&) = delete;
+    ~WtcLock() { ReleaseMutex(m_mutex.Get()); }  // fails, without harm, where it is not owned
+    WtcLock(const WtcLock&) = delete;
+    WtcLock& operator=(const WtcLock&) = delete;
 
     explicit operator bool() const noexcept { return m_owned; }
 
   private:
-    wrb::CKernelHandle m_mutex;
+    wrb::KernelHandle m_mutex;
     bool m_owned = false;
 };
 
@@ -82,13 +82,13 @@ std::wstring WtcLogPath(const std::wstring& home) {
     return folder + L"\\wtc.log";
 }
 
-struct tagFileClose {
+struct FileClose {
     void operator()(std::FILE* file) const noexcept { std::fclose(file); }
 };
 
 // On failure `error` is the system's code.
-bool AppendToFile(const std::wstring& path, const tagWtcRecord& record, DWORD& error) {
-    std::unique_ptr<std::FILE, tagFileClose> file(_wfsopen(path.c_str(), L"at", _SH_DENYNO));
+bool AppendToFile(const std::wstring& path, const WtcRecord& record, DWORD& error) {
+    std::unique_ptr<std::FILE, FileClose> file(_wfsopen(path.c_str(), L"at", _SH_DENYNO));
     if (file == nullptr || std::fwrite(&record, sizeof record, 1, file.get()) != 1) {
         error = GetLastError();  // before the file is closed
         return false;
@@ -111,12 +111,12 @@ bool cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid) {
         WRB_LOG(kLogError, L"%s - no home folder", kFunction);
         return false;
     }
-    const CWtcLock lock;
+    const WtcLock lock;
     if (!lock) {
         WRB_LOG(kLogDebug8, L"%s - the feedback log is busy", kFunction);
         return false;
     }
-    tagWtcRecord record;
+    WtcRecord record;
     FillField(record.entryName, entryName);
     FillField(record.guid, guid);
     const std::wstring path = WtcLogPath(home);
@@ -127,7 +127,7 @@ bool cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid) {
 }
 
 void cmdhl_AddWtcLog(CCmdProtocol& message) {
-    const wrb::CCounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_ADD_WTC_LOG));
+    const wrb::CounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_ADD_WTC_LOG));
     std::wstring entryName;
     std::wstring guid;
     message >> entryName >> guid;

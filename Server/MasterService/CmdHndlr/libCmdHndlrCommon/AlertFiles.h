@@ -6,7 +6,7 @@
 
 namespace wrb {
 
-struct tagAlertFile {
+struct AlertFile {
     int32_t type;
     const wchar_t* name;
     const wchar_t* textKey;
@@ -15,7 +15,7 @@ struct tagAlertFile {
 
 // In the order in which the files are read. Agents know the keys as they are: "AlertWRS" goes with "AlertWSR.MSG", and
 // "LenFirewallf" has an f at its end. Type 0 stands first; it is the type of every number that is not listed.
-inline constexpr tagAlertFile kAlertFiles[] = {
+inline constexpr AlertFile kAlertFiles[] = {
     {0, L"ALERT.MSG", L"AlertAV", L"LenAV"},
     {1, L"ALERTCFW.MSG", L"AlertFirewall", L"LenFirewallf"},
     {3, L"AlertAS.MSG", L"AlertAS", L"LenAS"},
@@ -36,8 +36,8 @@ inline constexpr tagAlertFile kAlertFiles[] = {
 inline constexpr std::size_t kAlertsBeforeSettings[] = {0, 2, 1, 3, 4, 5, 6, 7, 9, 10, 11, 8};
 inline constexpr std::size_t kAlertBehindSettings = 12;
 
-constexpr const tagAlertFile& FindAlertFile(int32_t type) {
-    for (const tagAlertFile& file : kAlertFiles) {
+constexpr const AlertFile& FindAlertFile(int32_t type) {
+    for (const AlertFile& file : kAlertFiles) {
         if (file.type == type) {
             return file;
         }

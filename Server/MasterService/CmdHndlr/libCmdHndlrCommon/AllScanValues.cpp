@@ -10,28 +10,28 @@ namespace {
 constexpr std::size_t kReplyRoom = 20480;
 constexpr std::size_t kSectionRoom = 2048;
 
-uint32_t ExclusionFlags(const tagClnAllScanCfg& config, std::size_t scan) {
+uint32_t ExclusionFlags(const AllScanConfig& config, std::size_t scan) {
     const bool scanNow = static_cast<ScanType>(scan) == ScanType::SN;
     return config.scans[scanNow ? static_cast<std::size_t>(ScanType::PS) : scan].flags;
 }
 
 }  // namespace
 
-AllScanValues TakeAllScanValues(tagClnAllScanCfg&& config, tagClnAllScanCfgEx&& lists) {
+AllScanValues TakeAllScanValues(AllScanConfig&& config, AllScanLists&& lists) {
     AllScanValues values;
     for (std::size_t scan = 0; scan < kScanTypeCount; ++scan) {
         const auto type = static_cast<ScanType>(scan);
-        tagScanGroupValues& exclusion = values[ScanGroupIndex(type, ScanGroupKind::Exclusion)];
+        ScanGroupValues& exclusion = values[ScanGroupIndex(type, ScanGroupKind::Exclusion)];
         exclusion.flags = ExclusionFlags(config, scan);
         exclusion.excludedFolder = std::move(lists.scans[scan].excludedFolder);
         exclusion.excludedFile = std::move(lists.scans[scan].excludedFile);
         exclusion.excludedExt = std::move(lists.scans[scan].excludedExt);
 
-        tagScanGroupValues& spyware = values[ScanGroupIndex(type, ScanGroupKind::Spyware)];
+        ScanGroupValues& spyware = values[ScanGroupIndex(type, ScanGroupKind::Spyware)];
         spyware.flags = config.spywareFlags[scan];
         spyware.excludeFileExtList = std::move(lists.scans[scan].excludeFileExtList);
 
-        tagScanGroupValues& main = values[ScanGroupIndex(type, ScanGroupKind::Main)];
+        ScanGroupValues& main = values[ScanGroupIndex(type, ScanGroupKind::Main)];
         main = std::move(config.scans[scan]);
         main.cleanFailedMoveDir = main.moveDir;
     }

@@ -11,11 +11,11 @@ namespace {
 constexpr uint32_t kLongestText = 65535;
 
 // Reads one section; the text buffer is made for the first text and serves them all.
-class CSectionReader {
+class SectionReader {
   public:
-    CSectionReader(CINICache& ini, const ScanGroup& group) : m_ini(ini), m_section(group.section.data()) {}
+    SectionReader(CINICache& ini, const ScanGroup& group) : m_ini(ini), m_section(group.section.data()) {}
 
-    void Read(const ScanRow& row, tagScanGroupValues& values) {
+    void Read(const ScanRow& row, ScanGroupValues& values) {
         switch (row.kind) {
             case ScanRowKind::Bit:
                 values.flags |= static_cast<int32_t>(ReadNumber(row)) > 0 ? row.bits : 0;
@@ -58,7 +58,7 @@ bool IsText(const ScanRow& row) {
     return row.kind == ScanRowKind::Text || row.kind == ScanRowKind::CustomActionPair;
 }
 
-bool WriteRow(CINICache& ini, const wchar_t* section, const ScanRow& row, const tagScanGroupValues& values) {
+bool WriteRow(CINICache& ini, const wchar_t* section, const ScanRow& row, const ScanGroupValues& values) {
     const wchar_t* const key = row.key.data();
     switch (row.kind) {
         case ScanRowKind::Bit:
@@ -94,7 +94,7 @@ bool SurvivesAnIniFile(std::wstring_view text) {
            !isBlank(text.front()) && !isBlank(text.back()) && !(isQuote(text.front()) && text.front() == text.back());
 }
 
-tagScanIniWrite WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const tagScanGroupValues& values) {
+ScanIniWrite WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const ScanGroupValues& values) {
     for (const ScanRow& row : group.rows) {
         if (IsText(row) && !FitsAnIniLine(values.*row.text)) {
             WRB_LOG(kLogError, L"%s - no line of a file can hold the text for [%s] %s", L"WriteScanGroupIni",
@@ -102,7 +102,7 @@ tagScanIniWrite WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const 
             return {};
         }
     }
-    tagScanIniWrite result{.complete = true};
+    ScanIniWrite result{.complete = true};
     for (const ScanRow& row : group.rows) {
         const bool written = WriteRow(ini, group.section.data(), row, values);
         result.complete = written && result.complete;
@@ -111,15 +111,15 @@ tagScanIniWrite WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const 
     return result;
 }
 
-void ReadScanGroupIni(CINICache& ini, const ScanGroup& group, tagScanGroupValues& values) {
+void ReadScanGroupIni(CINICache& ini, const ScanGroup& group, ScanGroupValues& values) {
     values = {};
-    CSectionReader section(ini, group);
+    SectionReader section(ini, group);
     for (const ScanRow& row : group.rows) {
         section.Read(row, values);
     }
     if (group.kind == ScanGroupKind::Main) {
         const ScanGroup& exclusion = FindScanGroup(group.type, ScanGroupKind::Exclusion);
-        CSectionReader exclusionSection(ini, exclusion);
+        SectionReader exclusionSection(ini, exclusion);
         for (const ScanRow& row : exclusion.rows) {
             if (row.kind == ScanRowKind::Bit) {
                 exclusionSection.Read(row, values);

@@ -13,7 +13,7 @@ namespace wrb {
 // Reads every setting of the group's section (ScanGroup.h gives keys and defaults) into `values`, which it sets anew. A
 // switch is on when its number is greater than 0. A main group also takes the switch of its exclusion section into its
 // option word. Throws only for lack of memory.
-void ReadScanGroupIni(CINICache& ini, const ScanGroup& group, tagScanGroupValues& values);
+void ReadScanGroupIni(CINICache& ini, const ScanGroup& group, ScanGroupValues& values);
 
 // A line of the file cannot hold a line break or a NUL.
 bool FitsAnIniLine(std::wstring_view text) noexcept;
@@ -23,7 +23,7 @@ bool FitsAnIniLine(std::wstring_view text) noexcept;
 // 65535 bytes in that code page.
 bool SurvivesAnIniFile(std::wstring_view text);
 
-struct tagScanIniWrite {
+struct ScanIniWrite {
     bool complete = false;    // every key was written
     uint32_t bitsStored = 0;  // the option bits of the switches that were written
 };
@@ -32,6 +32,6 @@ struct tagScanIniWrite {
 // them. When one of them does not fit, nothing at all is written. A key that cannot be written does not keep the others
 // from being written; each such key costs the cache's attempts, 0.6 seconds. Either leaves a log line. Throws only for
 // lack of memory.
-tagScanIniWrite WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const tagScanGroupValues& values);
+ScanIniWrite WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const ScanGroupValues& values);
 
 }  // namespace wrb

@@ -23,8 +23,7 @@ bool ShowsBothFolders(const ScanGroup& group, ScanUpdateLevel level) {
 
 // The prescheduled line has twelve numbers: those of the record, and the one that its message carries as a number and
 // its record as bits.
-void AddNumbers(std::wstring& line, const ScanGroup& group, const tagScanUpdate& update,
-                const tagScanGroupValues& values) {
+void AddNumbers(std::wstring& line, const ScanGroup& group, const ScanUpdate& update, const ScanGroupValues& values) {
     for (const ScanNumber member : group.numbers.subspan(1)) {
         Add(line, values.*member);
     }
@@ -35,13 +34,13 @@ void AddNumbers(std::wstring& line, const ScanGroup& group, const tagScanUpdate&
     }
 }
 
-std::wstring MainLine(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const tagScanUpdate& update,
-                      const tagScanGroupValues& values) {
+std::wstring MainLine(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update,
+                      const ScanGroupValues& values) {
     const wchar_t* const who = level == ScanUpdateLevel::Agent ? uid : level == ScanUpdateLevel::All ? L"All" : L"ini";
     std::wstring line = FormatWide(L"set %s:[%s][%08x][%08x]", group.logTag.data(), who, update.value, update.mask);
     AddNumbers(line, group, update, values);
     for (const ScanText member : group.texts) {
-        if (member != &tagScanGroupValues::cleanFailedMoveDir || ShowsBothFolders(group, level)) {
+        if (member != &ScanGroupValues::cleanFailedMoveDir || ShowsBothFolders(group, level)) {
             Add(line, values.*member);
         }
     }
@@ -49,8 +48,8 @@ std::wstring MainLine(const ScanGroup& group, ScanUpdateLevel level, const wchar
 }
 
 // The blank before the colon is how readers of the log know these lines. The real-time line of the INI ends early.
-std::wstring ExclusionLine(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid,
-                           const tagScanUpdate& update, const tagScanGroupValues& values) {
+std::wstring ExclusionLine(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update,
+                           const ScanGroupValues& values) {
     const wchar_t* const who = level == ScanUpdateLevel::Agent ? uid : level == ScanUpdateLevel::All ? L"all" : L"ini";
     std::wstring line = FormatWide(L"set %s :[%s][%08x][%08x]", group.logTag.data(), who, update.value, update.mask);
     for (const ScanText member : group.texts) {
@@ -63,8 +62,7 @@ std::wstring ExclusionLine(const ScanGroup& group, ScanUpdateLevel level, const 
     return line;
 }
 
-std::wstring SpywareLine(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid,
-                         const tagScanUpdate& update) {
+std::wstring SpywareLine(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update) {
     const wchar_t* const suffix = level == ScanUpdateLevel::Agent ? L""
                                   : level == ScanUpdateLevel::All ? L"All"
                                                                   : L"Ini";
@@ -75,8 +73,8 @@ std::wstring SpywareLine(const ScanGroup& group, ScanUpdateLevel level, const wc
     return line + FormatWide(L"[%08x][%08x]", update.value, update.mask);
 }
 
-std::wstring Line(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const tagScanUpdate& update,
-                  const tagScanGroupValues& values) {
+std::wstring Line(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update,
+                  const ScanGroupValues& values) {
     switch (group.kind) {
         case ScanGroupKind::Main:
             return MainLine(group, level, uid, update, values);
@@ -90,8 +88,8 @@ std::wstring Line(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* 
 
 }  // namespace
 
-void LogScanUpdate(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const tagScanUpdate& update,
-                   const tagScanGroupValues& values) {
+void LogScanUpdate(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update,
+                   const ScanGroupValues& values) {
     WRB_LOG(kLogDebug8, L"%s", Line(group, level, uid, update, values).c_str());
     if (group.kind == ScanGroupKind::Spyware && group.type != ScanType::RT) {
         WRB_LOG(kLogDebug8, L"[cmdhm_Set%s][Exclusion - file extension list:%s]", group.name.data(),

@@ -9,7 +9,7 @@ namespace wrb {
 enum class ScanUpdateLevel { Agent, All, Ini };
 
 // `uid` is used at the agent's level only. A spyware group with a list gets a second line.
-void LogScanUpdate(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const tagScanUpdate& update,
-                   const tagScanGroupValues& values);
+void LogScanUpdate(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update,
+                   const ScanGroupValues& values);
 
 }  // namespace wrb

@@ -6,18 +6,18 @@
 namespace wrb {
 namespace {
 
-using Threads = uint32_t tagTicketThreads::*;
+using Threads = uint32_t TicketThreads::*;
 
-struct tagTicketRow {
+struct TicketRow {
     const char* key;
     uint32_t defaultValue;  // for a key that has no thread number for its default
     Threads defaultThreads;
 };
 
 // In the order of TicketSetting.
-constexpr tagTicketRow kRows[] = {
-    {"NumberOfConcurrentLogUploadingClient", 0, &tagTicketThreads::fixed},
-    {"NumberOfMaxConcurrentLogUploadingClient", 0, &tagTicketThreads::maximum},
+constexpr TicketRow kRows[] = {
+    {"NumberOfConcurrentLogUploadingClient", 0, &TicketThreads::fixed},
+    {"NumberOfMaxConcurrentLogUploadingClient", 0, &TicketThreads::maximum},
     {"NumberOfMaxProcessingLogInSec", 4, nullptr},
     {"MaxWaitTime", 1800, nullptr},
     {"MaxUploadTime", 60, nullptr},
@@ -25,17 +25,17 @@ constexpr tagTicketRow kRows[] = {
 };
 static_assert(std::size(kRows) == static_cast<std::size_t>(TicketSetting::kCount));
 
-const tagTicketRow& RowOf(TicketSetting setting) noexcept {
+const TicketRow& RowOf(TicketSetting setting) noexcept {
     return kRows[static_cast<std::size_t>(setting)];
 }
 
 }  // namespace
 
-bool CTicketSettings::IsInForce() const {
+bool TicketSettings::IsInForce() const {
     return m_scanIni.readINIInt("Global Setting", "EnablePFWLogUploadingTicket", -1) == 1;
 }
 
-tagTicketThreads CTicketSettings::Threads() const {
+TicketThreads TicketSettings::Threads() const {
     const auto read = [this](const char* key, int32_t defaultValue) {
         return m_scanIni.readINIInt("INI_SERVER_SECTION", key, defaultValue);
     };
@@ -43,8 +43,8 @@ tagTicketThreads CTicketSettings::Threads() const {
     return {read("Command_Handler_Static_Thread_Number", 20), read("Command_Handler_Maxium_Thread_Number", 40)};
 }
 
-uint32_t CTicketSettings::Read(TicketSetting setting, const tagTicketThreads& threads) const {
-    const tagTicketRow& row = RowOf(setting);
+uint32_t TicketSettings::Read(TicketSetting setting, const TicketThreads& threads) const {
+    const TicketRow& row = RowOf(setting);
     const uint32_t defaultValue = row.defaultThreads != nullptr ? threads.*row.defaultThreads : row.defaultValue;
     const uint32_t value = m_serverIni.readINIInt("LOG_TICKET_SECTION", row.key, static_cast<int32_t>(defaultValue));
     if (row.defaultThreads != nullptr) {
@@ -53,7 +53,7 @@ uint32_t CTicketSettings::Read(TicketSetting setting, const tagTicketThreads& th
     return setting == TicketSetting::Rate && value == 0 ? defaultValue : value;
 }
 
-const char* CTicketSettings::Key(TicketSetting setting) noexcept {
+const char* TicketSettings::Key(TicketSetting setting) noexcept {
     return RowOf(setting).key;
 }
 

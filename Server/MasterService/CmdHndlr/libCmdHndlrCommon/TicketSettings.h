@@ -19,19 +19,19 @@ enum class TicketSetting : uint32_t {
 };
 
 // The server's thread numbers, by which the first two settings are defaulted and bounded.
-struct tagTicketThreads {
+struct TicketThreads {
     uint32_t fixed;
     uint32_t maximum;
 };
 
 // Every call reads through the caches, which must outlive the object. Numbers count as unsigned. Any thread.
-class CTicketSettings {
+class TicketSettings {
   public:
-    CTicketSettings(CINICache& scanIni, CINICache& serverIni) : m_scanIni(scanIni), m_serverIni(serverIni) {}
+    TicketSettings(CINICache& scanIni, CINICache& serverIni) : m_scanIni(scanIni), m_serverIni(serverIni) {}
 
     bool IsInForce() const;  // without it every client may upload
-    tagTicketThreads Threads() const;
-    uint32_t Read(TicketSetting setting, const tagTicketThreads& threads) const;
+    TicketThreads Threads() const;
+    uint32_t Read(TicketSetting setting, const TicketThreads& threads) const;
 
     static const char* Key(TicketSetting setting) noexcept;  // in "LOG_TICKET_SECTION" of the server INI
 

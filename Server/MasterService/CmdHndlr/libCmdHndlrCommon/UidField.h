@@ -8,10 +8,10 @@
 
 namespace wrb {
 
-class CUidField {
+class UidField {
   public:
     // Cuts a longer text; null counts as empty.
-    explicit CUidField(const wchar_t* uid) noexcept {
+    explicit UidField(const wchar_t* uid) noexcept {
         while (uid != nullptr && m_length < kUidCharacters && uid[m_length] != L'\0') {
             m_text[m_length] = uid[m_length];
             ++m_length;

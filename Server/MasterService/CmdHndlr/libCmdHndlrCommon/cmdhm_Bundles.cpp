@@ -6,7 +6,7 @@
 #include "DebugLog.h"
 #include "UidField.h"
 
-using wrb::CUidField;
+using wrb::UidField;
 
 namespace {
 
@@ -16,7 +16,7 @@ using AskDbBundle = bool (*)(const wchar_t* uid, Record& record, const wchar_t* 
 
 // Asks, with the lines that most of the getters log.
 template <typename Record>
-bool Ask(AskDbBundle<Record> ask, const wchar_t* function, const CUidField& uid, Record& record) {
+bool Ask(AskDbBundle<Record> ask, const wchar_t* function, const wrb::UidField& uid, Record& record) {
     WRB_LOG(kLogDebug8, L"%s - pszUid=%s", function, uid.CStr());
     if (!ask(uid.CStr(), record, function)) {
         WRB_LOG(kLogDebug8, L"%s - failed to send command to DB server", function);
@@ -26,7 +26,7 @@ bool Ask(AskDbBundle<Record> ask, const wchar_t* function, const CUidField& uid,
 }
 
 template <typename Container, typename Record>
-void Export(std::wstring& out, const CUidField& uid, const Record& record) {
+void Export(std::wstring& out, const wrb::UidField& uid, const Record& record) {
     Container container;
     container.m_uid = uid.View();
     container.m_content = record;
@@ -38,9 +38,9 @@ bool AskSampleSubmission(const wchar_t* uid, tagClientSampleSubmissionCfg& cfg, 
     return dbGetSampleSubmissionCfgW(uid, cfg);
 }
 
-bool ExportPolicies(std::wstring& out, const CUidField& uid, const wchar_t* function) {
+bool ExportPolicies(std::wstring& out, const wrb::UidField& uid, const wchar_t* function) {
     WRB_LOG(kLogDebug8, L"%s - pszUid=%s", function, uid.CStr());
-    tagPolicyTrackingInfoList policies;
+    wrb::PolicyTrackingInfoList policies;
     if (!dbGetPolicyTrackingInfoW(uid.CStr(), policies, function)) {
         WRB_LOG(kLogDebug8, L"%s - DB_SEND_AND_RECV(DBV2_GET_POLICY_TRACKING_INFO) failed", function);
         return false;
@@ -56,10 +56,10 @@ bool ExportPolicies(std::wstring& out, const CUidField& uid, const wchar_t* func
 
 bool cmdhm_GetFARestoreSetting(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag) {
     constexpr const wchar_t* kName = L"cmdhm_GetFARestoreSetting";
-    const CUidField uid(pszUid);
+    const wrb::UidField uid(pszUid);
     WRB_LOG(kLogDebug8, L"%s - cmdhm_GetFARestoreSetting(pszUid=%s, bResetCfgFlag=%d)", kName, uid.CStr(),
             static_cast<int>(bResetCfgFlag));
-    tagFARestoreItemList items;
+    wrb::FARestoreItemList items;
     if (!dbGetFARestoreItem(uid.CStr(), items, kName)) {
         WRB_LOG(kLogDebug8, L"%s - dbGetFARestoreItem is failed", kName);
         return false;
@@ -72,7 +72,7 @@ bool cmdhm_GetFARestoreSetting(std::wstring& out, const wchar_t* pszUid, bool bR
 }
 
 bool cmdhm_GetNCIESetting(std::wstring& out, const wchar_t* pszUid) {
-    const CUidField uid(pszUid);
+    const wrb::UidField uid(pszUid);
     tagClientNCIECfg cfg;
     if (!Ask(dbGetClientNcieCfgW, L"cmdhm_GetNCIESetting", uid, cfg)) {
         return false;
@@ -82,7 +82,7 @@ bool cmdhm_GetNCIESetting(std::wstring& out, const wchar_t* pszUid) {
 }
 
 bool cmdhm_GetSampleSubmissionSetting(std::wstring& out, const wchar_t* pszUid) {
-    const CUidField uid(pszUid);
+    const wrb::UidField uid(pszUid);
     tagClientSampleSubmissionCfg cfg;
     if (!Ask(AskSampleSubmission, L"cmdhm_GetSampleSubmissionSetting", uid, cfg)) {
         return false;
@@ -92,7 +92,7 @@ bool cmdhm_GetSampleSubmissionSetting(std::wstring& out, const wchar_t* pszUid) 
 }
 
 bool cmdhm_GetSablexSetting(std::wstring& out, const wchar_t* pszUid) {
-    const CUidField uid(pszUid);
+    const wrb::UidField uid(pszUid);
     tagClientSablexConfig cfg;
     if (!Ask(dbGetSablexCfgW, L"cmdhm_GetSablexSetting", uid, cfg)) {
         return false;
@@ -103,7 +103,7 @@ bool cmdhm_GetSablexSetting(std::wstring& out, const wchar_t* pszUid) {
 
 bool cmdhm_GetAggrScanSetting(std::wstring& out, const wchar_t* pszUid) {
     constexpr const wchar_t* kName = L"cmdhm_GetAggrScanSetting";
-    const CUidField uid(pszUid);
+    const wrb::UidField uid(pszUid);
     tagClientAggrScanConfig cfg;
     if (!Ask(dbGetAggrScanCfgW, kName, uid, cfg)) {
         return false;
@@ -118,7 +118,7 @@ bool cmdhm_GetAggrScanSetting(std::wstring& out, const wchar_t* pszUid) {
 bool cmdhm_GetQMAgentPolicyInfo(std::wstring& out, const wchar_t* pszUid) {
     constexpr const wchar_t* kName = L"cmdhm_GetQMAgentPolicyInfo";
     WRB_LOG(kLogDebug8, L"%s - >>>", kName);
-    const bool found = ExportPolicies(out, CUidField(pszUid), kName);
+    const bool found = ExportPolicies(out, wrb::UidField(pszUid), kName);
     WRB_LOG(kLogDebug8, L"%s - <<<", kName);
     return found;
 }

@@ -43,7 +43,7 @@ bool ReadMessageFile(std::wstring& output, const std::wstring& home, const wchar
     if (*path == L'\0') {
         return false;
     }
-    const wrb::CFileHandle file(
+    const wrb::FileHandle file(
         CreateFileW(path, FILE_READ_DATA, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     wchar_t text[kTextCharacters] = {};
     DWORD bytesRead = 0;
@@ -73,7 +73,7 @@ std::size_t AppendEncoded(std::wstring& output, std::wstring_view message) {
     return characters;
 }
 
-void AppendMessage(std::wstring& output, const wrb::tagAlertFile& file, std::wstring_view message) {
+void AppendMessage(std::wstring& output, const wrb::AlertFile& file, std::wstring_view message) {
     output.append(file.textKey).append(L" = ");
     const std::size_t length = AppendEncoded(output, message);
     output.append(L"\n").append(file.lengthKey).append(L" = ").append(std::to_wstring(length)).append(L"\n");

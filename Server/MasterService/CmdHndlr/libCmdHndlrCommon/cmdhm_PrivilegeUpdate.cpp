@@ -5,13 +5,13 @@
 #include "UidField.h"
 
 bool cmdhm_SetPrivileges(CCmdProtocol& message, const wchar_t* uid, std::span<const wrb::DbPrivilegeBit> bits) {
-    const wrb::CUidField field(uid);
+    const wrb::UidField field(uid);
     if (field.IsEmpty()) {
         WRB_LOG(kLogError, L"%s - UID is empty", L"cmdhm_SetPrivileges");
         return false;
     }
-    tagDbPrivilege value;
-    tagDbPrivilege mask;
+    wrb::DbPrivilege value;
+    wrb::DbPrivilege mask;
     for (const wrb::DbPrivilegeBit bit : bits) {
         wrb::AddPrivilege(mask, bit);
         if (wrb::ReadSwitch(message)) {

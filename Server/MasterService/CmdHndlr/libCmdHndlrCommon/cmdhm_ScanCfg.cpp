@@ -23,7 +23,7 @@ namespace {
 
 constexpr const wchar_t* kServerWide = L"ini";  // stands in log lines where an agent's has its uid
 
-void LogMain(const ScanGroup& group, const wchar_t* who, const tagScanGroupValues& v) {
+void LogMain(const ScanGroup& group, const wchar_t* who, const ScanGroupValues& v) {
     if (group.type == ScanType::PS) {
         WRB_LOG(kLogDebug8, L"get ps:[%s][%08x][%d][%d][%d][%d][%d][%d][%d][%d][%d][%d][%d][%s][%s][%s][%s]", who,
                 v.flags, v.compressedLayer, v.oleLayer, v.possibleVirusCustActInActiveAct, v.frequency, v.hour,
@@ -36,12 +36,12 @@ void LogMain(const ScanGroup& group, const wchar_t* who, const tagScanGroupValue
             v.cleanFailedMoveDir.c_str(), v.custAction.c_str());
 }
 
-void LogExclusion(const ScanGroup& group, const wchar_t* who, const tagScanGroupValues& v) {
+void LogExclusion(const ScanGroup& group, const wchar_t* who, const ScanGroupValues& v) {
     WRB_LOG(kLogDebug8, L"get %s:[%s][%08x][%s][%s][%s]", group.logTag.data(), who, v.flags, v.excludedFolder.c_str(),
             v.excludedFile.c_str(), v.excludedExt.c_str());
 }
 
-void LogSpyware(const ScanGroup& group, const CUidField& uid, const tagScanGroupValues& v) {
+void LogSpyware(const ScanGroup& group, const UidField& uid, const ScanGroupValues& v) {
     const wchar_t* const name = group.name.data();
     if (uid.IsEmpty()) {
         WRB_LOG(kLogDebug8, L"[cmdhm_Get%sIni][%08x]", name, v.flags);
@@ -53,7 +53,7 @@ void LogSpyware(const ScanGroup& group, const CUidField& uid, const tagScanGroup
     }
 }
 
-void LogValues(const ScanGroup& group, const CUidField& uid, const tagScanGroupValues& values) {
+void LogValues(const ScanGroup& group, const UidField& uid, const ScanGroupValues& values) {
     const wchar_t* const who = uid.IsEmpty() ? kServerWide : uid.CStr();
     switch (group.kind) {
         case ScanGroupKind::Main:
@@ -66,7 +66,7 @@ void LogValues(const ScanGroup& group, const CUidField& uid, const tagScanGroupV
 }
 
 // The texts of a main or an exclusion group, from the answer's fields.
-void TakeTexts(const ScanGroup& group, const std::wstring& answer, tagScanGroupValues& values) {
+void TakeTexts(const ScanGroup& group, const std::wstring& answer, ScanGroupValues& values) {
     CCmdProtocol fields(answer.data(), static_cast<int64_t>(answer.size() * sizeof(wchar_t)));
     if (group.kind == ScanGroupKind::Exclusion) {
         fields >> values.excludedFolder >> values.excludedFile >> values.excludedExt;
@@ -78,7 +78,7 @@ void TakeTexts(const ScanGroup& group, const std::wstring& answer, tagScanGroupV
     CompleteCustomAction(ScanIniCache(), values.custAction);
 }
 
-bool GetFromDatabase(const ScanGroup& group, tagScanGroupValues& values, const CUidField& uid, bool bResetCfgFlag) {
+bool GetFromDatabase(const ScanGroup& group, ScanGroupValues& values, const UidField& uid, bool bResetCfgFlag) {
     const bool hasTexts = group.kind != ScanGroupKind::Spyware;
     std::wstring texts;
     if (!GetDbScanGroup(group, uid.CStr(), values) || (hasTexts && !dbGetExtraW(uid.CStr(), group.configFlag, texts))) {
@@ -96,9 +96,9 @@ bool GetFromDatabase(const ScanGroup& group, tagScanGroupValues& values, const C
 
 }  // namespace
 
-bool GetScanGroup(const ScanGroup& group, tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag) {
+bool GetScanGroup(const ScanGroup& group, ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag) {
     values = {};
-    const CUidField field(uid);
+    const UidField field(uid);
     if (!field.IsEmpty()) {
         return GetFromDatabase(group, values, field, bResetCfgFlag);
     }
@@ -109,11 +109,11 @@ bool GetScanGroup(const ScanGroup& group, tagScanGroupValues& values, const wcha
 
 bool GetAndExportScanGroup(const ScanGroup& group, std::wstring& out, const wchar_t* uid, bool bResetCfgFlag) {
     out.clear();
-    tagScanGroupValues values;
+    ScanGroupValues values;
     if (!GetScanGroup(group, values, uid, bResetCfgFlag)) {
         return false;
     }
-    ExportScanGroup(out, group, CUidField(uid).View(), values);
+    ExportScanGroup(out, group, UidField(uid).View(), values);
     return true;
 }
 
@@ -121,9 +121,9 @@ bool GetAndExportScanGroup(const ScanGroup& group, std::wstring& out, const wcha
 
 bool cmdhm_GetAllScanCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag) {
     out.clear();
-    const wrb::CUidField field(uid);
-    tagClnAllScanCfg config;
-    tagClnAllScanCfgEx lists;
+    const wrb::UidField field(uid);
+    wrb::AllScanConfig config;
+    wrb::AllScanLists lists;
     if (!dbGetClnAllScanCfgW(field.CStr(), config, L"cmdhm_GetAllScanCfg") ||
         (config.hasExtra && !dbGetClnAllScanExW(field.CStr(), lists, L"cmdhm_GetAllScanCfg")) || !config.hasConfig) {
         return false;
@@ -137,7 +137,7 @@ bool cmdhm_GetAllScanCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFl
 
 // The named functions of every group.
 #define WRB_SCAN_GROUP(name, type, kind)                                                                               \
-    bool cmdhm_Get##name(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag) {                         \
+    bool cmdhm_Get##name(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag) {                       \
         return wrb::GetScanGroup(wrb::FindScanGroup(ScanType::type, ScanGroupKind::kind), values, uid, bResetCfgFlag); \
     }                                                                                                                  \
     bool cmdhm_GetAndExport##name(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag) {                         \

@@ -11,18 +11,18 @@
 #include "ScanGroup.h"
 
 // The values of one group, set anew; after a failure they are not to be used.
-bool cmdhm_GetMSCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetRTCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetPSCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetSNCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetMSCfgEx(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetRTCfgEx(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetPSCfgEx(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetSNCfgEx(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetSpyMSCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetSpyRTCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetSpyPSCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetSpySNCfg(tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetMSCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetRTCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetPSCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSNCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetMSCfgEx(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetRTCfgEx(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetPSCfgEx(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSNCfgEx(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSpyMSCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSpyRTCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSpyPSCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSpySNCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
 
 // The group's section, alone in `out`, which is empty after a failure.
 bool cmdhm_GetAndExportMSCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
@@ -48,7 +48,7 @@ bool cmdhm_GetSpyRestoreList(std::wstring& out, const wchar_t* uid);
 namespace wrb {
 
 // The same for callers that walk the groups.
-bool GetScanGroup(const ScanGroup& group, tagScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool GetScanGroup(const ScanGroup& group, ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
 bool GetAndExportScanGroup(const ScanGroup& group, std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
 
 }  // namespace wrb

@@ -29,8 +29,8 @@ void ReadText(CCmdProtocol& message, std::wstring& text) {
 }
 
 // The member `flags` becomes the update's value.
-tagScanGroupValues ReadFields(const ScanGroup& group, CCmdProtocol& message) {
-    tagScanGroupValues values;
+ScanGroupValues ReadFields(const ScanGroup& group, CCmdProtocol& message) {
+    ScanGroupValues values;
     for (const ScanRow* const row : group.updateRows) {
         switch (row->kind) {
             case ScanRowKind::Bit:
@@ -64,13 +64,13 @@ void ReportRealTimeStatus(uint32_t oldEnable, uint32_t newEnable) {
     }
 }
 
-bool SetIni(const ScanGroup& group, const tagScanUpdate& update, const tagScanGroupValues& values) {
+bool SetIni(const ScanGroup& group, const ScanUpdate& update, const ScanGroupValues& values) {
     const bool realTime = group.type == ScanType::RT && group.kind == ScanGroupKind::Main;
-    tagScanGroupValues before;
+    ScanGroupValues before;
     if (realTime) {
         ReadScanGroupIni(ScanIniCache(), group, before);
     }
-    const tagScanIniWrite written = WriteScanGroupIni(ScanIniCache(), group, values);
+    const ScanIniWrite written = WriteScanGroupIni(ScanIniCache(), group, values);
     LogScanUpdate(group, ScanUpdateLevel::Ini, L"", update, values);
     if (realTime && (written.bitsStored & kEnableBit) != 0) {
         ReportRealTimeStatus(before.flags & kEnableBit, values.flags & kEnableBit);
@@ -78,8 +78,7 @@ bool SetIni(const ScanGroup& group, const tagScanUpdate& update, const tagScanGr
     return written.complete;
 }
 
-bool SetAgent(const ScanGroup& group, const wchar_t* uid, const tagScanUpdate& update,
-              const tagScanGroupValues& values) {
+bool SetAgent(const ScanGroup& group, const wchar_t* uid, const ScanUpdate& update, const ScanGroupValues& values) {
     const bool sent =
         SetDbScanGroup(group, uid, update, values) &&
         (group.kind != ScanGroupKind::Exclusion || SetDbScanFlags(group.type, uid, update.value, update.mask)) &&
@@ -88,7 +87,7 @@ bool SetAgent(const ScanGroup& group, const wchar_t* uid, const tagScanUpdate& u
     return sent;
 }
 
-bool SetAll(const ScanGroup& group, const tagScanUpdate& update, const tagScanGroupValues& values) {
+bool SetAll(const ScanGroup& group, const ScanUpdate& update, const ScanGroupValues& values) {
     const bool sent =
         SetAllDbScanGroup(group, update, values) &&
         (group.kind != ScanGroupKind::Exclusion || SetAllDbScanFlags(group.type, update.value, update.mask)) &&
@@ -101,9 +100,9 @@ bool SetAll(const ScanGroup& group, const tagScanUpdate& update, const tagScanGr
 
 bool SetScanGroup(const ScanGroup& group, CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini,
                   uint32_t flag) {
-    const tagScanGroupValues values = ReadFields(group, message);
-    const tagScanUpdate update{.value = values.flags, .mask = group.updateMask, .flag = flag};
-    const CUidField field(uid);
+    const ScanGroupValues values = ReadFields(group, message);
+    const ScanUpdate update{.value = values.flags, .mask = group.updateMask, .flag = flag};
+    const UidField field(uid);
     bool stored = ini && SetIni(group, update, values);
     if (!field.IsEmpty()) {
         stored = SetAgent(group, field.CStr(), update, values);

@@ -22,7 +22,7 @@ void AppendSessions(std::wstring& out, CCmdProtocol& answer) {
 bool cmdhm_GetSpyRestoreList(std::wstring& out, const wchar_t* uid) {
     out.clear();
     std::wstring sessions;
-    if (!dbGetBackupLogAllSessionsW(wrb::CUidField(uid).CStr(), sessions) || sessions.empty()) {
+    if (!dbGetBackupLogAllSessionsW(wrb::UidField(uid).CStr(), sessions) || sessions.empty()) {
         return false;
     }
     out = L"[Spyware Restore Session]\n";

@@ -17,7 +17,7 @@ constexpr const wchar_t* kName = L"cmdhm_GetWtpSetting";
 constexpr const wchar_t* kKeySection = L"INI_SERVER_SECTION";
 constexpr const wchar_t* kKeyName = L"StringProtectionKey";
 
-bool HasAddresses(const tagWtpValues& values) {
+bool HasAddresses(const wrb::WtpValues& values) {
     return wrb::HasIniItem(values.approvedIn) || wrb::HasIniItem(values.approvedOut) ||
            wrb::HasIniItem(values.blockedIn) || wrb::HasIniItem(values.blockedOut);
 }
@@ -35,8 +35,8 @@ std::optional<wrb::ProtectionKey> ReadKey() {
 }
 
 // The section, or nothing: an agent is to keep what it has rather than get its lists in the clear, or get none.
-std::optional<std::wstring> Render(const wrb::CUidField& uid, const tagClientWCSConfig& cfg) {
-    std::optional<wrb::CStringProtection> protection;
+std::optional<std::wstring> Render(const wrb::UidField& uid, const tagClientWCSConfig& cfg) {
+    std::optional<wrb::StringProtection> protection;
     std::wstring section;
     try {
         if (HasAddresses(cfg)) {
@@ -60,7 +60,7 @@ std::optional<std::wstring> Render(const wrb::CUidField& uid, const tagClientWCS
 }  // namespace
 
 bool cmdhm_GetWtpSetting(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag) {
-    const wrb::CUidField uid(pszUid);
+    const wrb::UidField uid(pszUid);
     WRB_LOG(kLogDebug8, L"cmdhm_GetWtpSetting(pszUid=%s, bResetCfgFlag=%d)", uid.CStr(),
             static_cast<int>(bResetCfgFlag));
     tagClientWCSConfig cfg;

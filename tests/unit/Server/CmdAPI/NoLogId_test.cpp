@@ -12,9 +12,9 @@ bool cwCreateGUID(wchar_t*, std::size_t) {
 }
 
 TEST(NoLogId, NothingIsSent) {
-    const wrb::test::CFakePipeService pool(kLogPoolPipe);
+    const wrb::test::FakePipeService pool(kLogPoolPipe);
     EXPECT_EQ(dbSetRestoreLogW(L"uid", 1, 2), 0);
-    EXPECT_EQ(TakeCapturedLog(), (std::vector<tagCapturedLine>{{'E', L"dbSetRestoreLogW - Fail to create log ID"}}));
+    EXPECT_EQ(TakeCapturedLog(), (std::vector<CapturedLine>{{'E', L"dbSetRestoreLogW - Fail to create log ID"}}));
     EXPECT_EQ(cmdlog_SendCfwLog({}), 1);
     EXPECT_EQ(pool.WaitFor(1).size(), 1u) << "only the message that needs no id";
 }

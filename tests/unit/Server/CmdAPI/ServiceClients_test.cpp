@@ -22,26 +22,26 @@ namespace {
 using testing::_;
 using testing::ElementsAre;
 using testing::MatchesRegex;
-using wrb::test::CFakePipeService;
+using wrb::test::FakePipeService;
 
-constexpr tagFirewallLogEntry kEntry = {L"uid-1", L"20240131", L"235958", L"10.0.0.7",          L"fe80::1%5", 6, 65535,
-                                        2,        443,         1,         L"C:\\\u00DC\t\"x\"", L"info",      0};
+constexpr wrb::FirewallLogEntry kEntry = {
+    L"uid-1", L"20240131", L"235958", L"10.0.0.7", L"fe80::1%5", 6, 65535, 2, 443, 1, L"C:\\\u00DC\t\"x\"", L"info", 0};
 
-std::vector<tagCapturedLine> LogOf(const std::function<void()>& call) {
+std::vector<CapturedLine> LogOf(const std::function<void()>& call) {
     TakeCapturedLog();
     call();
     return TakeCapturedLog();
 }
 
 std::string OneMessage(const wchar_t* pipe, const std::function<int()>& send) {
-    const CFakePipeService service(pipe);
+    const FakePipeService service(pipe);
     EXPECT_EQ(send(), 1);
     const auto messages = service.WaitFor(1);
     return messages.size() == 1 ? messages[0].bytes : "no message";
 }
 
 std::vector<std::wstring> TextsOf(const std::string& message) {
-    wrb::test::tagDbRequest request;
+    wrb::test::DbRequest request;
     request.request = message;
     return request.Texts();
 }
@@ -56,10 +56,10 @@ std::string RowOf(const wchar_t* command, const std::function<int()>& send) {
 TEST(ServiceClients, TextsTravelWithTheirNul) {
     _putenv_s("TZ", "UTC0");
     _tzset();
-    tagFirewallLogEntry entry = kEntry;
+    wrb::FirewallLogEntry entry = kEntry;
     entry.localHost = L"10.0.0.7\t1";  // an address does not move the numbers
     entry.remoteHost = L"fe80::1%5\n";
-    tagFirewallLogEntry undated = entry;
+    wrb::FirewallLogEntry undated = entry;
     undated.date = L"";
     const std::wstring rest = L"\t10.0.0.7\tfe80::1%5\t6\t65535\t2\t443\t1\t0\tC:\\\u00DC\t\"x\"\tinfo";
     const std::pair<std::function<int()>, std::wstring> cases[] = {
@@ -127,10 +127,10 @@ TEST(ServiceClients, AnyMessageIsFinalizedAndSentWhole) {
 }
 
 TEST(ServiceClients, AbsentServiceIsOneLine) {
-    const tagCapturedLine plain{'E', L"Initial pipe client failed! err=2"};
-    const tagCapturedLine pool{'E', L"init pipe client [Global\\LogPoolCommandManager] failed! err=[2]"};
+    const CapturedLine plain{'E', L"Initial pipe client failed! err=2"};
+    const CapturedLine pool{'E', L"init pipe client [Global\\LogPoolCommandManager] failed! err=[2]"};
     EXPECT_THAT(LogOf([] { EXPECT_EQ(qmaSendRtsStatusChange(1), 0); }),
-                ElementsAre(tagCapturedLine{'D', L"[caClient] Send CMDHQM_EVENT_RTS_STATUS_CHANGE\t1"}, plain));
+                ElementsAre(CapturedLine{'D', L"[caClient] Send CMDHQM_EVENT_RTS_STATUS_CHANGE\t1"}, plain));
     EXPECT_THAT(LogOf([] { EXPECT_EQ(wrbSetSpywareLogEvent(0), 0); }), ElementsAre(plain));
     EXPECT_THAT(LogOf([] { EXPECT_EQ(dbSetRestoreLogW(nullptr, 0, 0), 0); }), ElementsAre(pool));
     CMsgSerializer message(L"KEPT");
@@ -154,14 +154,14 @@ TEST(LogPool, ComKeepsTheModelThatTheThreadHas) {
                     const UTIL::CComInitiator outer(COINIT_APARTMENTTHREADED);
                     const UTIL::CComInitiator inner(COINIT_MULTITHREADED);
                 }),
-                testing::ElementsAreArray<tagCapturedLine>(
+                testing::ElementsAreArray<CapturedLine>(
                     {{'W', guard + L"CComInitiator - CoInitializeEx failed due to the thread model change "
                                    L"(RPC_E_CHANGED_MODE) with COM error code: [-2147417850]."},
                      {'W', guard + L"CComInitiator - Keep the original thread model."},
                      {'D', guard + L"~CComInitiator - Due to CoInitializeEx failed, skip to call CoUninitialize."}}));
     wchar_t id[36];
     EXPECT_THAT(LogOf([&] { EXPECT_FALSE(cwCreateGUID(id, std::size(id))); }),
-                ElementsAre(tagCapturedLine{'E', L"cwCreateGUID - Fail to get result, HRESULT=0x8007007a"}));
+                ElementsAre(CapturedLine{'E', L"cwCreateGUID - Fail to get result, HRESULT=0x8007007a"}));
     // Both guards gave back what they took: the thread is free for the other model.
     EXPECT_TRUE(LogOf([] { const UTIL::CComInitiator free(COINIT_MULTITHREADED); }).empty());
 }

@@ -24,9 +24,9 @@ std::string TextOf(const Bytes& bytes) {
 }
 
 // A package beside an empty target folder, both gone after the test.
-class CPackageFolder {
+class PackageFolder {
   public:
-    CPackageFolder() { std::filesystem::create_directory(m_root / L"target"); }
+    PackageFolder() { std::filesystem::create_directory(m_root / L"target"); }
 
     std::string Target() const { return (m_root / L"target").string(); }
 
@@ -50,10 +50,10 @@ class CPackageFolder {
   private:
     std::string Package() const { return (m_root / L"package.cab").string(); }
 
-    wrb::test::CTempFolder m_root;
+    wrb::test::TempFolder m_root;
 };
 
-std::vector<tagNewEntry> GoodEntries() {
+std::vector<NewEntry> GoodEntries() {
     return {{"empty.log", {}}, {"sub\\text.log", kText}, {"noise.dat", Noise(100000)}, {"sub\\deep\\text.log", kText}};
 }
 
@@ -65,8 +65,8 @@ bool Record(const char* entry, const char* directory, unsigned event, void* cont
 }
 
 TEST(FpkExtract, UnpacksWhatTheCallbackAdmitsAndThenReportsIt) {
-    CPackageFolder folder;
-    std::vector<tagNewEntry> entries = GoodEntries();
+    PackageFolder folder;
+    std::vector<NewEntry> entries = GoodEntries();
     entries.insert(entries.begin() + 2, {"left out", Noise(40000)});
     std::string events;
     ASSERT_TRUE(folder.Extract(BuildCabinet(entries), Record, &events));
@@ -80,7 +80,7 @@ TEST(FpkExtract, UnpacksWhatTheCallbackAdmitsAndThenReportsIt) {
 }
 
 TEST(FpkExtract, WritesIntoFoldersThatAreThereButOverNoFile) {
-    CPackageFolder folder;
+    PackageFolder folder;
     const std::filesystem::path target(folder.Target());
     std::filesystem::create_directory(target / "sub");
     wrb::test::WriteAll(target / "sub" / "old", "old");
@@ -97,7 +97,7 @@ TEST(FpkExtract, ThreadsUnpackSideBySide) {
     const Bytes cabinet = BuildCabinet(GoodEntries());
     wrb::test::OnThreads(8, [&](unsigned) {
         for (int round = 0; round < 5; ++round) {
-            CPackageFolder folder;
+            PackageFolder folder;
             EXPECT_TRUE(folder.Extract(cabinet));
             EXPECT_EQ(folder.Files().size(), 6u);
         }
@@ -115,7 +115,7 @@ std::size_t EntryAt(const Bytes& cabinet, std::size_t index) {
 }
 
 TEST(HostilePackage, ABadNameRefusesTheWholePackage) {
-    CPackageFolder folder;
+    PackageFolder folder;
     const std::string tooLong(259 - folder.Target().size(), 'x');
     for (const std::string& name :
          {std::string("..\\evil"), std::string("C:\\evil"), std::string("good:stream"), std::string("sub\\NUL"),
@@ -129,7 +129,7 @@ TEST(HostilePackage, ABadNameRefusesTheWholePackage) {
 }
 
 TEST(HostilePackage, ACutPackageLeavesNothing) {
-    CPackageFolder folder;
+    PackageFolder folder;
     const Bytes whole = BuildCabinet({{"a\\first", kText}, {"second", Noise(300)}});
     for (std::size_t length = 0; length < whole.size(); ++length) {
         EXPECT_FALSE(folder.Extract(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length))))
@@ -149,7 +149,7 @@ TEST(HostilePackage, AChangedByteNeverYieldsOtherData) {
             SCOPED_TRACE(testing::Message() << "byte " << place << " ^ " << int{flip});
             Bytes changed = whole;
             changed[place] ^= flip;
-            const CPackageFolder folder;
+            const PackageFolder folder;
             const bool extracted = folder.Extract(changed);
             std::size_t files = 0;
             for (const auto& [name, data] : folder.Files()) {
@@ -165,12 +165,12 @@ TEST(HostilePackage, AChangedByteNeverYieldsOtherData) {
 
 TEST(HostilePackage, PromisesBeyondTheLimitsAreRefused) {
     constexpr uint32_t kMostEntryBytes = 256u << 20;
-    const std::vector<tagNewEntry> entries{{"a", kText}, {"b", kText}, {"c", kText}, {"d", kText}, {"e", kText}};
+    const std::vector<NewEntry> entries{{"a", kText}, {"b", kText}, {"c", kText}, {"d", kText}, {"e", kText}};
     // large: how many entries promise `bytes`
     const std::pair<std::size_t, uint32_t> cases[] = {{1, 0xFFFFFFFF},      {1, 0x7FFFFFFF}, {1, kMostEntryBytes + 1},
                                                       {5, kMostEntryBytes}, {1, 3},          {1, 5}};
     for (const auto& [large, bytes] : cases) {
-        CPackageFolder folder;
+        PackageFolder folder;
         Bytes cabinet = BuildCabinet(entries);
         for (std::size_t i = 0; i < large; ++i) {
             std::memcpy(&cabinet.at(EntryAt(cabinet, 4 - i)), &bytes, sizeof bytes);
@@ -183,17 +183,17 @@ TEST(HostilePackage, PromisesBeyondTheLimitsAreRefused) {
 // Entries in falling order make a reader unpack the data before them again for each.
 TEST(HostilePackage, EndlessRereadingIsStopped) {
     constexpr uint32_t kLarge = 4 << 20;
-    std::vector<tagNewEntry> entries{{"large", Noise(kLarge)}};
+    std::vector<NewEntry> entries{{"large", Noise(kLarge)}};
     for (int i = 0; i < 200; ++i) {
         entries.push_back({std::to_string(i), kText});
     }
     Bytes cabinet = BuildCabinet(entries);
-    EXPECT_TRUE(CPackageFolder().Extract(cabinet));
+    EXPECT_TRUE(PackageFolder().Extract(cabinet));
     for (uint32_t i = 1; i <= 200; ++i) {
         const uint32_t offset = kLarge + 4 * (200 - i);
         std::memcpy(&cabinet.at(EntryAt(cabinet, i) + 4), &offset, sizeof offset);
     }
-    EXPECT_FALSE(CPackageFolder().Extract(cabinet));
+    EXPECT_FALSE(PackageFolder().Extract(cabinet));
 }
 
 TEST(EntryName, OnlyPlainRelativePathsPass) {

@@ -36,8 +36,8 @@ constexpr char kForm[] = "application/x-www-form-urlencoded";
 const std::wstring kReader = L"CGetCGINameValuePair::CGetCGINameValuePair";
 
 // A request as a test wants it, with a home folder of its own.
-struct CFakeGateway final : wrb::IGateway {
-    CFakeGateway() { std::filesystem::create_directories(home / L"web\\console\\cgi"); }
+struct FakeGateway final : wrb::IGateway {
+    FakeGateway() { std::filesystem::create_directories(home / L"web\\console\\cgi"); }
 
     std::optional<std::string> Variable(const wchar_t* name) override {
         const auto found = variables.find(name);
@@ -62,7 +62,7 @@ struct CFakeGateway final : wrb::IGateway {
                                                   std::filesystem::directory_iterator());
     }
 
-    const wrb::test::CTempFolder home;
+    const wrb::test::TempFolder home;
     std::map<std::wstring, std::string> variables;
     std::string body;
 };
@@ -79,17 +79,17 @@ std::wstring Parameters(CGetParameterImp& request) {
 }
 
 // What came of a request.
-struct tagOutcome {
+struct Outcome {
     int status;
     std::wstring parameters;
-    std::vector<tagCapturedLine> lines;
+    std::vector<CapturedLine> lines;
 
     bool Logged(uint32_t level, const std::wstring& text) const {
-        return std::ranges::find(lines, tagCapturedLine{level, text}) != lines.end();
+        return std::ranges::find(lines, CapturedLine{level, text}) != lines.end();
     }
 };
 
-tagOutcome Fetch(CFakeGateway& gateway) {
+Outcome Fetch(FakeGateway& gateway) {
     TakeCapturedLog();
     CGetParameterImp request(false, false, gateway);
     return {request.GetInitializationResult(), Parameters(request), TakeCapturedLog()};
@@ -132,9 +132,9 @@ TEST(GetParameter, TakesQueriesAndFormsApart) {
         {"a=1" + std::string(200000, '\0'), L"a=1|"},
     };
     for (const auto& [text, parameters] : cases) {
-        CFakeGateway gateway;
+        FakeGateway gateway;
         gateway.variables = {{L"REQUEST_METHOD", "GET"}, {L"QUERY_STRING", text}};
-        const tagOutcome get = Fetch(gateway);
+        const Outcome get = Fetch(gateway);
         EXPECT_TRUE(get.status == kCgiFetched && get.parameters == parameters) << text.substr(0, 99);
         gateway.Post("APPLICATION/x-www-form-urlencoded; charset=utf-8", text);
         EXPECT_TRUE(Fetch(gateway).parameters == parameters) << text.substr(0, 99);
@@ -151,9 +151,9 @@ TEST(GetParameter, AnswersEveryKindOfRequestWithItsStatus) {
         {{{L"REQUEST_METHOD", "POST"}, {L"CONTENT_TYPE", "MultiPart/Form-Data"}}, kCgiMultipartNoBoundary},
     };
     for (const auto& [variables, status] : cases) {
-        CFakeGateway gateway;
+        FakeGateway gateway;
         gateway.variables = variables;
-        const tagOutcome outcome = Fetch(gateway);
+        const Outcome outcome = Fetch(gateway);
         EXPECT_EQ(outcome.status, status);
         EXPECT_EQ(outcome.parameters, L"");
         EXPECT_EQ(
@@ -173,18 +173,18 @@ TEST(GetParameter, RefusesABodyBeyondTheLimit) {
         {"UseDefaultMaxCGIPostSize=no", "MaxCGIPostSizeInK=much", 5120},
     };
     for (const auto& [scanIni, serverIni, limitInK] : cases) {
-        CFakeGateway gateway;
+        FakeGateway gateway;
         std::filesystem::create_directories(gateway.home / L"private");
         wrb::test::WriteAll(gateway.home / L"wrbscan.ini", "[Global Setting]\r\n" + scanIni + "\r\n");
         wrb::test::WriteAll(gateway.home / L"private\\wrbserver.ini", "[INI_SERVER_SECTION]\r\n" + serverIni + "\r\n");
         const std::size_t limit = limitInK * 1024;
         gateway.Post(kForm, "a=1", std::to_string(limit + 1));
-        const tagOutcome outcome = Fetch(gateway);
+        const Outcome outcome = Fetch(gateway);
         EXPECT_EQ(outcome.parameters, L"");
         const std::wstring useDefault = scanIni.ends_with('1') ? L"1" : L"0";
         EXPECT_EQ(
             outcome.lines,
-            (std::vector<tagCapturedLine>{
+            (std::vector<CapturedLine>{
                 {'D', L"CGetCGINameValuePair::getPostSizeLimitInK - CGI UseDefaultPostSize=[" + useDefault + L"]"},
                 {'E', kReader + L" - Content size[" + std::to_wstring(limit + 1) +
                           L"] is large then POST size limitation: [" + std::to_wstring(limit) + L"]."}}));
@@ -194,24 +194,24 @@ TEST(GetParameter, RefusesABodyBeyondTheLimit) {
 TEST(GetParameter, SurvivesEveryAnnouncedLength) {
     const std::wstring tooLong = L"] is large then POST size limitation: [5242880].";
     // Without a line: not a line at all.
-    const std::tuple<std::string, std::wstring, std::optional<tagCapturedLine>> cases[] = {
-        {"3", L"a=1|", tagCapturedLine{'D', kReader + L" - <<<"}},
-        {"2", L"a=|", tagCapturedLine{'D', kReader + L" - fread >>>"}},
-        {"9", L"a=1|", tagCapturedLine{'W', kReader + L" - the body ends at [3] of [9] bytes."}},
-        {"5242880", L"a=1|", tagCapturedLine{'W', kReader + L" - the body ends at [3] of [5242880] bytes."}},
-        {"-1", L"", tagCapturedLine{'E', kReader + L" - Content size[-1" + tooLong}},
-        {"9223372036854775808", L"", tagCapturedLine{'E', kReader + L" - Content size[2147483647" + tooLong}},
-        {"-99999999999999999999", L"", tagCapturedLine{'E', kReader + L" - Content size[-2147483648" + tooLong}},
-        {"3 ", L"", tagCapturedLine{'W', kReader + L" - CONTENT_LENGTH is no number: [3 ]."}},
-        {"-", L"", tagCapturedLine{'W', kReader + L" - CONTENT_LENGTH is no number: [-]."}},
-        {"0x3", L"", tagCapturedLine{'W', kReader + L" - CONTENT_LENGTH is no number: [0x3]."}},
+    const std::tuple<std::string, std::wstring, std::optional<CapturedLine>> cases[] = {
+        {"3", L"a=1|", CapturedLine{'D', kReader + L" - <<<"}},
+        {"2", L"a=|", CapturedLine{'D', kReader + L" - fread >>>"}},
+        {"9", L"a=1|", CapturedLine{'W', kReader + L" - the body ends at [3] of [9] bytes."}},
+        {"5242880", L"a=1|", CapturedLine{'W', kReader + L" - the body ends at [3] of [5242880] bytes."}},
+        {"-1", L"", CapturedLine{'E', kReader + L" - Content size[-1" + tooLong}},
+        {"9223372036854775808", L"", CapturedLine{'E', kReader + L" - Content size[2147483647" + tooLong}},
+        {"-99999999999999999999", L"", CapturedLine{'E', kReader + L" - Content size[-2147483648" + tooLong}},
+        {"3 ", L"", CapturedLine{'W', kReader + L" - CONTENT_LENGTH is no number: [3 ]."}},
+        {"-", L"", CapturedLine{'W', kReader + L" - CONTENT_LENGTH is no number: [-]."}},
+        {"0x3", L"", CapturedLine{'W', kReader + L" - CONTENT_LENGTH is no number: [0x3]."}},
         {"-0", L"", std::nullopt},
         {"", L"", std::nullopt},
     };
     for (const auto& [announced, parameters, line] : cases) {
-        CFakeGateway gateway;
+        FakeGateway gateway;
         gateway.Post(kForm, "a=1", announced);
-        const tagOutcome outcome = Fetch(gateway);
+        const Outcome outcome = Fetch(gateway);
         EXPECT_EQ(outcome.status, kCgiFetched);
         EXPECT_EQ(outcome.parameters, parameters) << announced;
         EXPECT_TRUE(line ? outcome.Logged(line->level, line->text) : outcome.lines.empty()) << announced;
@@ -226,7 +226,7 @@ TEST(GetParameter, KeepsRawDataBehindAFormInAFile) {
         {"a=1&BinaryDataBlock=q\0x"s, true, std::nullopt},    {"a=1&BinaryDataBlock=&b=2\0x"s, true, std::nullopt},
     };
     for (const auto& [body, allowed, data] : cases) {
-        CFakeGateway gateway;
+        FakeGateway gateway;
         gateway.Post(kForm, body);
         TakeCapturedLog();
         CGetParameterImp request(allowed, false, gateway);
@@ -238,14 +238,14 @@ TEST(GetParameter, KeepsRawDataBehindAFormInAFile) {
             EXPECT_EQ(file.wstring(), request.FindUpload(L"binarydatablock"));
             EXPECT_EQ(file.filename().wstring().find_first_not_of(L"0123456789ABCDEF"), 32u);
             EXPECT_EQ(file.extension(), L".tmp");
-            const tagCapturedLine line{'D', kReader + L" - write Length = " + std::to_wstring(data->size())};
+            const CapturedLine line{'D', kReader + L" - write Length = " + std::to_wstring(data->size())};
             EXPECT_EQ(std::ranges::count(TakeCapturedLog(), line), 1);
         }
     }
 }
 
 TEST(GetParameter, DeletesUploadsAndNothingElse) {
-    CFakeGateway gateway;
+    FakeGateway gateway;
     gateway.Post(kForm, std::string("BinaryDataBlock=\0x", 18));
     CGetParameterImp request(true, false, gateway);
     ASSERT_EQ(gateway.Uploads().size(), 1u);
@@ -263,20 +263,19 @@ TEST(GetParameter, DeletesUploadsAndNothingElse) {
     TakeCapturedLog();
     EXPECT_TRUE(request.DeleteUnwantedUploadFile(path.c_str()));
     EXPECT_FALSE(request.DeleteUnwantedUploadFile(bare.c_str()));
-    EXPECT_EQ(TakeCapturedLog(),
-              (std::vector<tagCapturedLine>{{'D', function + L" - Delete file full path: " + path},
-                                            {'D', function + L" - Delete file full path: " + path},
-                                            {2, function + L" - Fail to delete file, error = [2]"}}));
+    EXPECT_EQ(TakeCapturedLog(), (std::vector<CapturedLine>{{'D', function + L" - Delete file full path: " + path},
+                                                            {'D', function + L" - Delete file full path: " + path},
+                                                            {2, function + L" - Fail to delete file, error = [2]"}}));
     EXPECT_TRUE(std::filesystem::exists(gateway.home / bare));
 }
 
 TEST(GetParameter, HasNoParametersWithoutMemoryForTheBody) {
     for (const auto& [type, status] :
          {std::pair{kForm, kCgiFetched}, std::pair{"multipart/form-data; boundary=b", kCgiMultipartNoMemory}}) {
-        CFakeGateway gateway;
+        FakeGateway gateway;
         gateway.Post(type, "a=1");
         g_memoryLacks = true;
-        const tagOutcome outcome = Fetch(gateway);
+        const Outcome outcome = Fetch(gateway);
         g_memoryLacks = false;
         EXPECT_TRUE(outcome.status == status && outcome.parameters.empty());
         EXPECT_EQ(outcome.Logged('D', kReader + L" - malloc failed."), type == kForm);
@@ -339,7 +338,7 @@ const std::string kGood = Part("name=\"a\"", "1\r\n--b dx\r\n--b") +
                           Part("name=none; filename=\"\"", "") + "--b d--";
 
 TEST(Multipart, ReadsFieldsAndFiles) {
-    CFakeGateway gateway;
+    FakeGateway gateway;
     gateway.Post(kMultipart, "preamble\r\n" + kGood + "\r\nepilogue");
     CGetParameterImp request(false, false, gateway);
     ASSERT_EQ(request.GetInitializationResult(), kCgiFetched);
@@ -354,10 +353,10 @@ TEST(Multipart, ReadsFieldsAndFiles) {
 
 TEST(Multipart, RefusesEveryCutAndLeavesNoFile) {
     for (std::size_t length = 1; length < kGood.size(); ++length) {
-        CFakeGateway gateway;
+        FakeGateway gateway;
         for (const bool announced : {true, false}) {
             gateway.Post(kMultipart, kGood.substr(0, length), std::to_string(announced ? kGood.size() : length));
-            const tagOutcome outcome = Fetch(gateway);
+            const Outcome outcome = Fetch(gateway);
             EXPECT_EQ(outcome.status, announced ? kCgiMultipartCutBody : kCgiMultipartNoEnd) << length;
             EXPECT_EQ(outcome.parameters, L"");
             EXPECT_TRUE(gateway.Uploads().empty());
@@ -392,9 +391,9 @@ TEST(Multipart, AnswersEveryFaultWithItsStatus) {
         cases.emplace_back(kMultipart, file + bad + "--b d--\r\n" + file, kCgiMultipartBadPart);
     }
     for (const auto& [type, body, status] : cases) {
-        CFakeGateway gateway;
+        FakeGateway gateway;
         gateway.Post(type, body);
-        const tagOutcome outcome = Fetch(gateway);
+        const Outcome outcome = Fetch(gateway);
         EXPECT_EQ(outcome.status, status) << body.substr(0, 200);
         EXPECT_TRUE(gateway.Uploads().empty());
         EXPECT_TRUE(outcome.parameters.empty() || status == kCgiFetched);
@@ -402,10 +401,10 @@ TEST(Multipart, AnswersEveryFaultWithItsStatus) {
 }
 
 TEST(Multipart, AFileThatCannotBeStoredTakesTheOthersWithIt) {
-    CFakeGateway gateway;
+    FakeGateway gateway;
     wrb::test::WriteAll(gateway.home / L"Temp", "a file where the folder should be");
     gateway.Post(kMultipart, kGood);
-    const tagOutcome outcome = Fetch(gateway);
+    const Outcome outcome = Fetch(gateway);
     EXPECT_EQ(outcome.status, kCgiMultipartFileNotStored);
     EXPECT_EQ(outcome.parameters, L"");
 }

@@ -9,21 +9,21 @@
 namespace {
 
 // Standard output is a file for as long as this lives.
-class CCapturedOutput {
+class CapturedOutput {
   public:
-    CCapturedOutput() { SetStdHandle(STD_OUTPUT_HANDLE, m_file.Get()); }
-    ~CCapturedOutput() { SetStdHandle(STD_OUTPUT_HANDLE, m_before); }
+    CapturedOutput() { SetStdHandle(STD_OUTPUT_HANDLE, m_file.Get()); }
+    ~CapturedOutput() { SetStdHandle(STD_OUTPUT_HANDLE, m_before); }
     std::string Text() const { return wrb::test::ReadAll(m_folder / L"out"); }
 
   private:
-    wrb::test::CTempFolder m_folder;
+    wrb::test::TempFolder m_folder;
     const HANDLE m_before = GetStdHandle(STD_OUTPUT_HANDLE);
-    wrb::CFileHandle m_file{CreateFileW((m_folder / L"out").c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
-                                        CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)};
+    wrb::FileHandle m_file{CreateFileW((m_folder / L"out").c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                       CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)};
 };
 
 TEST(PutStream, WritesUtf8AndBytesAsTheyAre) {
-    const CCapturedOutput output;
+    const CapturedOutput output;
     CPutStream(false) << "n\r\n"
                       << -2147483647 - 1 << L"\u00e4\xD800" << static_cast<const char*>(nullptr)
                       << static_cast<const wchar_t*>(nullptr);
@@ -37,7 +37,7 @@ TEST(PutStream, WritesUtf8AndBytesAsTheyAre) {
 }
 
 TEST(PutStream, WritesWhenTheHeaderSaysSo) {
-    const CCapturedOutput output;
+    const CapturedOutput output;
     CPutStream collecting(false);
     collecting << "a";
     EXPECT_EQ(output.Text(), "");
@@ -54,7 +54,7 @@ TEST(PutStream, WritesWhenTheHeaderSaysSo) {
 }
 
 TEST(PutStream, SwallowsWhatNobodyReads) {
-    const CCapturedOutput output;
+    const CapturedOutput output;
     const HANDLE file = GetStdHandle(STD_OUTPUT_HANDLE);
     SetStdHandle(STD_OUTPUT_HANDLE, nullptr);
     CPutStream(true) << "lost" << endl;

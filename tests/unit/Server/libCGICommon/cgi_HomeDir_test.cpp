@@ -11,7 +11,7 @@ namespace {
 constexpr wchar_t kKey[] = L"SOFTWARE\\CallowaySystems\\Warrenby\\service\\Information";
 
 TEST(HomeDir, IsTheInstalledFolderOrElseTheProgramsOwn) {
-    const wrb::test::CServerHome restored;
+    const wrb::test::ServerHome restored;
     const std::wstring program = wrb::test::ProgramFolder();
     const std::wstring longest = L"C:\\" + std::wstring(255, L'x');  // 258, and the backslash
     const std::tuple<std::wstring, DWORD, std::wstring> cases[] = {

@@ -18,19 +18,19 @@ struct CountingTraits {
         SetLastError(ERROR_CRC);  // a closer may spoil it
     }
 };
-using CCounted = wrb::CUniqueHandle<CountingTraits>;
+using Counted = wrb::UniqueHandle<CountingTraits>;
 
 TEST(Handle, ClosesExactlyOnceWhereverItMovesAndKeepsTheLastError) {
     closed.clear();
     SetLastError(ERROR_FILE_NOT_FOUND);
     {
-        CCounted first(1);
-        CCounted second(std::move(first));
+        Counted first(1);
+        Counted second(std::move(first));
         EXPECT_FALSE(first);  // NOLINT(bugprone-use-after-move): what is left behind is empty
-        CCounted third(3);
+        Counted third(3);
         third = std::move(second);
         EXPECT_EQ(closed, std::vector<int>{3}) << "what an assignment replaces is closed";
-        CCounted& self = third;
+        Counted& self = third;
         third = std::move(self);
         EXPECT_EQ(third.Get(), 1);
     }

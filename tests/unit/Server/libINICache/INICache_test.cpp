@@ -22,8 +22,8 @@ struct INICache : testing::Test {
         return std::to_string(number) + text;
     }
 
-    CManualClock clock{0xFFFFFFFF};  // about to wrap
-    CFakeProfile profile;
+    ManualClock clock{0xFFFFFFFF};  // about to wrap
+    FakeProfile profile;
     CINICache cache{clock, profile};
 };
 
@@ -78,14 +78,14 @@ TEST_F(INICache, AWriteIsTriedSixTimesAndDropsTheEntriesWhateverComesOfIt) {
 }
 
 // Notices when two threads read the file at once.
-class COneAtATimeProfile final : public CFakeProfile {
+class OneAtATimeProfile final : public FakeProfile {
   public:
     std::string ReadString(const char* section, const char* key, const char* text, const char* path) override {
         if (++m_inside > 1) {
             overlapped = true;
         }
         std::this_thread::yield();
-        std::string value = CFakeProfile::ReadString(section, key, text, path);
+        std::string value = FakeProfile::ReadString(section, key, text, path);
         --m_inside;
         return value;
     }
@@ -97,7 +97,7 @@ class COneAtATimeProfile final : public CFakeProfile {
 };
 
 // Every look finds every entry stale.
-class CRacingClock final : public wrb::IClock {
+class RacingClock final : public wrb::IClock {
   public:
     uint32_t TickMilliseconds() const override { return m_tick += 30001; }
     int64_t CalendarSeconds() const override { return 0; }
@@ -107,8 +107,8 @@ class CRacingClock final : public wrb::IClock {
 };
 
 TEST(INICacheThreads, MissesComeOneAtATimeWhileOthersWriteAndClear) {
-    CRacingClock clock;
-    COneAtATimeProfile profile;
+    RacingClock clock;
+    OneAtATimeProfile profile;
     profile.values["S/long"] = std::string(500, 'v');
     CINICache cache(clock, profile);
     wrb::test::OnThreads(8, [&](unsigned thread) {
@@ -128,15 +128,15 @@ TEST(INICacheThreads, MissesComeOneAtATimeWhileOthersWriteAndClear) {
 
 // A terminated text that must not be read beyond its end.
 template <typename Char>
-class CGuardedText {
+class GuardedText {
   public:
-    explicit CGuardedText(const std::string& text)
+    explicit GuardedText(const std::string& text)
         : m_text(text.begin(), text.end()), m_bytes(m_text.c_str(), (text.size() + 1) * sizeof(Char)) {}
     operator const Char*() const { return reinterpret_cast<const Char*>(m_bytes.Start()); }
 
   private:
     std::basic_string<Char> m_text;
-    wrb::test::CGuardedBytes m_bytes;
+    wrb::test::GuardedBytes m_bytes;
 };
 
 TEST(EntryKey, NarrowAndWideFormsOfEveryLengthMakeTheSameKey) {
@@ -147,8 +147,8 @@ TEST(EntryKey, NarrowAndWideFormsOfEveryLengthMakeTheSameKey) {
         for (const std::size_t keyLength : {0u, 1u, 13u, 250u}) {
             const std::string section = letters.substr(0, length);
             const std::string key = letters.substr(3, keyLength);
-            const wrb::CEntryKey narrow(CGuardedText<char>{section}, CGuardedText<char>{key});
-            const wrb::CEntryKey wide(CGuardedText<wchar_t>{section}, CGuardedText<wchar_t>{key});
+            const wrb::EntryKey narrow(GuardedText<char>{section}, GuardedText<char>{key});
+            const wrb::EntryKey wide(GuardedText<wchar_t>{section}, GuardedText<wchar_t>{key});
             ASSERT_EQ(narrow.View(), section + ":" + key);
             ASSERT_EQ(wide.View(), narrow.View());
             ASSERT_EQ(wide.Hash(), narrow.Hash());
@@ -157,7 +157,7 @@ TEST(EntryKey, NarrowAndWideFormsOfEveryLengthMakeTheSameKey) {
 }
 
 TEST(ProfileAccess, TextsOfEveryLengthComeBackWhole) {
-    const wrb::test::CTempFolder folder;
+    const wrb::test::TempFolder folder;
     const std::string path = (folder / L"profile.ini").string();
     wrb::IProfileAccess& profile = wrb::SystemProfile();
     for (const std::size_t length : {0u, 1u, 2046u, 2047u, 2048u, 5000u, 30000u}) {

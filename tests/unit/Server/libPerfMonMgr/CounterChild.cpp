@@ -19,7 +19,7 @@ int main(int argc, char** argv) {
         Sleep(INFINITE);
     }
     for (int i = 0; i < std::atoi(argv[1]); ++i) {
-        const wrb::CCounterCall call(7);
+        const wrb::CounterCall call(7);
     }
     CWrbyPerfMonMgr::CloseSingleton();
     return 0;

@@ -17,7 +17,7 @@ using wrb::CounterAttach;
 TEST(CounterSection, RefusesASectionThatIsNoBlockOfThisVersion) {
     const std::wstring sectionName = L"Local\\" + wrb::test::UniqueName(L"section");
     const std::wstring mutexName = L"Local\\" + wrb::test::UniqueName(L"mutex");
-    const wrb::tagCounterNames names{sectionName.c_str(), mutexName.c_str()};
+    const wrb::CounterNames names{sectionName.c_str(), mutexName.c_str()};
     HandlerCounterBlock good = {};
     good.signature = wrb::kCounterSignature;
     good.version = wrb::kCounterVersion;
@@ -33,15 +33,15 @@ TEST(CounterSection, RefusesASectionThatIsNoBlockOfThisVersion) {
         SCOPED_TRACE(change);
         HandlerCounterBlock content = good;
         content.*field += change;
-        wrb::CKernelHandle other(
+        wrb::KernelHandle other(
             CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sizeof good, names.section));
-        wrb::CMappedView view(MapViewOfFile(other.Get(), FILE_MAP_WRITE, 0, 0, 0));
+        wrb::MappedView view(MapViewOfFile(other.Get(), FILE_MAP_WRITE, 0, 0, 0));
         ASSERT_TRUE(view);
         std::memcpy(view.Get(), &content, sizeof content);
-        wrb::CCounterSection section;
+        wrb::CounterSection section;
         uint32_t error = 0;
         EXPECT_EQ(section.Open(names, error), result);
-        EXPECT_EQ(wrb::CCounterReader().Attach(error, names.section), result);
+        EXPECT_EQ(wrb::CounterReader().Attach(error, names.section), result);
         EXPECT_EQ(std::memcmp(view.Get(), &content, sizeof content), 0) << "left as it was";
     }
 }
@@ -56,21 +56,21 @@ class CounterScope : public testing::Test {
     }
     void TearDown() override { CWrbyPerfMonMgr::CloseSingleton(); }
 
-    CManualClock clock{0xFFFFFFF0};  // about to wrap
-    wrb::CCounterReader reader;
+    ManualClock clock{0xFFFFFFF0};  // about to wrap
+    wrb::CounterReader reader;
 };
 
 TEST_F(CounterScope, ACallIsCountedAtItsStartAndTimedAtItsEnd) {
     constexpr uint32_t kSlot = 5;
     {
-        const wrb::CCounterCall first(kSlot, clock);
+        const wrb::CounterCall first(kSlot, clock);
         EXPECT_EQ(reader.Slot(kSlot).calls, 1u);
         EXPECT_EQ(reader.CallsInProgress(), 1);
         clock.AdvanceTick(30);
         EXPECT_EQ(reader.Slot(kSlot).total, 0u);
     }
     {
-        const wrb::CCounterCall second(kSlot, clock);
+        const wrb::CounterCall second(kSlot, clock);
         clock.AdvanceTick(11);
     }
     const HandlerCounterSlot slot = reader.Slot(kSlot);
@@ -84,9 +84,9 @@ TEST_F(CounterScope, ACallIsCountedAtItsStartAndTimedAtItsEnd) {
 }
 
 TEST_F(CounterScope, TwoProcessesShareTheCounters) {
-    const wrb::test::CChildProcess child(L"perf_counter_child.exe", {L"300"});
+    const wrb::test::ChildProcess child(L"perf_counter_child.exe", {L"300"});
     for (int i = 0; i < 300; ++i) {
-        const wrb::CCounterCall call(7);
+        const wrb::CounterCall call(7);
     }
     ASSERT_EQ(child.WaitForExit(), 0u) << child.Output();
     EXPECT_EQ(reader.Slot(7).calls, 600u);
@@ -95,9 +95,9 @@ TEST_F(CounterScope, TwoProcessesShareTheCounters) {
 
 TEST_F(CounterScope, TheMutexOfAProcessThatDiedCountsAsTaken) {
     // Ended while it owns the mutex.
-    ASSERT_TRUE(wrb::test::CChildProcess(L"perf_counter_child.exe", {L"hold"}).WaitForOutput("holding"));
+    ASSERT_TRUE(wrb::test::ChildProcess(L"perf_counter_child.exe", {L"hold"}).WaitForOutput("holding"));
     {
-        const wrb::CCounterCall call(5, clock);
+        const wrb::CounterCall call(5, clock);
         clock.AdvanceTick(6);
     }
     EXPECT_EQ(reader.Slot(5).total, 6u);

@@ -34,8 +34,8 @@ void ExpectText(Container& container, Container copy, const std::wstring& expect
 TEST(BundleContainers, AddressesAreProtectedOneByOne) {
     const auto star = [](std::wstring_view item) { return L"*" + std::wstring(item); };
     CSettingContainerWtpSetting wtp(star);
-    wtp.m_content = wrb::SettingRecord<tagWtpValues>({tagWtpValues::kEnablePolicyIn | tagWtpValues::kSendLogOut, 1, 2,
-                                                      3, 4, 5, 6, 0xFFFFFFFF, L"a|b", L"", L"c||d", L"e"});
+    wtp.m_content = wrb::SettingRecord<wrb::WtpValues>({wrb::WtpValues::kEnablePolicyIn | wrb::WtpValues::kSendLogOut,
+                                                        1, 2, 3, 4, 5, 6, 0xFFFFFFFF, L"a|b", L"", L"c||d", L"e"});
     ExpectText(wtp, CSettingContainerWtpSetting(star),
                L"[Web Threat Protection]\nEnablePolicyIn=1\nEnablePolicyOut=0\nSecurityLevelIn=1\nSecurityLevelOut=2\n"
                L"SendLogIn=0\nSendLogOut=1\nURLFilterCfgFlag_InOffice=3\nURLFilterCfgFlag_OutOffice=4\n"
@@ -48,8 +48,8 @@ TEST(BundleContainers, AddressesAreProtectedOneByOne) {
 
 TEST(BundleContainers, ItemsAreNumbered) {
     CSettingContainerFARestoreSetting restore;
-    restore.m_content.items.emplace_back(tagFARestoreValues{L"hash", L"task", L"item", L"dir", L"name"});
-    restore.m_content.items.emplace_back(tagFARestoreValues{L"h", L"", L"i", L"", L"n"});
+    restore.m_content.items.emplace_back(wrb::FARestoreValues{L"hash", L"task", L"item", L"dir", L"name"});
+    restore.m_content.items.emplace_back(wrb::FARestoreValues{L"h", L"", L"i", L"", L"n"});
     ExpectText(restore, {},
                L"[Centralized FA Restore]\nFACount=2\nFASha1Hash_0=hash\nFATaskId_0=task\nFAItemId_0=item\n"
                L"FAFileDir_0=dir\nFAFileName_0=name\nFASha1Hash_1=h\nFATaskId_1=\nFAItemId_1=i\nFAFileDir_1=\n"
@@ -66,7 +66,7 @@ TEST(BundleContainers, ASectionHasAnEnd) {
     EXPECT_TRUE(out.ends_with(L"\nQMAPolicy9999_PolicyTypeID=\n"));
     const auto lines = TakeCapturedLog();
     EXPECT_EQ(lines.size(), 10'001u);
-    EXPECT_EQ(lines.back(), (tagCapturedLine{'W', L"[QM_AGENT_POLICY] - items beyond the first 10000 are left out"}));
+    EXPECT_EQ(lines.back(), (CapturedLine{'W', L"[QM_AGENT_POLICY] - items beyond the first 10000 are left out"}));
 }
 
 }  // namespace

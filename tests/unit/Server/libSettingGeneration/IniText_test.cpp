@@ -31,7 +31,7 @@ TEST(IniText, LinesOfEveryLengthStayWholeAndInOrder) {
     std::iota(letters.begin(), letters.end(), L'a');
     std::wstring out;
     std::wstring expected;
-    wrb::CIniWriter writer(out);
+    wrb::IniWriter writer(out);
     for (std::size_t length = 0; length < 2200; length += length < 70 ? 1 : 37) {
         const std::wstring key = letters.substr(0, length % 40);
         const std::wstring head = letters.substr(1, length);
@@ -55,7 +55,7 @@ TEST(IniList, ItemsThenTheirCount) {
     const struct {
         std::wstring list;
         std::wstring expected;
-        std::vector<tagCapturedLine> lines;
+        std::vector<CapturedLine> lines;
     } rows[] = {
         {L"", L"N=0\n", {}},
         {L"|a", L"N=0\n", {}},

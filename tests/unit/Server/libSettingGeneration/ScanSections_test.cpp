@@ -15,7 +15,7 @@ using wrb::test::ExpectedScanSections;
 
 constexpr wchar_t kUid[] = L"12345678-1234-1234-1234-123456789abc";
 
-using Export = void (*)(std::wstring&, std::wstring_view, const tagScanGroupValues&);
+using Export = void (*)(std::wstring&, std::wstring_view, const wrb::ScanGroupValues&);
 
 // In the order of ExpectedScanSections.
 constexpr Export kExports[] = {
@@ -31,7 +31,7 @@ TEST(ScanSections, EveryBitOfEveryGroupShowsWhereItBelongs) {
     }
     for (std::size_t i = 0; i < std::size(kExports); ++i) {
         for (const uint32_t flags : words) {
-            const tagScanGroupValues values = DistinctScanValues(flags);
+            const wrb::ScanGroupValues values = DistinctScanValues(flags);
             std::wstring out = L"before\n";
             kExports[i](out, kUid, values);
             ASSERT_EQ(out, L"before\n" + ExpectedScanSections()[i].Text(kUid, values)) << i << std::hex << flags;
@@ -45,13 +45,13 @@ TEST(ScanSections, ManualSpywareSpelledOutAndLogged) {
     TakeCapturedLog();
     for (const Export function : kExports) {
         std::wstring out;
-        tagScanGroupValues values;
+        wrb::ScanGroupValues values;
         values.flags = 0x01010001;
         values.excludeFileExtList = L"MP3;AVI";
         function(out, L"u", values);
     }
     EXPECT_EQ(TakeCapturedLog(),
-              std::vector<tagCapturedLine>(
+              std::vector<CapturedLine>(
                   {{8,
                     L"[cmdhm_ExportSpyMSCfg][[Spyware Manual Scan Configuration]\nUID=u\nEnable=1\nAllowCfg=0\n"
                     L"ScanType=2\nActionType=1\nEnableSpyExclusion=1\nExcludeFileExtList=MP3;AVI\n]"}}));
@@ -66,7 +66,7 @@ TEST(ScanSections, OnlyTheRealTimeSectionTakesTheExploitActionOut) {
         {L"CVE_Exploit-1-2;CVE_Exploit-3-4;", L"CustAction=CVE_Exploit-3-4;\nCustActionCve=CVE_Exploit-1-2\n"},
     };
     for (const auto& [text, lines] : rows) {
-        tagScanGroupValues values;
+        wrb::ScanGroupValues values;
         values.custAction = text;
         std::wstring out;
         cmdhm_ExportRTCfg(out, L"", values);

@@ -4,12 +4,12 @@
 
 namespace {
 
-using wrb::CStringProtection;
 using wrb::ParseProtectionKey;
+using wrb::StringProtection;
 
 constexpr wchar_t kHex[] = L"000102030405060708090a0b0c0d0e0f101112131415161718191A1B1C1D1E1F";
 
-const CStringProtection kProtection(*ParseProtectionKey(kHex));
+const wrb::StringProtection kProtection(*ParseProtectionKey(kHex));
 
 TEST(StringProtection, EveryTextComesBackAndLooksDifferentEachTime) {
     for (const std::wstring& text :
@@ -44,7 +44,7 @@ TEST(StringProtection, WhatHasBeenChangedIsRefused) {
             }
         }
         EXPECT_FALSE(kProtection.Unprotect(sound + L"="));
-        const CStringProtection other(*ParseProtectionKey(std::wstring(64, L'0')));
+        const wrb::StringProtection other(*ParseProtectionKey(std::wstring(64, L'0')));
         EXPECT_FALSE(other.Unprotect(sound));
     }
 }

@@ -15,23 +15,22 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-struct tagSampleItem : ISerializable {
+struct SampleItem : ISerializable {
     uint16_t key;
     std::wstring text;
 
-    explicit tagSampleItem(uint16_t itemKey = 0, std::wstring itemText = {})
-        : key(itemKey), text(std::move(itemText)) {}
+    explicit SampleItem(uint16_t itemKey = 0, std::wstring itemText = {}) : key(itemKey), text(std::move(itemText)) {}
     void Serialize(ISerializer& serializer) const override { serializer.GetSerializer() << key << text; }
     void Deserialize(ISerializer& serializer) override { serializer.GetSerializer() >> key >> text; }
 };
 
-struct tagSampleRecord : ISerializable {
+struct SampleRecordOf : ISerializable {
     uint32_t number = 0;
     int32_t signedNumber = 0;
     bool flag = false;
     std::wstring text;
     Bytes block;
-    std::vector<tagSampleItem> items;
+    std::vector<SampleItem> items;
 
     void Serialize(ISerializer& serializer) const override {
         serializer.GetSerializer() << number << signedNumber << flag << text << block << items;
@@ -41,14 +40,14 @@ struct tagSampleRecord : ISerializable {
     }
 };
 
-tagSampleRecord Sample() {
-    tagSampleRecord record;
+SampleRecordOf Sample() {
+    SampleRecordOf record;
     record.number = 0x89ABCDEF;
     record.signedNumber = -2;
     record.flag = true;
     record.text = L"A\u00e9";
     record.block = {1, 2, 3};  // an odd length: what follows is not aligned
-    record.items = {tagSampleItem(7, L"x"), tagSampleItem(8)};
+    record.items = {SampleItem(7, L"x"), SampleItem(8)};
     return record;
 }
 
@@ -83,14 +82,14 @@ constexpr std::string_view kSampleHex =
     "02 00 00 00  00 00 ";
 
 // Reads bytes that end where readable memory ends.
-class CGuardedReader : public CSerializer {
+class GuardedReader : public CSerializer {
   public:
-    explicit CGuardedReader(const Bytes& bytes) : m_bytes(bytes.data(), bytes.size()) {
+    explicit GuardedReader(const Bytes& bytes) : m_bytes(bytes.data(), bytes.size()) {
         AttachBlock(m_bytes.Start(), static_cast<uint32_t>(bytes.size()), false, kDefaultIncrement);
     }
 
   private:
-    wrb::test::CGuardedBytes m_bytes;
+    wrb::test::GuardedBytes m_bytes;
 };
 
 TEST(IPCMsgBuffer, WritesEveryKindByteForByte) {
@@ -98,7 +97,7 @@ TEST(IPCMsgBuffer, WritesEveryKindByteForByte) {
     sample << Sample();
     EXPECT_EQ(BytesOf(sample), FromHex(kSampleHex));
     CSerializer out;
-    out << uint8_t{0xFE} << static_cast<const wchar_t*>(nullptr) << std::vector<tagSampleItem>{};
+    out << uint8_t{0xFE} << static_cast<const wchar_t*>(nullptr) << std::vector<SampleItem>{};
     out.WriteBytes("\x01\x02", 2);
     EXPECT_EQ(BytesOf(out), FromHex("01 00 00 00 FE 00 00 00  02 00 00 00 00 00  00 00 00 00  02 00 00 00 01 02"));
 }
@@ -116,7 +115,7 @@ TEST(IPCMsgBuffer, ReadsTextByItsLength) {
         {"00 00 00", nullptr, 3},
     };
     for (const auto& [hex, expected, left] : rows) {
-        CGuardedReader in(FromHex(hex));
+        GuardedReader in(FromHex(hex));
         std::wstring text = L"before";
         if (expected == nullptr) {
             EXPECT_THAT([&] { in >> text; },
@@ -132,7 +131,7 @@ TEST(IPCMsgBuffer, ReadsTextByItsLength) {
 }
 
 TEST(IPCMsgBuffer, ABlockThatIsLongerThanTheMessageIsRefusedWithALine) {
-    CGuardedReader in(FromHex("05 00 00 00 01"));
+    GuardedReader in(FromHex("05 00 00 00 01"));
     Bytes block;
     TakeCapturedLog();
     EXPECT_THROW(in >> block, CIPCMsgBufferException);
@@ -158,8 +157,8 @@ std::vector<Bytes> CutsAndMutations(const Bytes& whole) {
 TEST(IPCMsgBuffer, SurvivesEveryTruncationAndMutation) {
     const Bytes whole = FromHex(kSampleHex);
     for (const Bytes& bytes : CutsAndMutations(whole)) {
-        CGuardedReader in(bytes);
-        tagSampleRecord record;
+        GuardedReader in(bytes);
+        SampleRecordOf record;
         try {
             in >> record;
             EXPECT_EQ(bytes.size(), whole.size());
@@ -182,7 +181,7 @@ Bytes SampleMessage() {
 }
 
 bool AttachCopy(CMsgSerializer& message, const Bytes& bytes) {
-    wrb::CBlock block = wrb::AllocateBlock(static_cast<uint32_t>(bytes.size()));
+    wrb::Block block = wrb::AllocateBlock(static_cast<uint32_t>(bytes.size()));
     std::copy(bytes.begin(), bytes.end(), block.get());
     return message.Attach(block.release(), static_cast<uint32_t>(bytes.size()));
 }
@@ -200,7 +199,7 @@ TEST(MsgSerializer, ReadsAndWritesAWholeMessageByteForByte) {
         EXPECT_EQ(message.Name(), L"NULL");
         EXPECT_EQ(message.Id(), L"0105NULL123456_4321_987");
         EXPECT_EQ(message.Status(), 0u);
-        tagSampleRecord record;
+        SampleRecordOf record;
         message >> record;
         EXPECT_EQ(message.Remaining(), 0u);
 
@@ -238,7 +237,7 @@ TEST(MsgSerializer, SurvivesEveryTruncationAndMutation) {
     CMsgSerializer message;
     for (const Bytes& bytes : CutsAndMutations(whole)) {
         for (const auto receive : {Load, AttachCopy}) {
-            tagSampleRecord record;
+            SampleRecordOf record;
             try {
                 if (receive(message, bytes)) {
                     message >> record;
@@ -274,7 +273,7 @@ class MessageFile : public testing::Test {
         return fs::directory_iterator(m_spill)->path();
     }
 
-    const wrb::test::CServerHome m_home;
+    const wrb::test::ServerHome m_home;
     const fs::path m_spill = m_home / L"temp";
 };
 
@@ -296,7 +295,7 @@ Bytes Naming(const std::wstring& path) {
 }
 
 auto Logged(const std::wstring& text) {
-    return Contains(Field(&tagCapturedLine::text, HasSubstr(text)));
+    return Contains(Field(&CapturedLine::text, HasSubstr(text)));
 }
 
 void WriteFileOf(const fs::path& path, const Bytes& bytes) {
@@ -323,7 +322,7 @@ TEST_F(MessageFile, SizeDecidesBetweenReadingAndMapping) {
         fs::resize_file(OnlyFile(), size);
         CMsgSerializer receiver;
         ASSERT_TRUE(Load(receiver, sent)) << size;
-        tagSampleRecord record;
+        SampleRecordOf record;
         receiver >> record;
         EXPECT_EQ(record.items.size(), 2u);
         const std::wstring name = OnlyFile();
@@ -408,7 +407,7 @@ TEST_F(MessageFile, AFileCutAtAnyByteIsRefused) {
             WriteFileOf(file, Bytes(whole.begin(), end));
             CMsgSerializer receiver;
             receiver.SetMapFrom(mapFrom);
-            tagSampleRecord record;
+            SampleRecordOf record;
             try {
                 ASSERT_FALSE(Load(receiver, Naming(file)) && (receiver >> record).Remaining() == 0) << "read whole";
             } catch (const CIPCMsgBufferException&) {

@@ -44,10 +44,10 @@ TEST(LogFilter, EveryLevelIsHeldAgainstTheThresholdByTheRankOfItsClass) {
 
 // What another process of the system sees and sets.
 TEST(LogFilter, TheWordIsSharedUnderItsName) {
-    CLogFilter& filter = CLogFilter::Shared();
-    const CKernelHandle section(OpenFileMappingW(FILE_MAP_READ | FILE_MAP_WRITE, FALSE, L"Global\\log_level_map_file"));
+    LogFilter& filter = LogFilter::Shared();
+    const KernelHandle section(OpenFileMappingW(FILE_MAP_READ | FILE_MAP_WRITE, FALSE, L"Global\\log_level_map_file"));
     ASSERT_TRUE(section);
-    const CMappedView view(MapViewOfFile(section.Get(), FILE_MAP_READ | FILE_MAP_WRITE, 0, 0, 4));
+    const MappedView view(MapViewOfFile(section.Get(), FILE_MAP_READ | FILE_MAP_WRITE, 0, 0, 4));
     ASSERT_TRUE(view);
     auto* const word = static_cast<volatile uint32_t*>(view.Get());
 
@@ -61,7 +61,7 @@ TEST(LogFilter, TheWordIsSharedUnderItsName) {
 }
 
 TEST(LogFilter, ALineThatIsFilteredOutAllocatesNothingAndEvaluatesNothing) {
-    ASSERT_TRUE(CLogFilter::Shared().Set(LogFilterWord(5)));
+    ASSERT_TRUE(LogFilter::Shared().Set(LogFilterWord(5)));
     int evaluated = 0;
     SetLastError(ERROR_CRC);
     const std::size_t before = AllocationsOfThisThread();
@@ -73,7 +73,7 @@ TEST(LogFilter, ALineThatIsFilteredOutAllocatesNothingAndEvaluatesNothing) {
     EXPECT_EQ(AllocationsOfThisThread(), before);
     EXPECT_EQ(evaluated, 0);
     EXPECT_EQ(GetLastError(), DWORD{ERROR_CRC});
-    CLogFilter::Shared().Set(0);
+    LogFilter::Shared().Set(0);
 }
 
 const std::wstring kPrefix = L"[CMDHL][liblogclient_test.exe]";
@@ -83,23 +83,23 @@ class DebugLogTest : public testing::Test {
     DebugLogTest() { DebugLogSetup(L"", L"", "CMDHL", true); }
     ~DebugLogTest() override { DebugLogSetup(L"", L"", "", false); }
 
-    const CFakePipeService m_service{L"Log_ServerNamePipe"};
+    const FakePipeService m_service{L"Log_ServerNamePipe"};
 };
 
 TEST(LogWrite, AMessageIsItsFieldsBetweenTabsAndATerminatingZero) {
-    constexpr tagLogLine kLine = {-1, 4'294'967'295u, 12, 68, L"a.cpp", 4'294'967'295u, L"[T][h]text"};
-    const CFakePipeService service(L"Log_ServerNamePipe");
+    constexpr LogLine kLine = {-1, 4'294'967'295u, 12, 68, L"a.cpp", 4'294'967'295u, L"[T][h]text"};
+    const FakePipeService service(L"Log_ServerNamePipe");
     EXPECT_EQ(logcl_Write(kLine, nullptr), 1);
     const std::wstring expected(L"LOG_WRITE\t-1\t4294967295\t12\t68\ta.cpp\t-1\t[T][h]text\0", 50);
     EXPECT_EQ(service.WaitFor(1).at(0).bytes, WideBytes(expected));
 }
 
 TEST(LogWrite, AMissingServiceIsNotedOnceWhereThereIsSomebodyToNoteIt) {
-    struct CNotes final : IExternalLog {
+    struct Notes final : IExternalLog {
         void Trace(const wchar_t*, uint32_t, uint32_t, const wchar_t* text) const override { texts.emplace_back(text); }
         mutable std::vector<std::wstring> texts;
     } const notes;
-    for (const CNotes* external : {static_cast<const CNotes*>(nullptr), &notes, &notes}) {
+    for (const Notes* external : {static_cast<const Notes*>(nullptr), &notes, &notes}) {
         EXPECT_EQ(logcl_Write({0, 1, 2, 68, L"a.cpp", 3, L"text"}, external), 0);
     }
     EXPECT_EQ(notes.texts, std::vector<std::wstring>{L"Need to Start LogServer for turn on debug log."});
@@ -141,7 +141,7 @@ TEST_F(DebugLogTest, AMirrorFileGetsTheLineAsWell) {
     const std::wstring pattern = L"\xFEFF\\d{4} \\d\\d/\\d\\d \\d\\d:\\d\\d:\\d\\d \\[" +
                                  FormatWide(L"%04x : %04x", GetCurrentProcessId(), GetCurrentThreadId()) +
                                  L"\\] \\[CMDHL\\]\\[liblogclient_test.exe\\]first - \\[x.cpp\\(12\\)\\]\r\n";
-    EXPECT_TRUE(std::regex_match(tagReceived{bytes, {}}.Text(), std::wregex(pattern))) << bytes;
+    EXPECT_TRUE(std::regex_match(Received{bytes, {}}.Text(), std::wregex(pattern))) << bytes;
 }
 
 TEST_F(DebugLogTest, KeepsTheLastError) {
@@ -164,7 +164,7 @@ TEST_F(DebugLogTest, EightThreadsNeverMixTheirLines) {
         }
     });
     std::array<int, kThreads> next{};
-    for (const tagReceived& received : m_service.WaitFor(kThreads * kLines)) {
+    for (const Received& received : m_service.WaitFor(kThreads * kLines)) {
         const std::wstring line = received.Text();
         const auto thread = static_cast<unsigned>(std::stoul(line.substr(line.find(L"x.cpp\t") + 6)));
         EXPECT_TRUE(line.ends_with(L"\t" + kPrefix + text(thread, next.at(thread)++)));

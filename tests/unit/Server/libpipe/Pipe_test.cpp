@@ -37,7 +37,7 @@ using PipeServer = Pipe;
 TEST_F(PipeClient, SendsAllBytesInPiecesOfAtMost1024) {
     for (const std::size_t size : {0u, 1u, 1023u, 1024u, 1025u, 511'999u, 512'000u, 512'001u, 2'000'000u}) {
         const std::string data = PatternBytes(size);
-        const CFakePipeService service(m_name);
+        const FakePipeService service(m_name);
         CPipeClient client;
         ASSERT_TRUE(client.Initial(m_name.c_str())) << GetLastError();
         uint64_t bytes = size;
@@ -73,8 +73,8 @@ TEST_F(PipeClient, RefusesNamesThatLeaveThePipeNamespace) {
 }
 
 TEST_F(PipeClient, GivesABusyPipeUpAfterTheTimeOutOfItsServer) {
-    const CFileHandle pipe(CreateNamedPipeW((L"\\\\.\\pipe\\" + m_name).c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE,
-                                            1, 1024, 1024, 100, nullptr));
+    const FileHandle pipe(CreateNamedPipeW((L"\\\\.\\pipe\\" + m_name).c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE,
+                                           1, 1024, 1024, 100, nullptr));
     CPipeClient first;
     ASSERT_TRUE(first.Initial(m_name.c_str()));
     CPipeClient second;
@@ -86,7 +86,7 @@ TEST_F(PipeClient, GivesABusyPipeUpAfterTheTimeOutOfItsServer) {
 }
 
 TEST_F(PipeClient, ASendToAReaderThatHasGoneFailsAndTellsWhatWasWritten) {
-    auto service = std::make_unique<CFakePipeService>(m_name);
+    auto service = std::make_unique<FakePipeService>(m_name);
     CPipeClient client;
     ASSERT_TRUE(client.Initial(m_name.c_str()));
     service.reset();
@@ -132,7 +132,7 @@ TEST_F(PipeServer, TheTimeOutEndsAFetchWhateverThePeerDoes) {
         const std::wstring name = UniqueName();
         CPipeServer server;
         ASSERT_TRUE(server.Initial(name.c_str(), 1u));
-        const auto pipe = peer == Absent ? CFileHandle() : OpenPipeForWriting(name);
+        const auto pipe = peer == Absent ? FileHandle() : OpenPipeForWriting(name);
         EXPECT_TRUE(peer != WritesOnceAndIsSilent || WritePiece(pipe, "half"));
         const auto start = std::chrono::steady_clock::now();
         std::string fetched;
@@ -144,7 +144,7 @@ TEST_F(PipeServer, TheTimeOutEndsAFetchWhateverThePeerDoes) {
 
 // A cancelled read must leave nothing behind that the system still writes to, and the server fit for the next fetch.
 TEST_F(PipeServer, FetchesAfterACancelledFetch) {
-    const CKernelHandle event(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    const KernelHandle event(CreateEventW(nullptr, FALSE, FALSE, nullptr));
     CPipeServer server;
     ASSERT_TRUE(server.Initial(m_name.c_str(), event.Get()));
     const auto peer = OpenPipeForWriting(m_name);
@@ -181,13 +181,12 @@ TEST_F(PipeServer, RefusesAMessageWithoutEnd) {
 
 TEST_F(PipeServer, TwoThousandRequestsLeaveNothingBehind) {
     const std::wstring service = UniqueName(L"service");
-    const CFakePipeService upper(service, [&](const tagReceived& request) {
-        EXPECT_TRUE(WritePiece(OpenPipeForWriting(m_name), request.bytes));
-    });
-    tagResourceUse before{};
+    const FakePipeService upper(
+        service, [&](const Received& request) { EXPECT_TRUE(WritePiece(OpenPipeForWriting(m_name), request.bytes)); });
+    ResourceUse before{};
     for (int i = 0; i < 2'000; ++i) {
         if (i == 10) {  // what is made once has been made
-            before = ResourceUse();
+            before = CurrentResourceUse();
         }
         CPipeServer server;
         if (i % 2 == 0) {
@@ -199,7 +198,7 @@ TEST_F(PipeServer, TwoThousandRequestsLeaveNothingBehind) {
         ASSERT_TRUE(server.FetchCmd(answer));
         ASSERT_EQ(answer, "ping");
     }
-    const auto after = ResourceUse();
+    const auto after = CurrentResourceUse();
     EXPECT_GT(before.handles, 0u);
     EXPECT_EQ(after.handles, before.handles);
     EXPECT_LT(after.committedBytes, before.committedBytes + (2u << 20));

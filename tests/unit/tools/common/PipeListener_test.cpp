@@ -18,8 +18,8 @@ namespace {
 using testing::UnorderedElementsAre;
 
 // Collects what a listener hands over and drops; to be looked at when it has stopped.
-struct CListenerTest : testing::Test {
-    CListenerTest() {
+struct ListenerTest : testing::Test {
+    ListenerTest() {
         options.name = UniqueName();
         options.instances = 2;
         options.readTimeoutMilliseconds = options.drainMilliseconds = 20'000;
@@ -33,8 +33,8 @@ struct CListenerTest : testing::Test {
         const std::scoped_lock guard(lock);
         messages.push_back(std::move(message));
     }
-    CPipeListener::InOrder Keeping() {
-        return {0, [this](std::string message, const CPipePeer&) {
+    PipeListener::InOrder Keeping() {
+        return {0, [this](std::string message, const PipePeer&) {
                     Keep(std::move(message));
                     return Job();
                 }};
@@ -47,13 +47,13 @@ struct CListenerTest : testing::Test {
     std::vector<PipeDrop> drops;
 };
 
-TEST_F(CListenerTest, AMessageIsAllThatOneClientWrites) {
+TEST_F(ListenerTest, AMessageIsAllThatOneClientWrites) {
     options.maxMessageBytes = 300'000;
-    CPipeListener listener(options, [this](std::string message) { Keep(std::move(message)); });
+    PipeListener listener(options, [this](std::string message) { Keep(std::move(message)); });
     ASSERT_TRUE(listener.Start());
     const std::string longest = PatternBytes(options.maxMessageBytes);
     for (const std::string& message : {longest.substr(0, 1), longest.substr(1), longest}) {
-        const CFileHandle peer = OpenPipeForWriting(options.name);
+        const FileHandle peer = OpenPipeForWriting(options.name);
         const std::size_t half = message.size() / 2;
         ASSERT_TRUE(WritePiece(peer, message.substr(0, half)) && WritePiece(peer, message.substr(half)));
     }
@@ -62,17 +62,17 @@ TEST_F(CListenerTest, AMessageIsAllThatOneClientWrites) {
     EXPECT_EQ(listener.Counters().accepted, 3u);
 }
 
-TEST_F(CListenerTest, HostilePeersCostOneInstanceForAWhileAndNothingElse) {
+TEST_F(ListenerTest, HostilePeersCostOneInstanceForAWhileAndNothingElse) {
     options.maxMessageBytes = 1000;
     options.readTimeoutMilliseconds = 300;
-    CPipeListener listener(options, [this](std::string message) {
+    PipeListener listener(options, [this](std::string message) {
         Keep(message);
         if (message == "bad") {
             throw std::runtime_error("bad");
         }
     });
     ASSERT_TRUE(listener.Start());
-    std::vector<CFileHandle> peers;
+    std::vector<FileHandle> peers;
     for (const std::size_t bytes : {0u, 4u, 1001u, 60'000u}) {  // silent, stops in the middle, too long
         peers.push_back(OpenPipeForWriting(options.name));
         ASSERT_TRUE(peers.back());
@@ -95,19 +95,19 @@ TEST_F(CListenerTest, HostilePeersCostOneInstanceForAWhileAndNothingElse) {
 }
 
 // A client that has closed one connection and opens the next: the service must never see the second message first.
-TEST_F(CListenerTest, OneClientsMessagesComeInItsOrderHoweverFewInstancesThereAre) {
+TEST_F(ListenerTest, OneClientsMessagesComeInItsOrderHoweverFewInstancesThereAre) {
     constexpr unsigned kClients = 8;
     constexpr unsigned kMessages = 50;
     for (const unsigned instances : {3u, 16u}) {
         options.instances = instances;
         messages.clear();
-        CPipeListener listener(options, Keeping());
+        PipeListener listener(options, Keeping());
         ASSERT_TRUE(listener.Start());
         OnThreads(kClients, [&](unsigned who) {
             for (unsigned i = 0; i < kMessages; ++i) {
                 std::string text = static_cast<char>('A' + who) + std::to_string(i) + '\0';
                 text.resize(text.size() + (i % 2 == 0 ? 40'000u : 0u));  // long ones take many reads
-                const CFileHandle peer = OpenPipeForWriting(options.name);
+                const FileHandle peer = OpenPipeForWriting(options.name);
                 for (std::size_t at = 0; at < text.size(); at += 1024) {  // as the product's client does
                     ASSERT_TRUE(WritePiece(peer, std::string_view(text).substr(at, 1024)));
                 }
@@ -122,9 +122,9 @@ TEST_F(CListenerTest, OneClientsMessagesComeInItsOrderHoweverFewInstancesThereAr
     }
 }
 
-TEST_F(CListenerTest, AJobRunsOnAWorkerWhileTheNextMessageIsAccepted) {
-    const CKernelHandle second(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    const auto accept = [&](const std::string& message, const CPipePeer& peer) {
+TEST_F(ListenerTest, AJobRunsOnAWorkerWhileTheNextMessageIsAccepted) {
+    const KernelHandle second(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const auto accept = [&](const std::string& message, const PipePeer& peer) {
         EXPECT_EQ(peer.Pid(), GetCurrentProcessId());
         if (message == "second") {
             SetEvent(second.Get());
@@ -132,7 +132,7 @@ TEST_F(CListenerTest, AJobRunsOnAWorkerWhileTheNextMessageIsAccepted) {
         }
         return Job([&] { EXPECT_EQ(WaitForSingleObject(second.Get(), 20'000), WAIT_OBJECT_0); });
     };
-    CPipeListener listener(options, CPipeListener::InOrder{1, accept});
+    PipeListener listener(options, PipeListener::InOrder{1, accept});
     ASSERT_TRUE(listener.Start());
     EXPECT_TRUE(Send("first") && Send("second"));
     listener.Stop();
@@ -140,11 +140,11 @@ TEST_F(CListenerTest, AJobRunsOnAWorkerWhileTheNextMessageIsAccepted) {
 }
 
 // Whoever could write and close has been heard, in the middle of a stop too.
-TEST_F(CListenerTest, NoMessageThatCouldBeSentIsLostByAStop) {
+TEST_F(ListenerTest, NoMessageThatCouldBeSentIsLostByAStop) {
     options.instances = 64;
     for (int round = 0; round < 20; ++round) {
         std::atomic<unsigned> sent = 0;
-        CPipeListener listener(options, Keeping());
+        PipeListener listener(options, Keeping());
         ASSERT_TRUE(listener.Start());
         OnThreads(5, [&](unsigned who) {
             if (who == 0) {
@@ -154,7 +154,7 @@ TEST_F(CListenerTest, NoMessageThatCouldBeSentIsLostByAStop) {
                 listener.Stop();
                 return;
             }
-            while (const CFileHandle peer = OpenPipeForWriting(options.name)) {
+            while (const FileHandle peer = OpenPipeForWriting(options.name)) {
                 sent += WritePiece(peer, "heard") ? 1 : 0;
             }
         });
@@ -162,11 +162,11 @@ TEST_F(CListenerTest, NoMessageThatCouldBeSentIsLostByAStop) {
     }
 }
 
-TEST_F(CListenerTest, StopFinishesWhatItHasAcceptedAndDropsTheRest) {
+TEST_F(ListenerTest, StopFinishesWhatItHasAcceptedAndDropsTheRest) {
     options.instances = 4;
     options.drainMilliseconds = 300;
-    const CKernelHandle running(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    CPipeListener listener(options, [&](std::string message) {
+    const KernelHandle running(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    PipeListener listener(options, [&](std::string message) {
         SetEvent(running.Get());
         Sleep(100);
         Keep(std::move(message));
@@ -174,8 +174,8 @@ TEST_F(CListenerTest, StopFinishesWhatItHasAcceptedAndDropsTheRest) {
     ASSERT_TRUE(listener.Start());
     ASSERT_TRUE(Send("whole"));
     ASSERT_EQ(WaitForSingleObject(running.Get(), 20'000), WAIT_OBJECT_0);
-    CFileHandle slow = OpenPipeForWriting(options.name);
-    const CFileHandle silent = OpenPipeForWriting(options.name);
+    FileHandle slow = OpenPipeForWriting(options.name);
+    const FileHandle silent = OpenPipeForWriting(options.name);
     ASSERT_TRUE(silent && WritePiece(slow, "slow but "));
     std::thread stopper([&] { listener.Stop(); });
     Sleep(50);

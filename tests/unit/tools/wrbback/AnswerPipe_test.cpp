@@ -15,7 +15,7 @@ DWORD Answer(const std::wstring& name, std::size_t size) {
 
 TEST(AnswerPipe, AnAnswerArrivesInPiecesOfThePipesSize) {
     const std::wstring name = test::UniqueName();
-    const test::CFakePipeService requester(name);
+    const test::FakePipeService requester(name);
     EXPECT_EQ(WriteAnswer(name, std::vector<uint8_t>(2049), {}), 0u);
     EXPECT_EQ(requester.WaitFor(1).at(0).pieces, (std::vector<std::size_t>{1024, 1024, 1}));
 }
@@ -23,8 +23,8 @@ TEST(AnswerPipe, AnAnswerArrivesInPiecesOfThePipesSize) {
 TEST(AnswerPipe, ARequesterThatHasGoneOrDoesNotReadCostsAShortTime) {
     const std::wstring name = test::UniqueName();
     EXPECT_EQ(Answer(name, 1), DWORD{ERROR_FILE_NOT_FOUND});
-    const CFileHandle pipe(CreateNamedPipeW((L"\\\\.\\pipe\\" + name).c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE, 1,
-                                            1024, 1024, 50, nullptr));
+    const FileHandle pipe(CreateNamedPipeW((L"\\\\.\\pipe\\" + name).c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE, 1,
+                                           1024, 1024, 50, nullptr));
     EXPECT_EQ(Answer(name, 100'000), DWORD{ERROR_TIMEOUT}) << "the buffer is full";
     EXPECT_EQ(Answer(name, 1), DWORD{ERROR_TIMEOUT}) << "busy: nobody has let go of the connection";
 }

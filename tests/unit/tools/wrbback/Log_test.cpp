@@ -16,7 +16,7 @@
 namespace wrb {
 namespace {
 
-using test::CTempFolder;
+using test::TempFolder;
 
 // Lines are words here; files are words of name and content.
 TEST(LogFiles, SplitBeforeTheLimitKeepTheLatestAndTouchNoOther) {
@@ -37,12 +37,12 @@ TEST(LogFiles, SplitBeforeTheLimitKeepTheLatestAndTouchNoOther) {
         {0, 0, "", "a b c", "wrbdebug.log=abc "},
     };
     for (const auto& row : kCases) {
-        const CTempFolder folder;
+        const TempFolder folder;
         std::istringstream before(row.before);
         for (std::string name, content; std::getline(before >> std::ws, name, '=') && before >> content;) {
             test::WriteAll(folder / AnsiToWide(name.c_str()), content);
         }
-        CLogFiles files(
+        LogFiles files(
             {.folder = folder.Path(), .splitBytes = row.splitBytes, .maxFiles = row.maxFiles, .diskSpace = {}});
         std::istringstream lines(row.lines);
         for (std::string line; lines >> line;) {
@@ -57,17 +57,17 @@ TEST(LogFiles, SplitBeforeTheLimitKeepTheLatestAndTouchNoOther) {
 }
 
 TEST(LogFiles, AShortDiskLosesLinesUntilThereIsSpaceAgain) {
-    const std::pair<tagDiskSpace, LogWriteResult> kCases[] = {
+    const std::pair<DiskSpace, LogWriteResult> kCases[] = {
         {{999, 0}, LogWriteResult::NoSpace},  // the size counts
         {{1000, 0}, LogWriteResult::Written},
         {{1000, 100'100}, LogWriteResult::NoSpace},  // the percentage counts
         {{1001, 100'100}, LogWriteResult::Written},
     };
-    const CTempFolder folder;
-    tagDiskSpace space;
+    const TempFolder folder;
+    DiskSpace space;
     LogFileOptions options{.folder = folder.Path(), .reserveBytes = 1000, .diskSpace = [&](auto&) { return space; }};
     for (const auto& [shown, result] : kCases) {
-        CLogFiles files(options);
+        LogFiles files(options);
         space = {0, 0};
         EXPECT_EQ(files.Write("lost\n"), LogWriteResult::NoSpace);
         space = shown;
@@ -75,7 +75,7 @@ TEST(LogFiles, AShortDiskLosesLinesUntilThereIsSpaceAgain) {
     }
     EXPECT_EQ(test::ReadAll(folder / L"wrbdebug.log"), "line\nline\n");
     options.folder += L"\\wrbdebug.log\\below";
-    EXPECT_EQ(CLogFiles(options).Write("line\n"), LogWriteResult::Failed);
+    EXPECT_EQ(LogFiles(options).Write("line\n"), LogWriteResult::Failed);
 }
 
 TEST(LogSettings, KeysAreReadInTheirUnitsAndNonsenseIsNamed) {
@@ -85,7 +85,7 @@ TEST(LogSettings, KeysAreReadInTheirUnitsAndNonsenseIsNamed) {
          L"D:\\Logs 1000 3 102400"},
         {"DebugFlags=0\nDebugLevel=D\nDebugLogFolder=\nSplitSize=\n", L"none", L".\\Log\\ 104857600 10 20971520"},
     };
-    const CTempFolder folder;
+    const TempFolder folder;
     for (const auto& [body, level, rest] : kCases) {
         test::WriteAll(folder / L"debug.ini", std::string("[Debug]\n") + body);
         LogSettings settings;
@@ -107,7 +107,7 @@ TEST(LogSettings, KeysAreReadInTheirUnitsAndNonsenseIsNamed) {
 }
 
 // The line in the file without its date and time.
-std::string Shown(const tagReceivedLine& line) {
+std::string Shown(const ReceivedLine& line) {
     return FormatLogLine(line).substr(sizeof "1970 01/01 00:00:00" - 1);
 }
 
@@ -156,9 +156,9 @@ TEST(LogLine, TimeIsLocalAndNeverFails) {
 }
 
 TEST(Notes, AFloodIsHeldBackAndOwnedUpTo) {
-    CManualClock clock(4294967000);  // wraps within the first minute
+    ManualClock clock(4294967000);  // wraps within the first minute
     std::wstring written;
-    CNotes notes([&](const std::wstring& note) { written += note + L"\n"; }, 2, clock);
+    Notes notes([&](const std::wstring& note) { written += note + L"\n"; }, 2, clock);
     for (const uint32_t wait : {0, 0, 0, 59'999, 1, 60'000}) {
         clock.AdvanceTick(wait);
         notes.Write(std::to_wstring(wait));

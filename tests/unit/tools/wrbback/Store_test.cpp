@@ -16,8 +16,8 @@
 namespace wrb {
 namespace {
 
-using test::CTempFolder;
 using test::ReadAll;
+using test::TempFolder;
 using test::WriteAll;
 
 std::string WhyNot(const std::wstring& path) {
@@ -25,20 +25,20 @@ std::string WhyNot(const std::wstring& path) {
         const auto db = OpenStore(path);
         VerifyStore(*db, path);
         return {};
-    } catch (const CSqliteError& error) {
+    } catch (const SqliteError& error) {
         return error.what();
     }
 }
 
 TEST(Store, AFileThatCannotBeUsedIsNamedWithTheReason) {
-    const CTempFolder folder;
+    const TempFolder folder;
     const std::wstring path = (folder / L"b\xfcro.db").wstring();
     const std::tuple<const char*, std::function<void()>, const char*> kCases[] = {
         {"missing", [] {}, "there is no such file; make it with: wrbback seed"},
         {"empty", [&] { WriteAll(path, ""); }, "is empty; fill it with"},
         {"text", [&] { WriteAll(path, std::string(5000, 'x')); }, "is not a database"},
         {"another program's",
-         [&] { CSqliteDb(path, CSqliteDb::Open::kCreate).Execute("CREATE TABLE theirs (x); PRAGMA user_version = 1"); },
+         [&] { SqliteDb(path, SqliteDb::Open::kCreate).Execute("CREATE TABLE theirs (x); PRAGMA user_version = 1"); },
          "is a database of another program"},
         {"a newer version's", [&] { CreateStore(path)->Execute("PRAGMA user_version = 99"); },
          "has version 99, this program knows 2"},
@@ -66,12 +66,12 @@ TEST(Store, AFileThatCannotBeUsedIsNamedWithTheReason) {
 }
 
 TEST(Store, ThePoolLendsEachConnectionToOneThreadAndReadersGoOnWhileAWriterIsInTheMiddle) {
-    const CTempFolder folder;
+    const TempFolder folder;
     const std::wstring path = (folder / L"agents.db").wstring();
     const auto writer = CreateStore(path);
-    CSqliteTransaction transaction(*writer);
+    SqliteTransaction transaction(*writer);
     writer->Execute("INSERT INTO agent (uid) VALUES ('u')");
-    CStorePool pool(path, 2);
+    StorePool pool(path, 2);
     std::atomic<int> out{0};
     test::OnThreads(6, [&](unsigned) {
         for (int n = 0; n < 50; ++n) {
@@ -123,24 +123,24 @@ TEST(Seed, WhatIsWrongIsSaidWithItsPlace) {
         try {
             ParseSeed(json);
             ADD_FAILURE() << "accepted: " << json.substr(0, 200);
-        } catch (const CSeedError& error) {
+        } catch (const SeedError& error) {
             EXPECT_NE(std::string(error.what()).find(message), std::string::npos) << error.what();
         }
     }
 }
 
 TEST(Seed, ScanKeysSetTheBitsOfTheirOwnSection) {
-    const tagSeed seed = ParseSeed("\xEF\xBB\xBF" + Agent(R"("scan": {
+    const SeedData seed = ParseSeed("\xEF\xBB\xBF" + Agent(R"("scan": {
         "manual": {"Flags": 0, "IntelliScan": true, "ScanSpeed": 2, "OleLayer": -1, "MoveDir": "\\m",
                    "spyware": {"Flags": "0x0", "ActionType": 2}, "exclusions": {"ExcludeCallowayProduct": true}},
         "prescheduled": {"Flags": "0xFFFFFFFF", "IntelliScan": false, "ScanSpeed": 0, "Hour": 23}})"));
     const StoredScans& scans = seed.agents.at(0).scans.value();
-    const tagStoredScan& manual = scans[static_cast<std::size_t>(ScanType::MS)];
+    const StoredScan& manual = scans[static_cast<std::size_t>(ScanType::MS)];
     EXPECT_EQ(manual.values.flags, (1u << 8) | (1u << 18) | (1u << 16));
     EXPECT_EQ(manual.values.oleLayer, 0xFFFFFFFFu);
     EXPECT_EQ(manual.values.moveDir, L"\\m");
     EXPECT_EQ(manual.spywareFlags, 1u << 17);
-    const tagStoredScan& scheduled = scans[static_cast<std::size_t>(ScanType::PS)];
+    const StoredScan& scheduled = scans[static_cast<std::size_t>(ScanType::PS)];
     // The exclusion section is not given, so its switch is as the flags say; the default would set it too.
     EXPECT_EQ(scheduled.values.flags, 0xFFFFFFFFu & ~((1u << 11) | (1u << 17) | (1u << 18)));
     EXPECT_EQ(scheduled.values.hour, 23u);
@@ -158,7 +158,7 @@ TEST(Seed, SeedingReplacesTheAgentsThatAreGivenAndNothingElse) {
         {Agent(""), "2 0 0 0 0 0 0 32 "},
         {R"({"agents": [], "serviceSwitch": {}})", "2 0 0 0 0 0 0 0 "},
     };
-    const CTempFolder folder;
+    const TempFolder folder;
     const auto db = CreateStore((folder / L"agents.db").wstring());
     const auto counted = [&db] {
         std::string numbers;
@@ -175,7 +175,7 @@ TEST(Seed, SeedingReplacesTheAgentsThatAreGivenAndNothingElse) {
         EXPECT_EQ(counted(), rows) << json;
     }
     db->Execute("CREATE TRIGGER stop BEFORE INSERT ON fa_restore_item BEGIN SELECT RAISE(ABORT, 'full'); END");
-    EXPECT_THROW(StoreSeed(*db, ParseSeed(rich)), CSqliteError);
+    EXPECT_THROW(StoreSeed(*db, ParseSeed(rich)), SqliteError);
     EXPECT_EQ(counted(), kSteps[5].second) << "what failed in the middle leaves nothing";
     EXPECT_FALSE(db->InTransaction());
 }
@@ -183,8 +183,8 @@ TEST(Seed, SeedingReplacesTheAgentsThatAreGivenAndNothingElse) {
 constexpr wchar_t kAgent[] = L"3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3";
 constexpr wchar_t kOtherAgent[] = L"8d94e7b5-20c1-4f8a-8e3d-57a1f09c6b42";
 
-struct CTextCommandsTest : testing::Test {
-    CTextCommandsTest() : db(CreateStore((folder / L"agents.db").wstring())) {
+struct TextCommandsTest : testing::Test {
+    TextCommandsTest() : db(CreateStore((folder / L"agents.db").wstring())) {
         for (const wchar_t* uid : {kAgent, kOtherAgent}) {
             db->Use("INSERT INTO agent (uid) VALUES (:uid)").Bind(":uid", uid).Run();
         }
@@ -200,11 +200,11 @@ struct CTextCommandsTest : testing::Test {
         CCmdProtocol request((kAgent + (L"\t" + fields)).c_str());
         return AnswerTextCommand(*db, command, request);
     }
-    CTempFolder folder;
-    std::unique_ptr<CSqliteDb> db;
+    TempFolder folder;
+    std::unique_ptr<SqliteDb> db;
 };
 
-TEST_F(CTextCommandsTest, AMaskSaysWhichBitsAValueReplaces) {
+TEST_F(TextCommandsTest, AMaskSaysWhichBitsAValueReplaces) {
     const std::tuple<uint32_t, uint32_t, const wchar_t*, const wchar_t*> kCases[] = {
         {0x0000000F, 0x000000F0, L"240", L"255"},
         {0xFFFFFFFF, 0x00010002, L"0", L"4294901757"},  // all but AllowCfg and the exclusion switch
@@ -224,7 +224,7 @@ TEST_F(CTextCommandsTest, AMaskSaysWhichBitsAValueReplaces) {
     }
 }
 
-TEST_F(CTextCommandsTest, ConfigurationBitsChooseTheGroup) {
+TEST_F(TextCommandsTest, ConfigurationBitsChooseTheGroup) {
     const std::pair<const wchar_t*, std::optional<std::wstring>> kCases[] = {
         {L"1", L"ms\t\\m\t\t\ta"}, {L"1024", L"sn\t\\m\t\t\ta"}, {L"256", L"f-ms\tf\te"},
         {L"65536", L"f-sn\tf\te"}, {L"0", std::nullopt},         {L"3", std::nullopt},
@@ -242,7 +242,7 @@ TEST_F(CTextCommandsTest, ConfigurationBitsChooseTheGroup) {
     EXPECT_EQ(Read(DbCommand::GetExtra, L"256"), halves.substr(4)) << "as it was written";
 }
 
-TEST_F(CTextCommandsTest, SpecialLogsHaveAnEnd) {
+TEST_F(TextCommandsTest, SpecialLogsHaveAnEnd) {
     db->Execute(
         "INSERT INTO special_log (id, uid, log_type, text, received) "
         "SELECT value, '3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3', 1, 'old', 0 FROM (SELECT 1 value UNION SELECT 10000)");

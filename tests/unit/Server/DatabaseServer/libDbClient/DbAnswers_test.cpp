@@ -17,17 +17,17 @@ namespace {
 
 using testing::ElementsAre;
 using testing::StartsWith;
-using wrb::test::CFakeDbService;
-using wrb::test::tagDbRequest;
+using wrb::test::DbRequest;
+using wrb::test::FakeDbService;
 using wrb::test::WideBytes;
 
 // A database server whose next answer the test sets; calls and answers take turns.
 class DbAnswers : public testing::Test {
   protected:
-    DbAnswers() : m_service([this](const tagDbRequest&) { return m_answer; }) {}
+    DbAnswers() : m_service([this](const DbRequest&) { return m_answer; }) {}
 
     std::string m_answer;
-    CFakeDbService m_service;
+    FakeDbService m_service;
 };
 
 TEST_F(DbAnswers, NumberIsReadAsFarAsItGoes) {
@@ -76,7 +76,7 @@ std::vector<std::wstring> LogOf(const std::function<void()>& call) {
     TakeCapturedLog();
     call();
     std::vector<std::wstring> texts;
-    for (tagCapturedLine& line : TakeCapturedLog()) {
+    for (CapturedLine& line : TakeCapturedLog()) {
         texts.push_back(std::move(line.text));
     }
     return texts;
@@ -90,7 +90,7 @@ TEST(DbFailures, AbsentServiceIsLoggedWithItsError) {
                 ElementsAre(StartsWith(L"[DbClient] SendAndRecv DB_GET_STATUS\t"),
                             L"SendAndRecv - Initial pipe client failed with win32 error code [2]"));
     EXPECT_EQ(number, 5u);
-    tagVEXORCustomBmCfg cfg;
+    wrb::CustomBmConfig cfg;
     EXPECT_THAT(
         LogOf([&] { EXPECT_FALSE(dbGetVexorCustomBmCfgW(L"uid", cfg)); }),
         ElementsAre(L"[dbSend] Send DBV2_GET_VEXOR_CUSTOM_BM_CFG", L"[dbSend] Initial pipe client failed! err=2",
@@ -99,7 +99,7 @@ TEST(DbFailures, AbsentServiceIsLoggedWithItsError) {
 }
 
 TEST(DbFailures, AnswerThatNeverComesEndsWithTheTimeOut) {
-    const CFakeDbService silent;
+    const FakeDbService silent;
     CCmdProtocol request;
     const int32_t replyId = wrb::NewDbReplyId();
     request << L"DB_GET_IP" << replyId;
@@ -116,7 +116,7 @@ TEST(DbFailures, AnswerThatNeverComesEndsWithTheTimeOut) {
 // The file of a request is deleted when nobody reads it: the answer is a time-out, or empty.
 TEST(DbFailures, ALargeRequestLeavesNoFileWhenNobodyTakesIt) {
     for (const bool answers : {false, true}) {
-        const CFakeDbService service([=](const tagDbRequest&) { return answers ? std::optional("") : std::nullopt; });
+        const FakeDbService service([=](const DbRequest&) { return answers ? std::optional("") : std::nullopt; });
         CMsgSerializer message(L"DBV2_TEST");
         message << std::wstring(2 << 20, L'x');
         message << uint32_t{1};

@@ -40,7 +40,7 @@ std::string PageExample() {
 TEST(DbCommands, AreThoseOfThePage) {
     static constexpr const char* kShapes[] = {"none", "number", "text", "record", "list", "message"};
     const auto orDash = [](const char* fields) { return std::string(*fields == '\0' ? "-" : fields); };
-    for (const tagDbCommand& command : kDbCommands) {
+    for (const wrb::DbCommandRow& command : kDbCommands) {
         const std::string row = "\n| `" + wrb::WideToUtf8(command.name) + "` | " + orDash(command.requestFields) +
                                 " | " + kShapes[static_cast<std::size_t>(command.answer)] + " | " +
                                 orDash(command.answerFields) + " |\n";
@@ -50,15 +50,15 @@ TEST(DbCommands, AreThoseOfThePage) {
     EXPECT_EQ(std::distance(std::sregex_iterator(Page().begin(), Page().end(), anyRow), {}), std::ssize(kDbCommands));
 }
 
-tagScanGroupValues Scan(const std::array<uint32_t, 12>& n, const wchar_t* extList, const wchar_t* moveDir,
-                        const wchar_t* custAction) {
+wrb::ScanGroupValues Scan(const std::array<uint32_t, 12>& n, const wchar_t* extList, const wchar_t* moveDir,
+                          const wchar_t* custAction) {
     return {n[0],  n[1],  n[2],    n[3],    n[4], n[5],       n[6], n[7], n[8], n[9],
             n[10], n[11], extList, moveDir, {},   custAction, {},   {},   {},   {}};
 }
 
 // What the page's example holds.
-tagClnAllScanCfg ExampleCfg() {
-    tagClnAllScanCfg cfg;
+wrb::AllScanConfig ExampleCfg() {
+    wrb::AllScanConfig cfg;
     cfg.hasConfig = true;
     cfg.hasExtra = true;
     cfg.scans = {
@@ -71,8 +71,8 @@ tagClnAllScanCfg ExampleCfg() {
     return cfg;
 }
 
-tagClnAllScanCfgEx ExampleLists() {
-    tagClnAllScanCfgEx lists;
+wrb::AllScanLists ExampleLists() {
+    wrb::AllScanLists lists;
     for (std::size_t scan = 0; scan < lists.scans.size(); ++scan) {
         const std::wstring number = std::to_wstring(scan);
         lists.scans[scan] = {L"folder" + number, L"file" + number, L"ext" + number, L"spy" + number};
@@ -81,8 +81,8 @@ tagClnAllScanCfgEx ExampleLists() {
     return lists;
 }
 
-tagVEXORCustomBmCfg ExampleBm() {
-    tagVEXORCustomBmCfg cfg;
+wrb::CustomBmConfig ExampleBm() {
+    wrb::CustomBmConfig cfg;
     cfg.policies.resize(2);
     cfg.policies[0].policyId = L"policy";
     cfg.policies[0].action = 7;
@@ -115,7 +115,7 @@ TEST(DbAllScanRecord, IsWhatThePageShows) {
     ASSERT_TRUE(message.Load(example.data(), static_cast<uint32_t>(example.size())));
     EXPECT_EQ(message.Name(), L"DBV2_CLIENT_GET_ALL_SCAN_CFG");
     const std::size_t bodyBytes = message.Remaining();
-    tagClnAllScanCfg cfg;
+    wrb::AllScanConfig cfg;
     message >> cfg;
     EXPECT_EQ(message.Remaining(), 0u);
     EXPECT_EQ(Encode(ExampleCfg()), example.substr(example.size() - bodyBytes));
@@ -125,7 +125,7 @@ TEST(DbAllScanRecord, IsWhatThePageShows) {
 
 // Texts of length 0 leave their target alone, so a record that is read into twice could keep old texts.
 TEST(DbAllScanRecord, ReadingReplacesEveryText) {
-    tagClnAllScanCfgEx lists = ExampleLists();
+    wrb::AllScanLists lists = ExampleLists();
     EXPECT_EQ(Decode(std::string(15 * 4, '\0'), lists), 0u);
     EXPECT_FALSE(lists.HasText());
 }
@@ -158,9 +158,9 @@ void ExpectBoundedReading(const std::string& bytes) {
 }
 
 TEST(DbRecords, CutOrChangedBytesThrowOneExceptionOnly) {
-    ExpectBoundedReading<tagClnAllScanCfg>(Encode(ExampleCfg()));
-    ExpectBoundedReading<tagClnAllScanCfgEx>(Encode(ExampleLists()));
-    ExpectBoundedReading<tagVEXORCustomBmCfg>(Encode(ExampleBm()));
+    ExpectBoundedReading<wrb::AllScanConfig>(Encode(ExampleCfg()));
+    ExpectBoundedReading<wrb::AllScanLists>(Encode(ExampleLists()));
+    ExpectBoundedReading<wrb::CustomBmConfig>(Encode(ExampleBm()));
 }
 
 TEST(DbRecords, BundlesHaveTheFieldsOfThePage) {
@@ -186,13 +186,13 @@ TEST(DbRecords, BundlesHaveTheFieldsOfThePage) {
     EXPECT_EQ(Encode(sablex), Sequence(1u, 2u, 3u, L"e", L"p"));
     const tagClientAggrScanConfig aggr({.cfg = 1, .detectFlag = 2, .detectFlagForIProduct = 3});
     EXPECT_EQ(Encode(aggr), Sequence(1u, 2u, 3u));
-    tagFARestoreItemList items;
+    wrb::FARestoreItemList items;
     items.items.emplace_back(
-        tagFARestoreValues{.sha1Hash = L"h", .taskId = L"t", .itemId = L"i", .fileDir = L"d", .fileName = L"n"});
+        wrb::FARestoreValues{.sha1Hash = L"h", .taskId = L"t", .itemId = L"i", .fileDir = L"d", .fileName = L"n"});
     items.items.emplace_back();
-    tagPolicyTrackingInfoList policies;
+    wrb::PolicyTrackingInfoList policies;
     policies.items.emplace_back(
-        tagPolicyTrackingValues{.name = L"n", .lastUpdateTime = L"t", .policyOwner = L"o", .policyTypeId = L"y"});
+        wrb::PolicyTrackingValues{.name = L"n", .lastUpdateTime = L"t", .policyOwner = L"o", .policyTypeId = L"y"});
     policies.items.emplace_back();
     const std::string two("\2\0\0\0", 4);
     EXPECT_EQ(Encode(items), two + Sequence(L"h", L"t", L"i", L"d", L"n", L"", L"", L"", L"", L""));

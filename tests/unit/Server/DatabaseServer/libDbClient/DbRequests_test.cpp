@@ -19,40 +19,40 @@
 
 namespace {
 
-using wrb::test::CFakeDbService;
-using wrb::test::tagDbRequest;
+using wrb::test::DbRequest;
+using wrb::test::FakeDbService;
 
 constexpr const wchar_t* kUid = L"8b3dbf4c-2a6c-4f0a-9d36-0d8a3c1f7e55";
 const std::wstring kByUid = std::wstring(kUid) + L" ";
 
-const tagScanUpdate kUpdate{0x80000001, 0xFFFEFFFD, 1};
+const wrb::ScanUpdate kUpdate{0x80000001, 0xFFFEFFFD, 1};
 
-tagScanGroupValues Values() {
+wrb::ScanGroupValues Values() {
     return {1,  2,      3,       0xFFFFFFF9,    5,      6,         7,       8,   9,     10, 11,
             12, L"ext", L"move", L"not stored", L"act", L"folder", L"file", L"", L"spy"};
 }
 
 // A call and the fields that it must send behind the reply id; a blank stands for a TAB, "-" for no field at all.
-struct tagCase {
+struct Case {
     DbCommand command;
     std::wstring fields;
     std::function<bool()> call;
 };
 
 template <typename... Parameters>
-tagCase Write(DbCommand command, const std::wstring& fields, bool (*function)(Parameters...),
-              std::type_identity_t<Parameters>... arguments) {
+Case Write(DbCommand command, const std::wstring& fields, bool (*function)(Parameters...),
+           std::type_identity_t<Parameters>... arguments) {
     return {command, fields, [=] { return function(arguments...); }};
 }
 template <typename Out>
-tagCase Read(DbCommand command, bool (*function)(const wchar_t*, Out&, uint32_t)) {
+Case Read(DbCommand command, bool (*function)(const wchar_t*, Out&, uint32_t)) {
     const auto call = [=] {
         Out out{};
         return function(kUid, out, 4294967295);
     };
     return {command, kByUid + L"4294967295", call};
 }
-tagCase Prebuilt(DbCommand command, bool (*function)(const std::wstring&, std::wstring&), const std::wstring& fields) {
+Case Prebuilt(DbCommand command, bool (*function)(const std::wstring&, std::wstring&), const std::wstring& fields) {
     std::wstring parameters = fields == L"-" ? L"" : fields;
     std::ranges::replace(parameters, L' ', L'\t');
     const auto call = [=] {
@@ -82,7 +82,7 @@ bool GetOppStatus(const wchar_t* uid, uint32_t& status, uint32_t number) {
         Write(DbCommand::SetSpywareAll##Type##cf, spyware, dbSetSpywareAll##Type##cfW, kUpdate, Values()),            \
         Write(DbCommand::Set##Type##Flg, kByUid + L"65536 65537", dbSet##Type##FlgW, kUid, 65536, 65537),             \
         Write(DbCommand::SetAll##Type##Flg, L"65536 65537", dbSetAll##Type##FlgW, 65536, 65537)
-const tagCase kCases[] = {
+const Case kCases[] = {
     // clang-format off
     WRB_READ(GetStatus), WRB_READ(GetArchitecture), WRB_READ(GetConfFlag), WRB_READ(GetClientPlat),
     WRB_READ(GetClnDomainNameAndUid), WRB_READ(GetClnFullDomainNameAndUid), WRB_READ(GetIp), WRB_READ(GetProgVer),
@@ -115,13 +115,13 @@ const tagCase kCases[] = {
 
 TEST(DbRequests, EveryTextCommandSendsItsFields) {
     std::set<DbCommand> seen;
-    const CFakeDbService service([](const tagDbRequest&) { return wrb::test::WideBytes(L"1\t2"); });
+    const FakeDbService service([](const DbRequest&) { return wrb::test::WideBytes(L"1\t2"); });
     std::size_t count = 0;
-    for (const tagCase& test : kCases) {
+    for (const Case& test : kCases) {
         SCOPED_TRACE(testing::PrintToString(wrb::DbName(test.command)));
         EXPECT_TRUE(test.call());
         ++count;
-        const tagDbRequest request = service.WaitFor(count).at(count - 1);
+        const DbRequest request = service.WaitFor(count).at(count - 1);
         const std::vector<std::wstring> fields = request.Fields();
         ASSERT_GE(fields.size(), 2u);
         EXPECT_EQ(fields[0], wrb::DbName(test.command));
@@ -135,20 +135,20 @@ TEST(DbRequests, EveryTextCommandSendsItsFields) {
         EXPECT_TRUE(request.request.ends_with(std::string(2, '\0'))) << "no terminator";
         seen.insert(test.command);
     }
-    for (const tagDbCommand& command : kDbCommands) {
+    for (const wrb::DbCommandRow& command : kDbCommands) {
         EXPECT_EQ(seen.contains(command.id), command.answer != DbAnswer::Message) << command.requestFields;
     }
 }
 
 TEST(DbRequests, SerializedCommandsCarryTheUidInThirtySixCharacters) {
-    const CFakeDbService service([](const tagDbRequest&) { return std::string(); });
-    tagClnAllScanCfg cfg;
-    tagVEXORCustomBmCfg bm;
+    const FakeDbService service([](const DbRequest&) { return std::string(); });
+    wrb::AllScanConfig cfg;
+    wrb::CustomBmConfig bm;
     dbGetClnAllScanCfgW((kByUid + L"beyond").c_str(), cfg, L"a");
     dbGetVexorCustomBmCfgW(nullptr, bm);
     const auto requests = service.WaitFor(2);
     ASSERT_EQ(requests.size(), 2u);
-    for (const tagDbRequest& request : requests) {
+    for (const DbRequest& request : requests) {
         const bool isFirst = &request == requests.data();
         EXPECT_TRUE(request.IsMessage());
         EXPECT_THAT(request.Texts(),

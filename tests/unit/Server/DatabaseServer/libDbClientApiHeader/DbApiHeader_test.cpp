@@ -15,9 +15,9 @@ namespace {
 constexpr char kRequest[] = "what follows";
 
 // The frame that SendDbApiHeader writes, and the request behind it.
-tagReceived SendFrame() {
+Received SendFrame() {
     const std::wstring name = UniqueName();
-    CFakePipeService service(name);
+    FakePipeService service(name);
     CPipeClient client;
     EXPECT_TRUE(client.Initial(name.c_str()));
     bool requestSent = false;

@@ -26,7 +26,7 @@ std::vector<std::wstring> g_sent[2];
 int g_results[2];
 
 template <int service>
-int Take(const tagFirewallLogEntry& entry) noexcept {
+int Take(const wrb::FirewallLogEntry& entry) noexcept {
     g_sent[service].push_back(wrb::FormatWide(L"%s|%s|%s|%s|%s|%d|%d|%d|%d|%d|%d|%s|%s", entry.uid, entry.date,
                                               entry.time, entry.localHost, entry.remoteHost, entry.protocol, entry.type,
                                               entry.subType, entry.port, entry.direction, entry.logType,
@@ -59,10 +59,10 @@ class CfwLogFile : public testing::Test {
     }
 
     static bool HasLogged(uint32_t level, const std::wstring& text) {
-        return std::ranges::count(TakeCapturedLog(), tagCapturedLine{level, text}) > 0;
+        return std::ranges::count(TakeCapturedLog(), CapturedLine{level, text}) > 0;
     }
 
-    wrb::test::CTempFolder m_folder;
+    wrb::test::TempFolder m_folder;
 };
 
 TEST_F(CfwLogFile, BothVersionsCarryTheSame) {
@@ -203,9 +203,9 @@ TEST_F(CfwLogFile, AMissingFileIsOnlyLogged) {
     EXPECT_EQ(processCFWLogFile(L"uid", name.c_str()), 1);
     EXPECT_EQ(CheckPFWLogVersion(INVALID_HANDLE_VALUE), -1);
     EXPECT_EQ(TakeCapturedLog(),
-              (std::vector<tagCapturedLine>{{8, L"processCFWLogFile: FileName=" + name},
-                                            {5, L"processCFWLogFile:Fail open file err=2, '" + name + L"'"},
-                                            {8, L"CheckPFWLogVersion: bRetVer=(-1)"}}));
+              (std::vector<CapturedLine>{{8, L"processCFWLogFile: FileName=" + name},
+                                         {5, L"processCFWLogFile:Fail open file err=2, '" + name + L"'"},
+                                         {8, L"CheckPFWLogVersion: bRetVer=(-1)"}}));
 }
 
 }  // namespace

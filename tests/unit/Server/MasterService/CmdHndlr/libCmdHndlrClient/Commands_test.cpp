@@ -27,15 +27,15 @@ void Second(CCmdProtocol&) {
 // Dispatches a copy of the text that ends where readable memory ends. Returns what was called, and checks that the
 // result tells whether something was.
 std::wstring Dispatch(const std::wstring& text, std::size_t readable, uint64_t bytes) {
-    constexpr wrb::tagCommandRow kRows[] = {{L"CMDHL_ONE", First},
-                                            {L"CMDHL_ONE", Second},
-                                            {L"CMDHL_N", nullptr},
-                                            {L"CMDHL_N", Second},
-                                            {L"CMDHL_X", Second}};
+    constexpr wrb::CommandRow kRows[] = {{L"CMDHL_ONE", First},
+                                         {L"CMDHL_ONE", Second},
+                                         {L"CMDHL_N", nullptr},
+                                         {L"CMDHL_N", Second},
+                                         {L"CMDHL_X", Second}};
     wrb::CommandMap map;
     wrb::AddCommands(map, kRows);
-    wrb::AddCommands(map, kRows);                                                  // a second start adds nothing
-    const wrb::test::CGuardedBytes message(text.data(), readable + readable % 2);  // characters have even addresses
+    wrb::AddCommands(map, kRows);                                                 // a second start adds nothing
+    const wrb::test::GuardedBytes message(text.data(), readable + readable % 2);  // characters have even addresses
     g_called.clear();
     const unsigned result = wrb::DispatchCommand(map, reinterpret_cast<const wchar_t*>(message.Start()), bytes);
     EXPECT_EQ(result, g_called.empty() ? 0u : 1u);
@@ -75,7 +75,7 @@ TEST(CommandMap, MessagesByTheirSizeAndNamesToTheLetter) {
     EXPECT_EQ(wrb::DispatchCommand({}, nullptr, 18), 0u);
 }
 
-struct tagRow {
+struct Row {
     std::string_view name;
     std::string_view handler;
     std::string_view role;
@@ -83,7 +83,7 @@ struct tagRow {
     bool answers;
 };
 
-constexpr tagRow kTable[] = {
+constexpr Row kTable[] = {
 #define WRB_COMMAND(name, handler, role, fields, answers) {#name, #handler, role, fields, answers},
 #include "CommandTable.inc"
 #undef WRB_COMMAND
@@ -107,7 +107,7 @@ constexpr char kExpected[] =
 
 TEST(CommandTable, HasEveryCommandInItsPlace) {
     std::string names;
-    for (const tagRow& row : kTable) {
+    for (const Row& row : kTable) {
         names.append(row.name.substr(6)).append(row.handler == "nullptr" ? " " : "* ");
         EXPECT_EQ(row.name.substr(0, 6), "CMDHL_");
         EXPECT_FALSE(row.role.empty()) << row.name;
@@ -124,7 +124,7 @@ TEST(CommandTable, AnUpdateNamesTheFieldsOfItsGroup) {
             fields.append(", ").append(row->key.begin(), row->key.end());
         }
         const std::string handler = "cmdhl_Set" + std::string(group.name.begin(), group.name.end());
-        const auto* const found = std::ranges::find(kTable, handler, &tagRow::handler);
+        const auto* const found = std::ranges::find(kTable, handler, &Row::handler);
         ASSERT_NE(found, std::end(kTable)) << handler;
         EXPECT_EQ(found->fields, fields) << handler;
     }

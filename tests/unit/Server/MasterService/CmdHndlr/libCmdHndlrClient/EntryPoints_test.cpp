@@ -41,7 +41,7 @@ TEST_F(EntryPoints, WhatIsNotACommandLeavesNoTrace) {
 }
 
 TEST_F(EntryPoints, StartAndStopMayBeRepeated) {
-    CBmPolicyCache* const first = g_pBmPolicyCache;
+    wrb::BmPolicyCache* const first = g_pBmPolicyCache;
     ASSERT_NE(first, nullptr);
     EXPECT_FALSE(cmdhl_Initialize(L"", L"", nullptr));
     EXPECT_NE(g_pBmPolicyCache, first) << "a second start reads the policies again";
@@ -58,14 +58,14 @@ TEST_F(EntryPoints, AfterTheEndUncountedCommandsRunAndCountedOnesThrow) {
         [] { Tell(L"CMDHL_GET_MS_CFG\tpipe\tuid"); },
         testing::Throws<OS::CException>(testing::Property(&OS::CException::GetCode, static_cast<uint32_t>(E_FAIL))));
     cmdhl_Initialize(L"", L"", nullptr);
-    wrb::CCounterReader reader;
+    wrb::CounterReader reader;
     uint32_t error = 0;
     ASSERT_EQ(reader.Attach(error), wrb::CounterAttach::Attached) << error;
     EXPECT_EQ(reader.CallsInProgress(), 0);
 }
 
 TEST(BmPolicyCache, ReadsAsManyPoliciesAsTheCountSays) {
-    const wrb::test::CTempFolder folder;
+    const wrb::test::TempFolder folder;
     using Policy = std::tuple<int32_t, int32_t, int32_t>;  // id, action, enable
     const std::pair<const char*, std::vector<Policy>> rows[] = {
         {"Count=3\r\nPolicyId0=7\r\nAction0=2\r\nEnable0=1\r\nPolicyId1=-5\r\nEnable1=0\r\n"
@@ -74,14 +74,14 @@ TEST(BmPolicyCache, ReadsAsManyPoliciesAsTheCountSays) {
         {"", {}},
         {"Count=-1\r\n", {}},
         {"Count=many\r\n", {}},
-        {"Count=2147483647\r\n", std::vector<Policy>(CBmPolicyCache::kMaxPolicies)},
+        {"Count=2147483647\r\n", std::vector<Policy>(wrb::BmPolicyCache::kMaxPolicies)},
     };
     for (const auto& [keys, expected] : rows) {
         wrb::test::WriteAll(folder / L"server.ini", std::string("[VEXOR_BMPolicy]\r\n") + keys);
         ServerIniCache().clear();
         ServerIniCache().init((folder / L"server.ini").c_str(), 1);
         std::vector<Policy> policies;
-        for (const tagBmPolicy& policy : CBmPolicyCache().Policies()) {
+        for (const wrb::BmPolicy& policy : wrb::BmPolicyCache().Policies()) {
             policies.emplace_back(policy.policyId, policy.action, policy.enable);
         }
         EXPECT_EQ(policies, expected) << keys;

@@ -17,7 +17,7 @@
 
 namespace {
 
-using wrb::test::CFakePipeService;
+using wrb::test::FakePipeService;
 
 class FirewallUpload : public testing::Test {
   protected:
@@ -51,10 +51,10 @@ class FirewallUpload : public testing::Test {
 
     bool IsFolderEmpty() { return std::filesystem::is_empty(m_folder.Path()); }
 
-    wrb::test::CServerHome m_home;
-    wrb::test::CTempFolder m_folder;
-    CFakePipeService m_agent{L"QMAgentServerNamePipe"};
-    CFakePipeService m_pool{L"Global\\LogPoolCommandManager"};
+    wrb::test::ServerHome m_home;
+    wrb::test::TempFolder m_folder;
+    FakePipeService m_agent{L"QMAgentServerNamePipe"};
+    FakePipeService m_pool{L"Global\\LogPoolCommandManager"};
     const SWRB_PFW_LOG_ITEM m_record = wrb::test::SampleRecord<SWRB_PFW_LOG_ITEM>();
     const Bytes m_log{reinterpret_cast<const uint8_t*>(&m_record), reinterpret_cast<const uint8_t*>(&m_record + 1)};
 };
@@ -88,7 +88,7 @@ TEST_F(FirewallUpload, LeavesNothingBehindWhateverThePackageIs) {
         records += row.records;
         EXPECT_EQ(m_agent.WaitFor(records).size(), records);
         EXPECT_EQ(m_pool.WaitFor(records).size(), records);
-        EXPECT_EQ(std::ranges::count(TakeCapturedLog(), row.line, &tagCapturedLine::text), 1);
+        EXPECT_EQ(std::ranges::count(TakeCapturedLog(), row.line, &CapturedLine::text), 1);
         EXPECT_EQ(AskForPlace(L"other"), 0) << "and free again";
         cmdhl_RemoveClientFromLogUploadingList(L"other");
     }
@@ -96,7 +96,7 @@ TEST_F(FirewallUpload, LeavesNothingBehindWhateverThePackageIs) {
 
 TEST_F(FirewallUpload, MoreThanTenThousandEntriesAreRefused) {
     m_home.Write(L"record", "x");
-    std::vector<wrb::tagCabinetSource> sources(10'001, {"", (m_home / L"record").wstring()});
+    std::vector<wrb::CabinetSource> sources(10'001, {"", (m_home / L"record").wstring()});
     for (std::size_t i = 0; i < sources.size(); ++i) {
         sources[i].name = std::to_string(i);
     }
@@ -115,9 +115,9 @@ TEST_F(FirewallUpload, SaysWhatFails) {
     wrb::test::WriteAll(folder / L"mine", "");
     EXPECT_EQ(Upload(L"7", pipe), L"0");
     EXPECT_TRUE(std::filesystem::exists(folder / L"mine"));
-    std::vector<tagCapturedLine> lines = TakeCapturedLog();
+    std::vector<CapturedLine> lines = TakeCapturedLog();
     lines.resize(std::min<std::size_t>(lines.size(), 5));
-    EXPECT_EQ(lines, (std::vector<tagCapturedLine>{
+    EXPECT_EQ(lines, (std::vector<CapturedLine>{
                          {8, L"cmdhl_SetCFWLog: UID=uid, FileName=" + package + L", Dir=" + base + L", nLogType=7"},
                          {8, L"cmdhl_SetCFWLog: CreateDirectory(" + folder.wstring() + L") fail err=183"},
                          {8, L"cmdhl_SetCFWLog: unknown log type"},
@@ -149,7 +149,7 @@ TEST_F(FirewallUpload, AnEntryIsDeletedWhateverBecomesOfIt) {
     TakeCapturedLog();
     EXPECT_TRUE(cmdhl_ProcessExtractedLog("a.log", directory.c_str(), FPK_ENTRY_WRITTEN, &uid, fail));
     EXPECT_EQ(TakeCapturedLog(),
-              (std::vector<tagCapturedLine>{
+              (std::vector<CapturedLine>{
                   {'E', L"cmdhl_ProcessExtractedLog - no"},
                   {8, L"cmdhl_SetNVLog: DeleteFile(" + (m_folder / L"a.log").wstring() + L") fail err=2"}}));
 }
@@ -162,13 +162,13 @@ TEST_F(FirewallUpload, TheQueryConditionComesWithTheWaitingTime) {
 }
 
 TEST_F(FirewallUpload, CountsAreStoredAndAddedUpOnRequest) {
-    const wrb::test::CFakeDbService database;
+    const wrb::test::FakeDbService database;
     for (const std::wstring alert : {L"1", L"0", L"", L"-1"}) {
         Tell(L"CMDHL_PFW_UPDATE_CFW_COUNT\tuid\t-5\t1\t4294967295\t3\t4\t-1\t99999999999\t20240131235959\t" + alert);
     }
     // Totals are the process's: what the first of the two adds to nothing, the second adds to the first.
     std::vector<std::array<uint64_t, 4>> totals;
-    for (const tagCapturedLine& line : TakeCapturedLog()) {
+    for (const CapturedLine& line : TakeCapturedLog()) {
         auto& [logs, first, second, third] = totals.emplace_back();
         if (swscanf(line.text.c_str(),
                     L"InsertOneLog - at 20240131235959: 4294967295, 1, 3; in %I64u logs: %I64u, %I64u, %I64u", &logs,

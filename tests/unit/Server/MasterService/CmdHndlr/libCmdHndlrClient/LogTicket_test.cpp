@@ -11,7 +11,7 @@
 
 namespace {
 
-struct tagStage {
+struct Stage {
     // "N=2 a:0 +61 b:3 -b:1": a setting by its initial, which holds at once; the client a asks and is told so many
     // seconds; time passes; the client is released, with that result.
     void Play(const std::string& script) {
@@ -47,12 +47,12 @@ struct tagStage {
         serverIni.clear();
     }
 
-    CManualClock clock{0, 1'700'000'000};
-    CFakeProfile scanProfile;
-    CFakeProfile serverProfile;
+    ManualClock clock{0, 1'700'000'000};
+    FakeProfile scanProfile;
+    FakeProfile serverProfile;
     CINICache scanIni{clock, scanProfile};
     CINICache serverIni{clock, serverProfile};
-    wrb::CLogTicket ticket{clock, scanIni, serverIni};
+    wrb::LogTicket ticket{clock, scanIni, serverIni};
 };
 
 TEST(LogTicket, Decides) {
@@ -77,12 +77,12 @@ TEST(LogTicket, Decides) {
           "N=1 X=1 U=600 C=0 a:0 +1 U=60 b:0",                  // longer than a slot can be
           "N=0 X=0 R=1 a:1 b:2 +61 c:2 d:3",                    // a is 60 seconds late and dropped, b is not
           "N=0 X=0 R=1 C=0 a:1 b:2 c:3 +1 W=1 d:1 W=9 e:4"}) {  // c lies too far ahead
-        tagStage().Play("E=1 " + script);
+        Stage().Play("E=1 " + script);
     }
 }
 
 TEST(LogTicket, EightThousandWaitingClientsMeetTheCeiling) {
-    tagStage stage;
+    Stage stage;
     stage.Play("E=1 N=0 X=0");
     for (int i = 0; i < 8000; ++i) {
         EXPECT_EQ(stage.ticket.Request(std::to_wstring(i)), std::min(1800, i / 4 + 1));
@@ -91,7 +91,7 @@ TEST(LogTicket, EightThousandWaitingClientsMeetTheCeiling) {
 }
 
 TEST(LogTicket, SaysWhatItDoes) {
-    tagStage stage;
+    Stage stage;
     stage.Play("E=1 N=1 X=2 R=1");
     TakeCapturedLog();
     stage.Play("a:0 b:0 a:1 -a:1 -b:0 E=0 x:0");
@@ -103,7 +103,7 @@ TEST(LogTicket, SaysWhatItDoes) {
     const std::wstring now = L", current time(1700000000) ";
     const std::wstring release = L"cmdhl_RemoveClientFromLogUploadingList - [LogTicket] ";
     const std::wstring finish = release + L"upload log finish. try to remove client[";
-    const std::vector<tagCapturedLine> expected = {
+    const std::vector<CapturedLine> expected = {
         {'D', request + L">>"},
         {'D', L"CleanList - >>"},
         {'D', L"CleanList - [LogTicket] Remove client(0)  <<"},

@@ -38,7 +38,7 @@ constexpr struct {
 
 TEST(Requests, EachLogsAnswersAndCounts) {
     cmdhl_Initialize(L"", L"", nullptr);
-    wrb::CCounterReader counters;
+    wrb::CounterReader counters;
     uint32_t error = 0;
     ASSERT_EQ(counters.Attach(error), wrb::CounterAttach::Attached) << error;
     for (const auto& row : kHandlers) {

@@ -36,12 +36,12 @@ class RqAlertMsg : public testing::Test {
         return Ask(L"CMDHL_CMDHL_GET_CLN_ALERT_MSG", uid + L"\t" + type);
     }
 
-    wrb::test::CServerHome m_home;
+    wrb::test::ServerHome m_home;
 };
 
 // Each text has three characters more than the one before, which are eight of base64.
 TEST_F(RqAlertMsg, EveryTypeHasItsFileAndEightHaveCounters) {
-    wrb::CCounterReader counters;
+    wrb::CounterReader counters;
     uint32_t error = 0;
     ASSERT_EQ(counters.Attach(error), wrb::CounterAttach::Attached) << error;
     std::wstring text;
@@ -108,7 +108,7 @@ TEST_F(RqAlertMsg, FileIsReadToItsLimitOrItsFirstNul) {
 }
 
 TEST_F(RqAlertMsg, AbsentFileIsAnEmptyTextAndTheAgentsBitIsCleared) {
-    const wrb::test::CFakeDbService database;
+    const wrb::test::FakeDbService database;
     const std::wstring longUid(40, L'u');
     AskFor(L"6", longUid);
     TakeCapturedTexts();

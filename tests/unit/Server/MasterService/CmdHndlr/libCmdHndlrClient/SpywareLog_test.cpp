@@ -17,7 +17,7 @@
 namespace {
 
 using testing::ElementsAre;
-using wrb::test::CFakePipeService;
+using wrb::test::FakePipeService;
 
 constexpr char kGuid[] = "0a1b2c3d-0000-1111-2222-333344445555";
 
@@ -42,7 +42,7 @@ class SpywareLog : public testing::Test {
         ScanIniCache().clear();
     }
 
-    std::wstring Package(const std::vector<tagNewEntry>& entries) const {
+    std::wstring Package(const std::vector<NewEntry>& entries) const {
         const Bytes cabinet = BuildCabinet(entries);
         m_home.Write(L"up\\package.cab", std::string(cabinet.begin(), cabinet.end()));
         return (m_home / L"up\\package.cab").wstring();
@@ -53,13 +53,13 @@ class SpywareLog : public testing::Test {
     std::filesystem::path Folder(std::size_t skip) const { return m_home / (L"up\\x" + m_pipe.substr(skip)); }
     std::string WtcLog() const { return wrb::test::ReadAll(m_home / L"temp\\wtc.log"); }
 
-    const wrb::test::CServerHome m_home;
+    const wrb::test::ServerHome m_home;
     const std::wstring m_pipe = wrb::test::UniqueName(L"reply");
-    const wrb::CKernelHandle m_stop{CreateEventW(nullptr, TRUE, FALSE, L"Calloway_Warrenby_Server_Stop_Event")};
+    const wrb::KernelHandle m_stop{CreateEventW(nullptr, TRUE, FALSE, L"Calloway_Warrenby_Server_Stop_Event")};
 };
 
 TEST_F(SpywareLog, EntriesOfALogPackageAreRecorded) {
-    const CFakePipeService agents(L"WrbServerNamePipe");
+    const FakePipeService agents(L"WrbServerNamePipe");
     std::string many = "[GeneralInfo]\r\nSectionCount=2147483647\r\nGUID=" + std::string(60, 'g') + "\r\n";
     for (int i = 0; i < 100; ++i) {
         many += "[" + std::to_string(i) + std::string(200, 'n') + "]\r\n";
@@ -99,7 +99,7 @@ TEST_F(SpywareLog, WalkEndsAtItsLimits) {
     m_home.Write(L"odd\\large", std::string((16 << 20) + 1, ';'));
     const std::wstring odd = (m_home / L"odd\\").wstring();
     const std::wstring deep = odd + std::wstring(260 - odd.size(), L'n');
-    const wrb::CFileHandle tooLong(
+    const wrb::FileHandle tooLong(
         CreateFileW((L"\\\\?\\" + deep).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
     ASSERT_TRUE(tooLong) << GetLastError();
     // The bytes recorded and the lines logged, in the alphabet's order.
@@ -115,7 +115,7 @@ TEST_F(SpywareLog, WalkEndsAtItsLimits) {
     SetEvent(m_stop.Get());
     EXPECT_EQ(scan(L"few"), Result(166, {}));
     ResetEvent(m_stop.Get());
-    const wrb::CKernelHandle mutex(CreateMutexW(nullptr, TRUE, L"wrby_wtc_mutex"));
+    const wrb::KernelHandle mutex(CreateMutexW(nullptr, TRUE, L"wrby_wtc_mutex"));
     EXPECT_EQ(std::async(std::launch::async, scan, L"few").get(),  // a thread that does not own it
               Result(0, {L"cmdhl_AppendWtcRecord - the feedback log is busy"}));
     ReleaseMutex(mutex.Get());
@@ -128,7 +128,7 @@ TEST_F(SpywareLog, WalkEndsAtItsLimits) {
 }
 
 TEST_F(SpywareLog, ManifestAlwaysAnswersZero) {
-    const CFakePipeService agents(L"WrbServerNamePipe");
+    const FakePipeService agents(L"WrbServerNamePipe");
     const std::wstring package = Package({{"a.log", BytesOf("[GeneralInfo]\r\nSectionCount=2\r\n[E1]\r\n")}});
     EXPECT_EQ(Upload(L"CMDHL_SET_SPYWARE_BACKUP_MANIFEST", package), L"0");
     EXPECT_TRUE(std::filesystem::exists(Folder(33) / L"a.log"));
@@ -171,7 +171,7 @@ TEST_F(SpywareLog, FeedbackRecordsAreFixedFieldsInTextMode) {
 
 TEST_F(SpywareLog, RestoreLogTurnsItsNumbersRound) {
     EXPECT_EQ(Ask(L"CMDHL_SET_SPYWARE_RESTORE_LOG", L"uid\t1\t-2"), L"1") << "whatever became of it";
-    const CFakePipeService pool(L"Global\\LogPoolCommandManager");
+    const FakePipeService pool(L"Global\\LogPoolCommandManager");
     EXPECT_EQ(Ask(L"CMDHL_SET_SPYWARE_RESTORE_LOG", L"uid\t1\t-2"), L"1");
     const std::wstring row = pool.WaitFor(1).at(0).Text();
     EXPECT_NE(row.find(L"\"LOG_TYPE\":-2"), row.npos) << wrb::WideToUtf8(row);
@@ -184,7 +184,7 @@ TEST_F(SpywareLog, StatusFlagsNeedAWholeUid) {
     EXPECT_THAT(TakeCapturedTexts(), ElementsAre(L"cmdhl_SetStatusFlag:Uid length incorrent"));
     Tell(L"CMDHL_SET_STATFLAG\t" + uid + L"\t4294967295\t16");
     EXPECT_EQ(TakeCapturedTexts().back(), L"cmdhl_SetStatusFlag:dbSetStatus fail " + uid + L", ffffffff,10");
-    const wrb::test::CFakeDbService database;
+    const wrb::test::FakeDbService database;
     Tell(L"CMDHL_SET_STATFLAG\t" + uid + L"\t4294967295\t16");
     EXPECT_THAT(database.WaitFor(1).at(0).Fields(),
                 ElementsAre(L"DB_SET_STATUS", L"-1", uid, L"4294967295", L"16", L"0"));

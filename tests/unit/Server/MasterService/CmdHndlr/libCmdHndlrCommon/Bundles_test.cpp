@@ -10,15 +10,15 @@
 
 namespace {
 
-using wrb::test::CFakeDbService;
-using wrb::test::tagDbRequest;
+using wrb::test::DbRequest;
+using wrb::test::FakeDbService;
 using wrb::test::WideBytes;
 
 constexpr wchar_t kKeyAndMore[] = L"00112233445566778899aabbccddeeff00112233445566778899aabbccddeeff0";
 const std::wstring kKey(kKeyAndMore, 64);
 
 // In the lines `@` stands for the agent, `~` for the getter's name and `#` for the section.
-struct tagCase {
+struct Case {
     bool (*get)(std::wstring& out, const wchar_t* uid);
     const wchar_t* name;
     const wchar_t* command;
@@ -28,11 +28,11 @@ struct tagCase {
     const wchar_t* notFound = L"~ - pszUid=@\n~ - failed to send command to DB server\n";
 };
 
-std::vector<tagCase> Cases() {
+std::vector<Case> Cases() {
     tagClientWCSConfig wtp;
     wtp.approvedIn = L"|x";  // no item, so no key is missed
-    tagPolicyTrackingInfoList policies;
-    policies.items.emplace_back(tagPolicyTrackingValues{L"100%s", L"t", L"o", L"7"});
+    wrb::PolicyTrackingInfoList policies;
+    policies.items.emplace_back(wrb::PolicyTrackingValues{L"100%s", L"t", L"o", L"7"});
     return {
         {[](std::wstring& out, const wchar_t* uid) { return cmdhm_GetWtpSetting(out, uid, true); },
          L"cmdhm_GetWtpSetting", L"DBV2_GET_CLIENT_WCS_CFG", RecordMessage(L"DBV2_GET_CLIENT_WCS_CFG", wtp),
@@ -44,12 +44,12 @@ std::vector<tagCase> Cases() {
          L"~(pszUid=@, bResetCfgFlag=1)\n", L"~(pszUid=@, bResetCfgFlag=1)\nfailed to send command to DB server\n"},
         {[](std::wstring& out, const wchar_t* uid) { return cmdhm_GetFARestoreSetting(out, uid, false); },
          L"cmdhm_GetFARestoreSetting", L"DBV2_GET_FA_RESTORE_ITEM",
-         RecordMessage(L"DBV2_GET_FA_RESTORE_ITEM", tagFARestoreItemList()), L"[Centralized FA Restore]\nFACount=0\n",
+         RecordMessage(L"DBV2_GET_FA_RESTORE_ITEM", wrb::FARestoreItemList()), L"[Centralized FA Restore]\nFACount=0\n",
          L"~ - cmdhm_GetFARestoreSetting(pszUid=@, bResetCfgFlag=0)\n",
          L"~ - cmdhm_GetFARestoreSetting(pszUid=@, bResetCfgFlag=0)\n"
          L"dbGetFARestoreItem - failed to send command to DB server\n~ - dbGetFARestoreItem is failed\n"},
         {cmdhm_GetNCIESetting, L"cmdhm_GetNCIESetting", L"DBV2_GET_CLIENT_NCIE_CFG",
-         RecordMessage(L"DBV2_GET_CLIENT_NCIE_CFG", tagClientNCIECfg({tagNcieValues::kEnableRR, 1, 2, 3, 4})),
+         RecordMessage(L"DBV2_GET_CLIENT_NCIE_CFG", tagClientNCIECfg({wrb::NcieValues::kEnableRR, 1, 2, 3, 4})),
          L"[NCIE Settings]\nEnableRR=1\nEnableCNP=0\nEnableGC=0\nActionForCNP=1\nActionForRR=2\n"
          L"ActionForUserDefine=3\nActionForSBA=4\n"},
         // Bit 4 of the second word, and all but it.
@@ -59,7 +59,7 @@ std::vector<tagCase> Cases() {
          WideBytes(L"-1\t-17"), L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=0\n"},
         {cmdhm_GetSablexSetting, L"cmdhm_GetSablexSetting", L"DBV2_GET_SABLEX_CFG",
          RecordMessage(L"DBV2_GET_SABLEX_CFG",
-                       tagClientSablexConfig({tagSablexValues::kEnableSablex, 1, 2, L"C:\\a b.exe|D:\\", L""})),
+                       tagClientSablexConfig({wrb::SablexValues::kEnableSablex, 1, 2, L"C:\\a b.exe|D:\\", L""})),
          L"[Sablex_Settings]\nEnableSablex=1\nEnableFile=0\nEnableProcess=0\nActionForFile=1\nActionForProcess=2\n"
          L"ExceptionCount=2\nExceptionItem000=C:\\a b.exe\nExceptionItem001=D:\\\nDS_ProcessCount=0\n"},
         {cmdhm_GetAggrScanSetting, L"cmdhm_GetAggrScanSetting", L"DBV2_GET_AGGR_SCAN_CFG",
@@ -77,7 +77,7 @@ std::vector<tagCase> Cases() {
     };
 }
 
-std::wstring Filled(std::wstring lines, const tagCase& one) {
+std::wstring Filled(std::wstring lines, const Case& one) {
     for (const auto& [mark, text] : {std::pair(L"#", one.section), std::pair(L"@", kUid), std::pair(L"~", one.name)}) {
         lines = std::regex_replace(lines, std::wregex(mark), text);
     }
@@ -85,16 +85,16 @@ std::wstring Filled(std::wstring lines, const tagCase& one) {
 }
 
 TEST(Bundles, SectionIsAppendedAndEveryStepLogged) {
-    for (const tagCase& one : Cases()) {
+    for (const Case& one : Cases()) {
         SCOPED_TRACE(testing::Message() << std::wstring(one.name));
         std::string answer = one.answer;
-        const CFakeDbService db([&](const tagDbRequest&) { return answer; });
+        const FakeDbService db([&](const DbRequest&) { return answer; });
         TakeOwnText();
         std::wstring out = L"[Before]\n";
         EXPECT_TRUE(one.get(out, (std::wstring(kUid) + L"more").c_str()));
         EXPECT_EQ(out, std::wstring(L"[Before]\n") + one.section);
         EXPECT_EQ(TakeOwnText(), Filled(one.found, one));
-        const tagDbRequest request = db.WaitFor(1).at(0);
+        const DbRequest request = db.WaitFor(1).at(0);
         EXPECT_EQ(request.Name(), one.command);
         // The server is told who asks, but in the text form.
         EXPECT_EQ(request.headerMessage.find(WideBytes(one.name)) != std::string::npos, request.IsMessage());
@@ -115,19 +115,19 @@ TEST(Bundles, SectionIsAppendedAndEveryStepLogged) {
 TEST(Bundles, AddressesNeedAKey) {
     tagClientWCSConfig cfg;
     cfg.blockedIn = L"http://one.example/|http://two.example/" + std::wstring(1200, L'x');
-    const CFakeDbService db([&](const tagDbRequest& request) { return RecordMessage(request.Name(), cfg); });
+    const FakeDbService db([&](const DbRequest& request) { return RecordMessage(request.Name(), cfg); });
     std::wstring out;
     for (const std::wstring key : {L"", L"short", kKeyAndMore}) {
-        const CBoundIni ini(L"[INI_SERVER_SECTION]\nStringProtectionKey=" + key + L"\n", ServerIniCache());
+        const BoundIni ini(L"[INI_SERVER_SECTION]\nStringProtectionKey=" + key + L"\n", ServerIniCache());
         TakeCapturedLog();
         EXPECT_FALSE(cmdhm_GetWtpSetting(out, kUid, true));
         EXPECT_EQ(out, L"");
         EXPECT_EQ(TakeCapturedLog().back().level, static_cast<uint32_t>('E'));
     }
-    const CBoundIni ini(L"[INI_SERVER_SECTION]\nStringProtectionKey=" + kKey + L"\n", ServerIniCache());
+    const BoundIni ini(L"[INI_SERVER_SECTION]\nStringProtectionKey=" + kKey + L"\n", ServerIniCache());
     EXPECT_TRUE(cmdhm_GetWtpSetting(out, kUid, true));
     const std::size_t first = out.find(L"URLFilterBlackList_InOffice000=") + 31;
-    const wrb::CStringProtection protection(*wrb::ParseProtectionKey(kKey));
+    const wrb::StringProtection protection(*wrb::ParseProtectionKey(kKey));
     EXPECT_EQ(protection.Unprotect(out.substr(first, out.find(L'\n', first) - first)), L"http://one.example/");
     const std::size_t second = out.find(L"URLFilterBlackList_InOffice001=!CRYPT!") + 31;
     EXPECT_EQ(out.find(L"\nURLFilterBlackListCount_InOffice=2\n", second), second + 1536);

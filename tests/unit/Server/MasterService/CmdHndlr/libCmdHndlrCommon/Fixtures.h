@@ -14,9 +14,9 @@
 inline constexpr wchar_t kUid[] = L"12345678-1234-1234-1234-123456789abc";
 
 // The fields of each request, "|" between them, the reply id left out, once there are `count` requests.
-inline std::vector<std::wstring> RequestLines(const wrb::test::CFakeDbService& db, std::size_t count) {
+inline std::vector<std::wstring> RequestLines(const wrb::test::FakeDbService& db, std::size_t count) {
     std::vector<std::wstring> all;
-    for (const wrb::test::tagDbRequest& request : db.WaitFor(count)) {
+    for (const wrb::test::DbRequest& request : db.WaitFor(count)) {
         const std::vector<std::wstring> fields = request.Fields();
         std::wstring& line = all.emplace_back(fields[0]);
         for (std::size_t i = 2; i < fields.size(); ++i) {
@@ -29,7 +29,7 @@ inline std::vector<std::wstring> RequestLines(const wrb::test::CFakeDbService& d
 // The lines of level 8 since the last call, which are the library's own: the database client has other levels.
 inline std::wstring TakeOwnText() {
     std::wstring text;
-    for (const tagCapturedLine& line : TakeCapturedLog()) {
+    for (const CapturedLine& line : TakeCapturedLog()) {
         text += line.level == 8 ? line.text + L"\n" : L"";
     }
     return text;
@@ -43,10 +43,10 @@ inline std::string RecordMessage(const std::wstring& command, const ISerializabl
 }
 
 // An INI file that is bound to one of the product's caches and gone with the object.
-class CBoundIni {
+class BoundIni {
   public:
     // Without a text there is a path but no file.
-    explicit CBoundIni(const std::wstring& text, CINICache& cache = ScanIniCache()) {
+    explicit BoundIni(const std::wstring& text, CINICache& cache = ScanIniCache()) {
         const std::filesystem::path path = m_folder / L"test.ini";
         if (!text.empty()) {
             wrb::test::WriteAll(path, wrb::WideToAnsi(text));
@@ -56,5 +56,5 @@ class CBoundIni {
     }
 
   private:
-    wrb::test::CTempFolder m_folder;
+    wrb::test::TempFolder m_folder;
 };

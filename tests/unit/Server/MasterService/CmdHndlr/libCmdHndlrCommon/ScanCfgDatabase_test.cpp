@@ -13,9 +13,9 @@
 namespace {
 
 using wrb::ScanGroupKind;
-using wrb::test::CFakeDbService;
 using wrb::test::DistinctScanValues;
 using wrb::test::ExpectedScanSections;
+using wrb::test::FakeDbService;
 using wrb::test::WideBytes;
 
 constexpr wchar_t kIni[] =
@@ -27,7 +27,7 @@ constexpr const wchar_t* kAllEx = L"DBV2_CLIENT_GET_ALL_SCAN_EX";
 using Answers = std::map<std::wstring, std::string>;
 
 auto Answering(const Answers& answers) {
-    return [answers](const wrb::test::tagDbRequest& request) {
+    return [answers](const wrb::test::DbRequest& request) {
         const auto answer = answers.find(request.Name());
         return std::optional(answer == answers.end() ? std::string() : answer->second);
     };
@@ -78,20 +78,20 @@ Answers StoredAnswers(const wchar_t* command, ScanGroupKind kind) {
 }
 
 // In the order of the members, of which no two groups read different ones. The custom action is completed.
-const tagScanGroupValues kStored{
+const wrb::ScanGroupValues kStored{
     0x89ABCDEF, 21,       0xFFFFFFFD, 4,         1,       2,           3,           4,
     5,          6,        7,          8,         L".EXE", L"C:\\move", L"C:\\move", L"Joke-1-2;Universe-5",
     L"C:\\a",   L"b.txt", L".log",    L"MP3;AVI"};
 
 // The bit is cleared once both answers are there, also when the second one is empty.
 TEST(ScanCfgDatabase, AGroupIsAskedForRenderedAndResetAndEmptyWithoutOneOfItsAnswers) {
-    const CBoundIni ini(kIni);
+    const BoundIni ini(kIni);
     const std::wstring agent = std::wstring(L"|") + kUid + L"|";
     std::wstring out = L"old";
     for (std::size_t i = 0; i < std::size(kGroups); ++i) {
         SCOPED_TRACE(i);
         const auto& [getAndExport, command, bit, log] = kGroups[i];
-        const wrb::test::tagExpectedSection& section = ExpectedScanSections()[i];
+        const wrb::test::ExpectedSection& section = ExpectedScanSections()[i];
         const Answers whole = StoredAnswers(command, section.kind);
         std::vector<std::wstring> requests{command + agent + L"0"};
         if (whole.size() > 1) {
@@ -101,7 +101,7 @@ TEST(ScanCfgDatabase, AGroupIsAskedForRenderedAndResetAndEmptyWithoutOneOfItsAns
             if (reset) {
                 requests.push_back(L"DB_SET_CONF_FLAG" + agent + L"0|" + bit + L"|0");
             }
-            const CFakeDbService db(Answering(whole));
+            const FakeDbService db(Answering(whole));
             TakeOwnText();
             EXPECT_TRUE(getAndExport(out, kUid, reset));
             EXPECT_EQ(out, section.Text(kUid, kStored));
@@ -111,7 +111,7 @@ TEST(ScanCfgDatabase, AGroupIsAskedForRenderedAndResetAndEmptyWithoutOneOfItsAns
         for (const auto& missing : whole) {
             Answers answers = whole;
             answers.erase(missing.first);
-            const CFakeDbService db(Answering(answers));
+            const FakeDbService db(Answering(answers));
             EXPECT_FALSE(getAndExport(out, kUid, true));
             EXPECT_EQ(out, L"");
             EXPECT_EQ(RequestLines(db, 1).size() == 1, missing.first != L"DB_GET_EXTRA");
@@ -120,14 +120,14 @@ TEST(ScanCfgDatabase, AGroupIsAskedForRenderedAndResetAndEmptyWithoutOneOfItsAns
 }
 
 TEST(ScanCfgDatabase, GarbageReadsAsZeroMissingFieldsAsEmptyAndALongUidIsCut) {
-    const CBoundIni ini(kIni);
-    const CFakeDbService db(Answering(
+    const BoundIni ini(kIni);
+    const FakeDbService db(Answering(
         {{L"DB_GET_PSCF", WideBytes(L"x\t 7y\t\t99999999999\t-1")}, {L"DB_GET_EXTRA", WideBytes(L"only this")}}));
-    tagScanGroupValues values = kStored;
+    wrb::ScanGroupValues values = kStored;
     EXPECT_TRUE(cmdhm_GetPSCfg(values, (std::wstring(kUid) + L"more").c_str(), false));
-    EXPECT_EQ(values, (tagScanGroupValues{0,   7,   0,   2147483647, 0xFFFFFFFF,   0,   0,   0,
-                                          0,   0,   0,   0,          L"only this", L"", L"", L"Joke-9;Universe-5",
-                                          L"", L"", L"", L""}));
+    EXPECT_EQ(values, (wrb::ScanGroupValues{0,   7,   0,   2147483647, 0xFFFFFFFF,   0,   0,   0,
+                                            0,   0,   0,   0,          L"only this", L"", L"", L"Joke-9;Universe-5",
+                                            L"", L"", L"", L""}));
     EXPECT_EQ(RequestLines(db, 2)[0], std::wstring(L"DB_GET_PSCF|") + kUid + L"|0");
 }
 
@@ -139,7 +139,7 @@ TEST(ScanCfgDatabase, RestoreSessionsAreNumberedUpToTheFirstEmptyOne) {
          L"[Spyware Restore Session]\nRestoreSession_0 = one\nRestoreSession_1 = two = 2\nRestoreSessionCount = 2\n"},
     };
     for (const auto& [answer, section] : rows) {
-        const CFakeDbService db(Answering({{L"DB_GET_BACKUP_LOG_ALL_SESSIONS", WideBytes(answer)}}));
+        const FakeDbService db(Answering({{L"DB_GET_BACKUP_LOG_ALL_SESSIONS", WideBytes(answer)}}));
         std::wstring out = L"old";
         TakeOwnText();
         EXPECT_EQ(cmdhm_GetSpyRestoreList(out, kUid), *section != L'\0');
@@ -149,15 +149,15 @@ TEST(ScanCfgDatabase, RestoreSessionsAreNumberedUpToTheFirstEmptyOne) {
 }
 
 TEST(AllScanCfg, TwelveSectionsOrNothing) {
-    tagClnAllScanCfg config;
-    tagClnAllScanCfgEx lists;
+    wrb::AllScanConfig config;
+    wrb::AllScanLists lists;
     std::wstring reply;
     config.hasConfig = config.hasExtra = true;
     for (std::size_t scan = 0; scan < kScanTypeCount; ++scan) {
         // Only the word of PS has the bit that the exclusion section shows.
-        tagScanGroupValues values = DistinctScanValues(0x44444444u >> scan);
-        for (const wrb::ScanText text : {&tagScanGroupValues::moveDir, &tagScanGroupValues::excludedFolder,
-                                         &tagScanGroupValues::excludedFile, &tagScanGroupValues::excludedExt}) {
+        wrb::ScanGroupValues values = DistinctScanValues(0x44444444u >> scan);
+        for (const wrb::ScanText text : {&wrb::ScanGroupValues::moveDir, &wrb::ScanGroupValues::excludedFolder,
+                                         &wrb::ScanGroupValues::excludedFile, &wrb::ScanGroupValues::excludedExt}) {
             values.*text += std::to_wstring(scan);
         }
         values.cleanFailedMoveDir = values.moveDir;
@@ -186,18 +186,18 @@ TEST(AllScanCfg, TwelveSectionsOrNothing) {
         {RecordMessage(kAll, config), second, false, std::regex_replace(reply, list, L"$1="), {kAll}},
         {"", second, true, L"", {kAll}},
         {first, "", true, L"", {kAll, kAllEx}},
-        {RecordMessage(kAll, tagClnAllScanCfg()), second, true, L"", {kAll}},
+        {RecordMessage(kAll, wrb::AllScanConfig()), second, true, L"", {kAll}},
         {first.substr(0, first.size() - 1), second, true, L"", {kAll}},
         {first, second.substr(0, second.size() - 1), true, L"", {kAll, kAllEx}},
         {WideBytes(L"1\t2"), second, true, L"", {kAll}},
     };
     for (const auto& row : rows) {
-        const CFakeDbService db(Answering({{kAll, row.first}, {kAllEx, row.second}}));
+        const FakeDbService db(Answering({{kAll, row.first}, {kAllEx, row.second}}));
         std::wstring out = L"old";
         EXPECT_EQ(cmdhm_GetAllScanCfg(out, (std::wstring(kUid) + L"more").c_str(), row.reset), !row.reply.empty());
         EXPECT_EQ(out, row.reply);
         const auto requests = db.WaitFor(row.requests.size());
-        ASSERT_TRUE(std::ranges::equal(requests, row.requests, {}, &wrb::test::tagDbRequest::Name));
+        ASSERT_TRUE(std::ranges::equal(requests, row.requests, {}, &wrb::test::DbRequest::Name));
         EXPECT_EQ(requests[0].Texts().at(2), kUid);
         if (requests.size() == 3) {
             const std::vector<std::wstring> reset{L"DB_SET_CONF_FLAG", L"-1", kUid, L"0", L"115975", L"0"};

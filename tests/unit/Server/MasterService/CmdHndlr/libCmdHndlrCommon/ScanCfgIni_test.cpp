@@ -9,19 +9,19 @@
 namespace {
 
 using wrb::test::ExpectedScanSections;
-using wrb::test::tagExpectedSection;
+using wrb::test::ExpectedSection;
 
-std::wstring Answer(const tagExpectedSection& section, const std::wstring& iniText) {
-    const CBoundIni ini(iniText);
+std::wstring Answer(const ExpectedSection& section, const std::wstring& iniText) {
+    const BoundIni ini(iniText);
     std::wstring out = L"old";
     EXPECT_TRUE(wrb::GetAndExportScanGroup(section.Group(), out, L"", true));
     return out;
 }
 
 TEST(ScanCfgIni, KeysHaveTheirDefaultsWithoutAFile) {
-    for (const tagExpectedSection& section : ExpectedScanSections()) {
+    for (const ExpectedSection& section : ExpectedScanSections()) {
         std::wstring text = L"[" + section.name + L"]\n";
-        for (const wrb::test::tagExpectedKey& key : section.keys) {
+        for (const wrb::test::ExpectedKey& key : section.keys) {
             text += key.key + L"=" + key.iniDefault + L"\n";
         }
         EXPECT_EQ(Answer(section, L""), text);
@@ -42,7 +42,7 @@ TEST(ScanCfgIni, NumbersOutOfTheOrdinary) {
         {10, L"ScanType", L"7", L"2"},  {0, L"EnableAggressiveClean", L"1", L"1"},
     };
     for (const auto& row : rows) {
-        const tagExpectedSection& section = ExpectedScanSections()[row.section];
+        const ExpectedSection& section = ExpectedScanSections()[row.section];
         const std::wstring key = std::wstring(row.key) + L"=";
         const std::wstring answer = Answer(section, L"[" + section.name + L"]\n" + key + row.value + L"\n");
         EXPECT_NE(answer.find(L"\n" + key + row.shown + L"\n"), answer.npos) << row.key << row.value;
@@ -50,8 +50,8 @@ TEST(ScanCfgIni, NumbersOutOfTheOrdinary) {
 }
 
 TEST(ScanCfgIni, TheMainWordTakesTheSwitchOfTheExclusionSection) {
-    const CBoundIni ini(L"[Prescheduled Scan Configuration Ex]\nExcludeCallowayProduct=0\n");
-    tagScanGroupValues values;
+    const BoundIni ini(L"[Prescheduled Scan Configuration Ex]\nExcludeCallowayProduct=0\n");
+    wrb::ScanGroupValues values;
     TakeOwnText();
     cmdhm_GetPSCfg(values, L"", false);
     EXPECT_EQ(values.flags, 0x3100e63d);
@@ -80,7 +80,7 @@ TEST(CustomAction, TypesWithoutAnItemGetOne) {
          L"A-1-1", L"A-1-1;Last-1;Others-3"},
     };
     for (auto [iniText, text, completed] : rows) {
-        const CBoundIni ini(iniText);
+        const BoundIni ini(iniText);
         wrb::CompleteCustomAction(ScanIniCache(), text);
         EXPECT_EQ(text, completed);
     }

@@ -20,8 +20,8 @@ using wrb::kScanGroups;
 using wrb::ScanGroup;
 using wrb::ScanGroupKind;
 using wrb::ScanType;
-using wrb::test::CFakeDbService;
-using wrb::test::tagUpdateField;
+using wrb::test::FakeDbService;
+using wrb::test::UpdateField;
 using enum ScanGroupKind;
 using enum ScanType;
 
@@ -70,7 +70,7 @@ TEST(ScanCfgUpdate, EachLevelHasItsRequestsAndItsLogLine) {
         {PS, Spyware, kSpywareAlert, One, L"[cmdhm_SetSpyPSCfg][u][00020201][01070301]"},
         {SN, Spyware, kSpywareAlert, One, L"[cmdhm_SetSpySNCfg][u][00020201][01070301]"},
     };
-    const CBoundIni ini(L"[x]\n");
+    const BoundIni ini(L"[x]\n");
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << std::wstring(row.line));
         const ScanGroup& group = wrb::FindScanGroup(row.type, row.kind);
@@ -80,7 +80,7 @@ TEST(ScanCfgUpdate, EachLevelHasItsRequestsAndItsLogLine) {
         if (row.kind == Spyware && row.type != RT) {
             lines += FormatWide(L"[cmdhm_Set%s][Exclusion - file extension list:t1]\n", group.name.data());
         }
-        const CFakeDbService db;
+        const FakeDbService db;
         TakeOwnText();
         // With a uid the other level is not written, whatever its flag says.
         EXPECT_TRUE(Set(group, fields, row.level == One ? L"u" : L"", row.level != Ini, row.level == Ini));
@@ -122,7 +122,7 @@ TEST(ScanCfgUpdate, WhatAFieldCountsAs) {
             fields += L'\t';
         }
         fields += row.field;
-        const CFakeDbService db;
+        const FakeDbService db;
         EXPECT_TRUE(Set(group, fields, kUid, false, false));
         const std::wstring line = RequestLines(db, 2)[0];
         const std::wstring start = std::wstring(L"|") + kUid + L"|" + row.request;
@@ -131,15 +131,15 @@ TEST(ScanCfgUpdate, WhatAFieldCountsAs) {
 }
 
 TEST(ScanCfgUpdate, TheIniHoldsWhatWasSet) {
-    const CBoundIni ini(L"[Real Time Scan Configuration]\nEnable=1\n");
-    const wrb::test::CFakePipeService agent(L"QMAgentServerNamePipe");
+    const BoundIni ini(L"[Real Time Scan Configuration]\nEnable=1\n");
+    const wrb::test::FakePipeService agent(L"QMAgentServerNamePipe");
     for (const bool variant : {true, false}) {
         for (const ScanGroup& group : kScanGroups) {
-            const std::vector<tagUpdateField> fields = wrb::test::UpdateFields(group, variant);
+            const std::vector<UpdateField> fields = wrb::test::UpdateFields(group, variant);
             EXPECT_TRUE(Set(group, wrb::test::JoinFields(fields), L"", false, true));
             std::wstring section;
             EXPECT_TRUE(wrb::GetAndExportScanGroup(group, section, L"", false));
-            for (const tagUpdateField& field : fields) {
+            for (const UpdateField& field : fields) {
                 EXPECT_NE(section.find(L"\n" + field.key + L"=" + field.value + L"\n"), section.npos)
                     << std::string(section.begin(), section.end()) << field.key.c_str();
             }
@@ -151,10 +151,10 @@ TEST(ScanCfgUpdate, TheIniHoldsWhatWasSet) {
         events += event.Text() + L"|";
     }
     EXPECT_TRUE(events == L"CMDHQM_EVENT_RTS_STATUS_CHANGE\t1|CMDHQM_EVENT_RTS_STATUS_CHANGE\t0|");
-    const std::vector<tagCapturedLine> log = TakeCapturedLog();
+    const std::vector<CapturedLine> log = TakeCapturedLog();
     for (const wchar_t* const change : {L"enable[1]->[1]", L"enable[1]->[0]"}) {
         EXPECT_EQ(std::ranges::count(log, std::wstring(L"[cmdhm_SetRTCfgIni] Calling SendQmAgentEventLog() ") + change,
-                                     &tagCapturedLine::text),
+                                     &CapturedLine::text),
                   1);
     }
 }
@@ -162,23 +162,23 @@ TEST(ScanCfgUpdate, TheIniHoldsWhatWasSet) {
 TEST(ScanCfgUpdate, ALevelThatFails) {
     const ScanGroup& realTime = wrb::FindScanGroup(RT, Main);
     const ScanGroup& exclusion = wrb::FindScanGroup(RT, Exclusion);
-    const CBoundIni ini(L"[x]\n");
+    const BoundIni ini(L"[x]\n");
     TakeCapturedLog();
     EXPECT_TRUE(Set(realTime, L"1", L"", false, true)) << "without the central-management agent";
     EXPECT_EQ(TakeCapturedLog().back().text, L"[cmdhm_SetRTCfgIni] failed to send RTS status change event to QM agent");
     EXPECT_FALSE(Set(realTime, L"0" + std::wstring(19, L'\t') + L"a\nExtList=b", L"", false, true)) << "a line break";
-    tagScanGroupValues stored;
+    wrb::ScanGroupValues stored;
     wrb::ReadScanGroupIni(ScanIniCache(), realTime, stored);
     EXPECT_EQ(stored.flags & 1, 1u) << "nothing of the group is written";
     EXPECT_EQ(TakeCapturedLog().back().text.substr(0, 12), L"set rt:[ini]") << "and nothing reported";
-    CFakeProfile profile;
+    FakeProfile profile;
     CINICache cache(wrb::SystemClock(), profile);
     profile.failingWrites = 6;  // every attempt at the first key
-    const wrb::tagScanIniWrite written = wrb::WriteScanGroupIni(cache, realTime, stored);
+    const wrb::ScanIniWrite written = wrb::WriteScanGroupIni(cache, realTime, stored);
     EXPECT_TRUE(!written.complete && (written.bitsStored & 0x101) == 0x100) << written.bitsStored;
     EXPECT_EQ(profile.values.size(), realTime.updateRows.size());  // all but the first, and one that no update has
     EXPECT_FALSE(Set(realTime, L"1", kUid, false, true)) << "the last level counts, and no database server runs";
-    const CFakeDbService db;
+    const FakeDbService db;
     EXPECT_TRUE(Set(exclusion, L"1\tC:\\a\nb", kUid, false, true)) << "the last level counts";
     const std::wstring agent = std::wstring(L"|") + kUid;
     EXPECT_EQ(RequestLines(db, 3),
