@@ -4,7 +4,10 @@
 #include <vector>
 
 #include "Handle.h"
+#include "NamedMutex.h"
+#include "OnThreads.h"
 #include "Text.h"
+#include "UniqueName.h"
 
 namespace {
 
@@ -36,6 +39,26 @@ TEST(Handle, ClosesExactlyOnceWhereverItMovesAndKeepsTheLastError) {
     }
     EXPECT_EQ(closed, (std::vector<int>{3, 1}));
     EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
+}
+
+TEST(NamedMutex, IsHeldByOneThreadAtATimeAndOutlivesADeadOwner) {
+    const std::wstring name = wrb::test::UniqueName();
+    const wrb::KernelHandle mutex = wrb::OpenNamedMutex(name.c_str());
+    const auto lockElsewhere = [&name](DWORD expected) {
+        wrb::test::OnThreads(1, [&](unsigned) {
+            const wrb::KernelHandle same = wrb::OpenNamedMutex(name.c_str());
+            EXPECT_EQ(wrb::NamedMutexLock(same.Get(), 0).Error(), expected);
+        });
+    };
+    {
+        const wrb::NamedMutexLock lock(mutex.Get(), 0);
+        EXPECT_TRUE(lock);
+        lockElsewhere(ERROR_TIMEOUT);
+    }
+    lockElsewhere(ERROR_SUCCESS);
+    wrb::test::OnThreads(1, [&mutex](unsigned) { WaitForSingleObject(mutex.Get(), INFINITE); });  // ends as its owner
+    EXPECT_TRUE(wrb::NamedMutexLock(mutex.Get(), 0));
+    EXPECT_EQ(wrb::NamedMutexLock(nullptr, 0).Error(), DWORD{ERROR_INVALID_HANDLE});
 }
 
 TEST(Text, FormattingIsCutToTheBufferAndTerminated) {
