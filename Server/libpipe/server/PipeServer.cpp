@@ -6,6 +6,7 @@
 #include "DebugLog.h"
 #include "PipePath.h"
 #include "SecurityAttributes.h"
+#include "Spares.h"
 
 namespace {
 
@@ -13,6 +14,14 @@ constexpr int kBusyRetries = 5;
 constexpr DWORD kBusyRetryMilliseconds = 100;
 constexpr DWORD kClientWaitMilliseconds = 1000;  // how long clients of a busy pipe wait by default
 constexpr int64_t kTimerUnitsPerSecond = 10'000'000;
+
+// Armed or expired: a server with a time-out arms its timer before each wait, which starts it anew. A server without
+// one never does, so it takes none of these.
+constinit wrb::Spares<wrb::KernelObjectTraits> spareTimers;
+
+HANDLE MakeTimer() noexcept {
+    return CreateWaitableTimerW(nullptr, TRUE, nullptr);
+}
 
 }  // namespace
 
@@ -33,26 +42,32 @@ CPipeServer::CPipeServer() : m_kernel32(LoadLibraryW(L"Kernel32.dll")) {
     }
 }
 
+CPipeServer::~CPipeServer() {
+    if (m_timeoutSeconds != 0) {
+        spareTimers.Keep(std::move(m_ownedUserObject));
+    }
+}
+
 bool CPipeServer::Initial(const wchar_t* name, uint32_t timeoutSeconds) {
-    OwnUserObject(CreateWaitableTimerW(nullptr, TRUE, nullptr));
     m_timeoutSeconds = timeoutSeconds;
+    OwnUserObject(timeoutSeconds == 0 ? wrb::KernelHandle(MakeTimer()) : spareTimers.Take(MakeTimer));
     return InitialOpen(name, m_ownedUserObject.Get());
 }
 
 bool CPipeServer::Initial(const wchar_t* name, HANDLE userEvent) {
     m_timeoutSeconds = 0;
     if (userEvent == nullptr) {
-        OwnUserObject(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+        OwnUserObject(wrb::KernelHandle(CreateEventW(nullptr, TRUE, FALSE, nullptr)));
         userEvent = m_ownedUserObject.Get();
     }
     return InitialOpen(name, userEvent);
 }
 
-void CPipeServer::OwnUserObject(HANDLE object) {
-    if (object == nullptr) {
+void CPipeServer::OwnUserObject(wrb::KernelHandle object) {
+    if (!object) {
         WRB_LOG(kLogError, L"[CPipeServer::Initial] CreateEvent Failed! err=%d", GetLastError());
     }
-    m_ownedUserObject.Reset(object);
+    m_ownedUserObject = std::move(object);
 }
 
 bool CPipeServer::InitialOpen(const wchar_t* name, HANDLE userObject) {

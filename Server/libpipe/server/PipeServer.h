@@ -29,7 +29,7 @@ class CPipeServer {
     static constexpr uint64_t kLargestMessageBytes = 256u << 20;
 
     CPipeServer();
-    ~CPipeServer() = default;  // cancels what is pending and waits for it before anything is freed
+    ~CPipeServer();  // cancels what is pending and waits for it before anything is freed or handed on
     CPipeServer(const CPipeServer&) = delete;
     CPipeServer& operator=(const CPipeServer&) = delete;
 
@@ -67,7 +67,7 @@ class CPipeServer {
     static constexpr DWORD kReadBytes = 4096;
 
     bool InitialOpen(const wchar_t* name, HANDLE userObject);
-    void OwnUserObject(HANDLE object);
+    void OwnUserObject(wrb::KernelHandle object);
     bool InitialInstance(wrb::ReplyPipe& instance, uint32_t count, SECURITY_ATTRIBUTES* securityAttributes);
     wrb::FileHandle CreatePipeInstance(uint32_t count, SECURITY_ATTRIBUTES* securityAttributes) const;
 

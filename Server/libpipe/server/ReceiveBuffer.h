@@ -1,14 +1,20 @@
 // The memory that a pipe server reads into.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
+
+#include "Handle.h"
 
 namespace wrb {
 
-// 512000 bytes, not cleared. A server is made for every request, and getting so large a block from the system and
-// giving it back costs as much as a write to a pipe: a few blocks are kept for the next servers, up to one for each of
-// as many threads. Objects belong to one thread at a time; the blocks that are kept are shared without a lock.
+struct ReceiveBlockTraits {
+    using Type = uint8_t*;
+    static uint8_t* Empty() noexcept { return nullptr; }
+    static void Close(uint8_t* block) noexcept { delete[] block; }
+};
+
+// 512000 bytes, not cleared. Getting so large a block from the system and giving it back costs as much as a write to a
+// pipe, so a few are kept for the next servers. An object belongs to one thread at a time.
 class ReceiveBuffer {
   public:
     static constexpr uint32_t kBytes = 512000;
@@ -19,10 +25,10 @@ class ReceiveBuffer {
     ReceiveBuffer& operator=(const ReceiveBuffer&) = delete;
 
     // Null when memory is exhausted.
-    uint8_t* Get() const noexcept { return m_bytes; }
+    uint8_t* Get() const noexcept { return m_block.Get(); }
 
   private:
-    uint8_t* m_bytes;
+    UniqueHandle<ReceiveBlockTraits> m_block;
 };
 
 }  // namespace wrb

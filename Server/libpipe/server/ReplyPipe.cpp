@@ -1,9 +1,17 @@
 #include "ReplyPipe.h"
 
+#include "Spares.h"
+
 namespace wrb {
+namespace {
+
+// Signalled or not: the start of an operation resets its event.
+constinit Spares<KernelObjectTraits> spareEvents;
+
+}  // namespace
 
 bool ReplyPipe::CreateEventObject() {
-    m_event = KernelHandle(CreateEventW(nullptr, TRUE, TRUE, nullptr));
+    m_event = spareEvents.Take([] { return CreateEventW(nullptr, TRUE, TRUE, nullptr); });
     m_overlapped = {};
     m_overlapped.hEvent = m_event.Get();
     return static_cast<bool>(m_event);
@@ -97,9 +105,9 @@ void ReplyPipe::EndPending() noexcept {
 }
 
 void ReplyPipe::Close() noexcept {
-    EndPending();
+    EndPending();  // nothing may signal the event any more
     m_pipe.Reset();
-    m_event.Reset();
+    spareEvents.Keep(std::move(m_event));
 }
 
 }  // namespace wrb

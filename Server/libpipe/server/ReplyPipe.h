@@ -24,7 +24,8 @@ class ReplyPipe {
     ReplyPipe(const ReplyPipe&) = delete;
     ReplyPipe& operator=(const ReplyPipe&) = delete;
 
-    // Makes the event, which the system signals when the pending connect has a client. It starts signalled.
+    // Takes or makes the event, which the system signals when the pending operation ends. Close hands it on to the next
+    // reply pipe.
     bool CreateEventObject();
     HANDLE Event() const noexcept { return m_event.Get(); }
 

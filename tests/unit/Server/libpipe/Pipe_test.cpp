@@ -161,6 +161,29 @@ TEST_F(PipeServer, FetchesAfterACancelledFetch) {
     EXPECT_EQ(fetched, "next");
 }
 
+// Event and timer go from one server to the next: those of a fetch that timed out, and of one that was answered.
+TEST_F(PipeServer, AServerThatWaitsIsNotDisturbedByTheOnesBeforeIt) {
+    std::string fetched;
+    for (const bool answered : {false, true}) {
+        {
+            CPipeServer former;
+            ASSERT_TRUE(former.Initial(m_name.c_str(), 1u));
+            const std::jthread peer = answered ? PeerSends("first", 5) : std::jthread();
+            EXPECT_EQ(former.FetchCmd(fetched), answered);
+        }
+        for (const uint32_t timeout : {0u, 30u}) {
+            CPipeServer server;
+            ASSERT_TRUE(server.Initial(m_name.c_str(), timeout));
+            const std::jthread peer([&] {
+                Sleep(timeout == 0 ? 1'200 : 50);  // beyond the former server's time-out; beyond the start of the wait
+                EXPECT_TRUE(WritePiece(OpenPipeForWriting(m_name), "second"));
+            });
+            EXPECT_TRUE(server.FetchCmd(fetched));
+            EXPECT_EQ(fetched, "second");
+        }
+    }
+}
+
 // It takes longer than the time-out, which must not end it: there is no second of silence.
 TEST_F(PipeServer, RefusesAMessageWithoutEnd) {
     CPipeServer server;
