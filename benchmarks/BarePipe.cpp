@@ -22,6 +22,10 @@ bool BareSend(const std::wstring& name, std::string_view bytes, std::size_t piec
             return false;
         }
     }
+    DWORD mode = PIPE_READMODE_MESSAGE;
+    if (!SetNamedPipeHandleState(pipe.Get(), &mode, nullptr, nullptr)) {
+        return false;
+    }
     do {
         const std::string_view next = bytes.substr(0, piece);
         DWORD written = 0;

@@ -6,7 +6,7 @@
 
 namespace wrb::bench {
 
-// Connect, write, close. False when any of them fails; a busy pipe is waited for. One write, or as many as there are
+// Connect, set the read mode, write, close. False when any of them fails; a busy pipe is waited for. One write, or as many as there are
 // pieces: the product's client writes at most 1024 bytes at once.
 bool BareSend(const std::wstring& name, std::string_view bytes, std::size_t piece = std::string_view::npos);
 

@@ -19,7 +19,8 @@ void Repeat(benchmark::State& state) {
 }  // namespace
 
 void AddPipeBenchmarks() {
-    AddRatio("CMDHL_ECHO", Repeat<Echo>, "connect, write, close", Repeat<BareEcho>, Goal::AtMost, 1.10, {1, 2, 8});
+    AddRatio("CMDHL_ECHO", Repeat<Echo>, "connect, set the mode, write, close", Repeat<BareEcho>, Goal::AtMost, 1.10,
+             {1, 2, 8});
     AddRatio("CMDHL_GET_MS_CFG", Repeat<GetManualScan>, "five bare connections", Repeat<FiveConnections>, Goal::AtMost,
              1.15, {1, 2, 8});
     AddRatio("CMDHL_SET_MS_CFG", Repeat<SetManualScan>, "two bare messages", Repeat<TwoMessages>, Goal::AtMost, 1.15,
