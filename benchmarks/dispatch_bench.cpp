@@ -24,7 +24,6 @@ std::map<std::wstring, int, std::less<>> NamesOfTheTable() {
     std::map<std::wstring, int, std::less<>> names;
 #define WRB_COMMAND(name, ...) names.emplace(L"" #name, 0);
 #include "CommandTable.inc"
-#undef WRB_COMMAND
     return names;
 }
 

@@ -20,7 +20,6 @@ constexpr struct {
 } kCommands[] = {
 #define WRB_COMMAND(name, handler, role, fields, answers) {#name, L"" #name},
 #include "CommandTable.inc"
-#undef WRB_COMMAND
 };
 
 }  // namespace

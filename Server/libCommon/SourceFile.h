@@ -20,8 +20,11 @@ struct SourceFileName {
 
 }  // namespace wrb
 
-#define WRB_SOURCE_FILE                                            \
-    ([]() noexcept -> const wchar_t* {                             \
-        static constexpr wrb::SourceFileName sourceFile(__FILE__); \
-        return sourceFile.text;                                    \
+// A file whose log lines name another module redefines this after its includes.
+#define WRB_SOURCE_NAME __FILE__
+
+#define WRB_SOURCE_FILE                                                   \
+    ([]() noexcept -> const wchar_t* {                                    \
+        static constexpr wrb::SourceFileName sourceFile(WRB_SOURCE_NAME); \
+        return sourceFile.text;                                           \
     }())

@@ -7,11 +7,11 @@ namespace {
 
 using namespace std::string_view_literals;
 
-#define WRB_COMMAND(name, handler, role, fields, answers) {#name, role, fields, answers, #handler##sv != "nullptr"sv},
+#define WRB_COMMAND(name, handler, role, fields, answers) \
+    {#name, role, fields, answers, #handler##sv != "NotBuilt{}"sv},
 constexpr CommandEntry kCatalog[] = {
 #include "CommandTable.inc"
 };
-#undef WRB_COMMAND
 
 }  // namespace
 

@@ -10,7 +10,7 @@ namespace wrb {
 struct CommandEntry {
     std::string_view name;
     std::string_view role;
-    std::string_view fields;  // behind the name, in order
+    std::string_view fields;  // after the name, in order
     bool answers;             // takes a reply pipe in field 1 and answers on it
     bool built;               // false: the library knows the name and answers nothing
 };

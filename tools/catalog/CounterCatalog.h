@@ -12,7 +12,7 @@ struct CountedRow {
     uint32_t slot;
 };
 
-// The commands, and behind them the alert types that have a counter of their own.
+// The commands, then the alert types that have a counter of their own.
 std::vector<CountedRow> CountedRows();
 
 }  // namespace wrb

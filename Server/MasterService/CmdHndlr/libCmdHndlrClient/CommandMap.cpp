@@ -15,7 +15,7 @@ constexpr uint64_t kLeastBytes = 15;
 
 void AddCommands(CommandMap& map, std::span<const CommandRow> rows) {
     for (const CommandRow& row : rows) {
-        map.try_emplace(row.name, row.handler);
+        map.try_emplace(row.name, &row);
     }
 }
 
@@ -27,16 +27,16 @@ unsigned DispatchCommand(const CommandMap& map, const wchar_t* message, uint64_t
     // The size is a signed 32-bit number, and all ones ask for a measured text, which is what -1 means to CCmdProtocol.
     const auto size = static_cast<int32_t>(static_cast<uint32_t>(bytes));
     if (size < -1) {
-        return 0;  // a length below nothing holds no command
+        return 0;  // negative size: reject
     }
     CCmdProtocol fields(message, size);
     std::wstring name;
     fields >> name;
     const auto found = map.find(name);
-    if (found == map.end() || found->second == nullptr) {
+    if (found == map.end() || std::holds_alternative<NotBuilt>(found->second->handler)) {
         return 0;
     }
-    found->second(fields);
+    RunHandler(found->second->slot, found->second->handler, fields);
     return 1;
 }
 

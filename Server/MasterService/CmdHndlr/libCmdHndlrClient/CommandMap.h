@@ -1,28 +1,29 @@
-// From a command's name to its handler, and the dispatch of one message.
+// From a command's name to its row of the command table, and the dispatch of one message.
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <span>
 #include <string>
 
-class CCmdProtocol;
+#include "CommandHandler.h"
 
 namespace wrb {
 
-using CommandHandler = void (*)(CCmdProtocol& message);
-
 struct CommandRow {
     const wchar_t* name;
-    CommandHandler handler;  // null: known, but not built
+    CommandSlot slot;
+    CommandHandler handler;
 };
+
+// The command table.
+std::span<const CommandRow> CommandTable();
 
 // Ordered by UTF-16 code units, upper and lower case apart. Filled at start-up; from then on any number of threads
 // reads it without a lock.
-using CommandMap = std::map<std::wstring, CommandHandler, std::less<>>;
+using CommandMap = std::map<std::wstring, const CommandRow*, std::less<>>;
 
-// Adds the rows in their order. A name that is there already keeps its handler.
+// Adds the rows, which must outlive the map, in their order. A name that is there already keeps its row.
 void AddCommands(CommandMap& map, std::span<const CommandRow> rows);
 
 // Runs the handler of the command that `message` holds; see cmdhl_Process for the message and the result. What the

@@ -9,12 +9,11 @@ namespace wrb {
 enum class CommandSlot : uint32_t {
 #define WRB_COMMAND(name, handler, role, fields, answers) name,
 #include "CommandTable.inc"
-#undef WRB_COMMAND
     kCount
 };
 
 // Requests for alert texts are also counted by alert type, in the last slots of the counters, which no row of the table
-// is going to need. Types that are not listed are not counted.
+// uses. Types that are not listed are not counted.
 struct AlertSlot {
     int32_t type;
     uint32_t slot;

@@ -4,7 +4,6 @@
 
 #include "BmPolicyCache.h"
 #include "CommandMap.h"
-#include "CommandSlot.h"
 #include "CounterScope.h"
 #include "DebugLog.h"
 #include "INICache.h"
@@ -12,18 +11,11 @@
 #include "Text.h"
 #include "cgi_HomeDir.h"
 #include "cmdhl.h"
-#include "cmdhl_Handlers.h"
 
 namespace {
 
-constexpr wrb::CommandRow kCommandTable[] = {
-#define WRB_COMMAND(name, handler, role, fields, answers) {L"" #name, handler},
-#include "CommandTable.inc"
-#undef WRB_COMMAND
-};
-
 wrb::CommandMap g_commandMap;
-void* g_pReserved = nullptr;  // kept for the service, never read
+void* g_pReserved = nullptr;  // kept for the service; nothing reads it
 
 bool SetUpDebugLog(const wchar_t* debugIni, const wchar_t* debugLibrary) {
     return DebugLogSetup(debugIni, debugLibrary, "CMDHL", true) == 1;
@@ -42,7 +34,7 @@ void InitialiseIniCaches() {
     // The home folder ends in a separator already. The doubled one and the small "private" are part of the path that
     // the service's other programs use.
     wrb::FormatInto(sbaIni, kPathCharacters, L"%s\\private\\%s", home, L"wrbSbaSvr.ini");
-    WRB_LOG('I', L"%s - cmdhl_Initialize: ini home:[%s]", L"cmdhl_Initialize", scanIni);
+    WRB_LOG(kLogInfo, L"%s - cmdhl_Initialize: ini home:[%s]", L"cmdhl_Initialize", scanIni);
     ScanIniCache().init(scanIni, 6);
     ServerIniCache().init(serverIni, 6);
     SbaIniCache().init(sbaIni, 30);
@@ -52,7 +44,7 @@ void InitialiseIniCaches() {
 void CreatePolicyCache() {
     g_pBmPolicyCache = new (std::nothrow) wrb::BmPolicyCache;
     if (g_pBmPolicyCache == nullptr) {
-        WRB_LOG('E', L"%s - Failed to new g_pBmPolicyCache", L"cmdhl_Initialize");
+        WRB_LOG(kLogError, L"%s - Failed to new g_pBmPolicyCache", L"cmdhl_Initialize");
     }
 }
 
@@ -67,7 +59,7 @@ void CloseCounters() {
 
 bool cmdhl_Initialize(const wchar_t* debugIni, const wchar_t* debugLibrary, void* reserved) {
     const bool externalLog = SetUpDebugLog(debugIni, debugLibrary);
-    wrb::AddCommands(g_commandMap, kCommandTable);
+    wrb::AddCommands(g_commandMap, wrb::CommandTable());
     g_pReserved = reserved;
     InitialiseIniCaches();
     CWrbyPerfMonMgr::Initialize();
@@ -81,7 +73,7 @@ unsigned cmdhl_Process(const wchar_t* message, unsigned long long bytes) {
 }
 
 bool cmdhl_Finalize(void) {
-    WRB_LOG(8, L"cmdhl_Finalize: Called");
+    WRB_LOG(kLogDebug8, L"cmdhl_Finalize: Called");
     CloseCounters();
     delete g_pBmPolicyCache;
     g_pBmPolicyCache = nullptr;

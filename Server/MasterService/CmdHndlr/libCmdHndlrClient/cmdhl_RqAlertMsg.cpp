@@ -6,7 +6,7 @@
 #include "CommandSlot.h"
 #include "CounterScope.h"
 #include "DebugLog.h"
-#include "cmdhl_Handlers.h"
+#include "WrittenHandlers.h"
 #include "cmdhl_Reply.h"
 #include "cmdhm_ClnAlertMsg.h"
 

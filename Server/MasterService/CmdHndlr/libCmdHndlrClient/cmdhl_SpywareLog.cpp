@@ -13,7 +13,7 @@
 #include "UnsignedField.h"
 #include "UploadPackage.h"
 #include "WrbClient.h"
-#include "cmdhl_Handlers.h"
+#include "WrittenHandlers.h"
 #include "cmdhl_Reply.h"
 #include "cmdhl_SpywareLogDir.h"
 #include "cmdlog_OutputCmd.h"

@@ -18,8 +18,8 @@
 #include "INICache.h"
 #include "OpenSecurity.h"
 #include "Text.h"
+#include "WrittenHandlers.h"
 #include "cgi_HomeDir.h"
-#include "cmdhl_Handlers.h"
 
 namespace {
 

@@ -14,10 +14,6 @@
 #include "ScanCfgIni.h"
 #include "UidField.h"
 
-using wrb::ScanGroup;
-using wrb::ScanGroupKind;
-using wrb::ScanType;
-
 namespace wrb {
 namespace {
 
@@ -134,17 +130,3 @@ bool cmdhm_GetAllScanCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFl
     }
     return true;
 }
-
-// The named functions of every group.
-#define WRB_SCAN_GROUP(name, type, kind)                                                                               \
-    bool cmdhm_Get##name(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag) {                       \
-        return wrb::GetScanGroup(wrb::FindScanGroup(ScanType::type, ScanGroupKind::kind), values, uid, bResetCfgFlag); \
-    }                                                                                                                  \
-    bool cmdhm_GetAndExport##name(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag) {                         \
-        return wrb::GetAndExportScanGroup(wrb::FindScanGroup(ScanType::type, ScanGroupKind::kind), out, uid,           \
-                                          bResetCfgFlag);                                                              \
-    }
-
-#include "ScanGroupNames.inc"
-
-#undef WRB_SCAN_GROUP

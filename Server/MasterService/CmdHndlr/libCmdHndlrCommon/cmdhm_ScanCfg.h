@@ -10,33 +10,56 @@
 
 #include "ScanGroup.h"
 
+namespace wrb {
+
 // The values of one group, set anew; after a failure they are not to be used.
-bool cmdhm_GetMSCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetRTCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetPSCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetSNCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetMSCfgEx(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetRTCfgEx(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetPSCfgEx(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetSNCfgEx(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetSpyMSCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetSpyRTCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetSpyPSCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetSpySNCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool GetScanGroup(const ScanGroup& group, ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
 
 // The group's section, alone in `out`, which is empty after a failure.
-bool cmdhm_GetAndExportMSCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetAndExportRTCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetAndExportPSCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetAndExportSNCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetAndExportMSCfgEx(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetAndExportRTCfgEx(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetAndExportPSCfgEx(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetAndExportSNCfgEx(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetAndExportSpyMSCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetAndExportSpyRTCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetAndExportSpyPSCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-bool cmdhm_GetAndExportSpySNCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+bool GetAndExportScanGroup(const ScanGroup& group, std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+
+// The same for a group that is known when the program is compiled.
+template <ScanType type, ScanGroupKind kind>
+bool GetCfg(ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag) {
+    return GetScanGroup(FindScanGroup(type, kind), values, uid, bResetCfgFlag);
+}
+template <ScanType type, ScanGroupKind kind>
+bool GetAndExportCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag) {
+    return GetAndExportScanGroup(FindScanGroup(type, kind), out, uid, bResetCfgFlag);
+}
+
+}  // namespace wrb
+
+// The two families of functions that other command handlers build on: each an instance of a template above.
+inline constexpr auto cmdhm_GetMSCfg = wrb::GetCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Main>;
+inline constexpr auto cmdhm_GetRTCfg = wrb::GetCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Main>;
+inline constexpr auto cmdhm_GetPSCfg = wrb::GetCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Main>;
+inline constexpr auto cmdhm_GetSNCfg = wrb::GetCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Main>;
+inline constexpr auto cmdhm_GetMSCfgEx = wrb::GetCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Exclusion>;
+inline constexpr auto cmdhm_GetRTCfgEx = wrb::GetCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Exclusion>;
+inline constexpr auto cmdhm_GetPSCfgEx = wrb::GetCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Exclusion>;
+inline constexpr auto cmdhm_GetSNCfgEx = wrb::GetCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Exclusion>;
+inline constexpr auto cmdhm_GetSpyMSCfg = wrb::GetCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Spyware>;
+inline constexpr auto cmdhm_GetSpyRTCfg = wrb::GetCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Spyware>;
+inline constexpr auto cmdhm_GetSpyPSCfg = wrb::GetCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Spyware>;
+inline constexpr auto cmdhm_GetSpySNCfg = wrb::GetCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Spyware>;
+
+inline constexpr auto cmdhm_GetAndExportMSCfg = wrb::GetAndExportCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Main>;
+inline constexpr auto cmdhm_GetAndExportRTCfg = wrb::GetAndExportCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Main>;
+inline constexpr auto cmdhm_GetAndExportPSCfg = wrb::GetAndExportCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Main>;
+inline constexpr auto cmdhm_GetAndExportSNCfg = wrb::GetAndExportCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Main>;
+inline constexpr auto cmdhm_GetAndExportMSCfgEx =
+    wrb::GetAndExportCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Exclusion>;
+inline constexpr auto cmdhm_GetAndExportRTCfgEx =
+    wrb::GetAndExportCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Exclusion>;
+inline constexpr auto cmdhm_GetAndExportPSCfgEx =
+    wrb::GetAndExportCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Exclusion>;
+inline constexpr auto cmdhm_GetAndExportSNCfgEx =
+    wrb::GetAndExportCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Exclusion>;
+inline constexpr auto cmdhm_GetAndExportSpyMSCfg = wrb::GetAndExportCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Spyware>;
+inline constexpr auto cmdhm_GetAndExportSpyRTCfg = wrb::GetAndExportCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Spyware>;
+inline constexpr auto cmdhm_GetAndExportSpyPSCfg = wrb::GetAndExportCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Spyware>;
+inline constexpr auto cmdhm_GetAndExportSpySNCfg = wrb::GetAndExportCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Spyware>;
 
 // All twelve sections of an agent, alone in `out`, which is empty after a failure. There is no server-wide form:
 // without a uid the database knows no such agent.
@@ -44,11 +67,3 @@ bool cmdhm_GetAllScanCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFl
 
 // The agent's spyware restore sessions as one section, alone in `out`, which is empty after a failure.
 bool cmdhm_GetSpyRestoreList(std::wstring& out, const wchar_t* uid);
-
-namespace wrb {
-
-// The same for callers that walk the groups.
-bool GetScanGroup(const ScanGroup& group, ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
-bool GetAndExportScanGroup(const ScanGroup& group, std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-
-}  // namespace wrb

@@ -13,9 +13,6 @@
 #include "SwitchField.h"
 #include "UidField.h"
 
-using wrb::ScanGroupKind;
-using wrb::ScanType;
-
 namespace wrb {
 namespace {
 
@@ -113,14 +110,3 @@ bool SetScanGroup(const ScanGroup& group, CCmdProtocol& message, const wchar_t* 
 }
 
 }  // namespace wrb
-
-// The named functions of every group.
-#define WRB_SCAN_GROUP(name, type, kind)                                                                           \
-    bool cmdhm_Set##name(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag) {     \
-        return wrb::SetScanGroup(wrb::FindScanGroup(ScanType::type, ScanGroupKind::kind), message, uid, allAgents, \
-                                 ini, flag);                                                                       \
-    }
-
-#include "ScanGroupNames.inc"
-
-#undef WRB_SCAN_GROUP

@@ -1,14 +1,16 @@
-// Dispatch of one message, on a command map of the test's own; and the command table against a list that was written
-// down apart from it.
+// Dispatch of one message, on a command map of the test's own; and the command table against docs/commands.md, which
+// was written down apart from it.
 #include "CommandMap.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
+#include "ChildProcess.h"
 #include "CmdProtocol.h"
+#include "CommandCatalog.h"
 #include "GuardedBytes.h"
-#include "ScanGroup.h"
+#include "TempFolder.h"
 
 namespace {
 
@@ -27,11 +29,12 @@ void Second(CCmdProtocol&) {
 // Dispatches a copy of the text that ends where readable memory ends. Returns what was called, and checks that the
 // result tells whether something was.
 std::wstring Dispatch(const std::wstring& text, std::size_t readable, uint64_t bytes) {
-    constexpr wrb::CommandRow kRows[] = {{L"CMDHL_ONE", First},
-                                         {L"CMDHL_ONE", Second},
-                                         {L"CMDHL_N", nullptr},
-                                         {L"CMDHL_N", Second},
-                                         {L"CMDHL_X", Second}};
+    static constexpr auto kSlot = wrb::CommandSlot::CMDHL_ECHO;
+    static constexpr wrb::CommandRow kRows[] = {{L"CMDHL_ONE", kSlot, wrb::Written{First}},
+                                                {L"CMDHL_ONE", kSlot, wrb::Written{Second}},
+                                                {L"CMDHL_N", kSlot, wrb::NotBuilt{}},
+                                                {L"CMDHL_N", kSlot, wrb::Written{Second}},
+                                                {L"CMDHL_X", kSlot, wrb::Written{Second}}};
     wrb::CommandMap map;
     wrb::AddCommands(map, kRows);
     wrb::AddCommands(map, kRows);                                                 // a second start adds nothing
@@ -75,59 +78,45 @@ TEST(CommandMap, MessagesByTheirSizeAndNamesToTheLetter) {
     EXPECT_EQ(wrb::DispatchCommand({}, nullptr, 18), 0u);
 }
 
-struct Row {
-    std::string_view name;
-    std::string_view handler;
-    std::string_view role;
-    std::string_view fields;
-    bool answers;
-};
+// A line of the page: "| 5 | `CMDHL_GET_MS_CFG` | manual-scan settings | reply pipe, uid | ".
+std::string PageLine(std::size_t number, const wrb::CommandEntry& entry) {
+    std::string line = "\n| " + std::to_string(number) + " | `" + std::string(entry.name) + "` | ";
+    line.append(entry.role).append(" | ");
+    const auto settings = std::ranges::count(entry.fields, ',');
+    return settings > 20 ? line + "uid, " + std::to_string(settings) + " settings: [below](#main-groups) | "
+                         : line.append(entry.fields).append(" | ");
+}
 
-constexpr Row kTable[] = {
-#define WRB_COMMAND(name, handler, role, fields, answers) {#name, #handler, role, fields, answers},
-#include "CommandTable.inc"
-#undef WRB_COMMAND
-};
-
-// What agents send, behind "CMDHL_", with a star where there is a handler. Readers of the counters count on the order.
-constexpr char kExpected[] =
-    "SLEEP* ECHO* CLEAR_INI_CACHE* GET_ALL_SCAN_CFG* GET_WTP_SETTING* GET_MS_CFG* GET_MS_CFG_EX* GET_SPY_MS_CFG* "
-    "GET_RT_CFG* GET_RT_CFG_EX* GET_SPY_RT_CFG* GET_PS_CFG* GET_PS_CFG_EX* GET_SPY_PS_CFG* GET_SN_CFG* "
-    "GET_SN_CFG_EX* GET_SPY_SN_CFG* GET_SPY_RESTORE_LIST* SET_MS_CFG* SET_MS_CFG_EX* SET_RT_CFG* SET_RT_CFG_EX* "
-    "SET_PS_CFG* SET_PS_CFG_EX* SET_SN_CFG* SET_SN_CFG_EX* SET_SPY_MS_CFG* SET_SPY_RT_CFG* SET_SPY_PS_CFG* "
-    "SET_SPY_SN_CFG* SET_ALL_CFG_EX* SET_MAILSCAN_RT_CFG* SET_CLIENTCFG_SU_STATUS* SET_CLIENTCFG_WARNING_SETTING* "
-    "GET_INI_GLOBALSETTING GET_INI_OTHERUPDATESRC GET_INI_SCANSERVICELIST GET_INI_SERVICEMODEL GET_INI_CRITICAL "
-    "GET_INI_COMPONENT_VER GET_CLN_NET_QUARANTINE_CMD GET_NCIE_SETTING* GET_SAMPLE_SUBMISSION_SETTING* "
-    "GET_SABLEX_SETTING* GET_OPPSETTING GET_OPPSTATUS IS_CONFIGFLAGSET CMDHL_GET_CLN_ALERT_MSG* GET_IP_BY_UID "
-    "PFW_SET_POLICY_ID PFW_GET_CLIENT_DOMAIN PFW_GET_CLIENT_FULL_DOMAIN PFW_UPDATE_CFW_COUNT* "
-    "PFW_GET_LOG_QUERY_CONDITION* PFW_SET_LOG* SET_SPYWARE_RESTORE_LOG* SET_SPYWARELOG* SET_SPYWARE_BACKUP_MANIFEST* "
-    "GET_SERVER_NAME SET_STATFLAG* GET_PRODUCT_INFO ADD_WTC_LOG* GET_INI_WHITELIST GET_INI_VEXORSETTING "
-    "GET_INI_LOCALSCANSETTING GET_INI_SERVICESWITCHSETTING GET_CLIENT_ALL_SETTING SERVER_AUTH_SET_LOG "
-    "GET_FA_RESTORE_SETTING* GET_SCAN_METHOD GET_SERVER_POLICY GET_CFG_PERMISSION ";
-
-TEST(CommandTable, HasEveryCommandInItsPlace) {
-    std::string names;
-    for (const Row& row : kTable) {
-        names.append(row.name.substr(6)).append(row.handler == "nullptr" ? " " : "* ");
-        EXPECT_EQ(row.name.substr(0, 6), "CMDHL_");
-        EXPECT_FALSE(row.role.empty()) << row.name;
-        EXPECT_EQ(row.handler == "nullptr", row.fields == "-") << row.name;
-        EXPECT_EQ(row.answers, row.fields.starts_with("reply pipe")) << row.name;
+TEST(CommandTable, EveryRowStandsInItsPlaceOnThePage) {
+    const std::string page = wrb::test::ReadAll(wrb::test::ProgramFolder() + L"commands.md");
+    std::size_t number = 0;
+    for (const wrb::CommandEntry& entry : wrb::CommandCatalog()) {
+        const std::string line = PageLine(number++, entry);
+        const std::size_t found = page.find(line);
+        ASSERT_NE(found, page.npos) << line;
+        const std::string answer = page.substr(found + line.size(), 40);
+        EXPECT_EQ(answer.starts_with("not built yet"), !entry.built) << line;
+        EXPECT_EQ(answer.starts_with("none") || !entry.built, !entry.answers) << line;
+        EXPECT_EQ(entry.fields.starts_with("reply pipe"), entry.answers) << line;
     }
-    EXPECT_EQ(names, kExpected);
+    EXPECT_EQ(page.find("\n| " + std::to_string(number) + " | `CMDHL_"), page.npos) << "a row that no table has";
 }
 
 TEST(CommandTable, AnUpdateNamesTheFieldsOfItsGroup) {
-    for (const wrb::ScanGroup& group : wrb::kScanGroups) {
-        std::string fields = "uid";
-        for (const wrb::ScanRow* const row : group.updateRows) {
-            fields.append(", ").append(row->key.begin(), row->key.end());
+    std::size_t groups = 0;
+    for (const wrb::CommandRow& row : wrb::CommandTable()) {
+        if (const auto* const update = std::get_if<wrb::ScanUpdate>(&row.handler)) {
+            const wrb::ScanGroup& group = wrb::FindScanGroup(update->type, update->kind);
+            std::string fields = "uid";
+            for (const wrb::ScanRow* const field : group.updateRows) {
+                fields.append(", ").append(field->key.begin(), field->key.end());
+            }
+            EXPECT_EQ(wrb::CommandCatalog()[static_cast<std::size_t>(row.slot)].fields, fields);
+            EXPECT_EQ(update->name, L"cmdhl_Set" + std::wstring(group.name));
+            ++groups;
         }
-        const std::string handler = "cmdhl_Set" + std::string(group.name.begin(), group.name.end());
-        const auto* const found = std::ranges::find(kTable, handler, &Row::handler);
-        ASSERT_NE(found, std::end(kTable)) << handler;
-        EXPECT_EQ(found->fields, fields) << handler;
     }
+    EXPECT_EQ(groups, wrb::kScanGroupCount);
 }
 
 }  // namespace

@@ -9,11 +9,11 @@
 #include "CabinetWriter.h"
 #include "CapturedLog.h"
 #include "FakeDbService.h"
+#include "FirewallLogs.h"
 #include "PfwLogSample.h"
 #include "ServerHome.h"
 #include "WrbPfwCommon.h"
 #include "cmdhl_LogTicket.h"
-#include "cmdhl_Others.h"
 
 namespace {
 

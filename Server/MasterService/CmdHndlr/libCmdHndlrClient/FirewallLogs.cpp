@@ -1,5 +1,5 @@
 // Firewall logs of agents: the ticket to upload them, the upload itself, and the event counters.
-#include "cmdhl_Others.h"
+#include "FirewallLogs.h"
 
 #include <windows.h>
 
@@ -15,15 +15,17 @@
 #include "DbFirewall.h"
 #include "DebugLog.h"
 #include "FirewallAlert.h"
-#include "HandlerFrame.h"
 #include "INICache.h"
-#include "SourceFile.h"
 #include "UnsignedField.h"
 #include "UploadPackage.h"
+#include "WrittenHandlers.h"
 #include "cmdhl_CfwLogFile.h"
-#include "cmdhl_Handlers.h"
 #include "cmdhl_LogTicket.h"
 #include "cmdhl_Reply.h"
+
+// Log lines go on naming the module of old.
+#undef WRB_SOURCE_NAME
+#define WRB_SOURCE_NAME "Server/MasterService/CmdHndlr/libCmdHndlrClient/cmdhl_Others.cpp"
 
 namespace {
 
@@ -118,7 +120,9 @@ bool Widen(const NarrowPath& narrow, wchar_t (&path)[kPathCapacity]) noexcept {
     return characters > 0;
 }
 
-bool GetQueryCondition(std::wstring& output, const wchar_t* uid, bool /*there is no "changed" bit*/) {
+}  // namespace
+
+bool wrb::GetPfwLogQueryCondition(std::wstring& output, const wchar_t* uid) {
     int32_t waitingSeconds = 0;
     cmdhl_RequestToUploadPFWLog(uid, waitingSeconds);
     wchar_t condition[kConditionCapacity] = L"";
@@ -127,15 +131,6 @@ bool GetQueryCondition(std::wstring& output, const wchar_t* uid, bool /*there is
     answer << 1 << waitingSeconds << condition;
     output = answer.Text();
     return true;
-}
-
-}  // namespace
-
-void cmdhl_GetPFWLogQueryCondition(CCmdProtocol& message) {
-    wrb::AnswerCommand({wrb::CommandSlot::CMDHL_PFW_GET_LOG_QUERY_CONDITION, GetQueryCondition,
-                        L"cmdhl_GetPFWLogQueryCondition: uid:[%s]", L"cmdhl_GetPFWLogQueryCondition: output:[%s]",
-                        WRB_SOURCE_FILE, __LINE__, L"cmdhl_GetPFWLogQueryCondition - cmdhl_OutputCommand failed."},
-                       message);
 }
 
 void cmdhl_SetCFWLog(CCmdProtocol& message) {

@@ -1,4 +1,4 @@
-// What the package extractor calls for each entry of an uploaded log package.
+// Firewall logs of agents.
 #pragma once
 
 #include <cstdint>
@@ -12,3 +12,11 @@ using ExtractedLogProcessor = int32_t (*)(const std::wstring& uid, const wchar_t
 // what the processor throws is logged.
 bool cmdhl_ProcessExtractedLog(const char* entry, const char* directory, unsigned event, void* context,
                                ExtractedLogProcessor processor) noexcept;
+
+namespace wrb {
+
+// "1", the seconds that the agent `uid` waits before it uploads (0: at once), and the administrator's condition, TAB
+// between them. Always true.
+bool GetPfwLogQueryCondition(std::wstring& output, const wchar_t* uid);
+
+}  // namespace wrb

@@ -1,3 +1,4 @@
+// The commands that try the library out and clear its INI caches.
 #include <windows.h>
 
 #include <random>
@@ -6,13 +7,17 @@
 #include "CmdProtocol.h"
 #include "DebugLog.h"
 #include "INICache.h"
-#include "cmdhl_Handlers.h"
+#include "WrittenHandlers.h"
 #include "cmdhl_Reply.h"
+
+// Log lines go on naming the module of old.
+#undef WRB_SOURCE_NAME
+#define WRB_SOURCE_NAME "Server/MasterService/CmdHndlr/libCmdHndlrClient/cmdhl_Examples.cpp"
 
 void cmdhl_Sleep(CCmdProtocol& message) {
     std::wstring content;
     message >> content;
-    WRB_LOG(8, L"content:[%s]", content.c_str());
+    WRB_LOG(kLogDebug8, L"content:[%s]", content.c_str());
     std::minstd_rand random(GetTickCount() + GetCurrentThreadId());
     Sleep(static_cast<DWORD>(random() % 3000));
 }
@@ -21,15 +26,15 @@ void cmdhl_Echo(CCmdProtocol& message) {
     std::wstring replyPipe;
     std::wstring content;
     message >> replyPipe >> content;
-    WRB_LOG(8, L"content:[%s]", content.c_str());
+    WRB_LOG(kLogDebug8, L"content:[%s]", content.c_str());
     if (!wrb::Reply(replyPipe.c_str(), content)) {
-        WRB_LOG('E', L"%s - cmdhl_OutputCommand failed.", L"cmdhl_Echo");
+        WRB_LOG(kLogError, L"%s - cmdhl_OutputCommand failed.", L"cmdhl_Echo");
     }
 }
 
-// The third cache, of the sandbox analyzer's settings, keeps its contents: it is not part of what this command drops.
+// This command does not clear the third cache, that of the sandbox analyzer.
 void cmdhl_ClearIniCache(CCmdProtocol&) {
-    WRB_LOG(8, L"cmdhl_ClearIniCache");
+    WRB_LOG(kLogDebug8, L"cmdhl_ClearIniCache");
     ScanIniCache().clear();
     ServerIniCache().clear();
 }

@@ -1,0 +1,92 @@
+// How the rows of the command table are served: the shapes that a row can name, each with its data, and what runs them.
+// A handler gets the message with the command's name already read, runs on the caller's thread, and reports by the
+// answer it writes and by the debug log. Any number run at once.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <variant>
+
+#include "CommandSlot.h"
+#include "DebugLog.h"
+#include "ScanGroup.h"
+
+class CCmdProtocol;
+
+namespace wrb {
+
+// The log texts of a request; "*" stands for the handler's name. People search for them, so each request keeps its own.
+struct RequestLog {
+    const wchar_t* head;  // of the lines "uid:[...]" and "output:[...]", at level 8
+    const wchar_t* failedReply =
+        nullptr;  // the line of an answer that cannot be sent, after the pipe's own; null: none
+    uint32_t failedLevel = kLogError;
+};
+inline constexpr RequestLog kPlain = {L"*: "};
+inline constexpr RequestLog kBracketed = {L"[*] "};
+inline constexpr RequestLog kReported = {L"*: ", L"* - cmdhl_OutputCommand failed."};
+inline constexpr RequestLog kDashed = {L"* - ", L"* - cmdhl_OutputCommand failed."};
+inline constexpr RequestLog kTwice = {L"* - *: ", L"* - *: cmdhl_OutputCommand failed."};
+inline constexpr RequestLog kWebThreat = {L"*: ", L"*: cmdhl_OutputCommand failed. ", kLogDebug8};
+
+// The modules that log lines name as their source, whichever file holds the code.
+#define WRB_HANDLER_MODULE(name) L"Server\\MasterService\\CmdHndlr\\libCmdHndlrClient\\" name L".cpp"
+inline constexpr wchar_t kRqCfg[] = WRB_HANDLER_MODULE(L"cmdhl_RqCfg");
+inline constexpr wchar_t kOnCfg[] = WRB_HANDLER_MODULE(L"cmdhl_OnCfg");
+inline constexpr wchar_t kOthers[] = WRB_HANDLER_MODULE(L"cmdhl_Others");
+#undef WRB_HANDLER_MODULE
+
+// Fills `output` for the agent `uid`. What an empty uid means is the getter's own: the server as a whole to the scan
+// requests, an agent that nobody knows to the setting bundles. False: nothing was found, and `output` is empty.
+using Getter = bool (*)(std::wstring& output, const wchar_t* uid);
+
+// A Getter that leaves the agent's "changed" bit as it is.
+template <bool (*getter)(std::wstring& output, const wchar_t* uid, bool bResetCfgFlag)>
+bool KeepChanges(std::wstring& output, const wchar_t* uid) {
+    return getter(output, uid, false);
+}
+
+// Stores the fields of `message` for the agent `uid`. False when it could not.
+using Setter = bool (*)(CCmdProtocol& message, const wchar_t* uid);
+
+// Requests: reply pipe and uid go in, a text goes out to the reply pipe.
+struct Request {
+    const wchar_t* name;
+    RequestLog log;
+    const wchar_t* module;
+    Getter getter;
+};
+struct ScanRequest {
+    const wchar_t* name;
+    RequestLog log;
+    ScanType type;
+    ScanGroupKind kind;
+};
+
+// Updates: uid and settings go in; no answer.
+struct Update {
+    const wchar_t* name;
+    Setter setter;
+    bool logsSlot = true;
+};
+struct ScanUpdate {
+    const wchar_t* name;
+    ScanType type;
+    ScanGroupKind kind;
+};
+
+// A function that does all of it, counting included.
+struct Written {
+    void (*function)(CCmdProtocol& message);
+};
+
+struct NotBuilt {};  // the name is known, nobody serves it
+
+using CommandHandler = std::variant<NotBuilt, Request, ScanRequest, Update, ScanUpdate, Written>;
+
+// Serves one command. A request is timed from here to before its reply, so that a slow reader does not show as a slow
+// command; its answer is sent also when it is empty. What a handler throws passes through, and so does the E_FAIL of a
+// process without counters; the counters are given back either way.
+void RunHandler(CommandSlot slot, const CommandHandler& handler, CCmdProtocol& message);
+
+}  // namespace wrb

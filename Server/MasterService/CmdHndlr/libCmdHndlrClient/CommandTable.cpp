@@ -1,0 +1,20 @@
+#include "CommandMap.h"
+#include "FirewallLogs.h"
+#include "ScanSettingUpdates.h"
+#include "WrittenHandlers.h"
+#include "cmdhm_Bundles.h"
+#include "cmdhm_ScanCfg.h"
+
+namespace wrb {
+
+std::span<const CommandRow> CommandTable() {
+    using enum ScanType;
+    using enum ScanGroupKind;
+    static constexpr CommandRow kRows[] = {
+#define WRB_COMMAND(name, handler, role, fields, answers) {L"" #name, CommandSlot::name, handler},
+#include "CommandTable.inc"
+    };
+    return kRows;
+}
+
+}  // namespace wrb
