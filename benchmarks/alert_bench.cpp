@@ -9,10 +9,10 @@
 #include "AlertFiles.h"
 #include "BarePipe.h"
 #include "Handle.h"
+#include "HomeFolder.h"
 #include "PipeFixture.h"
 #include "Ratio.h"
 #include "SampleAgent.h"
-#include "cgi_HomeDir.h"
 #include "cmdhl.h"
 #include "cmdhm_ClnAlertMsg.h"
 
@@ -25,7 +25,7 @@ constexpr std::size_t kPiece = 1024;
 // The files are made where they are missing; texts of a server that is installed here stay as they are.
 const std::vector<std::wstring>& AlertPaths() {
     static const std::vector<std::wstring> paths = [] {
-        const std::wstring folder = cgi_GetHomeDir() + L"admin\\";
+        const std::wstring folder = wrb::HomeFolder() + L"admin\\";
         CreateDirectoryW(folder.c_str(), nullptr);
         const std::wstring text(kCharacters, L'x');
         std::vector<std::wstring> made;

@@ -6,8 +6,8 @@
 #include <cstdio>
 
 #include "Environment.h"
+#include "HomeFolder.h"
 #include "Text.h"
-#include "cgi_HomeDir.h"
 
 namespace wrb {
 namespace {
@@ -24,7 +24,7 @@ class ProcessGateway final : public IGateway {
         return std::fread(buffer, 1, size, stdin);
     }
 
-    std::wstring HomeFolder() override { return cgi_GetHomeDir(); }
+    std::wstring HomeFolder() override { return wrb::HomeFolder(); }
     std::wstring ProgramFolder() override { return wrb::ProgramFolder(); }
 };
 

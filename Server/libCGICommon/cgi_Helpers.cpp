@@ -4,8 +4,10 @@
 #include <exception>
 #include <string>
 
+#include "HomeFolder.h"
 #include "UnEscapeUrl.h"
-#include "cgi_HomeDir.h"
+
+static_assert(kHomeDirCapacity == wrb::kHomeFolderCapacity);
 
 bool cgi_GetHomeDir(wchar_t* buffer, uint32_t capacity) {
     if (buffer == nullptr || capacity == 0) {
@@ -13,7 +15,7 @@ bool cgi_GetHomeDir(wchar_t* buffer, uint32_t capacity) {
     }
     buffer[0] = L'\0';
     try {
-        const std::wstring folder = cgi_GetHomeDir();
+        const std::wstring folder = wrb::HomeFolder();
         const bool fits = !folder.empty() && folder.size() < capacity;
         buffer[fits ? folder.copy(buffer, folder.size()) : 0] = L'\0';
         return fits;

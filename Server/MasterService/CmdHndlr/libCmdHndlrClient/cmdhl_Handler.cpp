@@ -6,10 +6,10 @@
 #include "CommandMap.h"
 #include "CounterScope.h"
 #include "DebugLog.h"
+#include "HomeFolder.h"
 #include "INICache.h"
 #include "PerfMonMgr.h"
 #include "Text.h"
-#include "cgi_HomeDir.h"
 #include "cmdhl.h"
 
 namespace {
@@ -24,7 +24,7 @@ bool SetUpDebugLog(const wchar_t* debugIni, const wchar_t* debugLibrary) {
 // A missing file stops nothing: its cache answers the defaults.
 void InitialiseIniCaches() {
     constexpr std::size_t kPathCharacters = 260;
-    const std::wstring homeDir = cgi_GetHomeDir();
+    const std::wstring homeDir = wrb::HomeFolder();
     const wchar_t* const home = homeDir.c_str();
     wchar_t scanIni[kPathCharacters];
     wchar_t serverIni[kPathCharacters];

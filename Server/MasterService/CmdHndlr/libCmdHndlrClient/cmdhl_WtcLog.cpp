@@ -15,11 +15,11 @@
 #include "CounterScope.h"
 #include "DebugLog.h"
 #include "Handle.h"
+#include "HomeFolder.h"
 #include "INICache.h"
 #include "OpenSecurity.h"
 #include "Text.h"
 #include "WrittenHandlers.h"
-#include "cgi_HomeDir.h"
 
 namespace {
 
@@ -106,7 +106,7 @@ bool cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid) {
     if (ScanIniCache().readINIInt(L"GLN_FEEDBACK_SECTION", L"GLNFeedbackEnabled", 0) == 0) {
         return true;
     }
-    const std::wstring home = cgi_GetHomeDir();
+    const std::wstring home = wrb::HomeFolder();
     if (home.empty()) {  // a relative path would lead into whatever folder is the current one
         WRB_LOG(kLogError, L"%s - no home folder", kFunction);
         return false;

@@ -11,9 +11,9 @@
 #include "DbAgent.h"
 #include "DebugLog.h"
 #include "Handle.h"
+#include "HomeFolder.h"
 #include "INICache.h"
 #include "Text.h"
-#include "cgi_HomeDir.h"
 
 namespace {
 
@@ -104,12 +104,12 @@ bool MakeOneMessage(std::wstring& output, int32_t alertType, bool encode) {
 }  // namespace
 
 bool cmdhm_GetClnAlertMsgIni(std::wstring& output, const wchar_t* fileName) {
-    return ReadMessageFile(output, cgi_GetHomeDir(), fileName);
+    return ReadMessageFile(output, wrb::HomeFolder(), fileName);
 }
 
 // One look at the home folder for all files: it stands in the registry, which costs as much as a file.
 bool wrb::MakeAlertSection(std::wstring& output) {
-    const std::wstring home = cgi_GetHomeDir();
+    const std::wstring home = wrb::HomeFolder();
     std::array<std::wstring, std::size(kAlertFiles)> messages;
     bool anyRead = false;
     std::size_t characters = 0;

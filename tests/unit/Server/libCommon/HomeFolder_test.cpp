@@ -1,4 +1,4 @@
-#include "cgi_HomeDir.h"
+#include "HomeFolder.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -22,10 +22,10 @@ TEST(HomeDir, IsTheInstalledFolderOrElseTheProgramsOwn) {
     for (const auto& [value, type, home] : cases) {
         const auto bytes = static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t));
         EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"Local_Path", type, value.c_str(), bytes), ERROR_SUCCESS);
-        EXPECT_EQ(cgi_GetHomeDir(), home) << value.size();
+        EXPECT_EQ(wrb::HomeFolder(), home) << value.size();
     }
     RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"Local_Path");
-    EXPECT_EQ(cgi_GetHomeDir(), program);
+    EXPECT_EQ(wrb::HomeFolder(), program);
 }
 
 }  // namespace
