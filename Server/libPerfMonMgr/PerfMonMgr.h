@@ -27,10 +27,10 @@ class WRB_PERFMON_API CWrbyPerfMonMgr {
     // Null before the first Initialize and after CloseSingleton.
     static CWrbyPerfMonMgr* GetInstance() noexcept;
 
-    // Brings the instance into being when there is none and attaches to the shared block, which is made when no process
-    // has made it yet. False when that failed (last error: ERROR_REVISION_MISMATCH for a section that is no block of
-    // this version): the instance exists all the same and gives no block, so that callers go on uncounted. May be
-    // repeated.
+    // Makes the instance when there is none, attaches to the shared block, which is made when no process has made it
+    // yet, and sets its counters to zero unless another process is attached. False when that failed (last error:
+    // ERROR_REVISION_MISMATCH for a section that is no block of this version): the instance exists all the same and
+    // gives no block, so that callers go on uncounted. May be repeated.
     static bool Initialize() noexcept;
 
     // Detaches; the block lives on while another process holds it.

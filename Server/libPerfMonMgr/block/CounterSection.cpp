@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "CounterUpdates.h"
+#include "NamedMutex.h"
 #include "OpenSecurity.h"
 
 namespace wrb {
@@ -59,33 +60,37 @@ const wchar_t* CounterAttachText(CounterAttach result) noexcept {
 
 CounterAttach CounterSection::Open(const CounterNames& names, uint32_t& error) noexcept {
     error = ERROR_SUCCESS;
-    if (m_view) {
-        return CounterAttach::Attached;
-    }
-    OpenSecurity security;
-    if (InitOpenSecurity(security, false) != nullptr) {
-        return Fail(error);
-    }
-    m_mutex.Reset(CreateMutexW(&security.attributes, FALSE, names.mutex));
     if (!m_mutex) {
-        return Fail(error);
+        m_mutex = OpenNamedMutex(names.mutex);
+        if (!m_mutex) {
+            return Fail(error);
+        }
     }
-    const DWORD wait = WaitForSingleObject(m_mutex.Get(), kAttachWaitMs);
-    if (wait != WAIT_OBJECT_0 && wait != WAIT_ABANDONED) {
-        error = wait == WAIT_TIMEOUT ? ERROR_TIMEOUT : GetLastError();
-        Close();
-        return CounterAttach::Failed;
-    }
-    const CounterAttach result = MapLocked(names.section, &security.attributes, error);
-    ReleaseMutex(m_mutex.Get());
+    const CounterAttach result = OpenUnderMutex(names, error);
     if (result != CounterAttach::Attached) {
         Close();
     }
     return result;
 }
 
-CounterAttach CounterSection::MapLocked(const wchar_t* name, SECURITY_ATTRIBUTES* attributes,
-                                        uint32_t& error) noexcept {
+CounterAttach CounterSection::OpenUnderMutex(const CounterNames& names, uint32_t& error) noexcept {
+    const NamedMutexLock lock(m_mutex.Get(), kAttachWaitMs);
+    if (!lock) {
+        error = lock.Error();
+        return m_view ? CounterAttach::Attached : CounterAttach::Failed;
+    }
+    OpenSecurity security;
+    if (InitOpenSecurity(security, false) != nullptr) {
+        return Fail(error);
+    }
+    const CounterAttach result = m_view ? CounterAttach::Attached : Map(names.section, &security.attributes, error);
+    if (result == CounterAttach::Attached && BecomesOnlyHolder(names.holder, &security.attributes)) {
+        ZeroCounters(*Block());
+    }
+    return result;
+}
+
+CounterAttach CounterSection::Map(const wchar_t* name, SECURITY_ATTRIBUTES* attributes, uint32_t& error) noexcept {
     const HANDLE section = CreateFileMappingW(INVALID_HANDLE_VALUE, attributes, PAGE_READWRITE, 0,
                                               static_cast<DWORD>(sizeof(HandlerCounterBlock)), name);
     const DWORD creation = GetLastError();
@@ -104,9 +109,19 @@ CounterAttach CounterSection::MapLocked(const wchar_t* name, SECURITY_ATTRIBUTES
     return IsCounterBlock(m_view.Get()) ? CounterAttach::Attached : CounterAttach::Foreign;
 }
 
+// The section does not tell: those who only read hold it, too. An event that cannot be made may be another's.
+bool CounterSection::BecomesOnlyHolder(const wchar_t* name, SECURITY_ATTRIBUTES* attributes) noexcept {
+    m_holder.Reset();
+    const HANDLE event = CreateEventW(attributes, TRUE, FALSE, name);
+    const bool isOnly = event != nullptr && GetLastError() != ERROR_ALREADY_EXISTS;
+    m_holder.Reset(event);
+    return isOnly;
+}
+
 void CounterSection::Close() noexcept {
     m_view.Reset();
     m_section.Reset();
+    m_holder.Reset();
     m_mutex.Reset();
 }
 

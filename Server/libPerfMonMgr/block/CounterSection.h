@@ -1,7 +1,7 @@
 // Owners of an attachment to the counter block: one for the processes that count, one for those that only look.
 //
-// The section and its mutex exist while any process holds them, so a block outlives the process that made it and
-// whoever attaches next goes on with its figures. Neither class logs; `error` is the Windows error behind a failure.
+// Section, mutex and event exist while any process holds them. Neither class logs; `error` is the Windows error of a
+// failure.
 #pragma once
 
 #include <windows.h>
@@ -26,13 +26,14 @@ const wchar_t* CounterAttachText(CounterAttach result) noexcept;
 struct CounterNames {
     const wchar_t* section = kCounterSectionName;
     const wchar_t* mutex = kCounterMutexName;
+    const wchar_t* holder = kCounterHolderName;
 };
 
 class CounterSection {
   public:
-    // Attaches to the block, making it with every counter at zero when there is none. Both objects admit every local
-    // account, since the server's services run under several. Waits at most five seconds for a process that is just
-    // making the block. Attached already: does nothing.
+    // Attaches to the block, or makes it when there is none, and sets every counter to zero unless another process is
+    // attached. The objects admit every local account, since the server's services run under several. Waits at most
+    // five seconds for the mutex; one that is attached already stays so and keeps its figures when that is too short.
     CounterAttach Open(const CounterNames& names, uint32_t& error) noexcept;
     void Close() noexcept;
 
@@ -40,9 +41,12 @@ class CounterSection {
     HANDLE Mutex() const noexcept { return m_mutex.Get(); }
 
   private:
-    CounterAttach MapLocked(const wchar_t* name, SECURITY_ATTRIBUTES* attributes, uint32_t& error) noexcept;
+    CounterAttach OpenUnderMutex(const CounterNames& names, uint32_t& error) noexcept;
+    CounterAttach Map(const wchar_t* name, SECURITY_ATTRIBUTES* attributes, uint32_t& error) noexcept;
+    bool BecomesOnlyHolder(const wchar_t* name, SECURITY_ATTRIBUTES* attributes) noexcept;
 
     KernelHandle m_mutex;
+    KernelHandle m_holder;
     KernelHandle m_section;
     MappedView m_view;
 };

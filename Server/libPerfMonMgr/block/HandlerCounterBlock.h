@@ -14,9 +14,10 @@ inline constexpr uint32_t kCounterSignature = 0x43425257;  // the bytes "WRBC" i
 inline constexpr uint32_t kCounterVersion = 1;
 inline constexpr uint32_t kCounterSlots = 128;
 
-// The section that holds the block and the mutex that guards it.
+// The section that holds the block, the mutex that guards it, and the event that every process that counts holds open.
 inline constexpr wchar_t kCounterSectionName[] = L"Global\\Calloway_Warrenby_Handler_Counters";
 inline constexpr wchar_t kCounterMutexName[] = L"Global\\Calloway_Warrenby_Handler_Counters_Mutex";
+inline constexpr wchar_t kCounterHolderName[] = L"Global\\Calloway_Warrenby_Handler_Counters_Holder";
 
 }  // namespace wrb
 

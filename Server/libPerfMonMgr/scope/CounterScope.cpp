@@ -1,6 +1,8 @@
 #include "CounterScope.h"
 
 #include "CounterUpdates.h"
+#include "DebugLog.h"
+#include "NamedMutex.h"
 #include "OSException.h"
 #include "PerfMonMgr.h"
 
@@ -14,28 +16,6 @@ CWrbyPerfMonMgr& Manager() {
     }
     return *manager;
 }
-
-class MutexOwnership {
-  public:
-    explicit MutexOwnership(HANDLE mutex) noexcept : m_mutex(mutex) {
-        const DWORD wait = WaitForSingleObject(mutex, INFINITE);
-        // Abandoned: its owner died between two counters. They are only figures; the next call goes on from them.
-        m_owned = wait == WAIT_OBJECT_0 || wait == WAIT_ABANDONED;
-    }
-    ~MutexOwnership() {
-        if (m_owned) {
-            ReleaseMutex(m_mutex);
-        }
-    }
-    MutexOwnership(const MutexOwnership&) = delete;
-    MutexOwnership& operator=(const MutexOwnership&) = delete;
-
-    explicit operator bool() const noexcept { return m_owned; }
-
-  private:
-    HANDLE m_mutex;
-    bool m_owned = false;
-};
 
 }  // namespace
 
@@ -57,7 +37,7 @@ CounterCall::~CounterCall() {
         return;
     }
     const uint32_t elapsed = m_clock.TickMilliseconds() - m_startTick;
-    if (const MutexOwnership owned(m_mutex); owned) {
+    if (const NamedMutexLock lock(m_mutex, INFINITE); lock) {
         BookCallTime(*m_slot, elapsed);
         ReleaseCounterReference(*m_block);
     }
@@ -69,19 +49,12 @@ void CounterCall::ReportResult(bool succeeded) noexcept {
     }
 }
 
-void ResetAllCounters() {
-    CWrbyPerfMonMgr& manager = Manager();
-    HandlerCounterBlock* block = manager.GetCounterInstance(CWrbyPerfMonMgr::kHandlerInstance);
-    if (block == nullptr) {
-        return;
+void StartCounters() {
+    if (!CWrbyPerfMonMgr::Initialize()) {
+        WRB_LOG(kLogWarning, L"%s - The call counters cannot be attached, calls go uncounted. err=%d",
+                L"cmdhl_Initialize", GetLastError());
     }
-    // Under the mutex, so that a call that another process is just booking is not half kept; without it a start from
-    // zero still matters more than that call.
-    const MutexOwnership owned(manager.GetMutex());
-    ZeroCounters(*block);
-    if (owned) {
-        ReleaseCounterReference(*block);
-    }
+    Manager();
 }
 
 }  // namespace wrb

@@ -36,9 +36,9 @@ class CounterCall {
     HandlerCounterSlot* m_slot = nullptr;
 };
 
-// Sets all counters to zero, as the start of the service does; header, references and other processes' attachments
-// stay. Does nothing without a counter block. Throws OS::CException with E_FAIL when the process has no counter
-// manager.
-void ResetAllCounters();
+// Attaches this process to the counters, as the start of the service does, and sets them to zero unless another process
+// counts. A process that cannot attach logs one line at level 'W' and goes on uncounted. Throws OS::CException with
+// E_FAIL when the process has no counter manager.
+void StartCounters();
 
 }  // namespace wrb

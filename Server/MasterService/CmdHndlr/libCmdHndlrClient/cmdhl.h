@@ -31,9 +31,10 @@ extern "C" {
 #endif
 
 /* Sets up the debug log, the command map, the caches of the server's INI files, the call counters and the cache of the
- * behaviour-monitor policies. The two paths, of at most 260 bytes in the system's code page, are kept for an external
- * debug-log library; empty texts do. `reserved` is NULL. Missing INI files are not an error: every setting has a
- * default. */
+ * behaviour-monitor policies. The counters are shared: they start from zero unless another process that runs the
+ * library is counting. A process that cannot attach to them logs one line at level 'W' and counts nothing. The two
+ * paths, of at most 260 bytes in the system's code page, are kept for an external debug-log library; empty texts do.
+ * `reserved` is NULL. Missing INI files are not an error: every setting has a default. */
 bool cmdhl_Initialize(const wchar_t* debugIni, const wchar_t* debugLibrary, void* reserved);
 
 /* Runs one command. `message` holds `bytes` bytes and needs no terminator. Only the low 32 bits of `bytes` are the

@@ -62,8 +62,7 @@ bool cmdhl_Initialize(const wchar_t* debugIni, const wchar_t* debugLibrary, void
     wrb::AddCommands(g_commandMap, wrb::CommandTable());
     g_pReserved = reserved;
     InitialiseIniCaches();
-    CWrbyPerfMonMgr::Initialize();
-    wrb::ResetAllCounters();
+    wrb::StartCounters();
     CreatePolicyCache();
     return externalLog;
 }

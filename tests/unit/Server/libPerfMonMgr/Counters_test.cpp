@@ -1,11 +1,13 @@
 #include "CounterScope.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cstring>
 
+#include "CapturedLog.h"
 #include "ChildProcess.h"
 #include "CounterSection.h"
+#include "DebugLog.h"
 #include "ManualClock.h"
 #include "PerfMonMgr.h"
 #include "UniqueName.h"
@@ -49,8 +51,7 @@ TEST(CounterSection, RefusesASectionThatIsNoBlockOfThisVersion) {
 class CounterScope : public testing::Test {
   protected:
     void SetUp() override {
-        ASSERT_TRUE(CWrbyPerfMonMgr::Initialize());
-        wrb::ResetAllCounters();
+        wrb::StartCounters();
         uint32_t error = 0;
         ASSERT_EQ(reader.Attach(error), CounterAttach::Attached);
     }
@@ -79,8 +80,37 @@ TEST_F(CounterScope, ACallIsCountedAtItsStartAndTimedAtItsEnd) {
     EXPECT_EQ(slot.total, 41u);
     EXPECT_EQ(slot.average, 20u);
     EXPECT_EQ(reader.CallsInProgress(), 0);
-    wrb::ResetAllCounters();
-    EXPECT_EQ(reader.Slot(kSlot).calls + reader.Slot(kSlot).total, 0u);
+}
+
+TEST_F(CounterScope, AStartZeroesWhatNoOtherProcessCounts) {
+    for (const bool attached : {true, false}) {
+        const auto startAgain = [&] {
+            if (!attached) {
+                CWrbyPerfMonMgr::CloseSingleton();  // the reader still holds the section
+            }
+            wrb::StartCounters();
+        };
+        wrb::CounterCall(5, clock);
+        {
+            const wrb::test::ChildProcess child(L"perf_counter_child.exe", {L"3", L"and wait"});
+            ASSERT_TRUE(child.WaitForOutput("counted"));
+            EXPECT_EQ(reader.Slot(5).calls, 1u) << "zeroed by the second process";
+            startAgain();
+            EXPECT_EQ(reader.Slot(7).calls, 3u) << "zeroed under the second process";
+        }
+        startAgain();
+        EXPECT_EQ(reader.Slot(5).calls + reader.Slot(7).calls, 0u);
+    }
+}
+
+TEST_F(CounterScope, AProcessThatCannotAttachSaysSoOnce) {
+    CWrbyPerfMonMgr::CloseSingleton();
+    reader = {};
+    const wrb::KernelHandle other(CreateEventW(nullptr, TRUE, FALSE, wrb::kCounterSectionName));
+    TakeCapturedLog();
+    wrb::StartCounters();
+    wrb::CounterCall(5, clock);
+    EXPECT_THAT(TakeCapturedLog(), testing::ElementsAre(testing::Field(&CapturedLine::level, kLogWarning)));
 }
 
 TEST_F(CounterScope, TwoProcessesShareTheCounters) {
