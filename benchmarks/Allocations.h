@@ -9,7 +9,7 @@ namespace wrb::bench {
 
 uint64_t AllocationsOfThisThread() noexcept;
 
-// While it lives, counts; reports allocations per iteration as the counter "allocations".
+// Counts from construction to destruction; reports allocations per iteration as the counter "allocations".
 class AllocationCounter {
   public:
     explicit AllocationCounter(benchmark::State& state) noexcept

@@ -44,7 +44,7 @@ bool BareExchange(const std::wstring& target, std::string_view request, const st
     if (!reply || !BareSend(target, request)) {
         return false;
     }
-    // A client that was quicker than this call is connected, or has already gone and left its bytes behind.
+    // The client may have connected before this call, and may have written and closed already.
     if (!ConnectNamedPipe(reply.Get(), nullptr) && GetLastError() != ERROR_PIPE_CONNECTED &&
         GetLastError() != ERROR_NO_DATA) {
         return false;

@@ -6,8 +6,8 @@
 
 namespace wrb::bench {
 
-// Connect, set the read mode, write, close. False when any of them fails; a busy pipe is waited for. One write, or as many as there are
-// pieces: the product's client writes at most 1024 bytes at once.
+// Connects, sets the read mode, writes in pieces of at most `piece` bytes, closes. Waits for a busy pipe. False when a
+// step fails.
 bool BareSend(const std::wstring& name, std::string_view bytes, std::size_t piece = std::string_view::npos);
 
 // Opens a reply pipe, sends the request and reads the answer to its end, with one blocking call a step.

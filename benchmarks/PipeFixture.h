@@ -1,5 +1,5 @@
-// The other ends of the pipes: a client's reply pipe that swallows everything, and a database server that answers from
-// memory. The figures and their floors use the same ones, so that what these cost is on both sides of a ratio.
+// The other ends of the pipes: a client's reply pipe that drops everything, and a database server that answers from
+// memory. A figure and its floor use the same ones, so their cost is on both sides of the ratio.
 #pragma once
 
 #include <string>

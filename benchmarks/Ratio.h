@@ -1,7 +1,7 @@
 // A figure and its floor, measured in the same run and shown as a ratio.
 //
-// The floor is the least that the figure's work could cost: the bare system call, memcpy or look-up. A time alone says
-// more about the machine than about the code; the ratio travels.
+// The floor is the least that the figure's work could cost: the bare system call, memcpy or look-up. Times
+// differ from machine to machine; the ratio can be compared.
 #pragma once
 
 #include <benchmark/benchmark.h>

@@ -19,10 +19,10 @@
 namespace wrb::bench {
 namespace {
 
-constexpr std::size_t kCharacters = 600;  // of a text that an administrator has worded
+constexpr std::size_t kCharacters = 600;  // of a typical text
 constexpr std::size_t kPiece = 1024;
 
-// The files are made where they are missing; texts of a server that is installed here stay as they are.
+// Missing files are made; files of an installed server stay as they are.
 const std::vector<std::wstring>& AlertPaths() {
     static const std::vector<std::wstring> paths = [] {
         const std::wstring folder = wrb::HomeFolder() + L"admin\\";

@@ -150,7 +150,7 @@ const std::filesystem::path& Package() {
     static const std::filesystem::path path = [] {
         const auto file = TempPath(L"wrb_bench_upload.log");
         auto package = TempPath(L"wrb_bench_package");
-        std::filesystem::remove_all(UnpackFolder() + std::wstring(kSinkPipe).substr(17));  // of a run that was cut off
+        std::filesystem::remove_all(UnpackFolder() + std::wstring(kSinkPipe).substr(17));  // left by an interrupted run
         WriteRecords(file, kUploaded);
         WriteCabinet(package.wstring(), {{"fw.log", file.wstring()}});
         return package;
@@ -160,7 +160,7 @@ const std::filesystem::path& Package() {
 
 bool UploadOnce() {
     const std::filesystem::path copy = TempPath(L"wrb_bench_package_copy");
-    std::filesystem::remove(copy);  // of a run that was cut off
+    std::filesystem::remove(copy);  // left by an interrupted run
     std::filesystem::copy_file(Package(), copy);
     const std::wstring message = std::wstring(L"CMDHL_PFW_SET_LOG\t") + kSinkPipe + L"\t" + kSampleUid + L"\t" +
                                  copy.wstring() + L"\t" + UnpackFolder() + L"\t1";
@@ -177,7 +177,7 @@ void Upload(benchmark::State& state) {
     }
 }
 
-// The very bytes that one record sends, in the pieces that it must send them in.
+// The same bytes that one record sends, in pieces of the same size.
 void TwoMessages(benchmark::State& state) {
     NeedSink();
     NeedFirewallServices();

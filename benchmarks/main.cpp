@@ -20,7 +20,7 @@ struct Measured {
     double allocations = -1;  // an iteration, where they were counted
 };
 
-// Keeps the medians for the table at the end, and shows on stderr that something is going on.
+// Keeps the medians for the table at the end, and shows progress on stderr.
 class RatioReporter final : public benchmark::BenchmarkReporter {
   public:
     bool ReportContext(const Context&) override { return true; }

@@ -37,7 +37,7 @@ void Decode(benchmark::State& state) {
     }
 }
 
-// One field's bytes where they lie in the record, and their number.
+// The bytes of one field in the record.
 struct Field {
     void* bytes;
     std::size_t size;

@@ -12,12 +12,12 @@
 namespace wrb::soak {
 
 struct Answer {
-    bool delivered = false;  // the host has taken the message
+    bool delivered = false;  // the host has read the message
     bool answered = false;   // always false for a command that does not answer
     std::wstring text;
 };
 
-// How often the host has taken each command of the table. Any thread.
+// How often the host has read each command of the table. Any thread.
 class Delivered {
   public:
     void Count(const std::wstring& command);
@@ -29,14 +29,14 @@ class Delivered {
 
 const char* CommandName(uint32_t row);
 
-// Writes the bytes as one connection. False: GetLastError tells.
+// Writes the bytes as one connection. False: the cause is in GetLastError.
 bool Deliver(const wchar_t* pipe, const void* data, std::size_t bytes);
 bool DeliverToHost(const std::wstring& message);
 
 // A reply pipe's name as agents make them: unique, and long enough for every upload command.
 std::wstring NewReplyPipe();
 
-// Sends a command with an answer and waits for it, one minute at most. `fields` stand behind the reply pipe.
+// Sends a command with an answer and waits for it, one minute at most. `fields` follow the reply pipe.
 Answer Ask(Delivered& delivered, const std::wstring& command, std::initializer_list<std::wstring> fields,
            const std::wstring& replyPipe = NewReplyPipe());
 

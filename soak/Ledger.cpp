@@ -16,7 +16,7 @@ struct Found {
 };
 using FoundByUid = std::map<std::wstring, Found>;
 
-// Records of one upload differ in their port, so that one that came twice shows.
+// Records of one upload differ in their port, so that a duplicate is noticed.
 constexpr char kRows[] = "SELECT UID, count(*), count(DISTINCT PORT) FROM TBL_CFW_LOG GROUP BY UID";
 constexpr char kEvents[] =
     "SELECT substr(FIELDS, 1, 36) AS uid, count(*), count(DISTINCT FIELDS) FROM event "
@@ -71,7 +71,7 @@ void Ledger::SpywareAnswered(PresenceLog::Mark sent) {
     ++(m_backEnd.Undisturbed(sent) ? m_spyware : m_unsureSpyware);
 }
 
-// The uploads whose package is gone are done.
+// An upload is done when its package has been deleted.
 void Ledger::Sort() {
     const auto done = std::partition(m_open.begin(), m_open.end(),
                                      [](const Upload& upload) { return std::filesystem::exists(upload.package); });

@@ -1,4 +1,4 @@
-// What agents were told is stored, to be looked for in the database at the end.
+// The records that were acknowledged to agents. At the end they must be in the database.
 #pragma once
 
 #include <atomic>
@@ -13,7 +13,7 @@ namespace wrb::soak {
 
 struct Upload {
     std::wstring uid;      // no other upload has it
-    std::wstring package;  // the host deletes it when all records are on their way
+    std::wstring package;  // the host deletes it after it has sent all records
     unsigned records = 0;
     PresenceLog::Mark sent = 0;  // of the back end
 };
@@ -31,7 +31,7 @@ struct LedgerResult {
     uint64_t spywareEvents = 0;       // material that was answered, the back end being up
     uint64_t spywareRows = 0;         // events that were found, the unsure ones included
     uint64_t unsureSpyware = 0;       // material that was answered, the back end being away in between
-    std::vector<std::string> faults;  // one line each, empty: nothing is missing and nothing is twice
+    std::vector<std::string> faults;  // one line each; empty when nothing is missing or stored twice
 };
 
 // Any thread.
@@ -43,13 +43,13 @@ class Ledger {
     void RestoreAnswered(const std::wstring& uid, PresenceLog::Mark sent);
     void SpywareAnswered(PresenceLog::Mark sent);
 
-    // Just before the back end is stopped: what is still at work is from now on unsure.
+    // Called just before the back end is stopped: uploads that are not done count as unsure from then on.
     void BackEndLeaves(PresenceLog& backEnd);
 
-    // True when no upload is at work any more.
+    // True when every upload is done.
     bool Settled();
 
-    // Looks into the database file; nobody serves it any more.
+    // Reads the database file, which no back end may have open.
     LedgerResult Check(const std::wstring& database);
 
   private:

@@ -1,4 +1,4 @@
-// Questions whose right answers are known: those that a quiet server gave.
+// Questions whose right answers are known: a server without load gave them.
 #pragma once
 
 #include <span>
@@ -14,7 +14,7 @@ namespace wrb::soak {
 inline constexpr const wchar_t* kSampleAgents[] = {
     L"3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3",  // configured
     L"8d94e7b5-20c1-4f8a-8e3d-57a1f09c6b42",  // partly
-    L"e5a9308d-6b74-4c12-9f0e-b3d8127a4c61",  // nobody knows it
+    L"e5a9308d-6b74-4c12-9f0e-b3d8127a4c61",  // unknown to the database
     L"",                                      // server-wide
 };
 

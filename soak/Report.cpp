@@ -9,7 +9,7 @@ namespace wrb::soak {
 namespace {
 
 constexpr std::size_t kMostFaults = 20;
-constexpr uint32_t kSpareHandles = 8;  // a thread or two that the system keeps for its own ends
+constexpr uint32_t kSpareHandles = 8;  // one or two threads of the system itself
 
 template <typename... Arguments>
 void Line(const char* format, Arguments... arguments) {

@@ -1,4 +1,4 @@
-// The two service programs, run as an operator would, and when each of them was away.
+// The two service programs, started and stopped as an operator does it, and the times when each was away.
 #pragma once
 
 #include <atomic>
@@ -12,7 +12,7 @@
 
 namespace wrb::soak {
 
-// Moments of a service, for judging what had to work: while a mark is undisturbed, the service was up all the time.
+// Moments of a service, for judging what had to work: while a mark is undisturbed, the service has been up.
 class PresenceLog {
   public:
     using Mark = uint64_t;
@@ -37,8 +37,8 @@ class Service {
           m_stopArguments(std::move(stopArguments)),
           m_ready(std::move(ready)) {}
 
-    // Throw std::runtime_error with what the program printed when it does not do as it should. Whoever stops it while
-    // others use it says so first, by Uptime().Leaves().
+    // Throw std::runtime_error with the program's output when it fails. Call Uptime().Leaves() before stopping a
+    // program that others use.
     void Start();
     void Stop();
 
@@ -48,8 +48,8 @@ class Service {
 
     unsigned Stops() const { return m_stops; }
 
-    // The sum of the numbers behind (or, where `label` starts with a blank, before) that label in the last lines that
-    // the program printed each time it stopped: Total(" refused") of "handled 7, 3 refused" is 3.
+    // The sum of the numbers that follow (or, where `label` starts with a blank, precede) that label in the last lines
+    // that the program printed each time it stopped: Total(" refused") of "handled 7, 3 refused" is 3.
     uint64_t Total(const std::string& label) const;
 
   private:

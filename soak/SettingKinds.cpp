@@ -6,11 +6,11 @@
 namespace wrb::soak {
 namespace {
 
-// Each row's key is the one that is followed through; the other settings of the message are 1.
+// Each row's key is the one that is read back; the other settings of the message are 1.
 constexpr struct {
     const wchar_t* set;
     const wchar_t* get;
-    unsigned settings;  // behind the uid
+    unsigned settings;  // that follow the uid
     unsigned place;     // of the key among them, from 1
     const wchar_t* key;
     bool isSwitch;
@@ -42,7 +42,8 @@ bool Set(Worker& worker, const auto& row, const std::wstring& value) {
 
 }  // namespace
 
-// A command without an answer runs beside the question behind it, so the question is asked until it shows.
+// A command without an answer runs in parallel to the question that follows, so the question is repeated until the
+// answer shows the change.
 Verdict SetAndGet(Worker& worker) {
     const auto& row = worker.Pick(kSetters);
     const uint32_t number = worker.NewNumber();

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kMostNotes = 10;
 constexpr std::size_t kShownCharacters = 300;
-constexpr DWORD kAwayMilliseconds = 100;  // between two tries of a thread that finds nobody
+constexpr DWORD kAwayMilliseconds = 100;  // between two tries of a thread whose service is away
 
 constexpr Kind kKinds[] = {
     {"scan settings", 370, AskScanSettings},

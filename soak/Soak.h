@@ -22,7 +22,7 @@ namespace wrb::soak {
 enum class Verdict : uint8_t {
     Right,
     Empty,         // an empty answer, or a change that cannot be read back, while the back end was away
-    NotDelivered,  // the host, or the service that was meant, was away
+    NotDelivered,  // the host, or the service addressed, was away
     Wrong,
     kCount
 };
@@ -47,7 +47,7 @@ struct Field {
     const std::wstring incoming;  // where uploaded packages arrive
     const std::wstring unpacked;  // where the host is told to unpack them
 
-    // Messages that the host took and must count as such, besides the commands that went well.
+    // Messages that the host read and must count as such, besides the commands that succeeded.
     std::atomic<uint64_t> refused{0};
     std::atomic<uint64_t> threw{0};
     std::atomic<uint64_t> feedbackRecords{0};  // at most so many are in the feedback log
@@ -129,8 +129,8 @@ Verdict ReportRestore(Worker& worker);
 
 using Tally = std::vector<std::array<std::atomic<uint64_t>, static_cast<std::size_t>(Verdict::kCount)>>;
 
-// `commands` commands, `meanwhile` on the calling thread: it gets a function that waits until that part (0 ... 1) of
-// them is done.
+// Runs `commands` commands, and `meanwhile` on the calling thread. That gets a function that waits until the given part
+// (0 to 1) of the commands is done.
 using WaitForPart = std::function<void(double part)>;
 void RunRound(std::vector<Worker>& workers, Tally& tally, uint64_t commands,
               const std::function<void(const WaitForPart&)>& meanwhile);

@@ -1,4 +1,4 @@
-// Commands that ask, that report, and messages that are none.
+// Commands that ask, commands that report, and messages that are no commands.
 #include "Soak.h"
 #include "Text.h"
 
@@ -57,7 +57,7 @@ Verdict Echo(Worker& worker) {
     return worker.Judge(marks, L"CMDHL_ECHO", answer, answer.text == text);
 }
 
-// The queue remembers who waits for up to half an hour, so it is the same agents that ask again.
+// The queue remembers a waiting agent for up to half an hour, so the same agents ask again.
 Verdict AskTicket(Worker& worker) {
     const std::wstring uid = FormatWide(L"50a40000-0000-4000-9%03x-%012x", worker.number, worker.Random(kAskers));
     const Worker::Marks marks = worker.MarksNow();
@@ -69,7 +69,7 @@ Verdict AskTicket(Worker& worker) {
     return worker.Judge(marks, L"CMDHL_PFW_GET_LOG_QUERY_CONDITION", answer, right);
 }
 
-// That they ran shows in the counters.
+// The counters show that they ran.
 Verdict Report(Worker& worker) {
     const std::wstring agent = SettingAgent(worker.number);
     const std::wstring number = std::to_wstring(worker.NewNumber());
@@ -131,16 +131,16 @@ Verdict SendHostileToHost(Worker& worker) {
             field.refused += sent ? 1 : 0;
             break;
         }
-        case 2:  // nobody has such a pipe
+        case 2:  // no such pipe exists
             sent = Tell(field.delivered, L"CMDHL_ECHO", {NewReplyPipe(), L"text"});
             break;
-        case 3:  // leads out of where pipes are
+        case 3:  // leaves the pipe name space
             sent = Tell(field.delivered, L"CMDHL_ECHO", {L"..\\C:\\soak-must-not-exist", L"text"});
             break;
         case 4:
             sent = Tell(field.delivered, L"CMDHL_GET_MS_CFG", {std::wstring(500'000, L'\t')});
             break;
-        default:  // too short a pipe: given up by an exception
+        default:  // the pipe name is too short: ends in an exception
             sent = Tell(field.delivered, L"CMDHL_PFW_SET_LOG", {L"short", worker.NewUid(), L"x", L"x", L"1"});
             field.threw += sent ? 1 : 0;
     }

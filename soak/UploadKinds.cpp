@@ -1,4 +1,4 @@
-// Packages and results that agents hand in.
+// Packages and results that agents upload.
 #include <filesystem>
 
 #include "Soak.h"
@@ -7,7 +7,7 @@
 namespace wrb::soak {
 namespace {
 
-// A package that nobody has taken.
+// A package that the host has not taken.
 void Discard(const std::wstring& package) {
     std::error_code ignored;
     std::filesystem::remove(package, ignored);
@@ -51,7 +51,7 @@ Verdict UploadBrokenPackage(Worker& worker) {
     return worker.Judge(marks, L"CMDHL_PFW_SET_LOG", answer, answer.text == L"0");
 }
 
-// What was unpacked stays for the scan-log service, whose place this program takes.
+// The unpacked files stay for the scan-log service, which this program stands in for.
 Verdict UploadSpyware(Worker& worker) {
     const auto& kind = worker.Pick(kSpywareUploads);
     const std::wstring package = worker.Upload(worker.field.packages.Spyware());

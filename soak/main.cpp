@@ -1,7 +1,7 @@
-// wrb_soak: agents by the thousand, services that come and go, and a look afterwards at what is left.
+// wrb_soak: many agents, services that are stopped and started, and a check afterwards of what is left.
 //
-// Rounds: warm up; the back end is stopped and started twice; the host once; warm up the programs that are new; the
-// long round, before and after which the services are weighed.
+// Rounds: warm up; the back end is stopped and started twice; the host once; warm up the restarted programs; the long
+// round, before and after which the resources of the services are measured.
 #include <windows.h>
 
 #include <algorithm>
@@ -108,7 +108,7 @@ class Soak {
         }
     }
 
-    // The counters start with the host; held by us, they can still be read when it has stopped.
+    // The counters start with the host. This program holds them, so they can be read after the host has stopped.
     void StartHost() {
         m_host.Start();
         m_counters = std::make_unique<CounterReader>();
@@ -163,7 +163,7 @@ class Soak {
         result.flatness[1].late = m_backEnd.Use();
     }
 
-    // Until the host has done all that it took.
+    // Waits until the host has done all that it has read.
     void Settle() {
         const ULONGLONG end = GetTickCount64() + kSettleMilliseconds;
         for (unsigned quiet = 0; quiet < 5 && GetTickCount64() < end; Sleep(100)) {
@@ -217,7 +217,7 @@ class Soak {
     Service m_host;
     Service m_backEnd;
     std::unique_ptr<CounterReader> m_counters;
-    std::array<uint32_t, kCommandRows> m_calls{};  // in all lives of the host
+    std::array<uint32_t, kCommandRows> m_calls{};  // over all starts of the host
     std::unique_ptr<Field> m_field;
     std::vector<Worker> m_workers;
     Tally m_tally;

@@ -1,10 +1,9 @@
 // CWrbyPerfMonMgr: owner of the performance counters that the server's processes share, and of the mutex that guards
-// them. This is an open stand-in for the server's counter library and takes its place under the same file name,
-// libPerfWrbyPerfMonMgr.dll.
+// them. This is an open replacement of the server's counter library, with the same file name libPerfWrbyPerfMonMgr.dll.
 //
-// One instance a process. All state lives in the library; any thread may call anything, but whoever holds a block must
-// have given it back before UnInitialize, which unmaps it. Nothing here throws. Users do not handle references and
-// mutex themselves: CounterScope.h does it for them.
+// One instance a process. All state lives in the library. Any thread may call anything, but every block must be
+// released before UnInitialize, which unmaps it. Nothing here throws. Users do not handle references and mutex
+// themselves: CounterScope.h does it for them.
 #pragma once
 
 #include <windows.h>

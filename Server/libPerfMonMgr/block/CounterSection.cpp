@@ -15,7 +15,7 @@ uint32_t Number(const uint32_t& shared) noexcept {
     return std::atomic_ref<uint32_t>(const_cast<uint32_t&>(shared)).load(std::memory_order_acquire);
 }
 
-// A section of the right name may still be anybody's and of any size. The smallest has a page, and so room to look.
+// The section of that name may have any size and content. The smallest is one page, which holds a whole block.
 static_assert(sizeof(HandlerCounterBlock) <= 4096);
 
 bool IsCounterBlock(const void* view) noexcept {
@@ -24,7 +24,7 @@ bool IsCounterBlock(const void* view) noexcept {
            Number(block.size) == sizeof(HandlerCounterBlock) && Number(block.slotCount) == kCounterSlots;
 }
 
-// The signature comes last: a reader that looks meanwhile sees no block yet.
+// The signature is written last: until then a reader sees no block.
 void WriteHeader(HandlerCounterBlock& block) noexcept {
     block.version = kCounterVersion;
     block.size = sizeof block;
@@ -32,7 +32,7 @@ void WriteHeader(HandlerCounterBlock& block) noexcept {
     std::atomic_ref<uint32_t>(block.signature).store(kCounterSignature, std::memory_order_release);
 }
 
-// The system says so when the name belongs to an object of another kind.
+// ERROR_INVALID_HANDLE: the name belongs to an object of another kind.
 CounterAttach Refused(uint32_t error) noexcept {
     return error == ERROR_INVALID_HANDLE ? CounterAttach::Foreign : CounterAttach::Failed;
 }
@@ -109,7 +109,7 @@ CounterAttach CounterSection::Map(const wchar_t* name, SECURITY_ATTRIBUTES* attr
     return IsCounterBlock(m_view.Get()) ? CounterAttach::Attached : CounterAttach::Foreign;
 }
 
-// The section does not tell: those who only read hold it, too. An event that cannot be made may be another's.
+// The section cannot tell, as readers hold it, too. An event that cannot be made may belong to another process.
 bool CounterSection::BecomesOnlyHolder(const wchar_t* name, SECURITY_ATTRIBUTES* attributes) noexcept {
     m_holder.Reset();
     const HANDLE event = CreateEventW(attributes, TRUE, FALSE, name);

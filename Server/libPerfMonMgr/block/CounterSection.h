@@ -1,4 +1,4 @@
-// Owners of an attachment to the counter block: one for the processes that count, one for those that only look.
+// Owners of an attachment to the counter block: one for the processes that count, one for those that only read.
 //
 // Section, mutex and event exist while any process holds them. Neither class logs; `error` is the Windows error of a
 // failure.
@@ -33,7 +33,7 @@ class CounterSection {
   public:
     // Attaches to the block, or makes it when there is none, and sets every counter to zero unless another process is
     // attached. The objects admit every local account, since the server's services run under several. Waits at most
-    // five seconds for the mutex; one that is attached already stays so and keeps its figures when that is too short.
+    // five seconds for the mutex. When that fails, an attached object stays attached and its counters stay as they are.
     CounterAttach Open(const CounterNames& names, uint32_t& error) noexcept;
     void Close() noexcept;
 
@@ -51,7 +51,7 @@ class CounterSection {
     MappedView m_view;
 };
 
-// Maps the block for reading only and never takes its mutex, so that a reader cannot hold the server up.
+// Maps the block for reading only and never takes its mutex, so that a reader cannot delay the server.
 class CounterReader {
   public:
     CounterAttach Attach(uint32_t& error, const wchar_t* sectionName = kCounterSectionName) noexcept;

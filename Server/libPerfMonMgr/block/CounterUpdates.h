@@ -8,7 +8,7 @@ namespace wrb {
 // Takes a reference and sets the in-use flag. Needs no mutex.
 void AddCounterReference(HandlerCounterBlock& block) noexcept;
 
-// Gives a reference back and clears the in-use flag with the last one. The caller holds the block's mutex.
+// Releases a reference and clears the in-use flag with the last one. The caller holds the block's mutex.
 void ReleaseCounterReference(HandlerCounterBlock& block) noexcept;
 
 // Counts a call that begins. Needs no mutex.

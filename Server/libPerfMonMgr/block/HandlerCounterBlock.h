@@ -1,4 +1,4 @@
-// The shared performance counters of the command handlers, as they lie in named shared memory. Any local process may
+// The shared performance counters of the command handlers, in named shared memory. Any local process may
 // map the section and read; the server's processes write.
 //
 // The layout is fixed: little-endian, natural alignment, no pointers, the same for 32-bit and 64-bit readers. A change

@@ -10,12 +10,12 @@
 
 namespace wrb {
 
-// Counts one call of a command for as long as it lives: make one first thing in a handler.
+// Counts one call of a command from construction to destruction: the first statement of a handler.
 //
 //     wrb::CounterCall call(static_cast<uint32_t>(CommandSlot::CMDHL_GET_MS_CFG));
 //
 // It counts the call at once. At its end it takes the counters' mutex (waiting without limit; a mutex whose owner died
-// counts as taken), books the time and gives the block back; when the wait fails, the figures stay as they are. Without
+// counts as taken), books the time and releases the block; when the wait fails, the figures stay as they are. Without
 // a counter block, or with a slot of 128 or more, the call goes uncounted.
 class CounterCall {
   public:

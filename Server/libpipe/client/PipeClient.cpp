@@ -15,7 +15,7 @@ bool CPipeClient::Initial(const wchar_t* name) {
         return false;
     }
     while (!Open(path)) {
-        // Between the end of the wait and the next open another client may be faster: hence the loop.
+        // ERROR_PIPE_BUSY: another client may connect between the end of the wait and the next open; wait again.
         if (GetLastError() != ERROR_PIPE_BUSY || !WaitNamedPipeW(path, NMPWAIT_USE_DEFAULT_WAIT)) {
             return false;
         }
@@ -40,7 +40,7 @@ bool CPipeClient::Send(const void* data, uint64_t& byteCount) {
         DWORD written = 0;
         if (WriteFile(m_pipe.Get(), bytes + byteCount, piece, &written, nullptr)) {
             byteCount += written;
-        } else if (GetLastError() != ERROR_NO_SYSTEM_RESOURCES) {  // memory that the system may have again at once
+        } else if (GetLastError() != ERROR_NO_SYSTEM_RESOURCES) {  // the system lacks memory for the moment: try again
             return false;
         }
     }

@@ -21,8 +21,8 @@ class CPipeClient {
     // leads out of the pipe name space, ERROR_FILENAME_EXCED_RANGE for a path of more than 259 characters.
     bool Initial(const wchar_t* name);
 
-    // Writes `byteCount` bytes in pieces of at most 1024; no bytes are no piece and succeed. On return `byteCount`
-    // holds what was written, also when the call failed. Blocks for as long as the reader lets its pipe stay full.
+    // Writes `byteCount` bytes in pieces of at most 1024; zero bytes succeed without a write. On return `byteCount`
+    // holds what was written, also when the call failed. Blocks while the pipe is full.
     bool Send(const void* data, uint64_t& byteCount);
 
     void Close() noexcept { m_pipe.Reset(); }

@@ -1,4 +1,4 @@
-// From the bare name of a service or reply pipe to the path that the system knows it by: \\.\pipe\NAME.
+// Makes the path \\.\pipe\NAME from the bare name of a service pipe or reply pipe.
 #pragma once
 
 #include <cstddef>

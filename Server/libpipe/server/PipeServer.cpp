@@ -221,8 +221,8 @@ CPipeServer::ReadResult CPipeServer::ReadPipe(uint8_t* buffer, DWORD& length, DW
     return result;
 }
 
-// Data: `instance` has a client to read from. The user-defined object comes first: whoever signals it wants no answer
-// any more, even one that has come.
+// Data: `instance` has a client to read from. The user-defined object wins over data: it says that no answer is wanted
+// any more, even one that has arrived.
 CPipeServer::ReadResult CPipeServer::AwaitInstance(uint32_t& instance, bool& waited) {
     if (m_instanceCount == 1 && m_instances[0].IsReading()) {
         return WasUserObjectSignalled() ? ReadResult::Cancelled : ReadResult::Data;
@@ -242,8 +242,8 @@ CPipeServer::ReadResult CPipeServer::AwaitInstance(uint32_t& instance, bool& wai
     return connected ? ReadResult::Data : ReadResult::Ended;
 }
 
-// Only now, and not when the message ended: most servers are destroyed after their one message, and starting and
-// cancelling a connect that nobody needs would cost as much as the rest of the fetch.
+// Called before a wait, not at the end of a message: most servers are destroyed after their one message, and starting
+// and cancelling a connect that nobody needs would cost as much as the rest of the fetch.
 void CPipeServer::ReconnectSpentInstances() {
     for (uint32_t i = 0; i < m_instanceCount; ++i) {
         if (m_instances[i].IsSpent()) {
@@ -264,7 +264,7 @@ void CPipeServer::ArmTimer() {
     }
 }
 
-// The server's own timer is armed for a wait and means nothing between two.
+// The server's own timer counts only during a wait.
 bool CPipeServer::WasUserObjectSignalled() const {
     const bool ownTimer = m_timeoutSeconds != 0 && m_userObject == m_ownedUserObject.Get();
     return !ownTimer && WaitForSingleObject(m_userObject, 0) == WAIT_OBJECT_0;

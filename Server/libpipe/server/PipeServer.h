@@ -62,8 +62,8 @@ class CPipeServer {
 
     static constexpr uint32_t kMostInstances = 255;
     static constexpr std::size_t kPathCharacters = 256;
-    // What a read asks for until a peer has written more than that at once. The system touches every page of a buffer
-    // that it is offered, whatever comes: all of a fresh 512000 bytes would cost more than the rest of an exchange.
+    // The size of a read until a peer writes more than that at once. The system touches every page of the buffer that a
+    // read offers, so offering all 512000 bytes would cost more than the rest of an exchange.
     static constexpr DWORD kReadBytes = 4096;
 
     bool InitialOpen(const wchar_t* name, HANDLE userObject);

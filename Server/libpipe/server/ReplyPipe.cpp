@@ -93,7 +93,7 @@ ReplyPipe::ReadResult ReplyPipe::Ended() noexcept {
 
 void ReplyPipe::CancelAndWait() noexcept {
     DWORD unused = 0;
-    CancelIoEx(m_pipe.Get(), &m_overlapped);  // fails when the operation has ended by itself: then the wait is short
+    CancelIoEx(m_pipe.Get(), &m_overlapped);  // fails when the operation has ended; the wait is then short
     GetOverlappedResult(m_pipe.Get(), &m_overlapped, &unused, TRUE);
 }
 

@@ -12,8 +12,8 @@ namespace wrb {
 // The system writes into the OVERLAPPED block until an operation has ended, so the object has a fixed address, and
 // destroying or closing it cancels the operation and waits for the cancellation. Used from one thread.
 //
-// Only a connect is ever left pending between calls; a read is always seen to its end. Nothing here logs: what fails
-// leaves its cause in GetLastError.
+// Only a connect is left pending between calls; a read is completed or cancelled before its call returns. Nothing here
+// logs: a call that fails leaves its cause in GetLastError.
 class ReplyPipe {
   public:
     enum class State : uint32_t { Connecting = 0, Reading = 1 };
@@ -32,10 +32,10 @@ class ReplyPipe {
     HANDLE Pipe() const noexcept { return m_pipe.Get(); }
     void Attach(FileHandle pipe) noexcept { m_pipe = std::move(pipe); }
 
-    // Starts to wait for the next client, or finds that one has come already: then the event is signalled.
+    // Starts to wait for the next client. When one is connected already, the event is signalled at once.
     bool ConnectToNewClient();
 
-    // Takes note of the client once the event is signalled. False when there is none to read from.
+    // To be called once the event is signalled. False when there is no client to read from.
     bool FinishConnect();
 
     // True while there is a client to read from.
@@ -49,8 +49,8 @@ class ReplyPipe {
     // FinishRead must follow.
     ReadResult Read(void* buffer, DWORD& length);
 
-    // Waits for the pending read; Cancelled when `stop` was signalled first. The read is over in any case, and what a
-    // cancelled one may have taken is lost.
+    // Waits for the pending read; Cancelled when `stop` was signalled first. The read has ended in either case. Bytes
+    // that a cancelled read has taken are lost.
     ReadResult FinishRead(DWORD& length, HANDLE stop);
 
     void Close() noexcept;

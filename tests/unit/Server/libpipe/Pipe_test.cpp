@@ -102,7 +102,7 @@ TEST_F(PipeServer, FetchesTheWholeMessageNarrowAndWide) {
     for (const std::size_t piece : {1024u, 1000u, 7u * 1024u + 1u, 511'999u, 512'001u, 700'000u}) {
         for (const std::size_t size : {0u, 1u, 3u, 1023u, 1024u, 1025u, 511'999u, 512'000u, 512'001u, 2'000'000u}) {
             if (piece != 1024 && size < 2'000'000) {
-                continue;  // the others differ in what is long
+                continue;  // other piece sizes matter for long messages only
             }
             const std::string data = PatternBytes(size);
             CPipeServer server;
@@ -142,7 +142,7 @@ TEST_F(PipeServer, TheTimeOutEndsAFetchWhateverThePeerDoes) {
     });
 }
 
-// A cancelled read must leave nothing behind that the system still writes to, and the server fit for the next fetch.
+// After a cancelled read the system must not write to the buffer any more, and the next fetch must work.
 TEST_F(PipeServer, FetchesAfterACancelledFetch) {
     const KernelHandle event(CreateEventW(nullptr, FALSE, FALSE, nullptr));
     CPipeServer server;
