@@ -184,6 +184,22 @@ TEST_F(PipeServer, AServerThatWaitsIsNotDisturbedByTheOnesBeforeIt) {
     }
 }
 
+// More threads than objects are kept for.
+TEST_F(PipeServer, ServersOnTwelveThreadsDoNotShareWhatIsHandedOn) {
+    OnThreads(12, [](unsigned thread) {
+        const std::wstring name = UniqueName();
+        const std::string message = "thread " + std::to_string(thread);
+        for (int i = 0; i < 100; ++i) {
+            CPipeServer server;
+            ASSERT_TRUE(server.Initial(name.c_str(), 30u));
+            ASSERT_TRUE(WritePiece(OpenPipeForWriting(name), message));
+            std::string fetched;
+            ASSERT_TRUE(server.FetchCmd(fetched));
+            ASSERT_EQ(fetched, message);
+        }
+    });
+}
+
 // It takes longer than the time-out, which must not end it: there is no second of silence.
 TEST_F(PipeServer, RefusesAMessageWithoutEnd) {
     CPipeServer server;
