@@ -5,6 +5,7 @@
 #include "BackEnd.h"
 #include "DbAgent.h"
 #include "DbAllScan.h"
+#include "CalendarTime.h"
 #include "DbFirewall.h"
 #include "DbScanCfg.h"
 #include "DbScanUpdate.h"

@@ -1,69 +1,67 @@
 #include "ServiceClient.h"
 
-#include <windows.h>
-
 #include "CmdProtocol.h"
-#include "DbGuard.h"
 #include "MsgSerializer.h"
-#include "PipeClient.h"
 
 namespace wrb {
 namespace {
 
-bool Report(const Service& service, const wchar_t* format, DWORD error) {
-    if (service.namesPipe) {
-        WRB_LOG(service.level, format, service.pipe, error);
-    } else {
-        WRB_LOG(service.level, format, error);
-    }
-    return false;
+Delivery WriteBytes(CPipeClient& client, const void* bytes, uint64_t byteCount) {
+    return client.Send(bytes, byteCount) ? Delivery::Done : Delivery::NotWritten;
 }
 
-bool SendBytes(const Service& service, CPipeClient& client, const void* bytes, uint64_t byteCount) {
-    return client.Send(bytes, byteCount) || Report(service, service.sendFailed, GetLastError());
-}
-
-bool SendMessageBytes(const Service& service, CPipeClient& client, CMsgSerializer& message, SentBlock after) {
+Delivery WriteMessage(CPipeClient& client, SourcePlace from, CMsgSerializer& message, SentBlock after) {
     if (!message.Finalize()) {
-        WRB_LOG(kLogError, L"%s - cannot finalize %s", L"SendToService", message.Name().c_str());
-        return false;
+        WRB_LOG_FROM(kLogError, from.file, from.line, L"%s - cannot finalize %s", L"SendToService",
+                     message.Name().c_str());
+        return Delivery::Logged;
     }
     const uint32_t size = message.GetSize();
     if (after == SentBlock::Kept) {
-        return SendBytes(service, client, message.Data(), size);
+        return WriteBytes(client, message.Data(), size);
     }
     const Block block = message.DetachBlock();
-    return SendBytes(service, client, block.get(), size);
-}
-
-template <typename Write>
-int Deliver(const Service& service, Write write) noexcept {
-    return GuardDbCall(L"SendToService", [&] {
-        CPipeClient client;
-        const bool written =
-            client.Initial(service.pipe) ? write(client) : Report(service, service.openFailed, GetLastError());
-        return written ? 1 : 0;
-    });
+    return WriteBytes(client, block.get(), size);
 }
 
 }  // namespace
 
-int SendToService(const Service& service, const void* bytes, uint64_t byteCount) noexcept {
-    return Deliver(service, [&](CPipeClient& client) { return SendBytes(service, client, bytes, byteCount); });
-}
-
-int SendToService(const Service& service, const CCmdProtocol& text) noexcept {
-    const std::wstring_view all = text.Text();
-    return SendToService(service, all.data(), (all.size() + 1) * sizeof(wchar_t));
-}
-
-int SendToService(const Service& service, CMsgSerializer& message, SentBlock block) noexcept {
-    const int sent =
-        Deliver(service, [&](CPipeClient& client) { return SendMessageBytes(service, client, message, block); });
-    if (sent != 1) {
-        message.DiscardSentFile();
+int ReportDelivery(const Service& service, SourcePlace from, Delivery delivery) noexcept {
+    const DWORD error = GetLastError();
+    if (delivery == Delivery::NotOpened || delivery == Delivery::NotWritten) {
+        const wchar_t* const format = delivery == Delivery::NotOpened ? service.openFailed : service.sendFailed;
+        if (service.name != nullptr) {
+            WRB_LOG_FROM(service.level, from.file, from.line, format, service.name, error);
+        } else {
+            WRB_LOG_FROM(service.level, from.file, from.line, format, error);
+        }
     }
-    return sent;
+    return delivery == Delivery::Done ? 1 : 0;
+}
+
+int SendToService(const Service& service, SourcePlace from, std::span<const uint8_t> bytes) noexcept {
+    return Deliver(service, from, [&](CPipeClient& client) { return WriteBytes(client, bytes.data(), bytes.size()); });
+}
+
+int SendToService(const Service& service, SourcePlace from, const CCmdProtocol& text) noexcept {
+    return SendToService(service, from, BytesOf(text));
+}
+
+int SendToService(const Service& service, SourcePlace from, CMsgSerializer& message, SentBlock block) {
+    SentFileGuard file(message);
+    return file.Keep(
+        Deliver(service, from, [&](CPipeClient& client) { return WriteMessage(client, from, message, block); }));
+}
+
+std::span<const uint8_t> BytesOf(const CCmdProtocol& text) noexcept {
+    const std::wstring_view all = text.Text();
+    return {reinterpret_cast<const uint8_t*>(all.data()), (all.size() + 1) * sizeof(wchar_t)};
+}
+
+SentFileGuard::~SentFileGuard() {
+    if (!m_sent) {
+        m_message.DiscardSentFile();
+    }
 }
 
 }  // namespace wrb

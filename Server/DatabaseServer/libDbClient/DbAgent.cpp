@@ -95,7 +95,7 @@ bool dbSetSpecialLogW(const wchar_t* uid, uint32_t logType, const wchar_t* text)
 }
 
 bool dbSetSpecialLogA(const wchar_t* uid, uint32_t logType, const char* text, uint32_t codePage) noexcept {
-    return wrb::GuardDbCall(L"dbSetSpecialLogA", [&] {
+    return wrb::GuardCall(L"dbSetSpecialLogA", [&] {
         const char* bytes = text == nullptr ? "" : text;
         // The count includes the terminator, so that it is 0 only for a failure.
         const int count = MultiByteToWideChar(codePage, 0, bytes, -1, nullptr, 0);

@@ -49,9 +49,9 @@ bool wrb::OpenDbRecord(const std::wstring& answer, const wchar_t* name, CCmdProt
 }
 
 bool wrb::ReadDbNumber(const wchar_t* name, uint32_t& value, const wchar_t* uid, uint32_t number) noexcept {
-    return GuardDbCall(name, [&] {
+    return GuardCall(name, [&] {
         std::wstring answer;
-        if (!ReadDbText(name, answer, uid, number)) {
+        if (!AskDbText(name, answer, uid, number)) {
             return false;
         }
         value = static_cast<uint32_t>(ParseInt64(answer));
@@ -59,18 +59,16 @@ bool wrb::ReadDbNumber(const wchar_t* name, uint32_t& value, const wchar_t* uid,
     });
 }
 
-bool wrb::ReadDbRecord(const wchar_t* name, CCmdProtocol& fields, const wchar_t* uid, uint32_t number) noexcept {
-    return GuardDbCall(name, [&] {
-        std::wstring answer;
-        return ReadDbText(name, answer, uid, number) && OpenDbRecord(answer, name, fields);
-    });
+bool wrb::AskDbRecord(const wchar_t* name, CCmdProtocol& fields, const wchar_t* uid, uint32_t number) {
+    std::wstring answer;
+    return AskDbText(name, answer, uid, number) && OpenDbRecord(answer, name, fields);
 }
 
 bool wrb::ReadDbMessage(DbCommand command, const wchar_t* uid, const wchar_t* caller, ISerializable& record) noexcept {
-    return GuardDbCall(caller, [&] {
+    return GuardCall(caller, [&] {
         CMsgSerializer message(DbName(command));
         message << (uid == nullptr ? std::wstring() : std::wstring(uid, wcsnlen(uid, kUidCharacters)));
-        if (dbSendAndRecv(message, caller, kDbAnswerSeconds) != 1) {
+        if (SendAndRecv(message, caller, kDbAnswerSeconds) != 1) {
             return false;
         }
         message >> record;

@@ -6,14 +6,17 @@
 // Answers are read without trust: an odd last byte is dropped, a text where a number belongs reads as 0, missing fields
 // are empty or 0, spare ones are ignored, and everything but a plain text ends at its first NUL. A record or list must
 // have at least one byte: an empty answer is how the server says that it does not know the agent.
+//
+// AskDb... throw when memory is exhausted. ReadDb... and WriteDb guard their own call: each is one public function's
+// work.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
+#include "CallGuard.h"
 #include "CmdProtocol.h"
 #include "DbCommands.h"
-#include "DbGuard.h"
 #include "DbTransport.h"
 
 class ISerializable;
@@ -38,30 +41,33 @@ CCmdProtocol MakeDbRequest(const wchar_t* name, int32_t replyId, const Fields&..
 }
 
 template <typename... Fields>
+bool AskDbText(const wchar_t* name, std::wstring& answer, const Fields&... parameters) {
+    const int32_t replyId = NewDbReplyId();
+    std::string bytes;
+    if (!AskDb(MakeDbRequest(name, replyId, parameters...), replyId, bytes)) {
+        return false;
+    }
+    answer = TextOfDbAnswer(bytes);
+    return true;
+}
+
+// `fields` is left standing at the answer's first field.
+bool AskDbRecord(const wchar_t* name, CCmdProtocol& fields, const wchar_t* uid, uint32_t number);
+
+template <typename... Fields>
 bool ReadDbText(const wchar_t* name, std::wstring& answer, const Fields&... parameters) noexcept {
-    return GuardDbCall(name, [&] {
-        const int32_t replyId = NewDbReplyId();
-        std::string bytes;
-        if (!AskDb(MakeDbRequest(name, replyId, parameters...), replyId, bytes)) {
-            return false;
-        }
-        answer = TextOfDbAnswer(bytes);
-        return true;
-    });
+    return GuardCall(name, [&] { return AskDbText(name, answer, parameters...); });
 }
 
 // The low 32 bits of the decimal number, so that a word comes whole with its sign or without.
 bool ReadDbNumber(const wchar_t* name, uint32_t& value, const wchar_t* uid, uint32_t number) noexcept;
 
-// `fields` is left standing at the answer's first field.
-bool ReadDbRecord(const wchar_t* name, CCmdProtocol& fields, const wchar_t* uid, uint32_t number) noexcept;
-
 // A record that is nothing but numbers.
 template <typename... Numbers>
 bool ReadDbNumbers(const wchar_t* name, const wchar_t* uid, uint32_t number, Numbers&... numbers) noexcept {
-    return GuardDbCall(name, [&] {
+    return GuardCall(name, [&] {
         CCmdProtocol fields;
-        if (!ReadDbRecord(name, fields, uid, number)) {
+        if (!AskDbRecord(name, fields, uid, number)) {
             return false;
         }
         static_cast<void>((fields >> ... >> numbers));
@@ -80,7 +86,7 @@ bool ReadDbMessage(DbCommand command, const wchar_t* uid, const wchar_t* caller,
 
 template <typename... Fields>
 bool WriteDb(const wchar_t* name, const Fields&... parameters) noexcept {
-    return GuardDbCall(name, [&] { return Send(MakeDbRequest(name, kDbNoReplyId, parameters...), L"") == 1; });
+    return GuardCall(name, [&] { return Send(MakeDbRequest(name, kDbNoReplyId, parameters...), L"") == 1; });
 }
 
 }  // namespace wrb

@@ -10,9 +10,9 @@ using wrb::ScanType;
 
 bool wrb::GetDbScanGroup(const ScanGroup& group, const wchar_t* uid, wrb::ScanGroupValues& values,
                          uint32_t number) noexcept {
-    return GuardDbCall(L"GetDbScanGroup", [&] {
+    return GuardCall(L"GetDbScanGroup", [&] {
         CCmdProtocol fields;
-        if (!ReadDbRecord(group.numbersCommand.data(), fields, uid, number)) {
+        if (!AskDbRecord(group.numbersCommand.data(), fields, uid, number)) {
             return false;
         }
         for (const ScanNumber member : group.numbers) {
@@ -66,9 +66,9 @@ bool dbGetBackupLogAllSessionsW(const wchar_t* uid, std::wstring& text, uint32_t
 }
 
 bool dbGetSpywareWhiteListW(const wchar_t* uid, std::vector<std::wstring>& items, uint32_t number) noexcept {
-    return wrb::GuardDbCall(L"dbGetSpywareWhiteListW", [&] {
+    return wrb::GuardCall(L"dbGetSpywareWhiteListW", [&] {
         CCmdProtocol fields;
-        if (!wrb::ReadDbRecord(DbName(DbCommand::GetSpywareWhiteList), fields, uid, number)) {
+        if (!wrb::AskDbRecord(DbName(DbCommand::GetSpywareWhiteList), fields, uid, number)) {
             return false;
         }
         items.clear();

@@ -70,7 +70,7 @@ bool IsStored(const ScanGroup& group, ScanText member) {
 
 bool WriteGroup(const ScanGroup& group, const Target& target, const ScanUpdate& update,
                 const ScanGroupValues& values) noexcept {
-    return GuardDbCall(L"SetDbScanGroup", [&] {
+    return GuardCall(L"SetDbScanGroup", [&] {
         CCmdProtocol request = StartWrite(kGroupCommands[ScanGroupIndex(group.type, group.kind)], target);
         AppendNumbers(request, group, update, values);
         for (const ScanText member : group.texts) {
@@ -86,7 +86,7 @@ bool WriteGroup(const ScanGroup& group, const Target& target, const ScanUpdate& 
 }
 
 bool WriteFlags(ScanType type, const Target& target, uint32_t value, uint32_t mask) noexcept {
-    return GuardDbCall(L"SetDbScanFlags", [&] {
+    return GuardCall(L"SetDbScanFlags", [&] {
         CCmdProtocol request = StartWrite(kFlagCommands[static_cast<std::size_t>(type)], target);
         request << value << mask;
         return Send(request, L"") == 1;

@@ -4,9 +4,10 @@
 // comes over a second connection, which the server makes to a reply pipe that exists before the request leaves. A text
 // request names that pipe by its reply id, a serialized one by its message id.
 //
-// Every function returns 1 for success and 0 for failure and never throws. A failure leaves one log line, which the
-// failing step writes; dbSendAndRecv adds its own to that of dbSend. A service that is down is not waited for. Each
-// call has its own client, pipe and message: callers on different threads share nothing.
+// Every function returns 1 for success and 0 for failure. A failure leaves one log line, which the failing step writes;
+// dbSendAndRecv adds its own to that of dbSend. A service that is down is not waited for. Each call has its own client,
+// pipe and message: callers on different threads share nothing. Those in the namespace serve this library, whose public
+// functions guard their calls: they throw when memory is exhausted. The others never throw.
 #pragma once
 
 #include <cstdint>
@@ -35,12 +36,15 @@ constexpr int32_t MakeDbReplyId(uint32_t threadId, uint32_t tickMilliseconds) {
 int32_t NewDbReplyId();
 
 // Text form, no answer: 1 as soon as the bytes are on the pipe.
-int Send(const CCmdProtocol& request, const wchar_t* caller) noexcept;
+int Send(const CCmdProtocol& request, const wchar_t* caller);
 
 // Text form with answer: opens the reply pipe "DbCln_%d" on `server`, then sends. The caller takes the answer with
 // FetchCmd of the same server, which gives up `timeoutSeconds` after the last byte.
 int SendAndRecv(const CCmdProtocol& request, int32_t replyId, CPipeServer& server, uint32_t timeoutSeconds,
-                const wchar_t* caller) noexcept;
+                const wchar_t* caller);
+
+// dbSendAndRecv without its guard.
+int SendAndRecv(CMsgSerializer& message, const wchar_t* caller, uint32_t timeoutSeconds);
 
 }  // namespace wrb
 

@@ -32,7 +32,7 @@ void wrb::CustomBmConfig::Clear() {
 }
 
 bool dbGetVexorBmCfgW(const wchar_t* uid, std::wstring& text, uint32_t number) noexcept {
-    return wrb::GuardDbCall(L"dbGetVexorBmCfgW", [&] {
+    return wrb::GuardCall(L"dbGetVexorBmCfgW", [&] {
         const int32_t replyId = wrb::NewDbReplyId();
         const wchar_t* name = wrb::DbName(DbCommand::GetVexorBmCfg);
         std::wstring answer;

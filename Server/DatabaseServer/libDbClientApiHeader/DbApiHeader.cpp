@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <exception>
 #include <vector>
 
 #include "DebugLog.h"
@@ -66,22 +65,15 @@ void CDbApiHeaderContent::Clear() {
     *this = CDbApiHeaderContent();
 }
 
-int SendDbApiHeader(CPipeClient& client, const wchar_t* caller, std::span<const uint8_t> request,
-                    bool& requestSent) noexcept {
-    requestSent = false;
-    try {
-        std::vector<uint8_t> bytes = FrameFor(caller);
-        const uint64_t frameBytes = bytes.size();
-        bytes.insert(bytes.end(), request.begin(), request.end());
-        uint64_t sent = bytes.size();
-        requestSent = client.Send(bytes.data(), sent);
-        if (sent >= frameBytes) {
-            return 1;
-        }
+int SendDbApiHeader(CPipeClient& client, const wchar_t* caller, std::span<const uint8_t> request, bool& requestSent) {
+    std::vector<uint8_t> bytes = FrameFor(caller);
+    const uint64_t frameBytes = bytes.size();
+    bytes.insert(bytes.end(), request.begin(), request.end());
+    uint64_t sent = bytes.size();
+    requestSent = client.Send(bytes.data(), sent);
+    if (sent < frameBytes) {
         WRB_LOG(kLogError, L"%s - fail to send DB API header", L"SendDbApiHeader");
-    } catch (const std::exception& exception) {
-        WRB_LOG(kLogError, L"%s - %S", L"SendDbApiHeader", exception.what());
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return 0;
     }
-    return 0;
+    return 1;
 }

@@ -44,11 +44,10 @@ class CDbApiHeaderContent : public ISerializable {
     void Clear() override;
 };
 
-// Writes the frame: magic, length and message, and `request` behind it, all in one go, because each write costs a trip
-// to the kernel. Returns 1 when the frame is on the pipe, or 0 after a log line; `requestSent` receives whether the
-// request is, too. The cause of a failed write stays in GetLastError. Never throws.
-int SendDbApiHeader(CPipeClient& client, const wchar_t* caller, std::span<const uint8_t> request,
-                    bool& requestSent) noexcept;
+// Writes the frame (magic, length and message) and then `request`, all in one go, because each write costs a trip to
+// the kernel. Returns 1 when the frame is on the pipe, or 0 after a log line; `requestSent` receives whether the
+// request is, too. The cause of a failed write stays in GetLastError. Throws when memory is exhausted.
+int SendDbApiHeader(CPipeClient& client, const wchar_t* caller, std::span<const uint8_t> request, bool& requestSent);
 
 namespace wrb {
 

@@ -7,6 +7,7 @@
 #include <functional>
 #include <set>
 
+#include "CalendarTime.h"
 #include "DbAgent.h"
 #include "DbAllScan.h"
 #include "DbCommands.h"

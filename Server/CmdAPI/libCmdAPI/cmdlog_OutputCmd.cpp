@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "CallGuard.h"
 #include "Clock.h"
-#include "DbGuard.h"
 #include "DebugLog.h"
 #include "LogId.h"
 #include "LogPoolRecord.h"
@@ -11,6 +11,11 @@
 #include "ServiceClient.h"
 
 namespace {
+
+int SendToPool(CMsgSerializer& message) {
+    constexpr wrb::Service kService = wrb::ServiceWithPipeLines(kLogPoolPipe);
+    return wrb::SendToService(kService, WRB_HERE, message, wrb::SentBlock::Freed);
+}
 
 int SendRow(const wchar_t* function, const wchar_t* command, const wrb::LogTable& table, Json::Value columns) {
     std::wstring text;
@@ -20,24 +25,23 @@ int SendRow(const wchar_t* function, const wchar_t* command, const wrb::LogTable
     }
     CMsgSerializer message(command);
     message << text;
-    return cmdlog_OutputCmd(message);
+    return SendToPool(message);
 }
 
 }  // namespace
 
 int cmdlog_OutputCmd(CMsgSerializer& message) noexcept {
-    constexpr wrb::Service kService = wrb::ServiceWithPipeLines(kLogPoolPipe);
-    return wrb::SendToService(kService, message, wrb::SentBlock::Freed);
+    return wrb::GuardCall(L"cmdlog_OutputCmd", [&] { return SendToPool(message); });
 }
 
 int cmdlog_SendCfwLog(const wrb::FirewallLogEntry& entry) noexcept {
-    return wrb::GuardDbCall(L"cmdlog_SendCfwLog", [&] {
+    return wrb::GuardCall(L"cmdlog_SendCfwLog", [&] {
         return SendRow(L"cmdlog_SendCfwLog", kSendCfwLog, wrb::kCfwLogTable, wrb::CfwLogColumns(entry));
     });
 }
 
 int dbSetRestoreLogW(const wchar_t* uid, int32_t logType, int32_t result) noexcept {
-    return wrb::GuardDbCall(L"dbSetRestoreLogW", [&] {
+    return wrb::GuardCall(L"dbSetRestoreLogW", [&] {
         wchar_t logId[wrb::kLogIdCapacity];
         if (!cwCreateGUID(logId, wrb::kLogIdCapacity)) {
             WRB_LOG(kLogError, L"%s - Fail to create log ID", L"dbSetRestoreLogW");

@@ -1,4 +1,5 @@
-// The edge of the library: what throws inside (memory, a malformed answer) becomes a log line and a failure.
+// Turns an exception (no memory, a malformed answer) into a log line and a failure. Each public function of the service
+// clients does so once, around its whole work.
 #pragma once
 
 #include <exception>
@@ -9,7 +10,7 @@ namespace wrb {
 
 // Runs `body`. When it throws, logs `function` with the exception's text and returns a zero of the body's type.
 template <typename Body>
-auto GuardDbCall(const wchar_t* function, Body&& body) noexcept -> decltype(body()) {
+auto GuardCall(const wchar_t* function, Body&& body) noexcept -> decltype(body()) {
     try {
         return body();
     } catch (const std::exception& exception) {

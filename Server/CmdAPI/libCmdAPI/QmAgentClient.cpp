@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <string>
 
+#include "CalendarTime.h"
+#include "CallGuard.h"
 #include "CmdProtocol.h"
-#include "DbFirewall.h"
-#include "DbGuard.h"
 #include "DebugLog.h"
 #include "ServiceClient.h"
 
@@ -13,7 +13,7 @@ namespace {
 
 constexpr wrb::Service kAgent = wrb::ServiceWithPlainLines(kQmAgentPipe);
 
-// An address is the agent's word, and a TAB in it would move the numbers behind it.
+// The agent sends the address. It is cut at the first control character: a TAB would move the numbers that follow.
 void AppendAddress(CCmdProtocol& text, const wchar_t* address) {
     int64_t length = 0;
     while (address != nullptr && address[length] >= L' ') {
@@ -40,11 +40,11 @@ CCmdProtocol MakeFirewallLog(const wrb::FirewallLogEntry& entry) {
 
 int qmaSend(const CCmdProtocol& text) noexcept {
     WRB_LOG(kLogDebug, L"[caClient] Send %s", text.Text().data());
-    return wrb::SendToService(kAgent, text);
+    return wrb::SendToService(kAgent, WRB_HERE, text);
 }
 
 int qmaSendRtsStatusChange(uint32_t status) noexcept {
-    return wrb::GuardDbCall(L"qmaSendRtsStatusChange", [&] {
+    return wrb::GuardCall(L"qmaSendRtsStatusChange", [&] {
         CCmdProtocol text;
         text << kQmRtsStatusChange << status;
         return qmaSend(text);
@@ -52,5 +52,5 @@ int qmaSendRtsStatusChange(uint32_t status) noexcept {
 }
 
 int qmaSendFirewallLog(const wrb::FirewallLogEntry& entry) noexcept {
-    return wrb::GuardDbCall(L"qmaSendFirewallLog", [&] { return qmaSend(MakeFirewallLog(entry)); });
+    return wrb::GuardCall(L"qmaSendFirewallLog", [&] { return qmaSend(MakeFirewallLog(entry)); });
 }

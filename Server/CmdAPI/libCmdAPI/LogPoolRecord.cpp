@@ -7,8 +7,8 @@
 #include <sstream>
 #include <utility>
 
+#include "CalendarTime.h"
 #include "CmdProtocol.h"
-#include "DbFirewall.h"
 #include "HostAddress.h"
 #include "Text.h"
 
