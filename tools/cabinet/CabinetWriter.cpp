@@ -27,13 +27,13 @@ constexpr INT_PTR kFailed = -1;
 constexpr ULONG kLargestCabinet = 0x7FFFFFFF;
 constexpr USHORT kFirstDate = 0x0021;  // 1980-01-01: the same files make the same cabinet
 
-// One writing. FCI knows files by narrow names only: it gets names of ours, which stand for the wide paths here.
+// One cabinet being written. FCI takes only narrow file names: it gets names that stand for the wide paths in here.
 struct Writing {
     const std::wstring& cabinet;
     const std::vector<CabinetSource>& sources;
     std::vector<std::wstring> scratch = {};
     DWORD error = 0;  // of the first call that failed
-    ERF writer = {};  // what the writer itself finds wrong
+    ERF writer = {};  // errors of the writer itself
 };
 
 INT_PTR Note(Writing& writing, DWORD error, INT_PTR result) {
@@ -107,7 +107,7 @@ int DIAMONDAPI Delete(char* name, int*, void* context) {
     return DeleteFileW(PathOf(*static_cast<Writing*>(context), name).c_str()) ? 0 : -1;
 }
 
-// Makes a file of a new name, so that nobody else gets it. Returns the system's error, 0 for none.
+// Makes a file with a new, unique name. Returns the system error, 0 for none.
 DWORD MakeFile(const wchar_t* folder, std::wstring& path) {
     wchar_t name[MAX_PATH + 1] = L"";
     if (GetTempFileNameW(folder, L"cab", 0, name) == 0) {
@@ -155,7 +155,7 @@ void DIAMONDAPI Free(void* memory) {
 int DIAMONDAPI OnPlaced(PCCAB, char*, long, BOOL, void*) {
     return 0;
 }
-// A second cabinet, that is one too large for the first.
+// Called for a second cabinet, when the data is too large for the first.
 BOOL DIAMONDAPI RefuseNext(PCCAB, ULONG, void*) {
     return FALSE;
 }
@@ -195,7 +195,7 @@ void WriteCabinet(const std::wstring& path, const std::vector<CabinetSource>& so
     if (std::ranges::any_of(sources, isTooLong)) {
         throw std::runtime_error("the name of an entry is too long");
     }
-    // In the same folder, so that it can take the other's place.
+    // In the same folder, so that a rename can replace the old file.
     const std::wstring folder = path.substr(0, path.find_last_of(L"\\/") + 1);
     std::wstring unfinished;
     if (const DWORD error = MakeFile(folder.empty() ? L"." : folder.c_str(), unfinished); error != 0) {

@@ -1,5 +1,5 @@
-// Whether a POST comes from this page or from another site's, which a browser sends along with the administrator's
-// credentials just the same.
+// Whether a POST comes from this page or from another site. A browser sends both with the administrator's
+// credentials.
 #pragma once
 
 #include <string>
@@ -9,8 +9,8 @@ namespace wrb {
 // A variable of the gateway environment; empty when it is not set.
 std::wstring GatewayVariable(const wchar_t* name);
 
-// False when a browser says that another site is the origin. Programs that are no browsers say nothing and are let in:
-// nobody can make them send what their user did not want.
+// False when a browser names another site as the origin. Other programs name no origin and are admitted: another site
+// cannot make them send a request.
 bool ComesFromThisSite();
 
 }  // namespace wrb

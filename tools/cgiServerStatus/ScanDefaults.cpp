@@ -8,7 +8,7 @@
 namespace wrb {
 namespace {
 
-// At most nine digits, so that the number fits; 0 to 999999999, or nothing that any field takes.
+// At most nine digits, so that the number fits; 0 to 999999999, or a value that no field accepts.
 uint32_t NumberOf(std::wstring_view text) {
     const bool digits = !text.empty() && text.size() < 10 && text.find_first_not_of(L"0123456789") == text.npos;
     return digits ? static_cast<uint32_t>(ParseInt32(text)) : UINT32_MAX;
@@ -96,7 +96,7 @@ StoreResult StoreDefaults(CINICache& scanIni, const FieldSource& given) {
     for (const ScanRow& row : FormGroup().rows) {
         const wchar_t* const text = row.IsSetting() ? given(row.key.data()) : nullptr;
         const std::wstring before = FieldText(row, values);
-        if (text != nullptr && before != text) {  // what stands there already may stay, whatever it is
+        if (text != nullptr && before != text) {  // the current value is always accepted
             (SetField(row, text, values) ? result.changed : result.refused).emplace_back(row.key);
         }
     }

@@ -1,4 +1,4 @@
-// The page: what is on it, part by part. Every part writes complete HTML elements; every text is escaped.
+// The parts of the page. Every part writes complete HTML elements; every text is escaped.
 #pragma once
 
 #include <string>
@@ -8,13 +8,13 @@
 
 namespace wrb {
 
-// What became of the request, shown above the page's parts.
+// The result of the request, shown above the page's parts.
 struct Outcome {
     const char* status = "200 OK";  // of the HTTP answer
-    std::wstring message;           // empty: nothing to tell
+    std::wstring message;           // empty: no message
 };
 
-// The outcome alone, for a server whose files are out of reach.
+// The outcome alone, for a server without a home folder.
 void PutMessagePage(CPutStream& out, const Outcome& outcome);
 
 void PutStatusPage(CPutStream& out, const Outcome& outcome, CINICache& scanIni, CINICache& serverIni);

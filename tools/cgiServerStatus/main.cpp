@@ -48,7 +48,7 @@ Outcome Told(const StoreResult& result) {
 
 constexpr wchar_t kIncomplete[] = L"The form is incomplete, or longer than allowed.";
 
-// The form's last field tells that no value before it was cut.
+// The form's last field shows that the form is complete.
 Outcome StoreForm(const CGetParameter& request) {
     if (request.Get(L"complete", 0) != 1) {
         return {"400 Bad Request", kIncomplete};
@@ -64,7 +64,7 @@ Outcome StoreFile(const CGetParameter& request) {
     if (path.empty()) {
         return {"400 Bad Request", L"No file came along."};
     }
-    wchar_t text[kLongestFormText + 3];  // what is cut is still longer than any text may be
+    wchar_t text[kLongestFormText + 3];  // a truncated text still exceeds the longest valid text
     bool found = false;
     const StoreResult result = StoreDefaults(ScanIniCache(), [&](const wchar_t* key) -> const wchar_t* {
         GetPrivateProfileStringW(FormGroup().section.data(), key, kAbsent.data(), text,
@@ -117,7 +117,7 @@ Outcome Serve(const CGetParameter& request) {
     return {"400 Bad Request", action.empty() ? kIncomplete : L"There is no such action."};
 }
 
-// Takes the request's uploads away when it has been served, however that ended.
+// Deletes the request's uploads when it has been served, on success and on failure.
 class UploadGuard {
   public:
     explicit UploadGuard(CGetParameter& request) : m_request(request) {}
@@ -133,7 +133,7 @@ Outcome OutcomeOf(CGetParameter& request) try {
     const UploadGuard guard(request);
     return Serve(request);
 } catch (const std::exception& error) {
-    WRB_LOG('E', L"%s - %S", L"cgiServerStatus", error.what());
+    WRB_LOG(kLogError, L"%s - %S", L"cgiServerStatus", error.what());
     return {"500 Internal Server Error", L"The request could not be served."};
 }
 
@@ -141,22 +141,22 @@ Outcome OutcomeOf(CGetParameter& request) try {
 }  // namespace wrb
 
 int main() try {
-    cmdhl_ReloadDebugSetting(L"", L"");  // the library's lines, as well as our own
+    cmdhl_ReloadDebugSetting(L"", L"");  // for the library's lines; the next call is for our own
     DebugLogSetup(L"", L"", "CGISTATUS", true);
     CPutStream out(false);
     if (!wrb::BindIniCaches()) {
-        WRB_LOG('E', L"%s - no home folder", L"cgiServerStatus");
+        WRB_LOG(kLogError, L"%s - no home folder", L"cgiServerStatus");
         wrb::PutMessagePage(out, {"500 Internal Server Error", L"The server has no home folder."});
         return 0;
     }
     CGetParameter request;
     const wrb::Outcome outcome = wrb::OutcomeOf(request);
     if (!outcome.message.empty()) {
-        WRB_LOG('I', L"%s - %S: %s", L"cgiServerStatus", outcome.status, outcome.message.c_str());
+        WRB_LOG(kLogInfo, L"%s - %S: %s", L"cgiServerStatus", outcome.status, outcome.message.c_str());
     }
     wrb::PutStatusPage(out, outcome, ScanIniCache(), ServerIniCache());
     return 0;
 } catch (const std::exception& error) {
-    WRB_LOG('E', L"%s - %S", L"cgiServerStatus", error.what());
+    WRB_LOG(kLogError, L"%s - %S", L"cgiServerStatus", error.what());
     return 1;
 }

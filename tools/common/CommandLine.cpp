@@ -30,7 +30,7 @@ std::vector<std::string> Utf8Arguments() {
 
 namespace {
 
-// "/dir/file" is a path, whatever old programs of this system make of it.
+// "/dir/file" is a path, not an option as in older Windows programs.
 void TakeSlashesAsPaths(CLI::App& app) {
     app.allow_windows_style_options(false);
     for (CLI::App* subcommand : app.get_subcommands([](CLI::App*) { return true; })) {
@@ -53,13 +53,13 @@ int Report(const CLI::App& app, const CLI::ParseError& error) {
 
 std::optional<int> ParseArguments(CLI::App& app, std::vector<std::string> arguments) {
     TakeSlashesAsPaths(app);
-    std::reverse(arguments.begin(), arguments.end());  // CLI11 takes them from the back
+    std::reverse(arguments.begin(), arguments.end());  // CLI11 takes them from the end
     try {
         app.parse(std::move(arguments));
         return std::nullopt;
     } catch (const CLI::RequiredError& error) {
-        // CLI11 looks for what is missing first; a word that it does not know, such as a misspelt subcommand, tells
-        // more.
+        // CLI11 reports missing arguments first. An unknown word, such as a misspelt subcommand, is the more useful
+        // message.
         const std::vector<std::string> unknown = app.remaining(true);
         return unknown.empty() ? Report(app, error) : Report(app, CLI::ExtrasError({unknown.front()}));
     } catch (const CLI::ParseError& error) {

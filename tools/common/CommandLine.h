@@ -1,4 +1,4 @@
-// The command line as UTF-8, whatever the system code page, and CLI11 run over it with the project's exit codes.
+// The command line as UTF-8, with any system code page, and CLI11 with the project's exit codes.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -11,8 +11,8 @@ namespace wrb {
 // The arguments of this process without the program's name, exactly as they were quoted: no wildcard is expanded.
 std::vector<std::string> Utf8Arguments();
 
-// Parses `arguments` (in their order). Nothing: go on. Otherwise the exit code to end with: help and version print to
-// the standard output and give kExitOk, a wrong command line prints to the standard error and gives kExitUsage.
+// Parses `arguments` (in their order). No value: continue. Otherwise the exit code to end with: help and version print
+// to the standard output and give kExitOk, a wrong command line prints to the standard error and gives kExitUsage.
 std::optional<int> ParseArguments(CLI::App& app, std::vector<std::string> arguments);
 
 }  // namespace wrb

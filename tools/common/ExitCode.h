@@ -1,4 +1,4 @@
-// What every program of the project returns to its caller.
+// The exit codes of every program of the project.
 #pragma once
 
 namespace wrb {
@@ -7,7 +7,7 @@ enum ExitCode : int {
     kExitOk = 0,
     kExitFailed = 1,
     kExitUsage = 2,              // the command line, or a file that it names, is wrong
-    kExitServiceNotRunning = 3,  // nobody serves the pipe, section or event that was asked for
+    kExitServiceNotRunning = 3,  // the pipe, section or event that was asked for does not exist
     kExitTimedOut = 4,
 };
 

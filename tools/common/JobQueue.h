@@ -1,4 +1,4 @@
-// Worker threads that run jobs in the order of their arrival.
+// Worker threads that start jobs in order of arrival.
 #pragma once
 
 #include <condition_variable>
@@ -21,10 +21,10 @@ class JobQueue {
 
     void Start(unsigned workers);
 
-    // From any thread. The job must not throw. The queue has no limit of its own.
+    // From any thread. The job must not throw. The queue itself has no limit.
     void Push(Job job);
 
-    // Runs what is queued, then ends the threads. No Push may follow.
+    // Runs the queued jobs, then ends the threads. No Push may follow.
     void Finish();
 
   private:

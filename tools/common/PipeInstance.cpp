@@ -24,7 +24,7 @@ PipeStep PipeInstance::Connect() {
         case ERROR_IO_PENDING:
             return PipeStep::Pending;
         case ERROR_PIPE_CONNECTED:  // the client came before the call
-        case ERROR_NO_DATA:         // and has gone again; what it wrote can still be read
+        case ERROR_NO_DATA:         // and has disconnected; what it wrote can still be read
             return PipeStep::Ready;
         default:
             return PipeStep::Failed;
@@ -32,7 +32,7 @@ PipeStep PipeInstance::Connect() {
 }
 
 PipeStep PipeInstance::Read(std::size_t maxMessageBytes) {
-    // One byte more than may come, so that an oversized message shows.
+    // One byte more than the limit, so that an oversized message is detected.
     const std::size_t wanted = std::min(maxMessageBytes + 1 - m_filled, kReadBytes);
     m_message.resize(m_filled + wanted);
     m_operation = {};

@@ -1,7 +1,7 @@
-// One instance of a listener's pipe: its handle, the one operation that may be under way, and the message so far.
-// Belongs to the listener's reading thread; while it is Handling, `message` is gone and nobody touches it.
+// One instance of a listener's pipe: its handle, the one pending operation, and the message so far.
+// Belongs to the listener's reading thread; while it is Handling, a worker owns the message.
 //
-// Not destroyed with an operation under way: the listener cancels and waits for the packet first.
+// Must not be destroyed with a pending operation: the listener cancels it and waits for the packet first.
 #pragma once
 
 #include <windows.h>
@@ -15,35 +15,35 @@ namespace wrb {
 
 enum class PipeState {
     Closed,      // takes no client
-    Resting,     // connecting failed; tried again at the deadline
+    Resting,     // connecting failed; retried at the deadline
     Connecting,  // waits for a client
-    Reading,     // has a client that has not closed its end
-    Handling,    // has a whole message, and a worker has it
+    Reading,     // has a client that is still connected
+    Handling,    // a worker has its complete message
 };
 
-// Pending: a packet will tell. Taken: something has come, ask again. Ready: done. Failed: GetLastError tells.
+// Pending: a packet will follow. Taken: data arrived, call again. Ready: done. Failed: GetLastError tells.
 enum class PipeStep { Pending, Taken, Ready, Failed };
 
 class PipeInstance {
   public:
     static constexpr ULONGLONG kNever = ~0ull;
 
-    // The pipe is overlapped and reads bytes; it must be on a completion port that gets no packet for what is done at
-    // once.
+    // The pipe is overlapped and reads bytes; it must be on a completion port that gets no packet for operations that
+    // complete at once.
     explicit PipeInstance(FileHandle pipe) : m_pipe(std::move(pipe)) {}
 
     HANDLE Pipe() const { return m_pipe.Get(); }
 
-    PipeStep Connect();  // Ready: a client is there already
+    PipeStep Connect();  // Ready: a client is already connected
 
-    // Reads what has come. Ready: the writer has closed its end and all is read. What is there already is Taken without
-    // a packet: a packet could come too late (see PipeListener.cpp).
+    // Reads the available data. Ready: the writer has closed its end and everything is read. Data that is already there
+    // is Taken without a packet: a packet could arrive too late (see PipeListener.cpp).
     PipeStep Read(std::size_t maxMessageBytes);
 
-    // `bytes` of the read have come: by its packet.
+    // The read's packet reports `bytes`.
     void Took(DWORD bytes) { m_filled += bytes; }
 
-    // The packet still comes, with ERROR_OPERATION_ABORTED or with the result.
+    // The packet still follows, with ERROR_OPERATION_ABORTED or with the result.
     void Cancel() { CancelIoEx(m_pipe.Get(), &m_operation); }
 
     void Disconnect() { DisconnectNamedPipe(m_pipe.Get()); }
@@ -61,7 +61,7 @@ class PipeInstance {
 
     FileHandle m_pipe;
     OVERLAPPED m_operation{};
-    std::string m_message;  // m_filled bytes of it have come, the rest is room for the read under way
+    std::string m_message;  // m_filled bytes are received; the rest is the buffer of the pending read
     std::size_t m_filled = 0;
 };
 

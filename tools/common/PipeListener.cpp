@@ -11,8 +11,8 @@
 namespace wrb {
 namespace {
 
-constexpr DWORD kBufferBytes = 65536;                              // of the system, for each instance
-constexpr unsigned kMostInstances = PIPE_UNLIMITED_INSTANCES - 1;  // one more would mean: no limit
+constexpr DWORD kBufferBytes = 65536;                              // the system's buffer for each instance
+constexpr unsigned kMostInstances = PIPE_UNLIMITED_INSTANCES - 1;  // one more means unlimited
 constexpr ULONGLONG kRestMilliseconds = 100;
 
 // System and administrators: everything. Everybody on this machine: connect, read and write.
@@ -78,7 +78,7 @@ bool PipeListener::Start() {
     return GetLastError() == 0;
 }
 
-// Each instance waits for its client before the next one exists: no client can come to an instance that is not watched.
+// Each instance waits for its client before the next one exists, so every client that connects is noticed.
 DWORD PipeListener::CreateInstances() {
     LocalMemory descriptor;
     if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(kPipeAccess, SDDL_REVISION_1, descriptor.Receive(),
@@ -108,8 +108,8 @@ DWORD PipeListener::CreateInstances() {
     return 0;
 }
 
-// The name is ours alone while we serve it, so that nobody can read what clients send: the first instance must create
-// it, and no instance fits in beside our `count`. Wine knows the second rule only.
+// No other process may serve the name and read what clients send: the first instance must create the name, and the
+// system admits no more than our `count` instances. Wine enforces only the second rule.
 FileHandle PipeListener::CreateInstance(DWORD count, bool first, SECURITY_ATTRIBUTES& access) const {
     const std::wstring path = PathOf(m_options.name);
     const DWORD open = PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | (first ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0);
@@ -131,13 +131,13 @@ PipeListenerCounters PipeListener::Counters() const {
     return {m_accepted.load(), m_empty.load(), m_dropped.load()};
 }
 
-// Every change of an instance happens on this thread: by a packet of its operation, by a packet from the worker that is
-// done with it, or at its deadline. A packet without an instance is the stop.
+// Every change of an instance happens on this thread: on the packet of its operation, on the packet of the worker that
+// has finished its message, or at its deadline. A packet without an instance is the stop.
 void PipeListener::Run(std::promise<DWORD>& created) {
     const DWORD failure = CreateInstances();
     if (failure != 0) {
         m_stopping = true;
-        CancelConnects();  // the name may be another's: nobody could mean us
+        CancelConnects();  // another process may own the name: no client can be ours
     }
     created.set_value(failure);
     while (m_open > 0) {
@@ -211,9 +211,9 @@ void PipeListener::OnStop() {
     }
 }
 
-// An instance that waits for its client cannot just be closed, nor its wait be cancelled before: until that very moment
-// a client may come, write and go, sure of having been heard. So we come ourselves. An instance with a client takes no
-// other, and one that has been read to its end is disconnected before it is closed.
+// Closing an instance that waits for its client, or cancelling its wait, could lose a message: until that moment a
+// client may connect, write and close. So the listener connects to the instance itself. An instance with a client
+// accepts no other, and one that has been read to its end is disconnected before it is closed.
 void PipeListener::ConnectLastClients() {
     const auto waiting = std::ranges::count_if(
         m_instances, [](const auto& instance) { return instance->state == PipeState::Connecting; });
@@ -222,7 +222,7 @@ void PipeListener::ConnectLastClients() {
         const FileHandle client(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                             SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
         if (!client) {
-            if (GetLastError() != ERROR_PIPE_BUSY) {  // busy: others came first, and every instance has one
+            if (GetLastError() != ERROR_PIPE_BUSY) {  // busy: every instance has another client
                 CancelConnects();
             }
             return;
@@ -231,7 +231,7 @@ void PipeListener::ConnectLastClients() {
     }
 }
 
-// A client that came just before is served.
+// A client that connected just before is served.
 void PipeListener::CancelConnects() {
     for (const auto& instance : m_instances) {
         if (instance->state == PipeState::Connecting) {
@@ -250,7 +250,7 @@ void PipeListener::Arm(PipeInstance& instance) {
         case PipeStep::Ready:
             Connected(instance);
             break;
-        case PipeStep::Failed:  // a lasting fault must not spin
+        case PipeStep::Failed:  // do not spin on a permanent fault
             instance.state = PipeState::Resting;
             instance.deadline = GetTickCount64() + kRestMilliseconds;
             break;
@@ -266,8 +266,8 @@ void PipeListener::Connected(PipeInstance& instance) {
     ReadOn(instance);
 }
 
-// Takes all that has come, and only then goes back to the port. So a message whose client has closed is complete before
-// the connection that this client made next is even seen: its packet stands behind the one that brought us here.
+// Reads all available data before it returns to the port. So a message whose client has closed is complete before the
+// next connection of this client is seen: that connection's packet follows the current one.
 void PipeListener::ReadOn(PipeInstance& instance) {
     for (;;) {
         const PipeStep step = instance.Read(m_options.maxMessageBytes);

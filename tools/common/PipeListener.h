@@ -1,15 +1,15 @@
-// A named-pipe server for services that take one message a connection: a client connects, writes, and closes; all it
-// wrote is the message.
+// A named-pipe server for services that take one message a connection: a client connects, writes, and closes; the
+// message is everything that it wrote.
 //
 // One thread accepts and reads; handlers run on worker threads. Each pipe instance holds one message from the
-// connection until its handler is done, so `instances` bounds what is in flight, and further clients wait for a free
-// instance. Messages become complete in an order that keeps cause and effect: when a client connects after another
-// connection was closed, its message comes after the other one's. A service that must not let a question overtake the
-// change before it uses the form with InOrder.
+// connection until its handler is done, so `instances` bounds the messages in flight, and further clients wait for a
+// free instance. Messages complete in causal order: when a client connects after another connection was closed, its
+// message follows the other one's. A service in which a query must not overtake an earlier change uses the form with
+// InOrder.
 //
-// Whatever a peer does, it can cost the service no more than one instance for the read time-out and one message of the
-// largest size: silent, slow, oversized and vanished peers are dropped and counted. A handler that throws is counted,
-// and the service goes on.
+// A peer can occupy at most one instance for the read time-out and one message of the largest size: silent, slow,
+// oversized and disconnected peers are dropped and counted. A handler that throws is counted, and the service
+// continues.
 //
 // Every local account may connect, since the services run under several; remote clients are refused.
 #pragma once
@@ -42,22 +42,22 @@ struct PipeListenerOptions {
     unsigned instances = 4;                     // 1 to 254
     std::size_t maxMessageBytes = 16u << 20;    // longer messages are dropped
     uint32_t readTimeoutMilliseconds = 30'000;  // from the connection to the last byte
-    uint32_t drainMilliseconds = 2'000;         // how long Stop lets a message in the middle of its way come in
+    uint32_t drainMilliseconds = 2'000;         // how long Stop waits for messages that are being received
     uint32_t clientWaitMilliseconds = 60'000;   // how long the system lets a client wait for a free instance
     std::function<void(PipeDrop, std::size_t bytes, uint32_t clientPid)> onDrop;  // may be empty; on any of the threads
 };
 
 struct PipeListenerCounters {
-    uint64_t accepted = 0;  // whole messages whose handling is done
+    uint64_t accepted = 0;  // complete messages that have been handled
     uint64_t empty = 0;     // connections closed without a byte: ignored
-    uint64_t dropped = 0;   // all the rest, and the messages whose handler threw
+    uint64_t dropped = 0;   // all others, and messages whose handler threw
 };
 
-// Who is at the other end, while its connection is open.
+// The client's process, while its connection is open.
 class PipePeer {
   public:
     explicit PipePeer(HANDLE pipe) : m_pipe(pipe) {}
-    uint32_t Pid() const;  // 0 when the system does not tell
+    uint32_t Pid() const;  // 0 when the system does not know it
 
   private:
     HANDLE m_pipe;
@@ -68,9 +68,9 @@ class PipeListener {
     // Gets all bytes of one message. Called from several threads at once.
     using Handler = std::function<void(std::string message)>;
 
-    // The form for services that care for the order: `accept` is called for one message at a time, in their order, on
-    // the reading thread, so it must not block for long. What takes time and may overtake goes into the job that it
-    // returns, which runs on a worker; an empty job: done.
+    // The form for services that need the order: `accept` is called for one message at a time, in order, on the reading
+    // thread, so it must not block for long. It returns a job for slow work whose order does not matter, which runs on
+    // a worker; an empty job: done.
     struct InOrder {
         unsigned workers = 0;  // 0: accept never returns a job
         std::function<Job(std::string message, const PipePeer& peer)> accept;
@@ -87,17 +87,17 @@ class PipeListener {
     bool Start();
 
     // Takes no further connections, finishes those that are open (see drainMilliseconds), waits for the running
-    // handlers, ends the threads. A message whose sender could write it and close is always handled, up to the last
-    // moment. Must not be called by a handler.
+    // handlers, ends the threads. A message whose sender could write it and close is always handled.
+    // Must not be called by a handler.
     void Stop();
 
     PipeListenerCounters Counters() const;
 
   private:
-    DWORD CreateInstances();  // 0 or the error
+    DWORD CreateInstances();  // 0 or the system error
     FileHandle CreateInstance(DWORD count, bool first, SECURITY_ATTRIBUTES& access) const;
     void Run(std::promise<DWORD>& created);
-    DWORD NextDeadline() const;  // milliseconds until it
+    DWORD NextDeadline() const;  // in milliseconds from now
     void OnPacket(PipeInstance& instance, bool ours, DWORD bytes, DWORD error);
     void OnExpired(PipeInstance& instance);
     void OnStop();
@@ -123,7 +123,7 @@ class PipeListener {
 
     // Of the reading thread only.
     bool m_stopping = false;
-    unsigned m_lastClients = 0;  // our own, which end the waiting of instances and have nothing to say
+    unsigned m_lastClients = 0;  // our own clients, which end the waiting of instances and send nothing
     std::size_t m_open = 0;      // instances that are not closed
 
     std::atomic<uint64_t> m_accepted{0};

@@ -9,14 +9,14 @@ namespace {
 
 constexpr DWORD kPollMilliseconds = 50;
 
-// Console handlers get no context and run on a thread of the system's.
+// Console handlers get no context and run on a system thread.
 std::atomic<HANDLE> g_stopEvent = nullptr;
 
 BOOL WINAPI OnConsoleEvent(DWORD event) {
     SetEvent(g_stopEvent);
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
-        // The system ends the process when this returns: stay until the program has finished by itself, or until the
-        // system's patience ends.
+        // The system ends the process when this returns: wait until the program has ended by itself, or until the
+        // system's time limit.
         Sleep(INFINITE);
     }
     return TRUE;
@@ -58,7 +58,7 @@ StopResult StopRunning(const wchar_t* name, uint32_t milliseconds) {
     if (const KernelHandle event = OpenStopEvent(name, EVENT_MODIFY_STATE); !event || !SetEvent(event.Get())) {
         return ResultOfOpen(GetLastError());
     }
-    // The event lives as long as the program does: its end is seen by the name's end.
+    // The event exists while the program runs: when the name is gone, the program has ended.
     const ULONGLONG start = GetTickCount64();
     while (OpenStopEvent(name, SYNCHRONIZE)) {
         if (GetTickCount64() - start >= milliseconds) {

@@ -1,4 +1,4 @@
-// The named event that stops a service program, seen from both sides.
+// The named event that stops a service program: its owner and its sender.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@ namespace wrb {
 
 inline constexpr wchar_t kBackEndStopEvent[] = L"Calloway_Warrenby_BackEnd_Stop_Event";
 
-// The program's side: owns the event, and turns Ctrl-C, the closing of the console and the end of the session into it.
+// Owns the event in the service program, and sets it on Ctrl-C, on closing the console and at the end of the session.
 // At most one object at a time in a process.
 class StopEvent {
   public:
@@ -18,7 +18,7 @@ class StopEvent {
     StopEvent(const StopEvent&) = delete;
     StopEvent& operator=(const StopEvent&) = delete;
 
-    // False: GetLastError tells; ERROR_ALREADY_EXISTS means that the program is running on this machine.
+    // False: see GetLastError; ERROR_ALREADY_EXISTS means that the program is running on this machine.
     bool Create(const wchar_t* name);
 
     void Wait() const;
@@ -29,7 +29,7 @@ class StopEvent {
 
 enum class StopResult { Stopped, NotRunning, TimedOut, Failed };
 
-// The other side: signals the running program and waits until it has gone. Failed: GetLastError tells.
+// The sender: signals the running program and waits until it has ended. Failed: see GetLastError.
 StopResult StopRunning(const wchar_t* name, uint32_t milliseconds);
 
 }  // namespace wrb

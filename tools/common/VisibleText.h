@@ -1,4 +1,4 @@
-// Texts from elsewhere, for screens and logs.
+// Makes text from peers safe for screens and logs.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 
 namespace wrb {
 
-// Whatever could break the line, steer a terminal or hide a part of the text is written as an escape, \n \r \t or else
-// \uXXXX; everything else as it stands.
+// Characters that could break the line, control a terminal or hide part of the text become escapes: \n, \r, \t or
+// \uXXXX. All others stay unchanged.
 std::wstring VisibleText(std::wstring_view text);
 
 }  // namespace wrb

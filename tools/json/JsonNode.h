@@ -1,4 +1,4 @@
-// A JSON value that knows where it stands, for reading files that people write: every complaint names the place.
+// A JSON value that knows its place in the document, for files that people write: every error names the place.
 #pragma once
 
 #include <json/value.h>
@@ -44,7 +44,7 @@ class JsonNode {
     // At most 65535 characters, and no NUL.
     std::wstring AnyText() const;
 
-    // For an agent: TAB, CR and LF are refused as well, since none of them survives the way there.
+    // For an agent: TAB, CR and LF are refused too, because the answers cannot carry them.
     std::wstring Text() const;
 
   private:

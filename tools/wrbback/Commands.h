@@ -12,7 +12,7 @@ struct ServeOptions {
     std::string database = kDefaultDatabase;
     unsigned workers = 8;
     std::string debugIni;
-    std::optional<std::string> logFolder;  // this and the next three: over what the INI file says
+    std::optional<std::string> logFolder;  // this and the next three override the INI file
     std::optional<std::string> logLevel;
     std::optional<uint64_t> splitBytes;
     std::optional<unsigned> maxLogs;

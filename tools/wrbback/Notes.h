@@ -1,4 +1,4 @@
-// What the back end has to say of itself: to the standard error and into the log, never through the debug log's pipe.
+// The back end's own notes: to the standard error and into the log file, never through the debug log's pipe.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,8 @@
 
 namespace wrb {
 
-// Lets so many notes a minute through, so that a peer that sends nothing but rubbish cannot flood screen and log; what
-// was held back is said with the first note of the next minute. Any thread.
+// Limits the notes a minute, so that a peer that sends bad messages cannot flood screen and log. The first note of the
+// next minute tells how many were dropped. Any thread.
 class Notes {
   public:
     using Sink = std::function<void(const std::wstring&)>;

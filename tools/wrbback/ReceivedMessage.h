@@ -1,4 +1,4 @@
-// What a service does first with the bytes of one connection, in either form of message.
+// Decoding the bytes of one connection, in either form of message.
 #pragma once
 
 #include <cstdint>

@@ -3,6 +3,7 @@
 #include "Commands.h"
 #include "Console.h"
 #include "DbServer.h"
+#include "DebugLog.h"
 #include "ExitCode.h"
 #include "LogFiles.h"
 #include "LogServer.h"
@@ -17,7 +18,7 @@
 namespace wrb {
 namespace {
 
-// Empty, or what is wrong.
+// Empty, or a description of the error.
 std::string Settle(const ServeOptions& options, LogSettings& settings) {
     if (const std::wstring wrong = ReadLogSettings(Utf8ToWide(options.debugIni), settings); !wrong.empty()) {
         return WideToUtf8(VisibleText(wrong));
@@ -50,13 +51,13 @@ void PrintCounters(const DbServerCounters& db, const RecordServerCounters& recor
              std::to_string(log.badMessages) + " refused, " + std::to_string(log.lost) + " lost\n");
 }
 
-// From the first pipe to the last counter. The log service starts first and ends last, so that it has every line.
+// Starts and stops all services. The log service starts first and stops last, so that it gets every line.
 int RunServices(const ServeOptions& options, const LogSettings& settings, const StopEvent& stop) {
     Notes screen([](const std::wstring& note) { PrintErr("wrbback: " + WideToUtf8(VisibleText(note)) + "\n"); });
     LogServer log(settings, [&screen](const std::wstring& note) { screen.Write(note); });
     Notes notes([&log](const std::wstring& note) {
         PrintErr("wrbback: " + WideToUtf8(VisibleText(note)) + "\n");
-        log.WriteOwn(L'W', note);
+        log.WriteOwn(kLogWarning, note);
     });
     DbServer db({.database = Utf8ToWide(options.database),
                  .workers = options.workers,

@@ -1,4 +1,4 @@
-// wrbback: the reference back end. One program, one database file, all services that the server library talks to.
+// wrbback: the reference back end. One program and one database file for all services that the command library uses.
 #include <windows.h>
 
 #include <exception>

@@ -11,7 +11,7 @@ namespace wrb {
 
 struct SendOptions {
     std::string command;
-    std::vector<std::string> fields;  // behind the reply pipe, which wrbctl adds itself
+    std::vector<std::string> fields;  // after the reply pipe, which wrbctl adds itself
     double timeoutSeconds = 10;       // from the start to the last byte of the answer
     bool json = false;
 };
@@ -21,15 +21,15 @@ int RunSend(const SendOptions& options);
 int RunCommands(bool json);
 
 struct CountersOptions {
-    bool all = false;     // also the commands that were never called
-    double interval = 0;  // seconds between two looks; 0 looks once
-    unsigned times = 0;   // how many looks with an interval; 0 goes on until Ctrl-C
+    bool all = false;     // also commands that were never called
+    double interval = 0;  // seconds between two reads; 0 reads once
+    unsigned times = 0;   // number of reads with an interval; 0: until Ctrl-C
     bool json = false;
 };
 
 int RunCounters(const CountersOptions& options);
 
-// Without a level: shows the filter. With one: has the log service change it.
+// Without a level: shows the filter. With one: makes the log service change it.
 int RunLogLevel(const std::optional<std::string>& level, double timeoutSeconds, bool json);
 
 struct PackOptions {
@@ -37,7 +37,7 @@ struct PackOptions {
     std::vector<std::string> files;
 };
 
-// Makes a package, a cabinet, of the files under their bare names.
+// Makes a package (a cabinet) of the files, under their names without folders.
 int RunPack(const PackOptions& options);
 
 struct FwlogWriteOptions {

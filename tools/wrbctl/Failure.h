@@ -7,7 +7,7 @@
 
 namespace wrb {
 
-// Says on the standard error what went wrong, and returns the exit code to end with.
+// Prints the error to the standard error and returns the exit code to end with.
 inline int Fail(ExitCode code, const std::string& message) {
     PrintErr("wrbctl: " + message + "\n");
     return code;

@@ -28,7 +28,7 @@ std::string UtcTime(uint32_t seconds) {
     return text;
 }
 
-// The texts are the agent's.
+// The texts come from the agent.
 std::string Visible(const Json::Value& text) {
     return WideToUtf8(VisibleText(Utf8ToWide(text.asString())));
 }

@@ -18,7 +18,7 @@
 namespace wrb {
 namespace {
 
-// The version of the whole file: as asked for, or else as the first record says.
+// The version of the whole file: the requested one, else that of the first record.
 class FileVersion {
   public:
     explicit FileVersion(std::optional<uint32_t> asked) : m_version(asked) {}
@@ -61,7 +61,7 @@ Json::Value Parse(const std::string& text) {
     return value;
 }
 
-// Throws with the line's number in front.
+// The message of an exception begins with the line number.
 void WriteRecords(std::istream& in, std::ostream& out, FileVersion version) {
     std::string text;
     for (unsigned number = 1; std::getline(in, text); ++number) {
@@ -76,7 +76,7 @@ void WriteRecords(std::istream& in, std::ostream& out, FileVersion version) {
             } else {
                 Append<SWRB_PFW_LOG_ITEM>(line, out);
             }
-        } catch (const std::exception& error) {  // of the JSON reader too, whose own are no runtime errors
+        } catch (const std::exception& error) {  // also of the JSON reader, which throws no runtime_error
             throw std::runtime_error("line " + std::to_string(number) + ": " + error.what());
         }
     }

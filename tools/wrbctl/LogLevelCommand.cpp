@@ -60,7 +60,7 @@ int Show(uint32_t word, bool json) {
     return kExitOk;
 }
 
-// Looks without a connection, which the service would take for a message.
+// Checks without connecting: the service would treat a connection as a message.
 bool LogServiceRuns() {
     wchar_t path[MAX_PATH];
     return FormatPipePath(path, MAX_PATH, kLogServicePipe) &&
@@ -79,7 +79,7 @@ int Ask(const LevelRow& row) {
     return client.Send(text.c_str(), bytes) ? kExitOk : Fail(kExitFailed, "cannot send to the log service");
 }
 
-// The log service takes a moment to set the word after it has our message.
+// The log service sets the word some time after it has received the message.
 bool AwaitWord(uint32_t word, double timeoutSeconds) {
     const ULONGLONG deadline = GetTickCount64() + static_cast<ULONGLONG>(timeoutSeconds * 1000);
     while (LogFilter::Shared().Word() != word) {
@@ -109,7 +109,7 @@ int RunLogLevel(const std::optional<std::string>& level, double timeoutSeconds, 
     if (level && row == std::end(kLevels)) {
         return Fail(kExitUsage, "no log level " + *level + "; take F, E, W, I, D, all or none");
     }
-    // Without the service every line is lost, whatever word it has left behind.
+    // Without the service every line is lost, whatever the word says.
     if (!LogServiceRuns()) {
         return Fail(kExitServiceNotRunning, "the log service is not running; start wrbback serve");
     }

@@ -8,7 +8,7 @@
 
 namespace wrb {
 
-// Throws SeedError, with the key, for what does not fit the record.
+// Throws SeedError, with the key, for a value that does not fit the record.
 void EncodePfwLogRecord(const JsonNode& line, SWRB_PFW_LOG_ITEM_V0& item);
 void EncodePfwLogRecord(const JsonNode& line, SWRB_PFW_LOG_ITEM& item);
 

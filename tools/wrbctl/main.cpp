@@ -1,4 +1,4 @@
-// wrbctl: sends commands to the host and shows what the server shares about itself.
+// wrbctl: sends commands to the host and shows the server's counters and log level.
 #include <exception>
 
 #include "CommandLine.h"
@@ -41,7 +41,7 @@ void AddTimeout(CLI::App& app, double& seconds) {
 CLI::App* AddSend(CLI::App& app, Options& options) {
     CLI::App* const send = app.add_subcommand("send", "Send a command to the host and print its answer as UTF-8");
     send->add_option("command", options.send.command, "Command name, as 'wrbctl commands' lists it")->required();
-    send->add_option("fields", options.send.fields, "Fields behind the reply pipe, which wrbctl adds itself");
+    send->add_option("fields", options.send.fields, "Fields after the reply pipe, which wrbctl adds itself");
     AddTimeout(*send, options.send.timeoutSeconds);
     send->add_flag("--json", options.json, "Print a JSON object");
     return send;
@@ -52,16 +52,16 @@ CLI::App* AddCounters(CLI::App& app, Options& options) {
         app.add_subcommand("counters", "Show calls and run times of each command, from shared memory");
     counters->add_flag("--all", options.counters.all, "Also commands that were never called");
     CLI::Option* const interval =
-        counters->add_option("--interval", options.counters.interval, "Look again every so many seconds");
+        counters->add_option("--interval", options.counters.interval, "Read again after this many seconds");
     interval->check(CLI::Range(0.1, 86400.0));
-    counters->add_option("--times", options.counters.times, "How many looks; without it until Ctrl-C")->needs(interval);
+    counters->add_option("--times", options.counters.times, "Number of reads (default: until Ctrl-C)")->needs(interval);
     counters->add_flag("--json", options.json, "Print a JSON array");
     return counters;
 }
 
 CLI::App* AddLogLevel(CLI::App& app, Options& options) {
     CLI::App* const level =
-        app.add_subcommand("log-level", "Show the debug log's filter, or have the log service change it");
+        app.add_subcommand("log-level", "Show the debug log's filter, or make the log service change it");
     level->add_option("level", options.level, "F, E, W, I or D: lines up to that level are written; all or none");
     AddTimeout(*level, options.levelTimeout);
     level->add_flag("--json", options.json, "Print a JSON object");
@@ -75,8 +75,8 @@ Exit codes: 0 done, 1 cannot make the package, 2 wrong command line or no such f
 )";
 
 CLI::App* AddPack(CLI::App& app, Options& options) {
-    CLI::App* const pack = app.add_subcommand("pack", "Make a package, a cabinet, as agents upload it");
-    pack->add_option("package", options.pack.package, "File to make; one that is there is replaced")->required();
+    CLI::App* const pack = app.add_subcommand("pack", "Make a package (a cabinet) as agents upload it");
+    pack->add_option("package", options.pack.package, "File to make; an existing one is replaced")->required();
     pack->add_option("files", options.pack.files, "Files to pack, under their names without folders")->required();
     pack->footer(kPackExamples);
     return pack;
@@ -99,7 +99,9 @@ CLI::App* AddFwlog(CLI::App& app, Options& options) {
     fwlog->require_subcommand(1);
     fwlog->footer(kFwlogExamples);
     CLI::App* const write = fwlog->add_subcommand("write", "Make a file from JSON lines on the standard input");
-    write->add_option("--version", options.fwlogWrite.version, "Version of the records; else the first one's, or 1")
+    write
+        ->add_option("--version", options.fwlogWrite.version,
+                     "Version of the records (default: that of the first, or 1)")
         ->check(CLI::Range(0u, 1u));
     write->add_option("out", options.fwlogWrite.out, "File to make")->required();
     CLI::App* const read = fwlog->add_subcommand("read", "Show the records of a file");

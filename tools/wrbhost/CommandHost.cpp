@@ -14,15 +14,15 @@ namespace {
 constexpr wchar_t kPipeName[] = L"Calloway Systems WRBY Command Handler Manager";
 constexpr std::size_t kShownCharacters = 64;
 
-// The message as characters. An odd last byte is kept in front of a zero one: what becomes of it is the library's
-// affair.
+// The message as characters. An odd last byte becomes the low byte of a last character; the library decides whether
+// it is valid.
 std::wstring AsText(const std::string& message) {
     std::wstring text((message.size() + 1) / sizeof(wchar_t), L'\0');
     std::memcpy(text.data(), message.data(), message.size());
     return text;
 }
 
-// The command's name for people: a peer chose these characters, so none of them may steer a terminal.
+// The command's name, printable: a peer chose these characters, so control characters are escaped.
 std::wstring ShownName(const std::wstring& message) {
     std::wstring name = message.substr(0, kShownCharacters);
     name.resize(std::min(name.size(), name.find(L'\t')));

@@ -8,7 +8,7 @@
 
 namespace wrb {
 
-// The four entry points; they are valid for as long as the library object that they came from.
+// The four entry points; they are valid while their library object lives.
 struct EntryPoints {
     cmdhl_InitializeFn initialize = nullptr;
     cmdhl_ProcessFn process = nullptr;
@@ -18,8 +18,8 @@ struct EntryPoints {
 
 class CommandLibrary {
   public:
-    // Loads the DLL and finds all four exports; DLLs that it needs are looked for beside it first. `path` may be
-    // relative to the current folder. Returns an empty text, or what is wrong, for people.
+    // Loads the DLL and finds all four exports; DLLs that it needs are searched in its folder first. `path` may be
+    // relative to the current folder. Returns an empty text, or a description of the error.
     std::string Load(const std::wstring& path);
 
     const EntryPoints& Exports() const { return m_exports; }

@@ -8,8 +8,8 @@
 
 namespace wrb {
 
-// From construction to destruction the clock runs. When it runs out, a command is stuck for good (on a reply pipe that
-// nobody reads, say) and no thread of it can be ended safely: the process ends on the spot, with kExitTimedOut.
+// The time runs from construction to destruction. When it is over, a command is blocked (for example on a reply pipe
+// that nobody reads) and its thread cannot be ended safely: the process ends at once, with kExitTimedOut.
 class StopWatchdog {
   public:
     explicit StopWatchdog(std::chrono::seconds limit);

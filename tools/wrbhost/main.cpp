@@ -75,7 +75,7 @@ int Host(const Options& options) {
     const std::wstring debugLibrary = Utf8ToWide(options.debugLibrary);
     DebugLogSetup(debugIni.c_str(), debugLibrary.c_str(), "WRBHOST", true);
     try {
-        library.Exports().initialize(debugIni.c_str(), debugLibrary.c_str(), nullptr);  // false is no failure
+        library.Exports().initialize(debugIni.c_str(), debugLibrary.c_str(), nullptr);  // false is not an error
     } catch (const std::exception& error) {
         return Fail(std::string("the command library does not start: ") + error.what());
     }
