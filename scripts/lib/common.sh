@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# What every script of this folder shares: where the repository is, how to speak, how to fail.
+# Shared by every script of this folder: the place of the repository, messages, failures.
 # Sourced, never run.
 
 set -euo pipefail
@@ -37,7 +37,7 @@ refuse_arguments() { [ $# -eq 0 ] || refuse "unexpected argument: $1"; }
 # need_value ARGS...: the first of the arguments that are left is an option, and its value must follow.
 need_value() { [ $# -ge 2 ] || refuse "$1 needs a value"; }
 
-# take_lock DESCRIPTOR WHAT: locks the open file; says what it waits for when somebody else has it.
+# take_lock DESCRIPTOR WHAT: locks the open file; says what it waits for while another run holds it.
 take_lock() {
     flock -n "$1" && return
     say "waiting for $2"

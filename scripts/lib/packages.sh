@@ -15,7 +15,7 @@ missing_packages() {
     done
 }
 
-# as_root COMMAND...: runs the command as root, by sudo when we are somebody else.
+# as_root COMMAND...: runs the command as root, with sudo when the user is not root.
 as_root() {
     if [ "$(id -u)" -eq 0 ]; then
         "$@"
