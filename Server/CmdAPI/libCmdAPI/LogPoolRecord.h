@@ -28,11 +28,14 @@ struct RestoreLog {
     int32_t result;
 };
 
-// Throw for lack of memory. An entry whose date cannot be converted has the second 0.
-Json::Value CfwLogColumns(const FirewallLogEntry& entry);
+// The whole row as text, on one line. An upload sends thousands, so it is written without a JSON tree; the keys are in
+// alphabetical order, as the JSON writer puts them. An entry whose date cannot be converted has the second 0. Throws
+// when memory is exhausted.
+std::wstring CfwLogRow(const FirewallLogEntry& entry);
+
 Json::Value RestoreLogColumns(const RestoreLog& log);
 
-// The whole row as text, on one line. 0, or what the JSON writer reports.
+// The same by the JSON writer: 0, or what the writer reports.
 int FormatLogRow(const LogTable& table, Json::Value columns, std::wstring& text);
 
 // Local time as "2024-01-31 23:59:59"; seconds that the calendar cannot hold are an empty text.

@@ -1,7 +1,5 @@
 #include "cmdlog_OutputCmd.h"
 
-#include <utility>
-
 #include "CallGuard.h"
 #include "Clock.h"
 #include "DebugLog.h"
@@ -17,12 +15,7 @@ int SendToPool(CMsgSerializer& message) {
     return wrb::SendToService(kService, WRB_HERE, message, wrb::SentBlock::Freed);
 }
 
-int SendRow(const wchar_t* function, const wchar_t* command, const wrb::LogTable& table, Json::Value columns) {
-    std::wstring text;
-    if (const int error = wrb::FormatLogRow(table, std::move(columns), text); error != 0) {
-        WRB_LOG(kLogError, L"%s - Fail to format log into Json format, err=%d", function, error);
-        return 0;
-    }
+int SendRow(const wchar_t* command, const std::wstring& text) {
     CMsgSerializer message(command);
     message << text;
     return SendToPool(message);
@@ -35,9 +28,7 @@ int cmdlog_OutputCmd(CMsgSerializer& message) noexcept {
 }
 
 int cmdlog_SendCfwLog(const wrb::FirewallLogEntry& entry) noexcept {
-    return wrb::GuardCall(L"cmdlog_SendCfwLog", [&] {
-        return SendRow(L"cmdlog_SendCfwLog", kSendCfwLog, wrb::kCfwLogTable, wrb::CfwLogColumns(entry));
-    });
+    return wrb::GuardCall(L"cmdlog_SendCfwLog", [&] { return SendRow(kSendCfwLog, wrb::CfwLogRow(entry)); });
 }
 
 int dbSetRestoreLogW(const wchar_t* uid, int32_t logType, int32_t result) noexcept {
@@ -48,6 +39,11 @@ int dbSetRestoreLogW(const wchar_t* uid, int32_t logType, int32_t result) noexce
             return 0;
         }
         const wrb::RestoreLog log = {logId, uid, wrb::SystemClock().CalendarSeconds(), logType, result};
-        return SendRow(L"dbSetRestoreLogW", kSendRestoreLog, wrb::kRestoreLogTable, wrb::RestoreLogColumns(log));
+        std::wstring text;
+        if (const int error = wrb::FormatLogRow(wrb::kRestoreLogTable, wrb::RestoreLogColumns(log), text); error != 0) {
+            WRB_LOG(kLogError, L"%s - Fail to format log into Json format, err=%d", L"dbSetRestoreLogW", error);
+            return 0;
+        }
+        return SendRow(kSendRestoreLog, text);
     });
 }

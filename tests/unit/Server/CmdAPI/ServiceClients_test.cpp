@@ -1,8 +1,11 @@
 // The three one-way clients against fakes of their services: bytes on the pipe, results and log lines.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <json/reader.h>
+#include <json/writer.h>
 
 #include <functional>
+#include <sstream>
 
 #include "CapturedLog.h"
 #include "CmdProtocol.h"
@@ -11,6 +14,7 @@
 #include "FakePipeService.h"
 #include "HostAddress.h"
 #include "LogId.h"
+#include "LogPoolRecord.h"
 #include "MsgSerializer.h"
 #include "QmAgentClient.h"
 #include "Text.h"
@@ -80,6 +84,29 @@ TEST(ServiceClients, FirewallLogIsARowOfThePool) {
               "\"PV_NAME\":\"C:\\\\\xC3\x9C\\t\\\"x\\\"\\tinfo\","
               R"("REMOTEHOST":"FE800000000000000000000000000001","SUBTYPE":2,"TYPE":65535,"UID":"uid-1"},)"
               R"("TBL":"TBL_CFW_LOG","VER":3})");
+}
+
+// The row is written by hand: the JSON writer must make the same of it, whatever the texts hold.
+TEST(LogPool, FirewallRowIsWhatTheJsonWriterMakes) {
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    builder["emitUTF8"] = true;
+    std::wstring all;
+    for (wchar_t character = 1; character < 0x180; ++character) {
+        all += character;
+    }
+    for (const std::wstring& text :
+         {all, std::wstring(), std::wstring(L"\"\\/\b\f\n\r\t\x1F\x7F"), std::wstring(L"\xD83D\xDE00"),
+          std::wstring(L"\xD83D"), std::wstring(L"\xDE00\xD83D"), std::wstring(L"a\xD83D\xD83D\xDE00z\xFFFF\x2028"),
+          std::wstring(5000, L'"')}) {
+        wrb::FirewallLogEntry entry = kEntry;
+        entry.uid = entry.processPath = text.c_str();
+        std::istringstream in(wrb::WideToUtf8(wrb::CfwLogRow(entry)));
+        Json::Value row;
+        ASSERT_TRUE(Json::parseFromStream(Json::CharReaderBuilder(), in, &row, nullptr));
+        EXPECT_EQ(row["COL"]["UID"].asString(), wrb::WideToUtf8(text));
+        EXPECT_EQ(wrb::CfwLogRow(entry), wrb::Utf8ToWide(Json::writeString(builder, row)));
+    }
 }
 
 TEST(ServiceClients, RestoreLogIsARowWithANewIdAndTheTime) {
