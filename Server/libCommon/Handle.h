@@ -66,6 +66,12 @@ struct FileTraits {
     static void Close(HANDLE handle) noexcept { CloseHandle(handle); }
 };
 
+struct SearchTraits {
+    using Type = HANDLE;
+    static HANDLE Empty() noexcept { return INVALID_HANDLE_VALUE; }
+    static void Close(HANDLE search) noexcept { FindClose(search); }
+};
+
 struct ViewTraits {
     using Type = void*;
     static void* Empty() noexcept { return nullptr; }
@@ -92,6 +98,7 @@ struct LocalMemoryTraits {
 
 using KernelHandle = UniqueHandle<KernelObjectTraits>;  // events, mutexes, timers, sections, threads, processes
 using FileHandle = UniqueHandle<FileTraits>;            // files and pipes: what CreateFile and its kin return
+using SearchHandle = UniqueHandle<SearchTraits>;        // what FindFirstFile and its kin return
 using MappedView = UniqueHandle<ViewTraits>;
 using ModuleHandle = UniqueHandle<ModuleTraits>;
 using RegistryKey = UniqueHandle<RegistryKeyTraits>;

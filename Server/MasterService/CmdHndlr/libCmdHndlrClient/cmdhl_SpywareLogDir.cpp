@@ -17,21 +17,14 @@
 namespace {
 
 constexpr wchar_t kFunction[] = L"cmdhl_ScanSpywareLogDir";
-// Compared to the letter, though the profile functions look sections up in either case: a section that only resembles
-// it is an entry.
+// Compared with case, though the profile functions ignore it: a section that differs in case is an entry.
 constexpr wchar_t kGeneralInfo[] = L"GeneralInfo";
 constexpr DWORD kNamesCharacters = 14000;
 constexpr DWORD kGuidCharacters = 64;
-constexpr uint64_t kMostBytes = 16 << 20;  // of a log; the profile functions take a file into memory whole
-constexpr unsigned kMostEntries = 10'000;  // of a package: a few kilobytes of it would unpack to gigabytes of records
+constexpr uint64_t kMostBytes = 16 << 20;  // of a log; the profile functions read the whole file into memory
+constexpr unsigned kMostEntries = 10'000;  // of a package: a few kilobytes can unpack to gigabytes of records
 
-struct FindTraits {
-    using Type = HANDLE;
-    static HANDLE Empty() noexcept { return INVALID_HANDLE_VALUE; }
-    static void Close(HANDLE search) noexcept { FindClose(search); }
-};
-
-// Null: the entry is looked into.
+// Null: the walk visits the entry.
 const wchar_t* WhyPassedOver(const std::wstring& path, const WIN32_FIND_DATAW& entry) {
     if ((entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
         return L"a link";
@@ -48,10 +41,12 @@ class SpywareLogWalk {
   public:
     explicit SpywareLogWalk(HANDLE stopEvent) : m_stopEvent(stopEvent), m_names(kNamesCharacters + 2) {}
 
-    // Each of these returns false when the walk is to end. The depth is bounded by the length of a path.
-    bool WalkFolder(const std::wstring& folder);
+    // Walks the folder, then logs how many records the busy feedback log has cost.
+    void Walk(const std::wstring& folder);
 
   private:
+    // Each of these returns false when the walk is to end. The depth is bounded by the length of a path.
+    bool WalkFolder(const std::wstring& folder);
     bool VisitEntry(const std::wstring& path, const WIN32_FIND_DATAW& entry);
     bool RecordLog(const std::wstring& path);
     bool RecordEntry(const std::wstring& path, const wchar_t* name, const wchar_t* guid);
@@ -60,12 +55,21 @@ class SpywareLogWalk {
 
     HANDLE m_stopEvent;
     unsigned m_entries = 0;
-    std::vector<wchar_t> m_names;  // one buffer for all files, and two NULs that nobody writes over
+    unsigned m_dropped = 0;
+    std::vector<wchar_t> m_names;  // one buffer for all files; two NULs always end it
 };
+
+void SpywareLogWalk::Walk(const std::wstring& folder) {
+    WalkFolder(folder);
+    if (m_dropped != 0) {
+        WRB_LOG(kLogWarning, L"%s - %u records dropped, the feedback log was busy: %s", kFunction, m_dropped,
+                folder.c_str());
+    }
+}
 
 bool SpywareLogWalk::WalkFolder(const std::wstring& folder) {
     WIN32_FIND_DATAW entry;
-    const wrb::UniqueHandle<FindTraits> found(FindFirstFileW((folder + L"\\*.*").c_str(), &entry));
+    const wrb::SearchHandle found(FindFirstFileW((folder + L"\\*.*").c_str(), &entry));
     if (!found) {
         return true;
     }
@@ -118,10 +122,12 @@ bool SpywareLogWalk::RecordEntry(const std::wstring& path, const wchar_t* name, 
         return false;
     }
     ++m_entries;
-    return cmdhl_AppendWtcRecord(name, guid) && !IsStopped();
+    const wrb::WtcAppend result = cmdhl_AppendWtcRecord(name, guid);
+    m_dropped += result == wrb::WtcAppend::Busy ? 1 : 0;
+    return result != wrb::WtcAppend::NoHome && !IsStopped();
 }
 
-// Relative paths mean another folder to the profile functions than to everybody else.
+// The profile functions take a relative path from the Windows folder.
 std::wstring FullPath(const char* directory) {
     const std::wstring path = wrb::AnsiToWide(directory);
     wchar_t full[MAX_PATH];
@@ -132,8 +138,7 @@ std::wstring FullPath(const char* directory) {
 }  // namespace
 
 void cmdhl_ScanSpywareLogDir(const char* directory) {
-    // Where no open descriptor can be made, the mutex of the feedback log cannot be shared, and nothing can be
-    // recorded.
+    // Without an open descriptor the mutex of the feedback log cannot be shared.
     wrb::OpenSecurity security;
     if (wrb::InitOpenSecurity(security, false) != nullptr) {
         return;
@@ -141,6 +146,6 @@ void cmdhl_ScanSpywareLogDir(const char* directory) {
     const wrb::KernelHandle stopEvent(OpenEventW(EVENT_ALL_ACCESS, FALSE, wrb::kServerStopEvent));
     const std::wstring folder = FullPath(directory);
     if (stopEvent && !folder.empty()) {
-        SpywareLogWalk(stopEvent.Get()).WalkFolder(folder);
+        SpywareLogWalk(stopEvent.Get()).Walk(folder);
     }
 }

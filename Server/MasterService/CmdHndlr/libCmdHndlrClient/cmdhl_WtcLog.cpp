@@ -14,14 +14,15 @@
 #include "CommandSlot.h"
 #include "CounterScope.h"
 #include "DebugLog.h"
-#include "Handle.h"
 #include "HomeFolder.h"
 #include "INICache.h"
-#include "OpenSecurity.h"
+#include "NamedMutex.h"
 #include "Text.h"
 #include "WrittenHandlers.h"
 
 namespace {
+
+using wrb::WtcAppend;
 
 constexpr wchar_t kFunction[] = L"cmdhl_AppendWtcRecord";
 constexpr wchar_t kMutexName[] = L"wrby_wtc_mutex";
@@ -32,36 +33,6 @@ struct WtcRecord {
     std::array<char, 37> guid;
 };
 static_assert(sizeof(WtcRecord) == 166);
-
-// Other programs of the server use the mutex under other accounts. One of them may have made it, and then it need not
-// grant all that a creator asks for.
-wrb::KernelHandle OpenWtcMutex() {
-    wrb::OpenSecurity security;
-    if (wrb::InitOpenSecurity(security, false) == nullptr) {
-        if (wrb::KernelHandle mutex(CreateMutexW(&security.attributes, FALSE, kMutexName)); mutex) {
-            return mutex;
-        }
-    }
-    return wrb::KernelHandle(OpenMutexW(SYNCHRONIZE | MUTEX_MODIFY_STATE, FALSE, kMutexName));
-}
-
-class WtcLock {
-  public:
-    WtcLock() : m_mutex(OpenWtcMutex()) {
-        const DWORD wait = m_mutex ? WaitForSingleObject(m_mutex.Get(), kWaitMilliseconds) : WAIT_FAILED;
-        // Abandoned: its owner died while it wrote. The log is a row of records; the next one goes behind the last.
-        m_owned = wait == WAIT_OBJECT_0 || wait == WAIT_ABANDONED;
-    }
-    ~WtcLock() { ReleaseMutex(m_mutex.Get()); }  // fails, without harm, where it is not owned
-    WtcLock(const WtcLock&) = delete;
-    WtcLock& operator=(const WtcLock&) = delete;
-
-    explicit operator bool() const noexcept { return m_owned; }
-
-  private:
-    wrb::KernelHandle m_mutex;
-    bool m_owned = false;
-};
 
 // Cuts whole characters, so that half of a double-byte one is never left at the end.
 template <std::size_t N>
@@ -102,19 +73,20 @@ bool AppendToFile(const std::wstring& path, const WtcRecord& record, DWORD& erro
 
 }  // namespace
 
-bool cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid) {
+wrb::WtcAppend cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid) {
     if (ScanIniCache().readINIInt(L"GLN_FEEDBACK_SECTION", L"GLNFeedbackEnabled", 0) == 0) {
-        return true;
+        return WtcAppend::Done;
     }
     const std::wstring home = wrb::HomeFolder();
     if (home.empty()) {  // a relative path would lead into whatever folder is the current one
         WRB_LOG(kLogError, L"%s - no home folder", kFunction);
-        return false;
+        return WtcAppend::NoHome;
     }
-    const WtcLock lock;
+    const wrb::KernelHandle mutex = wrb::OpenNamedMutex(kMutexName);
+    const wrb::NamedMutexLock lock(mutex.Get(), kWaitMilliseconds);
     if (!lock) {
         WRB_LOG(kLogDebug8, L"%s - the feedback log is busy", kFunction);
-        return false;
+        return WtcAppend::Busy;
     }
     WtcRecord record;
     FillField(record.entryName, entryName);
@@ -123,7 +95,7 @@ bool cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid) {
     if (DWORD error = 0; !AppendToFile(path, record, error)) {
         WRB_LOG(kLogError, L"%s - cannot append to %s, err=%d", kFunction, path.c_str(), error);
     }
-    return true;
+    return WtcAppend::Done;
 }
 
 void cmdhl_AddWtcLog(CCmdProtocol& message) {
