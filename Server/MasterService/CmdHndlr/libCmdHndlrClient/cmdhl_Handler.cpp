@@ -31,8 +31,7 @@ void InitialiseIniCaches() {
     wchar_t sbaIni[kPathCharacters];
     wrb::FormatInto(scanIni, kPathCharacters, L"%swrbscan.ini", home);
     wrb::FormatInto(serverIni, kPathCharacters, L"%sPrivate\\wrbserver.ini", home);
-    // The home folder ends in a separator already. The doubled one and the small "private" are part of the path that
-    // the service's other programs use.
+    // The doubled separator and the small "private" are part of the path that the service's other programs use.
     wrb::FormatInto(sbaIni, kPathCharacters, L"%s\\private\\%s", home, L"wrbSbaSvr.ini");
     WRB_LOG(kLogInfo, L"%s - cmdhl_Initialize: ini home:[%s]", L"cmdhl_Initialize", scanIni);
     ScanIniCache().init(scanIni, 6);
@@ -40,10 +39,14 @@ void InitialiseIniCaches() {
     SbaIniCache().init(sbaIni, 30);
 }
 
-// A second start leaves the first cache as it is: a command that is running may be reading it.
+// A second start keeps the cache that is there: a command that is running may be reading it.
 void CreatePolicyCache() {
-    g_pBmPolicyCache = new (std::nothrow) wrb::BmPolicyCache;
-    if (g_pBmPolicyCache == nullptr) {
+    if (g_pBmPolicyCache != nullptr) {
+        return;
+    }
+    try {
+        g_pBmPolicyCache = new wrb::BmPolicyCache;
+    } catch (const std::bad_alloc&) {
         WRB_LOG(kLogError, L"%s - Failed to new g_pBmPolicyCache", L"cmdhl_Initialize");
     }
 }
