@@ -22,11 +22,11 @@ int32_t Logged(Number number) {
 
 template <typename ClientList>
 void CleanList(ClientList& clients, int64_t earliest, int64_t latest) {
-    WRB_LOG('D', L"%s - >>", kCleanList);
+    WRB_LOG(kLogDebug, L"%s - >>", kCleanList);
     const auto removed = std::erase_if(clients, [earliest, latest](const auto& client) {
         return client.second <= earliest || client.second > latest;
     });
-    WRB_LOG('D', L"%s - [LogTicket] Remove client(%d)  <<", kCleanList, Logged(removed));
+    WRB_LOG(kLogDebug, L"%s - [LogTicket] Remove client(%d)  <<", kCleanList, Logged(removed));
 }
 
 LogTicket& TheTicket() {
@@ -48,7 +48,7 @@ uint32_t LogTicket::Setting(TicketSetting setting) {
 }
 
 int32_t LogTicket::Request(const std::wstring& uid) {
-    WRB_LOG('D', L"%s - >>", kRequest);
+    WRB_LOG(kLogDebug, L"%s - >>", kRequest);
     if (!m_settings.IsInForce()) {
         return 0;
     }
@@ -57,14 +57,14 @@ int32_t LogTicket::Request(const std::wstring& uid) {
         const ExclusiveGuard guard(m_lock);
         waitingTime = Decide(uid);
     }
-    WRB_LOG('D', L"%s - <<", kRequest);
+    WRB_LOG(kLogDebug, L"%s - <<", kRequest);
     return waitingTime;
 }
 
 int32_t LogTicket::Decide(const std::wstring& uid) {
     const int64_t now = m_clock.CalendarSeconds();
     if (const auto held = m_uploading.find(uid); held != m_uploading.end()) {
-        WRB_LOG('W',
+        WRB_LOG(kLogWarning,
                 L"%s - [LogTicket] the client is in uploading list already, remove and put it into waiting list for "
                 L"log uploading slot occupied.",
                 kRequest);
@@ -90,7 +90,7 @@ LogTicket::Limits LogTicket::ReadLimits() {
     const TicketThreads& threads = Threads();
     const uint32_t free = Setting(TicketSetting::Free);
     const uint32_t ahead = Setting(TicketSetting::Ahead);
-    WRB_LOG('I',
+    WRB_LOG(kLogInfo,
             L"%s - [LogTicket] dwStaticThreadNum(%d), dwMaxThreadNum(%d), dwConcurrentUploadingNum(%d), "
             L"dwMaxConcurrentUploadingNum(%d), uploadinglist(%d), waitinglist(%d)",
             kRequest, threads.fixed, threads.maximum, free, ahead, Logged(m_uploading.size()),
@@ -107,14 +107,14 @@ int32_t LogTicket::WaitingTime() {
 
 int32_t LogTicket::Admit(const std::wstring& uid, int64_t now, const wchar_t* lineFormat) {
     const int64_t deadline = now + Setting(TicketSetting::UploadTime);
-    WRB_LOG('I', lineFormat, kRequest, uid.c_str(), Logged(now), Logged(deadline));
+    WRB_LOG(kLogInfo, lineFormat, kRequest, uid.c_str(), Logged(now), Logged(deadline));
     m_uploading.insert_or_assign(uid, deadline);
     m_waiting.erase(uid);
     return 0;
 }
 
 int32_t LogTicket::PutOff(const std::wstring& uid, int64_t now, int32_t waitingTime) {
-    WRB_LOG('I', L"%s - [LogTicket] put the client into waiting list GUID(%s), current time(%d) nWaitingTime(%d)",
+    WRB_LOG(kLogInfo, L"%s - [LogTicket] put the client into waiting list GUID(%s), current time(%d) nWaitingTime(%d)",
             kRequest, uid.c_str(), Logged(now), waitingTime);
     m_waiting.insert_or_assign(uid, now + waitingTime);
     return waitingTime;
@@ -133,16 +133,17 @@ bool LogTicket::Release(const std::wstring& uid) {
     if (!m_settings.IsInForce()) {
         return true;
     }
-    WRB_LOG('D', L"%s - [LogTicket] upload log finish. try to remove client[%s] from log uploading list", kRelease,
-            uid.c_str());
+    WRB_LOG(kLogDebug, L"%s - [LogTicket] upload log finish. try to remove client[%s] from log uploading list",
+            kRelease, uid.c_str());
     const ExclusiveGuard guard(m_lock);
     if (m_uploading.erase(uid) != 0) {
-        WRB_LOG('D', L"%s - [LogTicket] find the cleint in uploading list! remove client[%s] from log uploading list",
+        WRB_LOG(kLogDebug,
+                L"%s - [LogTicket] find the cleint in uploading list! remove client[%s] from log uploading list",
                 kRelease, uid.c_str());
     }
     const bool wasWaiting = m_waiting.erase(uid) != 0;
     if (wasWaiting) {
-        WRB_LOG('D',
+        WRB_LOG(kLogDebug,
                 L"%s - [LogTicket] error handling. find the cleint in waiting list! remove client[%s] from log "
                 L"waiting list",
                 kRelease, uid.c_str());

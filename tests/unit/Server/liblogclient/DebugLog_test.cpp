@@ -144,6 +144,33 @@ TEST_F(DebugLogTest, AMirrorFileGetsTheLineAsWell) {
     EXPECT_TRUE(std::regex_match(Received{bytes, {}}.Text(), std::wregex(pattern))) << bytes;
 }
 
+std::vector<std::wstring> g_calls;  // of the external library
+
+void NoteCall(const wchar_t* sourceFile, uint32_t line, uint32_t level, const wchar_t* text, const char* ini) {
+    g_calls.push_back(ini != nullptr ? FormatWide(L"ini %S", ini)
+                                     : FormatWide(L"%s|%u|%u|%s", sourceFile, line, level, text));
+}
+
+TEST_F(DebugLogTest, AnExternalLibraryGetsTheLinesInsteadOfTheService) {
+    const ModuleHandle library(LoadLibraryW(L"external_log_library.dll"));
+    ASSERT_TRUE(library) << GetLastError();
+    using NoteCalls = void (*)(decltype(&NoteCall));
+    const FARPROC noteCalls = GetProcAddress(library.Get(), "NoteCalls");
+    reinterpret_cast<NoteCalls>(reinterpret_cast<void*>(noteCalls))(NoteCall);
+    g_calls.clear();
+    EXPECT_EQ(DebugLogSetup(L"debug.ini", L"external_log_library.dll", "TAG", false), 1);
+    DebugLog(kLogError, L"x.cpp", 12, L"wide %d", 1);
+    DebugLogA(kLogDebug8, L"y.cpp", 13, "narrow");
+    EXPECT_EQ(DebugLogSetup(L"", L"external_log_library.dll", "TAG", true), 0) << "the internal log again";
+    DebugLog(kLogError, L"z.cpp", 14, L"to the service");
+    EXPECT_EQ(DebugLogSetup(L"", L"no_such_library.dll", "TAG", false), 0);
+    DebugLog(kLogError, L"z.cpp", 15, L"to nobody");
+    const std::wstring prefix = L"[TAG][liblogclient_test.exe]";
+    EXPECT_THAT(g_calls, testing::ElementsAre(L"ini debug.ini", L"x.cpp|12|69|" + prefix + L"wide 1",
+                                              L"y.cpp|13|8|" + prefix + L"narrow"));
+    EXPECT_EQ(m_service.WaitFor(1).size(), 1u);
+}
+
 TEST_F(DebugLogTest, KeepsTheLastError) {
     SetLastError(ERROR_CRC);
     WRB_LOG('E', L"x");

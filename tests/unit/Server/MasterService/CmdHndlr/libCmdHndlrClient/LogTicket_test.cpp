@@ -1,12 +1,14 @@
 // The log-upload ticket, over a clock set by hand and INI files in memory.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <map>
 #include <sstream>
 
 #include "CapturedLog.h"
 #include "FakeProfile.h"
 #include "ManualClock.h"
+#include "OnThreads.h"
 #include "cmdhl_LogTicket.h"
 
 namespace {
@@ -88,6 +90,31 @@ TEST(LogTicket, EightThousandWaitingClientsMeetTheCeiling) {
         EXPECT_EQ(stage.ticket.Request(std::to_wstring(i)), std::min(1800, i / 4 + 1));
     }
     stage.Play("x:1800 X=1 y:1800");  // too long a wait to be admitted ahead of time
+}
+
+// Nobody gets another's place: five are admitted, and the waiting times are those of a queue.
+TEST(LogTicket, EightThreadsShareOneQueue) {
+    constexpr unsigned kThreads = 8;
+    constexpr std::size_t kClients = 100;
+    Stage stage;
+    stage.Play("E=1 N=5 X=5 R=1 W=9999");
+    std::array<std::array<int32_t, kClients>, kThreads> told{};
+    wrb::test::OnThreads(kThreads, [&](unsigned thread) {
+        for (std::size_t i = 0; i < kClients; ++i) {
+            told[thread][i] = stage.ticket.Request(std::to_wstring(thread) + L":" + std::to_wstring(i));
+        }
+    });
+    std::map<int32_t, int> counts;
+    for (const auto& waits : told) {
+        for (const int32_t seconds : waits) {
+            ++counts[seconds];
+        }
+    }
+    std::map<int32_t, int> expected = {{0, 5}};
+    for (int32_t seconds = 1; seconds <= 795; ++seconds) {
+        expected[seconds] = 1;
+    }
+    EXPECT_EQ(counts, expected);
 }
 
 TEST(LogTicket, SaysWhatItDoes) {
