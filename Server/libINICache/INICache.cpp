@@ -5,11 +5,12 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <memory_resource>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 #include "DebugLog.h"
-#include "KeyText.h"
 #include "Text.h"
 
 namespace {
@@ -17,6 +18,49 @@ namespace {
 constexpr int kWriteAttempts = 6;
 constexpr uint32_t kRetryPauseMs = 100;
 constexpr int kBypass = 1;
+constexpr std::size_t kPathLimit = 260;
+
+std::string Narrow(const char* text) {
+    return text != nullptr ? text : "";
+}
+
+std::string Narrow(const wchar_t* text) {
+    return text != nullptr ? wrb::WideToAnsi(text) : "";
+}
+
+// The key of an entry. It lies on the stack as far as it fits, so that a hit allocates nothing.
+class EntryKey {
+  public:
+    template <typename Char>
+    EntryKey(const Char* section, const Char* key) {
+        m_text.reserve(sizeof m_room / 2);
+        Append(section);
+        m_text += ':';
+        Append(key);
+    }
+    EntryKey(const EntryKey&) = delete;
+    EntryKey& operator=(const EntryKey&) = delete;
+
+    operator std::string_view() const noexcept { return m_text; }
+
+  private:
+    void Append(const char* text) { m_text += text != nullptr ? text : ""; }
+
+    // ASCII is the same in every code page; the rest is converted from the first other character on.
+    void Append(const wchar_t* text) {
+        for (; text != nullptr && *text != L'\0'; ++text) {
+            if (static_cast<std::make_unsigned_t<wchar_t>>(*text) >= 0x80) {
+                m_text += wrb::WideToAnsi(text);
+                return;
+            }
+            m_text += static_cast<char>(*text);
+        }
+    }
+
+    char m_room[512];
+    std::pmr::monotonic_buffer_resource m_memory{m_room, sizeof m_room};
+    std::pmr::string m_text{&m_memory};
+};
 
 std::string_view Cut(const std::string& value, uint32_t size) {
     return std::string_view(value).substr(0, size - 1);
@@ -57,15 +101,14 @@ uint32_t WidenCut(const std::string& value, wchar_t* buffer, uint32_t size) {
 CINICache::CINICache(const wrb::IClock& clock, wrb::IProfileAccess& profile) : m_clock(clock), m_profile(profile) {}
 
 int CINICache::init(const char* path, uint32_t seconds) {
-    Path bounded = {};
-    std::strncpy(bounded.text, wrb::NarrowText(path).Get(), kPathLimit);
-    const bool exists = m_profile.FileExists(bounded.text);
+    const std::string bounded = Narrow(path).substr(0, kPathLimit);
+    const bool exists = m_profile.FileExists(bounded.c_str());
 
     wrb::ExclusiveGuard guard(m_lock);
-    if (std::strcmp(m_path.text, bounded.text) != 0) {
+    if (m_path != bounded) {
         m_path = bounded;
-        m_integers.Clear();
-        m_texts.Clear();
+        m_integers.clear();
+        m_texts.clear();
     }
     if (exists && seconds != 0) {
         m_expiryMs = std::min(seconds, std::numeric_limits<uint32_t>::max() / 1000) * 1000;
@@ -74,71 +117,52 @@ int CINICache::init(const char* path, uint32_t seconds) {
 }
 
 int CINICache::init(const wchar_t* path, uint32_t seconds) {
-    return init(wrb::NarrowText(path).Get(), seconds);
+    return init(Narrow(path).c_str(), seconds);
 }
 
 template <typename Value>
-const Value* CINICache::FindFresh(const EntryTable<Value>& table, const wrb::EntryKey& key) const {
-    const Entry<Value>* found = table.Find(key);
+const Value* CINICache::FindFresh(const Table<Value>& table, std::string_view key) const {
+    const auto found = table.find(key);
     // In 32-bit unsigned arithmetic the tick counter's wrap-around does no harm.
-    const bool fresh = found != nullptr && m_clock.TickMilliseconds() - found->readTick <= m_expiryMs;
-    return fresh ? &found->value : nullptr;
+    const bool fresh = found != table.end() && m_clock.TickMilliseconds() - found->second.readTick <= m_expiryMs;
+    return fresh ? &found->second.value : nullptr;
 }
 
-template <typename Value>
-const Value& CINICache::Store(EntryTable<Value>& table, const wrb::EntryKey& key, Value value) {
-    Entry<Value>& entry = table.FindOrAdd(key);
-    entry.value = std::move(value);
-    entry.readTick = m_clock.TickMilliseconds();
-    return entry.value;
-}
-
-// Both forms of a read look the key up as it came; texts are converted only to ask the file.
-template <typename Char>
-uint32_t CINICache::ReadNumber(const Char* section, const Char* key, int32_t defaultValue, int bypass) {
-    const auto readFile = [&](const Path& path) {
-        return m_profile.ReadInt(wrb::NarrowText(section).Get(), wrb::NarrowText(key).Get(), defaultValue, path.text);
-    };
+// `use` gets the value under the lock and returns the caller's result.
+template <typename Value, typename ReadFile, typename Use>
+uint32_t CINICache::Read(Table<Value> CINICache::*table, std::string_view key, int bypass, ReadFile readFile, Use use) {
     if (bypass == kBypass) {
-        return readFile(CurrentPath());
+        return use(readFile(CurrentPath().c_str()));
     }
-    const wrb::EntryKey entry(section, key);
     {
         wrb::SharedGuard guard(m_lock);
-        if (const uint32_t* value = FindFresh(m_integers, entry)) {
-            return *value;
+        if (const Value* value = FindFresh(this->*table, key)) {
+            return use(*value);
         }
     }
     wrb::ExclusiveGuard guard(m_lock);
     // Another thread may have read it while this one waited for the lock.
-    if (const uint32_t* value = FindFresh(m_integers, entry)) {
-        return *value;
+    if (const Value* value = FindFresh(this->*table, key)) {
+        return use(*value);
     }
-    return Store(m_integers, entry, readFile(m_path));
+    Entry<Value> entry{readFile(m_path.c_str()), m_clock.TickMilliseconds()};
+    return use((this->*table).insert_or_assign(std::string(key), std::move(entry)).first->second.value);
 }
 
-// `copy` takes the whole value to the caller's buffer, under the lock, and returns the caller's count.
+template <typename Char>
+uint32_t CINICache::ReadNumber(const Char* section, const Char* key, int32_t defaultValue, int bypass) {
+    const auto readFile = [&](const char* path) {
+        return m_profile.ReadInt(Narrow(section).c_str(), Narrow(key).c_str(), defaultValue, path);
+    };
+    return Read(&CINICache::m_integers, EntryKey(section, key), bypass, readFile, [](uint32_t value) { return value; });
+}
+
 template <typename Char, typename Copy>
 uint32_t CINICache::ReadText(const Char* section, const Char* key, const Char* defaultText, int bypass, Copy copy) {
-    const auto readFile = [&](const Path& path) {
-        return m_profile.ReadString(wrb::NarrowText(section).Get(), wrb::NarrowText(key).Get(),
-                                    wrb::NarrowText(defaultText).Get(), path.text);
+    const auto readFile = [&](const char* path) {
+        return m_profile.ReadString(Narrow(section).c_str(), Narrow(key).c_str(), Narrow(defaultText).c_str(), path);
     };
-    if (bypass == kBypass) {
-        return copy(readFile(CurrentPath()));
-    }
-    const wrb::EntryKey entry(section, key);
-    {
-        wrb::SharedGuard guard(m_lock);
-        if (const std::string* value = FindFresh(m_texts, entry)) {
-            return copy(*value);
-        }
-    }
-    wrb::ExclusiveGuard guard(m_lock);
-    if (const std::string* value = FindFresh(m_texts, entry)) {
-        return copy(*value);
-    }
-    return copy(Store(m_texts, entry, readFile(m_path)));
+    return Read(&CINICache::m_texts, EntryKey(section, key), bypass, readFile, copy);
 }
 
 uint32_t CINICache::readINIInt(const char* section, const char* key, int32_t defaultValue, int bypass) {
@@ -170,11 +194,11 @@ int CINICache::writeINIString(const char* section, const char* key, const char* 
         return 0;
     }
     constexpr const wchar_t* kFunction = L"CINICache::writeINIString";
-    const Path path = CurrentPath();
+    const std::string path = CurrentPath();
     int written = 0;
     uint32_t error = 0;
     for (int retry = 0; retry < kWriteAttempts && written == 0; ++retry) {
-        written = m_profile.WriteString(section, key, value, path.text, error);
+        written = m_profile.WriteString(section, key, value, path.c_str(), error);
         if (written == 0) {
             WRB_LOG(
                 kLogInfo,
@@ -187,7 +211,10 @@ int CINICache::writeINIString(const char* section, const char* key, const char* 
         WRB_LOG(kLogWarning, L"%s - Failed to write value to INI file. Section: %S, Key: %S, Value: %S, Error: 0x%08x",
                 kFunction, section, key, value, error);
     }
-    Forget(section, key);
+    const EntryKey entry(section, key);
+    wrb::ExclusiveGuard guard(m_lock);
+    m_texts.erase(std::string(entry));
+    m_integers.erase(std::string(entry));
     return written;
 }
 
@@ -195,9 +222,8 @@ int CINICache::writeINIString(const wchar_t* section, const wchar_t* key, const 
     if (section == nullptr || key == nullptr) {
         return 0;
     }
-    const wrb::NarrowText valueText(value);
-    return writeINIString(wrb::NarrowText(section).Get(), wrb::NarrowText(key).Get(),
-                          value != nullptr ? valueText.Get() : nullptr);
+    const std::string valueText = Narrow(value);
+    return writeINIString(Narrow(section).c_str(), Narrow(key).c_str(), value != nullptr ? valueText.c_str() : nullptr);
 }
 
 int CINICache::writeINIInt(const char* section, const char* key, int32_t value) {
@@ -214,18 +240,11 @@ int CINICache::writeINIInt(const wchar_t* section, const wchar_t* key, int32_t v
 
 void CINICache::clear() {
     wrb::ExclusiveGuard guard(m_lock);
-    m_integers.Clear();
-    m_texts.Clear();
+    m_integers.clear();
+    m_texts.clear();
 }
 
-void CINICache::Forget(const char* section, const char* key) {
-    const wrb::EntryKey entry(section, key);
-    wrb::ExclusiveGuard guard(m_lock);
-    m_texts.Erase(entry);
-    m_integers.Erase(entry);
-}
-
-CINICache::Path CINICache::CurrentPath() {
+std::string CINICache::CurrentPath() {
     wrb::SharedGuard guard(m_lock);
     return m_path;
 }

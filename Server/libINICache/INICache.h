@@ -6,10 +6,12 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <string>
+#include <string_view>
 
 #include "Clock.h"
-#include "EntryTable.h"
 #include "ProfileAccess.h"
 #include "SRWLock.h"
 
@@ -55,40 +57,33 @@ class CINICache {
     void clear();
 
   private:
-    static constexpr uint32_t kDefaultExpiryMs = 30000;
-    static constexpr std::size_t kPathLimit = 260;
-
     template <typename Value>
     struct Entry {
         Value value;
         uint32_t readTick;
     };
+    // By section, ":" and key, exactly as the caller gave them.
     template <typename Value>
-    using EntryTable = wrb::EntryTable<Entry<Value>>;
-
-    struct Path {
-        char text[kPathLimit + 1];
-    };
+    using Table = std::map<std::string, Entry<Value>, std::less<>>;
 
     template <typename Value>
-    const Value* FindFresh(const EntryTable<Value>& table, const wrb::EntryKey& key) const WRB_REQUIRES_SHARED(m_lock);
-    template <typename Value>
-    const Value& Store(EntryTable<Value>& table, const wrb::EntryKey& key, Value value) WRB_REQUIRES(m_lock);
+    const Value* FindFresh(const Table<Value>& table, std::string_view key) const WRB_REQUIRES_SHARED(m_lock);
+    template <typename Value, typename ReadFile, typename Use>
+    uint32_t Read(Table<Value> CINICache::*table, std::string_view key, int bypass, ReadFile readFile, Use use);
     template <typename Char>
     uint32_t ReadNumber(const Char* section, const Char* key, int32_t defaultValue, int bypass);
     template <typename Char, typename Copy>
     uint32_t ReadText(const Char* section, const Char* key, const Char* defaultText, int bypass, Copy copy);
-    void Forget(const char* section, const char* key);
-    Path CurrentPath();
+    std::string CurrentPath();
 
     const wrb::IClock& m_clock;
     wrb::IProfileAccess& m_profile;
     CWrbSRWLock m_lock;
-    Path m_path WRB_GUARDED_BY(m_lock) = {};
-    uint32_t m_expiryMs WRB_GUARDED_BY(m_lock) = kDefaultExpiryMs;
-    // A key read both as a number and as text has an entry in each.
-    EntryTable<uint32_t> m_integers WRB_GUARDED_BY(m_lock);
-    EntryTable<std::string> m_texts WRB_GUARDED_BY(m_lock);
+    std::string m_path WRB_GUARDED_BY(m_lock);
+    uint32_t m_expiryMs WRB_GUARDED_BY(m_lock) = 30000;
+    // A key that is read both as a number and as text has an entry in each.
+    Table<uint32_t> m_integers WRB_GUARDED_BY(m_lock);
+    Table<std::string> m_texts WRB_GUARDED_BY(m_lock);
 };
 
 // The caches of the server's three INI files. Each exists from its first use, before anybody binds it to its file,

@@ -2,14 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <numeric>
-
 #include "FakeProfile.h"
-#include "GuardedBytes.h"
-#include "KeyText.h"
 #include "ManualClock.h"
 #include "OnThreads.h"
 #include "TempFolder.h"
+#include "Text.h"
 
 namespace {
 
@@ -126,32 +123,15 @@ TEST(INICacheThreads, MissesComeOneAtATimeWhileOthersWriteAndClear) {
     EXPECT_FALSE(profile.overlapped);
 }
 
-// A terminated text that must not be read beyond its end.
-template <typename Char>
-class GuardedText {
-  public:
-    explicit GuardedText(const std::string& text)
-        : m_text(text.begin(), text.end()), m_bytes(m_text.c_str(), (text.size() + 1) * sizeof(Char)) {}
-    operator const Char*() const { return reinterpret_cast<const Char*>(m_bytes.Start()); }
-
-  private:
-    std::basic_string<Char> m_text;
-    wrb::test::GuardedBytes m_bytes;
-};
-
-TEST(EntryKey, NarrowAndWideFormsOfEveryLengthMakeTheSameKey) {
-    std::string letters(300, ' ');
-    std::iota(letters.begin(), letters.begin() + 90, '!');
-    std::copy(letters.begin(), letters.begin() + 210, letters.begin() + 90);
-    for (std::size_t length = 0; length < letters.size(); ++length) {
-        for (const std::size_t keyLength : {0u, 1u, 13u, 250u}) {
-            const std::string section = letters.substr(0, length);
-            const std::string key = letters.substr(3, keyLength);
-            const wrb::EntryKey narrow(GuardedText<char>{section}, GuardedText<char>{key});
-            const wrb::EntryKey wide(GuardedText<wchar_t>{section}, GuardedText<wchar_t>{key});
-            ASSERT_EQ(narrow.View(), section + ":" + key);
-            ASSERT_EQ(wide.View(), narrow.View());
-            ASSERT_EQ(wide.Hash(), narrow.Hash());
+TEST_F(INICache, NarrowAndWideTextsOfEveryLengthShareAnEntry) {
+    for (const std::size_t length : {0u, 1u, 127u, 128u, 255u, 256u, 300u, 600u, 5000u}) {
+        for (const char* last : {"", "x", "\xE9", "\xE9\xFFz"}) {
+            const std::string section = std::string(length, 's') + last;
+            const std::string key = last + std::string(length / 2, 'k');
+            profile.reads = 0;
+            EXPECT_EQ(cache.readINIInt(section.c_str(), key.c_str(), 5), 5u);
+            EXPECT_EQ(cache.readINIInt(wrb::AnsiToWide(section).c_str(), wrb::AnsiToWide(key).c_str(), 6), 5u);
+            EXPECT_EQ(profile.reads, 1) << length;
         }
     }
 }
