@@ -35,27 +35,20 @@ class CAccBuffer {
     virtual ~CAccBuffer();
 
     void Append(const void* bytes, uint32_t count) {
-        if (count == 0) {
-            return;  // `bytes` may be null
-        }
-        if (uint8_t* room = TryClaim(count)) {
-            std::memcpy(room, bytes, count);
-        } else {
+        if (count > m_capacity - m_used || m_capacity >= kSpillCapacity) {
             AppendSlowly(bytes, count);
+        } else if (count > 0) {  // else `bytes` may be null
+            std::memcpy(m_block.get() + m_used, bytes, count);
+            m_used += count;
         }
     }
-
-    // Makes room for `count` more bytes, so that a writer that knows its size grows the block once. Only a hint: it
-    // never throws and never takes the capacity to the size at which a buffer spills.
-    void Reserve(uint32_t count) noexcept;
 
     // Bytes written, in memory or to the file.
     uint32_t Size() const noexcept { return m_used + m_inFileOnly; }
     uint32_t Capacity() const noexcept { return m_capacity; }
-    uint32_t Increment() const noexcept { return m_increment; }
 
     // Valid until the next append or change of content; null in file mode and while nothing has been written.
-    const uint8_t* Data() const noexcept { return m_spill ? nullptr : m_data; }
+    const uint8_t* Data() const noexcept { return m_spill ? nullptr : m_block.get(); }
 
     bool InFileMode() const noexcept { return m_spill != nullptr; }
 
@@ -71,52 +64,26 @@ class CAccBuffer {
     // message after the other does not allocate each time.
     void Empty() noexcept;
 
-    // Room for `count` bytes, counted as written, when they fit without a decision; else null and nothing is changed.
-    uint8_t* TryClaim(uint32_t count) noexcept {
-        if (count > m_fastEnd - m_used) {
-            return nullptr;
-        }
-        uint8_t* room = m_data + m_used;
-        m_used += count;
-        return room;
-    }
-
     // Switches to file mode now. False when no temporary file can be made.
     bool CreateFileModeFile();
 
-    // The temporary file, null in memory.
-    wrb::SpillFile* SpillFile() const noexcept { return m_spill.get(); }
-
-    // Gives the temporary file away and empties the buffer.
-    std::unique_ptr<wrb::SpillFile> DetachSpillFile() noexcept;
-
-    // Uses `block` in place of its own; `increment` is the granule from now on. An owned block comes from AllocateBlock
-    // and is freed by the buffer; one that is not owned must outlive its use and is never written to.
-    void AttachBlock(uint8_t* block, uint32_t length, bool owned, uint32_t increment) noexcept;
+    // Uses `block` in place of its own; `increment` is the granule from now on. A block that is not owned (BlockFree)
+    // must outlive its use and is never freed.
+    void AttachBlock(wrb::Block block, uint32_t length, uint32_t increment) noexcept;
 
     // Gives the block away and leaves the buffer empty. Throws kNotOwner for a block that is not the buffer's.
     wrb::Block DetachBlock();
 
-    // Writes over bytes that are already there.
-    void Overwrite(uint32_t offset, const void* bytes, uint32_t count);
+    wrb::Block m_block;
+    uint32_t m_used = 0;                      // bytes in the block
+    std::unique_ptr<wrb::SpillFile> m_spill;  // null in memory
 
   private:
     void AppendSlowly(const void* bytes, uint32_t count);
-    void AppendToBlock(const void* bytes, uint32_t count);
-    void AppendToFile(const void* bytes, uint32_t count);
-    bool TryGrow(uint32_t count) noexcept;
-    void ForgetSpill() noexcept;
-    void SetFastEnd() noexcept;
+    void Grow(uint32_t count);
 
-    friend class CIPCMsgBuffer;  // reads at full speed
-
-    uint32_t m_capacity = 0;
-    uint32_t m_used = 0;
+    uint32_t m_capacity = 0;  // of the block; in file mode no more than is used, so that nothing is appended to it
     uint32_t m_increment;
-    uint32_t m_fastEnd = 0;  // appends that end here or before need no decision; never below m_used
-    uint8_t* m_data = nullptr;
-    bool m_ownsData = false;
     bool m_spillFailed = false;
-    uint32_t m_inFileOnly = 0;  // bytes in the temporary file behind those that the block holds too
-    std::unique_ptr<wrb::SpillFile> m_spill;
+    uint32_t m_inFileOnly = 0;  // bytes in the temporary file that the block does not hold
 };

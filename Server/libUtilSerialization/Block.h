@@ -7,9 +7,16 @@
 
 namespace wrb {
 
-// The C allocator, because a message's block grows in place where the heap allows it.
+// The C allocator, because a message's block grows in place where the heap allows it. A block that is not owned, such
+// as the view of a file, is left to its owner.
 struct BlockFree {
-    void operator()(uint8_t* block) const noexcept { std::free(block); }
+    bool owned = true;
+
+    void operator()(uint8_t* block) const noexcept {
+        if (owned) {
+            std::free(block);
+        }
+    }
 };
 using Block = std::unique_ptr<uint8_t, BlockFree>;
 

@@ -1,31 +1,18 @@
 #include "IPCMsgBuffer.h"
 
-#include <algorithm>
 #include <cwchar>
 #include <limits>
+#include <utility>
 
 #include "DebugLog.h"
 #include "IPCMsgBufferException.h"
-#include "SpillFile.h"
 
 namespace {
 
-constexpr uint32_t kLengthWord = 4;  // bytes of the length in front of a value
+constexpr uint32_t kLengthWord = 4;       // bytes of the length in front of a value
+constexpr uint32_t kSmallestElement = 4;  // of an array: every value has at least its length word
 
 }  // namespace
-
-// The bytes may not have come along (CAccBuffer), and the cursor never stands behind the last one.
-CIPCMsgBuffer::CIPCMsgBuffer(const CIPCMsgBuffer& other)
-    : CAccBuffer(other),
-      m_position(std::min(other.m_position, m_used)),
-      m_previousPosition(std::min(other.m_previousPosition, m_used)) {}
-
-CIPCMsgBuffer& CIPCMsgBuffer::operator=(const CIPCMsgBuffer& other) {
-    CAccBuffer::operator=(other);
-    m_position = std::min(other.m_position, m_used);
-    m_previousPosition = std::min(other.m_previousPosition, m_used);
-    return *this;
-}
 
 CIPCMsgBuffer& CIPCMsgBuffer::operator<<(const wchar_t* text) {
     return text == nullptr ? WriteText(L"", 0) : WriteText(text, std::wcslen(text));
@@ -44,13 +31,8 @@ CIPCMsgBuffer& CIPCMsgBuffer::WriteText(const wchar_t* text, std::size_t length)
         throw CIPCMsgBufferException(CIPCMsgBufferException::kOutOfRange, WRB_SOURCE_FILE, __LINE__);
     }
     const auto bytes = static_cast<uint32_t>((length + 1) * sizeof(wchar_t));
-    if (uint8_t* room = TryClaim(kLengthWord + bytes)) {
-        std::memcpy(room, &bytes, kLengthWord);
-        std::memcpy(room + kLengthWord, text, bytes);
-    } else {
-        Append(&bytes, kLengthWord);
-        Append(text, bytes);
-    }
+    Append(&bytes, kLengthWord);
+    Append(text, bytes);
     return *this;
 }
 
@@ -107,25 +89,11 @@ std::span<const uint8_t> CIPCMsgBuffer::TakeBlock() {
 void CIPCMsgBuffer::Empty() noexcept {
     CAccBuffer::Empty();
     m_position = 0;
-    m_previousPosition = 0;
 }
 
-void CIPCMsgBuffer::AttachBlock(uint8_t* block, uint32_t length, bool owned, uint32_t increment) noexcept {
-    CAccBuffer::AttachBlock(block, length, owned, increment);
+void CIPCMsgBuffer::AttachBlock(wrb::Block block, uint32_t length, uint32_t increment) noexcept {
+    CAccBuffer::AttachBlock(std::move(block), length, increment);
     m_position = 0;
-    m_previousPosition = 0;
-}
-
-wrb::Block CIPCMsgBuffer::DetachBlock() {
-    wrb::Block block = CAccBuffer::DetachBlock();
-    Empty();
-    return block;
-}
-
-std::unique_ptr<wrb::SpillFile> CIPCMsgBuffer::DetachSpillFile() noexcept {
-    std::unique_ptr<wrb::SpillFile> file = CAccBuffer::DetachSpillFile();
-    Empty();
-    return file;
 }
 
 uint32_t CIPCMsgBuffer::PeekLength() const {
@@ -133,11 +101,11 @@ uint32_t CIPCMsgBuffer::PeekLength() const {
     if (kLengthWord > Remaining()) {
         ThrowUnreadable();
     }
-    std::memcpy(&length, m_data + m_position, sizeof length);
+    std::memcpy(&length, m_block.get() + m_position, sizeof length);
     return length;
 }
 
 void CIPCMsgBuffer::ThrowUnreadable() const {
-    const auto code = m_data == nullptr ? CIPCMsgBufferException::kInvalidBuffer : CIPCMsgBufferException::kOutOfRange;
+    const auto code = !m_block ? CIPCMsgBufferException::kInvalidBuffer : CIPCMsgBufferException::kOutOfRange;
     throw CIPCMsgBufferException(code, WRB_SOURCE_FILE, __LINE__);
 }

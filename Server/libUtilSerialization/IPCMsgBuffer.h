@@ -46,11 +46,6 @@ concept WireNumber = std::integral<T> && sizeof(T) <= 4 && !Character<T>;
 class CIPCMsgBuffer : public CAccBuffer {
   public:
     using CAccBuffer::CAccBuffer;
-    CIPCMsgBuffer(const CIPCMsgBuffer& other);
-    CIPCMsgBuffer& operator=(const CIPCMsgBuffer& other);
-
-    // Smallest number of bytes that one array element can take: every value has at least its length word.
-    static constexpr uint32_t kSmallestElement = 4;
 
     template <wrb::WireNumber T>
     CIPCMsgBuffer& operator<<(T value);
@@ -69,32 +64,23 @@ class CIPCMsgBuffer : public CAccBuffer {
     uint32_t ReadCount();
 
     // Bytes still unread.
-    uint32_t Remaining() const noexcept { return m_used - m_position; }
-
-    // Puts the cursor back to before the value read last.
-    void StepBack() noexcept { m_position = m_previousPosition; }
+    uint32_t Remaining() const noexcept { return m_position < m_used ? m_used - m_position : 0; }
 
   protected:
     // As the functions of the base class, with the cursor at the first byte.
     void Empty() noexcept;
-    void AttachBlock(uint8_t* block, uint32_t length, bool owned, uint32_t increment) noexcept;
-    wrb::Block DetachBlock();
-    std::unique_ptr<wrb::SpillFile> DetachSpillFile() noexcept;
-
-    // Moves the cursor behind the last byte.
-    void SkipToEnd() noexcept { m_position = m_used; }
+    void AttachBlock(wrb::Block block, uint32_t length, uint32_t increment) noexcept;
 
     // The block at the cursor, consumed. The view is valid until the content changes.
     std::span<const uint8_t> TakeBlock();
+
+    uint32_t m_position = 0;  // of the cursor
 
   private:
     CIPCMsgBuffer& WriteText(const wchar_t* text, std::size_t length);
     const uint8_t* Take(uint32_t count);
     uint32_t PeekLength() const;
     [[noreturn]] void ThrowUnreadable() const;
-
-    uint32_t m_position = 0;
-    uint32_t m_previousPosition = 0;
 };
 
 // A length word and a value that fits 32 bits, written as one piece of constant size.
@@ -126,10 +112,9 @@ CIPCMsgBuffer& CIPCMsgBuffer::operator>>(T& value) {
 }
 
 inline const uint8_t* CIPCMsgBuffer::Take(uint32_t count) {
-    if (count > m_used - m_position) {
+    if (count > Remaining()) {
         ThrowUnreadable();
     }
-    m_previousPosition = m_position;
     m_position += count;
-    return m_data + m_previousPosition;
+    return m_block.get() + m_position - count;
 }

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <cstring>
+#include <utility>
 
 #include "Clock.h"
 #include "DebugLog.h"
@@ -52,12 +53,12 @@ bool CMsgSerializer::Finalize() {
     if (!InFileMode()) {
         return true;
     }
-    if (!SpillFile()->Close()) {
+    if (!m_spill->Close()) {
         WRB_LOG(kLogError, L"%s - [File mode] Failed to write %s", L"CMsgSerializer::Finalize",
-                SpillFile()->Path().c_str());
+                m_spill->Path().c_str());
         return false;
     }
-    const std::unique_ptr<wrb::SpillFile> file = DetachSpillFile();
+    const std::unique_ptr<wrb::SpillFile> file = std::move(m_spill);
     if (!file->OpenToReceivers()) {
         // A receiver under the same account still gets it.
         WRB_LOG(kLogWarning, L"%s - [File mode] Failed to set the access of %s. err = %d", L"CMsgSerializer::Finalize",
@@ -66,7 +67,7 @@ bool CMsgSerializer::Finalize() {
     Reset();
     Buffer() << file->Path();
     SetBodyPlace(kBodyInFile);
-    Overwrite(kControlOffset, m_control.data(), sizeof m_control);
+    std::memcpy(m_block.get() + kControlOffset, &m_control, sizeof m_control);
     m_sentFile = file->Path();
     file->HandOver();
     return true;
@@ -80,18 +81,8 @@ void CMsgSerializer::DiscardSentFile() noexcept {
     }
 }
 
-uint32_t CMsgSerializer::ControlWord(uint32_t offset) const noexcept {
-    uint32_t word;
-    std::memcpy(&word, m_control.data() + offset, sizeof word);
-    return word;
-}
-
-void CMsgSerializer::SetControlWord(uint32_t offset, uint32_t value) noexcept {
-    std::memcpy(m_control.data() + offset, &value, sizeof value);
-}
-
 void CMsgSerializer::SetBodyPlace(uint32_t place) noexcept {
-    SetControlWord(kFlagsOffset, (ControlWord(kFlagsOffset) & ~(kBodyInMessage | kBodyInFile)) | place);
+    m_control.flags = (m_control.flags & ~(kBodyInMessage | kBodyInFile)) | place;
 }
 
 // The buffer lets go of a view before the file that it shows is unmapped.
@@ -101,15 +92,16 @@ void CMsgSerializer::DropContent() noexcept {
 }
 
 void CMsgSerializer::WriteHeader() {
-    Buffer() << m_formatValue << std::span<const uint8_t>(m_control) << m_name << m_id;
-    SkipToEnd();
+    Buffer() << m_formatValue << std::span(reinterpret_cast<const uint8_t*>(&m_control), sizeof m_control) << m_name
+             << m_id;
+    m_position = m_used;
 }
 
 bool CMsgSerializer::ReadHeader(Source source) {
     Buffer() >> m_formatValue;
     ReadControlBlock();
     Buffer() >> m_name >> m_id;
-    if ((ControlWord(kFlagsOffset) & kBodyInFile) == 0) {
+    if ((m_control.flags & kBodyInFile) == 0) {
         return true;
     }
     std::wstring path;
@@ -118,17 +110,17 @@ bool CMsgSerializer::ReadHeader(Source source) {
     if (source == Source::kMessage && ReadFile(path)) {
         return true;
     }
-    SetControlWord(kStatusOffset, kStatusNoResultFile);
-    SkipToEnd();
+    m_control.status = kStatusNoResultFile;
+    m_position = m_used;
     return false;
 }
 
 // A block that is too long is passed over; a short one leaves the rest as in a new message.
 void CMsgSerializer::ReadControlBlock() {
-    m_control = kNewControlBlock;
+    m_control = {};
     const std::span<const uint8_t> block = TakeBlock();
-    if (block.size() <= m_control.size()) {
-        std::memcpy(m_control.data(), block.data(), block.size());
+    if (block.size() <= sizeof m_control) {
+        std::memcpy(&m_control, block.data(), block.size());
     }
 }
 
@@ -142,14 +134,12 @@ bool CMsgSerializer::TakeFile(const std::wstring& path) {
     if (!file->Open(path)) {
         return false;
     }
-    const bool mapped = file->Size() >= m_mapFrom;
-    wrb::Block block = mapped ? nullptr : file->Read();
-    uint8_t* bytes = mapped ? file->Map() : block.get();
-    if (bytes == nullptr) {
+    wrb::Block block =
+        file->Size() < m_mapFrom ? file->Read() : wrb::Block(file->Map(), wrb::BlockFree{.owned = false});
+    if (!block) {
         return false;
     }
-    AttachBlock(bytes, static_cast<uint32_t>(file->Size()), !mapped, kAttachedIncrement);
-    static_cast<void>(block.release());
+    AttachBlock(std::move(block), static_cast<uint32_t>(file->Size()), kAttachedIncrement);
     m_resultFile = std::move(file);
     return true;
 }

@@ -25,7 +25,6 @@
 // A file is accepted only by the rules of SpillDirectory.h and ResultFile.h, and its message must hold its body itself.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -64,26 +63,26 @@ class CMsgSerializer : public CSerializer {
 
     const std::wstring& Name() const noexcept { return m_name; }
     const std::wstring& Id() const noexcept { return m_id; }
-    uint32_t Status() const noexcept { return ControlWord(kStatusOffset); }
+    uint32_t Status() const noexcept { return m_control.status; }
 
     // Size in bytes from which a received file is mapped instead of read.
     void SetMapFrom(uint64_t bytes) noexcept { m_mapFrom = bytes; }
 
   private:
-    using ControlBlock = std::array<uint8_t, 16>;
+    // As it is on the wire.
+    struct ControlBlock {
+        uint8_t mark[4] = {0x20, 0xAC, 0, 0};
+        uint32_t flags = kBodyInMessage;
+        uint32_t status = 0;
+        uint32_t reserved = 0;
+    };
     enum class Source { kMessage, kFile };
 
-    static constexpr ControlBlock kNewControlBlock = {0x20, 0xAC, 0, 0, 0x01};
     static constexpr uint32_t kControlOffset = 12;  // in the message
-    static constexpr uint32_t kFlagsOffset = 4;     // in the control block, as the next
-    static constexpr uint32_t kStatusOffset = 8;
     static constexpr uint32_t kBodyInMessage = 0x01;
     static constexpr uint32_t kBodyInFile = 0x02;
 
-    uint32_t ControlWord(uint32_t offset) const noexcept;
-    void SetControlWord(uint32_t offset, uint32_t value) noexcept;
     void SetBodyPlace(uint32_t place) noexcept;
-
     void DropContent() noexcept;
     void WriteHeader();
     bool ReadHeader(Source source);
@@ -91,7 +90,7 @@ class CMsgSerializer : public CSerializer {
     bool ReadFile(const std::wstring& path);
     bool TakeFile(const std::wstring& path);
 
-    ControlBlock m_control = kNewControlBlock;
+    ControlBlock m_control;
     std::wstring m_name;
     std::wstring m_id;
     std::wstring m_sentFile;                        // handed over by Finalize

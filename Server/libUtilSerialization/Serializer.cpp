@@ -5,6 +5,7 @@
 #include "IPCMsgBufferException.h"
 
 int32_t CSerializer::GetData(void* buffer, uint32_t& length) {
+    const uint32_t start = m_position;
     const std::span<const uint8_t> block = TakeBlock();
     const auto size = static_cast<uint32_t>(block.size());
     const bool enough = buffer != nullptr && length >= size;
@@ -12,7 +13,7 @@ int32_t CSerializer::GetData(void* buffer, uint32_t& length) {
         std::memset(buffer, 0, length);
         std::memcpy(buffer, block.data(), size);
     } else {
-        StepBack();
+        m_position = start;
     }
     length = size;
     return enough ? 1 : 0;
@@ -32,6 +33,12 @@ CSerializer& CSerializer::operator>>(ISerializable& record) {
     return *this;
 }
 
+wrb::Block CSerializer::DetachBlock() {
+    wrb::Block block = CAccBuffer::DetachBlock();
+    m_position = 0;
+    return block;
+}
+
 void CSerializer::Reset() {
     Empty();
 }
@@ -45,6 +52,6 @@ bool CSerializer::Load(const void* bytes, uint32_t length) {
 }
 
 bool CSerializer::Attach(uint8_t* bytes, uint32_t length) {
-    AttachBlock(bytes, bytes == nullptr ? 0 : length, true, kAttachedIncrement);
+    AttachBlock(wrb::Block(bytes), bytes == nullptr ? 0 : length, kAttachedIncrement);
     return true;
 }

@@ -69,23 +69,22 @@ class CSerializer : public ISerializer, private CIPCMsgBuffer {
     using CAccBuffer::Data;
     using CAccBuffer::InFileMode;
     using CAccBuffer::kDefaultIncrement;
-    using CAccBuffer::Reserve;
     using CIPCMsgBuffer::Remaining;
 
     // Gives the block away, GetSize() bytes of it as they were before the call, and leaves the message empty. Throws
     // kNotOwner when there is none or it is the view of a file.
-    using CIPCMsgBuffer::DetachBlock;
+    wrb::Block DetachBlock();
 
   protected:
     CIPCMsgBuffer& Buffer() noexcept { return *this; }
 
     using CAccBuffer::CreateFileModeFile;
-    using CAccBuffer::Overwrite;
-    using CAccBuffer::SpillFile;
+    using CAccBuffer::m_block;
+    using CAccBuffer::m_spill;
+    using CAccBuffer::m_used;
     using CIPCMsgBuffer::AttachBlock;
-    using CIPCMsgBuffer::DetachSpillFile;
     using CIPCMsgBuffer::Empty;
-    using CIPCMsgBuffer::SkipToEnd;
+    using CIPCMsgBuffer::m_position;
     using CIPCMsgBuffer::TakeBlock;
 
     static constexpr uint32_t kAttachedIncrement = 32768;

@@ -85,7 +85,8 @@ constexpr std::string_view kSampleHex =
 class GuardedReader : public CSerializer {
   public:
     explicit GuardedReader(const Bytes& bytes) : m_bytes(bytes.data(), bytes.size()) {
-        AttachBlock(m_bytes.Start(), static_cast<uint32_t>(bytes.size()), false, kDefaultIncrement);
+        AttachBlock(wrb::Block(m_bytes.Start(), {.owned = false}), static_cast<uint32_t>(bytes.size()),
+                    kDefaultIncrement);
     }
 
   private:
