@@ -4,39 +4,17 @@
 
 #include <cstring>
 #include <ctime>
+#include <cwchar>
 
 namespace wrb {
 namespace {
 
 constexpr uint32_t kMinute = 60;
 
-// Texts are taken eight bytes at a time as far as nothing in them needs a look: this is most of a record's work.
-constexpr std::size_t kStep = sizeof(uint64_t);
-
-uint64_t StepAt(const void* from) noexcept {
-    uint64_t step = 0;
-    std::memcpy(&step, from, sizeof step);
-    return step;
-}
-
-// No NUL, which would borrow from the bit above it, and nothing beyond ASCII.
-bool IsPlainAscii(uint64_t bytes) noexcept {
-    return (((bytes - 0x0101010101010101) | bytes) & 0x8080808080808080) == 0;
-}
-
-bool HasNul(uint64_t characters) noexcept {
-    return ((characters - 0x0001000100010001) & ~characters & 0x8000800080008000) != 0;
-}
-
-// Most texts are ASCII from end to end, which is the same in every ANSI code page.
+// Most texts are ASCII from end to end, which is the same in every ANSI code page: the system need not be asked.
 template <std::size_t N>
 void WidenAnsi(const char (&text)[N], wchar_t (&wide)[N]) noexcept {
     std::size_t length = 0;
-    for (; length + kStep < N && IsPlainAscii(StepAt(text + length)); length += kStep) {
-        for (std::size_t i = 0; i < kStep; ++i) {
-            wide[length + i] = static_cast<wchar_t>(text[length + i]);
-        }
-    }
     for (; length < N - 1 && text[length] != '\0'; ++length) {
         const auto byte = static_cast<unsigned char>(text[length]);
         if (byte >= 0x80) {
@@ -51,14 +29,8 @@ void WidenAnsi(const char (&text)[N], wchar_t (&wide)[N]) noexcept {
 }
 
 void CopyInfo(const wchar_t (&text)[kPfwLogInfoCharacters], wchar_t (&copy)[kPfwLogInfoCharacters]) noexcept {
-    constexpr std::size_t kCharacters = kStep / sizeof(wchar_t);
-    std::size_t length = 0;
-    for (; length + kCharacters < kPfwLogInfoCharacters && !HasNul(StepAt(text + length)); length += kCharacters) {
-        std::memcpy(copy + length, text + length, kStep);
-    }
-    for (; length < kPfwLogInfoCharacters - 1 && text[length] != L'\0'; ++length) {
-        copy[length] = text[length];
-    }
+    const std::size_t length = wcsnlen(text, kPfwLogInfoCharacters - 1);
+    std::wmemcpy(copy, text, length);
     copy[length] = L'\0';
 }
 
