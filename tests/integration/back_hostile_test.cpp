@@ -5,7 +5,7 @@
 
 #include "BackEnd.h"
 #include "DbAgent.h"
-#include "DbApiHeader.h"
+#include "DbFrame.h"
 #include "DebugLog.h"
 #include "FakeDbService.h"
 #include "FakePipeService.h"
@@ -17,16 +17,6 @@ namespace {
 
 constexpr wchar_t kDbPipe[] = L"DbServerNamePipe";
 constexpr wchar_t kLogPipe[] = L"Log_ServerNamePipe";
-
-// The frame of a request, and the request behind it.
-std::string Framed(const std::string& request) {
-    CDbApiHeaderContent content;
-    content.FillInContent(L"back_test");
-    CMsgSerializer message;
-    message << content;
-    const uint32_t words[] = {kDbApiMagic, message.GetSize()};
-    return std::string(reinterpret_cast<const char*>(words), sizeof words) + BytesOf(message) + request;
-}
 
 std::string Serialized(const wchar_t* name) {
     CMsgSerializer message(name);

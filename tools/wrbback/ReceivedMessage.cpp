@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <stdexcept>
 
 #include "MsgSerializer.h"
@@ -9,9 +10,8 @@
 namespace wrb {
 namespace {
 
-// The header keeps this flag where a message says that its body is in a file.
-constexpr std::size_t kMessageFlags = 16;
-constexpr uint8_t kBodyInFile = 0x02;
+// Every serialized message starts with these four bytes, no text does.
+constexpr uint8_t kMessageStart[] = {4, 0, 0, 0};
 
 }  // namespace
 
@@ -22,12 +22,17 @@ std::wstring ReceivedText(std::span<const uint8_t> bytes) {
     return text;
 }
 
+bool IsSerialized(std::span<const uint8_t> bytes) {
+    return bytes.size() >= sizeof kMessageStart &&
+           std::equal(std::begin(kMessageStart), std::end(kMessageStart), bytes.begin());
+}
+
 void LoadReceivedMessage(std::span<const uint8_t> bytes, CMsgSerializer& message) {
-    if (bytes.size() <= kMessageFlags || (bytes[kMessageFlags] & kBodyInFile) != 0) {
-        throw std::runtime_error("a message without its body");
-    }
     if (!message.Load(bytes.data(), static_cast<uint32_t>(bytes.size()))) {
-        throw std::runtime_error("a message that cannot be loaded");
+        throw std::runtime_error("the file with its body is refused");
+    }
+    if (message.GetSize() > kLargestMessage) {
+        throw std::runtime_error("longer than " + std::to_string(kLargestMessage) + " bytes");
     }
 }
 

@@ -12,9 +12,15 @@ namespace wrb {
 // UTF-16 up to the first NUL; an odd last byte is left out.
 std::wstring ReceivedText(std::span<const uint8_t> bytes);
 
-// Loads a serialized message; its cursor then stands at the body. No message that this back end is sent is large, so
-// one whose body is in a file is refused: it would have us read, and delete, that file. Throws a std::exception that
-// says what is wrong.
+// Bytes of a message with its body, wherever the body is.
+inline constexpr uint32_t kLargestMessage = 256u << 20;
+
+// Whether the bytes are the start of a serialized message and not a text.
+bool IsSerialized(std::span<const uint8_t> bytes);
+
+// Loads a serialized message; its cursor then stands at the body. A body in a file is read by the rules of
+// MsgSerializer.h, and the file is deleted with the content of `message`. Throws a std::exception that says what is
+// wrong: the message is malformed or too long, or its file is refused.
 void LoadReceivedMessage(std::span<const uint8_t> bytes, CMsgSerializer& message);
 
 }  // namespace wrb

@@ -1,6 +1,5 @@
 #include "DbServer.h"
 
-#include <cstring>
 #include <exception>
 #include <string_view>
 #include <utility>
@@ -21,9 +20,6 @@ namespace {
 constexpr unsigned kInstances = 64;
 constexpr std::size_t kMaxRequestBytes = 4u << 20;
 constexpr std::size_t kShownCharacters = 64;
-
-// Every serialized message starts with these four bytes, no text command does.
-constexpr uint8_t kMessageStart[] = {4, 0, 0, 0};
 
 std::span<const uint8_t> BytesOf(const std::wstring& text) {
     return {reinterpret_cast<const uint8_t*>(text.data()), text.size() * sizeof(wchar_t)};
@@ -78,9 +74,7 @@ Job DbServer::Accept(const std::string& message, const PipePeer& peer) {
     if (const auto status = ReadDbApiHeader(request, header); status != DbApiHeaderStatus::Ok) {
         return Refuse(from, std::wstring(L"header frame: ") + DescribeDbApiHeaderStatus(status));
     }
-    const bool serialized =
-        request.size() >= sizeof kMessageStart && std::memcmp(request.data(), kMessageStart, sizeof kMessageStart) == 0;
-    return serialized ? AcceptSerialized(request, from) : AcceptText(request, from);
+    return IsSerialized(request) ? AcceptSerialized(request, from) : AcceptText(request, from);
 }
 
 Job DbServer::AcceptText(std::span<const uint8_t> bytes, const std::string& from) {
@@ -138,17 +132,24 @@ void DbServer::AnswerText(DbCommand command, CCmdProtocol& request, const std::w
 
 Job DbServer::AcceptSerialized(std::span<const uint8_t> bytes, const std::string& from) {
     const auto message = std::make_shared<CMsgSerializer>();
+    const std::wstring noReplyPipe = message->Id();  // until the message has named one
+    const auto refuse = [&](const std::wstring& why) -> Job {
+        Refuse(from, why);
+        if (message->Id() == noReplyPipe) {
+            return {};
+        }
+        return [this, replyPipe = message->Id()] { Reply(replyPipe, {}); };
+    };
     std::wstring uid;
     try {
         LoadReceivedMessage(bytes, *message);
         *message >> uid;
     } catch (const std::exception& error) {
-        return Refuse(from, L"a malformed message: " + Utf8ToWide(error.what()));
+        return refuse(L"a malformed message: " + Utf8ToWide(error.what()));
     }
     const std::optional<DbCommand> command = FindDbCommand(message->Name());
     if (!command || DescribeDbCommand(*command).answer != DbAnswer::Message) {
-        Refuse(from, L"no such command: " + Shown(message->Name()));
-        return [this, replyPipe = message->Id()] { Reply(replyPipe, {}); };
+        return refuse(L"no such command: " + Shown(message->Name()));
     }
     uid.resize(std::min(uid.size(), kUidCharacters));
     return [this, command = *command, uid, message] { AnswerSerialized(command, uid, *message); };

@@ -176,6 +176,11 @@ Record ParseLogPoolMessage(std::span<const uint8_t> bytes) {
 }
 
 Record ParseAgentEvent(std::span<const uint8_t> bytes) {
+    if (IsSerialized(bytes)) {
+        CMsgSerializer message;
+        LoadReceivedMessage(bytes, message);  // so that its file goes with it
+        Refuse("not a text");
+    }
     const std::wstring text = ReceivedText(bytes);
     if (bytes.size() != (text.size() + 1) * sizeof(wchar_t)) {
         Refuse("not a text that ends with its NUL");
