@@ -92,7 +92,7 @@ class PlannedData final : public IEntryData {
     int64_t m_missing = 0;
 };
 
-// Second reading: unpacks every entry, also those that nobody wants, since only that finds damage.
+// Second reading: unpacks every entry, also unwanted ones, since only that finds damage.
 class Unpacker final : public ICabinetVisitor {
   public:
     Unpacker(const std::vector<PlannedEntry>& plan, CreatedFiles& files) : m_plan(plan), m_files(files) {}

@@ -110,7 +110,7 @@ class MultipartParser {
                                                                                        : kCgiMultipartBadPart;
     }
 
-    // Finds the next delimiter from `from` on: m_contentEnd is where it begins, m_next what lies behind its line.
+    // Finds the next delimiter from `from` on: m_contentEnd is where it begins, m_next what follows its line.
     bool FindDelimiter(std::size_t from) {
         for (std::size_t found = m_body.find(m_delimiter, from); found != m_body.npos;
              found = m_body.find(m_delimiter, found + 2)) {

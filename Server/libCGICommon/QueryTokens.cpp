@@ -5,7 +5,7 @@
 namespace wrb {
 namespace {
 
-// The first run of characters outside `separators`; `text` is left with what lies behind the run and one separator.
+// The first run of characters outside `separators`; `text` is left with what follows the run and one separator.
 std::string_view NextRun(std::string_view& text, std::string_view separators) noexcept {
     text.remove_prefix(std::min(text.find_first_not_of(separators), text.size()));
     const std::string_view run = text.substr(0, text.find_first_of(separators));

@@ -1,4 +1,4 @@
-// CGetParameterImp: what stands behind CGetParameter. It reads the request when it is made and answers look-ups.
+// CGetParameterImp: the implementation of CGetParameter. It reads the request when it is made and answers look-ups.
 #pragma once
 
 #include <deque>

@@ -1,7 +1,7 @@
 // CPutStream: the response of a gateway program, to standard output. Conventions: cgi_Helpers.h.
 //
 // Wide text goes out as UTF-8 (half a surrogate pair as U+FFFD), narrow text and bytes as they are. Nothing is added:
-// the program writes the header lines itself, an empty line behind them, and names the character set there.
+// the program writes the header lines itself, an empty line after them, and names the character set there.
 //
 //   CPutStream out(false);
 //   out << "Content-Type: text/html; charset=utf-8" << endl << endl;
@@ -10,7 +10,7 @@
 //
 // Output is collected and written when 16 KiB are there, at endl and flush, and when the stream ends. Standard output
 // is looked up at every write and gets the bytes untranslated; programs that also print otherwise flush first. When the
-// web server has stopped reading, the rest is swallowed: there is nobody left to tell.
+// web server has stopped reading, the rest is dropped.
 #pragma once
 
 #include "cgi_Helpers.h"

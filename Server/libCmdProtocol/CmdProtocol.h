@@ -41,10 +41,10 @@ class CCmdProtocol {
     CCmdProtocol& operator>>(uint32_t& number);
 
     // The whole message, for sending; valid until the next append. Not terminated as far as the view goes, but the
-    // character behind it is always NUL.
+    // character after it is always NUL.
     std::wstring_view Text() const noexcept { return m_buffer; }
 
-    // True once every character has been read. The empty field behind a TAB at the very end is then still to come, as
+    // True once every character has been read. The empty field after a TAB at the very end is then still to come, as
     // it is for an empty message.
     bool AtEnd() const noexcept { return m_position == m_buffer.size(); }
 

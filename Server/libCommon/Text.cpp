@@ -30,7 +30,7 @@ constexpr std::size_t kFormattedLimit = 4096;
 
 // `print` is of the family with the leading underscore, which reads %s as wide in a wide format on every Windows
 // compiler. A negative count is a cut or a text that cannot be converted; either may leave the buffer without a
-// terminator, so what was there before must not show behind what was written: once more, into zeros.
+// terminator, so old content could follow the new text: format again, into zeros.
 template <typename Character, typename Print>
 std::size_t FormatWith(Print print, Character* buffer, std::size_t capacity, const Character* format,
                        va_list arguments) {

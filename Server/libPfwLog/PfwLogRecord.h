@@ -1,6 +1,6 @@
-// The records of an agent's firewall log file: fixed-size records one behind the other, without header or trailer, all
+// The records of an agent's firewall log file: fixed-size records one after the other, without header or trailer, all
 // of one version. Integers are little-endian; narrow texts are in the system's ANSI code page. Every text ends at its
-// first NUL; what stands behind it, in reserved fields and in padding is ignored.
+// first NUL; what follows it, in reserved fields and in padding is ignored.
 //
 // The two structures are what lies in the file. Their natural alignment has no holes but the padding named here.
 #pragma once

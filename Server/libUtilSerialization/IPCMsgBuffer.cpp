@@ -60,7 +60,7 @@ CIPCMsgBuffer& CIPCMsgBuffer::operator>>(std::wstring& text) {
     }
     const uint8_t* characters = Take(kLengthWord + bytes) + kLengthWord;
     if (bytes > 0) {
-        // Copied as bytes: behind a block of odd length the characters are not aligned.
+        // Copied as bytes: after a block of odd length the characters are not aligned.
         text.resize(bytes / sizeof(wchar_t) - 1);
         std::memcpy(text.data(), characters, text.size() * sizeof(wchar_t));
     }

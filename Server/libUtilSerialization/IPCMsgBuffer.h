@@ -17,7 +17,7 @@
 // byte; length 1 cannot hold the terminator and is refused.
 //
 // Errors: a read that would pass the last byte throws CIPCMsgBufferException kOutOfRange, or kInvalidBuffer when there
-// is no block at all; the cursor then still stands before the value. Nothing is allocated for a length or a count
+// is no block at all; the cursor then stays before the value. Nothing is allocated for a length or a count
 // before the bytes that it promises have been found. One thread at a time.
 #pragma once
 

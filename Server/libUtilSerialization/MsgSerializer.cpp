@@ -106,7 +106,7 @@ bool CMsgSerializer::ReadHeader(Source source) {
     }
     std::wstring path;
     Buffer() >> path;
-    // A file that names a file would let a sender lead the reader on for ever.
+    // A file that names a file is refused: such a chain could be endless.
     if (source == Source::kMessage && ReadFile(path)) {
         return true;
     }

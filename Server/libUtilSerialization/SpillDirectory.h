@@ -1,4 +1,4 @@
-// Where messages too large for memory spend their time, and which path a received message may name.
+// The folders for messages that are too large for memory, and the rule for the path that a received message names.
 //
 // A message in file mode names a file that its receiver reads and then deletes, so the path comes from another process
 // and is not to be trusted: a local program could otherwise have a service read, lock or delete any file that the
