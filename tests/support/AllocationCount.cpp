@@ -1,5 +1,6 @@
 #include "AllocationCount.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -7,6 +8,13 @@ namespace {
 
 thread_local std::size_t t_allocations = 0;
 thread_local std::size_t t_leastFailing = 0;
+thread_local bool t_spared = false;
+std::atomic<long long> g_untilFailure = -1;  // 0: it has happened; below: none is wanted
+
+bool Fails(std::size_t size) {
+    const bool isNth = !t_spared && g_untilFailure > 0 && --g_untilFailure == 0;
+    return isNth || (t_leastFailing != 0 && size >= t_leastFailing);
+}
 
 }  // namespace
 
@@ -18,11 +26,24 @@ void FailAllocationsOfThisThread(std::size_t leastBytes) {
     t_leastFailing = leastBytes;
 }
 
+FailedAllocation::FailedAllocation(std::size_t nth) {
+    t_spared = true;
+    g_untilFailure = static_cast<long long>(nth);
+}
+
+FailedAllocation::~FailedAllocation() {
+    g_untilFailure = -1;
+    t_spared = false;
+}
+
+bool FailedAllocation::Happened() const {
+    return g_untilFailure <= 0;
+}
+
 // Alone in this file: where the compiler sees both and inlines one, it takes them for a mismatched pair.
 void* operator new(std::size_t size) {
     ++t_allocations;
-    const bool fails = t_leastFailing != 0 && size >= t_leastFailing;
-    if (void* memory = fails ? nullptr : std::malloc(size != 0 ? size : 1)) {
+    if (void* memory = Fails(size) ? nullptr : std::malloc(size != 0 ? size : 1)) {
         return memory;
     }
     throw std::bad_alloc();

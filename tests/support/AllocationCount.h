@@ -8,3 +8,14 @@ std::size_t AllocationsOfThisThread();
 
 // From now on the calling thread gets no block of so many bytes or more; 0: it gets all.
 void FailAllocationsOfThisThread(std::size_t leastBytes);
+
+// While it exists, the `nth` allocation (from 1) on any thread but its own throws std::bad_alloc. One at a time.
+class FailedAllocation {
+  public:
+    explicit FailedAllocation(std::size_t nth);
+    ~FailedAllocation();
+    FailedAllocation(const FailedAllocation&) = delete;
+    FailedAllocation& operator=(const FailedAllocation&) = delete;
+
+    bool Happened() const;
+};

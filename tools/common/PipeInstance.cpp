@@ -4,17 +4,20 @@
 #include <utility>
 
 namespace wrb {
-namespace {
-
-constexpr std::size_t kReadBytes = 16 * 1024;
-
-}  // namespace
 
 void PipeInstance::Reset() {
     m_operation = {};
-    m_message.clear();
     m_filled = 0;
     expired = false;
+    if (m_message.size() > kOwnBytes) {
+        std::string().swap(m_message);
+    }
+    m_memory.Release();
+}
+
+void PipeInstance::Close() {
+    m_pipe.Reset();
+    Reset();
 }
 
 PipeStep PipeInstance::Connect() {
@@ -31,10 +34,24 @@ PipeStep PipeInstance::Connect() {
     }
 }
 
+// The room doubles, so that a long message is copied a few times only.
+bool PipeInstance::MakeRoom(std::size_t most) {
+    const std::size_t room = m_message.size();
+    const std::size_t wanted = std::max(kOwnBytes, std::min(room * 2, most));
+    if (wanted > kOwnBytes && !m_memory.Grow(wanted - room)) {
+        return false;
+    }
+    m_message.resize(wanted);
+    return true;
+}
+
 PipeStep PipeInstance::Read(std::size_t maxMessageBytes) {
-    // One byte more than the limit, so that an oversized message is detected.
-    const std::size_t wanted = std::min(maxMessageBytes + 1 - m_filled, kReadBytes);
-    m_message.resize(m_filled + wanted);
+    const std::size_t most =
+        maxMessageBytes + 1;  // one byte more than the limit, so that an oversized message is detected
+    if (m_filled == m_message.size() && !MakeRoom(most)) {
+        return PipeStep::NoRoom;
+    }
+    const std::size_t wanted = std::min({most - m_filled, m_message.size() - m_filled, kOwnBytes});
     m_operation = {};
     DWORD bytes = 0;
     if (ReadFile(m_pipe.Get(), m_message.data() + m_filled, static_cast<DWORD>(wanted), &bytes, &m_operation)) {
@@ -52,6 +69,9 @@ PipeStep PipeInstance::Read(std::size_t maxMessageBytes) {
 }
 
 std::string PipeInstance::TakeMessage() {
+    if (m_message.size() <= kOwnBytes) {
+        return m_message.substr(0, m_filled);  // the buffer stays for the next message
+    }
     m_message.resize(m_filled);
     return std::exchange(m_message, {});
 }

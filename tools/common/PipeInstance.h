@@ -10,6 +10,7 @@
 #include <string>
 
 #include "Handle.h"
+#include "MemoryBudget.h"
 
 namespace wrb {
 
@@ -18,26 +19,31 @@ enum class PipeState {
     Resting,     // connecting failed; retried at the deadline
     Connecting,  // waits for a client
     Reading,     // has a client that is still connected
+    Waiting,     // has a client, and no memory to read on
     Handling,    // a worker has its complete message
 };
 
-// Pending: a packet will follow. Taken: data arrived, call again. Ready: done. Failed: GetLastError tells.
-enum class PipeStep { Pending, Taken, Ready, Failed };
+// Pending: a packet will follow. Taken: data arrived, call again. Ready: done. NoRoom: the memory budget is used up.
+// Failed: GetLastError tells.
+enum class PipeStep { Pending, Taken, Ready, NoRoom, Failed };
 
 class PipeInstance {
   public:
     static constexpr ULONGLONG kNever = ~0ull;
 
+    // Each instance has a buffer of this size; messages that exceed it take memory from the budget.
+    static constexpr std::size_t kOwnBytes = 16 * 1024;
+
     // The pipe is overlapped and reads bytes; it must be on a completion port that gets no packet for operations that
     // complete at once.
-    explicit PipeInstance(FileHandle pipe) : m_pipe(std::move(pipe)) {}
+    PipeInstance(FileHandle pipe, MemoryBudget& budget) : m_pipe(std::move(pipe)), m_memory(budget) {}
 
     HANDLE Pipe() const { return m_pipe.Get(); }
 
     PipeStep Connect();  // Ready: a client is already connected
 
     // Reads the available data. Ready: the writer has closed its end and everything is read. Data that is already there
-    // is Taken without a packet: a packet could arrive too late (see PipeListener.cpp).
+    // is Taken without a packet: a packet could arrive too late (see PipeListener.cpp). Throws std::bad_alloc.
     PipeStep Read(std::size_t maxMessageBytes);
 
     // The read's packet reports `bytes`.
@@ -47,22 +53,27 @@ class PipeInstance {
     void Cancel() { CancelIoEx(m_pipe.Get(), &m_operation); }
 
     void Disconnect() { DisconnectNamedPipe(m_pipe.Get()); }
-    void Close() { m_pipe.Reset(); }
+    void Close();
 
     std::string TakeMessage();
     std::size_t Filled() const { return m_filled; }
 
+    // What the message holds of the budget: until the next client comes, unless it is taken away.
+    MemoryShare TakeMemory() { return std::move(m_memory); }
+
     PipeState state = PipeState::Closed;
-    ULONGLONG deadline = kNever;  // of a resting or reading instance, on the 64-bit tick clock
+    ULONGLONG deadline = kNever;  // of a resting, reading or waiting instance, on the 64-bit tick clock
     bool expired = false;         // the read was cancelled at the deadline
 
   private:
     void Reset();
+    bool MakeRoom(std::size_t most);
 
     FileHandle m_pipe;
     OVERLAPPED m_operation{};
-    std::string m_message;  // m_filled bytes are received; the rest is the buffer of the pending read
+    std::string m_message;  // m_filled bytes are received; the rest is room for reads
     std::size_t m_filled = 0;
+    MemoryShare m_memory;
 };
 
 }  // namespace wrb

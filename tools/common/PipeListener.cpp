@@ -1,11 +1,11 @@
 #include "PipeListener.h"
 
-#include <sddl.h>
-
 #include <algorithm>
 #include <future>
+#include <new>
 #include <utility>
 
+#include "AccessList.h"
 #include "PipeInstance.h"
 
 namespace wrb {
@@ -15,15 +15,15 @@ constexpr DWORD kBufferBytes = 65536;                              // the system
 constexpr unsigned kMostInstances = PIPE_UNLIMITED_INSTANCES - 1;  // one more means unlimited
 constexpr ULONGLONG kRestMilliseconds = 100;
 
-// System and administrators: everything. Everybody on this machine: connect, read and write.
-constexpr wchar_t kPipeAccess[] = L"D:(A;;GA;;;SY)(A;;GA;;;BA)(A;;GRGW;;;WD)";
+// What other accounts may do: clients open for writing alone. The right to write has that of creating instances in it,
+// which is why the name takes no more instances than ours (see CreateInstance).
+constexpr wchar_t kClientRights[] = L"GW";
+
+// Packets that are about no instance: the kind is the byte count.
+enum : DWORD { kStopPacket = 0, kRoomPacket = 1 };
 
 unsigned InstanceCount(const PipeListenerOptions& options) {
     return std::clamp(options.instances, 1u, kMostInstances);
-}
-
-std::wstring PathOf(const std::wstring& name) {
-    return L"\\\\.\\pipe\\" + name;
 }
 
 PipeListener::InOrder OnWorkers(unsigned workers, PipeListener::Handler handler) {
@@ -46,17 +46,26 @@ const wchar_t* PipeDropText(PipeDrop reason) {
             return L"the service stops and the message is not complete";
         case PipeDrop::HandlerThrew:
             return L"handling the message failed";
+        case PipeDrop::NoMemory:
+            return L"there is no memory for it";
     }
     return L"";
 }
 
 uint32_t PipePeer::Pid() const {
     ULONG pid = 0;
-    return GetNamedPipeClientProcessId(m_pipe, &pid) ? pid : 0;
+    return GetNamedPipeClientProcessId(m_instance->Pipe(), &pid) ? pid : 0;
+}
+
+MemoryShare PipePeer::TakeMemory() const {
+    return m_instance->TakeMemory();
 }
 
 PipeListener::PipeListener(PipeListenerOptions options, InOrder inOrder)
-    : m_options(std::move(options)), m_inOrder(std::move(inOrder)) {}
+    : m_options(std::move(options)),
+      m_inOrder(std::move(inOrder)),
+      m_path(L"\\\\.\\pipe\\" + m_options.name),
+      m_memory(m_options.memoryBudget, [this] { PostQueuedCompletionStatus(m_port.Get(), kRoomPacket, 0, nullptr); }) {}
 
 PipeListener::PipeListener(const PipeListenerOptions& options, Handler handler)
     : PipeListener(options, OnWorkers(InstanceCount(options), std::move(handler))) {}
@@ -80,12 +89,10 @@ bool PipeListener::Start() {
 
 // Each instance waits for its client before the next one exists, so every client that connects is noticed.
 DWORD PipeListener::CreateInstances() {
-    LocalMemory descriptor;
-    if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(kPipeAccess, SDDL_REVISION_1, descriptor.Receive(),
-                                                              nullptr)) {
+    AccessList access;
+    if (!access.Set(m_options.allowed, kClientRights)) {
         return GetLastError();
     }
-    SECURITY_ATTRIBUTES access{sizeof(access), descriptor.Get(), FALSE};
     const DWORD count = InstanceCount(m_options);
     m_instances.reserve(count);
     for (DWORD i = 0; i < count; ++i) {
@@ -94,7 +101,7 @@ DWORD PipeListener::CreateInstances() {
             const DWORD error = GetLastError();
             return error == ERROR_ACCESS_DENIED || error == ERROR_PIPE_BUSY ? ERROR_ALREADY_EXISTS : error;
         }
-        PipeInstance& instance = *m_instances.emplace_back(std::make_unique<PipeInstance>(std::move(pipe)));
+        PipeInstance& instance = *m_instances.emplace_back(std::make_unique<PipeInstance>(std::move(pipe), m_memory));
         const auto key = reinterpret_cast<ULONG_PTR>(&instance);
         if (CreateIoCompletionPort(instance.Pipe(), m_port.Get(), key, 0) == nullptr ||
             !SetFileCompletionNotificationModes(instance.Pipe(), FILE_SKIP_COMPLETION_PORT_ON_SUCCESS)) {
@@ -110,17 +117,25 @@ DWORD PipeListener::CreateInstances() {
 
 // No other process may serve the name and read what clients send: the first instance must create the name, and the
 // system admits no more than our `count` instances. Wine enforces only the second rule.
-FileHandle PipeListener::CreateInstance(DWORD count, bool first, SECURITY_ATTRIBUTES& access) const {
-    const std::wstring path = PathOf(m_options.name);
+FileHandle PipeListener::CreateInstance(DWORD count, bool first, AccessList& access) const {
     const DWORD open = PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | (first ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0);
-    return FileHandle(CreateNamedPipeW(path.c_str(), open,
-                                       PIPE_TYPE_MESSAGE | PIPE_READMODE_BYTE | PIPE_REJECT_REMOTE_CLIENTS, count,
-                                       kBufferBytes, kBufferBytes, m_options.clientWaitMilliseconds, &access));
+    return FileHandle(
+        CreateNamedPipeW(m_path.c_str(), open, PIPE_TYPE_MESSAGE | PIPE_READMODE_BYTE | PIPE_REJECT_REMOTE_CLIENTS,
+                         count, kBufferBytes, kBufferBytes, m_options.clientWaitMilliseconds, access.Attributes()));
 }
 
-void PipeListener::Stop() {
+DWORD PipeListener::TryCreateInstances() noexcept {
+    try {
+        return CreateInstances();
+    } catch (...) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
+}
+
+void PipeListener::Stop(uint32_t drainMilliseconds) {
     if (m_thread.joinable()) {
-        PostQueuedCompletionStatus(m_port.Get(), 0, 0, nullptr);
+        m_drainMilliseconds = drainMilliseconds;
+        PostQueuedCompletionStatus(m_port.Get(), kStopPacket, 0, nullptr);
         m_thread.join();
     }
     m_jobs.Finish();
@@ -128,13 +143,14 @@ void PipeListener::Stop() {
 }
 
 PipeListenerCounters PipeListener::Counters() const {
-    return {m_accepted.load(), m_empty.load(), m_dropped.load()};
+    return {m_accepted.load(), m_empty.load(), m_dropped.load(), m_noMemory.load()};
 }
 
 // Every change of an instance happens on this thread: on the packet of its operation, on the packet of the worker that
-// has finished its message, or at its deadline. A packet without an instance is the stop.
+// has finished its message, or at its deadline. A packet without an instance is the stop, or reports free memory for
+// waiting instances. Nothing here may throw: functions that allocate catch their exceptions.
 void PipeListener::Run(std::promise<DWORD>& created) {
-    const DWORD failure = CreateInstances();
+    const DWORD failure = TryCreateInstances();
     if (failure != 0) {
         m_stopping = true;
         CancelConnects();  // another process may own the name: no client can be ours
@@ -149,7 +165,7 @@ void PipeListener::Run(std::promise<DWORD>& created) {
         if (key != 0) {
             OnPacket(*reinterpret_cast<PipeInstance*>(key), operation == nullptr, bytes, error);
         } else if (good) {
-            OnStop();
+            bytes == kRoomPacket ? OnRoom() : OnStop();
         }
         const ULONGLONG now = GetTickCount64();
         for (const auto& instance : m_instances) {
@@ -184,10 +200,20 @@ void PipeListener::OnPacket(PipeInstance& instance, bool ours, DWORD bytes, DWOR
     }
 }
 
+void PipeListener::OnRoom() {
+    for (const auto& instance : m_instances) {
+        if (instance->state == PipeState::Waiting) {
+            ReadOn(*instance);
+        }
+    }
+}
+
 void PipeListener::OnExpired(PipeInstance& instance) {
     instance.deadline = PipeInstance::kNever;
     if (instance.state == PipeState::Resting) {
         Arm(instance);
+    } else if (instance.state == PipeState::Waiting) {
+        DropAndRecycle(PipeDrop::NoMemory, instance);
     } else {
         instance.expired = true;
         instance.Cancel();
@@ -203,7 +229,8 @@ void PipeListener::OnStop() {
                 Close(*instance);
                 break;
             case PipeState::Reading:
-                instance->deadline = std::min(instance->deadline, GetTickCount64() + m_options.drainMilliseconds);
+            case PipeState::Waiting:
+                instance->deadline = std::min(instance->deadline, GetTickCount64() + m_drainMilliseconds);
                 break;
             default:
                 break;
@@ -217,9 +244,8 @@ void PipeListener::OnStop() {
 void PipeListener::ConnectLastClients() {
     const auto waiting = std::ranges::count_if(
         m_instances, [](const auto& instance) { return instance->state == PipeState::Connecting; });
-    const std::wstring path = PathOf(m_options.name);
     for (auto i = waiting; i > 0; --i) {
-        const FileHandle client(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+        const FileHandle client(CreateFileW(m_path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                             SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
         if (!client) {
             if (GetLastError() != ERROR_PIPE_BUSY) {  // busy: every instance has another client
@@ -260,29 +286,43 @@ void PipeListener::Arm(PipeInstance& instance) {
 }
 
 void PipeListener::Connected(PipeInstance& instance) {
-    instance.state = PipeState::Reading;
-    instance.deadline =
-        GetTickCount64() + (m_stopping ? m_options.drainMilliseconds : m_options.readTimeoutMilliseconds);
+    instance.deadline = GetTickCount64() + (m_stopping ? m_drainMilliseconds : m_options.readTimeoutMilliseconds);
     ReadOn(instance);
 }
 
 // Reads all available data before it returns to the port. So a message whose client has closed is complete before the
 // next connection of this client is seen: that connection's packet follows the current one.
 void PipeListener::ReadOn(PipeInstance& instance) {
-    for (;;) {
-        const PipeStep step = instance.Read(m_options.maxMessageBytes);
-        if (step == PipeStep::Pending) {
-            return;
+    instance.state = PipeState::Reading;
+    try {
+        switch (ReadAll(instance)) {
+            case PipeStep::Pending:
+                break;
+            case PipeStep::NoRoom:
+                instance.state = PipeState::Waiting;
+                break;
+            case PipeStep::Ready:
+                Complete(instance);
+                break;
+            case PipeStep::Failed:
+                DropAndRecycle(PipeDrop::Broken, instance);
+                break;
+            case PipeStep::Taken:
+                DropAndRecycle(PipeDrop::Oversized, instance);
+                break;
         }
-        if (step == PipeStep::Ready) {
-            Complete(instance);
-            return;
-        }
-        if (step == PipeStep::Failed || instance.Filled() > m_options.maxMessageBytes) {
-            DropAndRecycle(step == PipeStep::Failed ? PipeDrop::Broken : PipeDrop::Oversized, instance);
-            return;
-        }
+    } catch (const std::bad_alloc&) {
+        DropAndRecycle(PipeDrop::NoMemory, instance);
     }
+}
+
+// Taken: more than may come.
+PipeStep PipeListener::ReadAll(PipeInstance& instance) {
+    PipeStep step = PipeStep::Taken;
+    while (step == PipeStep::Taken && instance.Filled() <= m_options.maxMessageBytes) {
+        step = instance.Read(m_options.maxMessageBytes);
+    }
+    return step;
 }
 
 void PipeListener::OnRead(PipeInstance& instance, DWORD bytes, DWORD error) {
@@ -293,8 +333,6 @@ void PipeListener::OnRead(PipeInstance& instance, DWORD bytes, DWORD error) {
         DropAndRecycle(m_stopping ? PipeDrop::Stopping : PipeDrop::TimedOut, instance);
     } else if (error != 0) {
         DropAndRecycle(PipeDrop::Broken, instance);
-    } else if (instance.Filled() > m_options.maxMessageBytes) {
-        DropAndRecycle(PipeDrop::Oversized, instance);
     } else {
         ReadOn(instance);
     }
@@ -313,32 +351,48 @@ void PipeListener::Complete(PipeInstance& instance) {
         return;
     }
     try {
-        Job job = m_inOrder.accept(instance.TakeMessage(), PipePeer(instance.Pipe()));
+        Job job = m_inOrder.accept(instance.TakeMessage(), PipePeer(instance));
         if (job) {
             m_jobs.Push([this, &instance, job = std::move(job)] { RunJob(instance, job); });
             return;
         }
         ++m_accepted;
     } catch (...) {
-        Drop(PipeDrop::HandlerThrew, instance);
+        DropByException(instance);
     }
     Recycle(instance);
 }
 
-void PipeListener::RunJob(PipeInstance& instance, const Job& job) {
+void PipeListener::RunJob(PipeInstance& instance, const Job& job) noexcept {
     try {
         job();
         ++m_accepted;
     } catch (...) {
-        Drop(PipeDrop::HandlerThrew, instance);
+        DropByException(instance);
     }
     PostQueuedCompletionStatus(m_port.Get(), 0, reinterpret_cast<ULONG_PTR>(&instance), nullptr);
 }
 
-void PipeListener::Drop(PipeDrop reason, const PipeInstance& instance) {
+// In a catch block.
+void PipeListener::DropByException(PipeInstance& instance) noexcept {
+    try {
+        throw;
+    } catch (const std::bad_alloc&) {
+        Drop(PipeDrop::NoMemory, instance);
+    } catch (...) {
+        Drop(PipeDrop::HandlerThrew, instance);
+    }
+}
+
+void PipeListener::Drop(PipeDrop reason, PipeInstance& instance) noexcept {
     ++m_dropped;
-    if (m_options.onDrop) {
-        m_options.onDrop(reason, instance.Filled(), PipePeer(instance.Pipe()).Pid());
+    m_noMemory += reason == PipeDrop::NoMemory ? 1 : 0;
+    try {
+        if (m_options.onDrop) {
+            m_options.onDrop(reason, instance.Filled(), PipePeer(instance).Pid());
+        }
+    } catch (...) {
+        // It is counted all the same.
     }
 }
 

@@ -4,6 +4,8 @@
 
 #include <atomic>
 
+#include "AccessList.h"
+
 namespace wrb {
 namespace {
 
@@ -40,7 +42,11 @@ StopEvent::~StopEvent() {
 }
 
 bool StopEvent::Create(const wchar_t* name) {
-    KernelHandle event(CreateEventW(nullptr, TRUE, FALSE, name));
+    AccessList access;
+    if (!access.Set({}, L"")) {
+        return false;
+    }
+    KernelHandle event(CreateEventW(access.Attributes(), TRUE, FALSE, name));
     if (!event || GetLastError() == ERROR_ALREADY_EXISTS) {
         return false;
     }

@@ -18,7 +18,9 @@ class StopEvent {
     StopEvent(const StopEvent&) = delete;
     StopEvent& operator=(const StopEvent&) = delete;
 
-    // False: see GetLastError; ERROR_ALREADY_EXISTS means that the program is running on this machine.
+    // SYSTEM, the administrators and the account of this process may set the event. False: see GetLastError;
+    // ERROR_ALREADY_EXISTS means that the program is running on this machine, ERROR_ACCESS_DENIED that it runs under
+    // another account.
     bool Create(const wchar_t* name);
 
     void Wait() const;

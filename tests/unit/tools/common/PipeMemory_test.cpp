@@ -1,0 +1,149 @@
+// What a listener does when there is no memory.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <mutex>
+
+#include "AllocationCount.h"
+#include "FakePipeService.h"
+#include "MemoryBudget.h"
+#include "PipeListener.h"
+#include "UniqueName.h"
+
+namespace wrb::test {
+namespace {
+
+using testing::ElementsAre;
+
+const std::string kLong(60'000, 'x');
+const std::string kMiddle(30'000, 'y');
+
+struct PipeMemory : testing::Test {
+    PipeMemory() {
+        options.name = UniqueName();
+        options.instances = 4;
+        options.readTimeoutMilliseconds = options.drainMilliseconds = 20'000;
+        options.memoryBudget = 40'000;  // less than one long message
+    }
+    bool Send(std::string_view bytes) const { return WritePiece(OpenPipeForWriting(options.name), bytes); }
+
+    PipeListenerOptions options;
+    std::vector<std::size_t> sizes;  // of the messages; on the reading thread
+};
+
+TEST(MemoryBudget, AMessageGrowsWhileTheOthersAreWithinTheBudget) {
+    unsigned calls = 0;
+    MemoryBudget budget(100, [&calls] { ++calls; });
+    MemoryShare first(budget);
+    MemoryShare second(budget);
+    EXPECT_TRUE(first.Grow(90) && second.Grow(50) && second.Grow(51)) << "the others hold 90";
+    EXPECT_FALSE(first.Grow(1)) << "the others hold 101";
+    EXPECT_TRUE(second.Grow(1)) << "one can always grow";
+    EXPECT_FALSE(first.Grow(1));
+    EXPECT_EQ(budget.Used(), 192u);
+    EXPECT_EQ(calls, 0u);
+    MemoryShare taken(std::move(second));
+    second.Release();
+    EXPECT_EQ(budget.Used(), 192u);
+    taken.Release();
+    EXPECT_EQ(calls, 1u);
+    EXPECT_TRUE(first.Grow(1));
+}
+
+TEST_F(PipeMemory, LongMessagesWaitUnreadAndShortOnesPass) {
+    PipeListener listener(options, PipeListener::InOrder{0, [this](const std::string& message, const PipePeer&) {
+                                                             sizes.push_back(message.size());
+                                                             return Job();
+                                                         }});
+    ASSERT_TRUE(listener.Start());
+    FileHandle holder = OpenPipeForWriting(options.name);
+    ASSERT_TRUE(WritePiece(holder, kLong));
+    EXPECT_TRUE(Send(kMiddle) && Send("short") && Send("short"));
+    while (listener.Counters().accepted < 2) {
+        Sleep(1);
+    }
+    holder.Reset();
+    listener.Stop();
+    EXPECT_THAT(sizes, ElementsAre(5u, 5u, kLong.size(), kMiddle.size()));
+    EXPECT_EQ(listener.Counters().dropped, 0u);
+}
+
+TEST_F(PipeMemory, WhatWaitsForMemoryIsDroppedInTheEnd) {
+    options.readTimeoutMilliseconds = 200;
+    const KernelHandle finish(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    PipeListener listener(options, PipeListener::InOrder{1, [&](const std::string& message, const PipePeer&) -> Job {
+                                                             sizes.push_back(message.size());
+                                                             if (message == kLong) {
+                                                                 return
+                                                                     [&] { WaitForSingleObject(finish.Get(), 20'000); };
+                                                             }
+                                                             return {};
+                                                         }});
+    ASSERT_TRUE(listener.Start());
+    EXPECT_TRUE(Send(kLong) && Send(kMiddle));
+    while (listener.Counters().dropped == 0) {
+        Sleep(1);
+    }
+    SetEvent(finish.Get());
+    while (listener.Counters().accepted == 0) {
+        Sleep(1);
+    }
+    EXPECT_TRUE(Send(kMiddle));
+    listener.Stop();
+    EXPECT_THAT(sizes, ElementsAre(kLong.size(), kMiddle.size()));
+    EXPECT_EQ(listener.Counters().noMemory, 1u);
+    EXPECT_EQ(listener.Counters().dropped, 1u);
+}
+
+// Each allocation of the listener's own threads fails once: the message is counted as dropped, and the next one comes.
+TEST_F(PipeMemory, AFailedAllocationCostsOneMessage) {
+    for (const unsigned workers : {0u, 1u}) {
+        PipeListener listener(options, PipeListener::InOrder{workers, [&](std::string message, const PipePeer&) -> Job {
+                                                                 std::string copy = message + ".";
+                                                                 if (workers == 0) {
+                                                                     return {};
+                                                                 }
+                                                                 return [copy] { EXPECT_FALSE((copy + ".").empty()); };
+                                                             }});
+        ASSERT_TRUE(listener.Start());
+        uint64_t done = 0;
+        uint64_t failures = 0;
+        const auto settle = [&] {
+            ++done;
+            while (listener.Counters().accepted + listener.Counters().dropped < done) {
+                Sleep(1);
+            }
+        };
+        for (std::size_t nth = 1;; ++nth) {
+            const FailedAllocation failed(nth);
+            Send(kLong);  // is cut off when the failure comes in the middle of it
+            settle();
+            if (!failed.Happened()) {
+                break;
+            }
+            ++failures;
+        }
+        EXPECT_GE(failures, 4u);
+        ASSERT_TRUE(Send("next"));
+        settle();
+        listener.Stop();
+        EXPECT_EQ(listener.Counters().noMemory, failures);
+        EXPECT_EQ(listener.Counters().accepted, 2u);
+    }
+}
+
+TEST_F(PipeMemory, AListenerThatCannotAllocateDoesNotStart) {
+    for (std::size_t nth = 1;; ++nth) {
+        PipeListener listener(options, PipeListener::InOrder{0, [](std::string, const PipePeer&) { return Job(); }});
+        const FailedAllocation failed(nth);
+        if (listener.Start()) {
+            EXPECT_FALSE(failed.Happened());
+            break;
+        }
+        EXPECT_EQ(GetLastError(), DWORD{ERROR_NOT_ENOUGH_MEMORY});
+    }
+}
+
+}  // namespace
+}  // namespace wrb::test
