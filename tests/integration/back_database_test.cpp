@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "BackEnd.h"
+#include "CalendarTime.h"
 #include "DbAgent.h"
 #include "DbAllScan.h"
-#include "CalendarTime.h"
 #include "DbFirewall.h"
 #include "DbScanCfg.h"
 #include "DbScanUpdate.h"
