@@ -1,7 +1,7 @@
 // Numbered lists in a section: a key an item, numbered from 0, and a key with their count.
 //
 // A list arrives as one text with "|" between its items. An empty item, so also two separators in a row, ends it. What
-// is behind the first kMostListItems is left out, with a line in the log.
+// follows the first kMostListItems is left out, with a line in the log.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +11,8 @@
 
 namespace wrb {
 
-// The numbers in the keys have three digits. The bound also keeps an answer from growing without end.
-inline constexpr std::size_t kMostListItems = 1000;
+// An answer must not grow without end. The three digits of "%03d" are a least width: item 1000 is Item1000.
+inline constexpr std::size_t kMostListItems = 65'535;
 
 // A protected item longer than this is cut, with a line in the log: it cannot be read any more.
 inline constexpr std::size_t kLongestProtectedItem = 1536;
@@ -28,11 +28,11 @@ using IniItemProtection = std::function<std::wstring(std::wstring_view item)>;
 // Whether a list has any item: "" and "|a" have none.
 bool HasIniItem(std::wstring_view list) noexcept;
 
-// Appends the items, protected, and behind them their count. Throws what `protect` throws, and for lack of memory.
+// Appends the items, protected, then their count. Throws what `protect` throws, and for lack of memory.
 void AppendProtectedIniList(std::wstring& out, const IniListKeys& keys, std::wstring_view list,
                             const IniItemProtection& protect);
 
-// Appends the count, and behind it the items as they stand.
+// Appends the count, then the items as they are.
 void AppendPlainIniList(std::wstring& out, const IniListKeys& keys, std::wstring_view list);
 
 // The key of item `number`.

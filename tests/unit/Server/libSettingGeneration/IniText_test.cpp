@@ -46,11 +46,11 @@ TEST(IniText, LinesOfEveryLengthStayWholeAndInOrder) {
 TEST(IniList, ItemsThenTheirCount) {
     const auto protect = [](std::wstring_view item) { return L"!" + std::wstring(item); };
     const std::wstring longest(1535, L'x');
-    std::wstring thousand;  // and its keys
+    std::wstring most;  // and its keys, whose numbers have three digits at least
     std::wstring keys;
-    for (int i = 0; i < 1000; ++i) {
-        thousand += L"a|";
-        keys += L"I" + std::to_wstring(1000 + i).substr(1) + L"=!a\n";
+    for (int i = 0; i < 65'535; ++i) {
+        most += L"a|";
+        keys += (i < 1000 ? L"I" + std::to_wstring(1000 + i).substr(1) : L"I" + std::to_wstring(i)) + L"=!a\n";
     }
     const struct {
         std::wstring list;
@@ -65,8 +65,8 @@ TEST(IniList, ItemsThenTheirCount) {
         {longest + L"y|" + longest + L"y",
          L"I000=!" + longest + L"\nI001=!" + longest + L"\nN=2\n",
          {{'W', L"N - 2 items are too long and are cut at 1536 characters"}}},
-        {thousand + L"|b", keys + L"N=1000\n", {}},
-        {thousand + L"b", keys + L"N=1000\n", {{'W', L"N - items beyond the first 1000 are left out"}}},
+        {most + L"|b", keys + L"N=65535\n", {}},
+        {most + L"b", keys + L"N=65535\n", {{'W', L"N - items beyond the first 65535 are left out"}}},
     };
     for (const auto& row : rows) {
         TakeCapturedLog();
