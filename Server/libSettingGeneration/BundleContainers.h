@@ -1,68 +1,49 @@
-// The containers of the setting bundles. As a message: the uid, then the fields of the values in their order; of the
-// two with items the uid, then an array.
+// The containers of the setting bundles. As a message: the uid, then what BundleRecord.h says.
 #pragma once
 
 #include <algorithm>
+#include <span>
 #include <string>
 #include <utility>
-#include <vector>
 
-#include "DebugLog.h"
+#include "BundleRecord.h"
+#include "IniList.h"
 #include "IniText.h"
 #include "SettingContainer.h"
-#include "SettingRecord.h"
-#include "SettingTables.h"
 
 namespace wrb {
 
-// Appends the values' section to `out`. `protect` is for the rows that need it; what it throws passes through.
+// Appends the row's lines. `key` is the row's, with the record's number in it. Passes on what `protect` throws.
 template <typename Values>
-void AppendSettings(std::wstring& out, const Values& values, const IniItemProtection& protect) {
-    const SettingTable<Values> table = SettingTableOf(values);
-    AppendIniSection(out, table.section);
-    for (const SettingRow<Values>& row : table.rows) {
-        switch (row.kind) {
-            case SettingRowKind::Bit:
-                AppendIniBool(out, row.key, (values.*row.number & row.bits) != 0);
-                break;
-            case SettingRowKind::Int:
-                AppendIniInt(out, row.key, static_cast<int32_t>(values.*row.number));
-                break;
-            case SettingRowKind::List:
-                AppendPlainIniList(out, row.list, values.*row.text);
-                break;
-            case SettingRowKind::ProtectedList:
-                AppendProtectedIniList(out, row.list, values.*row.text, protect);
-                break;
-        }
+void AppendBundleRow(std::wstring& out, const BundleRow<Values>& row, const std::wstring& key, const Values& values,
+                     const IniItemProtection& protect) {
+    switch (row.kind) {
+        case BundleRowKind::Bit:
+            return AppendIniBool(out, key, (values.*row.number & row.bits) != 0);
+        case BundleRowKind::Int:
+            return AppendIniInt(out, key, static_cast<int32_t>(values.*row.number));
+        case BundleRowKind::Text:
+            return AppendIniString(out, key, values.*row.text);
+        case BundleRowKind::List:
+            return AppendPlainIniList(out, {row.countKey, row.key}, values.*row.text);
+        case BundleRowKind::ProtectedList:
+            return AppendProtectedIniList(out, {row.countKey, row.key}, values.*row.text, protect);
     }
 }
 
-// A section shows so many items, however many the database has: an answer must not grow without end.
-inline constexpr std::size_t kMostSettingItems = 10000;
+// A section shows so many records, however many the database has: an answer must not grow without end.
+inline constexpr std::size_t kMostBundleRecords = 10000;
 
-// The same for a section with items, numbered from 0. What is left out leaves a line in the log.
+// The values of one agent's bundle and the agent's uid.
 template <typename Values>
-void AppendSettingItems(std::wstring& out, const std::vector<SettingRecord<Values>>& items) {
-    const SettingItemTable<Values> table = SettingTableOf(Values());
-    const std::size_t count = std::min(items.size(), kMostSettingItems);
-    if (count < items.size()) {
-        WRB_LOG(kLogWarning, L"[%s] - items beyond the first %d are left out", std::wstring(table.section).c_str(),
-                static_cast<int>(count));
-    }
-    AppendIniSection(out, table.section);
-    AppendIniInt(out, table.countKey, static_cast<int32_t>(count));
-    for (std::size_t i = 0; i < count; ++i) {
-        for (const SettingItemRow<Values>& row : table.rows) {
-            AppendIniString(out, FormatIniKey(row.key, i), items[i].*row.text);
-        }
-    }
-}
-
-// One group of values and the uid that they belong to. Serialized is what `Content` is.
-template <typename Content>
-class BundleContainer : public CSettingContainer {
+class BundleContainer final : public CSettingContainer {
   public:
+    BundleContainer() = default;
+
+    // `protect` gives the items of protected lists the form in which agents get them. A bundle without such lists, or
+    // with empty ones, needs none.
+    explicit BundleContainer(IniItemProtection protect) : m_protect(std::move(protect)) {}
+
     // Reading throws CIPCMsgBufferException when the message ends too early; the fields read so far stay.
     void Deserialize(ISerializer& serializer) override {
         m_uid.clear();
@@ -74,43 +55,50 @@ class BundleContainer : public CSettingContainer {
         m_content.Serialize(serializer);
     }
 
-    std::wstring m_uid;
-    Content m_content;
-};
+    // Appends the section, and logs what the bundle logs of its records. Passes on what the protection throws. Records
+    // beyond kMostBundleRecords are left out, with a line in the log.
+    void ExportToIni(std::wstring& out) const {
+        const std::span<const BundleRecord<Values>> records = Records();
+        if (kBundle<Values>.logRecord != nullptr) {
+            std::ranges::for_each(records, kBundle<Values>.logRecord);
+        }
+        AppendIniSection(out, kBundle<Values>.section);
+        if constexpr (kHasItems<Values>) {
+            if (records.size() < m_content.items.size()) {
+                WRB_LOG(kLogWarning, L"[%s] - items beyond the first %d are left out", kBundle<Values>.section,
+                        static_cast<int>(records.size()));
+            }
+            AppendIniInt(out, kBundle<Values>.countKey, static_cast<int32_t>(records.size()));
+        }
+        for (std::size_t i = 0; i < records.size(); ++i) {
+            for (const BundleRow<Values>& row : kBundle<Values>.rows) {
+                AppendBundleRow<Values>(out, row, kHasItems<Values> ? FormatIniKey(row.key, i) : row.key, records[i],
+                                        m_protect);
+            }
+        }
+    }
 
-template <typename Values>
-class SettingsContainer final : public BundleContainer<SettingRecord<Values>> {
-  public:
-    void ExportToIni(std::wstring& out) const { AppendSettings<Values>(out, this->m_content, {}); }
+    std::wstring m_uid;
+    BundleContent<Values> m_content;
+
+  private:
+    std::span<const BundleRecord<Values>> Records() const {
+        if constexpr (kHasItems<Values>) {
+            return std::span(m_content.items).first(std::min(m_content.items.size(), kMostBundleRecords));
+        } else {
+            return {&m_content, 1};
+        }
+    }
+
+    IniItemProtection m_protect;
 };
 
 }  // namespace wrb
 
-using CSettingContainerNCIESetting = wrb::SettingsContainer<wrb::NcieValues>;
-using CSettingContainerSampleSubmissionSetting = wrb::SettingsContainer<wrb::SampleSubmissionValues>;
-using CSettingContainerSablexSetting = wrb::SettingsContainer<wrb::SablexValues>;
-using CSettingContainerAggrScanSetting = wrb::SettingsContainer<wrb::AggrScanValues>;
-
-class CSettingContainerWtpSetting final : public wrb::BundleContainer<wrb::SettingRecord<wrb::WtpValues>> {
-  public:
-    // `protect` gives every address the form in which agents get it; ExportToIni passes on what it throws.
-    explicit CSettingContainerWtpSetting(wrb::IniItemProtection protect) : m_protect(std::move(protect)) {}
-
-    void ExportToIni(std::wstring& out) const { wrb::AppendSettings<wrb::WtpValues>(out, m_content, m_protect); }
-
-  private:
-    wrb::IniItemProtection m_protect;
-};
-
-class CSettingContainerFARestoreSetting final
-    : public wrb::BundleContainer<wrb::SettingRecordList<wrb::SettingRecord<wrb::FARestoreValues>>> {
-  public:
-    void ExportToIni(std::wstring& out) const { wrb::AppendSettingItems(out, m_content.items); }
-};
-
-class CSettingContainerQMAgentPolicy final
-    : public wrb::BundleContainer<wrb::SettingRecordList<wrb::SettingRecord<wrb::PolicyTrackingValues>>> {
-  public:
-    // Also logs each policy.
-    void ExportToIni(std::wstring& out) const;
-};
+using CSettingContainerWtpSetting = wrb::BundleContainer<wrb::WtpValues>;
+using CSettingContainerFARestoreSetting = wrb::BundleContainer<wrb::FARestoreValues>;
+using CSettingContainerNCIESetting = wrb::BundleContainer<wrb::NcieValues>;
+using CSettingContainerSampleSubmissionSetting = wrb::BundleContainer<wrb::SampleSubmissionValues>;
+using CSettingContainerSablexSetting = wrb::BundleContainer<wrb::SablexValues>;
+using CSettingContainerAggrScanSetting = wrb::BundleContainer<wrb::AggrScanValues>;
+using CSettingContainerQMAgentPolicy = wrb::BundleContainer<wrb::PolicyTrackingValues>;

@@ -97,6 +97,17 @@ std::optional<ProtectionKey> ParseProtectionKey(std::wstring_view hex) noexcept 
     return key;
 }
 
+std::wstring MakeProtectionKey() {
+    ProtectionKey key;
+    Check(BCryptGenRandom(nullptr, key.data(), static_cast<ULONG>(key.size()), BCRYPT_USE_SYSTEM_PREFERRED_RNG),
+          "BCryptGenRandom");
+    std::wstring digits;
+    for (const uint8_t byte : key) {
+        digits += FormatWide(L"%02x", byte);
+    }
+    return digits;
+}
+
 // The key by value: the system takes a pointer to what it does not change. It is not wiped, for the INI cache that it
 // comes from keeps it as long as the process lives.
 StringProtection::StringProtection(ProtectionKey key) {

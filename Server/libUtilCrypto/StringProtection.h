@@ -26,8 +26,15 @@ namespace wrb {
 
 using ProtectionKey = std::array<uint8_t, 32>;
 
+// Where the server INI has the key of the installation.
+inline constexpr wchar_t kProtectionKeySection[] = L"INI_SERVER_SECTION";
+inline constexpr wchar_t kProtectionKeyName[] = L"StringProtectionKey";
+
 // From 64 hexadecimal digits in upper or lower case; nothing from any other text.
 std::optional<ProtectionKey> ParseProtectionKey(std::wstring_view hex) noexcept;
+
+// A new key from the system's random generator, as such digits. Throws OS::CException when the generator fails.
+std::wstring MakeProtectionKey();
 
 // Both directions with one key. One thread at a time.
 class StringProtection {

@@ -72,49 +72,47 @@ bool AnswerCustomBm(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answe
     return known;
 }
 
-// One record; zeros for an agent without one.
 template <typename Values>
 bool AnswerBundle(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
     const auto rows = ReadBundle<Values>(db, uid);
-    if (rows) {
-        answer << SettingRecord<Values>(rows->empty() ? Values() : rows->front());
+    if (!rows) {
+        return false;
     }
-    return rows.has_value();
+    if constexpr (kHasItems<Values>) {
+        answer << std::vector<BundleRecord<Values>>(rows->begin(), rows->end());
+    } else {  // zeros for an agent without a record
+        answer << BundleRecord<Values>(rows->empty() ? Values() : rows->front());
+    }
+    return true;
 }
 
-template <typename Values>
-bool AnswerBundleList(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
-    const auto rows = ReadBundle<Values>(db, uid);
-    if (rows) {
-        answer << std::vector<SettingRecord<Values>>(rows->begin(), rows->end());
-    }
-    return rows.has_value();
+using Answer = bool (*)(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answer);
+
+template <typename... Values>
+Answer FindBundle(DbCommand command, const std::tuple<std::vector<Values>...>&) {
+    Answer found = nullptr;
+    static_cast<void>(((kBundleCommand<Values> == command && (found = AnswerBundle<Values>)) || ...));
+    return found;
 }
 
-constexpr struct {
-    DbCommand command;
-    bool (*answer)(SqliteDb&, const std::wstring&, CMsgSerializer&);
-} kRows[] = {
-    {DbCommand::ClientGetAllScanCfg, AnswerAllScanCfg},
-    {DbCommand::ClientGetAllScanEx, AnswerAllScanEx},
-    {DbCommand::GetVexorCustomBmCfg, AnswerCustomBm},
-    {DbCommand::GetClientWcsCfg, AnswerBundle<WtpValues>},
-    {DbCommand::GetFARestoreItem, AnswerBundleList<FARestoreValues>},
-    {DbCommand::GetClientNcieCfg, AnswerBundle<NcieValues>},
-    {DbCommand::GetSablexCfg, AnswerBundle<SablexValues>},
-    {DbCommand::GetAggrScanCfg, AnswerBundle<AggrScanValues>},
-    {DbCommand::GetPolicyTrackingInfo, AnswerBundleList<PolicyTrackingValues>},
-};
+Answer FindAnswer(DbCommand command) {
+    switch (command) {
+        case DbCommand::ClientGetAllScanCfg:
+            return AnswerAllScanCfg;
+        case DbCommand::ClientGetAllScanEx:
+            return AnswerAllScanEx;
+        case DbCommand::GetVexorCustomBmCfg:
+            return AnswerCustomBm;
+        default:
+            return FindBundle(command, AgentBundles());
+    }
+}
 
 }  // namespace
 
 bool AnswerSerializedCommand(SqliteDb& db, DbCommand command, const std::wstring& uid, CMsgSerializer& answer) {
-    for (const auto& row : kRows) {
-        if (row.command == command) {
-            return row.answer(db, uid, answer);
-        }
-    }
-    return false;
+    const Answer write = FindAnswer(command);
+    return write != nullptr && write(db, uid, answer);
 }
 
 }  // namespace wrb

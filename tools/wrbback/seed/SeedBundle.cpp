@@ -2,16 +2,14 @@
 #include <string>
 
 #include "SeedFile.h"
-#include "SettingTables.h"
 #include "Text.h"
 
 namespace wrb {
 namespace {
 
-// Where the file has a row: a list under the key of its items, without their number.
 template <typename Values>
-std::string KeyOf(const SettingRow<Values>& row) {
-    const std::wstring_view key = row.key.empty() ? std::wstring_view(row.list.item) : row.key;
+std::string KeyOf(const BundleRow<Values>& row) {
+    const std::wstring_view key = row.seedKey != nullptr ? row.seedKey : row.key;
     return WideToUtf8(key.substr(0, key.find(L'%')));
 }
 
@@ -28,16 +26,19 @@ std::wstring ReadItems(const JsonNode& node) {
 }
 
 template <typename Values>
-void ReadRow(const SettingRow<Values>& row, const JsonNode& node, Values& values) {
+void ReadRow(const BundleRow<Values>& row, const JsonNode& node, Values& values) {
     switch (row.kind) {
-        case SettingRowKind::Bit:
+        case BundleRowKind::Bit:
             values.*row.number |= node.Bool() ? row.bits : 0;
             break;
-        case SettingRowKind::Int:
+        case BundleRowKind::Int:
             values.*row.number = node.Number();
             break;
-        case SettingRowKind::List:
-        case SettingRowKind::ProtectedList:
+        case BundleRowKind::Text:
+            values.*row.text = node.Text();
+            break;
+        case BundleRowKind::List:
+        case BundleRowKind::ProtectedList:
             values.*row.text = ReadItems(node);
             break;
     }
@@ -45,59 +46,44 @@ void ReadRow(const SettingRow<Values>& row, const JsonNode& node, Values& values
 
 // An object with the keys of the bundle's section.
 template <typename Values>
-void ReadBundle(const JsonNode& node, std::vector<Values>& rows) {
-    Values& values = rows.emplace_back();
+Values ReadRecord(const JsonNode& node) {
+    Values values;
     node.ForEachMember([&](const std::string& name, const JsonNode& member) {
-        const auto table = SettingTableOf(values).rows;
-        const auto row = std::ranges::find(table, name, KeyOf<Values>);
-        if (row == table.end()) {
+        const auto rows = kBundle<Values>.rows;
+        const auto row = std::ranges::find(rows, name, KeyOf<Values>);
+        if (row == rows.end()) {
             member.Fail("unknown key");
         }
         ReadRow(*row, member, values);
     });
+    return values;
 }
 
-// A list of objects, all of whose members are texts.
+// A record, or a list of them.
 template <typename Values>
-void ReadItemList(const JsonNode& node, std::vector<Values>& items) {
-    node.ForEachElement([&](const JsonNode& element) {
-        Values& values = items.emplace_back();
-        element.ForEachMember([&](const std::string& name, const JsonNode& member) {
-            const auto table = SettingTableOf(values).rows;
-            const auto row = std::ranges::find(table, Utf8ToWide(name), &SettingItemRow<Values>::name);
-            if (row == table.end()) {
-                member.Fail("unknown key");
-            }
-            values.*row->text = member.Text();
-        });
-    });
+void ReadBundle(const JsonNode& agent, std::vector<Values>& records) {
+    const auto node = agent.Member(kBundle<Values>.seedKey);
+    if (node && kHasItems<Values>) {
+        node->ForEachElement([&](const JsonNode& element) { records.push_back(ReadRecord<Values>(element)); });
+    } else if (node) {
+        records.push_back(ReadRecord<Values>(*node));
+    }
 }
 
-constexpr struct {
-    std::string_view key;
-    void (*read)(const JsonNode& node, AgentBundles& bundles);
-} kBundles[] = {
-    {"webThreat", [](const JsonNode& node, AgentBundles& b) { ReadBundle(node, b.webThreat); }},
-    {"ncie", [](const JsonNode& node, AgentBundles& b) { ReadBundle(node, b.ncie); }},
-    {"sablex", [](const JsonNode& node, AgentBundles& b) { ReadBundle(node, b.sablex); }},
-    {"aggrScan", [](const JsonNode& node, AgentBundles& b) { ReadBundle(node, b.aggrScan); }},
-    {"restoreItems", [](const JsonNode& node, AgentBundles& b) { ReadItemList(node, b.restoreItems); }},
-    {"agentPolicies", [](const JsonNode& node, AgentBundles& b) { ReadItemList(node, b.agentPolicies); }},
-};
+template <typename... Values>
+bool IsKeyOfOne(std::string_view key, const std::tuple<std::vector<Values>...>&) {
+    return ((key == kBundle<Values>.seedKey) || ...);
+}
 
 }  // namespace
 
 bool IsSeedBundleKey(std::string_view key) {
-    return std::ranges::any_of(kBundles, [&](const auto& bundle) { return bundle.key == key; });
+    return IsKeyOfOne(key, AgentBundles());
 }
 
 AgentBundles ParseSeedBundles(const JsonNode& agent) {
     AgentBundles bundles;
-    for (const auto& bundle : kBundles) {
-        if (const auto node = agent.Member(bundle.key)) {
-            bundle.read(*node, bundles);
-        }
-    }
+    std::apply([&](auto&... records) { (ReadBundle(agent, records), ...); }, bundles);
     return bundles;
 }
 

@@ -4,6 +4,7 @@
 #include <system_error>
 #include <utility>
 
+#include "BundleTables.h"
 #include "StoreSchema.h"
 #include "Text.h"
 
@@ -51,6 +52,7 @@ void CreateTables(SqliteDb& db) {
     db.Execute("PRAGMA journal_mode = WAL");
     SqliteTransaction transaction(db);
     db.Execute(kStoreSchema);
+    db.Execute(BundleTablesSql().c_str());
     transaction.Commit();
 }
 

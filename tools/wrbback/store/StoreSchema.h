@@ -10,6 +10,7 @@ namespace wrb {
 inline constexpr int64_t kStoreApplicationId = 0x57524244;  // "WRBD"
 inline constexpr int64_t kStoreVersion = 2;
 
+// But for the tables of the setting bundles (BundleTables.h).
 extern const char kStoreSchema[];
 
 }  // namespace wrb

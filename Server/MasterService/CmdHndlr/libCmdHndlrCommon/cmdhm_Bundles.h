@@ -2,23 +2,84 @@
 //
 // A uid is cut to 36 characters; there is no server-wide form: without a uid the database knows no such agent. The
 // section is appended to `out`; after a failure `out` is as it was. With bResetCfgFlag the bundle's
-// configuration-changed bit is cleared once the section has been made. False: the request failed, the agent is not
-// known, or the addresses of the web-threat lists cannot be protected; the log says which. Throws only for lack of
+// configuration-changed bit, if it has one, is cleared once the section has been made. False: the request failed, the
+// agent is not known, or the items of a protected list cannot be protected; the log says which. Throws only for lack of
 // memory. Any thread; a call waits for the database as long as that takes, at most 600 seconds.
 #pragma once
 
 #include <string>
 
-// Web threat protection. Its lists need the key that the server INI has for them (docs/settings.md).
-bool cmdhm_GetWtpSetting(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag);
+#include "AgentProtection.h"
+#include "BundleContainers.h"
+#include "DbAgent.h"
+#include "DbBundle.h"
+#include "DebugLog.h"
+#include "UidField.h"
 
-// The files to be put back after their analysis.
-bool cmdhm_GetFARestoreSetting(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag);
+namespace wrb {
 
-bool cmdhm_GetNCIESetting(std::wstring& out, const wchar_t* pszUid);              // network content inspection
-bool cmdhm_GetSampleSubmissionSetting(std::wstring& out, const wchar_t* pszUid);  // from the privilege words
-bool cmdhm_GetSablexSetting(std::wstring& out, const wchar_t* pszUid);
-bool cmdhm_GetAggrScanSetting(std::wstring& out, const wchar_t* pszUid);
+// The getter without what only a traced one logs.
+template <typename Values>
+bool AskAndRender(std::wstring& section, const UidField& uid, bool bResetCfgFlag) {
+    constexpr BundleLog log = kBundle<Values>.log;
+    AgentProtection protection(log.getter);
+    BundleContainer<Values> container([&](std::wstring_view item) { return protection.Protect(item); });
+    WRB_LOG(kLogDebug8, log.enter, log.getter, uid.CStr(), static_cast<int>(bResetCfgFlag));
+    if (!AskDbBundle<Values>(uid.CStr(), container.m_content, log.getter)) {
+        WRB_LOG(kLogDebug8, log.failed, log.getter);
+        return false;
+    }
+    container.m_uid = uid.View();
+    container.ExportToIni(section);
+    if (log.traced) {
+        WRB_LOG(kLogDebug8, L"%s - strOutput = %s", log.getter, section.c_str());
+    }
+    return !protection.Failed();
+}
 
-// The policies of the central-management agent.
-bool cmdhm_GetQMAgentPolicyInfo(std::wstring& out, const wchar_t* pszUid);
+template <typename Values>
+bool GetBundle(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag = false) {
+    constexpr Bundle<Values> bundle = kBundle<Values>;
+    const UidField uid(pszUid);
+    std::wstring section;
+    if (bundle.log.traced) {
+        WRB_LOG(kLogDebug8, L"%s - >>>", bundle.log.getter);
+    }
+    const bool made = AskAndRender<Values>(section, uid, bResetCfgFlag);
+    if (bundle.log.traced) {
+        WRB_LOG(kLogDebug8, L"%s - <<<", bundle.log.getter);
+    }
+    if (!made) {
+        return false;
+    }
+    out += section;
+    if (bResetCfgFlag && bundle.configBit != 0) {
+        dbSetConfFlagW(uid.CStr(), 0, bundle.configBit);
+    }
+    return true;
+}
+
+}  // namespace wrb
+
+// The same by name, an instance each.
+inline bool cmdhm_GetWtpSetting(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag) {
+    return wrb::GetBundle<wrb::WtpValues>(out, pszUid, bResetCfgFlag);
+}
+inline bool cmdhm_GetFARestoreSetting(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag) {
+    return wrb::GetBundle<wrb::FARestoreValues>(out, pszUid, bResetCfgFlag);
+}
+inline bool cmdhm_GetNCIESetting(std::wstring& out, const wchar_t* pszUid) {
+    return wrb::GetBundle<wrb::NcieValues>(out, pszUid);
+}
+inline bool cmdhm_GetSampleSubmissionSetting(std::wstring& out, const wchar_t* pszUid) {
+    return wrb::GetBundle<wrb::SampleSubmissionValues>(out, pszUid);
+}
+inline bool cmdhm_GetSablexSetting(std::wstring& out, const wchar_t* pszUid) {
+    return wrb::GetBundle<wrb::SablexValues>(out, pszUid);
+}
+inline bool cmdhm_GetAggrScanSetting(std::wstring& out, const wchar_t* pszUid) {
+    return wrb::GetBundle<wrb::AggrScanValues>(out, pszUid);
+}
+inline bool cmdhm_GetQMAgentPolicyInfo(std::wstring& out, const wchar_t* pszUid) {
+    return wrb::GetBundle<wrb::PolicyTrackingValues>(out, pszUid);
+}

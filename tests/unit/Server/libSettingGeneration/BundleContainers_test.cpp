@@ -34,8 +34,7 @@ void ExpectText(Container& container, Container copy, const std::wstring& expect
 TEST(BundleContainers, AddressesAreProtectedOneByOne) {
     const auto star = [](std::wstring_view item) { return L"*" + std::wstring(item); };
     CSettingContainerWtpSetting wtp(star);
-    wtp.m_content = wrb::SettingRecord<wrb::WtpValues>({wrb::WtpValues::kEnablePolicyIn | wrb::WtpValues::kSendLogOut,
-                                                        1, 2, 3, 4, 5, 6, 0xFFFFFFFF, L"a|b", L"", L"c||d", L"e"});
+    wtp.m_content = tagClientWCSConfig({0x9, 1, 2, 3, 4, 5, 6, 0xFFFFFFFF, L"a|b", L"", L"c||d", L"e"});
     ExpectText(wtp, CSettingContainerWtpSetting(star),
                L"[Web Threat Protection]\nEnablePolicyIn=1\nEnablePolicyOut=0\nSecurityLevelIn=1\nSecurityLevelOut=2\n"
                L"SendLogIn=0\nSendLogOut=1\nURLFilterCfgFlag_InOffice=3\nURLFilterCfgFlag_OutOffice=4\n"

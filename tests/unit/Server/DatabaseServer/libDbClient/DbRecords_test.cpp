@@ -186,11 +186,11 @@ TEST(DbRecords, BundlesHaveTheFieldsOfThePage) {
     EXPECT_EQ(Encode(sablex), Sequence(1u, 2u, 3u, L"e", L"p"));
     const tagClientAggrScanConfig aggr({.cfg = 1, .detectFlag = 2, .detectFlagForIProduct = 3});
     EXPECT_EQ(Encode(aggr), Sequence(1u, 2u, 3u));
-    wrb::FARestoreItemList items;
+    wrb::BundleContent<wrb::FARestoreValues> items;
     items.items.emplace_back(
         wrb::FARestoreValues{.sha1Hash = L"h", .taskId = L"t", .itemId = L"i", .fileDir = L"d", .fileName = L"n"});
     items.items.emplace_back();
-    wrb::PolicyTrackingInfoList policies;
+    wrb::BundleContent<wrb::PolicyTrackingValues> policies;
     policies.items.emplace_back(
         wrb::PolicyTrackingValues{.name = L"n", .lastUpdateTime = L"t", .policyOwner = L"o", .policyTypeId = L"y"});
     policies.items.emplace_back();

@@ -5,6 +5,7 @@
 
 #include "DbBundle.h"
 #include "Fixtures.h"
+#include "ManualClock.h"
 #include "StringProtection.h"
 #include "cmdhm_Bundles.h"
 
@@ -31,7 +32,7 @@ struct Case {
 std::vector<Case> Cases() {
     tagClientWCSConfig wtp;
     wtp.approvedIn = L"|x";  // no item, so no key is missed
-    wrb::PolicyTrackingInfoList policies;
+    wrb::BundleContent<wrb::PolicyTrackingValues> policies;
     policies.items.emplace_back(wrb::PolicyTrackingValues{L"100%s", L"t", L"o", L"7"});
     return {
         {[](std::wstring& out, const wchar_t* uid) { return cmdhm_GetWtpSetting(out, uid, true); },
@@ -44,12 +45,12 @@ std::vector<Case> Cases() {
          L"~(pszUid=@, bResetCfgFlag=1)\n", L"~(pszUid=@, bResetCfgFlag=1)\nfailed to send command to DB server\n"},
         {[](std::wstring& out, const wchar_t* uid) { return cmdhm_GetFARestoreSetting(out, uid, false); },
          L"cmdhm_GetFARestoreSetting", L"DBV2_GET_FA_RESTORE_ITEM",
-         RecordMessage(L"DBV2_GET_FA_RESTORE_ITEM", wrb::FARestoreItemList()), L"[Centralized FA Restore]\nFACount=0\n",
-         L"~ - cmdhm_GetFARestoreSetting(pszUid=@, bResetCfgFlag=0)\n",
+         RecordMessage(L"DBV2_GET_FA_RESTORE_ITEM", wrb::BundleContent<wrb::FARestoreValues>()),
+         L"[Centralized FA Restore]\nFACount=0\n", L"~ - cmdhm_GetFARestoreSetting(pszUid=@, bResetCfgFlag=0)\n",
          L"~ - cmdhm_GetFARestoreSetting(pszUid=@, bResetCfgFlag=0)\n"
          L"dbGetFARestoreItem - failed to send command to DB server\n~ - dbGetFARestoreItem is failed\n"},
         {cmdhm_GetNCIESetting, L"cmdhm_GetNCIESetting", L"DBV2_GET_CLIENT_NCIE_CFG",
-         RecordMessage(L"DBV2_GET_CLIENT_NCIE_CFG", tagClientNCIECfg({wrb::NcieValues::kEnableRR, 1, 2, 3, 4})),
+         RecordMessage(L"DBV2_GET_CLIENT_NCIE_CFG", tagClientNCIECfg({0x1, 1, 2, 3, 4})),
          L"[NCIE Settings]\nEnableRR=1\nEnableCNP=0\nEnableGC=0\nActionForCNP=1\nActionForRR=2\n"
          L"ActionForUserDefine=3\nActionForSBA=4\n"},
         // Bit 4 of the second word, and all but it.
@@ -58,8 +59,7 @@ std::vector<Case> Cases() {
         {cmdhm_GetSampleSubmissionSetting, L"cmdhm_GetSampleSubmissionSetting", L"DB_GET_PRIVILEGE",
          WideBytes(L"-1\t-17"), L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=0\n"},
         {cmdhm_GetSablexSetting, L"cmdhm_GetSablexSetting", L"DBV2_GET_SABLEX_CFG",
-         RecordMessage(L"DBV2_GET_SABLEX_CFG",
-                       tagClientSablexConfig({wrb::SablexValues::kEnableSablex, 1, 2, L"C:\\a b.exe|D:\\", L""})),
+         RecordMessage(L"DBV2_GET_SABLEX_CFG", tagClientSablexConfig({0x1, 1, 2, L"C:\\a b.exe|D:\\", L""})),
          L"[Sablex_Settings]\nEnableSablex=1\nEnableFile=0\nEnableProcess=0\nActionForFile=1\nActionForProcess=2\n"
          L"ExceptionCount=2\nExceptionItem000=C:\\a b.exe\nExceptionItem001=D:\\\nDS_ProcessCount=0\n"},
         {cmdhm_GetAggrScanSetting, L"cmdhm_GetAggrScanSetting", L"DBV2_GET_AGGR_SCAN_CFG",
@@ -111,19 +111,40 @@ TEST(Bundles, SectionIsAppendedAndEveryStepLogged) {
     }
 }
 
+TEST(WithheldAnswers, OneLineAnHourTellsTheNumberSince) {
+    constexpr uint32_t kHour = 3'600'000;
+    ManualClock clock(0xFFFFFFFF);  // the tick wraps
+    wrb::WithheldAnswers withheld(clock);
+    const struct {
+        uint32_t later;
+        uint32_t logged;
+    } steps[] = {{0, 1}, {0, 0}, {kHour - 1, 0}, {1, 3}, {kHour, 1}, {kHour / 2, 0}, {kHour, 2}};
+    for (const auto& step : steps) {
+        clock.AdvanceTick(step.later);
+        EXPECT_EQ(withheld.Add(), step.logged);
+    }
+}
+
 // Addresses go out protected or not at all.
 TEST(Bundles, AddressesNeedAKey) {
     tagClientWCSConfig cfg;
     cfg.blockedIn = L"http://one.example/|http://two.example/" + std::wstring(1200, L'x');
     const FakeDbService db([&](const DbRequest& request) { return RecordMessage(request.Name(), cfg); });
     std::wstring out;
+    TakeCapturedLog();
     for (const std::wstring key : {L"", L"short", kKeyAndMore}) {
         const BoundIni ini(L"[INI_SERVER_SECTION]\nStringProtectionKey=" + key + L"\n", ServerIniCache());
-        TakeCapturedLog();
         EXPECT_FALSE(cmdhm_GetWtpSetting(out, kUid, true));
         EXPECT_EQ(out, L"");
-        EXPECT_EQ(TakeCapturedLog().back().level, static_cast<uint32_t>('E'));
     }
+    std::vector<CapturedLine> lines = TakeCapturedLog();
+    std::erase_if(lines, [](const CapturedLine& line) { return line.level == 8 || line.level == 'D'; });
+    EXPECT_EQ(lines, (std::vector<CapturedLine>{
+                         {'W',
+                          L"cmdhm_GetWtpSetting - the server INI has no key of 64 hexadecimal digits: "
+                          L"[INI_SERVER_SECTION] StringProtectionKey. Answers withheld since the last such line: "
+                          L"1"}}))
+        << "the next line comes after an hour";
     const BoundIni ini(L"[INI_SERVER_SECTION]\nStringProtectionKey=" + kKey + L"\n", ServerIniCache());
     EXPECT_TRUE(cmdhm_GetWtpSetting(out, kUid, true));
     const std::size_t first = out.find(L"URLFilterBlackList_InOffice000=") + 31;
