@@ -32,6 +32,14 @@ int RunCounters(const CountersOptions& options);
 // Without a level: shows the filter. With one: makes the log service change it.
 int RunLogLevel(const std::optional<std::string>& level, double timeoutSeconds, bool json);
 
+struct MakeKeyOptions {
+    std::string ini;  // the server INI; empty: Private\wrbserver.ini in the home folder
+    bool force = false;
+};
+
+// Writes a new protection key into the server INI. One that is there is replaced only with `force`.
+int RunMakeKey(const MakeKeyOptions& options);
+
 struct PackOptions {
     std::string package;
     std::vector<std::string> files;

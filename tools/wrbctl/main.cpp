@@ -24,6 +24,7 @@ Exit codes: 0 done, 1 failed, 2 wrong command line or input, 3 service not runni
 struct Options {
     wrb::SendOptions send;
     wrb::CountersOptions counters;
+    wrb::MakeKeyOptions makeKey;
     wrb::PackOptions pack;
     wrb::FwlogWriteOptions fwlogWrite;
     wrb::FwlogReadOptions fwlogRead;
@@ -66,6 +67,23 @@ CLI::App* AddLogLevel(CLI::App& app, Options& options) {
     AddTimeout(*level, options.levelTimeout);
     level->add_flag("--json", options.json, "Print a JSON object");
     return level;
+}
+
+constexpr char kMakeKeyExamples[] = R"(Examples:
+  wrbctl make-key                            in the server's home folder
+  wrbctl make-key --ini D:\new\wrbserver.ini
+
+Exit codes: 0 done, 1 there is a key already, or the file cannot be written, 2 wrong command line.
+)";
+
+CLI::App* AddMakeKey(CLI::App& app, Options& options) {
+    CLI::App* const makeKey = app.add_subcommand(
+        "make-key", "Write a new protection key into the server INI; agents need the same to read web-threat settings");
+    makeKey->add_option("--ini", options.makeKey.ini,
+                        "Server INI (default: Private\\wrbserver.ini in the home folder)");
+    makeKey->add_flag("--force", options.makeKey.force, "Replace the key that is there");
+    makeKey->footer(kMakeKeyExamples);
+    return makeKey;
 }
 
 constexpr char kPackExamples[] = R"(Example:
@@ -125,6 +143,7 @@ int Run() {
     commands->add_flag("--json", options.json, "Print a JSON array");
     CLI::App* const counters = AddCounters(app, options);
     AddLogLevel(app, options);
+    CLI::App* const makeKey = AddMakeKey(app, options);
     CLI::App* const pack = AddPack(app, options);
     CLI::App* const fwlog = AddFwlog(app, options);
     if (const auto code = wrb::ParseArguments(app, wrb::Utf8Arguments())) {
@@ -136,6 +155,9 @@ int Run() {
     }
     if (*commands) {
         return wrb::RunCommands(options.json);
+    }
+    if (*makeKey) {
+        return wrb::RunMakeKey(options.makeKey);
     }
     if (*pack) {
         return wrb::RunPack(options.pack);

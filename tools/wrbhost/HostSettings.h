@@ -10,4 +10,7 @@ inline constexpr unsigned kMostWorkers = 254;  // one pipe instance each; 255 me
 // kMostWorkers; kDefaultWorkers when the file or the key is missing.
 unsigned ReadWorkerCount();
 
+// Whether the server INI has the key without which agents with addresses get no web-threat settings.
+bool HasProtectionKey();
+
 }  // namespace wrb

@@ -79,6 +79,11 @@ int Host(const Options& options) {
     } catch (const std::exception& error) {
         return Fail(std::string("the command library does not start: ") + error.what());
     }
+    if (!HasProtectionKey()) {
+        PrintErr(
+            "wrbhost: Private\\wrbserver.ini has no protection key: agents with addresses get no web-threat settings. "
+            "Make one with: wrbctl make-key\n");
+    }
     const int code = ServeUntilStopped(library.Exports(), options, stop);
     library.Exports().finalize();
     return code;
