@@ -79,6 +79,9 @@ TEST_F(BackDatabaseTest, RecordsAndListsOfAnAgent) {
     std::vector<std::wstring> items;
     EXPECT_TRUE(dbGetSpywareWhiteListW(kFullAgent, items));
     EXPECT_THAT(items, testing::ElementsAre(L"one", L"two"));
+    EXPECT_FALSE(dbGetSpywareWhiteListW(kUnknownAgent, items));
+    EXPECT_EQ(items.size(), 2u) << "as they were";
+    EXPECT_TRUE(dbGetSpywareWhiteListW(kBareAgent, items) && items.empty());
     CustomBmConfig policies;
     ASSERT_TRUE(dbGetVexorCustomBmCfgW(kFullAgent, policies) && policies.policies.size() == 2);
     EXPECT_EQ(policies.policies[0].policyId, L"p0");

@@ -1,12 +1,23 @@
 #include "DbScanCfg.h"
 
+#include "DbAgent.h"
 #include "DbRequest.h"
+#include "Text.h"
 
 using wrb::DbName;
 using wrb::FindScanGroup;
 using wrb::GetDbScanGroup;
 using wrb::ScanGroupKind;
 using wrb::ScanType;
+
+namespace {
+
+bool IsKnownAgent(const wchar_t* uid) {
+    std::wstring answer;
+    return dbIsClientExistedW(uid == nullptr ? L"" : uid, answer) && wrb::ParseInt64(answer) == 1;
+}
+
+}  // namespace
 
 bool wrb::GetDbScanGroup(const ScanGroup& group, const wchar_t* uid, wrb::ScanGroupValues& values,
                          uint32_t number) noexcept {
@@ -67,8 +78,11 @@ bool dbGetBackupLogAllSessionsW(const wchar_t* uid, std::wstring& text, uint32_t
 
 bool dbGetSpywareWhiteListW(const wchar_t* uid, std::vector<std::wstring>& items, uint32_t number) noexcept {
     return wrb::GuardCall(L"dbGetSpywareWhiteListW", [&] {
+        const wchar_t* const name = DbName(DbCommand::GetSpywareWhiteList);
+        std::wstring answer;
         CCmdProtocol fields;
-        if (!wrb::AskDbRecord(DbName(DbCommand::GetSpywareWhiteList), fields, uid, number)) {
+        if (!wrb::AskDbText(name, answer, uid, number) ||
+            (!wrb::OpenDbRecord(answer, name, fields) && !IsKnownAgent(uid))) {
             return false;
         }
         items.clear();

@@ -42,5 +42,6 @@ bool dbGetExtraW(const wchar_t* uid, uint32_t configBit, std::wstring& text) noe
 // The agent's spyware restore sessions, one a field, TAB between them.
 bool dbGetBackupLogAllSessionsW(const wchar_t* uid, std::wstring& text, uint32_t number = 0) noexcept;
 
-// The agent's approved spyware; an empty field ends the list.
+// The agent's approved spyware; an empty field ends the list. After an empty answer one DB_IS_CLIENT_EXISTED tells an
+// agent without items, which succeeds, from an unknown one.
 bool dbGetSpywareWhiteListW(const wchar_t* uid, std::vector<std::wstring>& items, uint32_t number = 0) noexcept;
