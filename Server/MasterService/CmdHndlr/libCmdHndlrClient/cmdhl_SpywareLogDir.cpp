@@ -17,12 +17,13 @@
 namespace {
 
 constexpr wchar_t kFunction[] = L"cmdhl_ScanSpywareLogDir";
-// Compared with case, though the profile functions ignore it: a section that differs in case is an entry.
+// Compared with case, unlike by the profile functions: a section that differs in case is an entry.
 constexpr wchar_t kGeneralInfo[] = L"GeneralInfo";
 constexpr DWORD kNamesCharacters = 14000;
 constexpr DWORD kGuidCharacters = 64;
-constexpr uint64_t kMostBytes = 16 << 20;  // of a log; the profile functions read the whole file into memory
+constexpr uint64_t kMostBytes = 16 << 20;  // of a log: the profile functions read the whole file into memory
 constexpr unsigned kMostEntries = 10'000;  // of a package: a few kilobytes can unpack to gigabytes of records
+constexpr unsigned kMostWaits = 3;         // for a busy feedback log
 
 // Null: the walk visits the entry.
 const wchar_t* WhyPassedOver(const std::wstring& path, const WIN32_FIND_DATAW& entry) {
@@ -41,11 +42,11 @@ class SpywareLogWalk {
   public:
     explicit SpywareLogWalk(HANDLE stopEvent) : m_stopEvent(stopEvent), m_names(kNamesCharacters + 2) {}
 
-    // Walks the folder, then logs how many records the busy feedback log has cost.
+    // Walks the folder, then logs the number of records dropped.
     void Walk(const std::wstring& folder);
 
   private:
-    // Each of these returns false when the walk is to end. The depth is bounded by the length of a path.
+    // Each returns false to end the walk. The length of a path bounds the depth.
     bool WalkFolder(const std::wstring& folder);
     bool VisitEntry(const std::wstring& path, const WIN32_FIND_DATAW& entry);
     bool RecordLog(const std::wstring& path);
@@ -56,7 +57,7 @@ class SpywareLogWalk {
     HANDLE m_stopEvent;
     unsigned m_entries = 0;
     unsigned m_dropped = 0;
-    std::vector<wchar_t> m_names;  // one buffer for all files; two NULs always end it
+    std::vector<wchar_t> m_names;  // of one file; two NULs always end it
 };
 
 void SpywareLogWalk::Walk(const std::wstring& folder) {
@@ -122,12 +123,12 @@ bool SpywareLogWalk::RecordEntry(const std::wstring& path, const wchar_t* name, 
         return false;
     }
     ++m_entries;
-    const wrb::WtcAppend result = cmdhl_AppendWtcRecord(name, guid);
+    const wrb::WtcAppend result = m_dropped < kMostWaits ? cmdhl_AppendWtcRecord(name, guid) : wrb::WtcAppend::Busy;
     m_dropped += result == wrb::WtcAppend::Busy ? 1 : 0;
     return result != wrb::WtcAppend::NoHome && !IsStopped();
 }
 
-// The profile functions take a relative path from the Windows folder.
+// For the profile functions a relative path starts in the Windows folder.
 std::wstring FullPath(const char* directory) {
     const std::wstring path = wrb::AnsiToWide(directory);
     wchar_t full[MAX_PATH];
