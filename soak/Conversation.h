@@ -7,7 +7,7 @@
 #include <initializer_list>
 #include <string>
 
-#include "CommandSlot.h"
+#include "CommandTable.h"
 
 namespace wrb::soak {
 

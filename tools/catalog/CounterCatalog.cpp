@@ -1,7 +1,7 @@
 #include "CounterCatalog.h"
 
 #include "CommandCatalog.h"
-#include "CommandSlot.h"
+#include "CommandTable.h"
 
 namespace wrb {
 

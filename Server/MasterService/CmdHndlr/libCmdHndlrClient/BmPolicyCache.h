@@ -17,9 +17,8 @@ struct BmPolicy {
 
 class BmPolicyCache {
   public:
-    // Reads section "VEXOR_BMPolicy" through ServerIniCache, which must have its path by then: "Count" policies,
-    // numbered from 0. A count below 0 is none; above kMaxPolicies the rest is left out and a line is logged. Throws
-    // std::bad_alloc only.
+    // Reads the section "VEXOR_BMPolicy" through ServerIniCache, which must have its path: "Count" policies, numbered
+    // from 0, at most kMaxPolicies; beyond that a line is logged. Throws std::bad_alloc only.
     BmPolicyCache();
     BmPolicyCache(const BmPolicyCache&) = delete;
     BmPolicyCache& operator=(const BmPolicyCache&) = delete;
@@ -36,5 +35,5 @@ class BmPolicyCache {
 
 }  // namespace wrb
 
-// Set by cmdhl_Initialize, null before it, after cmdhl_Finalize, and when memory did not suffice: test before use.
+// Set by cmdhl_Initialize; null before it, after cmdhl_Finalize, and when memory was exhausted: test before use.
 extern wrb::BmPolicyCache* g_pBmPolicyCache;

@@ -11,7 +11,7 @@
 namespace wrb {
 namespace {
 
-// The log numbers results by slots of their own: ten of them come before the one of the table's first row.
+// The log numbers its slots from here: the table's first row has slot 10.
 constexpr uint32_t kFirstResultSlot = 10;
 
 std::wstring WithName(std::wstring_view pattern, const wchar_t* name) {

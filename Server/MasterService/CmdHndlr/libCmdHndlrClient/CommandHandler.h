@@ -1,13 +1,13 @@
 // How the rows of the command table are served: the shapes that a row can name, each with its data, and what runs them.
-// A handler gets the message with the command's name already read, runs on the caller's thread, and reports by the
-// answer it writes and by the debug log. Any number run at once.
+// A handler gets the message with the command's name already read and runs on the caller's thread. Its answer and the
+// debug log are its only results. Any number run at once.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <variant>
 
-#include "CommandSlot.h"
+#include "CommandTable.h"
 #include "DebugLog.h"
 #include "ScanGroup.h"
 
@@ -29,15 +29,15 @@ inline constexpr RequestLog kDashed = {L"* - ", L"* - cmdhl_OutputCommand failed
 inline constexpr RequestLog kTwice = {L"* - *: ", L"* - *: cmdhl_OutputCommand failed."};
 inline constexpr RequestLog kWebThreat = {L"*: ", L"*: cmdhl_OutputCommand failed. ", kLogDebug8};
 
-// The modules that log lines name as their source, whichever file holds the code.
+// The source modules that log lines name.
 #define WRB_HANDLER_MODULE(name) L"Server\\MasterService\\CmdHndlr\\libCmdHndlrClient\\" name L".cpp"
 inline constexpr wchar_t kRqCfg[] = WRB_HANDLER_MODULE(L"cmdhl_RqCfg");
 inline constexpr wchar_t kOnCfg[] = WRB_HANDLER_MODULE(L"cmdhl_OnCfg");
 inline constexpr wchar_t kOthers[] = WRB_HANDLER_MODULE(L"cmdhl_Others");
 #undef WRB_HANDLER_MODULE
 
-// Fills `output` for the agent `uid`. What an empty uid means is the getter's own: the server as a whole to the scan
-// requests, an agent that nobody knows to the setting bundles. False: nothing was found, and `output` is empty.
+// Fills `output` for the agent `uid`. An empty uid stands for the server as a whole in scan requests, and for an
+// unknown agent in setting bundles. False: nothing was found, and `output` is empty.
 using Getter = bool (*)(std::wstring& output, const wchar_t* uid);
 
 // A Getter that leaves the agent's "changed" bit as it is.
@@ -49,7 +49,7 @@ bool KeepChanges(std::wstring& output, const wchar_t* uid) {
 // Stores the fields of `message` for the agent `uid`. False when it could not.
 using Setter = bool (*)(CCmdProtocol& message, const wchar_t* uid);
 
-// Requests: reply pipe and uid go in, a text goes out to the reply pipe.
+// Requests: reply pipe and uid in, a text out to the reply pipe.
 struct Request {
     const wchar_t* name;
     RequestLog log;
@@ -63,7 +63,7 @@ struct ScanRequest {
     ScanGroupKind kind;
 };
 
-// Updates: uid and settings go in; no answer.
+// Updates: uid and settings in, no answer.
 struct Update {
     const wchar_t* name;
     Setter setter;
@@ -75,18 +75,17 @@ struct ScanUpdate {
     ScanGroupKind kind;
 };
 
-// A function that does all of it, counting included.
+// A function that does everything, counting included.
 struct Written {
     void (*function)(CCmdProtocol& message);
 };
 
-struct NotBuilt {};  // the name is known, nobody serves it
+struct NotBuilt {};  // the name is known, nothing serves it
 
 using CommandHandler = std::variant<NotBuilt, Request, ScanRequest, Update, ScanUpdate, Written>;
 
-// Serves one command. A request is timed from here to before its reply, so that a slow reader does not show as a slow
-// command; its answer is sent also when it is empty. What a handler throws passes through, and so does the E_FAIL of a
-// process without counters; the counters are given back either way.
+// Serves one command. A request is timed without its reply: a slow reader is not a slow command. An empty answer is
+// sent too. Passes on what the handler throws, and the E_FAIL of a process without counters.
 void RunHandler(CommandSlot slot, const CommandHandler& handler, CCmdProtocol& message);
 
 }  // namespace wrb

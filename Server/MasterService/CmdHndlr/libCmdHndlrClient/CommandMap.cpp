@@ -20,11 +20,11 @@ void AddCommands(CommandMap& map, std::span<const CommandRow> rows) {
 }
 
 unsigned DispatchCommand(const CommandMap& map, const wchar_t* message, uint64_t bytes) {
-    // wcsncmp stops at a terminator, so a measured text may be shorter than the prefix.
+    // wcsncmp stops at a terminator: the text may be shorter than the prefix.
     if (message == nullptr || bytes < kLeastBytes || std::wcsncmp(message, kPrefix, kPrefixLength) != 0) {
         return 0;
     }
-    // The size is a signed 32-bit number, and all ones ask for a measured text, which is what -1 means to CCmdProtocol.
+    // A signed 32-bit size. -1 (all ones) asks CCmdProtocol to measure the text.
     const auto size = static_cast<int32_t>(static_cast<uint32_t>(bytes));
     if (size < -1) {
         return 0;  // negative size: reject

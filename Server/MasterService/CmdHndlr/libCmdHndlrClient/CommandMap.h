@@ -19,15 +19,13 @@ struct CommandRow {
 // The command table.
 std::span<const CommandRow> CommandTable();
 
-// Ordered by UTF-16 code units, upper and lower case apart. Filled at start-up; from then on any number of threads
-// reads it without a lock.
+// Ordered by UTF-16 code units, case-sensitive. Filled at start-up, then read by any number of threads without a lock.
 using CommandMap = std::map<std::wstring, const CommandRow*, std::less<>>;
 
-// Adds the rows, which must outlive the map, in their order. A name that is there already keeps its row.
+// Adds the rows, which must outlive the map. A name that is already there keeps its row.
 void AddCommands(CommandMap& map, std::span<const CommandRow> rows);
 
-// Runs the handler of the command that `message` holds; see cmdhl_Process for the message and the result. What the
-// handler throws passes through.
+// cmdhl_Process with that map.
 unsigned DispatchCommand(const CommandMap& map, const wchar_t* message, uint64_t bytes);
 
 }  // namespace wrb

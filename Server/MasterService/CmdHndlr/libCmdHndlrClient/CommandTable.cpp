@@ -1,7 +1,6 @@
 #include "CommandMap.h"
 #include "FirewallLogs.h"
 #include "ScanSettingUpdates.h"
-#include "WrittenHandlers.h"
 #include "cmdhm_Bundles.h"
 #include "cmdhm_ScanCfg.h"
 

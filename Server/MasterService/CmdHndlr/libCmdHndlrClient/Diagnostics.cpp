@@ -1,16 +1,16 @@
-// The commands that try the library out and clear its INI caches.
+// The commands that test the connection and clear the INI caches.
 #include <windows.h>
 
 #include <random>
 #include <string>
 
 #include "CmdProtocol.h"
+#include "CommandTable.h"
 #include "DebugLog.h"
 #include "INICache.h"
-#include "WrittenHandlers.h"
 #include "cmdhl_Reply.h"
 
-// Log lines go on naming the module of old.
+// Log lines name this module.
 #undef WRB_SOURCE_NAME
 #define WRB_SOURCE_NAME "Server/MasterService/CmdHndlr/libCmdHndlrClient/cmdhl_Examples.cpp"
 
@@ -32,7 +32,7 @@ void cmdhl_Echo(CCmdProtocol& message) {
     }
 }
 
-// This command does not clear the third cache, that of the sandbox analyzer.
+// Does not clear the cache of the sandbox analyzer.
 void cmdhl_ClearIniCache(CCmdProtocol&) {
     WRB_LOG(kLogDebug8, L"cmdhl_ClearIniCache");
     ScanIniCache().clear();

@@ -4,39 +4,38 @@
 #include <windows.h>
 
 #include <array>
-#include <cstring>
 #include <exception>
 #include <string>
 #include <utility>
 
 #include "CmdProtocol.h"
-#include "CommandSlot.h"
+#include "CommandFields.h"
+#include "CommandTable.h"
 #include "CounterScope.h"
 #include "DbFirewall.h"
 #include "DebugLog.h"
 #include "FirewallAlert.h"
 #include "INICache.h"
-#include "UnsignedField.h"
+#include "Text.h"
 #include "UploadPackage.h"
-#include "WrittenHandlers.h"
 #include "cmdhl_CfwLogFile.h"
 #include "cmdhl_LogTicket.h"
 #include "cmdhl_Reply.h"
 
-// Log lines go on naming the module of old.
+// Log lines name this module.
 #undef WRB_SOURCE_NAME
 #define WRB_SOURCE_NAME "Server/MasterService/CmdHndlr/libCmdHndlrClient/cmdhl_Others.cpp"
 
 namespace {
 
-constexpr std::size_t kPathCapacity = 260;
-constexpr std::size_t kReplyPipePrefix = 17;  // agents of this command put so much in front of what is unique
+constexpr std::size_t kLongestEntryPath = 259;
+constexpr std::size_t kReplyPipePrefix = 17;  // the part that agents put in front of the unique one
 constexpr uint32_t kFirewallLogs = 1;
 constexpr uint32_t kConditionCapacity = 4096;
 constexpr wchar_t kSetCfwLog[] = L"cmdhl_SetCFWLog";
 constexpr wchar_t kProcessEntry[] = L"cmdhl_ProcessExtractedLog";
 
-// What must not keep the request from going on, above all from cleaning up.
+// Runs a step whose failure must not keep the request from cleaning up.
 template <typename Step>
 void Guarded(const wchar_t* function, Step step) noexcept {
     try {
@@ -48,7 +47,7 @@ void Guarded(const wchar_t* function, Step step) noexcept {
     }
 }
 
-// What is given up at the end of a request, whatever became of it.
+// Runs a step at the end of the request, also after an exception.
 template <typename Step>
 class AtEnd {
   public:
@@ -61,7 +60,7 @@ class AtEnd {
     Step m_step;
 };
 
-// Right behind a system call: says that it failed.
+// Logs the failure of the system call just made.
 void CheckDone(BOOL done, const wchar_t* call, const std::wstring& path) {
     if (!done) {
         const DWORD error = GetLastError();
@@ -102,22 +101,20 @@ void ProcessPackage(Upload& upload, const std::wstring& folder) {
     }
 }
 
-using NarrowPath = std::array<char, kPathCapacity>;
-
-// Every step is bounded: what does not fit is cut.
-NarrowPath EntryPath(const char* directory, const char* entry) noexcept {
-    NarrowPath path{};
-    std::strncpy(path.data(), directory, path.size() - 1);
-    std::strncat(path.data(), "\\", path.size() - 1 - std::strlen(path.data()));
-    std::strncat(path.data(), entry, path.size() - 1 - std::strlen(path.data()));
-    return path;
+// Cut at the length of the package library's own paths.
+std::wstring EntryPath(const char* directory, const char* entry) {
+    return wrb::AnsiToWide((std::string(directory) + "\\" + entry).substr(0, kLongestEntryPath));
 }
 
-// Precomposed, which is the default and, where the code page is UTF-8, no flag that may be given.
-bool Widen(const NarrowPath& narrow, wchar_t (&path)[kPathCapacity]) noexcept {
-    const int characters = MultiByteToWideChar(CP_ACP, 0, narrow.data(), -1, path, static_cast<int>(kPathCapacity));
-    path[kPathCapacity - 1] = L'\0';
-    return characters > 0;
+void ProcessEntry(const char* entry, const char* directory, const std::wstring& uid, ExtractedLogProcessor processor) {
+    const std::wstring path = EntryPath(directory, entry);
+    Guarded(kProcessEntry, [&] { processor(uid, path.c_str()); });
+    if (!DeleteFileW(path.c_str())) {
+        const DWORD error = GetLastError();
+        // Another log has the same text.
+        WRB_LOG(kLogDebug8, L"cmdhl_SetNVLog: DeleteFile(%s) fail err=%d", path.c_str(), error);
+    }
+    wrb::RemoveEntryFolders(directory, entry);
 }
 
 }  // namespace
@@ -137,9 +134,9 @@ void cmdhl_SetCFWLog(CCmdProtocol& message) {
     const wrb::CounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_PFW_SET_LOG));
     Upload upload = ReadUpload(message);
     const std::wstring folder = wrb::ExtractionDirectory(upload.directory, upload.replyPipe, kReplyPipePrefix);
-    // Run in the opposite order: package, folder, ticket.
+    // These run in reverse order: package, folder, ticket.
     const AtEnd freePlace([&] { cmdhl_RemoveClientFromLogUploadingList(upload.uid); });
-    CheckDone(CreateDirectoryW(folder.c_str(), nullptr), L"CreateDirectory", folder);  // one that is there does as well
+    CheckDone(CreateDirectoryW(folder.c_str(), nullptr), L"CreateDirectory", folder);  // may exist already
     const AtEnd removeFolder([&] { CheckDone(RemoveDirectoryW(folder.c_str()), L"RemoveDirectory", folder); });
     const AtEnd deletePackage([&] { CheckDone(DeleteFileW(upload.fileName.c_str()), L"DeleteFile", upload.fileName); });
     AnswerPackageTest(upload, folder);
@@ -148,23 +145,10 @@ void cmdhl_SetCFWLog(CCmdProtocol& message) {
 
 bool cmdhl_ProcessExtractedLog(const char* entry, const char* directory, unsigned event, void* context,
                                ExtractedLogProcessor processor) noexcept {
-    if (event != FPK_ENTRY_WRITTEN) {
-        return true;
+    if (event == FPK_ENTRY_WRITTEN) {
+        Guarded(kProcessEntry,
+                [&] { ProcessEntry(entry, directory, *static_cast<const std::wstring*>(context), processor); });
     }
-    const NarrowPath narrow = EntryPath(directory, entry);
-    wchar_t path[kPathCapacity] = L"";
-    const bool hasPath = Widen(narrow, path);
-    if (hasPath) {
-        Guarded(kProcessEntry, [&] { processor(*static_cast<const std::wstring*>(context), path); });
-    } else {
-        WRB_LOG(kLogError, L"%s - no wide path for %S", kProcessEntry, narrow.data());
-    }
-    if (!(hasPath ? DeleteFileW(path) : DeleteFileA(narrow.data()))) {
-        const DWORD error = GetLastError();
-        // A text shared with another log.
-        WRB_LOG(kLogDebug8, L"cmdhl_SetNVLog: DeleteFile(%s) fail err=%d", path, error);
-    }
-    Guarded(kProcessEntry, [&] { wrb::RemoveEntryFolders(directory, entry); });
     return true;
 }
 

@@ -4,7 +4,9 @@
 #include <string>
 
 #include "CmdProtocol.h"
+#include "CommandFields.h"
 #include "CommandHandler.h"
+#include "UidField.h"
 #include "cmdhm_ScanCfgUpdate.h"
 
 namespace wrb {
@@ -24,7 +26,24 @@ bool SetAllExclusions(CCmdProtocol& message, const wchar_t* uid) {
     return stored;
 }
 
-// Readers of the log look for this text and that of the result as they are, spelling included.
+bool SetPrivileges(CCmdProtocol& message, const wchar_t* uid, std::span<const DbPrivilegeBit> bits) {
+    const UidField field(uid);
+    if (field.IsEmpty()) {
+        WRB_LOG(kLogError, L"%s - UID is empty", L"cmdhm_SetPrivileges");
+        return false;
+    }
+    DbPrivilege value;
+    DbPrivilege mask;
+    for (const DbPrivilegeBit bit : bits) {
+        AddPrivilege(mask, bit);
+        if (TakeSwitch(message)) {
+            AddPrivilege(value, bit);
+        }
+    }
+    return dbSetPrivilegeW(field.CStr(), value, mask);
+}
+
+// The misspelled name is part of the log text.
 bool SetWarnings(CCmdProtocol& message, const wchar_t* uid) {
     WRB_LOG_FROM(kLogDebug8, kOnCfg, __LINE__, L"[cmdhl_SetClinetCfgWarningSetting] enter");
     return SetPrivileges<DbPrivilegeBit::ScheduleScanWarning, DbPrivilegeBit::VirusMailWarning>(message, uid);

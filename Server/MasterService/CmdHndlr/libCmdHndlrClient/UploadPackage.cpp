@@ -19,7 +19,7 @@ constexpr DWORD kModulePathCapacity = 32768;
 constexpr std::size_t kAnsiPathCapacity = 260;
 constexpr uint8_t kExtracted = 1;
 
-// The result is one byte of somebody else's making: as a bool, any value but 0 and 1 would be undefined.
+// The result is a byte, not a bool: the library may return values other than 0 and 1.
 using ExtractFunction = uint8_t (*)(const char*, const char*, PackageCallback, void*);
 
 std::wstring LibraryPath() {
@@ -33,8 +33,8 @@ std::wstring LibraryPath() {
     return path.append(kLibraryName);
 }
 
-// A full path, and for what that library needs in turn only its own folder and the system's: neither the current
-// folder nor the search path gets a say.
+// Loads by a full path, and the library's own dependencies from its folder and the system's only: never from the
+// current folder or the search path.
 ExtractFunction Bind() {
     const std::wstring path = LibraryPath();
     ModuleHandle library(
@@ -45,14 +45,14 @@ ExtractFunction Bind() {
         WRB_LOG(kLogError, L"%s - cannot bind fpkExtract of %s, err=%d", L"ExtractPackage", path.c_str(), error);
         return nullptr;
     }
-    static_cast<void>(library.Release());  // for the life of the process: another thread may be inside at any time
-    // By way of void*: a function pointer may not be cast to one of another type without a warning.
+    static_cast<void>(library.Release());  // never unloaded: another thread may be inside
+    // Through void*: a direct cast between function pointer types gives a warning.
     return reinterpret_cast<ExtractFunction>(reinterpret_cast<void*>(entry));
 }
 
 using AnsiPath = std::array<char, kAnsiPathCapacity>;
 
-// Nothing when the path does not fit or comes back as another one, which would be some other file.
+// Nothing when the path does not fit or does not convert back to itself: it would name another file.
 std::optional<AnsiPath> ToAnsiPath(const std::wstring& wide) {
     const std::string narrow = WideToAnsi(wide.c_str());
     if (narrow.size() >= kAnsiPathCapacity || AnsiToWide(narrow) != wide.c_str()) {

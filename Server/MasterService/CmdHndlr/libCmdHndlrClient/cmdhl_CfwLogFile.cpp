@@ -18,11 +18,11 @@ namespace {
 
 constexpr int32_t kForwarded = 1;
 constexpr int32_t kRecordLost = -2;
-constexpr uint8_t kGuardedDirection = 2;  // whose processes are shown only on request
+constexpr uint8_t kGuardedDirection = 2;  // its process paths are sent only with CFWShowAllPV
 constexpr uint16_t kFirewallLog = 0;
 
-// The line shows the function and the source only: the values travel behind a format that has no place for them. It has
-// always looked like this, and those who search the logs for it count on that.
+// The line shows the function and the module only: the format has one place, so the other arguments are not printed.
+// People search the logs for this text.
 template <typename Item>
 void LogFormatError(const Item& item) {
     WRB_LOG(kLogError, L"%s - Server\\MasterService\\CmdHndlr\\libCmdHndlrClient\\cmdhl_Others", L"processCFWLogFile",

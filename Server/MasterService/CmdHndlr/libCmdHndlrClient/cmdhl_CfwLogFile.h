@@ -8,10 +8,10 @@
 
 namespace wrb {
 
-// Where the records go; each returns 1 when it has taken one.
+// Where the records go. Each function returns 1 when it has taken the record.
 struct CfwLogTargets {
-    int (*agentClient)(const FirewallLogEntry& entry) noexcept;  // a record that it does not take is only logged
-    int (*logPool)(const FirewallLogEntry& entry) noexcept;      // one that it does not take marks the result
+    int (*agentClient)(const FirewallLogEntry& entry) noexcept;  // a failure is only logged
+    int (*logPool)(const FirewallLogEntry& entry) noexcept;      // a failure gives the result -2
 };
 
 // processCFWLogFile with other targets. Memory does not grow with the file. Any thread, each with a file of its own.
@@ -20,6 +20,6 @@ int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, cons
 }  // namespace wrb
 
 // Forwards every record of the file to the central-management agent and to the log pool. Returns -2 when a record had
-// wrong markers or did not reach the log pool, otherwise 1; also when there is no file, when it cannot be read and when
-// its version cannot be told. Throws for lack of memory only.
+// wrong markers or did not reach the log pool, otherwise 1: also without a file, with an unreadable one and with one of
+// an unknown version. Throws for lack of memory only.
 int32_t processCFWLogFile(const std::wstring& uid, const wchar_t* fileName);

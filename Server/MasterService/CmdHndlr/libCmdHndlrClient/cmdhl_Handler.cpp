@@ -15,13 +15,13 @@
 namespace {
 
 wrb::CommandMap g_commandMap;
-void* g_pReserved = nullptr;  // kept for the service; nothing reads it
+void* g_pReserved = nullptr;  // nothing reads it
 
 bool SetUpDebugLog(const wchar_t* debugIni, const wchar_t* debugLibrary) {
     return DebugLogSetup(debugIni, debugLibrary, "CMDHL", true) == 1;
 }
 
-// A missing file stops nothing: its cache answers the defaults.
+// A missing file is no error: its cache gives the defaults.
 void InitialiseIniCaches() {
     constexpr std::size_t kPathCharacters = 260;
     const std::wstring homeDir = wrb::HomeFolder();
@@ -31,7 +31,7 @@ void InitialiseIniCaches() {
     wchar_t sbaIni[kPathCharacters];
     wrb::FormatInto(scanIni, kPathCharacters, L"%swrbscan.ini", home);
     wrb::FormatInto(serverIni, kPathCharacters, L"%sPrivate\\wrbserver.ini", home);
-    // The doubled separator and the small "private" are part of the path that the service's other programs use.
+    // The server's other programs use this path, with its doubled separator and lower-case "private".
     wrb::FormatInto(sbaIni, kPathCharacters, L"%s\\private\\%s", home, L"wrbSbaSvr.ini");
     WRB_LOG(kLogInfo, L"%s - cmdhl_Initialize: ini home:[%s]", L"cmdhl_Initialize", scanIni);
     ScanIniCache().init(scanIni, 6);
@@ -39,7 +39,7 @@ void InitialiseIniCaches() {
     SbaIniCache().init(sbaIni, 30);
 }
 
-// A second start keeps the cache that is there: a command that is running may be reading it.
+// A second start keeps the cache: a running command may be reading it.
 void CreatePolicyCache() {
     if (g_pBmPolicyCache != nullptr) {
         return;

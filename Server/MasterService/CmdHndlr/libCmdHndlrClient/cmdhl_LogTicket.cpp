@@ -11,8 +11,8 @@ constexpr wchar_t kRequest[] = L"cmdhl_RequestToUploadPFWLog";
 constexpr wchar_t kRelease[] = L"cmdhl_RemoveClientFromLogUploadingList";
 constexpr wchar_t kCleanList[] = L"CleanList";
 
-constexpr int32_t kShortWait = 60;     // below it a client is admitted ahead of its time
-constexpr int64_t kWaitingGrace = 60;  // how late a waiting client may come back and still count
+constexpr int32_t kShortWait = 60;     // below it a client is admitted early
+constexpr int64_t kWaitingGrace = 60;  // how late a waiting client may come back
 
 // The log's %d takes 32 bits.
 template <typename Number>
@@ -98,7 +98,7 @@ LogTicket::Limits LogTicket::ReadLimits() {
     return {free, ahead};
 }
 
-// By the length of the queue alone: a client's own place in it, if it has one, deliberately counts for nothing.
+// By the length of the queue alone: a client's own place in it does not count.
 int32_t LogTicket::WaitingTime() {
     const uint32_t ceiling = Setting(TicketSetting::MaxWaitTime);
     const uint32_t wait = static_cast<uint32_t>(m_waiting.size()) / Setting(TicketSetting::Rate) + 1;

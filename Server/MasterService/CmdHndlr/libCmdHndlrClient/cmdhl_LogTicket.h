@@ -1,8 +1,8 @@
 // The log-upload ticket: how many agents upload firewall logs at once.
 //
-// An agent asks before it uploads. It is admitted at once, or told in how many seconds to ask again; once its log is
-// stored, it is released. An agent that never is loses its place when its time is over, at the first clean-up after
-// that. docs/settings.md has the keys, docs/operating.md says how to read the ticket's log lines.
+// An agent asks before it uploads. It is admitted at once, or told in how many seconds to ask again. It is released
+// when its log is stored, or by the first clean-up after its time is over. docs/settings.md has the keys,
+// docs/operating.md explains the log lines.
 #pragma once
 
 #include <cstddef>
@@ -18,9 +18,9 @@
 
 namespace wrb {
 
-// All times are whole calendar seconds. Settings are read through the caches at every use, but for the two thread
-// numbers, which are read once; all count as unsigned. Any thread may call; the lock is held while a line is logged and
-// while a setting is read, so nothing that the log or a cache does may come back here.
+// All times are whole calendar seconds. Settings are unsigned and are read through the caches at every use; the two
+// thread numbers are read once. Any thread. The lock is held while logging and reading settings, so neither may call
+// back.
 class LogTicket {
   public:
     // All three must outlive the ticket.
@@ -36,7 +36,7 @@ class LogTicket {
     bool Release(const std::wstring& uid) WRB_EXCLUDES(m_lock);
 
   private:
-    // From a client's uid to the end of its upload slot, or to the time at which it was told to come back.
+    // From a client's uid to the end of its upload slot, or to the time at which it is to come back.
     using ClientList = std::map<std::wstring, int64_t>;
 
     struct Limits {
@@ -58,13 +58,13 @@ class LogTicket {
     CWrbSRWLock m_lock;
     ClientList m_uploading WRB_GUARDED_BY(m_lock);
     ClientList m_waiting WRB_GUARDED_BY(m_lock);
-    int64_t m_lastCleanUp WRB_GUARDED_BY(m_lock) = 0;  // so that the first request cleans
+    int64_t m_lastCleanUp WRB_GUARDED_BY(m_lock) = 0;  // the first request cleans up
     std::optional<TicketThreads> m_threads WRB_GUARDED_BY(m_lock);
 };
 
 }  // namespace wrb
 
-// The process's one ticket, over the system's clock and the server's INI files. Its lists are empty at load and never
-// stored. `waitingSeconds` is what Request returns; the result is always true.
+// The process's one ticket, over the system's clock and the server's INI files; its lists are never stored.
+// `waitingSeconds` is what Request returns; the result is always true.
 bool cmdhl_RequestToUploadPFWLog(const std::wstring& uid, int32_t& waitingSeconds);
 bool cmdhl_RemoveClientFromLogUploadingList(const std::wstring& uid);

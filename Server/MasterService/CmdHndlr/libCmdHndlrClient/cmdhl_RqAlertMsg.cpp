@@ -3,16 +3,15 @@
 #include <optional>
 
 #include "CmdProtocol.h"
-#include "CommandSlot.h"
+#include "CommandTable.h"
 #include "CounterScope.h"
 #include "DebugLog.h"
-#include "WrittenHandlers.h"
 #include "cmdhl_Reply.h"
 #include "cmdhm_ClnAlertMsg.h"
 
 namespace {
 
-// A type that is counted has a slot of its own and adds to the command's, which so counts all of these.
+// A counted type has a slot of its own and also counts in the command's.
 class AlertCount {
   public:
     explicit AlertCount(int32_t type) {

@@ -5,15 +5,14 @@
 
 #include "AgentUid.h"
 #include "CmdProtocol.h"
-#include "CommandSlot.h"
+#include "CommandFields.h"
+#include "CommandTable.h"
 #include "CounterScope.h"
 #include "DbAgent.h"
 #include "DebugLog.h"
 #include "Text.h"
-#include "UnsignedField.h"
 #include "UploadPackage.h"
 #include "WrbClient.h"
-#include "WrittenHandlers.h"
 #include "cmdhl_Reply.h"
 #include "cmdhl_SpywareLogDir.h"
 #include "cmdlog_OutputCmd.h"
@@ -23,19 +22,19 @@ namespace {
 struct SpywareUpload {
     wrb::CommandSlot slot;
     const wchar_t* name;          // of the handler, in its log lines
-    std::size_t replyPipePrefix;  // agents of this command put so much in front of what is unique
+    std::size_t replyPipePrefix;  // the part that agents put in front of the unique one
     bool isLog;                   // its entries go into the feedback log
     int32_t event;
     const wchar_t* successAnswer;
 };
 
-// Agents take the manifest's 0 for what it is: an answer, whatever came of the package.
+// A manifest is answered 0 whatever came of it.
 constexpr SpywareUpload kSpywareLog = {
     wrb::CommandSlot::CMDHL_SET_SPYWARELOG, L"cmdhl_SetSpywareLog", 20, true, 0, L"1"};
 constexpr SpywareUpload kBackupManifest = {
     wrb::CommandSlot::CMDHL_SET_SPYWARE_BACKUP_MANIFEST, L"cmdhl_SetSpywareBackupManifest", 33, false, 2, L"0"};
 
-// Unlike the firewall log's, the folder outlives the request: one that is there already holds another's material.
+// Unlike the firewall log's, the folder stays after the request: one that exists belongs to another.
 bool MakeFolder(const SpywareUpload& kind, const std::wstring& folder) {
     if (CreateDirectoryW(folder.c_str(), nullptr)) {
         return true;
@@ -99,7 +98,7 @@ void cmdhl_SetSpywareRestoreLog(CCmdProtocol& message) {
     uint32_t first = 0;
     uint32_t second = 0;
     message >> replyPipe >> uid >> first >> second;
-    // The row has them the other way round than the command.
+    // The row has them in reverse order.
     dbSetRestoreLogW(uid.c_str(), static_cast<int32_t>(second), static_cast<int32_t>(first));
     wrb::ReplyOrLog(L"cmdhl_SetSpywareRestoreLog", replyPipe, L"1");
 }

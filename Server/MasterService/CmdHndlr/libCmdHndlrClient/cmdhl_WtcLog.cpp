@@ -11,14 +11,13 @@
 #include <string_view>
 
 #include "CmdProtocol.h"
-#include "CommandSlot.h"
+#include "CommandTable.h"
 #include "CounterScope.h"
 #include "DebugLog.h"
 #include "HomeFolder.h"
 #include "INICache.h"
 #include "NamedMutex.h"
 #include "Text.h"
-#include "WrittenHandlers.h"
 
 namespace {
 
@@ -34,7 +33,7 @@ struct WtcRecord {
 };
 static_assert(sizeof(WtcRecord) == 166);
 
-// Cuts whole characters, so that half of a double-byte one is never left at the end.
+// Cuts whole characters: half of a double-byte one must not stay at the end.
 template <std::size_t N>
 void FillField(std::array<char, N>& field, std::wstring_view text) {
     text = text.substr(0, 2 * N);  // a pair of UTF-16 units gives at least one byte
@@ -78,7 +77,7 @@ wrb::WtcAppend cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* gu
         return WtcAppend::Done;
     }
     const std::wstring home = wrb::HomeFolder();
-    if (home.empty()) {  // a relative path would lead into whatever folder is the current one
+    if (home.empty()) {  // a relative path would start in the current folder
         WRB_LOG(kLogError, L"%s - no home folder", kFunction);
         return WtcAppend::NoHome;
     }

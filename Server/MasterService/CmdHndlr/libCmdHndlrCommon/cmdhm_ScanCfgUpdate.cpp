@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "CmdProtocol.h"
+#include "CommandFields.h"
 #include "DbAgent.h"
 #include "DbScanUpdate.h"
 #include "DebugLog.h"
@@ -10,7 +11,6 @@
 #include "QmAgentClient.h"
 #include "ScanCfgIni.h"
 #include "ScanUpdateLog.h"
-#include "SwitchField.h"
 #include "UidField.h"
 
 namespace wrb {
@@ -31,7 +31,7 @@ ScanGroupValues ReadFields(const ScanGroup& group, CCmdProtocol& message) {
     for (const ScanRow* const row : group.updateRows) {
         switch (row->kind) {
             case ScanRowKind::Bit:
-                values.flags |= ReadSwitch(message) ? row->bits : 0;
+                values.flags |= TakeSwitch(message) ? row->bits : 0;
                 break;
             case ScanRowKind::Int:
                 message >> values.*(row->number);

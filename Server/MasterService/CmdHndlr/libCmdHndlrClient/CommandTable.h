@@ -1,11 +1,18 @@
-// The rows of the command table by name: a value is the row's number, and so the command's slot in the performance
-// counters. Needs nothing to link with.
+// What the rows of the command table declare. Needs nothing to link with.
 #pragma once
 
 #include <cstdint>
 
+class CCmdProtocol;
+
+// The handlers that are written as functions.
+#define WRB_COMMAND(name, handler, role, fields, answers)
+#define WRB_WRITTEN(name, function, role, fields, answers) void function(CCmdProtocol& message);
+#include "CommandTable.inc"
+
 namespace wrb {
 
+// The rows by name: a value is the row's number, which is also the command's slot in the performance counters.
 enum class CommandSlot : uint32_t {
 #define WRB_COMMAND(name, handler, role, fields, answers) name,
 #include "CommandTable.inc"
