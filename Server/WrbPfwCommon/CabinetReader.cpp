@@ -73,17 +73,17 @@ class PackageView final : public IFdiFile {
     int64_t m_offset = 0;
 };
 
-// One entry on its way to its data; lives in the visit.
+// The entry that is being unpacked.
 class EntryFile final : public IFdiFile {
   public:
-    void Begin(IEntryData* data) noexcept { m_data = data; }
+    explicit EntryFile(ICabinetVisitor& visitor) noexcept : m_visitor(visitor) {}
+    ICabinetVisitor& Visitor() noexcept { return m_visitor; }
     UINT Write(const void* bytes, UINT count) noexcept override {
-        return m_data->Write(bytes, count) ? count : kFailed;
+        return m_visitor.Write(bytes, count) ? count : kFailed;
     }
-    bool Finish() noexcept { return m_data->Finish(); }
 
   private:
-    IEntryData* m_data = nullptr;
+    ICabinetVisitor& m_visitor;
 };
 
 // FDI opens files by name and hands its functions no context: this is the package that the thread is reading.
@@ -147,42 +147,30 @@ struct FdiTraits {
 };
 using FdiHandle = UniqueHandle<FdiTraits>;
 
-struct Visit {
-    ICabinetVisitor& visitor;
-    EntryFile file;
-};
-
 constexpr INT_PTR kAbort = -1;
 constexpr INT_PTR kGoOn = 0;
 constexpr INT_PTR kPassOver = 0;
 
-INT_PTR OnEntry(Visit& visit, const FDINOTIFICATION& notification) noexcept {
+INT_PTR OnEntry(EntryFile& file, const FDINOTIFICATION& notification) noexcept {
     const CabinetEntry entry{notification.psz1, (notification.attribs & _A_NAME_IS_UTF) != 0, notification.cb};
     try {
-        IEntryData* data = nullptr;
-        if (!visit.visitor.OnEntry(entry, data)) {
-            return kAbort;
-        }
-        if (data == nullptr) {
-            return kPassOver;
-        }
-        visit.file.Begin(data);
-        return HandleOf(&visit.file);
+        const EntryAction action = file.Visitor().OnEntry(entry);
+        return action == EntryAction::Unpack ? HandleOf(&file) : action == EntryAction::PassOver ? kPassOver : kAbort;
     } catch (const std::bad_alloc&) {
         return kAbort;
     }
 }
 
 INT_PTR DIAMONDAPI FdiNotify(FDINOTIFICATIONTYPE type, PFDINOTIFICATION notification) {
-    auto& visit = *static_cast<Visit*>(notification->pv);
+    auto& file = *static_cast<EntryFile*>(notification->pv);
     switch (type) {
         case fdintCABINET_INFO:
             // Names the next cabinet of a set.
             return notification->psz1 != nullptr && *notification->psz1 != '\0' ? kAbort : kGoOn;
         case fdintCOPY_FILE:
-            return OnEntry(visit, *notification);
+            return OnEntry(file, *notification);
         case fdintCLOSE_FILE_INFO:
-            return visit.file.Finish() ? TRUE : FALSE;
+            return file.Visitor().Finish() ? TRUE : FALSE;
         case fdintENUMERATE:
             return kGoOn;
         case fdintPARTIAL_FILE:  // begins in another cabinet
@@ -217,10 +205,10 @@ bool CabinetReader::Read(ICabinetVisitor& visitor) {
     if (!fdi || !IsCabinet(fdi.Get())) {
         return false;
     }
-    Visit visit{visitor, {}};
+    EntryFile file(visitor);
     char name[] = "package";
     char folder[] = "";
-    return FDICopy(fdi.Get(), name, folder, 0, FdiNotify, nullptr, &visit) != FALSE;
+    return FDICopy(fdi.Get(), name, folder, 0, FdiNotify, nullptr, &file) != FALSE;
 }
 
 }  // namespace wrb

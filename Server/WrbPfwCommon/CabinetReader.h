@@ -15,25 +15,19 @@ struct CabinetEntry {
     int64_t bytes;
 };
 
-// Where one entry's data goes. Nothing may be thrown.
-class IEntryData {
-  public:
-    virtual ~IEntryData() = default;
+enum class EntryAction { Unpack, PassOver, Abort };
 
-    virtual bool Write(const void* data, uint32_t bytes) noexcept = 0;
-
-    // The data has come to its end; true when it is complete.
-    virtual bool Finish() noexcept = 0;
-};
-
-// What to do with the entries, which come in the cabinet's order.
+// Takes the entries one at a time, in the cabinet's order.
 class ICabinetVisitor {
   public:
     virtual ~ICabinetVisitor() = default;
 
-    // False ends the reading as a failure. On true, `data` says where the entry goes: null passes over it unread. It
-    // must live until the reading is over. May throw std::bad_alloc, which also ends the reading.
-    virtual bool OnEntry(const CabinetEntry& entry, IEntryData*& data) = 0;
+    // Abort ends the reading as a failure. May throw std::bad_alloc, which also ends it.
+    virtual EntryAction OnEntry(const CabinetEntry& entry) = 0;
+
+    // The data of an entry to unpack, piece by piece, and its end. False ends the reading as a failure.
+    virtual bool Write(const void*, uint32_t) noexcept { return false; }
+    virtual bool Finish() noexcept { return false; }
 };
 
 // Holds a cabinet file open, so that nobody changes it between one reading and the next. One thread at a time.
@@ -42,7 +36,7 @@ class CabinetReader {
     // `package`: path in the ANSI code page. False when it cannot be opened or is no file below 2 GiB.
     bool Open(const char* package);
 
-    // Goes over all entries. True when the file is one whole, sound cabinet and the visitor and every data agreed.
+    // Goes over all entries. True when the file is one whole, sound cabinet and the visitor took every entry.
     bool Read(ICabinetVisitor& visitor);
 
   private:

@@ -1,8 +1,8 @@
 #include "EntryName.h"
 
 #include <algorithm>
-#include <iterator>
 
+#include "IgnoringCase.h"
 #include "Text.h"
 
 namespace wrb {
@@ -14,26 +14,17 @@ constexpr std::wstring_view kNumberedDevices[] = {L"COM", L"LPT"};
 constexpr std::wstring_view kDeviceNumbers =
     L"0123456789\u00B9\u00B2\u00B3";  // the system takes superscripts as digits
 
-bool EqualsIgnoringAsciiCase(std::wstring_view text, std::wstring_view upper) {
-    return std::ranges::equal(text, upper, [](wchar_t character, wchar_t expected) {
-        return (character >= L'a' && character <= L'z' ? character - L'a' + L'A' : character) == expected;
-    });
-}
-
 // The system sees a device in these names whatever extension follows, in any folder.
 bool IsDeviceName(std::wstring_view part) {
     std::wstring_view stem = part.substr(0, part.find(L'.'));
     while (stem.ends_with(L' ')) {
         stem.remove_suffix(1);
     }
-    const auto isStem = [stem](std::wstring_view device) { return EqualsIgnoringAsciiCase(stem, device); };
-    if (std::ranges::any_of(kDevices, isStem)) {
-        return true;
-    }
-    return stem.size() == 4 && kDeviceNumbers.find(stem[3]) != std::wstring_view::npos &&
-           std::ranges::any_of(kNumberedDevices, [stem](std::wstring_view device) {
-               return EqualsIgnoringAsciiCase(stem.substr(0, 3), device);
-           });
+    const auto isOneOf = [](std::wstring_view name, const auto& devices) {
+        return std::ranges::any_of(devices, [name](auto device) { return EqualIgnoringCase(name, device); });
+    };
+    return isOneOf(stem, kDevices) || (stem.size() == 4 && kDeviceNumbers.find(stem[3]) != std::wstring_view::npos &&
+                                       isOneOf(stem.substr(0, 3), kNumberedDevices));
 }
 
 bool IsPlainPart(std::wstring_view part) {
@@ -46,16 +37,9 @@ bool IsPlainPart(std::wstring_view part) {
 }
 
 bool IsPlainRelativePath(std::wstring_view path) {
-    for (;;) {
-        const std::size_t separator = path.find(L'\\');
-        if (!IsPlainPart(path.substr(0, separator))) {
-            return false;
-        }
-        if (separator == std::wstring_view::npos) {
-            return true;
-        }
-        path.remove_prefix(separator + 1);
-    }
+    const std::size_t separator = path.find(L'\\');
+    return IsPlainPart(path.substr(0, separator)) &&
+           (separator == std::wstring_view::npos || IsPlainRelativePath(path.substr(separator + 1)));
 }
 
 }  // namespace

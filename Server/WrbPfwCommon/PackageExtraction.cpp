@@ -12,7 +12,7 @@
 #include "CabinetReader.h"
 #include "CreatedFiles.h"
 #include "EntryName.h"
-#include "LessIgnoringCase.h"
+#include "IgnoringCase.h"
 #include "Text.h"
 
 namespace wrb {
@@ -34,19 +34,19 @@ class Planner final : public ICabinetVisitor {
   public:
     explicit Planner(std::size_t directoryBytes) : m_directoryBytes(directoryBytes) {}
 
-    bool OnEntry(const CabinetEntry& entry, IEntryData*&) override {
+    EntryAction OnEntry(const CabinetEntry& entry) override {
         std::optional<EntryName> name = CheckEntryName(entry.name, entry.nameIsUtf8);
         if (!name || m_directoryBytes + 1 + name->narrow.size() >= kPathCapacity ||
             !m_names.insert(name->wide).second) {
-            return false;
+            return EntryAction::Abort;
         }
         if (plan.size() == kMostEntries || entry.bytes < 0 || entry.bytes > kMostEntryBytes ||
             entry.bytes > kMostBytes - m_bytes) {
-            return false;
+            return EntryAction::Abort;
         }
         m_bytes += entry.bytes;
         plan.push_back({std::move(*name), entry.bytes});
-        return true;
+        return EntryAction::PassOver;
     }
 
     std::vector<PlannedEntry> plan;
@@ -57,57 +57,32 @@ class Planner final : public ICabinetVisitor {
     std::set<std::wstring, LessIgnoringCase> m_names;
 };
 
-// Takes exactly the promised bytes, to a file or to nowhere.
-class PlannedData final : public IEntryData {
+// Second reading: unpacks every entry, also unwanted ones, since only that finds damage. An entry must have exactly the
+// bytes that it promised.
+class Unpacker final : public ICabinetVisitor {
   public:
-    void Begin(int64_t bytes) noexcept {
-        m_file.Reset();
-        m_isWritten = false;
-        m_missing = bytes;
-    }
-    bool Begin(int64_t bytes, FileHandle file) noexcept {
-        Begin(bytes);
-        m_file = std::move(file);
-        m_isWritten = true;
-        return static_cast<bool>(m_file);
+    Unpacker(const std::vector<PlannedEntry>& plan, CreatedFiles& files) : m_plan(plan), m_files(files) {}
+
+    EntryAction OnEntry(const CabinetEntry&) override {
+        if (HasSeenAll()) {
+            return EntryAction::Abort;
+        }
+        const PlannedEntry& entry = m_plan[m_next++];
+        m_missing = entry.bytes;
+        m_file = entry.wanted ? m_files.Create(entry.name.wide) : FileHandle();
+        return m_file || !entry.wanted ? EntryAction::Unpack : EntryAction::Abort;
     }
 
     bool Write(const void* data, uint32_t bytes) noexcept override {
-        if (bytes > m_missing) {
-            return false;
-        }
         m_missing -= bytes;
         DWORD written = 0;
-        return !m_isWritten || (WriteFile(m_file.Get(), data, bytes, &written, nullptr) && written == bytes);
+        return m_missing >= 0 &&
+               (!m_file || (WriteFile(m_file.Get(), data, bytes, &written, nullptr) && written == bytes));
     }
 
     bool Finish() noexcept override {
         m_file.Reset();
         return m_missing == 0;
-    }
-
-  private:
-    FileHandle m_file;
-    bool m_isWritten = false;
-    int64_t m_missing = 0;
-};
-
-// Second reading: unpacks every entry, also unwanted ones, since only that finds damage.
-class Unpacker final : public ICabinetVisitor {
-  public:
-    Unpacker(const std::vector<PlannedEntry>& plan, CreatedFiles& files) : m_plan(plan), m_files(files) {}
-
-    bool OnEntry(const CabinetEntry&, IEntryData*& data) override {
-        if (m_next == m_plan.size()) {
-            return false;
-        }
-        const PlannedEntry& entry = m_plan[m_next++];
-        data = &m_data;
-        if (!entry.wanted) {
-            m_data.Begin(entry.bytes);
-            return true;
-        }
-        return m_data.Begin(entry.bytes, m_files.Create(entry.name.wide));
     }
 
     bool HasSeenAll() const noexcept { return m_next == m_plan.size(); }
@@ -116,7 +91,8 @@ class Unpacker final : public ICabinetVisitor {
     const std::vector<PlannedEntry>& m_plan;
     CreatedFiles& m_files;
     std::size_t m_next = 0;
-    PlannedData m_data;
+    FileHandle m_file;  // empty for an entry that is not wanted
+    int64_t m_missing = 0;
 };
 
 bool UnpackAll(CabinetReader& reader, const std::vector<PlannedEntry>& plan, const std::wstring& folder) {

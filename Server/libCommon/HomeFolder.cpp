@@ -2,9 +2,19 @@
 
 #include <windows.h>
 
-#include "ServerRegistry.h"
+#include <cwchar>
 
 namespace wrb {
+
+std::wstring ReadLocalPath() {
+    wchar_t text[1024];
+    DWORD bytes = sizeof text;
+    const LSTATUS status =
+        RegGetValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\CallowaySystems\\Warrenby\\service\\Information", L"Local_Path",
+                     RRF_RT_REG_SZ | RRF_SUBKEY_WOW6464KEY, nullptr, text, &bytes);
+    // The value may have been stored with zeros inside or with several at its end.
+    return status == ERROR_SUCCESS ? std::wstring(text, wcsnlen(text, bytes / sizeof(wchar_t))) : std::wstring();
+}
 
 std::wstring ProgramFolder() {
     constexpr DWORD kPathCapacity = 32768;  // longer than any path of the system: a long one is recognised, not cut

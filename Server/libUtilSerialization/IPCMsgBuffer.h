@@ -1,16 +1,6 @@
 // CIPCMsgBuffer: typed values in a growing buffer, and a cursor that reads them back.
 //
-// Every value is a 32-bit length and its bytes, little-endian, without padding:
-//
-// clang-format off
-//   integer32   = u32 4, 4 bytes                    signed or not
-//   integer16   = u32 2, 2 bytes
-//   bool, 8 bit = u32 1, u32 value                  the length says 1 although 4 bytes follow; every reader relies on it
-//   text        = u32 (characters + 1) * 2, UTF-16 characters, 16-bit NUL; a null pointer is written as empty
-//   bytes       = u32 n, n bytes
-//   array       = u32 count, count elements         no length in front
-//   record      = its fields, one after the other   no header
-// clang-format on
+// docs/wire-formats.md has the form of each value. A null text is written as empty.
 //
 // Readers take the fixed width of an integer or bool whatever its length word says. Text of length 0 leaves the target
 // as it was; otherwise length / 2 - 1 characters are taken and `length` bytes consumed, so an odd length loses its last

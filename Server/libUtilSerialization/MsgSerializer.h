@@ -1,28 +1,18 @@
 // CMsgSerializer: one message to or from a back-end service; a header and then the body values.
 //
-//   offset  size
-//    0       4    u32 4
-//    4       4    u32 format value, 1
-//    8       4    u32 16
-//   12       16   control block: bytes 20 AC 00 00, u32 flags, u32 status, u32 0
-//   28       ..   name, as text ("NULL" when none is given)
-//   ..       ..   id, as text: "0105", name, tick count, "_", process id, "_", thread id
-//   ..       ..   body values; in file mode one text instead: the path of the file that holds the whole message
-//
-// Flags: bit 0 (0x01) the body follows in the message, bit 1 (0x02) it is in a file; one or the other is set.
-// Status: 0, or 0x8009000E when the file that a message names could not be had.
+// docs/wire-formats.md has the form, and the rules for the file of a large message.
 //
 // The cursor of a new, reset or received message stands at the body. One thread at a time. Not copied.
 //
-// File mode. A message that grows past 2 MiB continues in a temporary file (AccBuffer.h), header first. Finalize turns
-// it into a small message that names the file, with the same name and id. The receiver's Load or Attach reads the file,
-// or maps it from 50 MiB on, and deletes it when the message is reset, loaded again or destroyed. Who owns the file:
+// File mode. A message that grows past 2 MiB continues in a temporary file (AccBuffer.h). Finalize turns it into a
+// small message that names the file. The receiver's Load or Attach takes the file in, and deletes it when the message
+// is reset, loaded again or destroyed. Who owns the file:
 //   until Finalize      the sender's message, which deletes it like any other content;
 //   from Finalize on    the receiver. The sender's object may go away at once, as it must for a message without answer.
 //                       It deletes the file only in DiscardSentFile, for a message that could not be sent or was not
 //                       answered. Load and Attach take an answer: the receiver has deleted the file, and its name may
 //                       be another message's by now, so it is forgotten.
-// A file is accepted only by the rules of SpillDirectory.h and ResultFile.h, and its message must hold its body itself.
+// A file is accepted only by the rules of SpillDirectory.h and ResultFile.h.
 #pragma once
 
 #include <cstdint>
@@ -69,7 +59,6 @@ class CMsgSerializer : public CSerializer {
     void SetMapFrom(uint64_t bytes) noexcept { m_mapFrom = bytes; }
 
   private:
-    // As it is on the wire.
     struct ControlBlock {
         uint8_t mark[4] = {0x20, 0xAC, 0, 0};
         uint32_t flags = kBodyInMessage;

@@ -12,10 +12,6 @@ namespace {
 constexpr const wchar_t* kReader = L"CMsgSerializer::ReadFile";
 constexpr const wchar_t* kMapper = L"CreateIPCResultMapFile";
 
-int LastError() {
-    return static_cast<int>(GetLastError());
-}
-
 bool IsPlainFile(const BY_HANDLE_FILE_INFORMATION& file) {
     constexpr DWORD kNotPlain = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE;
     return (file.dwFileAttributes & kNotPlain) == 0 && file.nNumberOfLinks <= 1;
@@ -36,13 +32,10 @@ bool ResultFile::Open(const std::wstring& path) {
     m_path = AcceptedSpillPath(path);
     if (m_path.empty()) {
         WRB_LOG(kLogError, L"%s - [File mode] File refused, not in a spill directory: %s", kReader, path.c_str());
-        return false;
-    }
-    if (!OpenFor(GENERIC_READ)) {
+    } else if (!OpenFor(GENERIC_READ)) {
         m_path.clear();
-        return false;
     }
-    return true;
+    return !m_path.empty();
 }
 
 // The link itself is opened instead of its target, so that what is checked is what was named.
@@ -50,7 +43,7 @@ bool ResultFile::OpenFor(DWORD access) {
     m_file.Reset(CreateFileW(m_path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
                              FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
     if (!m_file) {
-        WRB_LOG(kLogError, L"%s - [File mode] Failed to open %s. err = %d", kReader, m_path.c_str(), LastError());
+        WRB_LOG(kLogError, L"%s - [File mode] Failed to open %s. err = %d", kReader, m_path.c_str(), GetLastError());
         return false;
     }
     return TakeSize();
@@ -59,7 +52,7 @@ bool ResultFile::OpenFor(DWORD access) {
 bool ResultFile::TakeSize() {
     BY_HANDLE_FILE_INFORMATION file;
     if (!GetFileInformationByHandle(m_file.Get(), &file)) {
-        const int error = LastError();
+        const DWORD error = GetLastError();
         WRB_LOG(kLogError, L"%s - Failed to call stat file %S. err = %d", L"IPCResultFromFileByMemMap",
                 WideToAnsi(m_path).c_str(), error);
         return false;
@@ -80,7 +73,7 @@ Block ResultFile::Read() {
     DWORD read = 0;
     if (!block || !::ReadFile(m_file.Get(), block.get(), static_cast<DWORD>(m_size), &read, nullptr) ||
         read != m_size) {
-        WRB_LOG(kLogError, L"%s - [File mode] Failed to read %s. err = %d", kReader, m_path.c_str(), LastError());
+        WRB_LOG(kLogError, L"%s - [File mode] Failed to read %s. err = %d", kReader, m_path.c_str(), GetLastError());
         return nullptr;
     }
     m_file.Reset();
@@ -96,12 +89,12 @@ uint8_t* ResultFile::Map() {
     m_mapping.Reset(CreateFileMappingW(m_file.Get(), nullptr, PAGE_READWRITE, static_cast<DWORD>(m_size >> 32),
                                        static_cast<DWORD>(m_size), nullptr));
     if (!m_mapping) {
-        WRB_LOG(kLogError, L"%s - MapViewOfFile failed! err = %d", kMapper, LastError());
+        WRB_LOG(kLogError, L"%s - MapViewOfFile failed! err = %d", kMapper, GetLastError());
         return nullptr;
     }
     m_view.Reset(MapViewOfFile(m_mapping.Get(), FILE_MAP_ALL_ACCESS, 0, 0, static_cast<SIZE_T>(m_size)));
     if (!m_view) {
-        WRB_LOG(kLogError, L"%s - CreateFileMappingW failed! err = %d", kMapper, LastError());
+        WRB_LOG(kLogError, L"%s - CreateFileMappingW failed! err = %d", kMapper, GetLastError());
     }
     return static_cast<uint8_t*>(m_view.Get());
 }

@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <string_view>
+#include <vector>
 
-#include "ServerRegistry.h"
+#include "HomeFolder.h"
+#include "IgnoringCase.h"
 
 namespace wrb {
 namespace {
@@ -17,26 +19,29 @@ constexpr const wchar_t* kPrefix = L"mstmp";
 constexpr std::size_t kPrefixTaken = 3;
 constexpr std::wstring_view kExtension = L".tmp";
 
-// "C:\\" is a root; "C:" would be whatever directory is current on that drive.
-bool IsDriveRoot(std::wstring_view directory) {
-    return directory.size() == 3 && directory.ends_with(L":\\");
-}
-
+// With one backslash at its end, so that a name can follow.
 void AddDirectory(std::vector<std::wstring>& directories, std::wstring directory) {
-    while (!directory.empty() && directory.back() == L'\\' && !IsDriveRoot(directory)) {
-        directory.pop_back();
-    }
+    directory.resize(directory.find_last_not_of(L'\\') + 1);
     if (!directory.empty()) {
-        directories.push_back(std::move(directory));
+        directories.push_back(directory + L'\\');
     }
 }
 
-std::wstring InstalledTempFolder() {
-    std::wstring folder = ReadLocalPath();
-    if (!folder.empty()) {
-        folder += folder.back() == L'\\' ? L"temp" : L"\\temp";
+// In order of preference; directories that the system cannot name are left out.
+std::vector<std::wstring> SpillDirectories() {
+    std::vector<std::wstring> directories;
+    wchar_t folder[MAX_PATH + 2];
+    if (const std::wstring installed = ReadLocalPath(); !installed.empty()) {
+        AddDirectory(directories, installed + (installed.back() == L'\\' ? L"temp" : L"\\temp"));
     }
-    return folder;
+    if (SHGetFolderPathW(nullptr, CSIDL_INTERNET_CACHE | CSIDL_FLAG_CREATE, nullptr, 0, folder) == S_OK) {
+        AddDirectory(directories, folder);
+    }
+    const DWORD length = GetTempPathW(MAX_PATH + 2, folder);
+    if (length > 0 && length < MAX_PATH + 2) {
+        AddDirectory(directories, folder);
+    }
+    return directories;
 }
 
 // Empty when the text is no path at all or is longer than any that a sender makes.
@@ -47,37 +52,18 @@ std::wstring FullPath(const std::wstring& path) {
     return length > 0 && length <= MAX_PATH ? std::wstring(full, length) : std::wstring();
 }
 
-bool EqualNames(std::wstring_view left, std::wstring_view right) {
-    return CompareStringOrdinal(left.data(), static_cast<int>(left.size()), right.data(),
-                                static_cast<int>(right.size()), TRUE) == CSTR_EQUAL;
-}
-
 // "mst", one to eight hexadecimal digits, ".tmp". Nothing else fits in, so no stream, device or wildcard either.
 bool IsSpillName(std::wstring_view name) {
     if (name.size() < kPrefixTaken + 1 + kExtension.size() || name.size() > kPrefixTaken + 8 + kExtension.size()) {
         return false;
     }
     const std::wstring_view digits = name.substr(kPrefixTaken, name.size() - kPrefixTaken - kExtension.size());
-    return EqualNames(name.substr(0, kPrefixTaken), std::wstring_view(kPrefix, kPrefixTaken)) &&
-           EqualNames(name.substr(name.size() - kExtension.size()), kExtension) &&
+    return EqualIgnoringCase(name.substr(0, kPrefixTaken), std::wstring_view(kPrefix, kPrefixTaken)) &&
+           EqualIgnoringCase(name.substr(name.size() - kExtension.size()), kExtension) &&
            digits.find_first_not_of(L"0123456789abcdefABCDEF") == std::wstring_view::npos;
 }
 
 }  // namespace
-
-std::vector<std::wstring> SpillDirectories() {
-    std::vector<std::wstring> directories;
-    wchar_t folder[MAX_PATH + 2];
-    AddDirectory(directories, InstalledTempFolder());
-    if (SHGetFolderPathW(nullptr, CSIDL_INTERNET_CACHE | CSIDL_FLAG_CREATE, nullptr, 0, folder) == S_OK) {
-        AddDirectory(directories, folder);
-    }
-    const DWORD length = GetTempPathW(MAX_PATH + 2, folder);
-    if (length > 0 && length < MAX_PATH + 2) {
-        AddDirectory(directories, folder);
-    }
-    return directories;
-}
 
 std::wstring CreateFileInSpillDirectory() {
     std::wstring path(MAX_PATH, L'\0');  // allocated before the file is there
@@ -92,16 +78,11 @@ std::wstring CreateFileInSpillDirectory() {
 
 std::wstring AcceptedSpillPath(const std::wstring& path) {
     const std::wstring full = FullPath(path);
-    const std::size_t slash = full.rfind(L'\\');
-    if (slash == std::wstring::npos || !IsSpillName(std::wstring_view(full).substr(slash + 1))) {
-        return {};
-    }
-    const std::wstring_view name = std::wstring_view(full).substr(slash + 1);
-    const std::vector<std::wstring> directories = SpillDirectories();
-    const bool ours = std::any_of(directories.begin(), directories.end(), [&](const std::wstring& directory) {
-        return EqualNames(full, FullPath(directory + (IsDriveRoot(directory) ? L"" : L"\\") + std::wstring(name)));
-    });
-    return ours ? full : std::wstring();
+    const std::wstring name = full.substr(full.rfind(L'\\') + 1);
+    const auto isHere = [&](const std::wstring& directory) {
+        return EqualIgnoringCase(full, FullPath(directory + name));
+    };
+    return IsSpillName(name) && std::ranges::any_of(SpillDirectories(), isHere) ? full : std::wstring();
 }
 
 }  // namespace wrb

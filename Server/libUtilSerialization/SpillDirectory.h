@@ -6,21 +6,16 @@
 // spill directory and has the name that the system gives a temporary file with our prefix. Any account may be granted
 // such a file (see SpillFile), so the bodies that pass through here are no secret on the machine.
 //
-// Sender and receiver find the same directories when the server is installed ("Local_Path" is set) or when they run
-// under the same account. Silent; any thread.
+// The spill directories are, in order of preference: the "temp" folder of the server's home folder, the account's
+// internet cache, the account's temporary folder. Sender and receiver find the same ones when the server is
+// installed ("Local_Path" is set) or when they run under the same account. Silent; any thread.
 #pragma once
 
 #include <string>
-#include <vector>
 
 namespace wrb {
 
-// In order of preference, with a backslash at the end of a drive's root only; directories that the system cannot name
-// are left out: the "temp" folder of the server's home folder, the account's internet cache, the account's temporary
-// folder.
-std::vector<std::wstring> SpillDirectories();
-
-// Makes a new, empty file in the first of the directories that lets it, and returns its full path; empty when none does
+// Makes a new, empty file in the first spill directory that lets it, and returns its full path; empty when none does
 // (GetLastError has the cause of the last).
 std::wstring CreateFileInSpillDirectory();
 

@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-#include "ServerRegistry.h"
+#include "HomeFolder.h"
 #include "TempFolder.h"
 
 namespace wrb::test {

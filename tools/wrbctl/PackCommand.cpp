@@ -8,7 +8,7 @@
 #include "CabinetWriter.h"
 #include "Commands.h"
 #include "Failure.h"
-#include "LessIgnoringCase.h"
+#include "IgnoringCase.h"
 #include "Text.h"
 
 namespace wrb {
