@@ -44,13 +44,13 @@ CgiStatus CGetParameterImp::FetchPost() {
         if (status != kCgiFetched) {
             Reset();
             DeleteUploadFiles();
-            WRB_LOG('E', L"%s - the request is refused with status [%d].", kMultipartReader, static_cast<int>(status));
+            WRB_LOG(kLogError, L"%s - the request is refused with status [%d].", kMultipartReader,
+                    static_cast<int>(status));
         }
         return status;
     }
-    // Whatever the case, like the type above: the names of media types have none.
     if (contentType && !wrb::StartsIgnoringCase(*contentType, kFormType)) {
-        WRB_LOG('D', L"%s - env CONTENT_TYPE with _HTML_CONTENT_TYPE_FORM", L"CGetParameterImp::FetchParameters");
+        WRB_LOG(kLogDebug, L"%s - env CONTENT_TYPE with _HTML_CONTENT_TYPE_FORM", L"CGetParameterImp::FetchParameters");
         return kCgiBadContentType;
     }
     FetchForm();
@@ -63,17 +63,15 @@ void CGetParameterImp::FetchForm() {
         return;
     }
     AddTokens(body.bytes.get(), body.size, m_allowBinaryBlock);
-    WRB_LOG('D', L"%s - <<<", kFormReader);
+    WRB_LOG(kLogDebug, L"%s - <<<", kFormReader);
 }
 
 void CGetParameterImp::AddTokens(char* text, std::size_t size, bool mayHaveBinaryBlock) try {
-    const wrb::TokenArray tokens = wrb::SplitQuery(text, size);
-    for (std::size_t i = 0; i < tokens.Size(); ++i) {
-        const std::string_view token = tokens[i];
-        if (mayHaveBinaryBlock && i + 1 == tokens.Size() && token == kBinaryBlockToken) {
-            const char* const end = token.data() + token.size();
-            const std::size_t left = static_cast<std::size_t>(text + size - end);
-            AddBinaryBlock({end + std::min<std::size_t>(left, 1), left - std::min<std::size_t>(left, 1)});
+    const std::vector<std::string_view> tokens = wrb::SplitQuery(text, size);
+    for (const std::string_view& token : tokens) {
+        if (mayHaveBinaryBlock && &token == &tokens.back() && token == kBinaryBlockToken) {
+            const std::string_view data(token.data() + token.size(), text + size);
+            AddBinaryBlock(data.substr(std::min<std::size_t>(data.size(), 1)));
         } else if (const auto [name, value] = wrb::SplitToken(token); !name.empty()) {
             Add(cgi_UnEscapeUrl(name), cgi_UnEscapeUrl(value));
         }
@@ -81,17 +79,28 @@ void CGetParameterImp::AddTokens(char* text, std::size_t size, bool mayHaveBinar
 } catch (const std::bad_alloc&) {
     Reset();
     DeleteUploadFiles();
-    WRB_LOG('D', L"%s - malloc failed.", kFormReader);
+    WRB_LOG(kLogDebug, L"%s - malloc failed.", kFormReader);
+}
+
+// The path of the new file; empty when it could not be stored.
+std::wstring CGetParameterImp::StoreUpload(std::string_view bytes, const wchar_t* function) {
+    m_uploads.emplace_back();  // before there is a file, so that lack of memory loses none
+    std::wstring path = m_uploads.back() = m_folder.Store(bytes, function);
+    if (path.empty()) {
+        m_uploads.pop_back();
+    }
+    return path;
 }
 
 void CGetParameterImp::AddBinaryBlock(std::string_view data) {
-    const std::wstring name = wrb::Utf8ToWide(kBinaryBlockToken.substr(0, kBinaryBlockToken.size() - 1));
-    m_uploads.emplace_back();  // before there is a file: from then on nothing may get lost
-    m_uploads.back() = m_folder.StoreBinaryBlock(data, kFormReader);
-    Add(name, m_uploads.back());
-    if (m_uploads.back().empty()) {
+    std::wstring path = StoreUpload(data, kFormReader);
+    WRB_LOG(kLogDebug, L"%s - write Length = %d", kFormReader, static_cast<int32_t>(data.size()));
+    if (data.empty() && !path.empty()) {
+        wrb::DeleteUpload(path, kFormReader);
         m_uploads.pop_back();
+        path.clear();
     }
+    Add(wrb::Utf8ToWide(kBinaryBlockToken.substr(0, kBinaryBlockToken.size() - 1)), std::move(path));
 }
 
 CgiStatus CGetParameterImp::FetchMultipart(std::string_view contentType) try {
@@ -100,19 +109,7 @@ CgiStatus CGetParameterImp::FetchMultipart(std::string_view contentType) try {
         return kCgiMultipartNoBoundary;
     }
     const wrb::RequestBody body = wrb::ReadRequestBody(m_gateway, kMultipartReader);
-    switch (body.state) {
-        case wrb::BodyState::Absent:
-            return kCgiMultipartNoLength;
-        case wrb::BodyState::TooLong:
-            return kCgiMultipartTooLong;
-        case wrb::BodyState::NoMemory:
-            return kCgiMultipartNoMemory;
-        case wrb::BodyState::Cut:
-            return kCgiMultipartCutBody;
-        case wrb::BodyState::Whole:
-            break;
-    }
-    return StoreMultipart(body, boundary);
+    return body.status == kCgiFetched ? StoreMultipart(body, boundary) : body.status;
 } catch (const std::bad_alloc&) {
     return kCgiMultipartNoMemory;
 }
@@ -138,10 +135,8 @@ CgiStatus CGetParameterImp::StoreMultipart(const wrb::RequestBody& body, std::st
 bool CGetParameterImp::StoreFile(std::wstring_view name, std::string_view fileName, std::string_view content) {
     std::wstring path;
     if (!fileName.empty() || !content.empty()) {
-        m_uploads.emplace_back();  // before there is a file: from then on nothing may get lost
-        path = m_uploads.back() = m_folder.Store(content, kMultipartReader);
+        path = StoreUpload(content, kMultipartReader);
         if (path.empty()) {
-            m_uploads.pop_back();
             return false;
         }
     }

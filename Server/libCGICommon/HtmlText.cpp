@@ -5,27 +5,12 @@
 namespace wrb {
 
 std::string EscapeHtml(std::wstring_view text) {
+    constexpr std::string_view kSpecial = "&<>\"'";
+    constexpr std::string_view kReferences[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&#39;"};
     std::string escaped;
     for (const char character : WideToUtf8(text)) {
-        switch (character) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            case '\'':
-                escaped += "&#39;";
-                break;
-            default:
-                escaped += character;
-        }
+        const std::size_t special = kSpecial.find(character);
+        escaped += special == kSpecial.npos ? std::string_view(&character, 1) : kReferences[special];
     }
     return escaped;
 }

@@ -15,21 +15,13 @@ std::string_view NextRun(std::string_view& text, std::string_view separators) no
 
 }  // namespace
 
-void TokenArray::Add(std::string_view token) {
-    if (m_size == m_steps.size() * kStep) {
-        m_steps.push_back(std::make_unique<Step>());
-    }
-    (*m_steps[m_size / kStep])[m_size % kStep] = token;
-    ++m_size;
-}
-
-TokenArray SplitQuery(char* text, std::size_t size) {
+std::vector<std::string_view> SplitQuery(char* text, std::size_t size) {
     char* const end = std::find(text, text + size, '\0');
     std::replace(text, end, '+', ' ');
     std::string_view rest(text, static_cast<std::size_t>(end - text));
-    TokenArray tokens;
+    std::vector<std::string_view> tokens;
     for (std::string_view token; !(token = NextRun(rest, "&\r\n")).empty();) {
-        tokens.Add(token);
+        tokens.push_back(token);
     }
     return tokens;
 }

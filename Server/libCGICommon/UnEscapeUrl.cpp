@@ -1,31 +1,18 @@
 #include "UnEscapeUrl.h"
 
+#include <algorithm>
+#include <charconv>
+
 #include "Text.h"
 
 namespace {
 
-int HexDigit(char digit) {
-    if (digit >= '0' && digit <= '9') {
-        return digit - '0';
-    }
-    const char small = static_cast<char>(digit | 0x20);
-    return small >= 'a' && small <= 'f' ? small - 'a' + 10 : -1;
-}
-
-// The number of exactly `count` digits, or 0: an escape for NUL is no more welcome than a broken one.
+// The number of exactly `count` hexadecimal digits, or 0: an escape for NUL is refused like a broken one.
 unsigned HexNumber(std::string_view text, std::size_t offset, std::size_t count) {
-    if (offset > text.size() || count > text.size() - offset) {
-        return 0;
-    }
+    const std::string_view digits = text.substr(std::min(offset, text.size()), count);
     unsigned number = 0;
-    for (const char digit : text.substr(offset, count)) {
-        const int value = HexDigit(digit);
-        if (value < 0) {
-            return 0;
-        }
-        number = number * 16 + static_cast<unsigned>(value);
-    }
-    return number;
+    const char* const end = std::from_chars(digits.data(), digits.data() + digits.size(), number, 16).ptr;
+    return digits.size() == count && end == digits.data() + count ? number : 0;
 }
 
 // Bytes wait until they are complete characters; a UTF-16 unit ends them.

@@ -10,6 +10,7 @@
 
 #include "DebugLog.h"
 #include "Handle.h"
+#include "IgnoringCase.h"
 #include "Text.h"
 
 namespace wrb {
@@ -21,11 +22,6 @@ constexpr std::size_t kNameDigits = 32;
 bool IsUploadName(std::wstring_view name) {
     return name.size() == kNameDigits + 4 && name.substr(kNameDigits) == kExtension &&
            name.find_first_not_of(L"0123456789ABCDEF") == kNameDigits;
-}
-
-bool EqualPaths(std::wstring_view left, std::wstring_view right) {
-    return CompareStringOrdinal(left.data(), static_cast<int>(left.size()), right.data(),
-                                static_cast<int>(right.size()), TRUE) == CSTR_EQUAL;
 }
 
 // Returns the Windows error.
@@ -50,7 +46,7 @@ FileHandle CreateNew(const std::wstring& path) {
 }
 
 std::wstring NotStored(DWORD error, const wchar_t* function) {
-    WRB_LOG('E', L"%s - Fail to store an upload, error = [%ld]", function, static_cast<long>(error));
+    WRB_LOG(kLogError, L"%s - Fail to store an upload, error = [%ld]", function, static_cast<long>(error));
     return {};
 }
 
@@ -95,19 +91,9 @@ std::wstring UploadFolder::Store(std::string_view bytes, const wchar_t* function
     return path;
 }
 
-std::wstring UploadFolder::StoreBinaryBlock(std::string_view bytes, const wchar_t* function) const {
-    std::wstring path = Store(bytes, function);
-    WRB_LOG('D', L"%s - write Length = %d", function, static_cast<int32_t>(bytes.size()));
-    if (bytes.empty() && !path.empty()) {
-        DeleteUpload(path, function);
-        path.clear();
-    }
-    return path;
-}
-
 std::wstring UploadFolder::PathOf(std::wstring_view name) const {
     const std::size_t folder = m_folder.size();
-    const bool behindFolder = name.size() > folder && EqualPaths(name.substr(0, folder), m_folder);
+    const bool behindFolder = name.size() > folder && EqualIgnoringCase(name.substr(0, folder), m_folder);
     const std::wstring_view bare = behindFolder ? name.substr(folder) : name;
     return folder != 0 && IsUploadName(bare) ? m_folder + std::wstring(bare) : std::wstring();
 }

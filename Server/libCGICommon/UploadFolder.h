@@ -17,9 +17,6 @@ class UploadFolder {
     // no file left, when that fails. The folder itself is created when it is missing.
     std::wstring Store(std::string_view bytes, const wchar_t* function) const;
 
-    // Raw data of a form's body: as Store, and logs the length; no file is kept for no byte, and the path is empty.
-    std::wstring StoreBinaryBlock(std::string_view bytes, const wchar_t* function) const;
-
     // The full path of the file that `name` means: the bare name of an upload, or such a name behind this folder's
     // path. Anything else, and so every file that is not an upload, gives an empty path. Looks at the text alone.
     std::wstring PathOf(std::wstring_view name) const;

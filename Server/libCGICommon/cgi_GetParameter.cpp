@@ -1,10 +1,26 @@
 #include "cgi_GetParameter.h"
 
 #include <exception>
+#include <functional>
 #include <new>
 
 #include "Text.h"
 #include "cgi_GetParameterImp.h"
+
+namespace {
+
+// What the implementation answers; `otherwise` without one and when memory is exhausted: an exported function throws
+// nothing.
+template <typename Result, typename Method, typename... Arguments>
+Result Ask(CGetParameterImp* imp, Result otherwise, Method method, Arguments&&... arguments) noexcept {
+    try {
+        return imp != nullptr ? std::invoke(method, imp, arguments...) : otherwise;
+    } catch (const std::exception&) {
+        return otherwise;
+    }
+}
+
+}  // namespace
 
 CGetParameterImp* CGetParameter::s_pImp = nullptr;
 
@@ -23,11 +39,11 @@ CGetParameter::CGetParameter(bool allowBinaryBlock, bool skipPercentDecoding) {
 CGetParameter::~CGetParameter() = default;
 
 int CGetParameter::GetInitializationResult() const {
-    return s_pImp != nullptr ? s_pImp->GetInitializationResult() : kCgiNoImplementation;
+    return Ask(s_pImp, kCgiNoImplementation, &CGetParameterImp::GetInitializationResult);
 }
 
 int CGetParameter::Get(const wchar_t* name, int defaultValue) const {
-    const wchar_t* const value = s_pImp != nullptr ? s_pImp->Find(name) : nullptr;
+    const wchar_t* const value = GetValueByName(name, nullptr);
     return value != nullptr ? wrb::ParseInt32(value) : defaultValue;
 }
 
@@ -36,18 +52,16 @@ const wchar_t* CGetParameter::Get(const wchar_t* name) const {
 }
 
 const wchar_t* CGetParameter::GetValueByName(const wchar_t* name, const wchar_t* defaultText) const {
-    const wchar_t* const value = s_pImp != nullptr ? s_pImp->Find(name) : nullptr;
-    return value != nullptr ? value : defaultText;
+    return Ask(s_pImp, defaultText, &CGetParameterImp::Find, name, defaultText);
 }
 
 const wchar_t* CGetParameter::GetUploadFile(const wchar_t* name) const {
-    const wchar_t* const path = s_pImp != nullptr ? s_pImp->FindUpload(name) : nullptr;
-    return path != nullptr ? path : L"";
+    return Ask(s_pImp, L"", &CGetParameterImp::FindUpload, name);
 }
 
 bool CGetParameter::EnumPara(const wchar_t*& name, const wchar_t*& value, bool skipEmpty) {
     name = value = nullptr;
-    return s_pImp != nullptr && s_pImp->EnumPara(name, value, skipEmpty);
+    return Ask(s_pImp, false, &CGetParameterImp::EnumPara, name, value, skipEmpty);
 }
 
 void CGetParameter::ResetEnumPara() {
@@ -57,14 +71,7 @@ void CGetParameter::ResetEnumPara() {
 }
 
 int CGetParameter::AddParameter(const wchar_t* name, const wchar_t* value) {
-    try {
-        if (s_pImp != nullptr) {
-            s_pImp->AddParameter(name, value);
-            return 0;
-        }
-    } catch (const std::exception&) {  // an exported function lets nothing through
-    }
-    return kCgiNoImplementation;
+    return Ask(s_pImp, int{kCgiNoImplementation}, &CGetParameterImp::AddParameter, name, value);
 }
 
 void CGetParameter::Reset() {
@@ -74,19 +81,11 @@ void CGetParameter::Reset() {
 }
 
 const char* CGetParameter::Dump() const {
-    try {
-        return s_pImp != nullptr ? s_pImp->Dump() : "";
-    } catch (const std::exception&) {  // an exported function lets nothing through
-        return "";
-    }
+    return Ask(s_pImp, "", &CGetParameterImp::Dump);
 }
 
 bool CGetParameter::DeleteUnwantedUploadFile(const wchar_t* name) {
-    try {
-        return s_pImp != nullptr && s_pImp->DeleteUnwantedUploadFile(name);
-    } catch (const std::exception&) {  // an exported function lets nothing through
-        return false;
-    }
+    return Ask(s_pImp, false, &CGetParameterImp::DeleteUnwantedUploadFile, name);
 }
 
 void CGetParameter::DeleteUploadFiles() {

@@ -6,28 +6,21 @@
 
 #include "DebugLog.h"
 #include "HtmlText.h"
+#include "IgnoringCase.h"
 
-namespace {
-
-bool EqualNames(const std::wstring& left, const wchar_t* right) {
-    return CompareStringOrdinal(left.c_str(), -1, right, -1, TRUE) == CSTR_EQUAL;
-}
-
-}  // namespace
-
-const wchar_t* CGetParameterImp::Find(const wchar_t* name) const noexcept {
+const wchar_t* CGetParameterImp::Find(const wchar_t* name, const wchar_t* defaultText) const noexcept {
     for (std::size_t i = 0; name != nullptr && i < m_texts.size(); i += 2) {
-        if (EqualNames(m_texts[i], name)) {
+        if (wrb::EqualIgnoringCase(m_texts[i], name)) {
             return m_texts[i + 1].c_str();
         }
     }
-    return nullptr;
+    return defaultText;
 }
 
 // Compared with what this request has stored: a plain field may hold any path.
 const wchar_t* CGetParameterImp::FindUpload(const wchar_t* name) const noexcept {
-    const wchar_t* const path = Find(name);
-    return path != nullptr && std::ranges::find(m_uploads, path) != m_uploads.end() ? path : nullptr;
+    const wchar_t* const path = Find(name, L"");
+    return std::ranges::find(m_uploads, path) != m_uploads.end() ? path : L"";
 }
 
 bool CGetParameterImp::EnumPara(const wchar_t*& name, const wchar_t*& value, bool skipEmpty) noexcept {
@@ -41,8 +34,9 @@ bool CGetParameterImp::EnumPara(const wchar_t*& name, const wchar_t*& value, boo
     return found;
 }
 
-void CGetParameterImp::AddParameter(const wchar_t* name, const wchar_t* value) {
+int CGetParameterImp::AddParameter(const wchar_t* name, const wchar_t* value) {
     Add(name != nullptr ? name : L"", value != nullptr ? value : L"");
+    return 0;
 }
 
 void CGetParameterImp::Add(std::wstring name, std::wstring value) {
@@ -74,10 +68,10 @@ bool CGetParameterImp::DeleteUnwantedUploadFile(const wchar_t* name) const {
     constexpr const wchar_t* kFunction = L"CGetParameterImp::DeleteUnwantedUploadFile";
     const std::wstring path = m_folder.PathOf(name != nullptr ? name : L"");
     if (path.empty()) {
-        WRB_LOG('W', L"%s - no upload has this name: [%s]", kFunction, name != nullptr ? name : L"");
+        WRB_LOG(kLogWarning, L"%s - no upload has this name: [%s]", kFunction, name != nullptr ? name : L"");
         return false;
     }
-    WRB_LOG('D', L"%s - Delete file full path: %s", kFunction, path.c_str());
+    WRB_LOG(kLogDebug, L"%s - Delete file full path: %s", kFunction, path.c_str());
     return wrb::DeleteUpload(path, kFunction);
 }
 

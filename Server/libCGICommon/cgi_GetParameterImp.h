@@ -21,11 +21,11 @@ class CGetParameterImp {
 
     CgiStatus GetInitializationResult() const noexcept { return m_status; }
 
-    const wchar_t* Find(const wchar_t* name) const noexcept;  // null when there is none
-    const wchar_t* FindUpload(const wchar_t* name) const noexcept;
+    const wchar_t* Find(const wchar_t* name, const wchar_t* defaultText = nullptr) const noexcept;
+    const wchar_t* FindUpload(const wchar_t* name) const noexcept;  // empty when there is none
     bool EnumPara(const wchar_t*& name, const wchar_t*& value, bool skipEmpty) noexcept;
     void ResetEnumPara() noexcept { m_cursor = 0; }
-    void AddParameter(const wchar_t* name, const wchar_t* value);
+    int AddParameter(const wchar_t* name, const wchar_t* value);  // 0
     void Reset() noexcept;
     const char* Dump();
     bool DeleteUnwantedUploadFile(const wchar_t* name) const;
@@ -39,6 +39,7 @@ class CGetParameterImp {
     CgiStatus StoreMultipart(const wrb::RequestBody& body, std::string_view boundary);
     bool StoreFile(std::wstring_view name, std::string_view fileName, std::string_view content);
     void AddTokens(char* text, std::size_t size, bool mayHaveBinaryBlock);
+    std::wstring StoreUpload(std::string_view bytes, const wchar_t* function);
     void AddBinaryBlock(std::string_view data);
     void Add(std::wstring name, std::wstring value);
 
