@@ -17,7 +17,7 @@ install(TARGETS libCmdHndlrClient EXPORT WarrenbyTargets
 install(FILES Server/MasterService/CmdHndlr/libCmdHndlrClient/cmdhl.h Server/libCGICommon/cgi_Helpers.h
               Server/libCGICommon/cgi_GetParameter.h Server/libCGICommon/cgi_PutStream.h
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-# Loaded by the library; nobody links against them.
+# The library loads them at run time; programs do not link against them.
 install(TARGETS libPerfMonMgr WrbPfwCommon RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} ARCHIVE EXCLUDE_FROM_ALL
         DESTINATION ${CMAKE_INSTALL_LIBDIR})
 if(WRB_BUILD_TOOLS)

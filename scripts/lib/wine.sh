@@ -37,7 +37,7 @@ start_wine() {
     fi
     run_logged "$log" wineserver -p 8>&-
     # Wine's own services start with the first program and keep its output open as long as the server
-    # lives. Started here, none of them holds on to a pipe that somebody reads to its end.
+    # lives. Started here, they do not inherit a pipe whose reader waits for its end.
     run_logged "$log" run_under_wine wineboot 8>&-
 }
 

@@ -27,7 +27,8 @@ constexpr INT_PTR kFailed = -1;
 constexpr ULONG kLargestCabinet = 0x7FFFFFFF;
 constexpr USHORT kFirstDate = 0x0021;  // 1980-01-01: the same files make the same cabinet
 
-// One cabinet being written. FCI takes only narrow file names: it gets names that stand for the wide paths in here.
+// One cabinet being written. FCI takes only narrow file names: it gets numbers as names; this object maps them to wide
+// paths.
 struct Writing {
     const std::wstring& cabinet;
     const std::vector<CabinetSource>& sources;

@@ -18,7 +18,7 @@ inline constexpr uint32_t kLargestMessage = 256u << 20;
 // Whether the bytes are the start of a serialized message and not a text.
 bool IsSerialized(std::span<const uint8_t> bytes);
 
-// Loads a serialized message; its cursor then stands at the body. A body in a file is read by the rules of
+// Loads a serialized message; its cursor is then at the body. A body in a file is read by the rules of
 // MsgSerializer.h, and the file is deleted with the content of `message`. Throws a std::exception that says what is
 // wrong: the message is malformed or too long, or its file is refused.
 void LoadReceivedMessage(std::span<const uint8_t> bytes, CMsgSerializer& message);

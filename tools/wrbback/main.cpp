@@ -68,7 +68,8 @@ CLI::App* AddShow(CLI::App& app, const char* name, const char* description, Show
 }
 
 int Main() {
-    CLI::App app("The reference back end: the services behind the command library over one SQLite file.", "wrbback");
+    CLI::App app("The reference back end: the services that the command library calls, over one SQLite file.",
+                 "wrbback");
     app.require_subcommand(1);
     app.footer(kFooter);
     ServeOptions serveOptions;
@@ -84,7 +85,7 @@ int Main() {
         ->check(CLI::IsMember({"TBL_CFW_LOG", "TBL_RESTORE_LOG"}));
     CLI::App* events = AddShow(app, "events", "Show the messages to the other services", showOptions);
     unsigned timeoutSeconds = 60;
-    CLI::App* stop = app.add_subcommand("stop", "Stop the running program, and wait until it has gone");
+    CLI::App* stop = app.add_subcommand("stop", "Stop the running program, and wait until it has ended");
     stop->add_option("--timeout", timeoutSeconds, "Seconds to wait (default: 60)")->check(CLI::Range(1u, 86400u));
 
     if (const auto code = ParseArguments(app, Utf8Arguments())) {

@@ -109,7 +109,7 @@ int RunLogLevel(const std::optional<std::string>& level, double timeoutSeconds, 
     if (level && row == std::end(kLevels)) {
         return Fail(kExitUsage, "no log level " + *level + "; take F, E, W, I, D, all or none");
     }
-    // Without the service every line is lost, whatever the word says.
+    // Without the service every line is lost, at every level.
     if (!LogServiceRuns()) {
         return Fail(kExitServiceNotRunning, "the log service is not running; start wrbback serve");
     }

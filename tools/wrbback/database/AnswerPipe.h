@@ -1,6 +1,6 @@
 // The service's end of an answer: connects to the pipe that a request names, writes, closes.
 //
-// Unlike the product's pipe client it gives up: a requester that has gone, does not read or never lets go of its pipe
+// Unlike the product's pipe client it gives up: a requester that is gone, does not read or never frees its pipe
 // must not keep a worker of the service.
 #pragma once
 
@@ -19,7 +19,7 @@ struct AnswerLimits {
 };
 
 // Writes the whole answer, which may be empty, in pieces of the pipes' size. Returns 0 or the Windows error:
-// ERROR_FILE_NOT_FOUND when the requester has gone, ERROR_TIMEOUT when it takes too long, ERROR_INVALID_NAME for a name
+// ERROR_FILE_NOT_FOUND when the requester is gone, ERROR_TIMEOUT when it takes too long, ERROR_INVALID_NAME for a name
 // that leads out of the pipe name space.
 DWORD WriteAnswer(const std::wstring& pipeName, std::span<const uint8_t> answer, const AnswerLimits& limits = {});
 

@@ -169,7 +169,7 @@ void DbServer::AnswerSerialized(DbCommand command, const std::wstring& uid, CMsg
     }
     const std::span<const uint8_t> none;
     if (!Reply(replyPipe, known ? std::span<const uint8_t>(message.Data(), message.GetSize()) : none)) {
-        message.DiscardSentFile();  // nobody else knows of it
+        message.DiscardSentFile();  // no other program knows its path
     }
 }
 

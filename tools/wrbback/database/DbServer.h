@@ -70,7 +70,7 @@ class DbServer {
     std::atomic<uint64_t> m_writes{0};
     std::atomic<uint64_t> m_badRequests{0};
     std::atomic<uint64_t> m_failed{0};
-    PipeListener m_listener;  // last: its threads use what stands above
+    PipeListener m_listener;  // last: its threads use the members above
 };
 
 }  // namespace wrb

@@ -1,4 +1,4 @@
-// The table behind TextCommands.h.
+// The table of the text commands; TextCommands.h runs them.
 #pragma once
 
 #include <cstdint>

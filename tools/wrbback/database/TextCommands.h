@@ -12,7 +12,7 @@ namespace wrb {
 class SqliteDb;
 
 // What a read answers: the columns of all rows, TAB between them, numbers as signed 32-bit decimals. Nothing when the
-// agent, or what is asked of it, does not exist. `request` stands behind the reply id. Throws SqliteError.
+// agent, or what is asked of it, does not exist. The cursor of `request` is after the reply id. Throws SqliteError.
 std::optional<std::wstring> AnswerTextCommand(SqliteDb& db, DbCommand command, CCmdProtocol& request);
 
 // Carries a write out, whole or not at all. Returns the rows that it changed; none: there is no such agent, or no such

@@ -50,7 +50,7 @@ class LogServer {
     std::atomic<uint64_t> m_lines{0};
     std::atomic<uint64_t> m_badMessages{0};
     std::atomic<uint64_t> m_lost{0};
-    PipeListener m_listener;  // last: its thread uses what stands above
+    PipeListener m_listener;  // last: its thread uses the members above
 };
 
 }  // namespace wrb

@@ -18,8 +18,8 @@ struct ReceivedLine {
     std::wstring text{};
 };
 
-// Reads the fields of a "LOG_WRITE" message behind the command name; numbers that are none read as 0. The source file
-// is cut at 260 characters, the text at 8191. Nothing when fields are missing.
+// Reads the fields of a "LOG_WRITE" message after the command name; a field that is not a number reads as 0. The source
+// file is cut at 260 characters, the text at 8191. Nothing when fields are missing.
 std::optional<ReceivedLine> ParseLogLine(std::wstring_view fields);
 
 // The line in UTF-8, in local time, with its CR and LF:

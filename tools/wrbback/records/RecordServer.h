@@ -56,7 +56,7 @@ class RecordServer {
     const RecordServerOptions m_options;
     RecordWriter m_writer;
     std::atomic<uint64_t> m_badMessages{0};
-    std::vector<std::unique_ptr<PipeListener>> m_listeners;  // last: their threads use what stands above
+    std::vector<std::unique_ptr<PipeListener>> m_listeners;  // last: their threads use the members above
 };
 
 }  // namespace wrb

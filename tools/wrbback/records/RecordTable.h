@@ -1,4 +1,4 @@
-// The tables of what the back end is told and nobody asks for again: log rows and events. Parsing, storing and showing
+// The tables that the back end only writes: log rows and events. No command reads them. Parsing, storing and showing
 // them all run over these descriptions.
 #pragma once
 
@@ -37,13 +37,13 @@ extern const RecordTable kEventRecords;
 
 using RecordValue = std::variant<int64_t, std::wstring>;
 
-// A row on its way into its table. The values are checked, and stand in the order of the columns.
+// A row to be inserted. The values are checked and are in the order of the columns.
 struct Record {
     const RecordTable* table;
     std::vector<RecordValue> values;
 };
 
-// Whether a value may stand in a column of that kind.
+// Whether a column of that kind can hold the value.
 bool FitsColumn(ColumnKind kind, const RecordValue& value);
 
 const char* DescribeColumnKind(ColumnKind kind);

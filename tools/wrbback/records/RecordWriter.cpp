@@ -17,7 +17,7 @@ constexpr std::size_t kMostQueued = 1000;
 constexpr ULONGLONG kLastMilliseconds = 60'000;
 constexpr std::chrono::milliseconds kRest{500};
 
-// What goes away by itself, or when somebody makes room.
+// Errors that end by themselves, or once there is room on the disk.
 bool MayPass(const std::exception& error) {
     const auto* const failure = dynamic_cast<const SqliteError*>(&error);
     if (failure == nullptr) {

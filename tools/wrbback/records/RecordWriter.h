@@ -60,7 +60,7 @@ class RecordWriter {
     std::atomic<uint64_t> m_giveUpAt{kNever};  // on the 64-bit tick clock
     std::atomic<uint64_t> m_stored{0};
     std::atomic<uint64_t> m_lost{0};
-    std::thread m_thread;  // last: it uses what stands above
+    std::thread m_thread;  // last: it uses the members above
 };
 
 }  // namespace wrb

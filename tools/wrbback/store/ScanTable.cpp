@@ -41,7 +41,7 @@ constexpr TextColumn kTextColumns[] = {
     {"exclude_file_ext_list", &Values::excludeFileExtList},
 };
 
-// Every column, each behind `prefix`.
+// Every column, each with `prefix` in front.
 std::string Columns(const std::string& prefix) {
     std::string list = prefix + "spyware_flags";
     for (const NumberColumn& column : kNumberColumns) {

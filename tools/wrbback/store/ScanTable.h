@@ -26,7 +26,7 @@ inline constexpr std::array<ScanType, 4> kScanTypes = {ScanType::MS, ScanType::R
 
 using StoredScans = std::array<StoredScan, kScanTypes.size()>;  // by ScanType
 
-// What the product sets where nobody has set anything: the defaults of the scan groups' tables.
+// The settings of an agent without a row: the defaults of the scan groups' tables.
 StoredScan DefaultScan(ScanType type);
 
 // The agent must exist and have no row of this type yet.

@@ -15,7 +15,7 @@
 
 namespace wrb {
 
-// What stands in the scan table's "type" column is the number of a wrb::ScanType.
+// The scan table's column "type" holds the number of a wrb::ScanType.
 
 // Opens a file that CreateStore has made; throws SqliteError for one that is missing, damaged, locked, of another
 // program or of a newer version, and says which.

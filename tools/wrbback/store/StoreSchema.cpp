@@ -2,7 +2,7 @@
 
 namespace wrb {
 
-// Uids are GUID texts, which nobody should have to spell in one case.
+// Uids are GUID texts: upper and lower case are equal.
 const char kStoreSchema[] = R"sql(
 PRAGMA application_id = 0x57524244;
 PRAGMA user_version = 2;

@@ -1,4 +1,5 @@
-// The tables of the database file. Every 32-bit number is stored as 0 ... 4294967295, whatever its sign on the wire.
+// The tables of the database file. Every 32-bit number is stored as 0 ... 4294967295, also when it is signed on the
+// wire.
 //
 // A change of the tables takes a new version number: a file of another version is refused, not guessed at.
 #pragma once
