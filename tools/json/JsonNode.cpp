@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "Text.h"
+#include "VisibleText.h"
 
 namespace wrb {
 namespace {
@@ -24,7 +25,8 @@ std::optional<uint32_t> ParseHex(std::string_view text) {
 }  // namespace
 
 void JsonNode::Fail(const std::string& what) const {
-    throw SeedError((m_place.empty() ? "the file" : m_place) + ": " + what);
+    const std::string place = WideToUtf8(VisibleText(Utf8ToWide(m_place)));  // a key may hold anything
+    throw SeedError((place.empty() ? "the file" : place) + ": " + what);
 }
 
 JsonNode JsonNode::At(const std::string& key, const Json::Value& value) const {

@@ -98,6 +98,7 @@ TEST(Seed, WhatIsWrongIsSaidWithItsPlace) {
         {std::string(200, '[') + std::string(200, ']'), "not JSON"},
         {"\xFF{}", "the file: is not UTF-8"},
         {"{}", "the file: \"agents\" is missing"},
+        {R"({"agents": [], "\u0000\u001b[2J": 1})", "\\u0000\\u001B[2J: unknown key"},
         {R"({"agents": [{"uid": "3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2fg"}]})", "agents[0].uid: must be a GUID"},
         {R"({"agents": [{"uid": "3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3"},
                         {"uid": "3F2A6C10-5B1E-4D27-9A64-0C8E7D51B2F3"}]})",
