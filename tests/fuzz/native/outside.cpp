@@ -1,10 +1,12 @@
 // What stands for the modules that talk to the system: a log that formats its lines and drops them, no temporary
-// files, no pipes.
+// files, no pipes, no INI files, and uploads that are taken and forgotten.
 #include "DebugLog.h"
 #include "PipeClient.h"
+#include "ProfileAccess.h"
 #include "ResultFile.h"
 #include "SpillFile.h"
 #include "Text.h"
+#include "UploadFolder.h"
 
 constinit std::atomic<wrb::LogFilter*> wrb::LogFilter::s_shared{nullptr};
 
@@ -50,4 +52,43 @@ wrb::Block wrb::ResultFile::Read() {
 }
 uint8_t* wrb::ResultFile::Map() {
     return nullptr;
+}
+
+namespace {
+
+class NoProfile final : public wrb::IProfileAccess {
+  public:
+    bool FileExists(const char*) override { return false; }
+    uint32_t ReadInt(const char*, const char*, int32_t defaultValue, const char*) override {
+        return static_cast<uint32_t>(defaultValue);
+    }
+    std::string ReadString(const char*, const char*, const char* defaultText, const char*) override {
+        return defaultText;
+    }
+    int WriteString(const char*, const char*, const char*, const char*, uint32_t& error) override {
+        error = ERROR_FILE_NOT_FOUND;
+        return 0;
+    }
+    void Pause(uint32_t) override {}
+};
+
+}  // namespace
+
+wrb::IProfileAccess& wrb::SystemProfile() {
+    static NoProfile profile;
+    return profile;
+}
+
+wrb::UploadFolder::UploadFolder(const std::wstring& homeFolder) : m_folder(homeFolder) {}
+std::wstring wrb::UploadFolder::Store(std::string_view, const wchar_t*) const {
+    return L"upload";
+}
+std::wstring wrb::UploadFolder::StoreBinaryBlock(std::string_view bytes, const wchar_t*) const {
+    return bytes.empty() ? L"" : L"upload";
+}
+std::wstring wrb::UploadFolder::PathOf(std::wstring_view) const {
+    return {};
+}
+bool wrb::DeleteUpload(const std::wstring&, const wchar_t*) {
+    return true;
 }

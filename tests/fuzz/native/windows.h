@@ -65,6 +65,9 @@ inline BOOL UnmapViewOfFile(const void*) noexcept {
 inline BOOL FreeLibrary(HMODULE) noexcept {
     return TRUE;
 }
+inline BOOL FindClose(HANDLE) noexcept {
+    return TRUE;
+}
 inline LONG RegCloseKey(HKEY) noexcept {
     return 0;
 }
