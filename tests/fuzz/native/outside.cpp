@@ -83,9 +83,6 @@ wrb::UploadFolder::UploadFolder(const std::wstring& homeFolder) : m_folder(homeF
 std::wstring wrb::UploadFolder::Store(std::string_view, const wchar_t*) const {
     return L"upload";
 }
-std::wstring wrb::UploadFolder::StoreBinaryBlock(std::string_view bytes, const wchar_t*) const {
-    return bytes.empty() ? L"" : L"upload";
-}
 std::wstring wrb::UploadFolder::PathOf(std::wstring_view) const {
     return {};
 }
