@@ -87,18 +87,11 @@ class EntryFile final : public IFdiFile {
 };
 
 // FDI opens files by name and hands its functions no context: this is the package that the thread is reading.
-thread_local HANDLE t_package = INVALID_HANDLE_VALUE;
-
-class PackageOfThread {
-  public:
-    explicit PackageOfThread(HANDLE package) noexcept : m_before(t_package) { t_package = package; }
-    ~PackageOfThread() { t_package = m_before; }
-    PackageOfThread(const PackageOfThread&) = delete;
-    PackageOfThread& operator=(const PackageOfThread&) = delete;
-
-  private:
-    HANDLE m_before;
+struct Package {
+    HANDLE file = INVALID_HANDLE_VALUE;
+    int64_t size = 0;
 };
+thread_local Package t_package;
 
 // Wine closes a cabinet once more by a handle of 0 when a reading ends early.
 IFdiFile& File(INT_PTR handle) noexcept {
@@ -111,9 +104,7 @@ INT_PTR HandleOf(IFdiFile* file) noexcept {
 }
 
 std::unique_ptr<PackageView> MakeView() noexcept {
-    LARGE_INTEGER size = {};
-    const bool known = GetFileSizeEx(t_package, &size) != FALSE;
-    return std::unique_ptr<PackageView>(known ? new (std::nothrow) PackageView(t_package, size.QuadPart) : nullptr);
+    return std::unique_ptr<PackageView>(new (std::nothrow) PackageView(t_package.file, t_package.size));
 }
 
 void* DIAMONDAPI FdiAlloc(ULONG bytes) {
@@ -193,12 +184,13 @@ bool CabinetReader::Open(const char* package) {
     m_file.Reset(CreateFileW(AnsiToWide(package).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                              FILE_ATTRIBUTE_NORMAL, nullptr));
     LARGE_INTEGER size = {};
-    return m_file && GetFileType(m_file.Get()) == FILE_TYPE_DISK && GetFileSizeEx(m_file.Get(), &size) &&
-           size.QuadPart <= kLargestPackage;
+    const bool known = m_file && GetFileType(m_file.Get()) == FILE_TYPE_DISK && GetFileSizeEx(m_file.Get(), &size);
+    m_size = size.QuadPart;
+    return known && m_size <= kLargestPackage;
 }
 
 bool CabinetReader::Read(ICabinetVisitor& visitor) {
-    const PackageOfThread current(m_file.Get());
+    t_package = {m_file.Get(), m_size};
     ERF error = {};
     const FdiHandle fdi(
         FDICreate(FdiAlloc, FdiFree, FdiOpen, FdiRead, FdiWrite, FdiClose, FdiSeek, cpuUNKNOWN, &error));

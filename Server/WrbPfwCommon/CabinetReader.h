@@ -41,6 +41,7 @@ class CabinetReader {
 
   private:
     FileHandle m_file;
+    int64_t m_size = 0;
 };
 
 }  // namespace wrb

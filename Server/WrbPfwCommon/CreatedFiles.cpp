@@ -27,7 +27,7 @@ CreatedFiles::~CreatedFiles() {
 bool CreatedFiles::MakeFolders(const std::wstring& relativePath) {
     for (std::size_t end = relativePath.find(L'\\'); end != std::wstring::npos;
          end = relativePath.find(L'\\', end + 1)) {
-        // Remembered first, so that nothing is made that lack of memory would leave behind.
+        // Remembered before it is made, so that lack of memory leaves no folder.
         m_created.push_back({m_folder + L"\\" + relativePath.substr(0, end), true});
         const std::wstring& path = m_created.back().path;
         if (CreateDirectoryW(path.c_str(), nullptr)) {

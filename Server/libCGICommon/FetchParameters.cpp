@@ -7,7 +7,6 @@
 #include "MultipartForm.h"
 #include "QueryTokens.h"
 #include "Text.h"
-#include "UnEscapeUrl.h"
 #include "cgi_GetParameterImp.h"
 
 namespace {
@@ -73,7 +72,7 @@ void CGetParameterImp::AddTokens(char* text, std::size_t size, bool mayHaveBinar
             const std::string_view data(token.data() + token.size(), text + size);
             AddBinaryBlock(data.substr(std::min<std::size_t>(data.size(), 1)));
         } else if (const auto [name, value] = wrb::SplitToken(token); !name.empty()) {
-            Add(cgi_UnEscapeUrl(name), cgi_UnEscapeUrl(value));
+            Add(wrb::PercentDecode(name), wrb::PercentDecode(value));
         }
     }
 } catch (const std::bad_alloc&) {

@@ -14,7 +14,7 @@ std::string_view Trimmed(std::string_view text) {
     return begin == text.npos ? std::string_view() : text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
 }
 
-// `text` begins behind the opening quote. A backslash escapes the quote alone: some clients send whole Windows paths.
+// `text` begins after the opening quote. A backslash escapes the quote alone: some clients send whole Windows paths.
 std::string TakeQuoted(std::string_view& text) {
     std::string value;
     while (!text.empty() && text.front() != '"') {
@@ -122,7 +122,7 @@ class MultipartParser {
         return false;
     }
 
-    // Whether what stands at `position`, behind a boundary, makes it a delimiter: two dashes, or the end of the line.
+    // Whether the text at `position`, after a boundary, makes it a delimiter: two dashes, or the end of the line.
     bool EndDelimiter(std::size_t position) {
         const std::string_view rest = m_body.substr(position);
         m_last = rest.starts_with("--");

@@ -24,11 +24,11 @@ struct MultipartPart {
 // The boundary that a content type names; empty when there is none or it is too long.
 std::string MultipartBoundary(std::string_view contentType);
 
-// Appends the parts in their order. Text before the first boundary and behind the closing one is passed over. On any
+// Appends the parts in their order. Text before the first boundary and after the closing one is ignored. On any
 // result but kCgiFetched `parts` holds the parts before the fault.
 CgiStatus ParseMultipart(std::string_view body, std::string_view boundary, std::vector<MultipartPart>& parts);
 
-// What is behind the last separator of a path of any system, without control characters and without blanks and dots at
+// What follows the last separator of a path of any system, without control characters and without blanks and dots at
 // its end. Empty when nothing is left, as of "..".
 std::wstring LastComponent(std::wstring_view fileName);
 

@@ -1,7 +1,8 @@
-// From the text of a query or of a form's body to tokens, and from a token to a name and a value.
+// From the text of a query or of a form's body to tokens, to names and values, to decoded text.
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -19,5 +20,9 @@ struct NameAndValue {
 // The two parts of a token, not decoded yet. The name is the first run of characters other than ":", blank, "=" and the
 // double quote. The value follows one separator: the next run of characters other than the double quote, CR and LF.
 NameAndValue SplitToken(std::string_view token) noexcept;
+
+// Percent-decodes a text without NUL bytes, by the rules of cgi_Helpers.h. Linear in its length; throws only for lack
+// of memory.
+std::wstring PercentDecode(std::string_view text);
 
 }  // namespace wrb

@@ -5,7 +5,6 @@
 
 #include <bcrypt.h>
 
-#include <algorithm>
 #include <cstdint>
 
 #include "DebugLog.h"
@@ -24,30 +23,20 @@ bool IsUploadName(std::wstring_view name) {
            name.find_first_not_of(L"0123456789ABCDEF") == kNameDigits;
 }
 
-// Returns the Windows error.
-DWORD WriteAll(HANDLE file, std::string_view bytes) {
-    constexpr std::size_t kMost = 1u << 20;
-    while (!bytes.empty()) {
-        DWORD written = 0;
-        const auto size = static_cast<DWORD>(std::min(bytes.size(), kMost));
-        if (!WriteFile(file, bytes.data(), size, &written, nullptr)) {
-            return GetLastError();
-        }
-        if (written == 0) {  // a success that would never end
-            return ERROR_WRITE_FAULT;
-        }
-        bytes.remove_prefix(written);
+// Creates the file and writes the bytes; leaves no file when that fails. Returns the Windows error.
+DWORD WriteNewFile(const std::wstring& path, std::string_view bytes, const wchar_t* function) {
+    FileHandle file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) {
+        return GetLastError();
+    }
+    DWORD written = 0;
+    if (!WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)) {
+        const DWORD error = GetLastError();
+        file.Reset();
+        DeleteUpload(path, function);
+        return error;
     }
     return ERROR_SUCCESS;
-}
-
-FileHandle CreateNew(const std::wstring& path) {
-    return FileHandle(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
-}
-
-std::wstring NotStored(DWORD error, const wchar_t* function) {
-    WRB_LOG(kLogError, L"%s - Fail to store an upload, error = [%ld]", function, static_cast<long>(error));
-    return {};
 }
 
 }  // namespace
@@ -74,27 +63,21 @@ std::wstring UploadFolder::CreatePath(uint32_t& error) const {
 std::wstring UploadFolder::Store(std::string_view bytes, const wchar_t* function) const {
     uint32_t error = ERROR_SUCCESS;
     std::wstring path = CreatePath(error);
-    if (path.empty()) {
-        return NotStored(error, function);
+    if (!path.empty()) {
+        CreateDirectoryW(m_folder.c_str(), nullptr);  // there already, as a rule
+        error = WriteNewFile(path, bytes, function);
     }
-    CreateDirectoryW(m_folder.c_str(), nullptr);  // there already, as a rule
-    FileHandle file = CreateNew(path);
-    if (!file) {
-        return NotStored(GetLastError(), function);
-    }
-    error = WriteAll(file.Get(), bytes);
     if (error != ERROR_SUCCESS) {
-        file.Reset();
-        DeleteUpload(path, function);
-        return NotStored(error, function);
+        WRB_LOG(kLogError, L"%s - Fail to store an upload, error = [%ld]", function, static_cast<long>(error));
+        path.clear();
     }
     return path;
 }
 
 std::wstring UploadFolder::PathOf(std::wstring_view name) const {
     const std::size_t folder = m_folder.size();
-    const bool behindFolder = name.size() > folder && EqualIgnoringCase(name.substr(0, folder), m_folder);
-    const std::wstring_view bare = behindFolder ? name.substr(folder) : name;
+    const bool inFolder = name.size() > folder && EqualIgnoringCase(name.substr(0, folder), m_folder);
+    const std::wstring_view bare = inFolder ? name.substr(folder) : name;
     return folder != 0 && IsUploadName(bare) ? m_folder + std::wstring(bare) : std::wstring();
 }
 

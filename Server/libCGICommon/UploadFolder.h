@@ -1,5 +1,5 @@
-// The files that requests leave behind: in the folder "Temp" of the server's home folder, under names that nobody can
-// guess and that no client has a say in.
+// The files that requests leave behind: in the folder "Temp" of the server's home folder, under random names, which no
+// client chooses.
 #pragma once
 
 #include <cstdint>
@@ -17,8 +17,8 @@ class UploadFolder {
     // no file left, when that fails. The folder itself is created when it is missing.
     std::wstring Store(std::string_view bytes, const wchar_t* function) const;
 
-    // The full path of the file that `name` means: the bare name of an upload, or such a name behind this folder's
-    // path. Anything else, and so every file that is not an upload, gives an empty path. Looks at the text alone.
+    // The full path of the file that `name` means: the bare name of an upload, or its path in this folder. Anything
+    // else, and so every file that is not an upload, gives an empty path. Looks at the text alone.
     std::wstring PathOf(std::wstring_view name) const;
 
   private:

@@ -32,7 +32,7 @@ enum CgiStatus : int {
     kCgiMultipartNoMemory = 4103,
     kCgiMultipartCutBody = 4104,  // the input ended before "CONTENT_LENGTH" bytes
     kCgiMultipartNoEnd = 4105,    // no closing boundary
-    // A part without a name, or without an empty line behind its headers, with headers beyond 16 KiB, or with NUL in
+    // A part without a name, or without an empty line after its headers, with headers beyond 16 KiB, or with NUL in
     // its text.
     kCgiMultipartBadPart = 4106,
     kCgiMultipartTooManyParts = 4107,   // more than 1000
@@ -46,11 +46,11 @@ class WRB_CGI_API CGetParameter {
     CGetParameter();
     // `allowBinaryBlock`: a POSTed form whose last field is a bare "BinaryDataBlock=" may be followed by one separator
     // byte and raw data, which goes into a file as an upload does. Fields end at the first NUL byte, so let the
-    // separator be NUL: behind "&", CR or LF the data counts only when nothing but these stands before its first NUL,
+    // separator be NUL: after "&", CR or LF the data counts only when nothing but these stands before its first NUL,
     // and is taken for fields otherwise. `skipPercentDecoding` is for readers of raw uploads; the parameters of forms
     // and queries are always decoded. Both count for the first object only.
     CGetParameter(bool allowBinaryBlock, bool skipPercentDecoding);
-    ~CGetParameter();  // NOLINT(performance-trivially-destructible): exported, so that it may come to do something
+    ~CGetParameter();  // NOLINT(performance-trivially-destructible): exported, so that a later version may need it
     CGetParameter(const CGetParameter&) = delete;
     CGetParameter& operator=(const CGetParameter&) = delete;
 
@@ -65,12 +65,12 @@ class WRB_CGI_API CGetParameter {
     // The path of the file that this request has stored for the parameter; empty when its value is anything else.
     const wchar_t* GetUploadFile(const wchar_t* name) const;
 
-    // Steps to the next parameter; false, with both texts null, behind the last. `skipEmpty` passes over parameters
+    // Steps to the next parameter; false, with both texts null, after the last. `skipEmpty` passes over parameters
     // without a value, such as fields that were left blank.
     bool EnumPara(const wchar_t*& name, const wchar_t*& value, bool skipEmpty);
     void ResetEnumPara();
 
-    int AddParameter(const wchar_t* name, const wchar_t* value);  // 0; kCgiNoImplementation when memory lacks
+    int AddParameter(const wchar_t* name, const wchar_t* value);  // 0; kCgiNoImplementation without memory
     void Reset();                                                 // forgets all parameters; files stay
 
     // All parameters as an HTML table with the columns Name and Value, escaped.

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "HomeFolder.h"
-#include "UnEscapeUrl.h"
+#include "QueryTokens.h"
 
 static_assert(kHomeDirCapacity == wrb::kHomeFolderCapacity);
 
@@ -19,7 +19,7 @@ bool cgi_GetHomeDir(wchar_t* buffer, uint32_t capacity) {
         const bool fits = !folder.empty() && folder.size() < capacity;
         buffer[fits ? folder.copy(buffer, folder.size()) : 0] = L'\0';
         return fits;
-    } catch (const std::exception&) {  // an exported function lets nothing through
+    } catch (const std::exception&) {  // an exported function throws nothing
         return false;
     }
 }
@@ -30,11 +30,11 @@ uint32_t cgi_UnEscapeUrl(const char* text, wchar_t* buffer, uint32_t capacity) {
     }
     buffer[0] = L'\0';
     try {
-        const std::wstring decoded = cgi_UnEscapeUrl(std::string_view(text != nullptr ? text : ""));
+        const std::wstring decoded = wrb::PercentDecode(std::string_view(text != nullptr ? text : ""));
         const std::size_t length = decoded.copy(buffer, std::min<std::size_t>(decoded.size(), capacity - 1));
         buffer[length] = L'\0';
         return static_cast<uint32_t>(length);
-    } catch (const std::exception&) {  // an exported function lets nothing through
+    } catch (const std::exception&) {  // an exported function throws nothing
         return 0;
     }
 }

@@ -27,5 +27,5 @@ WRB_CGI_API bool cgi_GetHomeDir(wchar_t* buffer, uint32_t capacity);
 
 // Percent-decodes `text` into a buffer of `capacity` characters, cut there and always terminated; returns the
 // characters written. %XX is a byte of UTF-8 text, broken bytes become U+FFFD; %uXXXX is a UTF-16 unit. An escape that
-// is incomplete, has other digits or stands for NUL is kept as it is: nothing hides behind the end of a text.
+// is incomplete, has other digits or means NUL is kept as it is: a NUL would hide the rest of the text.
 WRB_CGI_API uint32_t cgi_UnEscapeUrl(const char* text, wchar_t* buffer, uint32_t capacity);

@@ -87,7 +87,7 @@ void OutputStreamConverter::PutWide(const wchar_t* text, bool escape) {
     try {
         const std::string bytes = escape ? wrb::EscapeHtml(text) : wrb::WideToUtf8(text);
         PutBytes(bytes.data(), static_cast<uint32_t>(bytes.size()));
-    } catch (const std::exception&) {  // an exported function lets nothing through
+    } catch (const std::exception&) {  // an exported function throws nothing
     }
 }
 

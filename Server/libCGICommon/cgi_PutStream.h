@@ -19,7 +19,7 @@ namespace wrb {
 class OutputBuffer;
 }
 
-// What stands between the texts of a stream and standard output; the manipulators act on it.
+// Collects the output of a stream; the manipulators act on it.
 class WRB_CGI_API OutputStreamConverter {
   public:
     OutputStreamConverter(const OutputStreamConverter&) = delete;
@@ -37,7 +37,7 @@ class WRB_CGI_API OutputStreamConverter {
 
   private:
     bool m_writeThrough;
-    wrb::OutputBuffer* m_buffer;  // null when memory lacks: the stream swallows everything
+    wrb::OutputBuffer* m_buffer;  // null when memory was exhausted: all output is dropped
 };
 
 WRB_CGI_API OutputStreamConverter& endl(OutputStreamConverter& stream);   // a line feed, and flush

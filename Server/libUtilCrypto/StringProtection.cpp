@@ -72,14 +72,6 @@ BCRYPT_AUTHENTICATED_CIPHER_MODE_INFO ModeOf(std::vector<uint8_t>& bytes) {
     return mode;
 }
 
-std::optional<uint8_t> HexDigit(wchar_t c) {
-    if (c >= L'0' && c <= L'9') {
-        return static_cast<uint8_t>(c - L'0');
-    }
-    const wchar_t lower = c | 0x20;
-    return lower >= L'a' && lower <= L'f' ? std::optional(static_cast<uint8_t>(lower - L'a' + 10)) : std::nullopt;
-}
-
 }  // namespace
 
 std::optional<ProtectionKey> ParseProtectionKey(std::wstring_view hex) noexcept {
@@ -88,11 +80,12 @@ std::optional<ProtectionKey> ParseProtectionKey(std::wstring_view hex) noexcept 
         return std::nullopt;
     }
     for (std::size_t i = 0; i < hex.size(); ++i) {
-        const std::optional<uint8_t> digit = HexDigit(hex[i]);
-        if (!digit) {
+        constexpr std::wstring_view kDigits = L"0123456789abcdefABCDEF";
+        const std::size_t digit = kDigits.find(hex[i]);
+        if (digit == kDigits.npos) {
             return std::nullopt;
         }
-        key[i / 2] = static_cast<uint8_t>(key[i / 2] << 4 | *digit);
+        key[i / 2] = static_cast<uint8_t>(key[i / 2] << 4 | (digit < 16 ? digit : digit - 6));
     }
     return key;
 }

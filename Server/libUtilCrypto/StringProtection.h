@@ -1,13 +1,8 @@
-// Protection of single texts on their way to agents:
+// Protection of single texts on their way to agents: AES-256 in Galois/counter mode. docs/wire-formats.md has the form.
 //
-//   protected = "!CRYPT!" base64(nonce, cipher text, tag)      without line ends
-//     nonce        12 bytes, random, new for every text
-//     cipher text  the text as UTF-8, under AES-256 in Galois/counter mode; as long as that UTF-8
-//     tag          16 bytes
-//
-// So the same text looks different each time, and a text that has been changed, shortened or made under another key is
-// recognised. A text of n UTF-8 bytes becomes 7 + 4 * ceil((n + 28) / 3) characters. What is not sound UTF-16 comes
-// back with U+FFFD in its place.
+// The same text looks different each time. A text that has been changed, shortened or made under another key is
+// recognised. A text of n UTF-8 bytes becomes 7 + 4 * ceil((n + 28) / 3) characters. Unsound UTF-16 comes back as
+// U+FFFD.
 #pragma once
 
 #include <windows.h>

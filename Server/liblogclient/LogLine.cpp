@@ -54,7 +54,7 @@ void Write(const LoggerSetup& setup, uint32_t level, const wchar_t* sourceFile, 
     }
 }
 
-// The frame of both forms; `append` puts the caller's message behind the line's prefix.
+// The frame of both forms; `append` adds the caller's message to the line's prefix.
 template <typename Append>
 void WriteWith(uint32_t level, const wchar_t* sourceFile, uint32_t line, Append append) noexcept {
     const KeepLastError keep;

@@ -122,23 +122,18 @@ std::wstring CfwLogRow(const FirewallLogEntry& entry) {
     return row;
 }
 
-Json::Value RestoreLogColumns(const RestoreLog& log) {
-    Json::Value columns(Json::objectValue);
+int RestoreLogRow(const RestoreLog& log, std::wstring& text) {
+    static const Json::StreamWriterBuilder builder = MakeBuilder();
+    Json::Value row(Json::objectValue);
+    row[Key("TBL")] = kRestoreLogTable.name;
+    row[Key("VER")] = kRestoreLogTable.version;
+    row[Key("CATEGORY")] = kRestoreLogTable.category;
+    Json::Value& columns = row[Key("COL")];
     columns[Key("LOGID")] = Utf8(log.logId);
     columns[Key("UID")] = Utf8(log.uid);
     columns[Key("RECV_TIME")] = WideToUtf8(LocalTimeText(log.received));
     columns[Key("LOG_TYPE")] = log.logType;
     columns[Key("RESULT")] = log.result;
-    return columns;
-}
-
-int FormatLogRow(const LogTable& table, Json::Value columns, std::wstring& text) {
-    static const Json::StreamWriterBuilder builder = MakeBuilder();
-    Json::Value row(Json::objectValue);
-    row[Key("TBL")] = table.name;
-    row[Key("COL")] = std::move(columns);
-    row[Key("VER")] = table.version;
-    row[Key("CATEGORY")] = table.category;
     std::ostringstream out;
     const std::unique_ptr<Json::StreamWriter> writer(builder.newStreamWriter());
     const int error = writer->write(row, &out);

@@ -2,8 +2,6 @@
 // texts as JSON strings and numbers as JSON integers. docs/wire-formats.md lists them.
 #pragma once
 
-#include <json/value.h>
-
 #include <cstdint>
 #include <string>
 
@@ -33,10 +31,8 @@ struct RestoreLog {
 // when memory is exhausted.
 std::wstring CfwLogRow(const FirewallLogEntry& entry);
 
-Json::Value RestoreLogColumns(const RestoreLog& log);
-
 // The same by the JSON writer: 0, or what the writer reports.
-int FormatLogRow(const LogTable& table, Json::Value columns, std::wstring& text);
+int RestoreLogRow(const RestoreLog& log, std::wstring& text);
 
 // Local time as "2024-01-31 23:59:59"; seconds that the calendar cannot hold are an empty text.
 std::wstring LocalTimeText(int64_t seconds);

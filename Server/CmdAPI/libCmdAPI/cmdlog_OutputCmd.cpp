@@ -40,7 +40,7 @@ int dbSetRestoreLogW(const wchar_t* uid, int32_t logType, int32_t result) noexce
         }
         const wrb::RestoreLog log = {logId, uid, wrb::SystemClock().CalendarSeconds(), logType, result};
         std::wstring text;
-        if (const int error = wrb::FormatLogRow(wrb::kRestoreLogTable, wrb::RestoreLogColumns(log), text); error != 0) {
+        if (const int error = wrb::RestoreLogRow(log, text); error != 0) {
             WRB_LOG(kLogError, L"%s - Fail to format log into Json format, err=%d", L"dbSetRestoreLogW", error);
             return 0;
         }

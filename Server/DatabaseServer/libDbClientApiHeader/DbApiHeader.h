@@ -1,10 +1,5 @@
-// The frame in front of every request to the database server: it tells the server who is asking.
-//
-//   offset  size
-//    0       4    magic 0x0E1A0703, little-endian: the bytes 03 07 1A 0E
-//    4       4    L, the length of the header message
-//    8       L    a CMsgSerializer message named "NULL" whose body is a CDbApiHeaderContent
-//    8 + L   ..   the request itself
+// The frame in front of every request to the database server: it tells the server who is asking. It is the magic, the
+// length of the header message, and the header message; docs/wire-formats.md has the layout.
 //
 // The content is for the server's log and statistics. It comes from the client and proves nothing.
 #pragma once
@@ -51,11 +46,11 @@ int SendDbApiHeader(CPipeClient& client, const wchar_t* caller, std::span<const 
 
 namespace wrb {
 
-enum class DbApiHeaderStatus : uint8_t {
+enum class DbApiHeaderStatus : uint8_t {  // DescribeDbApiHeaderStatus has a text for each
     Ok,
     TooShort,    // ends before the end of the frame
     BadMagic,    // does not begin with the magic
-    BadLength,   // L is above kDbApiHeaderLimit
+    BadLength,   // the header message is longer than kDbApiHeaderLimit
     BadContent,  // the message is malformed, or wants its body to be taken from a file
 };
 
@@ -63,8 +58,8 @@ enum class DbApiHeaderStatus : uint8_t {
 const wchar_t* DescribeDbApiHeaderStatus(DbApiHeaderStatus status) noexcept;
 
 // The server's side: reads the frame at the start of `request`. On Ok `content` is filled and `request` is moved to the
-// request behind the frame; otherwise `content` is undefined and `request` as it was. Takes nothing from outside the
-// block, whatever it holds. Never throws.
+// request that follows the frame; otherwise `content` is undefined and `request` as it was. Takes nothing from outside
+// the block, whatever it holds. Never throws.
 DbApiHeaderStatus ReadDbApiHeader(std::span<const uint8_t>& request, CDbApiHeaderContent& content) noexcept;
 
 }  // namespace wrb

@@ -39,19 +39,8 @@ bool ReadContent(std::span<const uint8_t> bytes, CDbApiHeaderContent& content) n
 }  // namespace
 
 const wchar_t* DescribeDbApiHeaderStatus(DbApiHeaderStatus status) noexcept {
-    switch (status) {
-        case DbApiHeaderStatus::Ok:
-            return L"ok";
-        case DbApiHeaderStatus::TooShort:
-            return L"too short";
-        case DbApiHeaderStatus::BadMagic:
-            return L"bad magic";
-        case DbApiHeaderStatus::BadLength:
-            return L"bad length";
-        case DbApiHeaderStatus::BadContent:
-            return L"bad content";
-    }
-    return L"unknown";
+    static constexpr const wchar_t* kTexts[] = {L"ok", L"too short", L"bad magic", L"bad length", L"bad content"};
+    return kTexts[static_cast<std::size_t>(status)];
 }
 
 DbApiHeaderStatus ReadDbApiHeader(std::span<const uint8_t>& request, CDbApiHeaderContent& content) noexcept {
