@@ -18,7 +18,7 @@ constexpr struct {
     const char* name;
     const wchar_t* wideName;
 } kCommands[] = {
-#define WRB_COMMAND(name, handler, role, fields, answers) {#name, L"" #name},
+#define WRB_COMMAND(name, handler, role, fields, failure, lane) {#name, L"" #name},
 #include "CommandTable.inc"
 };
 

@@ -1,53 +1,14 @@
 // wrbhost as a program: the real command library, and one that misbehaves.
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include <string>
 #include <vector>
 
-#include "CmdProtocol.h"
-#include "ExpectRun.h"
-#include "FakePipeService.h"
-#include "PipeClient.h"
+#include "HostProcess.h"
 #include "UniqueName.h"
 
 namespace wrb::test {
 namespace {
-
-constexpr wchar_t kProgram[] = L"wrbhost.exe";
-constexpr wchar_t kPipe[] = L"Calloway Systems WRBY Command Handler Manager";
-const std::wstring kLibrary = ProgramFolder() + L"host_test_library.dll";
-
-bool SendText(std::wstring_view text, uint64_t moreBytes = 0) {
-    CPipeClient client;
-    uint64_t bytes = text.size() * sizeof(wchar_t) + moreBytes;
-    return client.Initial(kPipe) && client.Send(text.data(), bytes);
-}
-
-std::wstring Ask(const wchar_t* command, const wchar_t* parameter) {
-    const std::wstring name = UniqueName(L"reply");
-    const FakePipeService reply(name);
-    CCmdProtocol message;
-    message << command << name << parameter;
-    EXPECT_TRUE(SendText(message.Text()));
-    const auto messages = reply.WaitFor(1);
-    return messages.empty() ? L"no answer" : messages[0].Text();
-}
-
-// wrbhost, serving.
-struct Host : ChildProcess {
-    explicit Host(const std::vector<std::wstring>& arguments) : ChildProcess(kProgram, arguments) {
-        EXPECT_TRUE(WaitForOutput("wrbhost: serving")) << Output();
-    }
-    // Stops it, and expects that exit code and each of the parts in the output.
-    void ExpectEnd(DWORD code, std::initializer_list<const char*> parts) const {
-        ExpectRun(kProgram, {L"--stop"}, 0);
-        EXPECT_EQ(WaitForExit(), code);
-        for (const char* part : parts) {
-            EXPECT_NE(Output().find(part), std::string::npos) << part << Output();
-        }
-    }
-};
 
 TEST(Host, ServesTheLibraryUntilItIsStopped) {
     const Host host({L"--workers", L"3"});
@@ -55,10 +16,10 @@ TEST(Host, ServesTheLibraryUntilItIsStopped) {
     EXPECT_EQ(Ask(L"CMDHL_GET_MS_CFG", L"an-agent"), L"") << "no database server runs";
     EXPECT_TRUE(Ask(L"CMDHL_GET_MS_CFG", L"").starts_with(L"[Manual Scan Configuration]\n"));
     EXPECT_TRUE(SendText(L"CMDHL_NO_SUCH_COMMAND"));
-    ExpectRun(kProgram, {}, 1, "already running");
+    ExpectRun(kHost, {}, 1, "already running");
     EXPECT_EQ(Ask(L"CMDHL_ECHO", L"still here"), L"still here");
     host.ExpectEnd(0, {"wrbhost: serving with 3 workers", "handled 4, refused 1, threw 0, dropped 0"});
-    ExpectRun(kProgram, {L"--stop"}, 3, "not running");
+    ExpectRun(kHost, {L"--stop"}, 3, "not running");
 }
 
 // What was sent before the stop is answered, though the one worker is busy when the stop comes.
@@ -93,10 +54,11 @@ TEST(Host, GivesUpOnACommandThatIsStuck) {
     host.ExpectEnd(4, {"a command is still running; giving up"});
 }
 
-TEST(Host, StopTimesOut) {
+TEST(Host, AStopMaySayHowLongItTakes) {
     const Host host({L"--dll", kLibrary});
     EXPECT_TRUE(SendText(L"CMDHL_STUCK"));
-    ExpectRun(kProgram, {L"--stop", L"--timeout", L"1"}, 4);
+    ExpectRun(kHost, {L"--stop", L"--timeout", L"1"}, 4, "the host has ended with commands running");
+    EXPECT_EQ(host.WaitForExit(), 4u);
 }
 
 TEST(Host, SaysWhyItDoesNotStart) {
@@ -110,14 +72,16 @@ TEST(Host, SaysWhyItDoesNotStart) {
         {{L"--dll", kLibrary, L"--debug-ini", L"throw"}, 1, "does not start: cannot start"},
         {{L"--workers", L"0"}, 2, "workers"},
         {{L"--workers", L"255"}, 2, "workers"},
+        {{L"--allow", L"nobody of that name"}, 2, "no such account: nobody of that name"},
+        {{L"--status"}, 3, "not running"},
         {{L"--no-such-option"}, 2, "no-such-option"},
         {{L"--help"}, 0, "Examples:"},
     };
     for (const auto& [arguments, code, output] : kCases) {
-        ExpectRun(kProgram, arguments, code, output);
+        ExpectRun(kHost, arguments, code, output);
     }
-    const FakePipeService other(kPipe);
-    ExpectRun(kProgram, {}, 1, "another program serves the command pipe");
+    const FakePipeService other(kHostPipe);
+    ExpectRun(kHost, {}, 1, "another program serves the command pipe");
 }
 
 }  // namespace

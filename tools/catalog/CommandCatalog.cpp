@@ -7,8 +7,8 @@ namespace {
 
 using namespace std::string_view_literals;
 
-#define WRB_COMMAND(name, handler, role, fields, answers) \
-    {#name, role, fields, answers, #handler##sv != "NotBuilt{}"sv},
+#define WRB_COMMAND(name, handler, role, fields, failure, lane) \
+    {#name, role, fields, FailureAnswer::failure, CommandLane::lane, #handler##sv != "NotBuilt{}"sv},
 constexpr CommandEntry kCatalog[] = {
 #include "CommandTable.inc"
 };

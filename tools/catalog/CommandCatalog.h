@@ -7,12 +7,22 @@
 
 namespace wrb {
 
+// The answer of a command that cannot be carried out. None: the command has no answer at all.
+enum class FailureAnswer { None, Empty, Zero };
+
+// Commands that wait in one queue of the host.
+enum class CommandLane { Quick, Database, Upload };
+
 struct CommandEntry {
     std::string_view name;
     std::string_view role;
     std::string_view fields;  // after the name, in order
-    bool answers;             // takes a reply pipe in field 1 and answers on it
-    bool built;               // false: the library knows the name and answers nothing
+    FailureAnswer failure;
+    CommandLane lane;
+    bool built;  // false: the library knows the name and answers nothing
+
+    // Whether it takes a reply pipe in field 1 and answers on it.
+    constexpr bool Answers() const { return failure != FailureAnswer::None; }
 };
 
 // In the table's order, which is also the order of the counter slots.

@@ -46,6 +46,17 @@ std::optional<std::wstring> AccountSid(const std::wstring& account) {
     return SidText(sid);
 }
 
+std::optional<std::wstring> AddAccountSids(const std::vector<std::wstring>& accounts, std::vector<std::wstring>& sids) {
+    for (const std::wstring& account : accounts) {
+        std::optional<std::wstring> sid = AccountSid(account);
+        if (!sid) {
+            return account;
+        }
+        sids.push_back(*std::move(sid));
+    }
+    return std::nullopt;
+}
+
 bool AccessList::Set(const std::vector<std::wstring>& sids, const wchar_t* rights) {
     const std::optional<std::wstring> own = SidOfThisProcess();
     if (!own) {

@@ -15,6 +15,9 @@ namespace wrb {
 // ("DOMAIN\web"). Nothing: there is no such account, GetLastError tells.
 std::optional<std::wstring> AccountSid(const std::wstring& account);
 
+// Appends the SIDs of `accounts` to `sids`. Nothing: all are known; else the one that is not.
+std::optional<std::wstring> AddAccountSids(const std::vector<std::wstring>& accounts, std::vector<std::wstring>& sids);
+
 // A security descriptor: SYSTEM, the administrators and the account of this process may do everything with the object,
 // each account of `sids` may do what `rights` says, and nobody else may open it.
 //

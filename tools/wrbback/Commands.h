@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace wrb {
 
@@ -16,7 +17,8 @@ struct ServeOptions {
     std::optional<std::string> logLevel;
     std::optional<uint64_t> splitBytes;
     std::optional<unsigned> maxLogs;
-    int64_t maxRows = 1'000'000;  // of each record table; 0: all
+    std::vector<std::string> allowed;  // SIDs and names of the accounts that may connect
+    int64_t maxRows = 1'000'000;       // of each record table; 0: all
 };
 
 struct ShowOptions {

@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include "AccessList.h"
 #include "Commands.h"
 #include "Console.h"
 #include "DbServer.h"
@@ -34,6 +35,13 @@ std::string Settle(const ServeOptions& options, LogSettings& settings) {
     }
     settings.files.splitBytes = options.splitBytes.value_or(settings.files.splitBytes);
     settings.files.maxFiles = options.maxLogs.value_or(settings.files.maxFiles);
+    std::vector<std::wstring> accounts;
+    for (const std::string& account : options.allowed) {
+        accounts.push_back(Utf8ToWide(account));
+    }
+    if (const auto unknown = AddAccountSids(accounts, settings.allowed)) {
+        return "no such account: " + WideToUtf8(*unknown);
+    }
     return {};
 }
 
@@ -62,10 +70,12 @@ int RunServices(const ServeOptions& options, const LogSettings& settings, const 
     DbServer db({.database = Utf8ToWide(options.database),
                  .workers = options.workers,
                  .answer = {},
-                 .note = [&notes](const std::wstring& note) { notes.Write(note); }});
+                 .note = [&notes](const std::wstring& note) { notes.Write(note); },
+                 .allowed = settings.allowed});
     RecordServer records({.database = Utf8ToWide(options.database),
                           .keep = options.maxRows,
-                          .note = [&notes](const std::wstring& note) { notes.Write(note); }});
+                          .note = [&notes](const std::wstring& note) { notes.Write(note); },
+                          .allowed = settings.allowed});
     if (!log.Start()) {
         return FailAtPipe("log service's pipe", GetLastError());
     }

@@ -48,6 +48,8 @@ void AddServe(CLI::App& app, ServeOptions& options) {
     serve->add_option("--db", options.database, "Database file, made by wrbback seed (default: agents.db)");
     serve->add_option("--workers", options.workers, "Questions answered at once (default: 8)")
         ->check(CLI::Range(1u, 64u));
+    serve->add_option("--allow", options.allowed, "SID or name of an account that may connect; repeatable")
+        ->allow_extra_args(false);
     serve->add_option("--debug-ini", options.debugIni, "INI file with the log settings, section Debug");
     serve->add_option("--log-folder", options.logFolder, "Folder of the log files (default: .\\Log\\)");
     serve->add_option("--log-level", options.logLevel, "Lines wanted: F, E, W, I, D, all (default) or none");

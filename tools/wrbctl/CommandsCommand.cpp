@@ -20,7 +20,7 @@ std::string TextLine(std::size_t number, const CommandEntry& entry) {
     if (!entry.built) {
         return line.append(" (not built yet)\n");
     }
-    return line.append("; fields: ").append(entry.fields).append(entry.answers ? "" : "; no answer").append("\n");
+    return line.append("; fields: ").append(entry.fields).append(entry.Answers() ? "" : "; no answer").append("\n");
 }
 
 Json::Value JsonRow(std::size_t number, const CommandEntry& entry) {
@@ -29,7 +29,7 @@ Json::Value JsonRow(std::size_t number, const CommandEntry& entry) {
     row["name"] = std::string(entry.name);
     row["role"] = std::string(entry.role);
     row["fields"] = std::string(entry.fields);
-    row["answers"] = entry.answers;
+    row["answers"] = entry.Answers();
     row["built"] = entry.built;
     return row;
 }

@@ -49,7 +49,7 @@ bool Expired(HANDLE timer) {
 std::wstring BuildMessage(const SendOptions& options, const CommandEntry& entry, const std::wstring& replyPipe) {
     CCmdProtocol message;
     message << Utf8ToWide(options.command);
-    if (entry.answers) {
+    if (entry.Answers()) {
         message << replyPipe;
     }
     for (const std::string& field : options.fields) {
@@ -81,8 +81,8 @@ void PrintAnswer(const SendOptions& options, const CommandEntry& entry, const st
     }
     Json::Value result;
     result["command"] = options.command;
-    result["answers"] = entry.answers;
-    if (entry.answers) {
+    result["answers"] = entry.Answers();
+    if (entry.Answers()) {
         result["answer"] = WideToUtf8(answer);
         result["bytes"] = static_cast<Json::UInt64>(answer.size() * sizeof(wchar_t));
         result["milliseconds"] = ms;
@@ -95,14 +95,14 @@ int Exchange(const SendOptions& options, const CommandEntry& entry) {
     const std::wstring replyPipe = NewReplyPipeName();
     const KernelHandle timer = StartTimer(options.timeoutSeconds);
     CPipeServer server;
-    if (entry.answers && (!timer || !server.Initial(replyPipe.c_str(), timer.Get()))) {
+    if (entry.Answers() && (!timer || !server.Initial(replyPipe.c_str(), timer.Get()))) {
         return FailSystem(kExitFailed, "cannot open the reply pipe", GetLastError());
     }
     if (const int code = SendToHost(BuildMessage(options, entry, replyPipe)); code != kExitOk) {
         return code;
     }
     std::wstring answer;
-    if (entry.answers && !server.FetchCmd(answer)) {
+    if (entry.Answers() && !server.FetchCmd(answer)) {
         return Expired(timer.Get()) ? Fail(kExitTimedOut, "no answer in time")
                                     : Fail(kExitFailed, "cannot read the answer");
     }

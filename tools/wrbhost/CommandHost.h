@@ -1,47 +1,62 @@
-// The command pipe and its worker threads.
+// The command pipe, the lanes behind it, and the worker threads.
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <string>
+#include <vector>
 
+#include "CommandLanes.h"
+#include "HostBoard.h"
 #include "PipeListener.h"
+#include "Sideline.h"
 #include "cmdhl.h"
 
 namespace wrb {
 
-struct HostCounters {
-    uint64_t handled = 0;  // a handler ran
-    uint64_t refused = 0;  // unknown to the library
-    uint64_t threw = 0;    // an exception came out of the library
-    uint64_t dropped = 0;  // messages that did not arrive completely
+struct CommandHostOptions {
+    LaneLimits lanes;
+    unsigned connections = 128;            // pipe instances: connections that are read at once
+    std::size_t memoryBudget = 64u << 20;  // see PipeListener.h
+    std::vector<std::wstring> allowed;     // SIDs; see PipeListener.h
 };
 
-// Takes command messages, one a connection, and runs each on a worker thread. A worker survives every exception that
-// leaves the library: the exception is logged with the command's name and counted.
+// Takes command messages, one a connection. The reading thread puts each into its lane and is done with the connection;
+// a worker runs it. A command whose lane is full is turned away: its sender gets the answer that failure has, at once.
+//
+// Whatever comes out of the library, a worker survives: the exception is logged with the command's name and counted.
 class CommandHost {
   public:
-    // `process` must stay callable until Stop has returned. There are as many pipe instances as workers; while all are
-    // busy, clients wait for a free one.
-    CommandHost(cmdhl_ProcessFn process, unsigned workers);
+    // `process` and `board` must live until Stop has returned.
+    CommandHost(cmdhl_ProcessFn process, const CommandHostOptions& options, HostBoard& board);
+    ~CommandHost();
+    CommandHost(const CommandHost&) = delete;
+    CommandHost& operator=(const CommandHost&) = delete;
 
-    // False: GetLastError tells; ERROR_ALREADY_EXISTS means that another process serves the pipe.
-    bool Start() { return m_listener.Start(); }
+    // False: GetLastError tells; ERROR_ALREADY_EXISTS means that somebody else serves the pipe.
+    bool Start();
 
-    // Takes no more connections and returns when all earlier messages are done, however long a command takes.
-    void Stop() { m_listener.Stop(); }
-
-    HostCounters Counters() const;
+    // Takes no more connections, runs what waits for a worker for up to half of `limit`, turns the rest away, and
+    // returns when the running commands are done, however long they take. At most once.
+    void Stop(std::chrono::milliseconds limit);
 
   private:
-    void Run(const std::string& message);
-    void Threw(const std::wstring& message, const char* what);
+    Job Accept(std::string message, const PipePeer& peer);
+    void Run(QueuedCommand command) noexcept;
+    void Call(std::string message);
+    void TurnAway(const std::string& message) noexcept;
+    void OnDrop(PipeDrop reason, std::size_t bytes, uint32_t clientPid);
+    void WarnAside(std::wstring text);
+    PipeListenerOptions ListenerOptions(const CommandHostOptions& options);
 
     const cmdhl_ProcessFn m_process;
-    std::atomic<uint64_t> m_handled{0};
-    std::atomic<uint64_t> m_refused{0};
-    std::atomic<uint64_t> m_threw{0};
-    PipeListener m_listener;  // last: its threads use the members above
+    HostBoard& m_board;
+    std::atomic<uint64_t> m_lastFullNote{0};  // on the 64-bit tick clock
+    Sideline m_sideline;
+    PipeListener m_listener;
+    CommandLanes m_lanes;  // after the listener, whose memory budget the queued commands hold
+    bool m_stopped = false;
 };
 
 }  // namespace wrb

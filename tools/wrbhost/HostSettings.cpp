@@ -4,18 +4,64 @@
 
 #include <algorithm>
 #include <iterator>
-#include <string>
 
+#include "AccessList.h"
 #include "HomeFolder.h"
 #include "StringProtection.h"
+#include "Text.h"
 
 namespace wrb {
+namespace {
 
-unsigned ReadWorkerCount() {
-    const std::wstring path = wrb::HomeFolder() + L"wrbscan.ini";
-    const UINT asked = GetPrivateProfileIntW(L"INI_SERVER_SECTION", L"Command_Handler_Static_Thread_Number",
-                                             kDefaultWorkers, path.c_str());
-    return static_cast<unsigned>(std::clamp(static_cast<int>(asked), 1, static_cast<int>(kMostWorkers)));
+constexpr wchar_t kSection[] = L"INI_SERVER_SECTION";
+constexpr DWORD kAccountsCharacters = 8192;
+
+unsigned Number(const std::optional<unsigned>& option, const std::wstring& file, const wchar_t* key, unsigned byDefault,
+                unsigned most) {
+    const unsigned asked =
+        option ? *option : GetPrivateProfileIntW(kSection, key, static_cast<INT>(byDefault), file.c_str());
+    return static_cast<unsigned>(std::clamp(static_cast<int>(asked), 1, static_cast<int>(most)));
+}
+
+// The items of a list with ";" between them.
+std::vector<std::wstring> Accounts(const std::wstring& file) {
+    std::wstring list(kAccountsCharacters, L'\0');
+    list.resize(GetPrivateProfileStringW(kSection, L"CommandPipeAccounts", L"", list.data(), kAccountsCharacters,
+                                         file.c_str()));
+    std::vector<std::wstring> accounts;
+    for (std::size_t at = 0; at < list.size();) {
+        const std::size_t end = std::min(list.find(L';', at), list.size());
+        if (end > at) {
+            accounts.push_back(list.substr(at, end - at));
+        }
+        at = end + 1;
+    }
+    return accounts;
+}
+
+}  // namespace
+
+std::string ReadHostSettings(const HostOptions& options, CommandHostOptions& settings) {
+    const std::wstring home = HomeFolder();
+    const std::wstring server = home + L"Private\\wrbserver.ini";
+    const CommandHostOptions defaults;
+    settings.lanes.workers = Number(options.workers, home + L"wrbscan.ini", L"Command_Handler_Static_Thread_Number",
+                                    defaults.lanes.workers, kMostWorkers);
+    settings.lanes.queuedPerLane = Number(options.queue, server, L"CommandQueueLength",
+                                          static_cast<unsigned>(defaults.lanes.queuedPerLane), kMostQueued);
+    settings.connections =
+        Number(options.connections, server, L"CommandConnections", defaults.connections, kMostConnections);
+    settings.memoryBudget = std::size_t{Number(options.memoryMiB, server, L"CommandMemoryInM",
+                                               static_cast<unsigned>(defaults.memoryBudget >> 20), kMostMemoryMiB)}
+                            << 20;
+    std::vector<std::wstring> accounts = Accounts(server);
+    for (const std::string& account : options.allowed) {
+        accounts.push_back(Utf8ToWide(account));
+    }
+    if (const auto unknown = AddAccountSids(accounts, settings.allowed)) {
+        return "no such account: " + WideToUtf8(*unknown);
+    }
+    return {};
 }
 
 bool HasProtectionKey() {

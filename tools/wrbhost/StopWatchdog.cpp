@@ -7,7 +7,8 @@
 
 namespace wrb {
 
-StopWatchdog::StopWatchdog(std::chrono::seconds limit) : m_thread([this, limit] { Watch(limit); }) {}
+StopWatchdog::StopWatchdog(std::chrono::milliseconds limit, HostBoard& board)
+    : m_board(board), m_thread([this, limit] { Watch(limit); }) {}
 
 StopWatchdog::~StopWatchdog() {
     {
@@ -18,10 +19,15 @@ StopWatchdog::~StopWatchdog() {
     m_thread.join();
 }
 
-void StopWatchdog::Watch(std::chrono::seconds limit) {
+void StopWatchdog::Watch(std::chrono::milliseconds limit) {
     std::unique_lock lock(m_mutex);
     if (!m_changed.wait_for(lock, limit, [this] { return m_finished; })) {
-        PrintErr("wrbhost: a command is still running; giving up\n");
+        m_board.gaveUp = 1;
+        try {
+            PrintErr("wrbhost: a command is still running; giving up; " + m_board.Text() + "\n");
+        } catch (...) {
+            // No memory for the line: the exit code tells.
+        }
         TerminateProcess(GetCurrentProcess(), kExitTimedOut);
     }
 }

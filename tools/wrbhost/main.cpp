@@ -1,8 +1,10 @@
 // wrbhost: loads the command library and serves its pipe.
 #include <windows.h>
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
+#include <optional>
 #include <string>
 
 #include "CommandHost.h"
@@ -11,6 +13,7 @@
 #include "Console.h"
 #include "DebugLog.h"
 #include "ExitCode.h"
+#include "HostBoard.h"
 #include "HostSettings.h"
 #include "ServerStopEvent.h"
 #include "StopEvent.h"
@@ -20,13 +23,17 @@
 namespace wrb {
 namespace {
 
+constexpr wchar_t kBoard[] = L"Calloway_Warrenby_Host_Board";
+constexpr unsigned kStopSeconds = 60;
+
 struct Options {
     std::string dll;
     std::string debugIni;
     std::string debugLibrary;
-    unsigned workers = 0;  // 0: as the scan INI says
+    HostOptions host;
     bool stop = false;
-    unsigned timeoutSeconds = 60;
+    bool status = false;
+    std::optional<unsigned> timeoutSeconds;
 };
 
 int Fail(const std::string& text, int code = kExitFailed) {
@@ -34,27 +41,34 @@ int Fail(const std::string& text, int code = kExitFailed) {
     return code;
 }
 
-// From here to Finalize the library is in use.
-int ServeUntilStopped(const EntryPoints& library, const Options& options, const StopEvent& stop) {
-    const unsigned workers = options.workers != 0 ? options.workers : ReadWorkerCount();
-    CommandHost host(library.process, workers);
+// A stop that names a limit of its own comes before what the host was told. A tenth, but no more than a second, is left
+// to the program that waits for the host's end.
+std::chrono::milliseconds StopLimit(const Options& options, const HostBoard& board) {
+    const uint32_t asked = board.stopMilliseconds;
+    if (asked == 0) {
+        return std::chrono::seconds(options.timeoutSeconds.value_or(kStopSeconds));
+    }
+    return std::chrono::milliseconds(asked - std::min(asked / 10, 1'000u));
+}
+
+int Serve(const EntryPoints& library, const Options& options, const CommandHostOptions& settings, const StopEvent& stop,
+          HostBoard& board) {
+    CommandHost host(library.process, settings, board);
     if (!host.Start()) {
         const DWORD error = GetLastError();
+        library.finalize();
         return Fail(error == ERROR_ALREADY_EXISTS
                         ? "another program serves the command pipe"
                         : "cannot create the command pipe (error " + std::to_string(error) + ")");
     }
-    PrintOut("wrbhost: serving with " + std::to_string(workers) + " workers\n");
+    PrintOut("wrbhost: serving with " + std::to_string(settings.lanes.workers) + " workers\n");
     stop.Wait();
     PrintOut("wrbhost: stopping\n");
-    {
-        const StopWatchdog watchdog(std::chrono::seconds(options.timeoutSeconds));
-        host.Stop();
-    }
-    const HostCounters counters = host.Counters();
-    PrintOut("wrbhost: stopped; handled " + std::to_string(counters.handled) + ", refused " +
-             std::to_string(counters.refused) + ", threw " + std::to_string(counters.threw) + ", dropped " +
-             std::to_string(counters.dropped) + "\n");
+    const std::chrono::milliseconds limit = StopLimit(options, board);
+    const StopWatchdog watchdog(limit, board);
+    host.Stop(limit);
+    library.finalize();
+    PrintOut("wrbhost: stopped; " + board.Text() + "\n");
     return kExitOk;
 }
 
@@ -65,6 +79,15 @@ int Host(const Options& options) {
         return Fail(error == ERROR_ALREADY_EXISTS
                         ? "already running on this machine"
                         : "cannot create the stop event (error " + std::to_string(error) + ")");
+    }
+    SharedHostBoard board;
+    if (!board.Create(kBoard)) {
+        const DWORD error = GetLastError();
+        return Fail("cannot create the section of the counters (error " + std::to_string(error) + ")");
+    }
+    CommandHostOptions settings;
+    if (const std::string wrong = ReadHostSettings(options.host, settings); !wrong.empty()) {
+        return Fail(wrong, kExitUsage);
     }
     CommandLibrary library;
     const std::string wrong = library.Load(options.dll.empty() ? DefaultLibraryPath() : Utf8ToWide(options.dll));
@@ -84,47 +107,86 @@ int Host(const Options& options) {
             "wrbhost: Private\\wrbserver.ini has no protection key: agents with addresses get no web-threat settings. "
             "Make one with: wrbctl make-key\n");
     }
-    const int code = ServeUntilStopped(library.Exports(), options, stop);
-    library.Exports().finalize();
-    return code;
+    return Serve(library.Exports(), options, settings, stop, *board);
 }
 
 int Stop(const Options& options) {
-    switch (StopRunning(kServerStopEvent, options.timeoutSeconds * 1000)) {
+    const unsigned seconds = options.timeoutSeconds.value_or(kStopSeconds);
+    SharedHostBoard board;
+    const bool seesHost = board.Open(kBoard);
+    if (seesHost && options.timeoutSeconds) {
+        board->stopMilliseconds = seconds * 1'000;
+    }
+    switch (StopRunning(kServerStopEvent, seconds * 1'000)) {
         case StopResult::Stopped:
-            return kExitOk;
+            return seesHost && board->gaveUp != 0
+                       ? Fail("the host has ended with commands running; " + board->Text(), kExitTimedOut)
+                       : kExitOk;
         case StopResult::NotRunning:
             return Fail("not running", kExitServiceNotRunning);
         case StopResult::TimedOut:
-            return Fail("still running after " + std::to_string(options.timeoutSeconds) + " seconds", kExitTimedOut);
+            return Fail("still running after " + std::to_string(seconds) + " seconds", kExitTimedOut);
         default:
             return Fail("cannot signal the running host (error " + std::to_string(GetLastError()) + ")");
     }
 }
 
-}  // namespace
-}  // namespace wrb
+int Status() {
+    SharedHostBoard board;
+    if (!board.Open(kBoard)) {
+        const DWORD error = GetLastError();
+        return error == ERROR_FILE_NOT_FOUND
+                   ? Fail("not running", kExitServiceNotRunning)
+                   : Fail("cannot read the running host's counters (error " + std::to_string(error) + ")");
+    }
+    PrintOut("wrbhost: running; " + board->Text() + "\n");
+    return kExitOk;
+}
 
-int main() {
-    wrb::Options options;
+int Main() {
+    Options options;
     CLI::App app("Loads the command library and serves agents' commands on its pipe until it is stopped.", "wrbhost");
     app.add_option("--dll", options.dll, "Command library (default: libCmdHndlrClient.dll beside this program)");
-    app.add_option("--workers", options.workers, "Commands served at once (default: as wrbscan.ini says, else 20)")
-        ->check(CLI::Range(1u, wrb::kMostWorkers));
+    app.add_option("--workers", options.host.workers, "Commands served at once (default: as wrbscan.ini says, else 20)")
+        ->check(CLI::Range(1u, kMostWorkers));
+    app.add_option("--connections", options.host.connections, "Connections read at once (128)")
+        ->check(CLI::Range(1u, kMostConnections));
+    app.add_option("--queue", options.host.queue, "Commands of one lane that may wait for a worker (1000)")
+        ->check(CLI::Range(1u, kMostQueued));
+    app.add_option("--memory", options.host.memoryMiB, "MiB that long messages may take together (64)")
+        ->check(CLI::Range(1u, kMostMemoryMiB));
+    app.add_option("--allow", options.host.allowed, "SID or name of an account that may send commands; repeatable")
+        ->allow_extra_args(false);
     app.add_option("--debug-ini", options.debugIni, "Debug INI path handed to the library");
     app.add_option("--debug-library", options.debugLibrary, "Debug library path handed to the library");
     app.add_flag("--stop", options.stop, "Stop the running host, and wait until it has gone");
+    app.add_flag("--status", options.status, "Show the running host's counters");
     app.add_option("--timeout", options.timeoutSeconds, "Seconds that a stop may take (default: 60)")
         ->check(CLI::Range(1u, 86400u));
     app.footer(
         "Examples:\n"
         "  wrbhost                          serve until Ctrl-C or wrbhost --stop\n"
         "  wrbhost --workers 8              with eight worker threads\n"
-        "  wrbhost --stop --timeout 10      stop the running host; give up after ten seconds\n"
+        "  wrbhost --allow \"IIS APPPOOL\\Agents\"  admit the account of a gateway program\n"
+        "  wrbhost --stop --timeout 10      stop the running host; after ten seconds it ends with commands running\n"
         "\n"
         "Exit codes: 0 done, 1 failed, 2 wrong command line, 3 not running, 4 timed out");
-    if (const auto code = wrb::ParseArguments(app, wrb::Utf8Arguments())) {
+    if (const auto code = ParseArguments(app, Utf8Arguments())) {
         return *code;
     }
-    return options.stop ? wrb::Stop(options) : wrb::Host(options);
+    if (options.status) {
+        return Status();
+    }
+    return options.stop ? Stop(options) : Host(options);
+}
+
+}  // namespace
+}  // namespace wrb
+
+int main() {
+    try {
+        return wrb::Main();
+    } catch (const std::exception& error) {
+        return wrb::Fail(error.what());
+    }
 }

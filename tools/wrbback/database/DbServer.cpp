@@ -29,10 +29,12 @@ std::wstring Shown(std::wstring_view text) {
     return std::wstring(text.substr(0, kShownCharacters));
 }
 
-PipeListenerOptions ListenerOptions(std::function<void(PipeDrop, std::size_t, uint32_t)> onDrop) {
+PipeListenerOptions ListenerOptions(const DbServerOptions& server,
+                                    std::function<void(PipeDrop, std::size_t, uint32_t)> onDrop) {
     PipeListenerOptions options;
     options.name = kDbServerPipe;
     options.instances = kInstances;
+    options.allowed = server.allowed;
     options.maxMessageBytes = kMaxRequestBytes;
     options.onDrop = std::move(onDrop);
     return options;
@@ -44,11 +46,11 @@ DbServer::DbServer(DbServerOptions options)
     : m_options(std::move(options)),
       m_writer(OpenStore(m_options.database)),
       m_readers(m_options.database, m_options.workers),
-      m_listener(
-          ListenerOptions([this](PipeDrop reason, std::size_t bytes, uint32_t pid) { NoteDrop(reason, bytes, pid); }),
-          PipeListener::InOrder{m_options.workers, [this](const std::string& message, const PipePeer& peer) {
-                                    return Accept(message, peer);
-                                }}) {
+      m_listener(ListenerOptions(m_options, [this](PipeDrop reason, std::size_t bytes,
+                                                   uint32_t pid) { NoteDrop(reason, bytes, pid); }),
+                 PipeListener::InOrder{m_options.workers, [this](const std::string& message, const PipePeer& peer) {
+                                           return Accept(message, peer);
+                                       }}) {
     VerifyStore(*m_writer, m_options.database);
 }
 

@@ -12,6 +12,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "AnswerPipe.h"
 #include "DbCommands.h"
@@ -30,6 +31,8 @@ struct DbServerOptions {
 
     // What an operator should know of, one line each. Called from any thread.
     std::function<void(const std::wstring& note)> note = [](const std::wstring&) {};
+
+    std::vector<std::wstring> allowed = {};  // SIDs; see PipeListener.h
 };
 
 struct DbServerCounters {

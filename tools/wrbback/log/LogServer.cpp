@@ -18,9 +18,11 @@ constexpr wchar_t kSetLevelCommand[] = L"LOG_SET_LEVEL";
 constexpr std::size_t kMaxMessageBytes = 64 * 1024;  // a line is at most 4095 characters and its source's name
 constexpr std::size_t kShownCharacters = 32;
 
-PipeListenerOptions ListenerOptions(std::function<void(PipeDrop, std::size_t, uint32_t)> onDrop) {
+PipeListenerOptions ListenerOptions(const std::vector<std::wstring>& allowed,
+                                    std::function<void(PipeDrop, std::size_t, uint32_t)> onDrop) {
     PipeListenerOptions options;
     options.name = kLogServicePipe;
+    options.allowed = allowed;
     options.instances = 64;
     options.maxMessageBytes = kMaxMessageBytes;
     options.readTimeoutMilliseconds = 5'000;
@@ -34,14 +36,16 @@ LogServer::LogServer(const LogSettings& settings, Note note)
     : m_settings(settings),
       m_note(std::move(note)),
       m_files(settings.files),
-      m_listener(ListenerOptions([this](PipeDrop reason, std::size_t bytes, uint32_t pid) {
-                     m_note(FormatWide(L"log service: a message of process %u is dropped after %u bytes: %s", pid,
-                                       static_cast<unsigned>(bytes), PipeDropText(reason)));
-                 }),
-                 PipeListener::InOrder{0, [this](const std::string& message, const PipePeer& peer) {
-                                           Accept(message, peer);
-                                           return Job();
-                                       }}) {}
+      m_listener(
+          ListenerOptions(settings.allowed,
+                          [this](PipeDrop reason, std::size_t bytes, uint32_t pid) {
+                              m_note(FormatWide(L"log service: a message of process %u is dropped after %u bytes: %s",
+                                                pid, static_cast<unsigned>(bytes), PipeDropText(reason)));
+                          }),
+          PipeListener::InOrder{0, [this](const std::string& message, const PipePeer& peer) {
+                                    Accept(message, peer);
+                                    return Job();
+                                }}) {}
 
 bool LogServer::Start() {
     if (!m_listener.Start()) {

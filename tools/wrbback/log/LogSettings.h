@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "LogFiles.h"
 
@@ -12,6 +13,7 @@ struct LogSettings {
     bool enabled = true;          // DebugFlags: without it no line is wanted, and none is written
     std::wstring level = L"all";  // DebugLevel: see ParseLogLevel
     LogFileOptions files;
+    std::vector<std::wstring> allowed;  // SIDs of the accounts that may send lines; see PipeListener.h
 };
 
 // Reads the keys that are there and not empty over what `settings` holds. An empty path reads nothing. Returns what is

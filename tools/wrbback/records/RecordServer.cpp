@@ -34,6 +34,7 @@ RecordServer::RecordServer(RecordServerOptions options)
     for (const Service& service : kServices) {
         PipeListenerOptions listener;
         listener.name = service.pipe;
+        listener.allowed = m_options.allowed;
         listener.instances = kInstances;
         listener.maxMessageBytes = kMaxMessageBytes;
         listener.onDrop = [this, &service](PipeDrop reason, std::size_t bytes, uint32_t pid) {

@@ -23,6 +23,8 @@ struct RecordServerOptions {
 
     // What an operator should know of, one line each. Called from any thread.
     std::function<void(const std::wstring& note)> note = [](const std::wstring&) {};
+
+    std::vector<std::wstring> allowed = {};  // SIDs; see PipeListener.h
 };
 
 struct RecordServerCounters {

@@ -10,7 +10,7 @@ std::span<const CommandRow> CommandTable() {
     using enum ScanType;
     using enum ScanGroupKind;
     static constexpr CommandRow kRows[] = {
-#define WRB_COMMAND(name, handler, role, fields, answers) {L"" #name, CommandSlot::name, handler},
+#define WRB_COMMAND(name, handler, role, fields, failure, lane) {L"" #name, CommandSlot::name, handler},
 #include "CommandTable.inc"
     };
     return kRows;

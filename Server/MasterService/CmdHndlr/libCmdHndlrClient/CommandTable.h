@@ -6,15 +6,15 @@
 class CCmdProtocol;
 
 // The handlers that are written as functions.
-#define WRB_COMMAND(name, handler, role, fields, answers)
-#define WRB_WRITTEN(name, function, role, fields, answers) void function(CCmdProtocol& message);
+#define WRB_COMMAND(name, handler, role, fields, failure, lane)
+#define WRB_WRITTEN(name, function, role, fields, failure, lane) void function(CCmdProtocol& message);
 #include "CommandTable.inc"
 
 namespace wrb {
 
 // The rows by name: a value is the row's number, which is also the command's slot in the performance counters.
 enum class CommandSlot : uint32_t {
-#define WRB_COMMAND(name, handler, role, fields, answers) name,
+#define WRB_COMMAND(name, handler, role, fields, failure, lane) name,
 #include "CommandTable.inc"
     kCount
 };

@@ -1,13 +1,11 @@
 #include "AccessList.h"
 
-#include <aclapi.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sddl.h>
 
 #include <algorithm>
 
-#include "FakePipeService.h"
+#include "AccessOf.h"
 #include "PipeListener.h"
 #include "StopEvent.h"
 #include "Text.h"
@@ -18,19 +16,6 @@ namespace {
 
 using testing::HasSubstr;
 using testing::Not;
-
-// The access list that the system keeps for an object.
-std::string AccessOf(HANDLE object) {
-    LocalMemory descriptor;
-    EXPECT_EQ(GetSecurityInfo(object, SE_KERNEL_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, nullptr, nullptr,
-                              descriptor.Receive()),
-              DWORD{ERROR_SUCCESS});
-    LocalMemory text;
-    EXPECT_TRUE(ConvertSecurityDescriptorToStringSecurityDescriptorA(
-        descriptor.Get(), SDDL_REVISION_1, DACL_SECURITY_INFORMATION, reinterpret_cast<LPSTR*>(text.Receive()),
-        nullptr));
-    return text ? static_cast<const char*>(text.Get()) : "";
-}
 
 std::wstring NameOfThisAccount() {
     wchar_t name[256];
@@ -65,10 +50,7 @@ TEST(AccessList, APipeLetsInWhomItsOptionsName) {
     options.allowed = {L"S-1-5-20"};
     PipeListener listener(options, PipeListener::InOrder{0, [](std::string, const PipePeer&) { return Job(); }});
     ASSERT_TRUE(listener.Start());
-    const FileHandle client(CreateFileW((L"\\\\.\\pipe\\" + options.name).c_str(), GENERIC_WRITE | READ_CONTROL, 0,
-                                        nullptr, OPEN_EXISTING, 0, nullptr));
-    ASSERT_TRUE(client);
-    const std::string access = AccessOf(client.Get());
+    const std::string access = AccessOfPipe(options.name);
     EXPECT_THAT(access, HasSubstr(";;;SY)"));
     EXPECT_THAT(access, HasSubstr(";;;BA)"));
     EXPECT_THAT(access, HasSubstr(";;;NS)"));

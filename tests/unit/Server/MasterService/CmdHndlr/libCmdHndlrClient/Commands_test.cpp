@@ -96,8 +96,8 @@ TEST(CommandTable, EveryRowStandsInItsPlaceOnThePage) {
         ASSERT_NE(found, page.npos) << line;
         const std::string answer = page.substr(found + line.size(), 40);
         EXPECT_EQ(answer.starts_with("not built yet"), !entry.built) << line;
-        EXPECT_EQ(answer.starts_with("none") || !entry.built, !entry.answers) << line;
-        EXPECT_EQ(entry.fields.starts_with("reply pipe"), entry.answers) << line;
+        EXPECT_EQ(answer.starts_with("none") || !entry.built, !entry.Answers()) << line;
+        EXPECT_EQ(entry.fields.starts_with("reply pipe"), entry.Answers()) << line;
     }
     EXPECT_EQ(page.find("\n| " + std::to_string(number) + " | `CMDHL_"), page.npos) << "a row that no table has";
 }

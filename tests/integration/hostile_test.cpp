@@ -1,0 +1,106 @@
+// What one hostile, hung or starved neighbour can do to the host and its services.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "AccessOf.h"
+#include "HostProcess.h"
+#include "OnThreads.h"
+
+namespace wrb::test {
+namespace {
+
+// The running host's counters.
+std::string Status() {
+    return ExpectRun(kHost, {L"--status"}, 0, "wrbhost: running; ");
+}
+
+void WaitForStatus(const std::string& part) {
+    std::string status = Status();
+    for (int i = 0; i < 1000 && status.find(part) == std::string::npos; ++i) {
+        Sleep(10);
+        status = Status();
+    }
+    EXPECT_NE(status.find(part), std::string::npos) << part << "; " << status;
+}
+
+// Uploads and questions that hang take their share of the workers; what comes after them waits, and then is refused at
+// once with the answer that failure has. Quick commands pass all along.
+TEST(Hostile, HungCommandsLeaveAWorkerForQuickOnes) {
+    const KernelHandle release(CreateEventW(nullptr, TRUE, FALSE, L"wrb_hostile_test_release"));
+    const Host host({L"--dll", kLibrary, L"--workers", L"4", L"--queue", L"2"});
+    for (int i = 0; i < 4; ++i) {  // two run, two wait
+        EXPECT_TRUE(SendText(L"CMDHL_PFW_SET_LOG\tpipe\twaits"));
+    }
+    for (int i = 0; i < 3; ++i) {  // one runs, two wait
+        EXPECT_TRUE(SendText(L"CMDHL_GET_MS_CFG\tpipe\twaits"));
+    }
+    WaitForStatus("waited 4, turned away 0");
+    EXPECT_EQ(Ask(L"CMDHL_PFW_SET_LOG", L"waits"), L"0");
+    EXPECT_EQ(Ask(L"CMDHL_GET_MS_CFG", L"waits"), L"");
+    EXPECT_TRUE(SendText(L"CMDHL_SET_MS_CFG\twaits"));
+    EXPECT_TRUE(SendText(L"CMDHL_PFW_SET_LOG\tno such pipe\twaits"));
+    EXPECT_TRUE(SendText(L"CMDHL_FINE"));
+    WaitForStatus("handled 1, refused 0, threw 0, dropped 0, waited 4, turned away 4, unanswered 1, out of memory 0");
+    SetEvent(release.Get());
+    host.ExpectEnd(0, {"handled 8, ", "turned away 4, "});
+}
+
+// What waits when the stop has used half of its time is refused, and counted; what runs then ends with the host.
+TEST(Hostile, AStopRefusesWhatItCannotRun) {
+    const KernelHandle release(CreateEventW(nullptr, TRUE, FALSE, L"wrb_hostile_test_release"));
+    const Host host({L"--dll", kLibrary, L"--workers", L"1"});
+    EXPECT_TRUE(SendText(L"CMDHL_GET_MS_CFG\tpipe\twaits"));
+    const std::wstring name = UniqueName(L"reply");
+    const FakePipeService reply(name);
+    EXPECT_TRUE(SendText(L"CMDHL_PFW_SET_LOG\t" + name + L"\tfirst"));
+    WaitForStatus("waited 1");
+    ExpectRun(kHost, {L"--stop", L"--timeout", L"2"}, 4, "turned away 1, ");
+    EXPECT_EQ(host.WaitForExit(), 4u);
+    const auto answers = reply.WaitFor(1);
+    ASSERT_EQ(answers.size(), 1u);
+    EXPECT_EQ(answers[0].Text(), L"0");
+}
+
+TEST(Hostile, SilentConnectionsHoldNoWorker) {
+    const Host host({L"--workers", L"1", L"--connections", L"40"});
+    std::vector<FileHandle> silent;
+    for (int i = 0; i < 30; ++i) {
+        silent.push_back(OpenPipeForWriting(kHostPipe));
+        EXPECT_TRUE(silent.back() && (i % 2 == 0 || WritePiece(silent.back(), "CMDHL")));
+    }
+    EXPECT_EQ(Ask(L"CMDHL_ECHO", L"hello"), L"hello");
+    silent.clear();
+    host.ExpectEnd(0, {"handled 1, refused 15, threw 0, dropped 0, "});
+}
+
+// Twenty times the memory that long messages may take: they go through one after the other.
+TEST(Hostile, LongMessagesShareTheMemory) {
+    constexpr unsigned kThreads = 4;
+    const Host host({L"--memory", L"1"});
+    const std::wstring text = L"CMDHL_" + std::wstring(500'000, L'x');
+    OnThreads(kThreads, [&](unsigned) {
+        for (int i = 0; i < 5; ++i) {
+            EXPECT_TRUE(SendText(text));
+            EXPECT_EQ(Ask(L"CMDHL_ECHO", L"hello"), L"hello");
+        }
+    });
+    host.ExpectEnd(0, {"handled 20, refused 20, threw 0, dropped 0, "});
+}
+
+// Wine keeps the access list of a pipe and does not check it: the list itself is looked at.
+TEST(Hostile, ThePipeAdmitsTheNamedAccountsOnly) {
+    const Host host({L"--allow", L"S-1-5-20", L"--allow", L"BUILTIN\\Guests"});
+    const std::string access = AccessOfPipe(kHostPipe);
+    for (const char* part : {";;;SY)", ";;;BA)", ";;;NS)", ";;;BG)"}) {
+        EXPECT_NE(access.find(part), std::string::npos) << part << access;
+    }
+    for (const char* part : {";;;WD)", ";;;AU)", ";;;BU)", ";;;AN)"}) {
+        EXPECT_EQ(access.find(part), std::string::npos) << part << access;
+    }
+    host.ExpectEnd(0, {"handled 0, "});
+}
+
+}  // namespace
+}  // namespace wrb::test

@@ -1,0 +1,47 @@
+#include "CommandHead.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace wrb::test {
+namespace {
+
+std::string BytesOf(const std::wstring& text) {
+    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)};
+}
+
+TEST(CommandHead, TellsLaneAndFailureAnswer) {
+    using enum CommandLane;
+    using enum FailureAnswer;
+    const struct {
+        std::wstring message;
+        CommandLane lane;
+        FailureAnswer failure;
+        std::wstring replyPipe;
+    } kCases[] = {
+        {L"CMDHL_ECHO\tpipe\ttext", Quick, Empty, L"pipe"},
+        {L"CMDHL_ECHO\tpipe", Quick, Empty, L"pipe"},
+        {std::wstring(L"CMDHL_ECHO\tpipe\0\trest", 20), Quick, Empty, L"pipe"},
+        {L"CMDHL_ECHO", Quick, Empty, L""},
+        {L"CMDHL_GET_MS_CFG\tpipe\tuid", Database, Empty, L"pipe"},
+        {L"CMDHL_SET_MS_CFG\tuid\t1", Database, None, L""},
+        {L"CMDHL_PFW_SET_LOG\tpipe\tuid\tpackage\tfolder\t1", Upload, Zero, L"pipe"},
+        {L"CMDHL_SET_SPYWARE_RESTORE_LOG\tpipe\tuid\t1\t2", Upload, Empty, L"pipe"},
+        {L"CMDHL_GET_SERVER_NAME\tpipe", Quick, None, L""},
+        {L"CMDHL_UNKNOWN\tpipe", Quick, None, L""},
+        {L"CMDHL_\u0445ECHO\tpipe", Quick, None, L""},
+        {std::wstring(100'000, L'x'), Quick, None, L""},
+        {L"", Quick, None, L""},
+    };
+    for (const auto& row : kCases) {
+        const CommandHead head = ReadCommandHead(BytesOf(row.message));
+        EXPECT_EQ(head.lane, row.lane) << row.message.c_str();
+        EXPECT_EQ(head.failure, row.failure) << row.message.c_str();
+        EXPECT_EQ(head.replyPipe, row.replyPipe);
+    }
+    EXPECT_EQ(ReadCommandHead(BytesOf(L"CMDHL_ECHO\tpipe") + '\x01').replyPipe, L"pipe");
+}
+
+}  // namespace
+}  // namespace wrb::test
