@@ -183,8 +183,12 @@ class Soak {
             const Service& service;
             uint64_t expected;
         } kTotals[] = {
-            {"refused ", m_host, m_field->refused}, {"threw ", m_host, m_field->threw}, {"dropped ", m_host, 0},
-            {" lost; log", m_backEnd, 0},           {" failed; records", m_backEnd, 0},
+            {"refused ", m_host, m_field->refused},
+            {"threw ", m_host, m_field->threw},
+            {"dropped ", m_host, 0},
+            {"turned away ", m_host, 0},
+            {" lost; log", m_backEnd, 0},
+            {" failed; records", m_backEnd, 0},
         };
         for (const auto& [label, service, expected] : kTotals) {
             if (const uint64_t total = service.Total(label); total != expected) {
