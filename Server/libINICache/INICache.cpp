@@ -227,15 +227,11 @@ int CINICache::writeINIString(const wchar_t* section, const wchar_t* key, const 
 }
 
 int CINICache::writeINIInt(const char* section, const char* key, int32_t value) {
-    char text[20];
-    std::snprintf(text, sizeof text, "%d", static_cast<int>(value));
-    return writeINIString(section, key, text);
+    return writeINIString(section, key, std::to_string(value).c_str());
 }
 
 int CINICache::writeINIInt(const wchar_t* section, const wchar_t* key, int32_t value) {
-    wchar_t text[20];
-    wrb::FormatInto(text, std::size(text), L"%d", static_cast<int>(value));
-    return writeINIString(section, key, text);
+    return writeINIString(section, key, std::to_wstring(value).c_str());
 }
 
 void CINICache::clear() {

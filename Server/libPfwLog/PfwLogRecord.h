@@ -52,16 +52,10 @@ struct SWRB_PFW_LOG_ITEM {
 };
 
 static_assert(sizeof(wchar_t) == 2);
-static_assert(sizeof(SWRB_PFW_LOG_ITEM_V0) == 800 && offsetof(SWRB_PFW_LOG_ITEM_V0, wPort) == 2 &&
-              offsetof(SWRB_PFW_LOG_ITEM_V0, dwTime) == 4 && offsetof(SWRB_PFW_LOG_ITEM_V0, dwLocalIP) == 8 &&
-              offsetof(SWRB_PFW_LOG_ITEM_V0, dwRemoteIP) == 12 && offsetof(SWRB_PFW_LOG_ITEM_V0, szPVName) == 16 &&
-              offsetof(SWRB_PFW_LOG_ITEM_V0, wszPVInfo) == 536 && offsetof(SWRB_PFW_LOG_ITEM_V0, wProtocol) == 792 &&
-              offsetof(SWRB_PFW_LOG_ITEM_V0, wSubType) == 796 && offsetof(SWRB_PFW_LOG_ITEM_V0, byRear) == 798);
-static_assert(sizeof(SWRB_PFW_LOG_ITEM) == 932 && offsetof(SWRB_PFW_LOG_ITEM, dwTime) == 4 &&
-              offsetof(SWRB_PFW_LOG_ITEM, szLocalHost) == 16 && offsetof(SWRB_PFW_LOG_ITEM, szRemoteHost) == 81 &&
-              offsetof(SWRB_PFW_LOG_ITEM, szPVName) == 146 && offsetof(SWRB_PFW_LOG_ITEM, wszPVInfo) == 666 &&
-              offsetof(SWRB_PFW_LOG_ITEM, wProtocol) == 922 && offsetof(SWRB_PFW_LOG_ITEM, wSubType) == 926 &&
-              offsetof(SWRB_PFW_LOG_ITEM, byRear) == 928);
+static_assert(sizeof(SWRB_PFW_LOG_ITEM_V0) == 800 && offsetof(SWRB_PFW_LOG_ITEM_V0, wszPVInfo) == 536 &&
+              offsetof(SWRB_PFW_LOG_ITEM_V0, byRear) == 798);
+static_assert(sizeof(SWRB_PFW_LOG_ITEM) == 932 && offsetof(SWRB_PFW_LOG_ITEM, szPVName) == 146 &&
+              offsetof(SWRB_PFW_LOG_ITEM, wszPVInfo) == 666 && offsetof(SWRB_PFW_LOG_ITEM, byRear) == 928);
 
 namespace wrb {
 

@@ -29,31 +29,23 @@ void Check(NTSTATUS status, const char* call) {
 }
 
 std::wstring ToBase64(const std::vector<uint8_t>& bytes) {
-    constexpr DWORD kFlags = CRYPT_STRING_BASE64 | CRYPT_STRING_NOCRLF;
-    const auto count = static_cast<DWORD>(bytes.size());
-    DWORD length = 0;  // with the terminator when asked for, without it when done
-    std::wstring text;
-    if (CryptBinaryToStringW(bytes.data(), count, kFlags, nullptr, &length)) {
-        text.resize(length);
-        if (CryptBinaryToStringW(bytes.data(), count, kFlags, text.data(), &length)) {
-            text.resize(length);
-            return text;
-        }
+    auto length = static_cast<DWORD>((bytes.size() + 2) / 3 * 4 + 1);  // with the terminator
+    std::wstring text(length, L'\0');
+    if (!CryptBinaryToStringW(bytes.data(), static_cast<DWORD>(bytes.size()), CRYPT_STRING_BASE64 | CRYPT_STRING_NOCRLF,
+                              text.data(), &length)) {
+        Throw(GetLastError(), "CryptBinaryToStringW");
     }
-    Throw(GetLastError(), "CryptBinaryToStringW");
+    text.resize(length);
+    return text;
 }
 
 // Nonce, cipher text and tag. The system reads more than one spelling of the same bytes; only the one that ToBase64
 // writes counts.
 std::optional<std::vector<uint8_t>> FromBase64(std::wstring_view text) {
-    DWORD count = 0;
-    const auto length = static_cast<DWORD>(text.size());
-    if (text.empty() ||
-        !CryptStringToBinaryW(text.data(), length, CRYPT_STRING_BASE64, nullptr, &count, nullptr, nullptr)) {
-        return std::nullopt;
-    }
+    auto count = static_cast<DWORD>(text.size() / 4 * 3);
     std::vector<uint8_t> bytes(count);
-    if (!CryptStringToBinaryW(text.data(), length, CRYPT_STRING_BASE64, bytes.data(), &count, nullptr, nullptr)) {
+    if (text.empty() || !CryptStringToBinaryW(text.data(), static_cast<DWORD>(text.size()), CRYPT_STRING_BASE64,
+                                              bytes.data(), &count, nullptr, nullptr)) {
         return std::nullopt;
     }
     bytes.resize(count);
