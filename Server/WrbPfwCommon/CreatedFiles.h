@@ -11,7 +11,7 @@
 
 namespace wrb {
 
-// A folder that is there and has none of the attributes `refused`. What links to a folder is one as well.
+// Whether the path is a folder with none of the attributes `refused`. A link to a folder counts as one.
 bool IsFolder(const std::wstring& path, DWORD refused = 0) noexcept;
 
 // Removes what it has made when it is destroyed, newest first, unless told to keep it. Files must be closed by then.

@@ -49,7 +49,7 @@ std::optional<EntryName> CheckEntryName(std::string_view stored, bool utf8) {
     name.wide = utf8 ? Utf8ToWide(stored) : AnsiToWide(stored);
     std::ranges::replace(name.wide, L'/', L'\\');
     name.narrow = WideToAnsi(name.wide);
-    // A character that the code page lacks may come back as something else, a separator even.
+    // A character that is not in the code page may be converted to another one, even to a separator.
     if (!IsPlainRelativePath(name.wide) || AnsiToWide(name.narrow) != name.wide) {
         return std::nullopt;
     }

@@ -83,7 +83,7 @@ void CGetParameterImp::AddTokens(char* text, std::size_t size, bool mayHaveBinar
 
 // The path of the new file; empty when it could not be stored.
 std::wstring CGetParameterImp::StoreUpload(std::string_view bytes, const wchar_t* function) {
-    m_uploads.emplace_back();  // before there is a file, so that lack of memory loses none
+    m_uploads.emplace_back();  // before the file exists, so that lack of memory loses none
     std::wstring path = m_uploads.back() = m_folder.Store(bytes, function);
     if (path.empty()) {
         m_uploads.pop_back();

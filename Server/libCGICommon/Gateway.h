@@ -1,4 +1,4 @@
-// What a gateway program finds around it, behind one seam, so that tests steer a request without a web server.
+// The environment of a gateway program as an interface, so that tests make requests without a web server.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@ class IGateway {
   public:
     virtual ~IGateway() = default;
 
-    // An environment variable as UTF-8 text; nothing when it is not set. One that is set to nothing is empty.
+    // An environment variable as UTF-8 text; nothing when it is not set.
     virtual std::optional<std::string> Variable(const wchar_t* name) = 0;
 
     // Standard input, as bytes: waits until `size` of them are there or the input ends; returns how many came.
@@ -22,7 +22,7 @@ class IGateway {
     virtual std::wstring ProgramFolder() = 0;
 };
 
-// This process; lives as long as it.
+// The environment of this process; never destroyed before its end.
 IGateway& SystemGateway();
 
 }  // namespace wrb

@@ -64,7 +64,7 @@ std::wstring UploadFolder::Store(std::string_view bytes, const wchar_t* function
     uint32_t error = ERROR_SUCCESS;
     std::wstring path = CreatePath(error);
     if (!path.empty()) {
-        CreateDirectoryW(m_folder.c_str(), nullptr);  // there already, as a rule
+        CreateDirectoryW(m_folder.c_str(), nullptr);  // usually it exists
         error = WriteNewFile(path, bytes, function);
     }
     if (error != ERROR_SUCCESS) {

@@ -1,6 +1,6 @@
 #include "INICache.h"
 
-// Statics of functions: whoever comes first, from any thread or initialiser, finds a finished cache.
+// Function statics: the first call makes the cache, from any thread and from any static initialiser.
 
 CINICache& ScanIniCache() {
     static CINICache cache;

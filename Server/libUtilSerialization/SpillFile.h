@@ -1,4 +1,4 @@
-// SpillFile: the sender's side of a message in file mode, a temporary file that takes what no longer fits in memory.
+// SpillFile: the sender's side of a message in file mode, a temporary file for what no longer fits in memory.
 //
 // The file is deleted with the object unless it has been handed over; that keeps the last error. Nothing throws but for
 // lack of memory, and then no file is left behind. One thread at a time.
