@@ -23,7 +23,7 @@ constexpr DWORD kNamesCharacters = 14000;
 constexpr DWORD kGuidCharacters = 64;
 constexpr uint64_t kMostBytes = 16 << 20;  // of a log: the profile functions read the whole file into memory
 constexpr unsigned kMostEntries = 10'000;  // of a package: a few kilobytes can unpack to gigabytes of records
-constexpr unsigned kMostWaits = 3;         // for a busy feedback log
+constexpr unsigned kMostWaits = 3;         // for a busy feedback log; from then on records are tried without waiting
 
 // Null: the walk visits the entry.
 const wchar_t* WhyPassedOver(const std::wstring& path, const WIN32_FIND_DATAW& entry) {
@@ -123,7 +123,8 @@ bool SpywareLogWalk::RecordEntry(const std::wstring& path, const wchar_t* name, 
         return false;
     }
     ++m_entries;
-    const wrb::WtcAppend result = m_dropped < kMostWaits ? cmdhl_AppendWtcRecord(name, guid) : wrb::WtcAppend::Busy;
+    const wrb::WtcAppend result =
+        cmdhl_AppendWtcRecord(name, guid, m_dropped < kMostWaits ? wrb::kWtcWaitMilliseconds : 0);
     m_dropped += result == wrb::WtcAppend::Busy ? 1 : 0;
     return result != wrb::WtcAppend::NoHome && !IsStopped();
 }

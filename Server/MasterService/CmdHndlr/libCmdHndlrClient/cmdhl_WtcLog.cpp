@@ -25,7 +25,6 @@ using wrb::WtcAppend;
 
 constexpr wchar_t kFunction[] = L"cmdhl_AppendWtcRecord";
 constexpr wchar_t kMutexName[] = L"wrby_wtc_mutex";
-constexpr DWORD kWaitMilliseconds = 3000;
 
 struct WtcRecord {
     std::array<char, 129> entryName;
@@ -72,7 +71,7 @@ bool AppendToFile(const std::wstring& path, const WtcRecord& record, DWORD& erro
 
 }  // namespace
 
-wrb::WtcAppend cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid) {
+wrb::WtcAppend cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid, uint32_t waitMilliseconds) {
     if (ScanIniCache().readINIInt(L"GLN_FEEDBACK_SECTION", L"GLNFeedbackEnabled", 0) == 0) {
         return WtcAppend::Done;
     }
@@ -82,7 +81,7 @@ wrb::WtcAppend cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* gu
         return WtcAppend::NoHome;
     }
     const wrb::KernelHandle mutex = wrb::OpenNamedMutex(kMutexName);
-    const wrb::NamedMutexLock lock(mutex.Get(), kWaitMilliseconds);
+    const wrb::NamedMutexLock lock(mutex.Get(), waitMilliseconds);
     if (!lock) {
         WRB_LOG(kLogDebug8, L"%s - the feedback log is busy", kFunction);
         return WtcAppend::Busy;

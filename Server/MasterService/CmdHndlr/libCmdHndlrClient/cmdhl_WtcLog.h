@@ -2,16 +2,21 @@
 // for the cloud feedback. docs/commands.md gives its records.
 #pragma once
 
+#include <cstdint>
+
 namespace wrb {
 
 enum class WtcAppend {
     Done,   // written, not wanted, or lost with a line at level 'E'
-    Busy,   // another program held the log for three seconds; the record is dropped
+    Busy,   // another program held the log for as long as the call waits; the record is dropped
     NoHome  // the server has no home folder, so every record will fail
 };
+
+inline constexpr uint32_t kWtcWaitMilliseconds = 3000;
 
 }  // namespace wrb
 
 // Appends one record when the setting "GLNFeedbackEnabled" is on. The log is shared with other programs of the server,
 // under the mutex "wrby_wtc_mutex". Any thread.
-wrb::WtcAppend cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid);
+wrb::WtcAppend cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid,
+                                     uint32_t waitMilliseconds = wrb::kWtcWaitMilliseconds);
