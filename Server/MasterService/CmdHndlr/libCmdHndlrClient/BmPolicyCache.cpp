@@ -23,7 +23,7 @@ int32_t ReadNumber(const wchar_t* keyFormat, int32_t index) {
 wrb::BmPolicyCache::BmPolicyCache() {
     const auto asked = static_cast<int32_t>(ServerIniCache().readINIInt(kSection, L"Count", 0));
     if (asked > kMaxPolicies) {
-        WRB_LOG(kLogWarning, L"%s - %d policies asked for, %d are read", L"BmPolicyCache::BmPolicyCache", asked,
+        WRB_LOG(kLogWarning, L"%s - %d policies asked for, %d are read", L"CBmPolicyCache::CBmPolicyCache", asked,
                 kMaxPolicies);
     }
     const int32_t count = std::clamp<int32_t>(asked, 0, kMaxPolicies);

@@ -44,11 +44,14 @@ void Answer(CommandSlot slot, const Request& request, CCmdProtocol& message, Log
 
 template <typename Store>
 void Apply(CommandSlot slot, const Update& update, CCmdProtocol& message, Store&& store) {
-    CounterCall call(static_cast<uint32_t>(slot));
-    std::wstring uid;
-    message >> uid;
-    const bool stored = store(message, uid.c_str());
-    call.ReportResult(stored);
+    bool stored = false;
+    {
+        CounterCall call(static_cast<uint32_t>(slot));
+        std::wstring uid;
+        message >> uid;
+        stored = store(message, uid.c_str());
+        call.ReportResult(stored);
+    }
     WRB_LOG_FROM(kLogDebug8, kOnCfg, __LINE__, update.logsSlot ? L"[%s] result =[%d] slot =[%d]" : L"[%s] result =[%d]",
                  update.name, stored, static_cast<uint32_t>(slot) + kFirstResultSlot);
 }
