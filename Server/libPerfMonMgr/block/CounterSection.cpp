@@ -60,6 +60,7 @@ const wchar_t* CounterAttachText(CounterAttach result) noexcept {
 
 CounterAttach CounterSection::Open(const CounterNames& names, uint32_t& error) noexcept {
     error = ERROR_SUCCESS;
+    const bool wasAttached = static_cast<bool>(m_view);
     if (!m_mutex) {
         m_mutex = OpenNamedMutex(names.mutex);
         if (!m_mutex) {
@@ -67,6 +68,9 @@ CounterAttach CounterSection::Open(const CounterNames& names, uint32_t& error) n
         }
     }
     const CounterAttach result = OpenUnderMutex(names, error);
+    if (wasAttached) {
+        return CounterAttach::Attached;  // calls that run now use the block
+    }
     if (result != CounterAttach::Attached) {
         Close();
     }
