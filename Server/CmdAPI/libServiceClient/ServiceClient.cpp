@@ -1,6 +1,7 @@
 #include "ServiceClient.h"
 
 #include "CmdProtocol.h"
+#include "LastError.h"
 #include "MsgSerializer.h"
 
 namespace wrb {
@@ -20,8 +21,11 @@ Delivery WriteMessage(CPipeClient& client, SourcePlace from, CMsgSerializer& mes
     if (after == SentBlock::Kept) {
         return WriteBytes(client, message.Data(), size);
     }
-    const Block block = message.DetachBlock();
-    return WriteBytes(client, block.get(), size);
+    Block block = message.DetachBlock();
+    const Delivery delivery = WriteBytes(client, block.get(), size);
+    const KeepLastError cause;
+    block.reset();
+    return delivery;
 }
 
 }  // namespace
