@@ -12,6 +12,7 @@
 #include "Store.h"
 #include "WrbClient.h"
 #include "cmdlog_OutputCmd.h"
+#include "logcl_command.h"
 
 namespace wrb::test {
 namespace {
@@ -69,8 +70,10 @@ TEST_F(BackLarge, RecordsInFilesAreStoredAndRefusedOnesLeaveNoFile) {
     send(kLogPoolPipe, kSendRestoreLog, std::wstring(2 << 20, L'x'));
     send(kWrbServerPipe, L"WC_ERASE", 5);
     send(kQmAgentPipe, L"CMDHQM_EVENT_RTS_STATUS_CHANGE", 1);  // takes texts only
+    send(kLogServicePipe, kLogWriteCommand, 1);                // texts only, too
     const std::string output = backEnd.Stop();
     EXPECT_NE(output.find("records: 2 stored, 3 refused, 0 lost;"), std::string::npos) << output;
+    EXPECT_NE(output.find("1 refused, 0 lost"), std::string::npos) << output;
 }
 
 // Files of others stay; what lies where senders put theirs, under such a name, is taken for one of them and removed.

@@ -36,4 +36,15 @@ void LoadReceivedMessage(std::span<const uint8_t> bytes, CMsgSerializer& message
     }
 }
 
+void DiscardSerialized(std::span<const uint8_t> bytes) noexcept {
+    if (!IsSerialized(bytes)) {
+        return;
+    }
+    try {
+        CMsgSerializer message;
+        LoadReceivedMessage(bytes, message);
+    } catch (const std::exception&) {  // the caller refuses the message in any case
+    }
+}
+
 }  // namespace wrb

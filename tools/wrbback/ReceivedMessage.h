@@ -23,4 +23,7 @@ bool IsSerialized(std::span<const uint8_t> bytes);
 // wrong: the message is malformed or too long, or its file is refused.
 void LoadReceivedMessage(std::span<const uint8_t> bytes, CMsgSerializer& message);
 
+// For a service that takes texts alone: deletes the file that a serialized message names, by the same rules.
+void DiscardSerialized(std::span<const uint8_t> bytes) noexcept;
+
 }  // namespace wrb

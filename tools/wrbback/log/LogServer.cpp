@@ -7,6 +7,7 @@
 
 #include "LogFilter.h"
 #include "ReceivedLine.h"
+#include "ReceivedMessage.h"
 #include "Text.h"
 #include "VisibleText.h"
 #include "logcl_command.h"
@@ -62,6 +63,7 @@ LogServerCounters LogServer::Counters() const {
 }
 
 void LogServer::Accept(const std::string& message, const PipePeer& peer) {
+    DiscardSerialized({reinterpret_cast<const uint8_t*>(message.data()), message.size()});
     std::wstring text(message.size() / sizeof(wchar_t), L'\0');
     std::memcpy(text.data(), message.data(), text.size() * sizeof(wchar_t));
     text.resize(std::min(text.size(), text.find(L'\0')));

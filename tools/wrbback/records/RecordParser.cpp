@@ -177,8 +177,7 @@ Record ParseLogPoolMessage(std::span<const uint8_t> bytes) {
 
 Record ParseAgentEvent(std::span<const uint8_t> bytes) {
     if (IsSerialized(bytes)) {
-        CMsgSerializer message;
-        LoadReceivedMessage(bytes, message);  // so that its file goes with it
+        DiscardSerialized(bytes);
         Refuse("not a text");
     }
     const std::wstring text = ReceivedText(bytes);
