@@ -4,6 +4,7 @@
 #include <random>
 #include <string>
 
+#include "Clock.h"
 #include "CmdProtocol.h"
 #include "CommandTable.h"
 #include "DebugLog.h"
@@ -18,7 +19,7 @@ void cmdhl_Sleep(CCmdProtocol& message) {
     std::wstring content;
     message >> content;
     WRB_LOG(kLogDebug8, L"content:[%s]", content.c_str());
-    std::minstd_rand random(GetTickCount() + GetCurrentThreadId());
+    std::minstd_rand random(wrb::SystemClock().TickMilliseconds() + GetCurrentThreadId());
     Sleep(static_cast<DWORD>(random() % 3000));
 }
 

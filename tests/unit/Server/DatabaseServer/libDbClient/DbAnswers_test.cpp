@@ -70,6 +70,13 @@ TEST_F(DbAnswers, ListEndsAtTheFirstEmptyItem) {
     m_answer = WideBytes(L"\t");
     EXPECT_TRUE(dbGetSpywareWhiteListW(L"uid", items));
     EXPECT_THAT(items, ElementsAre());
+    EXPECT_EQ(m_service.WaitFor(2).size(), 2u) << "an answer is all that is asked for";
+    m_answer = "";  // nothing for the agent; then nothing about whether it exists
+    EXPECT_FALSE(dbGetSpywareWhiteListW(L"uid", items));
+    const auto requests = m_service.WaitFor(4);
+    ASSERT_EQ(requests.size(), 4u);
+    EXPECT_EQ(requests[2].Name(), L"DB_GET_SPYWARE_WHITE_LIST");
+    EXPECT_EQ(requests[3].Name(), L"DB_IS_CLIENT_EXISTED");
 }
 
 std::vector<std::wstring> LogOf(const std::function<void()>& call) {

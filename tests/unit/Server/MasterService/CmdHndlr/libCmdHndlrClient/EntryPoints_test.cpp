@@ -2,6 +2,7 @@
 // that they read at the start.
 #include <gmock/gmock.h>
 
+#include <random>
 #include <thread>
 #include <tuple>
 
@@ -10,6 +11,7 @@
 #include "BmPolicyCache.h"
 #include "CapturedLog.h"
 #include "CounterSection.h"
+#include "DebugLog.h"
 #include "INICache.h"
 #include "ManualClock.h"
 #include "OSException.h"
@@ -69,9 +71,19 @@ TEST_F(EntryPoints, EachIniCacheHasItsFileAndItsExpiry) {
     }
 }
 
-TEST_F(EntryPoints, SleepLogsItsContentAndReturns) {
+// The clock that the test sets and the thread decide how long it sleeps: here about two seconds.
+TEST_F(EntryPoints, SleepLogsItsContentAndSleepsAsItsSeedSays) {
+    const auto milliseconds = [] {
+        std::minstd_rand random(TheClock().TickMilliseconds() + GetCurrentThreadId());
+        return random() % 3000;
+    };
+    while (milliseconds() < 2000) {
+        TheClock().AdvanceTick(1);
+    }
     TakeCapturedTexts();
+    const ULONGLONG start = GetTickCount64();
     Tell(L"CMDHL_SLEEP\tsome content\tspare");
+    EXPECT_GE(GetTickCount64() - start, milliseconds() - 50);
     EXPECT_THAT(TakeCapturedTexts(), testing::ElementsAre(L"content:[some content]"));
 }
 
@@ -79,8 +91,11 @@ TEST_F(EntryPoints, SleepLogsItsContentAndReturns) {
 TEST_F(EntryPoints, AReplyThatFailsSaysAtWhichStep) {
     TakeCapturedTexts();
     Tell(L"CMDHL_ECHO\tnobody\tx");
-    EXPECT_THAT(TakeCapturedTexts(), testing::ElementsAre(L"content:[x]", L"init pipe client [nobody] failed! err=[2]",
-                                                          L"cmdhl_Echo - cmdhl_OutputCommand failed."));
+    const CapturedLine echoFailed{kLogError, L"cmdhl_Echo - cmdhl_OutputCommand failed."};
+    EXPECT_THAT(
+        TakeCapturedLog(),
+        testing::ElementsAre(CapturedLine{kLogDebug8, L"content:[x]"},
+                             CapturedLine{kLogNotice5, L"init pipe client [nobody] failed! err=[2]"}, echoFailed));
     const std::wstring name = wrb::test::UniqueName(L"reply");
     wrb::FileHandle reader(CreateNamedPipeW((L"\\\\.\\pipe\\" + name).c_str(), PIPE_ACCESS_INBOUND,
                                             PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, 0, 4096, 0, nullptr));
@@ -91,9 +106,11 @@ TEST_F(EntryPoints, AReplyThatFailsSaysAtWhichStep) {
     });
     Tell(L"CMDHL_ECHO\t" + name + L"\t" + std::wstring(1 << 20, L'x'));
     leaving.join();
-    EXPECT_THAT(TakeCapturedTexts(),
-                testing::ElementsAre(testing::_, testing::StartsWith(L"pipe [" + name + L"] send failed!. err=["),
-                                     L"cmdhl_Echo - cmdhl_OutputCommand failed."));
+    const std::vector<CapturedLine> lines = TakeCapturedLog();
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[1].level, kLogNotice5);
+    EXPECT_THAT(lines[1].text, testing::StartsWith(L"pipe [" + name + L"] send failed!. err=["));
+    EXPECT_EQ(lines[2], echoFailed);
 }
 
 TEST_F(EntryPoints, WithoutMemoryThePoliciesAreLeftOut) {
