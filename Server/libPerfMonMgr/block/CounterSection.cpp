@@ -9,7 +9,7 @@
 namespace wrb {
 namespace {
 
-constexpr DWORD kAttachWaitMs = 5000;
+constexpr DWORD kAttachWaitMilliseconds = 50;
 
 uint32_t Number(const uint32_t& shared) noexcept {
     return std::atomic_ref<uint32_t>(const_cast<uint32_t&>(shared)).load(std::memory_order_acquire);
@@ -22,6 +22,12 @@ bool IsCounterBlock(const void* view) noexcept {
     const auto& block = *static_cast<const HandlerCounterBlock*>(view);
     return Number(block.signature) == kCounterSignature && Number(block.version) == kCounterVersion &&
            Number(block.size) == sizeof(HandlerCounterBlock) && Number(block.slotCount) == kCounterSlots;
+}
+
+// What a process makes without the mutex may be seen before its header is written.
+bool IsBeingMade(const void* view) noexcept {
+    const auto& block = *static_cast<const HandlerCounterBlock*>(view);
+    return (Number(block.signature) | Number(block.version) | Number(block.size) | Number(block.slotCount)) == 0;
 }
 
 // The signature is written last: until then a reader sees no block.
@@ -78,11 +84,9 @@ CounterAttach CounterSection::Open(const CounterNames& names, uint32_t& error) n
 }
 
 CounterAttach CounterSection::OpenUnderMutex(const CounterNames& names, uint32_t& error) noexcept {
-    const NamedMutexLock lock(m_mutex.Get(), kAttachWaitMs);
-    if (!lock) {
-        error = lock.Error();
-        return m_view ? CounterAttach::Attached : CounterAttach::Failed;
-    }
+    // Keeps two processes that start from zeroing each other's first calls. A start goes on without it: nobody who
+    // holds the mutex can keep the server from starting.
+    const NamedMutexLock lock(m_mutex.Get(), kAttachWaitMilliseconds);
     OpenSecurity security;
     if (InitOpenSecurity(security, false) != nullptr) {
         return Fail(error);
@@ -107,7 +111,7 @@ CounterAttach CounterSection::Map(const wchar_t* name, SECURITY_ATTRIBUTES* attr
     if (!m_view) {
         return Fail(error);
     }
-    if (creation != ERROR_ALREADY_EXISTS) {
+    if (creation != ERROR_ALREADY_EXISTS || IsBeingMade(m_view.Get())) {
         WriteHeader(*Block());
     }
     return IsCounterBlock(m_view.Get()) ? CounterAttach::Attached : CounterAttach::Foreign;

@@ -33,7 +33,7 @@ class CounterSection {
   public:
     // Attaches to the block, or makes it when there is none, and sets every counter to zero unless another process is
     // attached. The objects admit every local account, since the server's services run under several. Waits at most
-    // five seconds for the mutex. When that fails, an attached object stays attached and its counters stay as they are.
+    // 50 ms for the mutex and goes on without it. When the call fails, an attached object stays attached.
     CounterAttach Open(const CounterNames& names, uint32_t& error) noexcept;
     void Close() noexcept;
 

@@ -47,13 +47,13 @@ void CountFailure(HandlerCounterSlot& slot) noexcept {
     std::atomic_ref<uint32_t>(slot.failures).fetch_add(1);
 }
 
-void BookCallTime(HandlerCounterSlot& slot, uint32_t elapsed) noexcept {
-    const uint64_t total = slot.total + elapsed;
+void BookTimes(HandlerCounterSlot& slot, uint32_t maximum, uint64_t total) noexcept {
+    const uint64_t sum = slot.total + total;
     const uint32_t calls = Load(slot.calls);
-    Store(slot.maximum, std::max(slot.maximum, elapsed));
-    Store(slot.total, total);
+    Store(slot.maximum, std::max(slot.maximum, maximum));
+    Store(slot.total, sum);
     if (calls != 0) {
-        Store(slot.average, static_cast<uint32_t>(total / calls));
+        Store(slot.average, static_cast<uint32_t>(sum / calls));
     }
 }
 

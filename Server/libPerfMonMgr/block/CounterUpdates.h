@@ -17,8 +17,8 @@ void CountCall(HandlerCounterSlot& slot) noexcept;
 // Counts a call that has failed. Needs no mutex.
 void CountFailure(HandlerCounterSlot& slot) noexcept;
 
-// Books a call that took `elapsed` milliseconds. The caller holds the block's mutex.
-void BookCallTime(HandlerCounterSlot& slot, uint32_t elapsed) noexcept;
+// Books calls that ended: the longest and the sum of their times. The caller holds the block's mutex.
+void BookTimes(HandlerCounterSlot& slot, uint32_t maximum, uint64_t total) noexcept;
 
 // Sets every slot to zero and leaves the header as it is. The caller holds the block's mutex.
 void ZeroCounters(HandlerCounterBlock& block) noexcept;

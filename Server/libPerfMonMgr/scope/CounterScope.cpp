@@ -5,9 +5,14 @@
 #include "NamedMutex.h"
 #include "OSException.h"
 #include "PerfMonMgr.h"
+#include "UnbookedCalls.h"
 
 namespace wrb {
 namespace {
+
+constexpr DWORD kMutexWaitMilliseconds = 50;
+
+UnbookedCalls unbookedCalls;
 
 CWrbyPerfMonMgr& Manager() {
     CWrbyPerfMonMgr* manager = CWrbyPerfMonMgr::GetInstance();
@@ -37,9 +42,16 @@ CounterCall::~CounterCall() {
         return;
     }
     const uint32_t elapsed = m_clock.TickMilliseconds() - m_startTick;
-    if (const NamedMutexLock lock(m_mutex, INFINITE); lock) {
-        BookCallTime(*m_slot, elapsed);
-        ReleaseCounterReference(*m_block);
+    // While somebody holds the mutex, only the first call waits for it.
+    const NamedMutexLock lock(m_mutex, unbookedCalls.Any() ? 0 : kMutexWaitMilliseconds);
+    if (!lock) {
+        unbookedCalls.Keep(static_cast<uint32_t>(m_slot - m_block->slots), elapsed);
+        return;
+    }
+    BookTimes(*m_slot, elapsed, elapsed);
+    ReleaseCounterReference(*m_block);
+    if (unbookedCalls.Any()) {
+        unbookedCalls.Book(*m_block);
     }
 }
 
@@ -55,6 +67,23 @@ void StartCounters() {
                 L"cmdhl_Initialize", GetLastError());
     }
     Manager();
+}
+
+void StopCounters() noexcept {
+    CWrbyPerfMonMgr* const manager = CWrbyPerfMonMgr::GetInstance();
+    if (manager == nullptr) {
+        return;
+    }
+    if (unbookedCalls.Any()) {
+        const NamedMutexLock lock(manager->GetMutex(), kMutexWaitMilliseconds);
+        HandlerCounterBlock* const block =
+            lock ? manager->GetCounterInstance(CWrbyPerfMonMgr::kHandlerInstance) : nullptr;
+        if (block != nullptr) {
+            unbookedCalls.Book(*block);
+            ReleaseCounterReference(*block);
+        }
+    }
+    CWrbyPerfMonMgr::CloseSingleton();
 }
 
 }  // namespace wrb

@@ -14,9 +14,10 @@ namespace wrb {
 //
 //     wrb::CounterCall call(static_cast<uint32_t>(CommandSlot::CMDHL_GET_MS_CFG));
 //
-// It counts the call at once. At its end it takes the counters' mutex (waiting without limit; a mutex whose owner died
-// counts as taken), books the time and releases the block; when the wait fails, the figures stay as they are. Without
-// a counter block, or with a slot of 128 or more, the call goes uncounted.
+// It counts the call at once. At its end it takes the counters' mutex (a mutex whose owner died counts as taken), books
+// the time and releases the block. A mutex that is held for more than 50 ms is not waited for: the call's time is kept
+// in the process, and the next call that gets the mutex books it. Without a counter block, or with a slot of 128 or
+// more, the call goes uncounted.
 class CounterCall {
   public:
     // Throws OS::CException with E_FAIL when the process has no counter manager.
@@ -40,5 +41,8 @@ class CounterCall {
 // counts. A process that cannot attach logs one line at level 'W' and goes on uncounted. Throws OS::CException with
 // E_FAIL when the process has no counter manager.
 void StartCounters();
+
+// Books what is still kept in the process, unless the mutex is held for more than 50 ms, and detaches.
+void StopCounters() noexcept;
 
 }  // namespace wrb

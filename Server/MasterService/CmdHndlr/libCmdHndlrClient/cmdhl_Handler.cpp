@@ -8,7 +8,6 @@
 #include "DebugLog.h"
 #include "HomeFolder.h"
 #include "INICache.h"
-#include "PerfMonMgr.h"
 #include "Text.h"
 #include "cmdhl.h"
 
@@ -51,13 +50,6 @@ void CreatePolicyCache() {
     }
 }
 
-void CloseCounters() {
-    if (CWrbyPerfMonMgr* counters = CWrbyPerfMonMgr::GetInstance(); counters != nullptr) {
-        counters->UnInitialize();
-    }
-    CWrbyPerfMonMgr::CloseSingleton();
-}
-
 }  // namespace
 
 bool cmdhl_Initialize(const wchar_t* debugIni, const wchar_t* debugLibrary, void* reserved) {
@@ -76,7 +68,7 @@ unsigned cmdhl_Process(const wchar_t* message, unsigned long long bytes) {
 
 bool cmdhl_Finalize(void) {
     WRB_LOG(kLogDebug8, L"cmdhl_Finalize: Called");
-    CloseCounters();
+    wrb::StopCounters();
     delete g_pBmPolicyCache;
     g_pBmPolicyCache = nullptr;
     return false;

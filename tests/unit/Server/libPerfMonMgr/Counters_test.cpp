@@ -123,6 +123,34 @@ TEST_F(CounterScope, TwoProcessesShareTheCounters) {
     EXPECT_EQ(reader.CallsInProgress(), 0);
 }
 
+TEST_F(CounterScope, WhoHoldsTheMutexStopsNoCallAndNoStartAndLosesNoTime) {
+    const auto call = [&](uint32_t slot, uint32_t milliseconds) {
+        const wrb::CounterCall counted(slot, clock);
+        clock.AdvanceTick(milliseconds);
+    };
+    {
+        const wrb::test::ChildProcess child(L"perf_counter_child.exe", {L"hold"});
+        ASSERT_TRUE(child.WaitForOutput("holding"));
+        call(5, 10);
+        call(6, 1);
+        call(5, 30);
+        EXPECT_EQ(reader.Slot(5).calls, 2u);
+        EXPECT_EQ(reader.Slot(5).total, 0u);
+        EXPECT_EQ(reader.CallsInProgress(), 3);
+        wrb::StartCounters();
+        wrb::StopCounters();
+        wrb::StartCounters();
+        call(5, 2);
+    }
+    call(7, 4);
+    EXPECT_EQ(reader.Slot(5).total, 42u);
+    EXPECT_EQ(reader.Slot(5).maximum, 30u);
+    EXPECT_EQ(reader.Slot(5).average, 14u);
+    EXPECT_EQ(reader.Slot(6).total, 1u);
+    EXPECT_EQ(reader.Slot(7).total, 4u);
+    EXPECT_EQ(reader.CallsInProgress(), 0);
+}
+
 TEST_F(CounterScope, TheMutexOfAProcessThatDiedCountsAsTaken) {
     // Ended while it owns the mutex.
     ASSERT_TRUE(wrb::test::ChildProcess(L"perf_counter_child.exe", {L"hold"}).WaitForOutput("holding"));
