@@ -1,11 +1,17 @@
 #include "ServiceClient.h"
 
+#include <new>
+
 #include "CmdProtocol.h"
+#include "INICache.h"
 #include "LastError.h"
 #include "MsgSerializer.h"
 
 namespace wrb {
 namespace {
+
+constexpr uint32_t kDefaultSeconds = CPipeClient::kDefaultMilliseconds / 1000;
+constexpr uint32_t kMostSeconds = 3600;
 
 Delivery WriteBytes(CPipeClient& client, const void* bytes, uint64_t byteCount) {
     return client.Send(bytes, byteCount) ? Delivery::Done : Delivery::NotWritten;
@@ -29,6 +35,15 @@ Delivery WriteMessage(CPipeClient& client, SourcePlace from, CMsgSerializer& mes
 }
 
 }  // namespace
+
+uint32_t TimeoutMilliseconds(const Service& service) noexcept {
+    uint32_t seconds = kDefaultSeconds;
+    try {
+        seconds = ServerIniCache().readINIInt("INI_SERVER_SECTION", service.timeoutKey, kDefaultSeconds);
+    } catch (const std::bad_alloc&) {  // the default, then
+    }
+    return (seconds >= 1 && seconds <= kMostSeconds ? seconds : kDefaultSeconds) * 1000;
+}
 
 int ReportDelivery(const Service& service, SourcePlace from, Delivery delivery) noexcept {
     const DWORD error = GetLastError();

@@ -18,13 +18,15 @@ class CMsgSerializer;
 
 namespace wrb {
 
-// A service's pipe and its client's two log lines. The texts belong to the caller.
+// A service's pipe, its client's two log lines, and the key of the server INI that says how many seconds each wait for
+// the service may take. The texts belong to the caller.
 struct Service {
     const wchar_t* pipe;
     const wchar_t* openFailed;  // formats of `name`, where there is one, and the error code
     const wchar_t* sendFailed;
     const wchar_t* name = nullptr;
     uint32_t level = kLogError;
+    const char* timeoutKey = "ServiceTimeoutSeconds";
 };
 
 constexpr Service ServiceWithPlainLines(const wchar_t* pipe) noexcept {
@@ -70,11 +72,16 @@ enum class Delivery {
 
 int ReportDelivery(const Service& service, SourcePlace from, Delivery delivery) noexcept;
 
+// The setting behind the service's key: 1 to 3600 seconds; 30 without it and for any other number.
+uint32_t TimeoutMilliseconds(const Service& service) noexcept;
+
 // Opens the pipe and lets `write` write to the client.
 template <typename Write>
 int Deliver(const Service& service, SourcePlace from, Write write) {
     CPipeClient client;
-    return ReportDelivery(service, from, client.Initial(service.pipe) ? write(client) : Delivery::NotOpened);
+    return ReportDelivery(
+        service, from,
+        client.Initial(service.pipe, TimeoutMilliseconds(service)) ? write(client) : Delivery::NotOpened);
 }
 
 // The bytes that travel, up to the NUL and with it; valid as long as the text.

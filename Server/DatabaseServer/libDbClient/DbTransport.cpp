@@ -31,11 +31,6 @@ wrb::Delivery WriteFramed(CPipeClient& client, const wchar_t* caller, std::span<
     return requestSent ? wrb::Delivery::Done : wrb::Delivery::NotWritten;
 }
 
-int SendText(const wrb::Service& service, wrb::SourcePlace from, const CCmdProtocol& request, const wchar_t* caller) {
-    return wrb::Deliver(service, from,
-                        [&](CPipeClient& client) { return WriteFramed(client, caller, wrb::BytesOf(request)); });
-}
-
 // Finalized only once the pipe is open: while the service is down a large message stays whole, and its own.
 wrb::Delivery WriteMessage(CPipeClient& client, CMsgSerializer& message, const wchar_t* caller) {
     if (!message.Finalize()) {
@@ -45,11 +40,16 @@ wrb::Delivery WriteMessage(CPipeClient& client, CMsgSerializer& message, const w
     return WriteFramed(client, caller, {message.Data(), message.GetSize()});
 }
 
-int SendMessageToDb(CMsgSerializer& message, const wchar_t* caller) {
+// `server`: where the answer is awaited; null without an answer.
+int SendMessageToDb(CMsgSerializer& message, const wchar_t* caller, CPipeServer* server) {
     WRB_LOG(kLogDebug, L"[dbSend] Send %s", message.Name().c_str());
     wrb::SentFileGuard file(message);
-    return file.Keep(wrb::Deliver(kMessageService, WRB_HERE,
-                                  [&](CPipeClient& client) { return WriteMessage(client, message, caller); }));
+    return file.Keep(wrb::Deliver(kMessageService, WRB_HERE, [&](CPipeClient& client) {
+        if (server != nullptr) {
+            server->EndWith(client);
+        }
+        return WriteMessage(client, message, caller);
+    }));
 }
 
 int RecvMessage(CPipeServer& server, CMsgSerializer& message) {
@@ -79,7 +79,8 @@ int32_t wrb::NewDbReplyId() {
 
 int wrb::Send(const CCmdProtocol& request, const wchar_t* caller) {
     WRB_LOG(kLogDebug, L"[DbClient] Send %s", request.Text().data());
-    return SendText(kTextService, WRB_HERE, request, caller);
+    return Deliver(kTextService, WRB_HERE,
+                   [&](CPipeClient& client) { return WriteFramed(client, caller, BytesOf(request)); });
 }
 
 int wrb::SendAndRecv(const CCmdProtocol& request, int32_t replyId, CPipeServer& server, uint32_t timeoutSeconds,
@@ -89,11 +90,14 @@ int wrb::SendAndRecv(const CCmdProtocol& request, int32_t replyId, CPipeServer& 
         WRB_LOG(kLogError, L"%s - Initial pipe server failed", L"SendAndRecv");
         return 0;
     }
-    return SendText(kAskedService, WRB_HERE, request, caller);
+    return Deliver(kAskedService, WRB_HERE, [&](CPipeClient& client) {
+        server.EndWith(client);
+        return WriteFramed(client, caller, BytesOf(request));
+    });
 }
 
 int dbSend(CMsgSerializer& message, const wchar_t* caller) noexcept {
-    return wrb::GuardCall(L"dbSend", [&] { return SendMessageToDb(message, caller); });
+    return wrb::GuardCall(L"dbSend", [&] { return SendMessageToDb(message, caller, nullptr); });
 }
 
 int wrb::SendAndRecv(CMsgSerializer& message, const wchar_t* caller, uint32_t timeoutSeconds) {
@@ -102,7 +106,7 @@ int wrb::SendAndRecv(CMsgSerializer& message, const wchar_t* caller, uint32_t ti
         WRB_LOG(kLogError, L"[PipeSendAndRecvW] Initial pipe server failed!");
         return 0;
     }
-    if (SendMessageToDb(message, caller) != 1) {
+    if (SendMessageToDb(message, caller, &server) != 1) {
         const DWORD error = GetLastError();
         WRB_LOG(kLogError, L"[dbSendAndRecv] PipeSendAndRecv Failed! err=%d", error);
         return 0;

@@ -6,8 +6,9 @@
 //
 // Every function returns 1 for success and 0 for failure. A failure leaves one log line, which the failing step writes;
 // dbSendAndRecv adds its own to that of dbSend. A service that is down is not waited for. Each call has its own client,
-// pipe and message: callers on different threads share nothing. Those in the namespace serve this library, whose public
-// functions guard their calls: they throw when memory is exhausted. The others never throw.
+// pipe and message: callers on different threads share nothing. A wait for an answer ends when the time is up, and at
+// once when the server's process ends. Those in the namespace serve this library, whose public functions guard their
+// calls: they throw when memory is exhausted. The others never throw.
 #pragma once
 
 #include <cstdint>

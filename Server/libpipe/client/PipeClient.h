@@ -9,21 +9,34 @@
 
 #include <cstdint>
 
+#include "Deadline.h"
 #include "Handle.h"
 
 class CPipeClient {
   public:
-    CPipeClient() = default;  // the destructor closes the pipe and keeps the thread's last error
+    static constexpr uint32_t kDefaultMilliseconds = 30'000;
+
+    CPipeClient() = default;
+    ~CPipeClient();  // closes the pipe and keeps the thread's last error
+    CPipeClient(const CPipeClient&) = delete;
+    CPipeClient& operator=(const CPipeClient&) = delete;
 
     // Opens the pipe of that bare name ("DbServerNamePipe"). The server may identify the client but not act in its
-    // name. A busy pipe is waited for, with the time-out that its server has set, as often as it is busy; any other
-    // failure ends at once: ERROR_FILE_NOT_FOUND (2) when no such pipe exists, ERROR_INVALID_NAME for a name that
-    // leads out of the pipe name space, ERROR_FILENAME_EXCED_RANGE for a path of more than 259 characters.
-    bool Initial(const wchar_t* name);
+    // name. `milliseconds` is the longest time that this call takes, and that each Send takes.
+    //
+    // A busy pipe is waited for as often as it is busy; when the time is up, the call fails with ERROR_SEM_TIMEOUT
+    // (121). The time-out that the pipe's server has set does not count: it may be any. Any other failure ends at once:
+    // ERROR_FILE_NOT_FOUND (2) when no such pipe exists, ERROR_INVALID_NAME for a name that leads out of the pipe name
+    // space, ERROR_FILENAME_EXCED_RANGE for a path of more than 259 characters.
+    bool Initial(const wchar_t* name, uint32_t milliseconds = kDefaultMilliseconds);
 
     // Writes `byteCount` bytes in pieces of at most 1024; zero bytes succeed without a write. On return `byteCount`
-    // holds what was written, also when the call failed. Blocks while the pipe is full.
+    // holds what was written, also when the call failed. A full pipe is waited for; when the time is up, the write is
+    // cancelled and the call fails with ERROR_SEM_TIMEOUT.
     bool Send(const void* data, uint64_t& byteCount);
+
+    // The process that serves the open pipe; 0 when the system does not tell.
+    DWORD ServerProcessId() const noexcept;
 
     void Close() noexcept { m_pipe.Reset(); }
 
@@ -31,6 +44,9 @@ class CPipeClient {
     static constexpr std::size_t kPathCharacters = 260;
 
     bool Open(const wchar_t* path) noexcept;
+    bool WritePiece(const char* bytes, DWORD count, DWORD& written, const wrb::Deadline& deadline) noexcept;
 
+    wrb::KernelHandle m_event;  // of the write that is pending; taken for the first one, then handed on
     wrb::FileHandle m_pipe;
+    uint32_t m_milliseconds = kDefaultMilliseconds;
 };

@@ -13,6 +13,7 @@ int PipeSendAndRecvW(const void* request, uint64_t requestBytes, const wchar_t* 
         WRB_LOG(kLogError, L"[PipeSendAndRecvW] Initial pipe client failed! err=%d", GetLastError());
         return 0;
     }
+    server.EndWith(client);
     if (!client.Send(request, requestBytes)) {
         WRB_LOG(kLogError, L"[PipeSendAndRecvW] pipe send failed!. err=%d", GetLastError());
         return 0;

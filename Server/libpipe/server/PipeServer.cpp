@@ -83,7 +83,7 @@ bool CPipeServer::Initial(uint32_t instanceCount, const wchar_t* name, SECURITY_
                           HANDLE userObject) {
     const uint32_t count = std::min(instanceCount, kMostInstances);
     m_instances.reset(new (std::nothrow) wrb::ReplyPipe[count]);
-    m_waitHandles.reset(new (std::nothrow) HANDLE[count + 1]());
+    m_waitHandles.reset(new (std::nothrow) HANDLE[count + 2]());
     m_instanceCount = 0;
     if (m_instances == nullptr || m_waitHandles == nullptr) {
         WRB_LOG(kLogError, L"[CPipeServer::Initial] no memory for %u instances!", count);
@@ -140,6 +140,13 @@ wrb::FileHandle CPipeServer::CreatePipeInstance(uint32_t count, SECURITY_ATTRIBU
     }
 }
 
+void CPipeServer::EndWith(const CPipeClient& client) noexcept {
+    m_peer = wrb::ServerProcess(client);
+    if (m_peer != nullptr && m_waitHandles != nullptr) {
+        m_waitHandles[m_instanceCount + 1] = m_peer->Get();
+    }
+}
+
 bool CPipeServer::FetchCmd(std::string& out, DWORD* clientPid) {
     return Fetch(out, clientPid, L"[CPipeServer::FetchCmd] string::append() for strCmd throw exception!");
 }
@@ -168,6 +175,10 @@ bool CPipeServer::Fetch(String& out, DWORD* clientPid, const wchar_t* appendFail
         }
         if (result == ReadResult::Cancelled) {
             WRB_LOG(kLogWarning, L"[CPipeServer::FetchCmd] User define object is signaled!");
+            return false;
+        }
+        if (result == ReadResult::Abandoned) {
+            WRB_LOG(kLogWarning, L"[CPipeServer::FetchCmd] The process that was asked has ended!");
             return false;
         }
         if (result == ReadResult::Ended) {
@@ -213,7 +224,7 @@ CPipeServer::ReadResult CPipeServer::ReadPipe(uint8_t* buffer, DWORD& length, DW
             ArmTimer();
         }
         // A client that connects and never writes must not hold its reader beyond the object that ends the wait.
-        result = pipe.FinishRead(length, m_userObject);
+        result = pipe.FinishRead(length, m_userObject, m_peer == nullptr ? nullptr : m_peer->Get());
     }
     if (result == ReadResult::Ended && clientPid != nullptr) {
         *clientPid = QueryClientPid(pipe.Pipe());
@@ -233,9 +244,13 @@ CPipeServer::ReadResult CPipeServer::AwaitInstance(uint32_t& instance, bool& wai
     ReconnectSpentInstances();
     ArmTimer();
     waited = true;
-    const DWORD signalled = WaitForMultipleObjects(m_instanceCount + 1, m_waitHandles.get(), FALSE, INFINITE);
+    const DWORD signalled =
+        WaitForMultipleObjects(m_instanceCount + (m_peer == nullptr ? 1 : 2), m_waitHandles.get(), FALSE, INFINITE);
     if (signalled == WAIT_OBJECT_0) {
         return ReadResult::Cancelled;
+    }
+    if (m_peer != nullptr && signalled == WAIT_OBJECT_0 + m_instanceCount + 1) {
+        return ReadResult::Abandoned;
     }
     instance = signalled - WAIT_OBJECT_0 - 1;
     const bool connected = instance < m_instanceCount && m_instances[instance].FinishConnect();

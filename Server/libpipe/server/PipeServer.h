@@ -22,6 +22,7 @@
 #include "Handle.h"
 #include "ReceiveBuffer.h"
 #include "ReplyPipe.h"
+#include "ServerProcess.h"
 
 class CPipeServer {
   public:
@@ -47,9 +48,13 @@ class CPipeServer {
     bool Initial(uint32_t instanceCount, const wchar_t* name, SECURITY_ATTRIBUTES* securityAttributes,
                  HANDLE userObject);
 
+    // To be called after Initial, with the open connection of the request: every wait also ends when the process that
+    // serves it ends, because nobody else answers. Without effect where the system does not tell that process.
+    void EndWith(const CPipeClient& client) noexcept;
+
     // Reads one whole message, which may be empty. The wide form takes the bytes as UTF-16 and drops an odd last one.
-    // False when the user-defined object was signalled or the message is too long; `out` is then of no use. `clientPid`
-    // receives the writer's process id, or 0 where it cannot be told.
+    // False when the user-defined object was signalled, the process of EndWith has ended or the message is too long;
+    // `out` is then of no use. `clientPid` receives the writer's process id, or 0 where it cannot be told.
     bool FetchCmd(std::string& out, DWORD* clientPid = nullptr);
     bool FetchCmd(std::wstring& out, DWORD* clientPid = nullptr);
 
@@ -90,7 +95,8 @@ class CPipeServer {
     wrb::KernelHandle m_ownedUserObject;  // when the server made the object itself
     HANDLE m_userObject = nullptr;
     uint32_t m_instanceCount = 0;
-    std::unique_ptr<HANDLE[]> m_waitHandles;  // the user-defined object, then the instances' events
+    wrb::ProcessHandle m_peer;                // of EndWith
+    std::unique_ptr<HANDLE[]> m_waitHandles;  // the user-defined object, then the instances' events, then the peer
     std::unique_ptr<wrb::ReplyPipe[]> m_instances;
 };
 

@@ -69,13 +69,16 @@ ReplyPipe::ReadResult ReplyPipe::Read(void* buffer, DWORD& length) {
     }
 }
 
-ReplyPipe::ReadResult ReplyPipe::FinishRead(DWORD& length, HANDLE stop) {
-    const HANDLE handles[] = {stop, m_event.Get()};
-    const DWORD wait = WaitForMultipleObjects(2, handles, FALSE, INFINITE);
+ReplyPipe::ReadResult ReplyPipe::FinishRead(DWORD& length, HANDLE stop, HANDLE peer) {
+    const HANDLE handles[] = {stop, m_event.Get(), peer};
+    const DWORD wait = WaitForMultipleObjects(peer == nullptr ? 2 : 3, handles, FALSE, INFINITE);
     if (wait == WAIT_OBJECT_0 + 1) {
         return CollectRead(length);
     }
     CancelAndWait();
+    if (wait == WAIT_OBJECT_0 + 2) {
+        return ReadResult::Abandoned;
+    }
     return wait == WAIT_OBJECT_0 ? ReadResult::Cancelled : Ended();
 }
 

@@ -17,7 +17,7 @@ namespace wrb {
 class ReplyPipe {
   public:
     enum class State : uint32_t { Connecting = 0, Reading = 1 };
-    enum class ReadResult { Data, Ended, Pending, Cancelled };
+    enum class ReadResult { Data, Ended, Pending, Cancelled, Abandoned };
 
     ReplyPipe() = default;
     ~ReplyPipe() { Close(); }
@@ -49,9 +49,9 @@ class ReplyPipe {
     // FinishRead must follow.
     ReadResult Read(void* buffer, DWORD& length);
 
-    // Waits for the pending read; Cancelled when `stop` was signalled first. The read has ended in either case. Bytes
-    // that a cancelled read has taken are lost.
-    ReadResult FinishRead(DWORD& length, HANDLE stop);
+    // Waits for the pending read; Cancelled when `stop` was signalled first, Abandoned when `peer`, which may be null,
+    // was. The read has ended in any case. Bytes that a cancelled read has taken are lost.
+    ReadResult FinishRead(DWORD& length, HANDLE stop, HANDLE peer);
 
     void Close() noexcept;
 

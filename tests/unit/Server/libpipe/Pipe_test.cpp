@@ -6,6 +6,7 @@
 #include <thread>
 #include <vector>
 
+#include "ChildProcess.h"
 #include "FakePipeService.h"
 #include "OnThreads.h"
 #include "PipeClient.h"
@@ -72,17 +73,32 @@ TEST_F(PipeClient, RefusesNamesThatLeaveThePipeNamespace) {
     }
 }
 
-TEST_F(PipeClient, GivesABusyPipeUpAfterTheTimeOutOfItsServer) {
+// A pipe that is never read, of a server that has set any time-out for its clients. Nothing but the client's own
+// deadline ends these calls.
+TEST_F(PipeClient, NoServerHoldsItBeyondItsDeadline) {
     const FileHandle pipe(CreateNamedPipeW((L"\\\\.\\pipe\\" + m_name).c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE,
-                                           1, 1024, 1024, 100, nullptr));
+                                           1, 1024, 1024, NMPWAIT_WAIT_FOREVER, nullptr));
     CPipeClient first;
-    ASSERT_TRUE(first.Initial(m_name.c_str()));
-    CPipeClient second;
-    const ULONGLONG start = GetTickCount64();
-    EXPECT_FALSE(second.Initial(m_name.c_str()));
+    ASSERT_TRUE(first.Initial(m_name.c_str(), 20));
+    const std::string data(5000, 'x');
+    uint64_t bytes = data.size();
+    EXPECT_FALSE(first.Send(data.data(), bytes));
     EXPECT_EQ(GetLastError(), DWORD{ERROR_SEM_TIMEOUT});
-    EXPECT_GE(GetTickCount64() - start, 80u);
-    EXPECT_LT(GetTickCount64() - start, 5'000u);
+    EXPECT_LT(bytes, data.size());
+    EXPECT_EQ(bytes % 1024, 0u) << "the cancelled piece counts as written";
+    for (const std::wstring& name : {m_name, L"/" + m_name}) {
+        CPipeClient second;
+        EXPECT_FALSE(second.Initial(name.c_str(), 20));
+        EXPECT_EQ(GetLastError(), DWORD{ERROR_SEM_TIMEOUT});
+    }
+    std::string received(1024, '\0');
+    DWORD count = 0;
+    for (uint64_t read = 0; read < bytes; read += count) {
+        ASSERT_TRUE(ReadFile(pipe.Get(), received.data(), 1024, &count, nullptr));
+        EXPECT_TRUE(received == data.substr(0, 1024));
+    }
+    bytes = 1000;
+    EXPECT_TRUE(first.Send(data.data(), bytes)) << "after the reader has read";
 }
 
 TEST_F(PipeClient, ASendToAReaderThatHasGoneFailsAndTellsWhatWasWritten) {
@@ -140,6 +156,29 @@ TEST_F(PipeServer, TheTimeOutEndsAFetchWhateverThePeerDoes) {
         const auto elapsed = std::chrono::steady_clock::now() - start;
         EXPECT_TRUE(elapsed >= 900ms && elapsed < 4s) << elapsed / 1ms;
     });
+}
+
+// The time-out is longer than this test may take.
+TEST_F(PipeServer, AServiceThatIsKilledEndsTheWaitForItsAnswer) {
+    for (const bool peerIsSilent : {false, true}) {
+        const std::wstring service = UniqueName(L"service");
+        const ChildProcess child(L"pipe_child.exe", {service});
+        ASSERT_TRUE(child.WaitForOutput("serving"));
+        CPipeServer server;
+        ASSERT_TRUE(server.Initial(m_name.c_str(), 600u));
+        {
+            CPipeClient client;
+            ASSERT_TRUE(client.Initial(service.c_str()));
+            server.EndWith(client);
+        }
+        const FileHandle peer = peerIsSilent ? OpenPipeForWriting(m_name) : FileHandle();
+        const std::jthread killer([&] {
+            EXPECT_TRUE(child.WaitForOutput("asked"));
+            TerminateProcess(child.Handle(), 1);
+        });
+        std::string fetched;
+        EXPECT_FALSE(server.FetchCmd(fetched));
+    }
 }
 
 // After a cancelled read the system must not write to the buffer any more, and the next fetch must work.

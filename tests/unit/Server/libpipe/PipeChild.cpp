@@ -1,0 +1,25 @@
+// A service for the pipe test: takes one request on the pipe that its argument names, and never answers.
+#include <windows.h>
+
+#include <cstdio>
+#include <string>
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        return 1;
+    }
+    const HANDLE pipe = CreateNamedPipeA((std::string("\\\\.\\pipe\\") + argv[1]).c_str(), PIPE_ACCESS_INBOUND,
+                                         PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, 0, 1024, 1000, nullptr);
+    std::puts(pipe == INVALID_HANDLE_VALUE ? "no pipe" : "serving");
+    std::fflush(stdout);
+    ConnectNamedPipe(pipe, nullptr);
+    char bytes[1024];
+    DWORD count = 0;
+    while (ReadFile(pipe, bytes, sizeof bytes, &count, nullptr)) {
+    }
+    std::puts("asked");
+    std::fflush(stdout);
+    for (;;) {
+        Sleep(INFINITE);
+    }
+}
