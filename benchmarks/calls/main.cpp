@@ -38,7 +38,8 @@ constexpr struct {
     {"unknown command", Unknown, 0, "nothing", Nothing},
     {"CMDHL_ECHO", Echo, 6, "one bare message", BareEcho},
     {"CMDHL_GET_MS_CFG, server-wide", GetServerScan, 10, "one bare message of two pieces", BareReply},
-    {"CMDHL_GET_MS_CFG", GetManualScan, 44, "five bare connections", FiveConnections},
+    // Four of them ask for the process that serves each request, so that its end ends the wait; Wine makes two of one.
+    {"CMDHL_GET_MS_CFG", GetManualScan, 48, "five bare connections", FiveConnections},
     {"CMDHL_SET_MS_CFG", SetManualScan, 14, "two bare messages", TwoMessages},
     {"CMDHL_PFW_UPDATE_CFW_COUNT", CountFirewall, 8, "one bare message", OneMessage},
 };

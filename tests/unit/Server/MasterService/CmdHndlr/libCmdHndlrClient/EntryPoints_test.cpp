@@ -2,9 +2,11 @@
 // that they read at the start.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <random>
 #include <thread>
 #include <tuple>
+#include <vector>
 
 #include "AllocationCount.h"
 #include "Ask.h"
@@ -12,10 +14,13 @@
 #include "CapturedLog.h"
 #include "CounterSection.h"
 #include "DebugLog.h"
+#include "FakePipeService.h"
 #include "INICache.h"
 #include "ManualClock.h"
 #include "OSException.h"
 #include "ServerHome.h"
+#include "UniqueName.h"
+#include "cmdhl_Reply.h"
 
 // In place of the system's: the INI caches expire when a test says so.
 static ManualClock& TheClock() {
@@ -111,6 +116,64 @@ TEST_F(EntryPoints, AReplyThatFailsSaysAtWhichStep) {
     EXPECT_EQ(lines[1].level, kLogNotice5);
     EXPECT_THAT(lines[1].text, testing::StartsWith(L"pipe [" + name + L"] send failed!. err=["));
     EXPECT_EQ(lines[2], echoFailed);
+}
+
+// All pipes exist: what is refused is the name. The peer's own name, spelled in ways that the system also takes, is
+// not.
+TEST_F(EntryPoints, NoReplyGoesToTheHostOrToAService) {
+    const std::wstring services[] = {L"Calloway Systems WRBY Command Handler Manager",
+                                     L"DbServerNamePipe",
+                                     L"Global\\LogPoolCommandManager",
+                                     L"QMAgentServerNamePipe",
+                                     L"Log_ServerNamePipe",
+                                     L"WrbServerNamePipe"};
+    const auto spellings = [](std::wstring name) {
+        std::wstring upper = name;
+        CharUpperW(upper.data());
+        std::wstring slashes = L"/" + name;
+        std::ranges::replace(slashes, L'\\', L'/');
+        return std::vector<std::wstring>{name,           upper,        L"\\\\" + name,         slashes,
+                                         name + L". .",  name + L"\\", L".\\" + name + L".\\", L"a\\..\\" + name,
+                                         name + L"/a/.."};
+    };
+    for (const std::wstring& service : services) {
+        const wrb::test::FakePipeService pipe(service);
+        for (const std::wstring& name : spellings(service)) {
+            TakeCapturedTexts();
+            Tell(L"CMDHL_ECHO\t" + name + L"\tx");
+            EXPECT_THAT(TakeCapturedTexts(), testing::Contains(L"init pipe client [" + name + L"] failed! err=[5]"));
+        }
+        wrb::test::OpenPipeForWriting(service);
+        EXPECT_EQ(pipe.WaitFor(1).size(), 1u) << "only the test's own connection";
+    }
+    const std::wstring peer = wrb::test::UniqueName(L"reply");
+    const wrb::test::FakePipeService pipe(peer);
+    for (const std::wstring& name : {peer, L"/" + peer}) {
+        EXPECT_EQ(cmdhl_OutputCommand(name.c_str(), L"x", 2), 1u);
+    }
+}
+
+// The server INI names the shortest time; the second connection would otherwise wait for ever.
+TEST_F(EntryPoints, AReplyPipeThatIsBusyOrUnreadIsGivenUp) {
+    const wrb::test::ServerHome home;
+    home.Write(L"Private\\wrbserver.ini", "[INI_SERVER_SECTION]\r\nReplyTimeoutSeconds=1\r\n");
+    cmdhl_Finalize();
+    cmdhl_Initialize(L"", L"", nullptr);
+    ServerIniCache().clear();
+    const std::wstring name = wrb::test::UniqueName(L"reply");
+    const wrb::FileHandle unread(CreateNamedPipeW((L"\\\\.\\pipe\\" + name).c_str(), PIPE_ACCESS_INBOUND,
+                                                  PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, 0, 1024,
+                                                  NMPWAIT_WAIT_FOREVER, nullptr));
+    TakeCapturedTexts();
+    Tell(L"CMDHL_ECHO\t" + name + L"\t" + std::wstring(5000, L'x'));
+    EXPECT_THAT(TakeCapturedTexts(), testing::Contains(L"pipe [" + name + L"] send failed!. err=[121]"));
+    DisconnectNamedPipe(unread.Get());
+    std::thread listening([&] { ConnectNamedPipe(unread.Get(), nullptr); });
+    const wrb::FileHandle holder = wrb::test::OpenPipeForWriting(name);
+    listening.join();
+    Tell(L"CMDHL_ECHO\t" + name + L"\tx");
+    EXPECT_THAT(TakeCapturedTexts(), testing::Contains(L"init pipe client [" + name + L"] failed! err=[121]"));
+    ServerIniCache().clear();
 }
 
 TEST_F(EntryPoints, WithoutMemoryThePoliciesAreLeftOut) {
