@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Deadline.h"
 #include "PipePath.h"
 #include "Spares.h"
 

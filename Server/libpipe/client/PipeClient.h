@@ -9,8 +9,11 @@
 
 #include <cstdint>
 
-#include "Deadline.h"
 #include "Handle.h"
+
+namespace wrb {
+class Deadline;
+}
 
 class CPipeClient {
   public:
