@@ -1,5 +1,4 @@
-// Export of a scan group: appends its section to `out`, from a uid and the group's values. Reads the values where they
-// are and copies none.
+// One scan group as the INI section that an agent receives, appended to `out`.
 #pragma once
 
 #include <string>
@@ -9,6 +8,9 @@
 
 namespace wrb {
 
+void RenderScanGroup(std::wstring& out, const ScanGroup& group, std::wstring_view uid, const ScanGroupValues& values);
+
+// The same, and of the manual spyware group a log line.
 void ExportScanGroup(std::wstring& out, const ScanGroup& group, std::wstring_view uid, const ScanGroupValues& values);
 
 // The same for a group that is known when the program is compiled.

@@ -1,12 +1,10 @@
 // The twelve scan-configuration groups as data: what an agent's section holds, in which order, and where each key's
 // value comes from.
 //
-// The tables are the only description of a group. Rendering a section, reading and writing the server-wide defaults in
-// the scan INI and taking an update apart walk the same rows, so that a key exists in one place. A new key is one row
-// in ScanGroupTables.cpp.
+// Rendering a section, reading and writing the server-wide settings and reading an update use the same rows: a new key
+// is one row in ScanGroupTables.cpp.
 //
-// Everything here is constant data, readable from any thread. Every text is a literal: the character behind a
-// view's end is NUL.
+// Everything here is constant data, readable from any thread. Every view is of a literal: a NUL follows its end.
 #pragma once
 
 #include <array>
@@ -59,9 +57,8 @@ enum class ScanGroupKind : uint8_t { Main, Spyware, Exclusion };
 using ScanNumber = uint32_t ScanGroupValues::*;
 using ScanText = std::wstring ScanGroupValues::*;
 
-// A key with a few numbered values that are spread over option bits. Reading the word, the first arm with one of its
-// bits set gives the value, `otherwise` when none has; setting the word, the arm with the value gives the bits to
-// set, none when no arm has it. An arm without bits never matches a word.
+// A number that is stored as option bits. The first arm of `shown` with one of its bits set in the word gives the
+// number, otherwise `otherwise`; the arm of `stored` with the number gives the bits to set, none when no arm has it.
 struct ScanChoice {
     struct Arm {
         uint32_t bits;
@@ -109,8 +106,8 @@ struct ScanRow {
     const ScanChoice* choice = nullptr;    // Choice
     uint32_t defaultNumber = 0;            // what a missing INI key counts as: Bit, Int, Choice
     const wchar_t* defaultText = nullptr;  // the same for Text, CustomActionPair
-    bool isUpdated = true;                 // a setting that has a field in an update message
-    std::wstring_view updateBehind = {};   // the key behind whose field it stands there; empty: as in the section
+    bool isUpdated = true;                 // it has a field in an update message
+    std::wstring_view updateAfter = {};    // the key whose field it follows there; empty: as in the section
 
     constexpr bool IsSetting() const noexcept { return kind != ScanRowKind::Uid && kind != ScanRowKind::Empty; }
 };
@@ -125,14 +122,13 @@ struct ScanGroup {
     std::wstring_view numbersCommand;  // the database command that answers with the numbers below
     std::span<const ScanRow> rows;     // the section's keys in their order
 
-    // The values in the order in which the database answers, containers declare and serializers write them. For main
-    // and spyware groups the numbers are exactly the answer of `numbersCommand`; an exclusion group takes the first of
-    // that answer, the option word.
+    // The values in the order of the database's answers and of containers. The numbers are the answer of
+    // `numbersCommand`; of an exclusion group its first, the option word.
     std::span<const ScanNumber> numbers;
     std::span<const ScanText> texts;
 
     // An update message: the rows in the order of its fields, and the bits of the stored option word that it replaces.
-    // A bit outside the mask keeps its stored value even if the message has a field for it.
+    // A bit outside the mask is kept even if the message has a field for it.
     std::span<const ScanRow* const> updateRows;
     uint32_t updateMask;
 };

@@ -10,7 +10,7 @@ constexpr uint32_t Mask(unsigned bit) {
     return uint32_t{1} << bit;
 }
 
-// Whether the agent may configure itself: the same bit in every word that has it, and never an agent's to change.
+// Whether the agent may configure itself: the same bit in every word. An update never changes it.
 constexpr unsigned kAllowCfg = 1;
 
 constexpr ScanRow BitRow(std::wstring_view key, unsigned bit, uint32_t defaultNumber) {
@@ -29,8 +29,8 @@ constexpr ScanRow ChoiceRow(std::wstring_view key, const ScanChoice& choice, uin
     return {.key = key, .kind = Choice, .choice = &choice, .defaultNumber = defaultNumber};
 }
 
-constexpr ScanRow UpdatedBehind(std::wstring_view key, ScanRow row) {
-    row.updateBehind = key;
+constexpr ScanRow UpdatedAfter(std::wstring_view key, ScanRow row) {
+    row.updateAfter = key;
     return row;
 }
 
@@ -39,13 +39,13 @@ constexpr ScanRow NotUpdated(ScanRow row) {
     return row;
 }
 
-// ---- keys that look the same wherever they stand ----
+// ---- keys that several sections have ----
 
 constexpr ScanChoice kScanSpeed{
     .shown = {{{Mask(17), 1}, {Mask(18), 2}}}, .otherwise = 0, .stored = {{{Mask(17), 1}, {Mask(18), 2}}}};
 constexpr ScanChoice kSpywareScanType{
     .shown = {{{Mask(8), 1}}}, .otherwise = 2, .stored = {{{Mask(8), 1}, {Mask(9), 2}}}};
-// Stored alike, shown differently: manual and scan now look for the bit of 1, prescheduled for the bit of 2.
+// Stored alike, shown differently: manual and scan now test the bit of 1, prescheduled the bit of 2.
 constexpr ScanChoice kSpywareAction{
     .shown = {{{Mask(16), 1}}}, .otherwise = 2, .stored = {{{Mask(16), 1}, {Mask(17), 2}}}};
 constexpr ScanChoice kSpywareActionScheduled{
@@ -64,13 +64,13 @@ constexpr ScanRow kPossibleVirusAction =
     IntRow(L"PossibleVirusCustActInActiveAct", &Values::possibleVirusCustActInActiveAct, 4);
 constexpr ScanRow kSystemCleanForPossibleVirus = BitRow(L"SystemCleanForPossibleVirus", 27, 0);
 constexpr ScanRow kCompressedLayer =
-    UpdatedBehind(L"ScanCompressed", IntRow(L"CompressedLayer", &Values::compressedLayer, 20));
+    UpdatedAfter(L"ScanCompressed", IntRow(L"CompressedLayer", &Values::compressedLayer, 20));
 constexpr ScanRow kExtList =
     TextRow(L"ExtList", &Values::extList, L".EXE, .COM, .SYS, .DOC, .DRV, .CMD, .XLS, .DLL, .386");
 constexpr ScanRow kMoveDir = TextRow(L"MoveDir", &Values::moveDir, L"\\temp");
 constexpr ScanRow kCleanFailedMoveDir = TextRow(L"CleanFailedMoveDir", &Values::cleanFailedMoveDir, L"\\temp");
 constexpr ScanRow kCustAction =
-    UpdatedBehind(L"EnableUniAct", TextRow(L"CustAction", &Values::custAction, kDefaultCustAction));
+    UpdatedAfter(L"EnableUniAct", TextRow(L"CustAction", &Values::custAction, kDefaultCustAction));
 constexpr ScanRow kIntelliTrap = BitRow(L"IntelliTrap", 24, 1);
 constexpr ScanRow kEnableAggressiveClean = NotUpdated(BitRow(L"EnableAggressiveClean", 20, 0));
 
@@ -275,8 +275,8 @@ class UpdateOrder {
   public:
     constexpr explicit UpdateOrder(const ScanRow (&rows)[count]) {
         for (const ScanRow& row : rows) {
-            if (row.updateBehind.empty() && Add(row)) {
-                AddThoseBehind(rows, row.key);
+            if (row.updateAfter.empty() && Add(row)) {
+                AddThoseAfter(rows, row.key);
             }
         }
     }
@@ -292,9 +292,9 @@ class UpdateOrder {
         return has;
     }
 
-    constexpr void AddThoseBehind(const ScanRow (&rows)[count], std::wstring_view key) {
+    constexpr void AddThoseAfter(const ScanRow (&rows)[count], std::wstring_view key) {
         for (const ScanRow& row : rows) {
-            if (row.updateBehind == key) {
+            if (row.updateAfter == key) {
                 Add(row);
             }
         }
@@ -304,18 +304,10 @@ class UpdateOrder {
     std::size_t m_used = 0;
 };
 
-constexpr UpdateOrder kManualUpdate(kManual);
-constexpr UpdateOrder kRealTimeUpdate(kRealTime);
-constexpr UpdateOrder kPrescheduledUpdate(kPrescheduled);
-constexpr UpdateOrder kScanNowUpdate(kScanNow);
-constexpr UpdateOrder kExclusionUpdate(kExclusion);
-constexpr UpdateOrder kSpywareManualUpdate(kSpywareManual);
-constexpr UpdateOrder kSpywareRealTimeUpdate(kSpywareRealTime);
-constexpr UpdateOrder kSpywarePrescheduledUpdate(kSpywarePrescheduled);
-constexpr UpdateOrder kSpywareScanNowUpdate(kSpywareScanNow);
+template <const auto& rows>
+constexpr UpdateOrder kUpdateOrder(rows);
 
-// A main group replaces its whole word, bits without a field included, but for two: whether the agent may configure
-// itself, and the switch of the exclusion group.
+// A main group replaces its whole word but AllowCfg and the switch of the exclusion group.
 constexpr uint32_t kMainMask = ~(Mask(kAllowCfg) | kExcludeCallowayProductBit);
 
 // A spyware group replaces what its fields can set.
@@ -362,33 +354,33 @@ using enum ScanGroupKind;
 
 constexpr std::array<ScanGroup, kScanGroupCount> kScanGroups{{
     {MS, Main, L"MSCfg", L"ms", L"Manual Scan Configuration", 0x1, L"DB_GET_MSCF", kManual, kMainNumbers, kMainTexts,
-     kManualUpdate.Rows(), kMainMask},
+     kUpdateOrder<kManual>.Rows(), kMainMask},
     {MS, Spyware, L"SpyMSCfg", L"", L"Spyware Manual Scan Configuration", 0x1, L"DB_GET_SPYWARE_MSCF", kSpywareManual,
-     kFlagsOnly, kSpywareTexts, kSpywareManualUpdate.Rows(), SpywareMask(kSpywareManual)},
+     kFlagsOnly, kSpywareTexts, kUpdateOrder<kSpywareManual>.Rows(), SpywareMask(kSpywareManual)},
     {MS, Exclusion, L"MSCfgEx", L"msex", L"Manual Scan Configuration Ex", 0x100, L"DB_GET_MSCF", kExclusion, kFlagsOnly,
-     kExclusionTexts, kExclusionUpdate.Rows(), kExcludeCallowayProductBit},
+     kExclusionTexts, kUpdateOrder<kExclusion>.Rows(), kExcludeCallowayProductBit},
 
     {RT, Main, L"RTCfg", L"rt", L"Real Time Scan Configuration", 0x2, L"DB_GET_RTCF", kRealTime, kMainNumbers,
-     kMainTexts, kRealTimeUpdate.Rows(), kMainMask},
+     kMainTexts, kUpdateOrder<kRealTime>.Rows(), kMainMask},
     {RT, Spyware, L"SpyRTCfg", L"", L"Spyware Real Time Scan Configuration", 0x2, L"DB_GET_SPYWARE_RTCF",
-     kSpywareRealTime, kFlagsOnly, kSpywareTexts, kSpywareRealTimeUpdate.Rows(), SpywareMask(kSpywareRealTime)},
+     kSpywareRealTime, kFlagsOnly, kSpywareTexts, kUpdateOrder<kSpywareRealTime>.Rows(), SpywareMask(kSpywareRealTime)},
     {RT, Exclusion, L"RTCfgEx", L"rtex", L"Real Time Scan Configuration Ex", 0x4000, L"DB_GET_RTCF", kExclusion,
-     kFlagsOnly, kExclusionTexts, kExclusionUpdate.Rows(), kExcludeCallowayProductBit},
+     kFlagsOnly, kExclusionTexts, kUpdateOrder<kExclusion>.Rows(), kExcludeCallowayProductBit},
 
     {PS, Main, L"PSCfg", L"ps", L"Prescheduled Scan Configuration", 0x4, L"DB_GET_PSCF", kPrescheduled,
-     kScheduledNumbers, kMainTexts, kPrescheduledUpdate.Rows(), kMainMask},
+     kScheduledNumbers, kMainTexts, kUpdateOrder<kPrescheduled>.Rows(), kMainMask},
     {PS, Spyware, L"SpyPSCfg", L"", L"Spyware Prescheduled Scan Configuration", 0x4, L"DB_GET_SPYWARE_PSCF",
-     kSpywarePrescheduled, kFlagsOnly, kSpywareTexts, kSpywarePrescheduledUpdate.Rows(),
+     kSpywarePrescheduled, kFlagsOnly, kSpywareTexts, kUpdateOrder<kSpywarePrescheduled>.Rows(),
      SpywareMask(kSpywarePrescheduled)},
     {PS, Exclusion, L"PSCfgEx", L"psex", L"Prescheduled Scan Configuration Ex", 0x8000, L"DB_GET_PSCF", kExclusion,
-     kFlagsOnly, kExclusionTexts, kExclusionUpdate.Rows(), kExcludeCallowayProductBit},
+     kFlagsOnly, kExclusionTexts, kUpdateOrder<kExclusion>.Rows(), kExcludeCallowayProductBit},
 
     {SN, Main, L"SNCfg", L"sn", L"Scan Now Configuration", 0x400, L"DB_GET_SNCF", kScanNow, kMainNumbers, kMainTexts,
-     kScanNowUpdate.Rows(), kMainMask},
+     kUpdateOrder<kScanNow>.Rows(), kMainMask},
     {SN, Spyware, L"SpySNCfg", L"", L"Spyware Scan Now Configuration", 0x400, L"DB_GET_SPYWARE_SNCF", kSpywareScanNow,
-     kFlagsOnly, kSpywareTexts, kSpywareScanNowUpdate.Rows(), SpywareMask(kSpywareScanNow)},
+     kFlagsOnly, kSpywareTexts, kUpdateOrder<kSpywareScanNow>.Rows(), SpywareMask(kSpywareScanNow)},
     {SN, Exclusion, L"SNCfgEx", L"snex", L"Scan Now Configuration Ex", 0x10000, L"DB_GET_SNCF", kExclusion, kFlagsOnly,
-     kExclusionTexts, kExclusionUpdate.Rows(), kExcludeCallowayProductBit},
+     kExclusionTexts, kUpdateOrder<kExclusion>.Rows(), kExcludeCallowayProductBit},
 }};
 
 namespace {

@@ -1,33 +1,37 @@
 #include "SettingContainer.h"
 
-#include "RenderScanGroup.h"
+#include "ExportScanCfg.h"
 #include "Serializer.h"
 
-void wrb::ScanSettingContainer::Deserialize(ISerializer& serializer) {
-    // A text of no length at all on the wire leaves its target as it was.
+namespace wrb {
+
+void ScanSettingContainer::Deserialize(ISerializer& serializer) {
+    // A text of length 0 leaves its target as it was.
     m_uid.clear();
     m_values = {};
     CSerializer& message = serializer.GetSerializer();
     message >> m_uid;
-    for (const wrb::ScanNumber number : m_group.numbers) {
+    for (const ScanNumber number : m_group.numbers) {
         message >> m_values.*number;
     }
-    for (const wrb::ScanText text : m_group.texts) {
+    for (const ScanText text : m_group.texts) {
         message >> m_values.*text;
     }
 }
 
-void wrb::ScanSettingContainer::Serialize(ISerializer& serializer) const {
+void ScanSettingContainer::Serialize(ISerializer& serializer) const {
     CSerializer& message = serializer.GetSerializer();
     message << m_uid;
-    for (const wrb::ScanNumber number : m_group.numbers) {
+    for (const ScanNumber number : m_group.numbers) {
         message << m_values.*number;
     }
-    for (const wrb::ScanText text : m_group.texts) {
+    for (const ScanText text : m_group.texts) {
         message << m_values.*text;
     }
 }
 
-void wrb::ScanSettingContainer::ExportToIni(std::wstring& out) const {
-    wrb::RenderScanGroup(out, m_group, m_uid, m_values);
+void ScanSettingContainer::ExportToIni(std::wstring& out) const {
+    RenderScanGroup(out, m_group, m_uid, m_values);
 }
+
+}  // namespace wrb
