@@ -77,7 +77,7 @@ TEST(BackBundles, EverySectionOfEveryAgent) {
         EXPECT_EQ(out, L"");
     }
     uint32_t changed = 0;
-    EXPECT_TRUE(dbGetConfFlagW(kFullAgent, changed));
+    EXPECT_TRUE(dbGetConfFlagW(kFullAgent, changed, 0));
     EXPECT_EQ(changed, 0xFFFFFFFF & ~0x60000u);
 }
 

@@ -5,8 +5,6 @@
 #include "BackEnd.h"
 #include "CalendarTime.h"
 #include "DbAgent.h"
-#include "DbAllScan.h"
-#include "DbFirewall.h"
 #include "DbScanCfg.h"
 #include "DbScanUpdate.h"
 #include "DbVexor.h"
@@ -50,7 +48,7 @@ std::wstring NumbersAndTexts(const std::wstring& uid) {
         EXPECT_TRUE(read(uid.c_str(), text, 0));
         all += text + L'|';
     }
-    for (const auto& [read, parameters] : {std::pair(&dbGetClientPasswordW, uid + L"\t0"),
+    for (const auto& [read, parameters] : {std::pair(dbGetClientPasswordW, uid + L"\t0"),
                                            {dbGetClientPasswordW, uid + L"\t1"},
                                            {dbGetServiceSwitchW, uid},
                                            {dbGetIcrcDestScanTypeW, uid},
@@ -97,10 +95,10 @@ TEST_F(BackDatabaseTest, RecordsAndListsOfAnAgent) {
 TEST_F(BackDatabaseTest, OtherWrites) {
     uint32_t bits = 0;
     ASSERT_TRUE(dbSetConfFlagW(kFullAgent, 0x10000, 0x1));
-    EXPECT_TRUE(dbGetConfFlagW(kFullAgent, bits) && bits == 0x10006);
+    EXPECT_TRUE(dbGetConfFlagW(kFullAgent, bits, 0) && bits == 0x10006);
     ASSERT_TRUE(dbSetAllConfFlgW(0x1, 0x10000));
-    EXPECT_TRUE(dbGetConfFlagW(kFullAgent, bits) && bits == 0x7);
-    EXPECT_TRUE(dbGetConfFlagW(kBareAgent, bits) && bits == 0x1);
+    EXPECT_TRUE(dbGetConfFlagW(kFullAgent, bits, 0) && bits == 0x7);
+    EXPECT_TRUE(dbGetConfFlagW(kBareAgent, bits, 0) && bits == 0x1);
 
     ASSERT_TRUE(dbSetStatusW(kFullAgent, 0xFFFFFFFF, 12));
     EXPECT_TRUE(dbGetStatusW(kFullAgent, bits) && bits == 0xFFFFFFFF);
@@ -132,7 +130,7 @@ TEST_F(BackDatabaseTest, FlagsOfAScanAndAllScanSettingsInOneAnswer) {
     for (uint32_t i = 0; i < kScanTypeCount; ++i) {
         const auto type = static_cast<ScanType>(i);
         ASSERT_TRUE(SetDbScanFlags(type, uid.c_str(), 0x30000000 + i, 0xF000000F));
-        ASSERT_TRUE(SetAllDbScanFlags(type, 0x40000000, 0x50000000));
+        ASSERT_TRUE(SetDbScanFlags(type, kEveryAgent, 0x40000000, 0x50000000));
         ScanGroupValues values;
         values.excludeFileExtList = std::to_wstring(i);
         ASSERT_TRUE(SetDbScanGroup(FindScanGroup(type, ScanGroupKind::Spyware), uid.c_str(),
@@ -158,7 +156,7 @@ TEST_F(BackDatabaseTest, NoQuestionOvertakesTheWriteBeforeIt) {
             values.oleLayer = i;
             EXPECT_TRUE(dbSetMscfW(uid.c_str(), {i, 0xFFFFFFFF, 0}, values));
             ScanGroupValues read;
-            EXPECT_TRUE(dbGetMscfW(uid.c_str(), read) && read.flags == i && read.oleLayer == i) << i;
+            EXPECT_TRUE(dbGetMscfW(uid.c_str(), read, 0) && read.flags == i && read.oleLayer == i) << i;
         }
     });
 }

@@ -26,7 +26,7 @@ std::string Serialized(const wchar_t* name) {
 
 bool Serves() {
     std::wstring computer;
-    return dbGetComputerNameW(kFullAgent, computer) && computer == L"RECEPTION-01";
+    return dbGetComputerNameW(kFullAgent, computer, 0) && computer == L"RECEPTION-01";
 }
 
 TEST(BackHostile, BadFramesAreDroppedAndCountedAndTheServiceGoesOn) {

@@ -59,15 +59,15 @@ TEST_F(Update, EveryGroupComesBackAsItWasSetForOneAgentAndForAll) {
             ExpectFetched(i, one, fields);
             EXPECT_EQ(Fetch(kCommands[i], other), before);
             uint32_t changed = 0;
-            EXPECT_TRUE(dbGetConfFlagW(one.c_str(), changed) && changed == group.configFlag) << changed;
-            EXPECT_TRUE(dbGetConfFlagW(other.c_str(), changed) && changed == 0) << changed;
+            EXPECT_TRUE(dbGetConfFlagW(one.c_str(), changed, 0) && changed == group.configFlag) << changed;
+            EXPECT_TRUE(dbGetConfFlagW(other.c_str(), changed, 0) && changed == 0) << changed;
 
             const auto allFields = UpdateFields(group, !variant);
             CCmdProtocol message(JoinFields(allFields).c_str());
             EXPECT_TRUE(SetScanGroup(group, message, nullptr, true, false, 0));
             ExpectFetched(i, one, allFields);
             ExpectFetched(i, other, allFields);
-            EXPECT_TRUE(dbGetConfFlagW(other.c_str(), changed) && changed == group.configFlag) << changed;
+            EXPECT_TRUE(dbGetConfFlagW(other.c_str(), changed, 0) && changed == group.configFlag) << changed;
             sections += Fetch(kCommands[i], one);
         }
         EXPECT_EQ(Fetch(L"ALL_SCAN_CFG", one), sections);

@@ -2,12 +2,10 @@
 
 #include <windows.h>
 
-#include "DbRequest.h"
+#include "CalendarTime.h"
 #include "DebugLog.h"
 
 using wrb::DbName;
-using wrb::ReadDbNumber;
-using wrb::ReadDbText;
 using wrb::WriteDb;
 
 bool dbGetStatusW(const wchar_t* uid, uint32_t& status, uint32_t number) noexcept {
@@ -15,55 +13,7 @@ bool dbGetStatusW(const wchar_t* uid, uint32_t& status, uint32_t number) noexcep
         WRB_LOG(kLogError, L"%s - UID is empty", L"dbGetStatusW");
         return false;
     }
-    return ReadDbNumber(DbName(DbCommand::GetStatus), status, uid, number);
-}
-
-bool dbGetArchitectureW(const wchar_t* uid, uint32_t& architecture, uint32_t number) noexcept {
-    return ReadDbNumber(DbName(DbCommand::GetArchitecture), architecture, uid, number);
-}
-
-bool dbGetConfFlagW(const wchar_t* uid, uint32_t& changedBits, uint32_t number) noexcept {
-    return ReadDbNumber(DbName(DbCommand::GetConfFlag), changedBits, uid, number);
-}
-
-bool dbGetClientPlatW(const wchar_t* uid, uint32_t& platform, uint32_t number) noexcept {
-    return ReadDbNumber(DbName(DbCommand::GetClientPlat), platform, uid, number);
-}
-
-bool dbGetClnDomainNameAndUidW(const wchar_t* uid, std::wstring& text, uint32_t number) noexcept {
-    return ReadDbText(DbName(DbCommand::GetClnDomainNameAndUid), text, uid, number);
-}
-
-bool dbGetClnFullDomainNameAndUidW(const wchar_t* uid, std::wstring& text, uint32_t number) noexcept {
-    return ReadDbText(DbName(DbCommand::GetClnFullDomainNameAndUid), text, uid, number);
-}
-
-bool dbGetComputerNameW(const wchar_t* uid, std::wstring& text, uint32_t number) noexcept {
-    return ReadDbText(DbName(DbCommand::GetComputername), text, uid, number);
-}
-
-bool dbGetIpW(const wchar_t* uid, std::wstring& text, uint32_t number) noexcept {
-    return ReadDbText(DbName(DbCommand::GetIp), text, uid, number);
-}
-
-bool dbGetProgVerW(const wchar_t* uid, std::wstring& text, uint32_t number) noexcept {
-    return ReadDbText(DbName(DbCommand::GetProgVer), text, uid, number);
-}
-
-bool dbGetClientPasswordW(const std::wstring& parameters, std::wstring& text) noexcept {
-    return wrb::ReadDbPrebuilt(DbName(DbCommand::GetClientPassword), text, parameters);
-}
-
-bool dbGetServiceSwitchW(const std::wstring& parameters, std::wstring& text) noexcept {
-    return wrb::ReadDbPrebuilt(DbName(DbCommand::GetServiceSwitch), text, parameters);
-}
-
-bool dbGetIcrcDestScanTypeW(const std::wstring& parameters, std::wstring& text) noexcept {
-    return wrb::ReadDbPrebuilt(DbName(DbCommand::GetIcrcDestScanType), text, parameters);
-}
-
-bool dbIsClientExistedW(const std::wstring& parameters, std::wstring& text) noexcept {
-    return wrb::ReadDbPrebuilt(DbName(DbCommand::IsClientExisted), text, parameters);
+    return wrb::ReadDbNumber(DbName(DbCommand::GetStatus), status, uid, number);
 }
 
 bool dbGetOppStatusW(const wchar_t* uid, uint32_t& status, uint32_t& endTime, uint32_t number) noexcept {
@@ -107,4 +57,24 @@ bool dbSetSpecialLogA(const wchar_t* uid, uint32_t logType, const char* text, ui
         }
         return dbSetSpecialLogW(uid, logType, wide.c_str());
     });
+}
+
+bool dbSetCfwLogCountW(const wchar_t* uid, int32_t number, const std::array<uint32_t, 6>& counters,
+                       const wchar_t* timeStamp) noexcept {
+    WRB_LOG(kLogDebug, L"%s - >>>", L"dbSetCfwLogCountW");
+    return wrb::GuardCall(L"dbSetCfwLogCountW", [&] {
+        const std::wstring stamp(timeStamp == nullptr ? L"" : timeStamp);
+        const std::wstring time = stamp.size() > 8 ? stamp.substr(8, 6) : std::wstring();
+        const int64_t seconds = ConvertDateTime(stamp.substr(0, 8).c_str(), time.c_str(), 0);
+        CCmdProtocol request = wrb::MakeDbRequest(DbName(DbCommand::SetCfwLogCount), kDbNoReplyId, uid, number);
+        for (const uint32_t counter : counters) {
+            request << counter;
+        }
+        request << std::to_wstring(seconds);  // 64 bits wide: the text form has no number of that width
+        return wrb::Send(request, L"") == 1;
+    });
+}
+
+bool dbSetCfwActIdW(const wchar_t* uid, const wchar_t* policyId) noexcept {
+    return WriteDb(DbName(DbCommand::SetCfwActId), uid, policyId);
 }

@@ -22,8 +22,26 @@ std::span<std::wstring Lists::*const> ListsOf(std::size_t scan) noexcept {
     return static_cast<wrb::ScanType>(scan) == wrb::ScanType::RT ? all.first(3) : all;
 }
 
-// A text of length 0 leaves its target alone, so that a record read into again must not keep the old one.
-void ReadText(CSerializer& in, std::wstring& text) {
+// Visits the fields after the two switches, in their order on the wire.
+template <typename Config, typename Visit>
+void ForEachField(Config& config, Visit visit) {
+    for (std::size_t scan = 0; scan < config.scans.size(); ++scan) {
+        for (const wrb::ScanNumber member : NumbersOf(scan)) {
+            visit(config.scans[scan].*member);
+        }
+        visit(config.spywareFlags[scan]);
+        for (const wrb::ScanText member : kTexts) {
+            visit(config.scans[scan].*member);
+        }
+    }
+}
+
+void Read(CSerializer& in, uint32_t& number) {
+    in >> number;
+}
+
+// A text of length 0 would leave its target as it was.
+void Read(CSerializer& in, std::wstring& text) {
     text.clear();
     in >> text;
 }
@@ -33,18 +51,9 @@ void ReadText(CSerializer& in, std::wstring& text) {
 void wrb::AllScanConfig::Serialize(ISerializer& serializer) const {
     CSerializer& out = serializer.GetSerializer();
     out << hasConfig;
-    if (!hasConfig) {
-        return;
-    }
-    out << hasExtra;
-    for (std::size_t scan = 0; scan < scans.size(); ++scan) {
-        for (const wrb::ScanNumber member : NumbersOf(scan)) {
-            out << scans[scan].*member;
-        }
-        out << spywareFlags[scan];
-        for (const wrb::ScanText member : kTexts) {
-            out << scans[scan].*member;
-        }
+    if (hasConfig) {
+        out << hasExtra;
+        ForEachField(*this, [&](const auto& field) { out << field; });
     }
 }
 
@@ -52,18 +61,9 @@ void wrb::AllScanConfig::Deserialize(ISerializer& serializer) {
     CSerializer& in = serializer.GetSerializer();
     in >> hasConfig;
     hasExtra = false;
-    if (!hasConfig) {
-        return;
-    }
-    in >> hasExtra;
-    for (std::size_t scan = 0; scan < scans.size(); ++scan) {
-        for (const wrb::ScanNumber member : NumbersOf(scan)) {
-            in >> scans[scan].*member;
-        }
-        in >> spywareFlags[scan];
-        for (const wrb::ScanText member : kTexts) {
-            ReadText(in, scans[scan].*member);
-        }
+    if (hasConfig) {
+        in >> hasExtra;
+        ForEachField(*this, [&](auto& field) { Read(in, field); });
     }
 }
 
@@ -90,7 +90,7 @@ void wrb::AllScanLists::Deserialize(ISerializer& serializer) {
     CSerializer& in = serializer.GetSerializer();
     for (std::size_t scan = 0; scan < scans.size(); ++scan) {
         for (const auto member : ListsOf(scan)) {
-            ReadText(in, scans[scan].*member);
+            Read(in, scans[scan].*member);
         }
     }
 }

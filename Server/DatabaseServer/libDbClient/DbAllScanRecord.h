@@ -1,8 +1,7 @@
 // The two records that hold all scan settings of an agent, as the database server sends them in one answer each.
 // docs/wire-formats.md gives them field by field with an example; the order below is the order on the wire.
 //
-// Both are read without trust: a cut or mutated answer throws CIPCMsgBufferException and leaves the record with
-// whatever had been read. A record may be read into again and then reuses its memory.
+// Both are read without trust: a cut or mutated answer throws CIPCMsgBufferException and leaves the record partly read.
 #pragma once
 
 #include <array>

@@ -34,19 +34,8 @@ bool AskDbBundle<SampleSubmissionValues>(const wchar_t* uid, tagClientSampleSubm
 }  // namespace wrb
 
 // The same by name, an instance each.
-inline bool dbGetClientWcsCfgW(const wchar_t* uid, tagClientWCSConfig& cfg, const wchar_t* caller) noexcept {
-    return wrb::AskDbBundle<wrb::WtpValues>(uid, cfg, caller);
-}
-inline bool dbGetFARestoreItem(const wchar_t* uid, wrb::BundleContent<wrb::FARestoreValues>& items,
-                               const wchar_t* caller) noexcept {
-    return wrb::AskDbBundle<wrb::FARestoreValues>(uid, items, caller);
-}
-inline bool dbGetClientNcieCfgW(const wchar_t* uid, tagClientNCIECfg& cfg, const wchar_t* caller) noexcept {
-    return wrb::AskDbBundle<wrb::NcieValues>(uid, cfg, caller);
-}
-inline bool dbGetSablexCfgW(const wchar_t* uid, tagClientSablexConfig& cfg, const wchar_t* caller) noexcept {
-    return wrb::AskDbBundle<wrb::SablexValues>(uid, cfg, caller);
-}
-inline bool dbGetAggrScanCfgW(const wchar_t* uid, tagClientAggrScanConfig& cfg, const wchar_t* caller) noexcept {
-    return wrb::AskDbBundle<wrb::AggrScanValues>(uid, cfg, caller);
-}
+inline constexpr auto dbGetClientWcsCfgW = wrb::AskDbBundle<wrb::WtpValues>;
+inline constexpr auto dbGetFARestoreItem = wrb::AskDbBundle<wrb::FARestoreValues>;
+inline constexpr auto dbGetClientNcieCfgW = wrb::AskDbBundle<wrb::NcieValues>;
+inline constexpr auto dbGetSablexCfgW = wrb::AskDbBundle<wrb::SablexValues>;
+inline constexpr auto dbGetAggrScanCfgW = wrb::AskDbBundle<wrb::AggrScanValues>;

@@ -48,6 +48,15 @@ bool wrb::OpenDbRecord(const std::wstring& answer, const wchar_t* name, CCmdProt
     return !answer.empty();
 }
 
+bool wrb::ReadDbText(const wchar_t* name, std::wstring& answer, const wchar_t* uid, uint32_t number) noexcept {
+    return GuardCall(name, [&] { return AskDbText(name, answer, uid, number); });
+}
+
+bool wrb::ReadDbPrebuilt(const wchar_t* name, std::wstring& answer, const std::wstring& parameters) noexcept {
+    return GuardCall(
+        name, [&] { return parameters.empty() ? AskDbText(name, answer) : AskDbText(name, answer, parameters); });
+}
+
 bool wrb::ReadDbNumber(const wchar_t* name, uint32_t& value, const wchar_t* uid, uint32_t number) noexcept {
     return GuardCall(name, [&] {
         std::wstring answer;

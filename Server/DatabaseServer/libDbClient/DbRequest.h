@@ -1,5 +1,5 @@
 // Builders shared by the functions of this library: a request from a command and its fields, and the answer in one of
-// the shapes of DbCommands.h. Not for callers outside.
+// the shapes of DbCommands.h.
 //
 // Fields are what CCmdProtocol appends: wide texts (null counts as empty) and 32-bit numbers.
 //
@@ -7,8 +7,7 @@
 // are empty or 0, spare ones are ignored, and everything but a plain text ends at its first NUL. A record or list must
 // have at least one byte: an empty answer is how the server says that it does not know the agent.
 //
-// AskDb... throw when memory is exhausted. ReadDb... and WriteDb guard their own call: each is one public function's
-// work.
+// AskDb... throw when memory is exhausted. ReadDb... and WriteDb guard their own call.
 #pragma once
 
 #include <cstdint>
@@ -54,10 +53,10 @@ bool AskDbText(const wchar_t* name, std::wstring& answer, const Fields&... param
 // `fields` is left standing at the answer's first field.
 bool AskDbRecord(const wchar_t* name, CCmdProtocol& fields, const wchar_t* uid, uint32_t number);
 
-template <typename... Fields>
-bool ReadDbText(const wchar_t* name, std::wstring& answer, const Fields&... parameters) noexcept {
-    return GuardCall(name, [&] { return AskDbText(name, answer, parameters...); });
-}
+bool ReadDbText(const wchar_t* name, std::wstring& answer, const wchar_t* uid, uint32_t number) noexcept;
+
+// `parameters` are the request's fields, TAB between them; an empty text stands for no field.
+bool ReadDbPrebuilt(const wchar_t* name, std::wstring& answer, const std::wstring& parameters) noexcept;
 
 // The low 32 bits of the decimal number, so that a word comes whole with its sign or without.
 bool ReadDbNumber(const wchar_t* name, uint32_t& value, const wchar_t* uid, uint32_t number) noexcept;
@@ -73,11 +72,6 @@ bool ReadDbNumbers(const wchar_t* name, const wchar_t* uid, uint32_t number, Num
         static_cast<void>((fields >> ... >> numbers));
         return true;
     });
-}
-
-// A text whose request fields the caller has put together, TAB between them; an empty text stands for no field.
-inline bool ReadDbPrebuilt(const wchar_t* name, std::wstring& answer, const std::wstring& parameters) noexcept {
-    return parameters.empty() ? ReadDbText(name, answer) : ReadDbText(name, answer, parameters);
 }
 
 // Serialized form: the message is named by the command and its body is the uid, cut to the 36 characters that a uid

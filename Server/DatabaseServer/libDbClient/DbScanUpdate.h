@@ -1,4 +1,4 @@
-// Writes of scan settings, to one agent's record or to every record, a function each command.
+// Writes of scan settings, to one agent's record or to every record.
 //
 // A write replaces the bits of the stored flag word that the mask names, and all numbers and texts of the group: those
 // that ScanGroup.h lists, without flags (the value takes its place) and without cleanFailedMoveDir, which the database
@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "ScanGroup.h"
 
@@ -21,45 +22,59 @@ struct ScanUpdate {
     uint32_t flag = 0;   // handed through to the database, which gives it no meaning; exclusion writes do not carry it
 };
 
+// One agent's uid, or nothing for every agent.
+using DbTarget = std::optional<const wchar_t*>;
+inline constexpr DbTarget kEveryAgent = std::nullopt;
+
 // By group: DB_SET_MSCF ... DB_SET_SPYWARE_SNCF and DB_SET_EXCLUDE_LIST, and their forms for every agent. Of an
-// exclusion group only the texts are written, whatever `update` says; its option bit takes the flag functions.
-bool SetDbScanGroup(const ScanGroup& group, const wchar_t* uid, const ScanUpdate& update,
+// exclusion group only the texts are written, whatever `update` says; its option bit takes SetDbScanFlags.
+bool SetDbScanGroup(const ScanGroup& group, DbTarget target, const ScanUpdate& update,
                     const ScanGroupValues& values) noexcept;
-bool SetAllDbScanGroup(const ScanGroup& group, const ScanUpdate& update, const ScanGroupValues& values) noexcept;
 
 // By scan type: the flag word alone, DB_SET_MS_FLG ... DB_SET_ALL_SN_FLG.
-bool SetDbScanFlags(ScanType type, const wchar_t* uid, uint32_t value, uint32_t mask) noexcept;
-bool SetAllDbScanFlags(ScanType type, uint32_t value, uint32_t mask) noexcept;
+bool SetDbScanFlags(ScanType type, DbTarget target, uint32_t value, uint32_t mask) noexcept;
+
+// The same for what is known when the program is compiled.
+template <ScanType type, ScanGroupKind kind>
+bool SetDbScan(const wchar_t* uid, const ScanUpdate& update, const ScanGroupValues& values) noexcept {
+    return SetDbScanGroup(FindScanGroup(type, kind), uid, update, values);
+}
+template <ScanType type, ScanGroupKind kind>
+bool SetAllDbScan(const ScanUpdate& update, const ScanGroupValues& values) noexcept {
+    return SetDbScanGroup(FindScanGroup(type, kind), kEveryAgent, update, values);
+}
+template <ScanType type>
+bool SetDbFlags(const wchar_t* uid, uint32_t value, uint32_t mask) noexcept {
+    return SetDbScanFlags(type, uid, value, mask);
+}
+template <ScanType type>
+bool SetAllDbFlags(uint32_t value, uint32_t mask) noexcept {
+    return SetDbScanFlags(type, kEveryAgent, value, mask);
+}
 
 }  // namespace wrb
 
-bool dbSetMscfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-bool dbSetRtcfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-bool dbSetPscfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-bool dbSetSncfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-bool dbSetAllMscfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-bool dbSetAllRtcfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-bool dbSetAllPscfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-bool dbSetAllSncfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-
-bool dbSetSpywareMscfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-bool dbSetSpywareRtcfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-bool dbSetSpywarePscfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-bool dbSetSpywareSncfW(const wchar_t* uid, const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-bool dbSetSpywareAllMscfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-bool dbSetSpywareAllRtcfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-bool dbSetSpywareAllPscfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-bool dbSetSpywareAllSncfW(const wrb::ScanUpdate& update, const wrb::ScanGroupValues& values) noexcept;
-
-// `configBit` names the exclusion group (0x100, 0x4000, 0x8000, 0x10000).
-bool dbSetExcludeListW(const wchar_t* uid, uint32_t configBit, const wrb::ScanGroupValues& values) noexcept;
-bool dbSetAllExcListW(uint32_t configBit, const wrb::ScanGroupValues& values) noexcept;
-
-bool dbSetMsFlgW(const wchar_t* uid, uint32_t value, uint32_t mask) noexcept;
-bool dbSetRtFlgW(const wchar_t* uid, uint32_t value, uint32_t mask) noexcept;
-bool dbSetPsFlgW(const wchar_t* uid, uint32_t value, uint32_t mask) noexcept;
-bool dbSetSnFlgW(const wchar_t* uid, uint32_t value, uint32_t mask) noexcept;
-bool dbSetAllMsFlgW(uint32_t value, uint32_t mask) noexcept;
-bool dbSetAllRtFlgW(uint32_t value, uint32_t mask) noexcept;
-bool dbSetAllPsFlgW(uint32_t value, uint32_t mask) noexcept;
-bool dbSetAllSnFlgW(uint32_t value, uint32_t mask) noexcept;
+inline constexpr auto dbSetMscfW = wrb::SetDbScan<wrb::ScanType::MS, wrb::ScanGroupKind::Main>;
+inline constexpr auto dbSetRtcfW = wrb::SetDbScan<wrb::ScanType::RT, wrb::ScanGroupKind::Main>;
+inline constexpr auto dbSetPscfW = wrb::SetDbScan<wrb::ScanType::PS, wrb::ScanGroupKind::Main>;
+inline constexpr auto dbSetSncfW = wrb::SetDbScan<wrb::ScanType::SN, wrb::ScanGroupKind::Main>;
+inline constexpr auto dbSetAllMscfW = wrb::SetAllDbScan<wrb::ScanType::MS, wrb::ScanGroupKind::Main>;
+inline constexpr auto dbSetAllRtcfW = wrb::SetAllDbScan<wrb::ScanType::RT, wrb::ScanGroupKind::Main>;
+inline constexpr auto dbSetAllPscfW = wrb::SetAllDbScan<wrb::ScanType::PS, wrb::ScanGroupKind::Main>;
+inline constexpr auto dbSetAllSncfW = wrb::SetAllDbScan<wrb::ScanType::SN, wrb::ScanGroupKind::Main>;
+inline constexpr auto dbSetSpywareMscfW = wrb::SetDbScan<wrb::ScanType::MS, wrb::ScanGroupKind::Spyware>;
+inline constexpr auto dbSetSpywareRtcfW = wrb::SetDbScan<wrb::ScanType::RT, wrb::ScanGroupKind::Spyware>;
+inline constexpr auto dbSetSpywarePscfW = wrb::SetDbScan<wrb::ScanType::PS, wrb::ScanGroupKind::Spyware>;
+inline constexpr auto dbSetSpywareSncfW = wrb::SetDbScan<wrb::ScanType::SN, wrb::ScanGroupKind::Spyware>;
+inline constexpr auto dbSetSpywareAllMscfW = wrb::SetAllDbScan<wrb::ScanType::MS, wrb::ScanGroupKind::Spyware>;
+inline constexpr auto dbSetSpywareAllRtcfW = wrb::SetAllDbScan<wrb::ScanType::RT, wrb::ScanGroupKind::Spyware>;
+inline constexpr auto dbSetSpywareAllPscfW = wrb::SetAllDbScan<wrb::ScanType::PS, wrb::ScanGroupKind::Spyware>;
+inline constexpr auto dbSetSpywareAllSncfW = wrb::SetAllDbScan<wrb::ScanType::SN, wrb::ScanGroupKind::Spyware>;
+inline constexpr auto dbSetMsFlgW = wrb::SetDbFlags<wrb::ScanType::MS>;
+inline constexpr auto dbSetRtFlgW = wrb::SetDbFlags<wrb::ScanType::RT>;
+inline constexpr auto dbSetPsFlgW = wrb::SetDbFlags<wrb::ScanType::PS>;
+inline constexpr auto dbSetSnFlgW = wrb::SetDbFlags<wrb::ScanType::SN>;
+inline constexpr auto dbSetAllMsFlgW = wrb::SetAllDbFlags<wrb::ScanType::MS>;
+inline constexpr auto dbSetAllRtFlgW = wrb::SetAllDbFlags<wrb::ScanType::RT>;
+inline constexpr auto dbSetAllPsFlgW = wrb::SetAllDbFlags<wrb::ScanType::PS>;
+inline constexpr auto dbSetAllSnFlgW = wrb::SetAllDbFlags<wrb::ScanType::SN>;

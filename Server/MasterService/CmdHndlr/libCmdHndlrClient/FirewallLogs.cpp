@@ -12,7 +12,7 @@
 #include "CommandFields.h"
 #include "CommandTable.h"
 #include "CounterScope.h"
-#include "DbFirewall.h"
+#include "DbAgent.h"
 #include "DebugLog.h"
 #include "FirewallAlert.h"
 #include "INICache.h"

@@ -38,7 +38,7 @@ bool AskAndRender(std::wstring& section, const UidField& uid, bool bResetCfgFlag
 }
 
 template <typename Values>
-bool GetBundle(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag = false) {
+bool GetBundle(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag) {
     constexpr Bundle<Values> bundle = kBundle<Values>;
     const UidField uid(pszUid);
     std::wstring section;
@@ -59,27 +59,19 @@ bool GetBundle(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag = fa
     return true;
 }
 
+// The same, with the bit left as it is.
+template <typename Values>
+bool ReadBundle(std::wstring& out, const wchar_t* pszUid) {
+    return GetBundle<Values>(out, pszUid, false);
+}
+
 }  // namespace wrb
 
 // The same by name, an instance each.
-inline bool cmdhm_GetWtpSetting(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag) {
-    return wrb::GetBundle<wrb::WtpValues>(out, pszUid, bResetCfgFlag);
-}
-inline bool cmdhm_GetFARestoreSetting(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag) {
-    return wrb::GetBundle<wrb::FARestoreValues>(out, pszUid, bResetCfgFlag);
-}
-inline bool cmdhm_GetNCIESetting(std::wstring& out, const wchar_t* pszUid) {
-    return wrb::GetBundle<wrb::NcieValues>(out, pszUid);
-}
-inline bool cmdhm_GetSampleSubmissionSetting(std::wstring& out, const wchar_t* pszUid) {
-    return wrb::GetBundle<wrb::SampleSubmissionValues>(out, pszUid);
-}
-inline bool cmdhm_GetSablexSetting(std::wstring& out, const wchar_t* pszUid) {
-    return wrb::GetBundle<wrb::SablexValues>(out, pszUid);
-}
-inline bool cmdhm_GetAggrScanSetting(std::wstring& out, const wchar_t* pszUid) {
-    return wrb::GetBundle<wrb::AggrScanValues>(out, pszUid);
-}
-inline bool cmdhm_GetQMAgentPolicyInfo(std::wstring& out, const wchar_t* pszUid) {
-    return wrb::GetBundle<wrb::PolicyTrackingValues>(out, pszUid);
-}
+inline constexpr auto cmdhm_GetWtpSetting = wrb::GetBundle<wrb::WtpValues>;
+inline constexpr auto cmdhm_GetFARestoreSetting = wrb::GetBundle<wrb::FARestoreValues>;
+inline constexpr auto cmdhm_GetNCIESetting = wrb::ReadBundle<wrb::NcieValues>;
+inline constexpr auto cmdhm_GetSampleSubmissionSetting = wrb::ReadBundle<wrb::SampleSubmissionValues>;
+inline constexpr auto cmdhm_GetSablexSetting = wrb::ReadBundle<wrb::SablexValues>;
+inline constexpr auto cmdhm_GetAggrScanSetting = wrb::ReadBundle<wrb::AggrScanValues>;
+inline constexpr auto cmdhm_GetQMAgentPolicyInfo = wrb::ReadBundle<wrb::PolicyTrackingValues>;

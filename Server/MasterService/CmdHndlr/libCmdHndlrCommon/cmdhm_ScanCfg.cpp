@@ -6,64 +6,24 @@
 #include "CmdProtocol.h"
 #include "CustomAction.h"
 #include "DbAgent.h"
-#include "DbAllScan.h"
 #include "DbScanCfg.h"
 #include "DebugLog.h"
 #include "ExportScanCfg.h"
 #include "INICache.h"
 #include "ScanCfgIni.h"
+#include "ScanLog.h"
 #include "UidField.h"
 
 namespace wrb {
 namespace {
 
-constexpr const wchar_t* kServerWide = L"ini";  // stands in log lines where an agent's has its uid
-
-void LogMain(const ScanGroup& group, const wchar_t* who, const ScanGroupValues& v) {
-    if (group.type == ScanType::PS) {
-        WRB_LOG(kLogDebug8, L"get ps:[%s][%08x][%d][%d][%d][%d][%d][%d][%d][%d][%d][%d][%d][%s][%s][%s][%s]", who,
-                v.flags, v.compressedLayer, v.oleLayer, v.possibleVirusCustActInActiveAct, v.frequency, v.hour,
-                v.minute, v.amPm, v.dayOfMonth, v.dayOfWeek, v.weekOrdinalOfMonth, v.weekdayOfMonth, v.extList.c_str(),
-                v.moveDir.c_str(), v.cleanFailedMoveDir.c_str(), v.custAction.c_str());
-        return;
-    }
-    WRB_LOG(kLogDebug8, L"get %s:[%s][%08x][%d][%d][%d][%s][%s][%s][%s]", group.logTag.data(), who, v.flags,
-            v.compressedLayer, v.oleLayer, v.possibleVirusCustActInActiveAct, v.extList.c_str(), v.moveDir.c_str(),
-            v.cleanFailedMoveDir.c_str(), v.custAction.c_str());
-}
-
-void LogExclusion(const ScanGroup& group, const wchar_t* who, const ScanGroupValues& v) {
-    WRB_LOG(kLogDebug8, L"get %s:[%s][%08x][%s][%s][%s]", group.logTag.data(), who, v.flags, v.excludedFolder.c_str(),
-            v.excludedFile.c_str(), v.excludedExt.c_str());
-}
-
-void LogSpyware(const ScanGroup& group, const UidField& uid, const ScanGroupValues& v) {
-    const wchar_t* const name = group.name.data();
-    if (uid.IsEmpty()) {
-        WRB_LOG(kLogDebug8, L"[cmdhm_Get%sIni][%08x]", name, v.flags);
-    } else {
-        WRB_LOG(kLogDebug8, L"[cmdhm_Get%s][%s][%08x]", name, uid.CStr(), v.flags);
-    }
-    if (group.type != ScanType::RT) {
-        WRB_LOG(kLogDebug8, L"[cmdhm_Get%s][Exclusion - file extension list:%s]", name, v.excludeFileExtList.c_str());
-    }
-}
-
-void LogValues(const ScanGroup& group, const UidField& uid, const ScanGroupValues& values) {
-    const wchar_t* const who = uid.IsEmpty() ? kServerWide : uid.CStr();
-    switch (group.kind) {
-        case ScanGroupKind::Main:
-            return LogMain(group, who, values);
-        case ScanGroupKind::Exclusion:
-            return LogExclusion(group, who, values);
-        case ScanGroupKind::Spyware:
-            return LogSpyware(group, uid, values);
-    }
+CCmdProtocol FieldsOf(const std::wstring& answer) {
+    return CCmdProtocol(answer.data(), static_cast<int64_t>(answer.size() * sizeof(wchar_t)));
 }
 
 // The texts of a main or an exclusion group, from the answer's fields.
 void TakeTexts(const ScanGroup& group, const std::wstring& answer, ScanGroupValues& values) {
-    CCmdProtocol fields(answer.data(), static_cast<int64_t>(answer.size() * sizeof(wchar_t)));
+    CCmdProtocol fields = FieldsOf(answer);
     if (group.kind == ScanGroupKind::Exclusion) {
         fields >> values.excludedFolder >> values.excludedFile >> values.excludedExt;
         return;
@@ -86,8 +46,19 @@ bool GetFromDatabase(const ScanGroup& group, ScanGroupValues& values, const UidF
     if (hasTexts) {
         TakeTexts(group, texts, values);
     }
-    LogValues(group, uid, values);
+    LogScanValues(group, uid, values);
     return !hasTexts || !texts.empty();
+}
+
+// Unlike in the sections of the scan groups, blanks stand around the equals sign, and the count follows the items.
+void AppendSessions(std::wstring& out, CCmdProtocol& answer) {
+    uint32_t count = 0;
+    std::wstring session;
+    for (answer >> session; !session.empty(); answer >> session) {
+        out.append(L"RestoreSession_").append(std::to_wstring(count)).append(L" = ").append(session).append(L"\n");
+        ++count;
+    }
+    out.append(L"RestoreSessionCount = ").append(std::to_wstring(count)).append(L"\n");
 }
 
 }  // namespace
@@ -99,7 +70,7 @@ bool GetScanGroup(const ScanGroup& group, ScanGroupValues& values, const wchar_t
         return GetFromDatabase(group, values, field, bResetCfgFlag);
     }
     ReadScanGroupIni(ScanIniCache(), group, values);
-    LogValues(group, field, values);
+    LogScanValues(group, field, values);
     return true;
 }
 
@@ -128,5 +99,18 @@ bool cmdhm_GetAllScanCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFl
     if (bResetCfgFlag) {
         dbSetConfFlagW(field.CStr(), 0, wrb::kAllScanConfigFlags);
     }
+    return true;
+}
+
+bool cmdhm_GetSpyRestoreList(std::wstring& out, const wchar_t* uid) {
+    out.clear();
+    std::wstring sessions;
+    if (!dbGetBackupLogAllSessionsW(wrb::UidField(uid).CStr(), sessions, 0) || sessions.empty()) {
+        return false;
+    }
+    out = L"[Spyware Restore Session]\n";
+    CCmdProtocol answer = wrb::FieldsOf(sessions);
+    wrb::AppendSessions(out, answer);
+    WRB_LOG(kLogDebug8, L"[cmdhm_GetSpyRestoreList] [%s]", out.c_str());
     return true;
 }

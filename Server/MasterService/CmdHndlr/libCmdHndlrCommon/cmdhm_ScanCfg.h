@@ -12,7 +12,7 @@
 
 namespace wrb {
 
-// The values of one group, set anew; after a failure they are not to be used.
+// The values of one group, set anew. Do not use them after a failure.
 bool GetScanGroup(const ScanGroup& group, ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
 
 // The group's section, alone in `out`, which is empty after a failure.
@@ -23,14 +23,10 @@ template <ScanType type, ScanGroupKind kind>
 bool GetCfg(ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag) {
     return GetScanGroup(FindScanGroup(type, kind), values, uid, bResetCfgFlag);
 }
-template <ScanType type, ScanGroupKind kind>
-bool GetAndExportCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag) {
-    return GetAndExportScanGroup(FindScanGroup(type, kind), out, uid, bResetCfgFlag);
-}
 
 }  // namespace wrb
 
-// The two families of functions that other command handlers build on: each an instance of a template above.
+// The family of functions that other command handlers build on: each an instance of the template above.
 inline constexpr auto cmdhm_GetMSCfg = wrb::GetCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Main>;
 inline constexpr auto cmdhm_GetRTCfg = wrb::GetCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Main>;
 inline constexpr auto cmdhm_GetPSCfg = wrb::GetCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Main>;
@@ -43,23 +39,6 @@ inline constexpr auto cmdhm_GetSpyMSCfg = wrb::GetCfg<wrb::ScanType::MS, wrb::Sc
 inline constexpr auto cmdhm_GetSpyRTCfg = wrb::GetCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Spyware>;
 inline constexpr auto cmdhm_GetSpyPSCfg = wrb::GetCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Spyware>;
 inline constexpr auto cmdhm_GetSpySNCfg = wrb::GetCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Spyware>;
-
-inline constexpr auto cmdhm_GetAndExportMSCfg = wrb::GetAndExportCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_GetAndExportRTCfg = wrb::GetAndExportCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_GetAndExportPSCfg = wrb::GetAndExportCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_GetAndExportSNCfg = wrb::GetAndExportCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_GetAndExportMSCfgEx =
-    wrb::GetAndExportCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_GetAndExportRTCfgEx =
-    wrb::GetAndExportCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_GetAndExportPSCfgEx =
-    wrb::GetAndExportCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_GetAndExportSNCfgEx =
-    wrb::GetAndExportCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_GetAndExportSpyMSCfg = wrb::GetAndExportCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Spyware>;
-inline constexpr auto cmdhm_GetAndExportSpyRTCfg = wrb::GetAndExportCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Spyware>;
-inline constexpr auto cmdhm_GetAndExportSpyPSCfg = wrb::GetAndExportCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Spyware>;
-inline constexpr auto cmdhm_GetAndExportSpySNCfg = wrb::GetAndExportCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Spyware>;
 
 // All twelve sections of an agent, alone in `out`, which is empty after a failure. There is no server-wide form:
 // without a uid the database knows no such agent.

@@ -10,7 +10,7 @@
 #include "INICache.h"
 #include "QmAgentClient.h"
 #include "ScanCfgIni.h"
-#include "ScanUpdateLog.h"
+#include "ScanLog.h"
 #include "UidField.h"
 
 namespace wrb {
@@ -75,21 +75,12 @@ bool SetIni(const ScanGroup& group, const ScanUpdate& update, const ScanGroupVal
     return written.complete;
 }
 
-bool SetAgent(const ScanGroup& group, const wchar_t* uid, const ScanUpdate& update, const ScanGroupValues& values) {
+bool SetDatabase(const ScanGroup& group, DbTarget target, const ScanUpdate& update, const ScanGroupValues& values) {
     const bool sent =
-        SetDbScanGroup(group, uid, update, values) &&
-        (group.kind != ScanGroupKind::Exclusion || SetDbScanFlags(group.type, uid, update.value, update.mask)) &&
-        dbSetConfFlagW(uid, group.configFlag, 0);
-    LogScanUpdate(group, ScanUpdateLevel::Agent, uid, update, values);
-    return sent;
-}
-
-bool SetAll(const ScanGroup& group, const ScanUpdate& update, const ScanGroupValues& values) {
-    const bool sent =
-        SetAllDbScanGroup(group, update, values) &&
-        (group.kind != ScanGroupKind::Exclusion || SetAllDbScanFlags(group.type, update.value, update.mask)) &&
-        dbSetAllConfFlgW(group.configFlag, 0);
-    LogScanUpdate(group, ScanUpdateLevel::All, L"", update, values);
+        SetDbScanGroup(group, target, update, values) &&
+        (group.kind != ScanGroupKind::Exclusion || SetDbScanFlags(group.type, target, update.value, update.mask)) &&
+        (target ? dbSetConfFlagW(*target, group.configFlag, 0) : dbSetAllConfFlgW(group.configFlag, 0));
+    LogScanUpdate(group, target ? ScanUpdateLevel::Agent : ScanUpdateLevel::All, target.value_or(L""), update, values);
     return sent;
 }
 
@@ -102,9 +93,9 @@ bool SetScanGroup(const ScanGroup& group, CCmdProtocol& message, const wchar_t* 
     const UidField field(uid);
     bool stored = ini && SetIni(group, update, values);
     if (!field.IsEmpty()) {
-        stored = SetAgent(group, field.CStr(), update, values);
+        stored = SetDatabase(group, field.CStr(), update, values);
     } else if (allAgents) {
-        stored = SetAll(group, update, values);
+        stored = SetDatabase(group, kEveryAgent, update, values);
     }
     return stored;
 }

@@ -47,7 +47,7 @@ TEST_F(DbAnswers, NumberIsReadAsFarAsItGoes) {
     for (const auto& [answer, number] : cases) {
         m_answer = answer;
         uint32_t read = 99;
-        EXPECT_TRUE(dbGetClientPlatW(L"uid", read));
+        EXPECT_TRUE(dbGetClientPlatW(L"uid", read, 0));
         EXPECT_EQ(read, number) << answer;
     }
 }
@@ -57,7 +57,7 @@ TEST_F(DbAnswers, TextComesAsItIs) {
                                      std::wstring(600'000, L'\u00E9')}) {
         m_answer = WideBytes(text) + (text.size() == 10 ? "x" : "");  // half a character is not looked at
         std::wstring read = L"old";
-        EXPECT_TRUE(dbGetClnDomainNameAndUidW(L"uid", read));
+        EXPECT_TRUE(dbGetClnDomainNameAndUidW(L"uid", read, 0));
         EXPECT_TRUE(read == text) << text.size();
     }
 }

@@ -9,9 +9,7 @@
 
 #include "CalendarTime.h"
 #include "DbAgent.h"
-#include "DbAllScan.h"
 #include "DbCommands.h"
-#include "DbFirewall.h"
 #include "DbScanCfg.h"
 #include "DbScanUpdate.h"
 #include "DbTransport.h"
@@ -104,8 +102,10 @@ const Case kCases[] = {
     WRB_SCAN_WRITES(Sn, kMain, kSpyware),
     Write(DbCommand::SetAllConfFlg, L"65536 65537", dbSetAllConfFlgW, 65536, 65537),
     {DbCommand::SetConfFlag, kByUid + L"0 115975 0", [] { return dbSetConfFlagW(kUid, 0, 0x1C507); }},
-    Write(DbCommand::SetExcludeList, kByUid + L"16384 folder file ", dbSetExcludeListW, kUid, 0x4000, Values()),
-    Write(DbCommand::SetAllExcList, L"256 folder file ", dbSetAllExcListW, 0x100, Values()),
+    Write(DbCommand::SetExcludeList, kByUid + L"16384 folder file ", wrb::SetDbScanGroup,
+          FindScanGroup(wrb::ScanType::RT, wrb::ScanGroupKind::Exclusion), kUid, {}, Values()),
+    Write(DbCommand::SetAllExcList, L"256 folder file ", wrb::SetDbScanGroup,
+          FindScanGroup(wrb::ScanType::MS, wrb::ScanGroupKind::Exclusion), wrb::kEveryAgent, {}, Values()),
     {DbCommand::SetStatus, kByUid + L"3 4294967295 0", [] { return dbSetStatusW(kUid, 3, 0xFFFFFFFF); }},
     Write(DbCommand::SetPrivilege, kByUid + L"1 3 2 4", dbSetPrivilegeW, kUid, {1, 2}, {3, 4}),
     Write(DbCommand::SetCfwActId, L" policy", dbSetCfwActIdW, nullptr, L"policy"),

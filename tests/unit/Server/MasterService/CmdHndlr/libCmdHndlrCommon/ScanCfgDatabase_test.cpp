@@ -35,29 +35,25 @@ auto Answering(const Answers& answers) {
 
 // In the order of ExpectedScanSections. In the log, `@` stands for the uid and the flags, each in brackets.
 constexpr struct {
-    bool (*getAndExport)(std::wstring&, const wchar_t*, bool);
     const wchar_t* command;
     const wchar_t* bit;
     const wchar_t* log;
 } kGroups[] = {
-    {cmdhm_GetAndExportMSCfg, L"DB_GET_MSCF", L"1",
-     L"get ms:@[21][-3][4][.EXE][C:\\move][C:\\move][Joke-1-2;Universe-5]\n"},
-    {cmdhm_GetAndExportRTCfg, L"DB_GET_RTCF", L"2",
-     L"get rt:@[21][-3][4][.EXE][C:\\move][C:\\move][Joke-1-2;Universe-5]\n"},
-    {cmdhm_GetAndExportPSCfg, L"DB_GET_PSCF", L"4",
+    {L"DB_GET_MSCF", L"1", L"get ms:@[21][-3][4][.EXE][C:\\move][C:\\move][Joke-1-2;Universe-5]\n"},
+    {L"DB_GET_RTCF", L"2", L"get rt:@[21][-3][4][.EXE][C:\\move][C:\\move][Joke-1-2;Universe-5]\n"},
+    {L"DB_GET_PSCF", L"4",
      L"get ps:@[21][-3][4][1][2][3][4][5][6][7][8][.EXE][C:\\move][C:\\move][Joke-1-2;Universe-5]\n"},
-    {cmdhm_GetAndExportSNCfg, L"DB_GET_SNCF", L"1024",
-     L"get sn:@[21][-3][4][.EXE][C:\\move][C:\\move][Joke-1-2;Universe-5]\n"},
-    {cmdhm_GetAndExportMSCfgEx, L"DB_GET_MSCF", L"256", L"get msex:@[C:\\a][b.txt][.log]\n"},
-    {cmdhm_GetAndExportRTCfgEx, L"DB_GET_RTCF", L"16384", L"get rtex:@[C:\\a][b.txt][.log]\n"},
-    {cmdhm_GetAndExportPSCfgEx, L"DB_GET_PSCF", L"32768", L"get psex:@[C:\\a][b.txt][.log]\n"},
-    {cmdhm_GetAndExportSNCfgEx, L"DB_GET_SNCF", L"65536", L"get snex:@[C:\\a][b.txt][.log]\n"},
-    {cmdhm_GetAndExportSpyMSCfg, L"DB_GET_SPYWARE_MSCF", L"1",
+    {L"DB_GET_SNCF", L"1024", L"get sn:@[21][-3][4][.EXE][C:\\move][C:\\move][Joke-1-2;Universe-5]\n"},
+    {L"DB_GET_MSCF", L"256", L"get msex:@[C:\\a][b.txt][.log]\n"},
+    {L"DB_GET_RTCF", L"16384", L"get rtex:@[C:\\a][b.txt][.log]\n"},
+    {L"DB_GET_PSCF", L"32768", L"get psex:@[C:\\a][b.txt][.log]\n"},
+    {L"DB_GET_SNCF", L"65536", L"get snex:@[C:\\a][b.txt][.log]\n"},
+    {L"DB_GET_SPYWARE_MSCF", L"1",
      L"[cmdhm_GetSpyMSCfg]@\n[cmdhm_GetSpyMSCfg][Exclusion - file extension list:MP3;AVI]\n"},
-    {cmdhm_GetAndExportSpyRTCfg, L"DB_GET_SPYWARE_RTCF", L"2", L"[cmdhm_GetSpyRTCfg]@\n"},
-    {cmdhm_GetAndExportSpyPSCfg, L"DB_GET_SPYWARE_PSCF", L"4",
+    {L"DB_GET_SPYWARE_RTCF", L"2", L"[cmdhm_GetSpyRTCfg]@\n"},
+    {L"DB_GET_SPYWARE_PSCF", L"4",
      L"[cmdhm_GetSpyPSCfg]@\n[cmdhm_GetSpyPSCfg][Exclusion - file extension list:MP3;AVI]\n"},
-    {cmdhm_GetAndExportSpySNCfg, L"DB_GET_SPYWARE_SNCF", L"1024",
+    {L"DB_GET_SPYWARE_SNCF", L"1024",
      L"[cmdhm_GetSpySNCfg]@\n[cmdhm_GetSpySNCfg][Exclusion - file extension list:MP3;AVI]\n"},
 };
 
@@ -90,7 +86,7 @@ TEST(ScanCfgDatabase, AGroupIsAskedForRenderedAndResetAndEmptyWithoutOneOfItsAns
     std::wstring out = L"old";
     for (std::size_t i = 0; i < std::size(kGroups); ++i) {
         SCOPED_TRACE(i);
-        const auto& [getAndExport, command, bit, log] = kGroups[i];
+        const auto& [command, bit, log] = kGroups[i];
         const wrb::test::ExpectedSection& section = ExpectedScanSections()[i];
         const Answers whole = StoredAnswers(command, section.kind);
         std::vector<std::wstring> requests{command + agent + L"0"};
@@ -103,7 +99,7 @@ TEST(ScanCfgDatabase, AGroupIsAskedForRenderedAndResetAndEmptyWithoutOneOfItsAns
             }
             const FakeDbService db(Answering(whole));
             TakeOwnText();
-            EXPECT_TRUE(getAndExport(out, kUid, reset));
+            EXPECT_TRUE(wrb::GetAndExportScanGroup(section.Group(), out, kUid, reset));
             EXPECT_EQ(out, section.Text(kUid, kStored));
             EXPECT_EQ(TakeOwnText(), ExpectedLog(log, out));
             EXPECT_EQ(RequestLines(db, requests.size()), requests);
@@ -112,7 +108,7 @@ TEST(ScanCfgDatabase, AGroupIsAskedForRenderedAndResetAndEmptyWithoutOneOfItsAns
             Answers answers = whole;
             answers.erase(missing.first);
             const FakeDbService db(Answering(answers));
-            EXPECT_FALSE(getAndExport(out, kUid, true));
+            EXPECT_FALSE(wrb::GetAndExportScanGroup(section.Group(), out, kUid, true));
             EXPECT_EQ(out, L"");
             EXPECT_EQ(RequestLines(db, 1).size() == 1, missing.first != L"DB_GET_EXTRA");
         }

@@ -1,0 +1,19 @@
+// The log lines of scan settings that were read or updated, at level 8. docs/commands.md lists those of an update.
+#pragma once
+
+#include "DbScanUpdate.h"
+#include "ScanGroup.h"
+#include "UidField.h"
+
+namespace wrb {
+
+// An empty uid stands for the server-wide settings.
+void LogScanValues(const ScanGroup& group, const UidField& uid, const ScanGroupValues& values);
+
+enum class ScanUpdateLevel { Agent, All, Ini };
+
+// `uid` is used at the agent's level only.
+void LogScanUpdate(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update,
+                   const ScanGroupValues& values);
+
+}  // namespace wrb
