@@ -14,7 +14,8 @@ constexpr wchar_t kSeparator = L'|';
 
 std::vector<std::wstring_view> ItemsOf(const IniListKeys& keys, std::wstring_view list) {
     std::vector<std::wstring_view> items;
-    for (; HasIniItem(list); list.remove_prefix(std::min(list.size(), items.back().size() + 1))) {
+    for (; !list.empty() && list.front() != kSeparator;
+         list.remove_prefix(std::min(list.size(), items.back().size() + 1))) {
         if (items.size() == kMostListItems) {
             WRB_LOG(kLogWarning, L"%s - items beyond the first %d are left out", std::wstring(keys.count).c_str(),
                     static_cast<int>(kMostListItems));
@@ -26,10 +27,6 @@ std::vector<std::wstring_view> ItemsOf(const IniListKeys& keys, std::wstring_vie
 }
 
 }  // namespace
-
-bool HasIniItem(std::wstring_view list) noexcept {
-    return !list.empty() && list.front() != kSeparator;
-}
 
 std::wstring FormatIniKey(const wchar_t* format, std::size_t number) {
     return FormatWide(format, static_cast<int>(number));

@@ -14,7 +14,7 @@ namespace wrb {
 // An answer must not grow without end. The three digits of "%03d" are a least width: item 1000 is Item1000.
 inline constexpr std::size_t kMostListItems = 65'535;
 
-// A protected item longer than this is cut, with a line in the log: it cannot be read any more.
+// A protected item longer than this is cut, with a line in the log, and cannot be read.
 inline constexpr std::size_t kLongestProtectedItem = 1536;
 
 struct IniListKeys {
@@ -24,9 +24,6 @@ struct IniListKeys {
 
 // Gives an item the form in which agents get it.
 using IniItemProtection = std::function<std::wstring(std::wstring_view item)>;
-
-// Whether a list has any item: "" and "|a" have none.
-bool HasIniItem(std::wstring_view list) noexcept;
 
 // Appends the items, protected, then their count. Throws what `protect` throws, and for lack of memory.
 void AppendProtectedIniList(std::wstring& out, const IniListKeys& keys, std::wstring_view list,

@@ -1,7 +1,7 @@
 // The INI text that goes to agents: "[section]" lines and "key=value" lines, each ended by a single "\n", no blank
 // line in between. Values stand as they are: nothing is quoted or escaped, an empty value leaves "key=".
 //
-// Everything here appends and never clears. Nothing can fail but for lack of memory.
+// Everything here appends. Throws only for lack of memory.
 #pragma once
 
 #include <cstdint>
@@ -17,8 +17,8 @@ void AppendIniBool(std::wstring& out, std::wstring_view key, bool bit);
 
 namespace wrb {
 
-// The same lines, many in a row: they gather in a small buffer and reach the text in long runs, which is what makes a
-// section of thirty short lines cheap. The text is complete after Finish; what was gathered and not finished is lost.
+// The same lines through a small buffer, which makes a section of thirty short lines cheap. The text is complete after
+// Finish; what was written after it is lost.
 class IniWriter {
   public:
     explicit IniWriter(std::wstring& out) noexcept : m_out(out) {}

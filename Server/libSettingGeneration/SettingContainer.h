@@ -1,7 +1,7 @@
 // Setting containers: one group of an agent's settings as the database hands it over. A container renders itself as INI
 // text and travels in binary messages.
 //
-// Containers are plain values of one thread: made on the stack, filled, rendered once, destroyed.
+// A container belongs to one thread.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 #include "ISerializer.h"
 #include "ScanGroup.h"
 
-// Base of every container. What renders, ExportToIni, is not virtual: callers always know the concrete type.
+// Base of every container. ExportToIni is not virtual: callers know the concrete type.
 class CSettingContainer : public ISerializable {
   public:
     // Both walk the fields in the order in which the container declares them.

@@ -67,10 +67,6 @@ void wrb::AllScanConfig::Deserialize(ISerializer& serializer) {
     }
 }
 
-void wrb::AllScanConfig::Clear() {
-    *this = wrb::AllScanConfig();
-}
-
 bool wrb::AllScanLists::HasText() const noexcept {
     return std::ranges::any_of(scans, [](const Lists& lists) {
         return std::ranges::any_of(kLists, [&](auto member) { return !(lists.*member).empty(); });
@@ -93,8 +89,4 @@ void wrb::AllScanLists::Deserialize(ISerializer& serializer) {
             Read(in, scans[scan].*member);
         }
     }
-}
-
-void wrb::AllScanLists::Clear() {
-    *this = wrb::AllScanLists();
 }

@@ -32,7 +32,7 @@ struct AllScanConfig : ISerializable {
 
     void Deserialize(ISerializer& serializer) override;
     void Serialize(ISerializer& serializer) const override;
-    void Clear() override;
+    void Clear() override { *this = {}; }
 };
 
 // DBV2_CLIENT_GET_ALL_SCAN_EX: the lists, which most agents do not have. For each scan type:
@@ -53,7 +53,7 @@ struct AllScanLists : ISerializable {
 
     void Deserialize(ISerializer& serializer) override;
     void Serialize(ISerializer& serializer) const override;
-    void Clear() override;
+    void Clear() override { *this = {}; }
 };
 
 }  // namespace wrb

@@ -1,8 +1,8 @@
-// The commands of the database server as data, shared by the client (which builds the requests) and by a back end
-// (which answers them): name on the wire, shape of the answer, fields. DbCommands.inc holds the rows.
+// The commands of the database server as data, for the client and for a back end: name on the wire, shape of the
+// answer, fields. DbCommands.inc holds the rows.
 //
 // Text commands are a CCmdProtocol text: name, reply id, request fields. The reply id names the reply pipe "DbCln_%d";
-// -1 stands there when no answer is wanted. Commands whose answer is Message are serialized instead.
+// -1 stands there when no answer is wanted. Commands with the answer Message are serialized.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@
 enum class DbAnswer : uint8_t {
     None,     // a write: nothing comes back
     Number,   // one decimal number
-    Text,     // the text as it came; fields in it are the caller's business
+    Text,     // the text as it came
     Record,   // a fixed list of fields, TAB between them
     List,     // any number of fields, TAB between them; an empty one ends the list
     Message,  // serialized: a message whose body is one record
@@ -29,7 +29,7 @@ namespace wrb {
 
 struct DbCommandRow {
     const wchar_t* name;
-    const char* requestFields;  // names of the fields behind the reply id, ", " between them
+    const char* requestFields;  // names of the fields after the reply id, ", " between them
     const char* answerFields;   // the same for the answer; a description where the number of fields is open
     DbCommand id;
     DbAnswer answer;

@@ -1,9 +1,8 @@
-// The bits of the two privilege words: what an agent's user may do and is shown. Only bits that this system reads or
-// writes are named; the others belong to the database's other clients and must be left as they are, which the masks of
-// dbSetPrivilegeW see to.
+// The bits of the two privilege words: what an agent's user may do and is shown. Bits without a name here belong to the
+// database's other clients; the masks of dbSetPrivilegeW leave them as they are.
 //
-// A bit's number runs through both words: 0 to 31 are word 1, 32 to 63 are word 2. A set bit means on. The comments
-// give the key under which an agent knows the switch. docs/wire-formats.md has the same rows.
+// Bits 0 to 31 are in word 1, 32 to 63 in word 2. A set bit means on. The comments give the agent's key of the switch.
+// docs/wire-formats.md has the same rows.
 #pragma once
 
 #include <cstdint>

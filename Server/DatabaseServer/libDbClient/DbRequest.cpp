@@ -1,7 +1,6 @@
 #include "DbRequest.h"
 
 #include <cstring>
-#include <cwchar>
 
 #include "AgentUid.h"
 #include "DebugLog.h"
@@ -76,7 +75,7 @@ bool wrb::AskDbRecord(const wchar_t* name, CCmdProtocol& fields, const wchar_t* 
 bool wrb::ReadDbMessage(DbCommand command, const wchar_t* uid, const wchar_t* caller, ISerializable& record) noexcept {
     return GuardCall(caller, [&] {
         CMsgSerializer message(DbName(command));
-        message << (uid == nullptr ? std::wstring() : std::wstring(uid, wcsnlen(uid, kUidCharacters)));
+        message << CutUid(uid);
         if (SendAndRecv(message, caller, kDbAnswerSeconds) != 1) {
             return false;
         }

@@ -4,8 +4,8 @@
 // Fields are what CCmdProtocol appends: wide texts (null counts as empty) and 32-bit numbers.
 //
 // Answers are read without trust: an odd last byte is dropped, a text where a number belongs reads as 0, missing fields
-// are empty or 0, spare ones are ignored, and everything but a plain text ends at its first NUL. A record or list must
-// have at least one byte: an empty answer is how the server says that it does not know the agent.
+// are empty or 0, spare ones are ignored, and everything but a plain text ends at its first NUL. An empty answer to a
+// request for a record or a list means that the server does not know the agent.
 //
 // AskDb... throw when memory is exhausted. ReadDb... and WriteDb guard their own call.
 #pragma once
@@ -28,7 +28,7 @@ bool AskDb(const CCmdProtocol& request, int32_t replyId, std::wstring& answer);
 
 std::wstring TextOfDbAnswer(const std::string& bytes);
 
-// Turns a record's answer into fields to read; false, and a log line, when there is no byte in it.
+// Turns a record's answer into fields to read. False, with a log line, when it is empty.
 bool OpenDbRecord(const std::wstring& answer, const wchar_t* name, CCmdProtocol& fields);
 
 template <typename... Fields>
@@ -58,7 +58,7 @@ bool ReadDbText(const wchar_t* name, std::wstring& answer, const wchar_t* uid, u
 // `parameters` are the request's fields, TAB between them; an empty text stands for no field.
 bool ReadDbPrebuilt(const wchar_t* name, std::wstring& answer, const std::wstring& parameters) noexcept;
 
-// The low 32 bits of the decimal number, so that a word comes whole with its sign or without.
+// The low 32 bits of the decimal number, which may have a sign.
 bool ReadDbNumber(const wchar_t* name, uint32_t& value, const wchar_t* uid, uint32_t number) noexcept;
 
 // A record that is nothing but numbers.

@@ -44,8 +44,7 @@ CCmdProtocol StartWrite(const WriteCommands& commands, DbTarget target) {
     return request;
 }
 
-// An exclusion group's list is stored under its configuration bit; the others carry value, mask and numbers. The words
-// are bits, so they go out unsigned; the numbers are settings and have a sign.
+// An exclusion group's list is stored under its configuration bit; the others carry value, mask and numbers.
 void AppendNumbers(CCmdProtocol& request, const ScanGroup& group, const ScanUpdate& update,
                    const ScanGroupValues& values) {
     if (group.kind == ScanGroupKind::Exclusion) {

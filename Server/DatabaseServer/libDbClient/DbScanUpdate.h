@@ -1,12 +1,11 @@
 // Writes of scan settings, to one agent's record or to every record.
 //
-// A write replaces the bits of the stored flag word that the mask names, and all numbers and texts of the group: those
-// that ScanGroup.h lists, without flags (the value takes its place) and without cleanFailedMoveDir, which the database
-// does not keep. The real-time spyware group has neither numbers nor a list: it is value and mask alone. A number goes
-// out with its sign, the words without. All return true once the bytes are on the pipe, whether or not the database
-// takes them; a false leaves a log line. None throws.
+// A write replaces the bits of the stored flag word that the mask names, and all numbers and texts of the group that
+// ScanGroup.h lists, but for cleanFailedMoveDir, which the database does not keep. The real-time spyware group is value
+// and mask alone. Numbers are sent signed, the words unsigned. All return true once the bytes are on the pipe, whether
+// or not the database takes them; a false leaves a log line. None throws.
 //
-// A text ends at its first NUL for the database, and with it the whole request: texts must not have one.
+// Texts must not have a NUL: the database would end the whole request there.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +18,7 @@ namespace wrb {
 struct ScanUpdate {
     uint32_t value = 0;  // the new option bits
     uint32_t mask = 0;   // which bits of the stored word they replace
-    uint32_t flag = 0;   // handed through to the database, which gives it no meaning; exclusion writes do not carry it
+    uint32_t flag = 0;   // sent to the database, which ignores it; exclusion writes do not carry it
 };
 
 // One agent's uid, or nothing for every agent.

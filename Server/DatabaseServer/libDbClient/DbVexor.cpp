@@ -4,32 +4,6 @@
 
 #include "DbRequest.h"
 #include "DebugLog.h"
-#include "Serializer.h"
-
-void tagVEXORPolicyItem::Serialize(ISerializer& serializer) const {
-    serializer.GetSerializer() << policyId << action << enable;
-}
-
-void tagVEXORPolicyItem::Deserialize(ISerializer& serializer) {
-    policyId.clear();
-    serializer.GetSerializer() >> policyId >> action >> enable;
-}
-
-void tagVEXORPolicyItem::Clear() {
-    *this = tagVEXORPolicyItem();
-}
-
-void wrb::CustomBmConfig::Serialize(ISerializer& serializer) const {
-    serializer.GetSerializer() << policies;
-}
-
-void wrb::CustomBmConfig::Deserialize(ISerializer& serializer) {
-    serializer.GetSerializer() >> policies;
-}
-
-void wrb::CustomBmConfig::Clear() {
-    policies.clear();
-}
 
 bool dbGetVexorBmCfgW(const wchar_t* uid, std::wstring& text, uint32_t number) noexcept {
     return wrb::GuardCall(L"dbGetVexorBmCfgW", [&] {

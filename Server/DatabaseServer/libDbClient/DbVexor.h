@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ISerializer.h"
+#include "Serializer.h"
 
 // What the administrator has set for one behaviour policy.
 //
@@ -15,9 +16,14 @@ struct tagVEXORPolicyItem : ISerializable {
     uint32_t action = 0;
     bool enable = false;
 
-    void Deserialize(ISerializer& serializer) override;
-    void Serialize(ISerializer& serializer) const override;
-    void Clear() override;
+    void Deserialize(ISerializer& serializer) override {
+        policyId.clear();
+        serializer.GetSerializer() >> policyId >> action >> enable;
+    }
+    void Serialize(ISerializer& serializer) const override {
+        serializer.GetSerializer() << policyId << action << enable;
+    }
+    void Clear() override { *this = {}; }
 };
 
 namespace wrb {
@@ -28,15 +34,15 @@ namespace wrb {
 struct CustomBmConfig : ISerializable {
     std::vector<tagVEXORPolicyItem> policies;
 
-    void Deserialize(ISerializer& serializer) override;
-    void Serialize(ISerializer& serializer) const override;
-    void Clear() override;
+    void Deserialize(ISerializer& serializer) override { serializer.GetSerializer() >> policies; }
+    void Serialize(ISerializer& serializer) const override { serializer.GetSerializer() << policies; }
+    void Clear() override { policies.clear(); }
 };
 
 }  // namespace wrb
 
-// The configuration as one text. False when it could not be had, with a log line.
+// The configuration as one text. False, with a log line, when the request failed.
 bool dbGetVexorBmCfgW(const wchar_t* uid, std::wstring& text, uint32_t number = 0) noexcept;
 
-// `cfg` is not to be used after a false. Waits at most 600 seconds.
+// Do not use `cfg` after a false. Waits at most 600 seconds.
 bool dbGetVexorCustomBmCfgW(const wchar_t* uid, wrb::CustomBmConfig& cfg) noexcept;

@@ -3,10 +3,10 @@
 #include <array>
 #include <string>
 
+#include "AgentUid.h"
 #include "CmdProtocol.h"
 #include "CommandFields.h"
 #include "CommandHandler.h"
-#include "UidField.h"
 #include "cmdhm_ScanCfgUpdate.h"
 
 namespace wrb {
@@ -27,8 +27,8 @@ bool SetAllExclusions(CCmdProtocol& message, const wchar_t* uid) {
 }
 
 bool SetPrivileges(CCmdProtocol& message, const wchar_t* uid, std::span<const DbPrivilegeBit> bits) {
-    const UidField field(uid);
-    if (field.IsEmpty()) {
+    const std::wstring field = CutUid(uid);
+    if (field.empty()) {
         WRB_LOG(kLogError, L"%s - UID is empty", L"cmdhm_SetPrivileges");
         return false;
     }
@@ -40,7 +40,7 @@ bool SetPrivileges(CCmdProtocol& message, const wchar_t* uid, std::span<const Db
             AddPrivilege(value, bit);
         }
     }
-    return dbSetPrivilegeW(field.CStr(), value, mask);
+    return dbSetPrivilegeW(field.c_str(), value, mask);
 }
 
 // The misspelled name is part of the log text.

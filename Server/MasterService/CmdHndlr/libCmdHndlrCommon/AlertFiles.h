@@ -13,8 +13,8 @@ struct AlertFile {
     const wchar_t* lengthKey;
 };
 
-// In the order in which the files are read. Agents know the keys as they are: "AlertWRS" goes with "AlertWSR.MSG", and
-// "LenFirewallf" has an f at its end. Type 0 stands first; it is the type of every number that is not listed.
+// In the order in which the files are read. Agents know the keys "AlertWRS" (of "AlertWSR.MSG") and "LenFirewallf" in
+// this spelling. Type 0 comes first: it is the type of every number that is not listed.
 inline constexpr AlertFile kAlertFiles[] = {
     {0, L"ALERT.MSG", L"AlertAV", L"LenAV"},
     {1, L"ALERTCFW.MSG", L"AlertFirewall", L"LenFirewallf"},
@@ -31,10 +31,9 @@ inline constexpr AlertFile kAlertFiles[] = {
     {15, L"AlertSABLEX.MSG", L"AlertSablx", L"LenSablx"},
 };
 
-// The order in which a section shows them, as positions in the list above: the first twelve, then the settings, then
-// the last.
+// The order of a section, as positions in the list above: the first twelve, then the settings, then the last.
 inline constexpr std::size_t kAlertsBeforeSettings[] = {0, 2, 1, 3, 4, 5, 6, 7, 9, 10, 11, 8};
-inline constexpr std::size_t kAlertBehindSettings = 12;
+inline constexpr std::size_t kAlertAfterSettings = 12;
 
 constexpr const AlertFile& FindAlertFile(int32_t type) {
     for (const AlertFile& file : kAlertFiles) {

@@ -12,12 +12,11 @@ namespace wrb {
 
 using AllScanValues = std::array<ScanGroupValues, kScanGroupCount>;  // in the order of kScanGroups
 
-// Takes the texts out of the records. Two quirks of the combined answer are kept because agents in the field expect
-// them: there is one move folder a scan type, so cleanFailedMoveDir is moveDir; and the exclusion group of scan now has
-// the option word of the prescheduled scan.
+// Takes the texts out of the records. As agents expect, cleanFailedMoveDir is moveDir, and the exclusion group of scan
+// now has the option word of the prescheduled scan.
 AllScanValues TakeAllScanValues(AllScanConfig&& config, AllScanLists&& lists);
 
-// Appends the twelve sections. Allocates the room in `out` and a scratch string, nothing else.
+// Appends the twelve sections. Allocates the room in `out` and one string more.
 void ExportAllScanGroups(std::wstring& out, std::wstring_view uid, const AllScanValues& values);
 
 }  // namespace wrb

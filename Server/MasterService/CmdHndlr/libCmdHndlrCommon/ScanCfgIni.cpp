@@ -10,7 +10,7 @@ namespace {
 
 constexpr uint32_t kLongestText = 65535;
 
-// Reads one section; the text buffer is made for the first text and serves them all.
+// Reads one section. All texts are read into one buffer.
 class SectionReader {
   public:
     SectionReader(CINICache& ini, const ScanGroup& group) : m_ini(ini), m_section(group.section.data()) {}

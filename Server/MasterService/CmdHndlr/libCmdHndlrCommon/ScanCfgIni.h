@@ -1,5 +1,5 @@
-// The server-wide scan settings: what the scan INI holds, and the defaults of what it does not. Any thread; writers of
-// one section are not kept apart.
+// The server-wide scan settings of the scan INI, with defaults for missing keys. Any thread; two writers of one section
+// may mix their keys.
 #pragma once
 
 #include <cstdint>
@@ -10,17 +10,16 @@
 
 namespace wrb {
 
-// Reads every setting of the group's section (ScanGroup.h gives keys and defaults) into `values`, which it sets anew. A
-// switch is on when its number is greater than 0. A main group also takes the switch of its exclusion section into its
-// option word. Throws only for lack of memory.
+// Reads every setting of the group's section (ScanGroup.h gives keys and defaults) into `values`, set anew. A switch is
+// on when its number is greater than 0. A main group's option word also gets the switch of its exclusion section.
+// Throws only for lack of memory.
 void ReadScanGroupIni(CINICache& ini, const ScanGroup& group, ScanGroupValues& values);
 
 // A line of the file cannot hold a line break or a NUL.
 bool FitsAnIniLine(std::wstring_view text) noexcept;
 
-// Whether the text fits and is also read back as it was. The file loses blanks and TABs at either end, a pair of quotes
-// around the whole, characters that the ANSI code page lacks (they turn into others, mostly "?"), and what lies beyond
-// 65535 bytes in that code page.
+// Whether the text fits and is read back as it was. The file loses blanks and TABs at either end, a pair of quotes
+// around the text, characters that the ANSI code page lacks, and what is beyond 65535 bytes in that code page.
 bool SurvivesAnIniFile(std::wstring_view text);
 
 struct ScanIniWrite {
@@ -28,10 +27,9 @@ struct ScanIniWrite {
     uint32_t bitsStored = 0;  // the option bits of the switches that were written
 };
 
-// Writes every setting of the group's section, and of no other, texts as they stand: see above what the file keeps of
-// them. When one of them does not fit, nothing at all is written. A key that cannot be written does not keep the others
-// from being written; each such key costs the cache's attempts, 0.6 seconds. Either leaves a log line. Throws only for
-// lack of memory.
+// Writes every setting of the group's section, texts as they stand. When a text does not fit a line, nothing is
+// written. A key that cannot be written costs the cache's attempts, 0.6 seconds, and the others are written. Either
+// leaves a log line. Throws only for lack of memory.
 ScanIniWrite WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const ScanGroupValues& values);
 
 }  // namespace wrb

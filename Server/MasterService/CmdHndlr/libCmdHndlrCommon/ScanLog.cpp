@@ -27,8 +27,8 @@ void AddNumbers(std::wstring& line, const ScanGroup& group, const ScanGroupValue
 }
 
 // Of a main or an exclusion group.
-std::wstring ValuesLine(const ScanGroup& group, const UidField& uid, const ScanGroupValues& values) {
-    const wchar_t* const who = uid.IsEmpty() ? L"ini" : uid.CStr();
+std::wstring ValuesLine(const ScanGroup& group, const std::wstring& uid, const ScanGroupValues& values) {
+    const wchar_t* const who = uid.empty() ? L"ini" : uid.c_str();
     std::wstring line = FormatWide(L"get %s:[%s][%08x]", group.logTag.data(), who, values.flags);
     AddNumbers(line, group, values);
     for (const ScanText member : group.texts) {
@@ -37,9 +37,9 @@ std::wstring ValuesLine(const ScanGroup& group, const UidField& uid, const ScanG
     return line;
 }
 
-std::wstring SpywareValuesLine(const ScanGroup& group, const UidField& uid, uint32_t flags) {
-    return uid.IsEmpty() ? FormatWide(L"[cmdhm_Get%sIni][%08x]", group.name.data(), flags)
-                         : FormatWide(L"[cmdhm_Get%s][%s][%08x]", group.name.data(), uid.CStr(), flags);
+std::wstring SpywareValuesLine(const ScanGroup& group, const std::wstring& uid, uint32_t flags) {
+    return uid.empty() ? FormatWide(L"[cmdhm_Get%sIni][%08x]", group.name.data(), flags)
+                       : FormatWide(L"[cmdhm_Get%s][%s][%08x]", group.name.data(), uid.c_str(), flags);
 }
 
 void LogSpywareList(const wchar_t* verb, const ScanGroup& group, const ScanGroupValues& values) {
@@ -50,18 +50,22 @@ void LogSpywareList(const wchar_t* verb, const ScanGroup& group, const ScanGroup
 }
 
 // The database keeps one move folder.
-bool ShowsBothFolders(const ScanGroup& group, ScanUpdateLevel level) {
-    return level == ScanUpdateLevel::Ini || (level == ScanUpdateLevel::All && group.type == ScanType::RT);
+bool ShowsText(const ScanGroup& group, ScanUpdateLevel level, ScanText member) {
+    return member != &ScanGroupValues::cleanFailedMoveDir || level == ScanUpdateLevel::Ini ||
+           (level == ScanUpdateLevel::All && group.type == ScanType::RT);
 }
 
-const wchar_t* Who(ScanUpdateLevel level, const wchar_t* uid, const wchar_t* everyAgent) {
-    return level == ScanUpdateLevel::Agent ? uid : level == ScanUpdateLevel::All ? everyAgent : L"ini";
-}
-
-std::wstring MainLine(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update,
-                      const ScanGroupValues& values) {
-    std::wstring line =
-        FormatWide(L"set %s:[%s][%08x][%08x]", group.logTag.data(), Who(level, uid, L"All"), update.value, update.mask);
+// Of a main or an exclusion group, which differ in a blank and in the word for every agent. Of exclusion groups the
+// real-time line of the INI has no bit and no flag.
+std::wstring SettingsLine(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update,
+                          const ScanGroupValues& values) {
+    const bool isExclusion = group.kind == ScanGroupKind::Exclusion;
+    const wchar_t* const everyAgent = isExclusion ? L"all" : L"All";
+    const wchar_t* const who = level == ScanUpdateLevel::Agent ? uid
+                               : level == ScanUpdateLevel::All ? everyAgent
+                                                               : L"ini";
+    std::wstring line = FormatWide(isExclusion ? L"set %s :[%s][%08x][%08x]" : L"set %s:[%s][%08x][%08x]",
+                                   group.logTag.data(), who, update.value, update.mask);
     AddNumbers(line, group, values);
     for (const ScanRow& row : group.rows) {
         if (group.type == ScanType::PS && row.kind == ScanRowKind::Choice) {
@@ -69,22 +73,11 @@ std::wstring MainLine(const ScanGroup& group, ScanUpdateLevel level, const wchar
         }
     }
     for (const ScanText member : group.texts) {
-        if (member != &ScanGroupValues::cleanFailedMoveDir || ShowsBothFolders(group, level)) {
+        if (ShowsText(group, level, member)) {
             Add(line, values.*member);
         }
     }
-    return line;
-}
-
-// The blank before the colon is part of the log text. The real-time line of the INI has no bit and no flag.
-std::wstring ExclusionLine(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update,
-                           const ScanGroupValues& values) {
-    std::wstring line = FormatWide(L"set %s :[%s][%08x][%08x]", group.logTag.data(), Who(level, uid, L"all"),
-                                   update.value, update.mask);
-    for (const ScanText member : group.texts) {
-        Add(line, values.*member);
-    }
-    if (level != ScanUpdateLevel::Ini || group.type != ScanType::RT) {
+    if (isExclusion && (level != ScanUpdateLevel::Ini || group.type != ScanType::RT)) {
         Add(line, group.configFlag);
         Add(line, update.flag);
     }
@@ -102,22 +95,9 @@ std::wstring SpywareLine(const ScanGroup& group, ScanUpdateLevel level, const wc
     return line + FormatWide(L"[%08x][%08x]", update.value, update.mask);
 }
 
-std::wstring UpdateLine(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update,
-                        const ScanGroupValues& values) {
-    switch (group.kind) {
-        case ScanGroupKind::Main:
-            return MainLine(group, level, uid, update, values);
-        case ScanGroupKind::Exclusion:
-            return ExclusionLine(group, level, uid, update, values);
-        case ScanGroupKind::Spyware:
-            break;
-    }
-    return SpywareLine(group, level, uid, update);
-}
-
 }  // namespace
 
-void LogScanValues(const ScanGroup& group, const UidField& uid, const ScanGroupValues& values) {
+void LogScanValues(const ScanGroup& group, const std::wstring& uid, const ScanGroupValues& values) {
     const bool isSpyware = group.kind == ScanGroupKind::Spyware;
     WRB_LOG(kLogDebug8, L"%s",
             (isSpyware ? SpywareValuesLine(group, uid, values.flags) : ValuesLine(group, uid, values)).c_str());
@@ -126,7 +106,10 @@ void LogScanValues(const ScanGroup& group, const UidField& uid, const ScanGroupV
 
 void LogScanUpdate(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update,
                    const ScanGroupValues& values) {
-    WRB_LOG(kLogDebug8, L"%s", UpdateLine(group, level, uid, update, values).c_str());
+    const bool isSpyware = group.kind == ScanGroupKind::Spyware;
+    WRB_LOG(
+        kLogDebug8, L"%s",
+        (isSpyware ? SpywareLine(group, level, uid, update) : SettingsLine(group, level, uid, update, values)).c_str());
     LogSpywareList(L"Set", group, values);
 }
 

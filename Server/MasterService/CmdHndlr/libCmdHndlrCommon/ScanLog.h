@@ -1,14 +1,15 @@
 // The log lines of scan settings that were read or updated, at level 8. docs/commands.md lists those of an update.
 #pragma once
 
+#include <string>
+
 #include "DbScanUpdate.h"
 #include "ScanGroup.h"
-#include "UidField.h"
 
 namespace wrb {
 
 // An empty uid stands for the server-wide settings.
-void LogScanValues(const ScanGroup& group, const UidField& uid, const ScanGroupValues& values);
+void LogScanValues(const ScanGroup& group, const std::wstring& uid, const ScanGroupValues& values);
 
 enum class ScanUpdateLevel { Agent, All, Ini };
 

@@ -10,7 +10,7 @@ using Threads = uint32_t TicketThreads::*;
 
 struct TicketRow {
     const char* key;
-    uint32_t defaultValue;  // for a key that has no thread number for its default
+    uint32_t defaultValue;  // unless a thread number is the default
     Threads defaultThreads;
 };
 
@@ -39,7 +39,7 @@ TicketThreads TicketSettings::Threads() const {
     const auto read = [this](const char* key, int32_t defaultValue) {
         return m_scanIni.readINIInt("INI_SERVER_SECTION", key, defaultValue);
     };
-    // The second key has the server's own spelling.
+    // The second key is misspelled in the INI file.
     return {read("Command_Handler_Static_Thread_Number", 20), read("Command_Handler_Maxium_Thread_Number", 40)};
 }
 

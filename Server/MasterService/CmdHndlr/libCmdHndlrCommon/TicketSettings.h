@@ -1,5 +1,4 @@
-// The settings of the log-upload ticket as they take effect: for the ticket itself and for whoever shows them.
-// docs/settings.md has the keys.
+// The settings of the log-upload ticket, with defaults and bounds applied. docs/settings.md has the keys.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +8,8 @@
 namespace wrb {
 
 enum class TicketSetting : uint32_t {
-    Free,         // so many clients upload without further ado
-    Ahead,        // so many while the queue is short
+    Free,         // clients admitted at once
+    Ahead,        // clients admitted while the queue is short
     Rate,         // clients a second, never 0
     MaxWaitTime,  // the times are in seconds
     UploadTime,
@@ -18,7 +17,7 @@ enum class TicketSetting : uint32_t {
     kCount
 };
 
-// The server's thread numbers, by which the first two settings are defaulted and bounded.
+// The server's thread numbers: defaults and upper bound of the first two settings.
 struct TicketThreads {
     uint32_t fixed;
     uint32_t maximum;

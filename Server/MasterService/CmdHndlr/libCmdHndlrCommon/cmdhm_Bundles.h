@@ -10,26 +10,26 @@
 #include <string>
 
 #include "AgentProtection.h"
+#include "AgentUid.h"
 #include "BundleContainers.h"
 #include "DbAgent.h"
 #include "DbBundle.h"
 #include "DebugLog.h"
-#include "UidField.h"
 
 namespace wrb {
 
 // The getter without what only a traced one logs.
 template <typename Values>
-bool AskAndRender(std::wstring& section, const UidField& uid, bool bResetCfgFlag) {
+bool AskAndRender(std::wstring& section, const std::wstring& uid, bool bResetCfgFlag) {
     constexpr BundleLog log = kBundle<Values>.log;
     AgentProtection protection(log.getter);
     BundleContainer<Values> container([&](std::wstring_view item) { return protection.Protect(item); });
-    WRB_LOG(kLogDebug8, log.enter, log.getter, uid.CStr(), static_cast<int>(bResetCfgFlag));
-    if (!AskDbBundle<Values>(uid.CStr(), container.m_content, log.getter)) {
+    WRB_LOG(kLogDebug8, log.enter, log.getter, uid.c_str(), static_cast<int>(bResetCfgFlag));
+    if (!AskDbBundle<Values>(uid.c_str(), container.m_content, log.getter)) {
         WRB_LOG(kLogDebug8, log.failed, log.getter);
         return false;
     }
-    container.m_uid = uid.View();
+    container.m_uid = uid;
     container.ExportToIni(section);
     if (log.traced) {
         WRB_LOG(kLogDebug8, L"%s - strOutput = %s", log.getter, section.c_str());
@@ -40,7 +40,7 @@ bool AskAndRender(std::wstring& section, const UidField& uid, bool bResetCfgFlag
 template <typename Values>
 bool GetBundle(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag) {
     constexpr Bundle<Values> bundle = kBundle<Values>;
-    const UidField uid(pszUid);
+    const std::wstring uid = CutUid(pszUid);
     std::wstring section;
     if (bundle.log.traced) {
         WRB_LOG(kLogDebug8, L"%s - >>>", bundle.log.getter);
@@ -54,7 +54,7 @@ bool GetBundle(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag) {
     }
     out += section;
     if (bResetCfgFlag && bundle.configBit != 0) {
-        dbSetConfFlagW(uid.CStr(), 0, bundle.configBit);
+        dbSetConfFlagW(uid.c_str(), 0, bundle.configBit);
     }
     return true;
 }

@@ -47,7 +47,7 @@ bool ReadMessageFile(std::wstring& output, const std::wstring& home, const wchar
         CreateFileW(path, FILE_READ_DATA, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     wchar_t text[kTextCharacters] = {};
     DWORD bytesRead = 0;
-    if (file) {  // without one the message is empty, which is no error: an administrator may take a text away
+    if (file) {  // a missing file is an empty message: the administrator may remove a text
         ReadFile(file.Get(), text, kBytesUsed, &bytesRead, nullptr);
     }
     AppendWithLineFeeds(output, text);
@@ -107,7 +107,7 @@ bool cmdhm_GetClnAlertMsgIni(std::wstring& output, const wchar_t* fileName) {
     return ReadMessageFile(output, wrb::HomeFolder(), fileName);
 }
 
-// One look at the home folder for all files: it stands in the registry, which costs as much as a file.
+// Reads the home folder once for all files: it is in the registry, which costs as much as a file.
 bool wrb::MakeAlertSection(std::wstring& output) {
     const std::wstring home = wrb::HomeFolder();
     std::array<std::wstring, std::size(kAlertFiles)> messages;
@@ -118,13 +118,13 @@ bool wrb::MakeAlertSection(std::wstring& output) {
         characters += messages[i].size();
     }
     output.clear();
-    output.reserve(characters * 3 + 4096);  // two bytes a character grow to at most three characters
+    output.reserve(characters * 3 + 4096);  // each character becomes at most three
     output = L"[Alert Message]\n";
     for (const std::size_t i : kAlertsBeforeSettings) {
         AppendMessage(output, kAlertFiles[i], messages[i]);
     }
     AppendSettings(output);
-    AppendMessage(output, kAlertFiles[kAlertBehindSettings], messages[kAlertBehindSettings]);
+    AppendMessage(output, kAlertFiles[kAlertAfterSettings], messages[kAlertAfterSettings]);
     return anyRead;
 }
 

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "AgentUid.h"
 #include "AllScanValues.h"
 #include "CmdProtocol.h"
 #include "CustomAction.h"
@@ -12,7 +13,6 @@
 #include "INICache.h"
 #include "ScanCfgIni.h"
 #include "ScanLog.h"
-#include "UidField.h"
 
 namespace wrb {
 namespace {
@@ -34,14 +34,15 @@ void TakeTexts(const ScanGroup& group, const std::wstring& answer, ScanGroupValu
     CompleteCustomAction(ScanIniCache(), values.custAction);
 }
 
-bool GetFromDatabase(const ScanGroup& group, ScanGroupValues& values, const UidField& uid, bool bResetCfgFlag) {
+bool GetFromDatabase(const ScanGroup& group, ScanGroupValues& values, const std::wstring& uid, bool bResetCfgFlag) {
     const bool hasTexts = group.kind != ScanGroupKind::Spyware;
     std::wstring texts;
-    if (!GetDbScanGroup(group, uid.CStr(), values) || (hasTexts && !dbGetExtraW(uid.CStr(), group.configFlag, texts))) {
+    if (!GetDbScanGroup(group, uid.c_str(), values) ||
+        (hasTexts && !dbGetExtraW(uid.c_str(), group.configFlag, texts))) {
         return false;
     }
     if (bResetCfgFlag) {
-        dbSetConfFlagW(uid.CStr(), 0, group.configFlag);
+        dbSetConfFlagW(uid.c_str(), 0, group.configFlag);
     }
     if (hasTexts) {
         TakeTexts(group, texts, values);
@@ -65,8 +66,8 @@ void AppendSessions(std::wstring& out, CCmdProtocol& answer) {
 
 bool GetScanGroup(const ScanGroup& group, ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag) {
     values = {};
-    const UidField field(uid);
-    if (!field.IsEmpty()) {
+    const std::wstring field = CutUid(uid);
+    if (!field.empty()) {
         return GetFromDatabase(group, values, field, bResetCfgFlag);
     }
     ReadScanGroupIni(ScanIniCache(), group, values);
@@ -80,7 +81,7 @@ bool GetAndExportScanGroup(const ScanGroup& group, std::wstring& out, const wcha
     if (!GetScanGroup(group, values, uid, bResetCfgFlag)) {
         return false;
     }
-    ExportScanGroup(out, group, UidField(uid).View(), values);
+    ExportScanGroup(out, group, CutUid(uid), values);
     return true;
 }
 
@@ -88,16 +89,16 @@ bool GetAndExportScanGroup(const ScanGroup& group, std::wstring& out, const wcha
 
 bool cmdhm_GetAllScanCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag) {
     out.clear();
-    const wrb::UidField field(uid);
+    const std::wstring field = wrb::CutUid(uid);
     wrb::AllScanConfig config;
     wrb::AllScanLists lists;
-    if (!dbGetClnAllScanCfgW(field.CStr(), config, L"cmdhm_GetAllScanCfg") ||
-        (config.hasExtra && !dbGetClnAllScanExW(field.CStr(), lists, L"cmdhm_GetAllScanCfg")) || !config.hasConfig) {
+    if (!dbGetClnAllScanCfgW(field.c_str(), config, L"cmdhm_GetAllScanCfg") ||
+        (config.hasExtra && !dbGetClnAllScanExW(field.c_str(), lists, L"cmdhm_GetAllScanCfg")) || !config.hasConfig) {
         return false;
     }
-    wrb::ExportAllScanGroups(out, field.View(), wrb::TakeAllScanValues(std::move(config), std::move(lists)));
+    wrb::ExportAllScanGroups(out, field, wrb::TakeAllScanValues(std::move(config), std::move(lists)));
     if (bResetCfgFlag) {
-        dbSetConfFlagW(field.CStr(), 0, wrb::kAllScanConfigFlags);
+        dbSetConfFlagW(field.c_str(), 0, wrb::kAllScanConfigFlags);
     }
     return true;
 }
@@ -105,7 +106,7 @@ bool cmdhm_GetAllScanCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFl
 bool cmdhm_GetSpyRestoreList(std::wstring& out, const wchar_t* uid) {
     out.clear();
     std::wstring sessions;
-    if (!dbGetBackupLogAllSessionsW(wrb::UidField(uid).CStr(), sessions, 0) || sessions.empty()) {
+    if (!dbGetBackupLogAllSessionsW(wrb::CutUid(uid).c_str(), sessions, 0) || sessions.empty()) {
         return false;
     }
     out = L"[Spyware Restore Session]\n";

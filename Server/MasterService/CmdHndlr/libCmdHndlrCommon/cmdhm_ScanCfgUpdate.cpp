@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "AgentUid.h"
 #include "CmdProtocol.h"
 #include "CommandFields.h"
 #include "DbAgent.h"
@@ -11,21 +12,19 @@
 #include "QmAgentClient.h"
 #include "ScanCfgIni.h"
 #include "ScanLog.h"
-#include "UidField.h"
 
 namespace wrb {
 namespace {
 
 constexpr uint32_t kEnableBit = 0x1;  // of the real-time word
 
-// A text ends at its first NUL, as it would for the database server; cut here, it does not take the fields behind it
-// along.
+// A text ends at its first NUL. It is cut here because the database server would end the whole request there.
 void ReadText(CCmdProtocol& message, std::wstring& text) {
     message >> text;
     text.resize(std::min(text.size(), text.find(L'\0')));
 }
 
-// The member `flags` becomes the update's value.
+// The member `flags` is the update's value.
 ScanGroupValues ReadFields(const ScanGroup& group, CCmdProtocol& message) {
     ScanGroupValues values;
     for (const ScanRow* const row : group.updateRows) {
@@ -90,10 +89,10 @@ bool SetScanGroup(const ScanGroup& group, CCmdProtocol& message, const wchar_t* 
                   uint32_t flag) {
     const ScanGroupValues values = ReadFields(group, message);
     const ScanUpdate update{.value = values.flags, .mask = group.updateMask, .flag = flag};
-    const UidField field(uid);
+    const std::wstring field = CutUid(uid);
     bool stored = ini && SetIni(group, update, values);
-    if (!field.IsEmpty()) {
-        stored = SetDatabase(group, field.CStr(), update, values);
+    if (!field.empty()) {
+        stored = SetDatabase(group, field.c_str(), update, values);
     } else if (allAgents) {
         stored = SetDatabase(group, kEveryAgent, update, values);
     }

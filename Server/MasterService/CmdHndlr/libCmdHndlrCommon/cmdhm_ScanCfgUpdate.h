@@ -1,21 +1,12 @@
 // Update of scan settings: of one agent or of all in the database, and of the server as a whole in the scan INI.
+// docs/commands.md describes the fields and the levels.
 //
-// `message` stands at the first setting: the fields of the group's updateRows (ScanGroup.h; docs/commands.md writes
-// them out), of which missing ones are empty. A switch is on only by exactly "1"; a number is read as far as its digits
-// go, and a text as far as its first NUL.
+// `message` stands at the first setting; missing fields are empty. Levels are written in this order: the scan INI with
+// `ini`; then the agent `uid`, cut to 36 characters, or else, when it is null or empty, every agent with `allAgents`.
+// `flag` goes to the database as it is; of an exclusion group it goes into the log line only.
 //
-// Levels, in the order in which they are written: the scan INI with `ini`; then the agent `uid`, cut to 36 characters,
-// or else, when that is null or empty, every agent with `allAgents`. An agent's record gets the bits of the group's
-// mask only, and with it the group's configuration-changed bit, so that the agent fetches the group again. The INI has
-// no such bit and takes every bit. `flag` goes to the database as it is, which gives it no meaning; of an exclusion
-// group it goes no further than the log line.
-//
-// The INI level of the real-time group tells the central-management agent the group's new switch, once it is in the
-// file. ScanCfgIni.h says which texts the file refuses or does not keep whole.
-//
-// The result is that of the last level written; false when there was none to write. Of a level that fails, what was
-// written stays. A write to the database counts as done once its bytes are on the pipe. Throws only for lack of
-// memory. Any thread.
+// The result is that of the last level written; false when there was none. A level that fails stays partly written. A
+// write to the database counts as done once its bytes are on the pipe. Throws only for lack of memory. Any thread.
 #pragma once
 
 #include <cstdint>
