@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <numeric>
 
 #include "CapturedLog.h"
 
@@ -23,24 +22,6 @@ TEST(IniText, HelpersAppendOneLineEach) {
     out.clear();
     AppendIniSection(out, std::wstring(1021, L's'));
     EXPECT_EQ(out, L"[" + std::wstring(1021, L's') + L"]");
-}
-
-// Lengths around every size at which lines are copied or handed on differently, at every fill of the writer's buffer.
-TEST(IniText, LinesOfEveryLengthStayWholeAndInOrder) {
-    std::wstring letters(3000, L'a');
-    std::iota(letters.begin(), letters.end(), L'a');
-    std::wstring out;
-    std::wstring expected;
-    wrb::IniWriter writer(out);
-    for (std::size_t length = 0; length < 2200; length += length < 70 ? 1 : 37) {
-        const std::wstring key = letters.substr(0, length % 40);
-        const std::wstring head = letters.substr(1, length);
-        const std::wstring tail = letters.substr(2, length / 3);
-        writer.Line(key, head, tail);
-        expected.append(key).append(L"=").append(head).append(tail).append(L"\n");
-    }
-    writer.Finish();
-    EXPECT_EQ(out, expected);
 }
 
 TEST(IniList, ItemsThenTheirCount) {
