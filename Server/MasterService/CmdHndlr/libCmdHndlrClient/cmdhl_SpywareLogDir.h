@@ -6,6 +6,6 @@
 //
 // Walks nothing while the server is not running (its stop event does not exist). Ends when it finds the stop event
 // signalled, and after the 10,000th entry, with a line in the debug log. A record that finds the feedback log busy for
-// three seconds is dropped; after three such records the rest is dropped without waiting. One line at the end gives
+// three seconds is dropped; after three such records the others are tried without waiting. One line at the end gives
 // the number dropped.
 void cmdhl_ScanSpywareLogDir(const char* directory);
