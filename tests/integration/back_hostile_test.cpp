@@ -1,5 +1,4 @@
 // What wrbback does with clients that mean no good, and with a command line that is wrong.
-#include <gtest/gtest.h>
 
 #include <algorithm>
 

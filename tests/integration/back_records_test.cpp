@@ -1,9 +1,8 @@
 // The log pool, the central-management agent and the agent-command service: through the library's own clients, and past
 // them.
-#include <gtest/gtest.h>
-
 #include <memory>
 #include <mutex>
+#include <sstream>
 
 #include "BackEnd.h"
 #include "MsgSerializer.h"
@@ -28,7 +27,7 @@ constexpr char kRestoreRow[] =
     R"({"TBL":"TBL_RESTORE_LOG","COL":{"LOGID":"l","UID":"u","RECV_TIME":"2024-01-31 23:59:59","LOG_TYPE":-1,)"
     R"("RESULT":2147483647},"VER":3,"CATEGORY":"RestoreLogFieldInfo"})";
 
-constexpr FirewallLogEntry kEntry = {kFullAgent, L"20240131", L"235959", L"192.0.2.17",   L"2001:db8::1", 6, 0,
+constexpr FirewallLogEntry kEntry = {kFullAgent, L"20240131", L"235959", L"192.0.2.17",   L"2001:db8::1", 6, 9,
                                      1,          65535,       2,         L"C:\\\xFC.exe", L"info",        0};
 
 std::string LogMessage(const wchar_t* command, const std::string& json) {
@@ -68,10 +67,11 @@ TEST(BackRecords, WhatTheClientsSendIsShownAsItWasSent) {
     shown += ExpectRun(kBackEnd, {L"log-pool", L"--db", database, L"--json"}, 0);
     for (const char* part :
          {"CMDHQM_EVENT_RTS_STATUS_CHANGE        0\n", "WC_SET_SPYWARE_LOG_EVENT              -2\n",
-          "192.0.2.17\\t2001:db8::1\\t6\\t0\\t1\\t65535\\t2\\t0\\tC:\\\xC3\xBC.exe\\tinfo\n", R"({"TBL_CFW_LOG": [)",
+          "192.0.2.17\\t2001:db8::1\\t6\\t9\\t1\\t65535\\t2\\t0\\tC:\\\xC3\xBC.exe\\tinfo\n", R"({"TBL_CFW_LOG": [)",
           R"("DATE":"2024-01-31 23:59:59")", R"("LOCAL_HOST":"00000000000000000000FFFFC0000211")",
           R"("REMOTEHOST":"20010DB8000000000000000000000001")", "\"PV_NAME\":\"C:\\\\\xC3\xBC.exe\\tinfo\"",
-          R"("PORT":65535)", R"(], "TBL_RESTORE_LOG": [)", R"("LOG_TYPE":-1)", R"("RESULT":7)"}) {
+          R"("PORT":65535)", R"("PROTOCOL":6)", R"("SUBTYPE":1)", R"("TYPE":9)", R"("LOG_TYPE":0)", R"("DIRECTION":2)",
+          R"(], "TBL_RESTORE_LOG": [)", R"("LOG_TYPE":-1)", R"("RESULT":7)"}) {
         EXPECT_NE(shown.find(part), std::string::npos) << part << shown;
     }
     const std::string one =
@@ -139,33 +139,15 @@ TEST_F(Records, OnlyWholeAndRightMessagesBecomeRows) {
         bad.emplace_back(pipe, bytes + "xx");
         bad.emplace_back(pipe, bytes + std::string(70'000, 'x'));
     }
-    const std::pair<const char*, const char*> kWrongRows[] = {
-        {"\"VER\":3", "\"VER\":4"},
-        {"\"VER\":3", "\"VER\":\"3\""},
-        {"TBL_CFW_LOG", "agent"},
-        {"CfwLogField", "CfwLog"},
-        {"{\"TBL\"", "{\"TBLX\""},
-        {"\"UID\":\"u\"", "\"UID\":1"},
-        {"\"UID\":\"u\",", ""},
-        {"23:59:59", "23:59"},
-        {"C0000211", "C000021z"},
-        {"C0000211", "C00002110"},
-        {"\"PORT\":65535", "\"PORT\":65536"},
-        {"\"PORT\":65535", "\"PORT\":-1"},
-        {"\"TYPE\":0", "\"TYPE\":0.5"},
-        {"\"TYPE\":0", "\"TYPE\":1e300"},
-        {"\"TYPE\":0", "\"TYPE\":null"},
-        {"\"TYPE\":0,", ""},
-        {"\"TYPE\":0", "\"TYPE\":0,\"X\":0"},
-        {"\"TYPE\":0", "\"TYPE\":0,\"TYPE\":0"},
-        {"\"VER\":3", "\"VER\":3 // 3"},
-        {"{\"TBL\"", "{\"X\":0,\"TBL\""},
-        {"\"COL\":{", "\"COL\":[[[[[[[[[[[{"},
-        {"\"TYPE\":0", "\"TYPE\":[0]"},
-        {"\"VER\":3", "\"VER\":18446744073709551619"},
-    };
-    for (const auto& [part, by] : kWrongRows) {
-        bad.emplace_back(kLogPoolPipe, LogMessage(kSendCfwLog, Replaced(kCfwRow, part, by)));
+    // A part of the row and what takes its place, "-" for nothing.
+    std::istringstream wrongRows(R"("VER":3 "VER":4  "VER":3 "VER":"3"  "VER":3 "VER":18446744073709551619
+        "VER":3 "VER":3//3  TBL_CFW_LOG agent  CfwLogField CfwLog  {"TBL" {"TBLX"  {"TBL" {"X":0,"TBL"
+        "COL":{ "COL":[[[[[[[[[[[{  "UID":"u" "UID":1  "UID":"u", -  23:59:59 23:59  C0000211 C000021z
+        C0000211 C00002110  "PORT":65535 "PORT":65536  "PORT":65535 "PORT":-1  "TYPE":0 "TYPE":0.5
+        "TYPE":0 "TYPE":1e300  "TYPE":0 "TYPE":null  "TYPE":0, -  "TYPE":0 "TYPE":0,"X":0
+        "TYPE":0 "TYPE":0,"TYPE":0  "TYPE":0 "TYPE":[0])");
+    for (std::string part, by; wrongRows >> part >> by;) {
+        bad.emplace_back(kLogPoolPipe, LogMessage(kSendCfwLog, Replaced(kCfwRow, part, by == "-" ? "" : by)));
     }
     for (const auto& [pipe, bytes] : bad) {
         SendBytes(pipe, bytes);

@@ -1,5 +1,4 @@
 // wrbctl make-key, and what wrbhost says without a key.
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <optional>

@@ -1,6 +1,5 @@
 // The three one-way clients against fakes of their services: bytes on the pipe, results and log lines.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <json/reader.h>
 #include <json/writer.h>
 
@@ -75,15 +74,6 @@ TEST(ServiceClients, TextsTravelWithTheirNul) {
     for (const auto& [send, text] : cases) {
         EXPECT_EQ(OneMessage(kQmAgentPipe, send), wrb::test::WideBytes(text + L'\0')) << wrb::WideToUtf8(text);
     }
-}
-
-TEST(ServiceClients, FirewallLogIsARowOfThePool) {
-    EXPECT_EQ(RowOf(L"CMDLOGV2_SEND_CFWLOG", [] { return cmdlog_SendCfwLog(kEntry); }),
-              R"({"CATEGORY":"CfwLogFieldInfo","COL":{"DATE":"2024-01-31 23:59:58","DIRECTION":1,)"
-              R"("LOCAL_HOST":"00000000000000000000FFFF0A000007","LOG_TYPE":0,"PORT":443,"PROTOCOL":6,)"
-              "\"PV_NAME\":\"C:\\\\\xC3\x9C\\t\\\"x\\\"\\tinfo\","
-              R"("REMOTEHOST":"FE800000000000000000000000000001","SUBTYPE":2,"TYPE":65535,"UID":"uid-1"},)"
-              R"("TBL":"TBL_CFW_LOG","VER":3})");
 }
 
 // The row is written by hand: the JSON writer must make the same of it, whatever the texts hold.

@@ -31,18 +31,10 @@ void ExpectText(Container& container, Container copy, const std::wstring& expect
     }
 }
 
-TEST(BundleContainers, AddressesAreProtectedOneByOne) {
-    const auto star = [](std::wstring_view item) { return L"*" + std::wstring(item); };
-    CSettingContainerWtpSetting wtp(star);
-    wtp.m_content = tagClientWCSConfig({0x9, 1, 2, 3, 4, 5, 6, 0xFFFFFFFF, L"a|b", L"", L"c||d", L"e"});
-    ExpectText(wtp, CSettingContainerWtpSetting(star),
-               L"[Web Threat Protection]\nEnablePolicyIn=1\nEnablePolicyOut=0\nSecurityLevelIn=1\nSecurityLevelOut=2\n"
-               L"SendLogIn=0\nSendLogOut=1\nURLFilterCfgFlag_InOffice=3\nURLFilterCfgFlag_OutOffice=4\n"
-               L"URLFilterQueryMode_InOffice=5\nURLFilterRatingLevel_InOffice=6\nURLFilterRatingLevel_OutOffice=-1\n"
-               L"URLFilterAWSL_InOffice000=*a\nURLFilterAWSL_InOffice001=*b\nURLFilterAWSLCount_InOffice=2\n"
-               L"URLFilterAWSLCount_OutOffice=0\nURLFilterBlackList_InOffice000=*c\n"
-               L"URLFilterBlackListCount_InOffice=1\nURLFilterBlackList_OutOffice000=*e\n"
-               L"URLFilterBlackListCount_OutOffice=1\n");
+TEST(BundleContainers, ValuesStandInTheirOrder) {
+    CSettingContainerAggrScanSetting aggr;
+    aggr.m_content = tagClientAggrScanConfig({0x1, 2, 0xFFFFFFFF});
+    ExpectText(aggr, {}, L"[AggrScan Settings]\nEnableMitre=1\nAggreDetectFlag=2\nAggreDetectFlagForIProduct=-1\n");
 }
 
 TEST(BundleContainers, ItemsAreNumbered) {

@@ -2,7 +2,6 @@
 #include "DebugLog.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <array>
 #include <ctime>

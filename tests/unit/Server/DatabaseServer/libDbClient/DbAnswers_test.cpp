@@ -1,7 +1,6 @@
 // How answers of every shape are read, the sound ones and the others, and what comes of a server that is absent or
 // silent.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "CapturedLog.h"
 #include "CmdProtocol.h"
@@ -82,11 +81,7 @@ TEST_F(DbAnswers, ListEndsAtTheFirstEmptyItem) {
 std::vector<std::wstring> LogOf(const std::function<void()>& call) {
     TakeCapturedLog();
     call();
-    std::vector<std::wstring> texts;
-    for (CapturedLine& line : TakeCapturedLog()) {
-        texts.push_back(std::move(line.text));
-    }
-    return texts;
+    return TakeCapturedTexts();
 }
 
 TEST(DbFailures, AbsentServiceIsLoggedWithItsError) {

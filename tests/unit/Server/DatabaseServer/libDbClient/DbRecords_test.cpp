@@ -1,9 +1,7 @@
 // The commands and the records, held against docs/wire-formats.md.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <array>
-#include <cstring>
 #include <regex>
 #include <sstream>
 
@@ -136,31 +134,20 @@ TEST(DbAllScanRecord, ListsComeByScanTypeAndRealTimeHasOneLess) {
                        L"ext2", L"spy2", L"folder3", L"file3", L"ext3", L"spy3"));
 }
 
-// Reading ends in a record or in the serializer's exception, and nothing else.
 template <typename Record>
-void ExpectBoundedReading(const std::string& bytes) {
+void ExpectReadsOnlyTheWhole(const std::string& bytes) {
     Record record;
     for (std::size_t length = 0; length < bytes.size(); ++length) {
         EXPECT_THROW(Decode(bytes.substr(0, length), record), CIPCMsgBufferException) << length;
-    }
-    for (std::size_t offset = 0; offset + 4 <= bytes.size(); ++offset) {
-        for (const uint32_t word : {0u, 1u, 3u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
-            std::string changed = bytes;
-            std::memcpy(changed.data() + offset, &word, sizeof word);
-            try {
-                Decode(changed, record);
-            } catch (const CIPCMsgBufferException&) {
-            }
-        }
     }
     Decode(bytes, record);
     EXPECT_EQ(Encode(record), bytes);
 }
 
-TEST(DbRecords, CutOrChangedBytesThrowOneExceptionOnly) {
-    ExpectBoundedReading<wrb::AllScanConfig>(Encode(ExampleCfg()));
-    ExpectBoundedReading<wrb::AllScanLists>(Encode(ExampleLists()));
-    ExpectBoundedReading<wrb::CustomBmConfig>(Encode(ExampleBm()));
+TEST(DbRecords, ComeBackWholeAndCutBytesAreRefused) {
+    ExpectReadsOnlyTheWhole<wrb::AllScanConfig>(Encode(ExampleCfg()));
+    ExpectReadsOnlyTheWhole<wrb::AllScanLists>(Encode(ExampleLists()));
+    ExpectReadsOnlyTheWhole<wrb::CustomBmConfig>(Encode(ExampleBm()));
 }
 
 TEST(DbRecords, BundlesHaveTheFieldsOfThePage) {

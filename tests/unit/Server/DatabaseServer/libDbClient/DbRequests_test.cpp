@@ -1,5 +1,4 @@
 // What every function of the library puts on the pipe, against a database server that records it.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -138,23 +137,6 @@ TEST(DbRequests, EveryTextCommandSendsItsFields) {
     }
     for (const wrb::DbCommandRow& command : kDbCommands) {
         EXPECT_EQ(seen.contains(command.id), command.answer != DbAnswer::Message) << command.requestFields;
-    }
-}
-
-TEST(DbRequests, SerializedCommandsCarryTheUidInThirtySixCharacters) {
-    const FakeDbService service([](const DbRequest&) { return std::string(); });
-    wrb::AllScanConfig cfg;
-    wrb::CustomBmConfig bm;
-    dbGetClnAllScanCfgW((kByUid + L"beyond").c_str(), cfg, L"a");
-    dbGetVexorCustomBmCfgW(nullptr, bm);
-    const auto requests = service.WaitFor(2);
-    ASSERT_EQ(requests.size(), 2u);
-    for (const DbRequest& request : requests) {
-        const bool isFirst = &request == requests.data();
-        EXPECT_TRUE(request.IsMessage());
-        EXPECT_THAT(request.Texts(),
-                    testing::ElementsAre(isFirst ? L"DBV2_CLIENT_GET_ALL_SCAN_CFG" : L"DBV2_GET_VEXOR_CUSTOM_BM_CFG",
-                                         testing::StartsWith(L"0105" + request.Name()), isFirst ? kUid : L""));
     }
 }
 
