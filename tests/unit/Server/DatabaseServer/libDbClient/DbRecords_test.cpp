@@ -9,9 +9,7 @@
 #include "DbAllScanRecord.h"
 #include "DbBundle.h"
 #include "DbCommands.h"
-#include "DbVexor.h"
 #include "FakeDbService.h"
-#include "IPCMsgBufferException.h"
 #include "MsgSerializer.h"
 #include "TempFolder.h"
 #include "Text.h"
@@ -79,15 +77,6 @@ wrb::AllScanLists ExampleLists() {
     return lists;
 }
 
-wrb::CustomBmConfig ExampleBm() {
-    wrb::CustomBmConfig cfg;
-    cfg.policies.resize(2);
-    cfg.policies[0].policyId = L"policy";
-    cfg.policies[0].action = 7;
-    cfg.policies[1].enable = true;
-    return cfg;
-}
-
 template <typename... Fields>
 std::string Sequence(const Fields&... fields) {
     CSerializer serializer;
@@ -132,22 +121,6 @@ TEST(DbAllScanRecord, ListsComeByScanTypeAndRealTimeHasOneLess) {
     EXPECT_EQ(Encode(ExampleLists()),
               Sequence(L"folder0", L"file0", L"ext0", L"spy0", L"folder1", L"file1", L"ext1", L"folder2", L"file2",
                        L"ext2", L"spy2", L"folder3", L"file3", L"ext3", L"spy3"));
-}
-
-template <typename Record>
-void ExpectReadsOnlyTheWhole(const std::string& bytes) {
-    Record record;
-    for (std::size_t length = 0; length < bytes.size(); ++length) {
-        EXPECT_THROW(Decode(bytes.substr(0, length), record), CIPCMsgBufferException) << length;
-    }
-    Decode(bytes, record);
-    EXPECT_EQ(Encode(record), bytes);
-}
-
-TEST(DbRecords, ComeBackWholeAndCutBytesAreRefused) {
-    ExpectReadsOnlyTheWhole<wrb::AllScanConfig>(Encode(ExampleCfg()));
-    ExpectReadsOnlyTheWhole<wrb::AllScanLists>(Encode(ExampleLists()));
-    ExpectReadsOnlyTheWhole<wrb::CustomBmConfig>(Encode(ExampleBm()));
 }
 
 TEST(DbRecords, BundlesHaveTheFieldsOfThePage) {

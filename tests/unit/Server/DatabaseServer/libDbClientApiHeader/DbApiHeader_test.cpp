@@ -74,24 +74,5 @@ TEST(DbApiHeader, RefusesWhatIsNoFrame) {
     }
 }
 
-// Whatever is cut or changed, reading ends, and never with a request that begins anywhere but behind the frame.
-TEST(DbApiHeader, SurvivesEveryCutAndChangedByte) {
-    const std::string frame = SendFrame().bytes;
-    for (std::size_t offset = 0; offset < frame.size() - sizeof kRequest; ++offset) {
-        CDbApiHeaderContent content;
-        std::span<const uint8_t> request = Bytes(frame).first(offset);
-        EXPECT_EQ(ReadDbApiHeader(request, content), DbApiHeaderStatus::TooShort) << offset;
-        for (const char byte : {'\0', '\x02', '\x7F', '\xFF'}) {
-            std::string changed = frame;
-            changed[offset] = byte;
-            request = Bytes(changed);
-            const bool read = ReadDbApiHeader(request, content) == DbApiHeaderStatus::Ok;
-            const bool lengthChanged = changed.substr(4, 4) != frame.substr(4, 4);
-            EXPECT_TRUE(read ? lengthChanged || request.size() == sizeof kRequest : request.size() == changed.size())
-                << offset;
-        }
-    }
-}
-
 }  // namespace
 }  // namespace wrb::test
