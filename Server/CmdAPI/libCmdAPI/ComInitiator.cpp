@@ -2,6 +2,10 @@
 
 #include "DebugLog.h"
 
+// Log lines name the module that this file was part of.
+#undef WRB_SOURCE_NAME
+#define WRB_SOURCE_NAME "Server/CmdAPI/libCmdAPILogPool/ComInitiator.cpp"
+
 namespace UTIL {
 
 CComInitiator::CComInitiator(DWORD threadModel) : m_status(CoInitializeEx(nullptr, threadModel)) {

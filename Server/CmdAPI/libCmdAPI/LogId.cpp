@@ -8,6 +8,10 @@
 #include "DebugLog.h"
 #include "Text.h"
 
+// Log lines name the module that this file was part of.
+#undef WRB_SOURCE_NAME
+#define WRB_SOURCE_NAME "Server/CmdAPI/libCmdAPILogPool/LogId.cpp"
+
 bool cwCreateGUID(wchar_t* id, std::size_t capacity) {
     const UTIL::CComInitiator com(COINIT_MULTITHREADED);
     GUID guid{};

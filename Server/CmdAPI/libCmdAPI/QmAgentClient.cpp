@@ -44,7 +44,7 @@ int qmaSend(const CCmdProtocol& text) noexcept {
 }
 
 int qmaSendRtsStatusChange(uint32_t status) noexcept {
-    return wrb::GuardCall(L"qmaSendRtsStatusChange", [&] {
+    return wrb::GuardCall(WRB_HERE, L"qmaSendRtsStatusChange", [&] {
         CCmdProtocol text;
         text << kQmRtsStatusChange << status;
         return qmaSend(text);
@@ -52,5 +52,5 @@ int qmaSendRtsStatusChange(uint32_t status) noexcept {
 }
 
 int qmaSendFirewallLog(const wrb::FirewallLogEntry& entry) noexcept {
-    return wrb::GuardCall(L"qmaSendFirewallLog", [&] { return qmaSend(MakeFirewallLog(entry)); });
+    return wrb::GuardCall(WRB_HERE, L"qmaSendFirewallLog", [&] { return qmaSend(MakeFirewallLog(entry)); });
 }

@@ -4,6 +4,10 @@
 #include "MsgSerializer.h"
 #include "ServiceClient.h"
 
+// Log lines name the module that this file was part of.
+#undef WRB_SOURCE_NAME
+#define WRB_SOURCE_NAME "Server/MasterService/libWrbClient/WrbClient.cpp"
+
 namespace {
 
 int SendToWrbServer(CMsgSerializer& message) {
@@ -14,11 +18,11 @@ int SendToWrbServer(CMsgSerializer& message) {
 }  // namespace
 
 int wrbSendMessage(CMsgSerializer& message) noexcept {
-    return wrb::GuardCall(L"wrbSendMessage", [&] { return SendToWrbServer(message); });
+    return wrb::GuardCall(WRB_HERE, L"wrbSendMessage", [&] { return SendToWrbServer(message); });
 }
 
 int wrbSetSpywareLogEvent(int32_t event) noexcept {
-    return wrb::GuardCall(L"wrbSetSpywareLogEvent", [&] {
+    return wrb::GuardCall(WRB_HERE, L"wrbSetSpywareLogEvent", [&] {
         CMsgSerializer message(kWrbSpywareLogEvent);
         message << event;
         return SendToWrbServer(message);

@@ -8,6 +8,10 @@
 #include "MsgSerializer.h"
 #include "ServiceClient.h"
 
+// Log lines name the module that this file was part of.
+#undef WRB_SOURCE_NAME
+#define WRB_SOURCE_NAME "Server/CmdAPI/libCmdAPILogPool/cmdlog_OutputCmd.cpp"
+
 namespace {
 
 int SendToPool(CMsgSerializer& message) {
@@ -24,15 +28,15 @@ int SendRow(const wchar_t* command, const std::wstring& text) {
 }  // namespace
 
 int cmdlog_OutputCmd(CMsgSerializer& message) noexcept {
-    return wrb::GuardCall(L"cmdlog_OutputCmd", [&] { return SendToPool(message); });
+    return wrb::GuardCall(WRB_HERE, L"cmdlog_OutputCmd", [&] { return SendToPool(message); });
 }
 
 int cmdlog_SendCfwLog(const wrb::FirewallLogEntry& entry) noexcept {
-    return wrb::GuardCall(L"cmdlog_SendCfwLog", [&] { return SendRow(kSendCfwLog, wrb::CfwLogRow(entry)); });
+    return wrb::GuardCall(WRB_HERE, L"cmdlog_SendCfwLog", [&] { return SendRow(kSendCfwLog, wrb::CfwLogRow(entry)); });
 }
 
 int dbSetRestoreLogW(const wchar_t* uid, int32_t logType, int32_t result) noexcept {
-    return wrb::GuardCall(L"dbSetRestoreLogW", [&] {
+    return wrb::GuardCall(WRB_HERE, L"dbSetRestoreLogW", [&] {
         wchar_t logId[wrb::kLogIdCapacity];
         if (!cwCreateGUID(logId, wrb::kLogIdCapacity)) {
             WRB_LOG(kLogError, L"%s - Fail to create log ID", L"dbSetRestoreLogW");

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <span>
 
-#include "DebugLog.h"
+#include "CallGuard.h"
 #include "PipeClient.h"
 
 class CCmdProtocol;
@@ -36,14 +36,6 @@ constexpr Service ServiceWithPlainLines(const wchar_t* pipe) noexcept {
 constexpr Service ServiceWithPipeLines(const wchar_t* pipe, uint32_t level = kLogError) noexcept {
     return {pipe, L"init pipe client [%s] failed! err=[%d]", L"pipe [%s] send failed!. err=[%d]", pipe, level};
 }
-
-// The line of a source file that sends; failures are logged in its name.
-struct SourcePlace {
-    const wchar_t* file;
-    uint32_t line;
-};
-
-#define WRB_HERE (wrb::SourcePlace{WRB_SOURCE_FILE, __LINE__})
 
 // Bytes as they are; none are a connection and nothing else. Never throws.
 int SendToService(const Service& service, SourcePlace from, std::span<const uint8_t> bytes) noexcept;

@@ -45,7 +45,7 @@ bool dbSetSpecialLogW(const wchar_t* uid, uint32_t logType, const wchar_t* text)
 }
 
 bool dbSetSpecialLogA(const wchar_t* uid, uint32_t logType, const char* text, uint32_t codePage) noexcept {
-    return wrb::GuardCall(L"dbSetSpecialLogA", [&] {
+    return wrb::GuardCall(WRB_HERE, L"dbSetSpecialLogA", [&] {
         const char* bytes = text == nullptr ? "" : text;
         // The count includes the terminator, so that it is 0 only for a failure.
         const int count = MultiByteToWideChar(codePage, 0, bytes, -1, nullptr, 0);
@@ -62,7 +62,7 @@ bool dbSetSpecialLogA(const wchar_t* uid, uint32_t logType, const char* text, ui
 bool dbSetCfwLogCountW(const wchar_t* uid, int32_t number, const std::array<uint32_t, 6>& counters,
                        const wchar_t* timeStamp) noexcept {
     WRB_LOG(kLogDebug, L"%s - >>>", L"dbSetCfwLogCountW");
-    return wrb::GuardCall(L"dbSetCfwLogCountW", [&] {
+    return wrb::GuardCall(WRB_HERE, L"dbSetCfwLogCountW", [&] {
         const std::wstring stamp(timeStamp == nullptr ? L"" : timeStamp);
         const std::wstring time = stamp.size() > 8 ? stamp.substr(8, 6) : std::wstring();
         const int64_t seconds = ConvertDateTime(stamp.substr(0, 8).c_str(), time.c_str(), 0);

@@ -48,16 +48,17 @@ bool wrb::OpenDbRecord(const std::wstring& answer, const wchar_t* name, CCmdProt
 }
 
 bool wrb::ReadDbText(const wchar_t* name, std::wstring& answer, const wchar_t* uid, uint32_t number) noexcept {
-    return GuardCall(name, [&] { return AskDbText(name, answer, uid, number); });
+    return GuardCall(WRB_HERE, name, [&] { return AskDbText(name, answer, uid, number); });
 }
 
 bool wrb::ReadDbPrebuilt(const wchar_t* name, std::wstring& answer, const std::wstring& parameters) noexcept {
-    return GuardCall(
-        name, [&] { return parameters.empty() ? AskDbText(name, answer) : AskDbText(name, answer, parameters); });
+    return GuardCall(WRB_HERE, name, [&] {
+        return parameters.empty() ? AskDbText(name, answer) : AskDbText(name, answer, parameters);
+    });
 }
 
 bool wrb::ReadDbNumber(const wchar_t* name, uint32_t& value, const wchar_t* uid, uint32_t number) noexcept {
-    return GuardCall(name, [&] {
+    return GuardCall(WRB_HERE, name, [&] {
         std::wstring answer;
         if (!AskDbText(name, answer, uid, number)) {
             return false;
@@ -73,7 +74,7 @@ bool wrb::AskDbRecord(const wchar_t* name, CCmdProtocol& fields, const wchar_t* 
 }
 
 bool wrb::ReadDbMessage(DbCommand command, const wchar_t* uid, const wchar_t* caller, ISerializable& record) noexcept {
-    return GuardCall(caller, [&] {
+    return GuardCall(WRB_HERE, caller, [&] {
         CMsgSerializer message(DbName(command));
         message << CutUid(uid);
         if (SendAndRecv(message, caller, kDbAnswerSeconds) != 1) {

@@ -64,7 +64,7 @@ bool ReadDbNumber(const wchar_t* name, uint32_t& value, const wchar_t* uid, uint
 // A record that is nothing but numbers.
 template <typename... Numbers>
 bool ReadDbNumbers(const wchar_t* name, const wchar_t* uid, uint32_t number, Numbers&... numbers) noexcept {
-    return GuardCall(name, [&] {
+    return GuardCall(WRB_HERE, name, [&] {
         CCmdProtocol fields;
         if (!AskDbRecord(name, fields, uid, number)) {
             return false;
@@ -80,7 +80,7 @@ bool ReadDbMessage(DbCommand command, const wchar_t* uid, const wchar_t* caller,
 
 template <typename... Fields>
 bool WriteDb(const wchar_t* name, const Fields&... parameters) noexcept {
-    return GuardCall(name, [&] { return Send(MakeDbRequest(name, kDbNoReplyId, parameters...), L"") == 1; });
+    return GuardCall(WRB_HERE, name, [&] { return Send(MakeDbRequest(name, kDbNoReplyId, parameters...), L"") == 1; });
 }
 
 }  // namespace wrb

@@ -18,7 +18,7 @@ bool IsKnownAgent(const wchar_t* uid) {
 
 bool wrb::GetDbScanGroup(const ScanGroup& group, const wchar_t* uid, wrb::ScanGroupValues& values,
                          uint32_t number) noexcept {
-    return GuardCall(L"GetDbScanGroup", [&] {
+    return GuardCall(WRB_HERE, L"GetDbScanGroup", [&] {
         CCmdProtocol fields;
         if (!AskDbRecord(group.numbersCommand.data(), fields, uid, number)) {
             return false;
@@ -38,7 +38,7 @@ bool dbGetExtraW(const wchar_t* uid, uint32_t configBit, std::wstring& text) noe
 }
 
 bool dbGetSpywareWhiteListW(const wchar_t* uid, std::vector<std::wstring>& items, uint32_t number) noexcept {
-    return wrb::GuardCall(L"dbGetSpywareWhiteListW", [&] {
+    return wrb::GuardCall(WRB_HERE, L"dbGetSpywareWhiteListW", [&] {
         const wchar_t* const name = DbName(DbCommand::GetSpywareWhiteList);
         std::wstring answer;
         CCmdProtocol fields;

@@ -66,7 +66,7 @@ bool IsStored(const ScanGroup& group, ScanText member) {
 
 bool SetDbScanGroup(const ScanGroup& group, DbTarget target, const ScanUpdate& update,
                     const ScanGroupValues& values) noexcept {
-    return GuardCall(L"SetDbScanGroup", [&] {
+    return GuardCall(WRB_HERE, L"SetDbScanGroup", [&] {
         CCmdProtocol request = StartWrite(kGroupCommands[ScanGroupIndex(group.type, group.kind)], target);
         AppendNumbers(request, group, update, values);
         for (const ScanText member : group.texts) {
@@ -82,7 +82,7 @@ bool SetDbScanGroup(const ScanGroup& group, DbTarget target, const ScanUpdate& u
 }
 
 bool SetDbScanFlags(ScanType type, DbTarget target, uint32_t value, uint32_t mask) noexcept {
-    return GuardCall(L"SetDbScanFlags", [&] {
+    return GuardCall(WRB_HERE, L"SetDbScanFlags", [&] {
         CCmdProtocol request = StartWrite(kFlagCommands[static_cast<std::size_t>(type)], target);
         request << value << mask;
         return Send(request, L"") == 1;

@@ -97,7 +97,7 @@ int wrb::SendAndRecv(const CCmdProtocol& request, int32_t replyId, CPipeServer& 
 }
 
 int dbSend(CMsgSerializer& message, const wchar_t* caller) noexcept {
-    return wrb::GuardCall(L"dbSend", [&] { return SendMessageToDb(message, caller, nullptr); });
+    return wrb::GuardCall(WRB_HERE, L"dbSend", [&] { return SendMessageToDb(message, caller, nullptr); });
 }
 
 int wrb::SendAndRecv(CMsgSerializer& message, const wchar_t* caller, uint32_t timeoutSeconds) {
@@ -115,5 +115,6 @@ int wrb::SendAndRecv(CMsgSerializer& message, const wchar_t* caller, uint32_t ti
 }
 
 int dbSendAndRecv(CMsgSerializer& message, const wchar_t* caller, uint32_t timeoutSeconds) noexcept {
-    return wrb::GuardCall(L"dbSendAndRecv", [&] { return wrb::SendAndRecv(message, caller, timeoutSeconds); });
+    return wrb::GuardCall(WRB_HERE, L"dbSendAndRecv",
+                          [&] { return wrb::SendAndRecv(message, caller, timeoutSeconds); });
 }

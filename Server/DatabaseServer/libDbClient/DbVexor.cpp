@@ -6,7 +6,7 @@
 #include "DebugLog.h"
 
 bool dbGetVexorBmCfgW(const wchar_t* uid, std::wstring& text, uint32_t number) noexcept {
-    return wrb::GuardCall(L"dbGetVexorBmCfgW", [&] {
+    return wrb::GuardCall(WRB_HERE, L"dbGetVexorBmCfgW", [&] {
         const int32_t replyId = wrb::NewDbReplyId();
         const wchar_t* name = wrb::DbName(DbCommand::GetVexorBmCfg);
         std::wstring answer;

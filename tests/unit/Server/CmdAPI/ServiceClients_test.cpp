@@ -156,6 +156,22 @@ TEST(ServiceClients, AbsentServiceIsOneLine) {
     EXPECT_EQ(message.GetSize(), size) << "a message that found no service is as it was";
 }
 
+// Readers of the log look for the modules under these names.
+TEST(ServiceClients, AFailureIsLoggedInTheNameOfItsModule) {
+    CMsgSerializer message;
+    const std::pair<std::function<int()>, const wchar_t*> cases[] = {
+        {[] { return qmaSendRtsStatusChange(1); }, L"Server\\CmdAPI\\libCmdAPI\\QmAgentClient.cpp"},
+        {[] { return wrbSetSpywareLogEvent(0); }, L"Server\\MasterService\\libWrbClient\\WrbClient.cpp"},
+        {[&] { return cmdlog_OutputCmd(message); }, L"Server\\CmdAPI\\libCmdAPILogPool\\cmdlog_OutputCmd.cpp"},
+    };
+    for (const auto& [send, file] : cases) {
+        const std::vector<CapturedLine> lines = LogOf(send);
+        ASSERT_FALSE(lines.empty()) << wrb::WideToUtf8(file);
+        EXPECT_EQ(lines.back().sourceFile, file);
+        EXPECT_GT(lines.back().line, 0u);
+    }
+}
+
 TEST(LogPool, AddressesBecomeSixteenBytes) {
     EXPECT_EQ(wrb::HostAddressHex(L"::ffff:1.2.3.4"), "00000000000000000000FFFF01020304");
     EXPECT_EQ(wrb::HostAddressHex(L"2001:db8::a"), "20010DB800000000000000000000000A");
