@@ -31,14 +31,15 @@ struct Case {
 
 std::vector<Case> Cases() {
     tagClientWCSConfig wtp;
+    wtp.flags = 0x9;
     wtp.approvedIn = L"|x";  // no item, so no key is missed
     wrb::BundleContent<wrb::PolicyTrackingValues> policies;
     policies.items.emplace_back(wrb::PolicyTrackingValues{L"100%s", L"t", L"o", L"7"});
     return {
         {[](std::wstring& out, const wchar_t* uid) { return cmdhm_GetWtpSetting(out, uid, true); },
          L"cmdhm_GetWtpSetting", L"DBV2_GET_CLIENT_WCS_CFG", RecordMessage(L"DBV2_GET_CLIENT_WCS_CFG", wtp),
-         L"[Web Threat Protection]\nEnablePolicyIn=0\nEnablePolicyOut=0\nSecurityLevelIn=0\nSecurityLevelOut=0\n"
-         L"SendLogIn=0\nSendLogOut=0\nURLFilterCfgFlag_InOffice=0\nURLFilterCfgFlag_OutOffice=0\n"
+         L"[Web Threat Protection]\nEnablePolicyIn=1\nEnablePolicyOut=0\nSecurityLevelIn=0\nSecurityLevelOut=0\n"
+         L"SendLogIn=0\nSendLogOut=1\nURLFilterCfgFlag_InOffice=0\nURLFilterCfgFlag_OutOffice=0\n"
          L"URLFilterQueryMode_InOffice=0\nURLFilterRatingLevel_InOffice=0\nURLFilterRatingLevel_OutOffice=0\n"
          L"URLFilterAWSLCount_InOffice=0\nURLFilterAWSLCount_OutOffice=0\nURLFilterBlackListCount_InOffice=0\n"
          L"URLFilterBlackListCount_OutOffice=0\n",
