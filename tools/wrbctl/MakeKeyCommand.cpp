@@ -34,8 +34,8 @@ int RunMakeKey(const MakeKeyOptions& options) {
     try {
         std::error_code exists;
         std::filesystem::create_directory(path.parent_path(), exists);
-        if (!WritePrivateProfileStringW(kProtectionKeySection, kProtectionKeyName, MakeProtectionKey().c_str(),
-                                        path.c_str())) {
+        const std::wstring key = MakeProtectionKey();
+        if (!WritePrivateProfileStringW(kProtectionKeySection, kProtectionKeyName, key.c_str(), path.c_str())) {
             const DWORD error = GetLastError();
             return FailSystem(kExitFailed, "cannot write " + name, error);
         }

@@ -50,7 +50,7 @@ int SendAndRecv(CMsgSerializer& message, const wchar_t* caller, uint32_t timeout
 }  // namespace wrb
 
 // Serialized form, no answer. Finalizes the message once the header is on the pipe, so that one that finds no service
-// is as it was. A failure's cause stays in GetLastError.
+// is as it was. When the pipe cannot be opened or written, the cause stays in GetLastError.
 int dbSend(CMsgSerializer& message, const wchar_t* caller) noexcept;
 
 // Serialized form with answer: on success `message` holds the answer, with its cursor at the body. An answer without a

@@ -63,8 +63,9 @@ void CounterCall::ReportResult(bool succeeded) noexcept {
 
 void StartCounters() {
     if (!CWrbyPerfMonMgr::Initialize()) {
+        const DWORD error = GetLastError();
         WRB_LOG(kLogWarning, L"%s - The call counters cannot be attached, calls go uncounted. err=%d",
-                L"cmdhl_Initialize", GetLastError());
+                L"cmdhl_Initialize", error);
     }
     Manager();
 }
