@@ -5,9 +5,7 @@
 namespace wrb {
 
 void JobQueue::Start(unsigned workers) {
-    for (unsigned i = 0; i < workers; ++i) {
-        m_threads.emplace_back([this] { Work(); });
-    }
+    m_threads.Start(workers, [this] { Work(); });
 }
 
 void JobQueue::Push(Job job) {
@@ -16,18 +14,6 @@ void JobQueue::Push(Job job) {
         m_jobs.push_back(std::move(job));
     }
     m_changed.notify_one();
-}
-
-void JobQueue::Finish() {
-    {
-        const std::lock_guard lock(m_lock);
-        m_finishing = true;
-    }
-    m_changed.notify_all();
-    for (std::thread& thread : m_threads) {
-        thread.join();
-    }
-    m_threads.clear();
 }
 
 void JobQueue::Work() {

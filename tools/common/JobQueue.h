@@ -5,8 +5,8 @@
 #include <deque>
 #include <functional>
 #include <mutex>
-#include <thread>
-#include <vector>
+
+#include "WorkerThreads.h"
 
 namespace wrb {
 
@@ -25,7 +25,7 @@ class JobQueue {
     void Push(Job job);
 
     // Runs the queued jobs, then ends the threads. No Push may follow.
-    void Finish();
+    void Finish() { m_threads.Finish(m_lock, m_finishing, m_changed); }
 
   private:
     void Work();
@@ -34,7 +34,7 @@ class JobQueue {
     std::condition_variable m_changed;
     std::deque<Job> m_jobs;
     bool m_finishing = false;
-    std::vector<std::thread> m_threads;
+    WorkerThreads m_threads;
 };
 
 }  // namespace wrb

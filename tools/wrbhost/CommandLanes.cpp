@@ -13,9 +13,7 @@ CommandLanes::CommandLanes(const LaneLimits& limits, Run run)
 }
 
 void CommandLanes::Start() {
-    for (unsigned i = 0; i < m_limits.workers; ++i) {
-        m_threads.emplace_back([this] { Work(); });
-    }
+    m_threads.Start(m_limits.workers, [this] { Work(); });
 }
 
 // How many workers the lane's commands hold, or will when the threads have taken them.
@@ -73,18 +71,6 @@ std::optional<QueuedCommand> CommandLanes::TakeQueued() {
         }
     }
     return std::nullopt;
-}
-
-void CommandLanes::Finish() {
-    {
-        const std::lock_guard lock(m_lock);
-        m_finishing = true;
-    }
-    m_changed.notify_all();
-    for (std::thread& thread : m_threads) {
-        thread.join();
-    }
-    m_threads.clear();
 }
 
 bool CommandLanes::HasRoom(const Lane& lane) const {

@@ -11,11 +11,10 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "CommandCatalog.h"
 #include "MemoryBudget.h"
+#include "WorkerThreads.h"
 
 namespace wrb {
 
@@ -59,7 +58,7 @@ class CommandLanes {
     std::optional<QueuedCommand> TakeQueued();
 
     // Runs what is queued, then ends the threads. No Put may follow.
-    void Finish();
+    void Finish() { m_threads.Finish(m_lock, m_finishing, m_changed); }
 
   private:
     static constexpr std::size_t kLanes = 3;
@@ -95,7 +94,7 @@ class CommandLanes {
     unsigned m_slowRunning = 0;
     uint64_t m_next = 0;
     bool m_finishing = false;
-    std::vector<std::thread> m_threads;
+    WorkerThreads m_threads;
 };
 
 }  // namespace wrb
