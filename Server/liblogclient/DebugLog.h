@@ -3,6 +3,10 @@
 // A line that the shared filter word admits (LogFilter.h) is sent as a "LOG_WRITE" message to the log service, which
 // writes, splits and prunes the files; this side keeps none. When the service is not running the line is lost.
 //
+// A service that does not take a line within 20 ms loses it, and the lines of the next second are not tried
+// (LogBreaker.h). The next line that is tried is preceded by "N log lines lost", at level 'W'. Lines that any other
+// failure loses are counted, too.
+//
 // Every function here may be called from any thread, at any time, also before the set-up and while the process ends.
 // None throws, none reports a failure to its caller, and all keep the thread's last error, so that a caller may log
 // first and read the cause of its own failure afterwards.

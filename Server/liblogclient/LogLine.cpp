@@ -3,10 +3,13 @@
 #include <windows.h>
 
 #include <cwchar>
+#include <new>
 #include <string>
 
 #include "Clock.h"
+#include "DebugLog.h"
 #include "LastError.h"
+#include "LogBreaker.h"
 #include "LoggerState.h"
 #include "Text.h"
 #include "logcl_command.h"
@@ -15,6 +18,12 @@ namespace wrb {
 namespace {
 
 constexpr std::size_t kTextCharacters = 4096;  // with the terminator
+
+constinit LogBreaker breaker;
+
+uint32_t Now() {
+    return SystemClock().TickMilliseconds();
+}
 
 // The file name of the program that this module was loaded into. An array, which has no destructor: lines are written
 // until the very end of the process.
@@ -40,12 +49,52 @@ struct LineText {
     std::size_t Room() const noexcept { return kTextCharacters - length; }  // with the terminator
 };
 
+// Counts a line that fails, except where no service runs.
+bool Send(const LoggerSetup& setup, uint32_t level, const wchar_t* source, uint32_t line, const wchar_t* text) {
+    DWORD error = ERROR_NOT_ENOUGH_MEMORY;
+    try {
+        const auto seconds = static_cast<int32_t>(SystemClock().CalendarSeconds());
+        const LogLine fields{seconds, GetCurrentProcessId(), GetCurrentThreadId(), level, source, line, text};
+        if (logcl_Write(fields, setup.external.get(), setup.waitMilliseconds) == 1) {
+            return true;
+        }
+        error = GetLastError();
+    } catch (const std::bad_alloc&) {
+    }
+    if (error == ERROR_SEM_TIMEOUT) {
+        breaker.Trip(Now());
+    } else if (error != ERROR_FILE_NOT_FOUND) {
+        breaker.AddLost(1);
+    }
+    return false;
+}
+
+// False: the note failed. The line after it is not tried, and is the one that has been counted.
+bool ReportLost(const LoggerSetup& setup, uint32_t lost) {
+    LineText note(setup);
+    FormatInto(note.Tail(), note.Room(), L"%u log lines lost", lost);
+    if (Send(setup, kLogWarning, WRB_SOURCE_FILE, __LINE__, note.characters)) {
+        return true;
+    }
+    breaker.AddLost(lost);
+    return false;
+}
+
+void WriteToService(const LoggerSetup& setup, uint32_t level, const wchar_t* source, uint32_t line,
+                    const wchar_t* text) {
+    if (breaker.Skips(Now())) {
+        return;
+    }
+    const uint32_t lost = breaker.TakeLost();
+    if (lost == 0 || ReportLost(setup, lost)) {
+        Send(setup, level, source, line, text);
+    }
+}
+
 void Write(const LoggerSetup& setup, uint32_t level, const wchar_t* sourceFile, uint32_t line, const wchar_t* text) {
     const wchar_t* const source = sourceFile == nullptr ? L"" : sourceFile;
     if (setup.internalLogger) {
-        const auto seconds = static_cast<int32_t>(SystemClock().CalendarSeconds());
-        logcl_Write({seconds, GetCurrentProcessId(), GetCurrentThreadId(), level, source, line, text},
-                    setup.external.get());
+        WriteToService(setup, level, source, line, text);
     } else if (setup.external != nullptr) {
         setup.external->Trace(source, line, level, text);
     }

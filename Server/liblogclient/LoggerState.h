@@ -1,6 +1,7 @@
 // What the set-up of the debug log said, shared by all threads that log.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -16,6 +17,7 @@ namespace wrb {
 struct LoggerSetup {
     std::wstring moduleTag;
     bool internalLogger = false;
+    uint32_t waitMilliseconds = 20;               // how long a line may take to reach the log service
     std::shared_ptr<const ExternalLog> external;  // null with the internal logger
     std::shared_ptr<const LogMirror> mirror;
 };

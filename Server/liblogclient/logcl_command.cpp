@@ -5,7 +5,9 @@
 #include <atomic>
 
 #include "CmdProtocol.h"
+#include "Deadline.h"
 #include "DebugLog.h"
+#include "LastError.h"
 #include "PipeClient.h"
 #include "Text.h"
 
@@ -14,6 +16,7 @@ namespace {
 std::atomic<bool> missingServiceReported{false};
 
 void Report(const wrb::IExternalLog* external, uint32_t line, const wchar_t* format, DWORD error) {
+    const wrb::KeepLastError keep;
     if (external != nullptr) {
         external->Trace(WRB_SOURCE_FILE, line, kLogError, wrb::FormatWide(format, error).c_str());
     }
@@ -29,9 +32,10 @@ void ReportConnectFailure(const wrb::IExternalLog* external, DWORD error) {
 
 }  // namespace
 
-int logcl_Write(const wrb::LogLine& line, const wrb::IExternalLog* external) {
+int logcl_Write(const wrb::LogLine& line, const wrb::IExternalLog* external, uint32_t milliseconds) {
+    const wrb::Deadline deadline(milliseconds);
     CPipeClient client;
-    if (!client.Initial(kLogServicePipe)) {
+    if (!client.Initial(kLogServicePipe, milliseconds)) {
         ReportConnectFailure(external, GetLastError());
         return 0;
     }
@@ -39,6 +43,7 @@ int logcl_Write(const wrb::LogLine& line, const wrb::IExternalLog* external) {
     message << kLogWriteCommand << line.seconds << line.process << line.thread << line.level << line.sourceFile
             << static_cast<int32_t>(line.line) << line.text;
     uint64_t bytes = (message.Text().size() + 1) * sizeof(wchar_t);
+    client.LimitSend(deadline.Remaining());
     if (!client.Send(message.Text().data(), bytes)) {
         Report(external, __LINE__, L"pipe send failed!. err=%d", GetLastError());
         return 0;

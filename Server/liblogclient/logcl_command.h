@@ -25,9 +25,10 @@ struct LogLine {
 }  // namespace wrb
 
 // "LOG_WRITE": sends the line's fields in the order above, as one message with its terminating zero. The text is the
-// last field and may itself hold TABs. Returns 1 when the message was written, else 0.
+// last field and may itself hold TABs. Returns 1 when the message was written, else 0 with the cause in GetLastError:
+// ERROR_SEM_TIMEOUT when the service did not take the message within `milliseconds`.
 //
 // Without the service (its pipe does not exist) the line is lost, and the first time in a process a note says so on
 // `external`, where every other failure is reported too; null keeps them all to itself. Throws only when memory is
 // exhausted.
-int logcl_Write(const wrb::LogLine& line, const wrb::IExternalLog* external);
+int logcl_Write(const wrb::LogLine& line, const wrb::IExternalLog* external, uint32_t milliseconds);

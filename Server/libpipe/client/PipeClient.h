@@ -33,6 +33,9 @@ class CPipeClient {
     // space, ERROR_FILENAME_EXCED_RANGE for a path of more than 259 characters.
     bool Initial(const wchar_t* name, uint32_t milliseconds = kDefaultMilliseconds);
 
+    // The longest time that each later Send takes.
+    void LimitSend(uint32_t milliseconds) noexcept { m_milliseconds = milliseconds; }
+
     // Writes `byteCount` bytes in pieces of at most 1024; zero bytes succeed without a write. On return `byteCount`
     // holds what was written, also when the call failed. A full pipe is waited for; when the time is up, the write is
     // cancelled and the call fails with ERROR_SEM_TIMEOUT.

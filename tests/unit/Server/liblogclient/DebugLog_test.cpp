@@ -10,7 +10,9 @@
 #include "AllocationCount.h"
 #include "FakeDbService.h"
 #include "FakePipeService.h"
+#include "LogBreaker.h"
 #include "LogFilter.h"
+#include "LoggerState.h"
 #include "OnThreads.h"
 #include "TempFolder.h"
 #include "Text.h"
@@ -77,9 +79,18 @@ TEST(LogFilter, ALineThatIsFilteredOutAllocatesNothingAndEvaluatesNothing) {
 
 const std::wstring kPrefix = L"[CMDHL][liblogclient_test.exe]";
 
+constexpr uint32_t kPatience = 30'000;
+
+void LimitLines(uint32_t milliseconds) {
+    LoggerState::Shared().Replace([=](LoggerSetup& setup) { setup.waitMilliseconds = milliseconds; });
+}
+
 class DebugLogTest : public testing::Test {
   protected:
-    DebugLogTest() { DebugLogSetup(L"", L"", "CMDHL", true); }
+    DebugLogTest() {
+        DebugLogSetup(L"", L"", "CMDHL", true);
+        LimitLines(kPatience);
+    }
     ~DebugLogTest() override { DebugLogSetup(L"", L"", "", false); }
 
     const FakePipeService m_service{L"Log_ServerNamePipe"};
@@ -88,7 +99,7 @@ class DebugLogTest : public testing::Test {
 TEST(LogWrite, AMessageIsItsFieldsBetweenTabsAndATerminatingZero) {
     constexpr LogLine kLine = {-1, 4'294'967'295u, 12, 68, L"a.cpp", 4'294'967'295u, L"[T][h]text"};
     const FakePipeService service(L"Log_ServerNamePipe");
-    EXPECT_EQ(logcl_Write(kLine, nullptr), 1);
+    EXPECT_EQ(logcl_Write(kLine, nullptr, kPatience), 1);
     const std::wstring expected(L"LOG_WRITE\t-1\t4294967295\t12\t68\ta.cpp\t-1\t[T][h]text\0", 50);
     EXPECT_EQ(service.WaitFor(1).at(0).bytes, WideBytes(expected));
 }
@@ -99,9 +110,55 @@ TEST(LogWrite, AMissingServiceIsNotedOnceWhereThereIsSomebodyToNoteIt) {
         mutable std::vector<std::wstring> texts;
     } const notes;
     for (const Notes* external : {static_cast<const Notes*>(nullptr), &notes, &notes}) {
-        EXPECT_EQ(logcl_Write({0, 1, 2, 68, L"a.cpp", 3, L"text"}, external), 0);
+        EXPECT_EQ(logcl_Write({0, 1, 2, 68, L"a.cpp", 3, L"text"}, external, kPatience), 0);
     }
     EXPECT_EQ(notes.texts, std::vector<std::wstring>{L"Need to Start LogServer for turn on debug log."});
+}
+
+TEST(LogBreaker, ALineThatTookTooLongStopsTheLinesOfOneSecond) {
+    LogBreaker breaker;
+    EXPECT_FALSE(breaker.Skips(0));
+    EXPECT_EQ(breaker.TakeLost(), 0u);
+    constexpr uint32_t kStart = 0xFFFF'FF00;  // the clock wraps in that second
+    breaker.Trip(kStart - 5);
+    breaker.Trip(kStart);
+    const std::pair<uint32_t, bool> cases[] = {{0, true}, {995, true}, {999, true}, {1000, false}, {0, false}};
+    for (const auto& [elapsed, skips] : cases) {
+        EXPECT_EQ(breaker.Skips(kStart + elapsed), skips) << elapsed;
+    }
+    EXPECT_EQ(breaker.TakeLost(), 5u);
+    EXPECT_EQ(breaker.TakeLost(), 0u);
+}
+
+// It takes no further client, or takes one and does not read. Lines are numbered.
+TEST(LogWrite, AServiceThatHangsLosesLinesAndTheNextOneToArriveIsPrecededByTheirNumber) {
+    DebugLogSetup(L"", L"", "CMDHL", true);
+    for (const bool takesNoClient : {true, false}) {
+        LimitLines(20);
+        int line = 0;
+        const auto write = [&] { DebugLog(kLogInfo, L"x.cpp", 1, L"%s:%d", std::wstring(2000, L'x').c_str(), line++); };
+        {
+            const FileHandle hung(CreateNamedPipeW(L"\\\\.\\pipe\\Log_ServerNamePipe", PIPE_ACCESS_INBOUND,
+                                                   PIPE_TYPE_MESSAGE, 1, 1024, 1024, NMPWAIT_WAIT_FOREVER, nullptr));
+            const FileHandle client = takesNoClient ? OpenPipeForWriting(L"Log_ServerNamePipe") : FileHandle();
+            while (line < 5) {
+                write();
+            }
+        }
+        LimitLines(kPatience);
+        const FakePipeService service(L"Log_ServerNamePipe");
+        while (service.WaitFor(0).empty()) {
+            write();
+            Sleep(10);
+        }
+        const auto lines = service.WaitFor(2);
+        ASSERT_GE(lines.size(), 2u);
+        const std::wstring second = lines[1].Text();
+        const std::wstring lost = second.substr(second.rfind(L':') + 1);
+        EXPECT_GE(std::stoi(lost), 5);
+        EXPECT_THAT(lines[0].Text(), testing::HasSubstr(L"\t87\t"));
+        EXPECT_TRUE(lines[0].Text().ends_with(L"\t" + kPrefix + lost + L" log lines lost")) << lost.c_str();
+    }
 }
 
 TEST_F(DebugLogTest, ALineArrivesFieldByField) {
