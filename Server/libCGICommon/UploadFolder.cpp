@@ -84,7 +84,7 @@ std::wstring UploadFolder::PathOf(std::wstring_view name) const {
 bool DeleteUpload(const std::wstring& path, const wchar_t* function) {
     if (!DeleteFileW(path.c_str())) {
         const DWORD error = GetLastError();
-        WRB_LOG(2, L"%s - Fail to delete file, error = [%ld]", function, static_cast<long>(error));
+        WRB_LOG(kLogFatal2, L"%s - Fail to delete file, error = [%ld]", function, static_cast<long>(error));
         return false;
     }
     return true;

@@ -62,4 +62,30 @@ void ExportScanGroup(std::wstring& out, const ScanGroup& group, std::wstring_vie
     }
 }
 
+// What the functions by name are instances of.
+template <ScanType type, ScanGroupKind kind>
+void ExportCfg(std::wstring& out, std::wstring_view uid, const ScanGroupValues& values) {
+    ExportScanGroup(out, FindScanGroup(type, kind), uid, values);
+}
+
 }  // namespace wrb
+
+using enum wrb::ScanType;
+using enum wrb::ScanGroupKind;
+using wrb::ExportCfg;
+using wrb::ScanGroupValues;
+
+// clang-format off
+void cmdhm_ExportMSCfg(std::wstring& out, std::wstring_view uid, const ScanGroupValues& values) { ExportCfg<MS, Main>(out, uid, values); }
+void cmdhm_ExportRTCfg(std::wstring& out, std::wstring_view uid, const ScanGroupValues& values) { ExportCfg<RT, Main>(out, uid, values); }
+void cmdhm_ExportPSCfg(std::wstring& out, std::wstring_view uid, const ScanGroupValues& values) { ExportCfg<PS, Main>(out, uid, values); }
+void cmdhm_ExportSNCfg(std::wstring& out, std::wstring_view uid, const ScanGroupValues& values) { ExportCfg<SN, Main>(out, uid, values); }
+void cmdhm_ExportMSCfgEx(std::wstring& out, std::wstring_view uid, const ScanGroupValues& values) { ExportCfg<MS, Exclusion>(out, uid, values); }
+void cmdhm_ExportRTCfgEx(std::wstring& out, std::wstring_view uid, const ScanGroupValues& values) { ExportCfg<RT, Exclusion>(out, uid, values); }
+void cmdhm_ExportPSCfgEx(std::wstring& out, std::wstring_view uid, const ScanGroupValues& values) { ExportCfg<PS, Exclusion>(out, uid, values); }
+void cmdhm_ExportSNCfgEx(std::wstring& out, std::wstring_view uid, const ScanGroupValues& values) { ExportCfg<SN, Exclusion>(out, uid, values); }
+void cmdhm_ExportSpyMSCfg(std::wstring& out, std::wstring_view uid, const ScanGroupValues& values) { ExportCfg<MS, Spyware>(out, uid, values); }
+void cmdhm_ExportSpyRTCfg(std::wstring& out, std::wstring_view uid, const ScanGroupValues& values) { ExportCfg<RT, Spyware>(out, uid, values); }
+void cmdhm_ExportSpyPSCfg(std::wstring& out, std::wstring_view uid, const ScanGroupValues& values) { ExportCfg<PS, Spyware>(out, uid, values); }
+void cmdhm_ExportSpySNCfg(std::wstring& out, std::wstring_view uid, const ScanGroupValues& values) { ExportCfg<SN, Spyware>(out, uid, values); }
+// clang-format on

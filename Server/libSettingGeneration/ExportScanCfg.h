@@ -13,24 +13,18 @@ void RenderScanGroup(std::wstring& out, const ScanGroup& group, std::wstring_vie
 // The same, and of the manual spyware group a log line.
 void ExportScanGroup(std::wstring& out, const ScanGroup& group, std::wstring_view uid, const ScanGroupValues& values);
 
-// The same for a group that is known when the program is compiled.
-template <ScanType type, ScanGroupKind kind>
-void ExportCfg(std::wstring& out, std::wstring_view uid, const ScanGroupValues& values) {
-    ExportScanGroup(out, FindScanGroup(type, kind), uid, values);
-}
-
 }  // namespace wrb
 
-// The family of functions that other command handlers build on: each an instance of the template above.
-inline constexpr auto cmdhm_ExportMSCfg = wrb::ExportCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_ExportRTCfg = wrb::ExportCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_ExportPSCfg = wrb::ExportCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_ExportSNCfg = wrb::ExportCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_ExportMSCfgEx = wrb::ExportCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_ExportRTCfgEx = wrb::ExportCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_ExportPSCfgEx = wrb::ExportCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_ExportSNCfgEx = wrb::ExportCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_ExportSpyMSCfg = wrb::ExportCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Spyware>;
-inline constexpr auto cmdhm_ExportSpyRTCfg = wrb::ExportCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Spyware>;
-inline constexpr auto cmdhm_ExportSpyPSCfg = wrb::ExportCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Spyware>;
-inline constexpr auto cmdhm_ExportSpySNCfg = wrb::ExportCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Spyware>;
+// The same by name, a function a group: the family that other command handlers build on.
+void cmdhm_ExportMSCfg(std::wstring& out, std::wstring_view uid, const wrb::ScanGroupValues& values);
+void cmdhm_ExportRTCfg(std::wstring& out, std::wstring_view uid, const wrb::ScanGroupValues& values);
+void cmdhm_ExportPSCfg(std::wstring& out, std::wstring_view uid, const wrb::ScanGroupValues& values);
+void cmdhm_ExportSNCfg(std::wstring& out, std::wstring_view uid, const wrb::ScanGroupValues& values);
+void cmdhm_ExportMSCfgEx(std::wstring& out, std::wstring_view uid, const wrb::ScanGroupValues& values);
+void cmdhm_ExportRTCfgEx(std::wstring& out, std::wstring_view uid, const wrb::ScanGroupValues& values);
+void cmdhm_ExportPSCfgEx(std::wstring& out, std::wstring_view uid, const wrb::ScanGroupValues& values);
+void cmdhm_ExportSNCfgEx(std::wstring& out, std::wstring_view uid, const wrb::ScanGroupValues& values);
+void cmdhm_ExportSpyMSCfg(std::wstring& out, std::wstring_view uid, const wrb::ScanGroupValues& values);
+void cmdhm_ExportSpyRTCfg(std::wstring& out, std::wstring_view uid, const wrb::ScanGroupValues& values);
+void cmdhm_ExportSpyPSCfg(std::wstring& out, std::wstring_view uid, const wrb::ScanGroupValues& values);
+void cmdhm_ExportSpySNCfg(std::wstring& out, std::wstring_view uid, const wrb::ScanGroupValues& values);

@@ -24,6 +24,7 @@ inline constexpr uint32_t kLogError = 'E';
 inline constexpr uint32_t kLogWarning = 'W';
 inline constexpr uint32_t kLogInfo = 'I';
 inline constexpr uint32_t kLogDebug = 'D';
+inline constexpr uint32_t kLogFatal2 = 2;   // class F
 inline constexpr uint32_t kLogNotice5 = 5;  // class W
 inline constexpr uint32_t kLogDebug8 = 8;   // class D
 

@@ -85,7 +85,33 @@ bool GetAndExportScanGroup(const ScanGroup& group, std::wstring& out, const wcha
     return true;
 }
 
+// What the functions by name are instances of.
+template <ScanType type, ScanGroupKind kind>
+bool GetCfg(ScanGroupValues& values, const wchar_t* uid, bool reset) {
+    return GetScanGroup(FindScanGroup(type, kind), values, uid, reset);
+}
+
 }  // namespace wrb
+
+using enum wrb::ScanType;
+using enum wrb::ScanGroupKind;
+using wrb::GetCfg;
+using wrb::ScanGroupValues;
+
+// clang-format off
+bool cmdhm_GetMSCfg(ScanGroupValues& values, const wchar_t* uid, bool reset) { return GetCfg<MS, Main>(values, uid, reset); }
+bool cmdhm_GetRTCfg(ScanGroupValues& values, const wchar_t* uid, bool reset) { return GetCfg<RT, Main>(values, uid, reset); }
+bool cmdhm_GetPSCfg(ScanGroupValues& values, const wchar_t* uid, bool reset) { return GetCfg<PS, Main>(values, uid, reset); }
+bool cmdhm_GetSNCfg(ScanGroupValues& values, const wchar_t* uid, bool reset) { return GetCfg<SN, Main>(values, uid, reset); }
+bool cmdhm_GetMSCfgEx(ScanGroupValues& values, const wchar_t* uid, bool reset) { return GetCfg<MS, Exclusion>(values, uid, reset); }
+bool cmdhm_GetRTCfgEx(ScanGroupValues& values, const wchar_t* uid, bool reset) { return GetCfg<RT, Exclusion>(values, uid, reset); }
+bool cmdhm_GetPSCfgEx(ScanGroupValues& values, const wchar_t* uid, bool reset) { return GetCfg<PS, Exclusion>(values, uid, reset); }
+bool cmdhm_GetSNCfgEx(ScanGroupValues& values, const wchar_t* uid, bool reset) { return GetCfg<SN, Exclusion>(values, uid, reset); }
+bool cmdhm_GetSpyMSCfg(ScanGroupValues& values, const wchar_t* uid, bool reset) { return GetCfg<MS, Spyware>(values, uid, reset); }
+bool cmdhm_GetSpyRTCfg(ScanGroupValues& values, const wchar_t* uid, bool reset) { return GetCfg<RT, Spyware>(values, uid, reset); }
+bool cmdhm_GetSpyPSCfg(ScanGroupValues& values, const wchar_t* uid, bool reset) { return GetCfg<PS, Spyware>(values, uid, reset); }
+bool cmdhm_GetSpySNCfg(ScanGroupValues& values, const wchar_t* uid, bool reset) { return GetCfg<SN, Spyware>(values, uid, reset); }
+// clang-format on
 
 bool cmdhm_GetAllScanCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag) {
     out.clear();

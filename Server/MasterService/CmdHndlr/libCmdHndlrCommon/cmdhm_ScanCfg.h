@@ -18,27 +18,21 @@ bool GetScanGroup(const ScanGroup& group, ScanGroupValues& values, const wchar_t
 // The group's section, alone in `out`, which is empty after a failure.
 bool GetAndExportScanGroup(const ScanGroup& group, std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
 
-// The same for a group that is known when the program is compiled.
-template <ScanType type, ScanGroupKind kind>
-bool GetCfg(ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag) {
-    return GetScanGroup(FindScanGroup(type, kind), values, uid, bResetCfgFlag);
-}
-
 }  // namespace wrb
 
-// The family of functions that other command handlers build on: each an instance of the template above.
-inline constexpr auto cmdhm_GetMSCfg = wrb::GetCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_GetRTCfg = wrb::GetCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_GetPSCfg = wrb::GetCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_GetSNCfg = wrb::GetCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_GetMSCfgEx = wrb::GetCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_GetRTCfgEx = wrb::GetCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_GetPSCfgEx = wrb::GetCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_GetSNCfgEx = wrb::GetCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_GetSpyMSCfg = wrb::GetCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Spyware>;
-inline constexpr auto cmdhm_GetSpyRTCfg = wrb::GetCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Spyware>;
-inline constexpr auto cmdhm_GetSpyPSCfg = wrb::GetCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Spyware>;
-inline constexpr auto cmdhm_GetSpySNCfg = wrb::GetCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Spyware>;
+// The same by name, a function a group: the family that other command handlers build on.
+bool cmdhm_GetMSCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetRTCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetPSCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSNCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetMSCfgEx(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetRTCfgEx(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetPSCfgEx(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSNCfgEx(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSpyMSCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSpyRTCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSpyPSCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
+bool cmdhm_GetSpySNCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
 
 // All twelve sections of an agent, alone in `out`, which is empty after a failure. There is no server-wide form:
 // without a uid the database knows no such agent.

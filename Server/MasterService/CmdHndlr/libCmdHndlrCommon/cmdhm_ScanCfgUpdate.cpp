@@ -99,4 +99,29 @@ bool SetScanGroup(const ScanGroup& group, CCmdProtocol& message, const wchar_t* 
     return stored;
 }
 
+// What the functions by name are instances of.
+template <ScanType type, ScanGroupKind kind>
+bool SetCfg(CCmdProtocol& message, const wchar_t* uid, bool all, bool ini, uint32_t flag) {
+    return SetScanGroup(FindScanGroup(type, kind), message, uid, all, ini, flag);
+}
+
 }  // namespace wrb
+
+using enum wrb::ScanType;
+using enum wrb::ScanGroupKind;
+using wrb::SetCfg;
+
+// clang-format off
+bool cmdhm_SetMSCfg(CCmdProtocol& message, const wchar_t* uid, bool all, bool ini, uint32_t flag) { return SetCfg<MS, Main>(message, uid, all, ini, flag); }
+bool cmdhm_SetRTCfg(CCmdProtocol& message, const wchar_t* uid, bool all, bool ini, uint32_t flag) { return SetCfg<RT, Main>(message, uid, all, ini, flag); }
+bool cmdhm_SetPSCfg(CCmdProtocol& message, const wchar_t* uid, bool all, bool ini, uint32_t flag) { return SetCfg<PS, Main>(message, uid, all, ini, flag); }
+bool cmdhm_SetSNCfg(CCmdProtocol& message, const wchar_t* uid, bool all, bool ini, uint32_t flag) { return SetCfg<SN, Main>(message, uid, all, ini, flag); }
+bool cmdhm_SetMSCfgEx(CCmdProtocol& message, const wchar_t* uid, bool all, bool ini, uint32_t flag) { return SetCfg<MS, Exclusion>(message, uid, all, ini, flag); }
+bool cmdhm_SetRTCfgEx(CCmdProtocol& message, const wchar_t* uid, bool all, bool ini, uint32_t flag) { return SetCfg<RT, Exclusion>(message, uid, all, ini, flag); }
+bool cmdhm_SetPSCfgEx(CCmdProtocol& message, const wchar_t* uid, bool all, bool ini, uint32_t flag) { return SetCfg<PS, Exclusion>(message, uid, all, ini, flag); }
+bool cmdhm_SetSNCfgEx(CCmdProtocol& message, const wchar_t* uid, bool all, bool ini, uint32_t flag) { return SetCfg<SN, Exclusion>(message, uid, all, ini, flag); }
+bool cmdhm_SetSpyMSCfg(CCmdProtocol& message, const wchar_t* uid, bool all, bool ini, uint32_t flag) { return SetCfg<MS, Spyware>(message, uid, all, ini, flag); }
+bool cmdhm_SetSpyRTCfg(CCmdProtocol& message, const wchar_t* uid, bool all, bool ini, uint32_t flag) { return SetCfg<RT, Spyware>(message, uid, all, ini, flag); }
+bool cmdhm_SetSpyPSCfg(CCmdProtocol& message, const wchar_t* uid, bool all, bool ini, uint32_t flag) { return SetCfg<PS, Spyware>(message, uid, all, ini, flag); }
+bool cmdhm_SetSpySNCfg(CCmdProtocol& message, const wchar_t* uid, bool all, bool ini, uint32_t flag) { return SetCfg<SN, Spyware>(message, uid, all, ini, flag); }
+// clang-format on

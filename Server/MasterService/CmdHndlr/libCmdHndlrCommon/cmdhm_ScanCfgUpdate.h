@@ -20,24 +20,18 @@ namespace wrb {
 bool SetScanGroup(const ScanGroup& group, CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini,
                   uint32_t flag);
 
-// The same for a group that is known when the program is compiled.
-template <ScanType type, ScanGroupKind kind>
-bool SetCfg(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag) {
-    return SetScanGroup(FindScanGroup(type, kind), message, uid, allAgents, ini, flag);
-}
-
 }  // namespace wrb
 
-// The family of functions that other command handlers build on: each an instance of the template above.
-inline constexpr auto cmdhm_SetMSCfg = wrb::SetCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_SetRTCfg = wrb::SetCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_SetPSCfg = wrb::SetCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_SetSNCfg = wrb::SetCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Main>;
-inline constexpr auto cmdhm_SetMSCfgEx = wrb::SetCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_SetRTCfgEx = wrb::SetCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_SetPSCfgEx = wrb::SetCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_SetSNCfgEx = wrb::SetCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Exclusion>;
-inline constexpr auto cmdhm_SetSpyMSCfg = wrb::SetCfg<wrb::ScanType::MS, wrb::ScanGroupKind::Spyware>;
-inline constexpr auto cmdhm_SetSpyRTCfg = wrb::SetCfg<wrb::ScanType::RT, wrb::ScanGroupKind::Spyware>;
-inline constexpr auto cmdhm_SetSpyPSCfg = wrb::SetCfg<wrb::ScanType::PS, wrb::ScanGroupKind::Spyware>;
-inline constexpr auto cmdhm_SetSpySNCfg = wrb::SetCfg<wrb::ScanType::SN, wrb::ScanGroupKind::Spyware>;
+// The same by name, a function a group: the family that other command handlers build on.
+bool cmdhm_SetMSCfg(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag);
+bool cmdhm_SetRTCfg(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag);
+bool cmdhm_SetPSCfg(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag);
+bool cmdhm_SetSNCfg(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag);
+bool cmdhm_SetMSCfgEx(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag);
+bool cmdhm_SetRTCfgEx(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag);
+bool cmdhm_SetPSCfgEx(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag);
+bool cmdhm_SetSNCfgEx(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag);
+bool cmdhm_SetSpyMSCfg(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag);
+bool cmdhm_SetSpyRTCfg(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag);
+bool cmdhm_SetSpyPSCfg(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag);
+bool cmdhm_SetSpySNCfg(CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini, uint32_t flag);
