@@ -8,13 +8,14 @@ deps_prefix=$deps_dir/install
 toolchain_file=$repo_root/cmake/mingw-w64.cmake
 
 # One row a library: Debian package that carries the source, options of its CMake build.
-dependency_names=(googletest jsoncpp sqlite3 cli11 benchmark)
+dependency_names=(googletest jsoncpp sqlite3 cli11 benchmark curl)
 declare -A dependency_source=(
     [googletest]=/usr/src/googletest # a binary package that contains the source
     [jsoncpp]=libjsoncpp
     [sqlite3]=sqlite3
     [cli11]=cli11
     [benchmark]=benchmark
+    [curl]=curl
 )
 declare -A dependency_options=(
     [googletest]="-DBUILD_GMOCK=ON -DINSTALL_GTEST=ON"
@@ -25,6 +26,12 @@ declare -A dependency_options=(
     [benchmark]="-DBENCHMARK_ENABLE_TESTING=OFF -DBENCHMARK_ENABLE_GTEST_TESTS=OFF
         -DBENCHMARK_ENABLE_WERROR=OFF -DBENCHMARK_INSTALL_DOCS=OFF
         -DGIT_VERSION=0.0.0" # its word for: not from git, the release's own number
+    # A client for mail, with the system's TLS; no other protocol.
+    [curl]="-DCURL_USE_SCHANNEL=ON -DBUILD_CURL_EXE=OFF -DBUILD_TESTING=OFF -DENABLE_MANUAL=OFF
+        -DCURL_ZLIB=OFF -DCURL_USE_LIBSSH2=OFF -DCURL_DISABLE_HTTP=ON -DCURL_DISABLE_ALTSVC=ON -DCURL_DISABLE_FTP=ON
+        -DCURL_DISABLE_FILE=ON -DCURL_DISABLE_DICT=ON -DCURL_DISABLE_GOPHER=ON -DCURL_DISABLE_IMAP=ON
+        -DCURL_DISABLE_LDAP=ON -DCURL_DISABLE_LDAPS=ON -DCURL_DISABLE_MQTT=ON -DCURL_DISABLE_POP3=ON
+        -DCURL_DISABLE_RTSP=ON -DCURL_DISABLE_SMB=ON -DCURL_DISABLE_TELNET=ON -DCURL_DISABLE_TFTP=ON"
 )
 
 # dependency_key NAME: what the built library depends on. It changes when a rebuild is due.
