@@ -2,10 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "AccessOf.h"
+#include "HandlerCounterBlock.h"
 #include "HostProcess.h"
+#include "NamedMutex.h"
 #include "OnThreads.h"
 
 namespace wrb::test {
@@ -23,6 +26,11 @@ void WaitForStatus(const std::string& part) {
         status = Status();
     }
     EXPECT_NE(status.find(part), std::string::npos) << part << "; " << status;
+}
+
+// The server's own settings, which need no other service.
+void ExpectSettings() {
+    EXPECT_NE(Ask(L"CMDHL_GET_MS_CFG", L"").find(L"[Manual Scan Configuration]"), std::wstring::npos);
 }
 
 // Uploads and questions that hang take their share of the workers; what comes after them waits, and then is refused at
@@ -100,6 +108,64 @@ TEST(Hostile, ThePipeAdmitsTheNamedAccountsOnly) {
         EXPECT_EQ(access.find(part), std::string::npos) << part << access;
     }
     host.ExpectEnd(0, {"handled 0, "});
+}
+
+TEST(Hostile, WhoeverHoldsTheCountersMutexStopsNoCommand) {
+    const Host host({});
+    const KernelHandle mutex = OpenNamedMutex(kCounterMutexName);
+    const NamedMutexLock lock(mutex.Get(), 10'000);
+    ASSERT_TRUE(lock);
+    for (int i = 0; i < 30; ++i) {
+        ExpectSettings();
+    }
+    host.ExpectEnd(0, {"handled 30, "});
+}
+
+// There is one worker, so each answer has been tried when the last question is answered.
+TEST(Hostile, AnAnswerToTheHostOrToAServiceIsRefusedHoweverTheNameIsSpelled) {
+    const FakePipeService events(L"WrbServerNamePipe");
+    const FakePipeService rows(L"Global\\LogPoolCommandManager");
+    const FakePipeService database(L"DbServerNamePipe");
+    const Host host({L"--workers", L"1"});
+    const std::wstring self = kHostPipe;
+    for (const std::wstring& name :
+         {self, L"x/..//" + self, self + L". ", std::wstring(L"CALLOWAY systems WRBY Command Handler Manager"),
+          std::wstring(L"wrbservernamepipe"), std::wstring(L"global/LogPoolCommandManager"),
+          std::wstring(L"\\.\\DbServerNamePipe")}) {
+        EXPECT_TRUE(SendText(L"CMDHL_ECHO\t" + name + L"\tforged"));
+    }
+    EXPECT_EQ(Ask(L"CMDHL_ECHO", L"hello"), L"hello");
+    host.ExpectEnd(0, {"handled 8, refused 0, "});
+    for (const FakePipeService* service : {&events, &rows, &database}) {
+        EXPECT_TRUE(service->WaitFor(0).empty());
+    }
+}
+
+TEST(Hostile, ABackEndThatIsKilledLetsGoOfItsQuestions) {
+    const ChildProcess backEnd(L"pipe_child.exe", {L"DbServerNamePipe"});
+    ASSERT_TRUE(backEnd.WaitForOutput("serving"));
+    const Host host({L"--workers", L"1"});
+    const std::jthread killer([&] {
+        EXPECT_TRUE(backEnd.WaitForOutput("asked"));
+        TerminateProcess(backEnd.Handle(), 1);
+    });
+    EXPECT_EQ(Ask(L"CMDHL_GET_MS_CFG", L"an agent"), L"");
+    ExpectSettings();
+    host.ExpectEnd(0, {"handled 2, "});
+}
+
+// It takes one client and does not read what that one writes, or takes none.
+TEST(Hostile, ALogServiceThatHangsStopsNoCommand) {
+    for (const bool takesNoClient : {false, true}) {
+        const FileHandle hung(CreateNamedPipeW(L"\\\\.\\pipe\\Log_ServerNamePipe", PIPE_ACCESS_INBOUND,
+                                               PIPE_TYPE_MESSAGE, 1, 1024, 1024, NMPWAIT_WAIT_FOREVER, nullptr));
+        const FileHandle client = takesNoClient ? OpenPipeForWriting(L"Log_ServerNamePipe") : FileHandle();
+        const Host host({L"--workers", L"2"});
+        for (int i = 0; i < 30; ++i) {
+            ExpectSettings();
+        }
+        host.ExpectEnd(0, {"handled 30, "});
+    }
 }
 
 }  // namespace
