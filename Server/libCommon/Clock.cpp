@@ -11,6 +11,7 @@ namespace {
 class TickClock final : public IClock {
   public:
     uint32_t TickMilliseconds() const override { return GetTickCount(); }
+    int64_t MonotonicSeconds() const override { return static_cast<int64_t>(GetTickCount64() / 1000); }
     // The runtime's own time() costs microseconds under Wine.
     int64_t CalendarSeconds() const override {
         return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()).time_since_epoch().count();

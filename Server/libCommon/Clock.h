@@ -1,4 +1,4 @@
-// The two clocks of the system behind one seam, so that expiry is tested with a clock set by hand, never by sleeping.
+// The system's clocks behind one seam, so that expiry is tested with a clock set by hand, never by sleeping.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,10 @@ class IClock {
     // Milliseconds since the system started, in 32 bits: wraps every 49.7 days, so compare by unsigned difference.
     virtual uint32_t TickMilliseconds() const = 0;
 
-    // Whole seconds since 1970-01-01 00:00 UTC.
+    // Whole seconds since the system started. For intervals: setting the calendar does not move it.
+    virtual int64_t MonotonicSeconds() const = 0;
+
+    // Whole seconds since 1970-01-01 00:00 UTC. It jumps when the clock is set.
     virtual int64_t CalendarSeconds() const = 0;
 };
 

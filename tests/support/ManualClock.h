@@ -11,12 +11,18 @@ class ManualClock final : public wrb::IClock {
     explicit ManualClock(uint32_t tick = 0, int64_t seconds = 0) : m_tick(tick), m_seconds(seconds) {}
 
     uint32_t TickMilliseconds() const override { return m_tick; }
+    int64_t MonotonicSeconds() const override { return m_passed; }
     int64_t CalendarSeconds() const override { return m_seconds; }
 
     void AdvanceTick(uint32_t milliseconds) { m_tick += milliseconds; }
-    void AdvanceSeconds(int64_t seconds) { m_seconds += seconds; }
+    void AdvanceSeconds(int64_t seconds) {
+        m_passed += seconds;
+        m_seconds += seconds;
+    }
+    void StepCalendar(int64_t seconds) { m_seconds += seconds; }
 
   private:
     std::atomic<uint32_t> m_tick;
+    std::atomic<int64_t> m_passed{0};
     std::atomic<int64_t> m_seconds;
 };

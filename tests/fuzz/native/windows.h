@@ -78,6 +78,9 @@ inline void* LocalFree(void*) noexcept {
 // ---- process and clock ----
 
 DWORD GetTickCount() noexcept;
+inline uint64_t GetTickCount64() noexcept {
+    return GetTickCount();
+}
 inline DWORD GetCurrentProcessId() noexcept {
     return 4711;
 }

@@ -9,7 +9,8 @@ namespace {
 class FastClock final : public wrb::IClock {
   public:
     uint32_t TickMilliseconds() const override { return 0; }
-    int64_t CalendarSeconds() const override { return ++m_seconds; }
+    int64_t MonotonicSeconds() const override { return ++m_seconds; }
+    int64_t CalendarSeconds() const override { return 0; }
 
   private:
     mutable std::atomic<int64_t> m_seconds{1};

@@ -1,7 +1,9 @@
 #include "cmdhl_LogTicket.h"
 
 #include <algorithm>
+#include <limits>
 
+#include "AgentUid.h"
 #include "DebugLog.h"
 
 namespace wrb {
@@ -11,8 +13,9 @@ constexpr wchar_t kRequest[] = L"cmdhl_RequestToUploadPFWLog";
 constexpr wchar_t kRelease[] = L"cmdhl_RemoveClientFromLogUploadingList";
 constexpr wchar_t kCleanList[] = L"CleanList";
 
-constexpr int32_t kShortWait = 60;     // below it a client is admitted early
-constexpr int64_t kWaitingGrace = 60;  // how late a waiting client may come back
+constexpr int32_t kShortWait = 60;            // below it a client is admitted early
+constexpr int64_t kWaitingGrace = 60;         // how late a waiting client may come back
+constexpr std::size_t kMostClients = 65'536;  // of a list
 
 // The log's %d takes 32 bits.
 template <typename Number>
@@ -48,6 +51,9 @@ uint32_t LogTicket::Setting(TicketSetting setting) {
 }
 
 int32_t LogTicket::Request(const std::wstring& uid) {
+    if (uid.size() > kUidCharacters) {
+        return Request(uid.substr(0, kUidCharacters));
+    }
     WRB_LOG(kLogDebug, L"%s - >>", kRequest);
     if (!m_settings.IsInForce()) {
         return 0;
@@ -62,7 +68,7 @@ int32_t LogTicket::Request(const std::wstring& uid) {
 }
 
 int32_t LogTicket::Decide(const std::wstring& uid) {
-    const int64_t now = m_clock.CalendarSeconds();
+    const int64_t now = m_clock.MonotonicSeconds();
     if (const auto held = m_uploading.find(uid); held != m_uploading.end()) {
         WRB_LOG(kLogWarning,
                 L"%s - [LogTicket] the client is in uploading list already, remove and put it into waiting list for "
@@ -95,7 +101,7 @@ LogTicket::Limits LogTicket::ReadLimits() {
             L"dwMaxConcurrentUploadingNum(%d), uploadinglist(%d), waitinglist(%d)",
             kRequest, threads.fixed, threads.maximum, free, ahead, Logged(m_uploading.size()),
             Logged(m_waiting.size()));
-    return {free, ahead};
+    return {std::min<std::size_t>(free, kMostClients), std::min<std::size_t>(ahead, kMostClients)};
 }
 
 // By the length of the queue alone: a client's own place in it does not count.
@@ -106,22 +112,38 @@ int32_t LogTicket::WaitingTime() {
 }
 
 int32_t LogTicket::Admit(const std::wstring& uid, int64_t now, const wchar_t* lineFormat) {
-    const int64_t deadline = now + Setting(TicketSetting::UploadTime);
-    WRB_LOG(kLogInfo, lineFormat, kRequest, uid.c_str(), Logged(now), Logged(deadline));
-    m_uploading.insert_or_assign(uid, deadline);
+    const uint32_t uploadTime = Setting(TicketSetting::UploadTime);
+    const int64_t calendar = m_clock.CalendarSeconds();
+    WRB_LOG(kLogInfo, lineFormat, kRequest, uid.c_str(), Logged(calendar), Logged(calendar + uploadTime));
+    m_uploading.insert_or_assign(uid, now + uploadTime);
     m_waiting.erase(uid);
     return 0;
 }
 
+bool LogTicket::IsFull(const std::wstring& uid) const {
+    return m_waiting.size() >= kMostClients && !m_waiting.contains(uid);
+}
+
+int32_t LogTicket::TurnAway(const std::wstring& uid) {
+    constexpr uint32_t kMost = std::numeric_limits<int32_t>::max();
+    const auto longest = static_cast<int32_t>(std::min(Setting(TicketSetting::MaxWaitTime), kMost));
+    WRB_LOG(kLogWarning, L"%s - [LogTicket] the waiting list is full GUID(%s), nWaitingTime(%d)", kRequest, uid.c_str(),
+            longest);
+    return longest;
+}
+
 int32_t LogTicket::PutOff(const std::wstring& uid, int64_t now, int32_t waitingTime) {
+    if (IsFull(uid)) {
+        return TurnAway(uid);
+    }
     WRB_LOG(kLogInfo, L"%s - [LogTicket] put the client into waiting list GUID(%s), current time(%d) nWaitingTime(%d)",
-            kRequest, uid.c_str(), Logged(now), waitingTime);
+            kRequest, uid.c_str(), Logged(m_clock.CalendarSeconds()), waitingTime);
     m_waiting.insert_or_assign(uid, now + waitingTime);
     return waitingTime;
 }
 
 void LogTicket::CleanUp(int64_t now) {
-    if (now - m_lastCleanUp <= Setting(TicketSetting::CleanUpInterval)) {
+    if (m_lastCleanUp && now - *m_lastCleanUp <= Setting(TicketSetting::CleanUpInterval)) {
         return;
     }
     CleanList(m_uploading, now, now + Setting(TicketSetting::UploadTime));
@@ -130,6 +152,9 @@ void LogTicket::CleanUp(int64_t now) {
 }
 
 bool LogTicket::Release(const std::wstring& uid) {
+    if (uid.size() > kUidCharacters) {
+        return Release(uid.substr(0, kUidCharacters));
+    }
     if (!m_settings.IsInForce()) {
         return true;
     }

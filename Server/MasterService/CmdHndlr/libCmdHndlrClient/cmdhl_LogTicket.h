@@ -18,9 +18,10 @@
 
 namespace wrb {
 
-// All times are whole calendar seconds. Settings are unsigned and are read through the caches at every use; the two
-// thread numbers are read once. Any thread. The lock is held while logging and reading settings, so neither may call
-// back.
+// Times are whole seconds of the monotonic clock; log lines show calendar seconds. A client counts by the first 36
+// characters of its uid, and each list has at most 65,536 clients. Settings are unsigned and are read through the
+// caches at every use; the two thread numbers are read once. Any thread. The lock is held while logging and reading
+// settings, so neither may call back.
 class LogTicket {
   public:
     // All three must outlive the ticket.
@@ -47,6 +48,8 @@ class LogTicket {
     const TicketThreads& Threads() WRB_REQUIRES(m_lock);
     uint32_t Setting(TicketSetting setting) WRB_REQUIRES(m_lock);
     int32_t Decide(const std::wstring& uid) WRB_REQUIRES(m_lock);
+    bool IsFull(const std::wstring& uid) const WRB_REQUIRES(m_lock);
+    int32_t TurnAway(const std::wstring& uid) WRB_REQUIRES(m_lock);
     Limits ReadLimits() WRB_REQUIRES(m_lock);
     int32_t WaitingTime() WRB_REQUIRES(m_lock);
     int32_t Admit(const std::wstring& uid, int64_t now, const wchar_t* lineFormat) WRB_REQUIRES(m_lock);
@@ -58,7 +61,7 @@ class LogTicket {
     CWrbSRWLock m_lock;
     ClientList m_uploading WRB_GUARDED_BY(m_lock);
     ClientList m_waiting WRB_GUARDED_BY(m_lock);
-    int64_t m_lastCleanUp WRB_GUARDED_BY(m_lock) = 0;  // the first request cleans up
+    std::optional<int64_t> m_lastCleanUp WRB_GUARDED_BY(m_lock);
     std::optional<TicketThreads> m_threads WRB_GUARDED_BY(m_lock);
 };
 

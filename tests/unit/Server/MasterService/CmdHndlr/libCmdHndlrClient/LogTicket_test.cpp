@@ -15,12 +15,14 @@ namespace {
 
 struct Stage {
     // "N=2 a:0 +61 b:3 -b:1": a setting by its initial, which holds at once; the client a asks and is told so many
-    // seconds; time passes; the client is released, with that result.
+    // seconds; time passes; the client is released, with that result. "@-3600": the calendar is set back.
     void Play(const std::string& script) {
         std::istringstream words(script);
         for (std::string word; words >> word;) {
             if (word[0] == '+') {
                 clock.AdvanceSeconds(std::stoll(word));
+            } else if (word[0] == '@') {
+                clock.StepCalendar(std::stoll(word.substr(1)));
             } else if (word[1] == '=') {
                 Set(word[0], word.substr(2));
             } else {
@@ -76,9 +78,12 @@ TEST(LogTicket, Decides) {
           "N=1 X=1 a:0 +60 b:1 +1 b:0",   // cleaned when more than 60 seconds have passed
           "N=1 X=1 C=5 a:0 +59 b:1 +6 b:0",
           "N=1 X=1 U=3 C=0 a:0 +2 b:1 +1 b:0",
-          "N=1 X=1 U=600 C=0 a:0 +1 U=60 b:0",                  // longer than a slot can be
-          "N=0 X=0 R=1 a:1 b:2 +61 c:2 d:3",                    // a is 60 seconds late and dropped, b is not
-          "N=0 X=0 R=1 C=0 a:1 b:2 c:3 +1 W=1 d:1 W=9 e:4"}) {  // c lies too far ahead
+          "N=1 X=1 U=600 C=0 a:0 +1 U=60 b:0",               // longer than a slot can be
+          "N=0 X=0 R=1 a:1 b:2 +61 c:2 d:3",                 // a is 60 seconds late and dropped, b is not
+          "N=0 X=0 R=1 C=0 a:1 b:2 c:3 +1 W=1 d:1 W=9 e:4",  // c lies too far ahead
+          "N=1 X=1 a:0 @-3600 b:1 +60 b:1 +1 b:0",           // no step of the calendar moves a place
+          "N=1 X=1 C=0 a:0 @3600 b:1 +59 b:1 +1 b:0",
+          "N=0 X=0 R=1 C=0 a:1 @-7200 b:2 @9999 c:3 +61 d:3"}) {
         Stage().Play("E=1 " + script);
     }
 }
@@ -90,6 +95,23 @@ TEST(LogTicket, EightThousandWaitingClientsMeetTheCeiling) {
         EXPECT_EQ(stage.ticket.Request(std::to_wstring(i)), std::min(1800, i / 4 + 1));
     }
     stage.Play("x:1800 X=1 y:1800");  // too long a wait to be admitted ahead of time
+}
+
+TEST(LogTicket, AListIsBoundedWhateverTheAgentsSend) {
+    constexpr int32_t kMost = 65'536;
+    Stage stage;
+    stage.Play("E=1 M=-1 N=-1 X=-1 R=1 W=99999");
+    const auto uid = [](int32_t client, const wchar_t* more) {  // 36 characters count
+        return std::wstring(27, L'u') + std::to_wstring(100'000'000 + client) + more;
+    };
+    for (int32_t client = 0; client < 2 * kMost; ++client) {
+        EXPECT_EQ(stage.ticket.Request(uid(client, L"more")), std::max(0, client - kMost + 1));
+        TakeCapturedLog();
+    }
+    EXPECT_EQ(stage.ticket.Request(uid(kMost, L"")), kMost + 1) << "its place stays";
+    stage.Play("a:99999 b:99999");
+    EXPECT_TRUE(stage.ticket.Release(uid(kMost, L"less")));
+    stage.Play("a:65536 b:99999");
 }
 
 // Nobody gets another's place: five are admitted, and the waiting times are those of a queue.
