@@ -1,4 +1,4 @@
-// A profile in memory that counts what the cache asks of it and fails on demand.
+// A profile in memory that counts and notes what the cache asks of it, and fails on demand.
 #pragma once
 
 #include <atomic>
@@ -17,8 +17,9 @@ class FakeProfile : public wrb::IProfileAccess {
         return text.empty() ? static_cast<uint32_t>(defaultValue) : static_cast<uint32_t>(std::stol(text));
     }
 
-    std::string ReadString(const char* section, const char* key, const char* defaultText, const char*) override {
+    std::string ReadString(const char* section, const char* key, const char* defaultText, const char* path) override {
         ++reads;
+        lastPath = path;
         const auto found = values.find(std::string(section) + "/" + key);
         return found != values.end() ? found->second : defaultText;
     }
@@ -40,5 +41,6 @@ class FakeProfile : public wrb::IProfileAccess {
     int failingWrites = 0;
     int writeAttempts = 0;
     std::atomic<int> reads{0};
+    std::string lastPath;
     std::vector<uint32_t> pauses;
 };

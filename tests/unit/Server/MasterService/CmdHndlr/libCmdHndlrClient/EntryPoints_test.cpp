@@ -2,11 +2,7 @@
 // that they read at the start.
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <random>
-#include <thread>
-#include <tuple>
-#include <vector>
 
 #include "AllocationCount.h"
 #include "Ask.h"
@@ -22,7 +18,7 @@
 #include "UniqueName.h"
 #include "cmdhl_Reply.h"
 
-// In place of the system's: the INI caches expire when a test says so.
+// In place of the system's: a test sets how long a command sleeps.
 static ManualClock& TheClock() {
     static ManualClock clock(1'000'000, 1'700'000'000);
     return clock;
@@ -50,30 +46,6 @@ TEST_F(EntryPoints, ClearIniCacheSparesTheSandboxAnalyzer) {
     EXPECT_EQ(ServerIniCache().readINIInt(L"Section", L"Key", 2), 2u);
     EXPECT_EQ(SbaIniCache().readINIInt(L"Section", L"Key", 2), 1u);
     EXPECT_EQ(TakeCapturedTexts().back(), L"cmdhl_ClearIniCache");
-}
-
-TEST_F(EntryPoints, EachIniCacheHasItsFileAndItsExpiry) {
-    const wrb::test::ServerHome home;
-    const struct {
-        CINICache& cache;
-        const wchar_t* file;
-        uint32_t seconds;
-    } kCaches[] = {{ScanIniCache(), L"wrbscan.ini", 6},
-                   {ServerIniCache(), L"Private\\wrbserver.ini", 6},
-                   {SbaIniCache(), L"private\\wrbSbaSvr.ini", 30}};
-    for (const auto& row : kCaches) {
-        home.Write(row.file, "[Section]\r\nKey=1\r\n");
-    }
-    cmdhl_Initialize(L"", L"", nullptr);
-    for (const auto& row : kCaches) {
-        const auto read = [&] { return row.cache.readINIInt(L"Section", L"Key", 0); };
-        EXPECT_EQ(read(), 1u) << row.seconds;
-        home.Write(row.file, "[Section]\r\nKey=2\r\n");
-        TheClock().AdvanceTick(row.seconds * 1000 - 1);
-        EXPECT_EQ(read(), 1u) << row.seconds;
-        TheClock().AdvanceTick(2);
-        EXPECT_EQ(read(), 2u) << row.seconds;
-    }
 }
 
 // The clock that the test sets and the thread decide how long it sleeps: here about two seconds.
