@@ -102,3 +102,6 @@ using CSettingContainerSampleSubmissionSetting = wrb::BundleContainer<wrb::Sampl
 using CSettingContainerSablexSetting = wrb::BundleContainer<wrb::SablexValues>;
 using CSettingContainerAggrScanSetting = wrb::BundleContainer<wrb::AggrScanValues>;
 using CSettingContainerQMAgentPolicy = wrb::BundleContainer<wrb::PolicyTrackingValues>;
+using CSettingContainerServiceSwitch = wrb::BundleContainer<wrb::ServiceSwitchValues>;
+using CSettingContainerScanType = wrb::BundleContainer<wrb::ScanTypeValues>;
+using CSettingContainerSpywareWhiteList = wrb::BundleContainer<wrb::SpywareWhiteListValues>;

@@ -264,9 +264,74 @@ inline constexpr Bundle<PolicyTrackingValues> kBundle<PolicyTrackingValues> = {
     .rows = kPolicyTrackingRows,
 };
 
+// ---- switches of whole services; server-wide, whatever the agent ----
+
+struct ServiceSwitchValues {
+    uint32_t flags = 0;
+};
+
+inline constexpr BundleRow<ServiceSwitchValues> kServiceSwitchRows[] = {
+    BitRow(L"EnableVEXOROnDesktop", &ServiceSwitchValues::flags, "flags", 0x1),
+    BitRow(L"EnableVEXOROnServer", &ServiceSwitchValues::flags, "flags", 0x2),
+    BitRow(L"EnableFWOnDesktop", &ServiceSwitchValues::flags, "flags", 0x4),
+    BitRow(L"EnableFWOnServer", &ServiceSwitchValues::flags, "flags", 0x8),
+    BitRow(L"EnableDLPOnDesktop", &ServiceSwitchValues::flags, "flags", 0x10),
+    BitRow(L"EnableDLPOnServer", &ServiceSwitchValues::flags, "flags", 0x20),
+    BitRow(L"EnableNCIEOnDesktop", &ServiceSwitchValues::flags, "flags", 0x40),
+    BitRow(L"EnableNCIEOnServer", &ServiceSwitchValues::flags, "flags", 0x80),
+    BitRow(L"EnableCCSFOnDesktop", &ServiceSwitchValues::flags, "flags", 0x100),
+    BitRow(L"EnableCCSFOnServer", &ServiceSwitchValues::flags, "flags", 0x200),
+    BitRow(L"EnableLightweightVEXOROnServer", &ServiceSwitchValues::flags, "flags", 0x400),
+};
+
+template <>
+inline constexpr Bundle<ServiceSwitchValues> kBundle<ServiceSwitchValues> = {
+    .section = L"ServiceSwitch",
+    .command = L"DB_GET_SERVICE_SWITCH",
+    .log = {.getter = L"cmdhm_GetServiceSwitch"},
+    .rows = kServiceSwitchRows,
+};
+
+// ---- how an agent scans ----
+
+struct ScanTypeValues {
+    uint32_t clientDestScanType = 0;
+};
+
+inline constexpr BundleRow<ScanTypeValues> kScanTypeRows[] = {
+    IntRow(L"ClientDestScanType", &ScanTypeValues::clientDestScanType, "scan_method"),
+};
+
+template <>
+inline constexpr Bundle<ScanTypeValues> kBundle<ScanTypeValues> = {
+    .section = L"ICRC_PER_CLIENT_CFG_SECTION",
+    .command = L"DB_GET_ICRC_DEST_SCAN_TYPE",
+    .log = {.getter = L"cmdhm_GetScanType"},
+    .rows = kScanTypeRows,
+};
+
+// ---- spyware that the administrator has approved ----
+
+struct SpywareWhiteListValues {
+    std::wstring item;
+};
+
+inline constexpr BundleRow<SpywareWhiteListValues> kSpywareWhiteListRows[] = {
+    TextRow(L"Count%d", &SpywareWhiteListValues::item, "item"),
+};
+
+template <>
+inline constexpr Bundle<SpywareWhiteListValues> kBundle<SpywareWhiteListValues> = {
+    .section = L"INI_WHITELIST_SECTION",
+    .countKey = L"Count",
+    .command = L"DB_GET_SPYWARE_WHITE_LIST",
+    .log = {.getter = L"cmdhm_GetSpywareWhiteList"},
+    .rows = kSpywareWhiteListRows,
+};
+
 // ---- all of them ----
 
 using Bundles = std::tuple<WtpValues, FARestoreValues, NcieValues, SampleSubmissionValues, SablexValues, AggrScanValues,
-                           PolicyTrackingValues>;
+                           PolicyTrackingValues, ServiceSwitchValues, ScanTypeValues, SpywareWhiteListValues>;
 
 }  // namespace wrb

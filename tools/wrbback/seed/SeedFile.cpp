@@ -29,21 +29,6 @@ constexpr struct {
     {"scanNow", ScanType::SN},
 };
 
-// In the order in which the database server answers them.
-constexpr std::string_view kServiceSwitches[kServiceSwitchCount] = {
-    "EnableVEXOROnDesktop",
-    "EnableVEXOROnServer",
-    "EnableFWOnDesktop",
-    "EnableFWOnServer",
-    "EnableDLPOnDesktop",
-    "EnableDLPOnServer",
-    "EnableNCIEOnDesktop",
-    "EnableNCIEOnServer",
-    "EnableCCSFOnDesktop",
-    "EnableCCSFOnServer",
-    "EnableLightweightVEXOROnServer",
-};
-
 bool IsUid(const std::wstring& text) {
     return std::ranges::equal(text, kUidForm, [](wchar_t c, char form) {
         return form == '-' ? c == L'-' : c < 0x80 && std::isxdigit(static_cast<int>(c)) != 0;
@@ -149,11 +134,13 @@ SeedAgent ReadAgent(const JsonNode& node) {
 }
 
 std::vector<bool> ReadServiceSwitches(const JsonNode& node) {
-    node.RefuseUnknown(
-        [](std::string_view key) { return std::ranges::find(kServiceSwitches, key) != std::end(kServiceSwitches); });
+    node.RefuseUnknown([](std::string_view key) {
+        const std::wstring name = Utf8ToWide(key);
+        return std::ranges::any_of(kServiceSwitchRows, [&](const auto& row) { return row.key == name; });
+    });
     std::vector<bool> switches;
-    for (const std::string_view key : kServiceSwitches) {
-        const auto member = node.Member(key);
+    for (const auto& row : kServiceSwitchRows) {
+        const auto member = node.Member(WideToUtf8(row.key));
         switches.push_back(!member || member->Bool());
     }
     return switches;

@@ -13,8 +13,6 @@
 
 namespace wrb {
 
-inline constexpr std::size_t kServiceSwitchCount = 11;
-
 // A column of the table "agent", and where the file has its value.
 struct AgentColumn {
     const char* group;  // the key of an object in the agent; null: in the agent itself
@@ -47,7 +45,7 @@ struct SeedAgent {
 
 struct SeedData {
     std::vector<SeedAgent> agents;
-    std::optional<std::vector<bool>> serviceSwitches;  // kServiceSwitchCount of them
+    std::optional<std::vector<bool>> serviceSwitches;  // in the order of the section
 };
 
 // Reads the whole file before anything is done with it. Throws SeedError, with the place in the file.

@@ -60,6 +60,11 @@ void Run(CommandSlot slot, const Request& request, CCmdProtocol& message) {
     Answer(slot, request, message, request.getter);
 }
 
+void Run(CommandSlot slot, const FieldRequest& request, CCmdProtocol& message) {
+    Answer(slot, {request.name, request.log, request.module, nullptr}, message,
+           [&](std::wstring& output, const wchar_t* uid) { request.getter(output, uid, message); });
+}
+
 void Run(CommandSlot slot, const ScanRequest& request, CCmdProtocol& message) {
     const ScanGroup& group = FindScanGroup(request.type, request.kind);
     Answer(slot, {request.name, request.log, kRqCfg, nullptr}, message,

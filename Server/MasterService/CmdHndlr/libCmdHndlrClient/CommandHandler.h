@@ -32,6 +32,7 @@ inline constexpr RequestLog kWebThreat = {L"*: ", L"*: cmdhl_OutputCommand faile
 // The source modules that log lines name.
 #define WRB_HANDLER_MODULE(name) L"Server\\MasterService\\CmdHndlr\\libCmdHndlrClient\\" name L".cpp"
 inline constexpr wchar_t kRqCfg[] = WRB_HANDLER_MODULE(L"cmdhl_RqCfg");
+inline constexpr wchar_t kRqIni[] = WRB_HANDLER_MODULE(L"cmdhl_RqINI");
 inline constexpr wchar_t kOnCfg[] = WRB_HANDLER_MODULE(L"cmdhl_OnCfg");
 inline constexpr wchar_t kOthers[] = WRB_HANDLER_MODULE(L"cmdhl_Others");
 #undef WRB_HANDLER_MODULE
@@ -39,6 +40,9 @@ inline constexpr wchar_t kOthers[] = WRB_HANDLER_MODULE(L"cmdhl_Others");
 // Fills `output` for the agent `uid`. An empty uid stands for the server as a whole in scan requests, and for an
 // unknown agent in setting bundles. False: nothing was found, and `output` is empty.
 using Getter = bool (*)(std::wstring& output, const wchar_t* uid);
+
+// The same for a request with more fields than the uid, which it takes from `fields`.
+using FieldGetter = bool (*)(std::wstring& output, const wchar_t* uid, CCmdProtocol& fields);
 
 // A Getter that leaves the agent's "changed" bit as it is.
 template <bool (*getter)(std::wstring& output, const wchar_t* uid, bool bResetCfgFlag)>
@@ -55,6 +59,12 @@ struct Request {
     RequestLog log;
     const wchar_t* module;
     Getter getter;
+};
+struct FieldRequest {
+    const wchar_t* name;
+    RequestLog log;
+    const wchar_t* module;
+    FieldGetter getter;
 };
 struct ScanRequest {
     const wchar_t* name;
@@ -82,7 +92,7 @@ struct Written {
 
 struct NotBuilt {};  // the name is known, nothing serves it
 
-using CommandHandler = std::variant<NotBuilt, Request, ScanRequest, Update, ScanUpdate, Written>;
+using CommandHandler = std::variant<NotBuilt, Request, FieldRequest, ScanRequest, Update, ScanUpdate, Written>;
 
 // Serves one command. A request is timed without its reply: a slow reader is not a slow command. An empty answer is
 // sent too. Passes on what the handler throws, and the E_FAIL of a process without counters.

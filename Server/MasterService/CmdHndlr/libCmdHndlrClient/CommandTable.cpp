@@ -1,3 +1,4 @@
+#include "AgentFacts.h"
 #include "CommandMap.h"
 #include "FirewallLogs.h"
 #include "ScanSettingUpdates.h"
