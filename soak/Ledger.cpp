@@ -24,9 +24,9 @@ constexpr char kEvents[] =
 constexpr char kRestores[] = "SELECT UID, count(*), count(DISTINCT LOGID) FROM TBL_RESTORE_LOG GROUP BY UID";
 constexpr char kSpyware[] = "SELECT count(*) FROM event WHERE NAME = 'WC_SET_SPYWARE_LOG_EVENT'";
 
-FoundByUid Find(SqliteDb& db, const char* sql) {
+FoundByUid Find(SqlDb& db, const char* sql) {
     FoundByUid found;
-    for (SqliteStatement select = db.Use(sql); select.Step();) {
+    for (SqlStatement select = db.Use(sql); select.Step();) {
         found[select.Text(0)] = {static_cast<uint64_t>(select.Number(1)), static_cast<uint64_t>(select.Number(2))};
     }
     return found;

@@ -8,11 +8,12 @@ deps_prefix=$deps_dir/install
 toolchain_file=$repo_root/cmake/mingw-w64.cmake
 
 # One row a library: Debian package that carries the source, options of its CMake build.
-dependency_names=(googletest jsoncpp sqlite3 cli11 benchmark curl)
+dependency_names=(googletest jsoncpp sqlite3 soci cli11 benchmark curl) # soci needs sqlite3
 declare -A dependency_source=(
     [googletest]=/usr/src/googletest # a binary package that contains the source
     [jsoncpp]=libjsoncpp
     [sqlite3]=sqlite3
+    [soci]=soci
     [cli11]=cli11
     [benchmark]=benchmark
     [curl]=curl
@@ -22,6 +23,10 @@ declare -A dependency_options=(
     [jsoncpp]="-DBUILD_STATIC_LIBS=ON -DBUILD_OBJECT_LIBS=OFF -DJSONCPP_WITH_TESTS=OFF
         -DJSONCPP_WITH_POST_BUILD_UNITTEST=OFF"
     [sqlite3]=""
+    [soci]="-DSOCI_CXX11=ON -DSOCI_SHARED=OFF -DSOCI_TESTS=OFF -DSOCI_EMPTY=OFF -DWITH_BOOST=OFF -DWITH_DB2=OFF
+        -DWITH_FIREBIRD=OFF -DWITH_MYSQL=OFF -DWITH_ORACLE=OFF -DWITH_POSTGRESQL=OFF -DWITH_ODBC=ON
+        -DODBC_LIBRARY=odbc32 -DWITH_SQLITE3=ON -DSQLITE3_INCLUDE_DIR=$deps_prefix/include
+        -DSQLITE3_LIBRARY=$deps_prefix/lib/libsqlite3.a"
     [cli11]="-DCLI11_BUILD_TESTS=OFF -DCLI11_BUILD_EXAMPLES=OFF -DCLI11_BUILD_DOCS=OFF"
     [benchmark]="-DBENCHMARK_ENABLE_TESTING=OFF -DBENCHMARK_ENABLE_GTEST_TESTS=OFF
         -DBENCHMARK_ENABLE_WERROR=OFF -DBENCHMARK_INSTALL_DOCS=OFF

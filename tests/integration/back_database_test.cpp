@@ -21,7 +21,7 @@ class BackDatabaseTest : public testing::Test {
     // A look into the file behind the server's back.
     static std::wstring Stored(const std::string& column) {
         const auto db = OpenStore(s_backEnd->Database());
-        SqliteStatement read = db->Use("SELECT " + column + " FROM agent WHERE uid = :uid");
+        SqlStatement read = db->Use("SELECT " + column + " FROM agent WHERE uid = :uid");
         read.Bind(":uid", kFullAgent);
         return read.Step() ? read.Text(0) : L"nothing";
     }

@@ -12,7 +12,7 @@ void Print(const std::string& utf8) {
     PrintOut(utf8);
 }
 
-void ShowTable(SqliteDb& db, const RecordTable& table, const ShowOptions& options) {
+void ShowTable(SqlDb& db, const RecordTable& table, const ShowOptions& options) {
     (options.json ? ListAsJson : ListAsText)(db, table, options.limit, Print);
 }
 
@@ -31,7 +31,7 @@ int ShowLogPool(const ShowOptions& options) {
         }
         PrintOut(options.json ? "}\n" : "");
         return kExitOk;
-    } catch (const SqliteError& error) {
+    } catch (const SqlError& error) {
         return Fail(error.what(), kExitFailed);
     }
 }
@@ -41,7 +41,7 @@ int ShowEvents(const ShowOptions& options) {
         ShowTable(*OpenStore(Utf8ToWide(options.database)), kEventRecords, options);
         PrintOut(options.json ? "\n" : "");
         return kExitOk;
-    } catch (const SqliteError& error) {
+    } catch (const SqlError& error) {
         return Fail(error.what(), kExitFailed);
     }
 }

@@ -16,7 +16,7 @@ int Seed(const std::string& file, const std::string& database) {
     }
     try {
         StoreSeed(*CreateStore(Utf8ToWide(database)), seed);
-    } catch (const SqliteError& error) {
+    } catch (const SqlError& error) {
         return Fail(error.what(), kExitFailed);
     }
     PrintOut("wrbback: " + std::to_string(seed.agents.size()) + " agents in " + database + "\n");

@@ -119,7 +119,7 @@ int Serve(const ServeOptions& options) {
     }
     try {
         return RunServices(options, settings, stop);
-    } catch (const SqliteError& error) {
+    } catch (const SqlError& error) {
         return Fail(error.what(), kExitFailed);
     }
 }

@@ -12,7 +12,7 @@ constexpr char kSeed[] = R"({"agents": [
     {"uid": "11111111-2222-3333-4444-555555555555", "scan": {}, "approvedSpyware": ["a"], "restoreSessions": ["b"]},
     {"uid": "21111111-2222-3333-4444-555555555555"}]})";
 
-wrb::SqliteDb& Store() {
+wrb::SqlDb& Store() {
     static const auto db = wrb::CreateStore(L":memory:");
     return *db;
 }

@@ -113,7 +113,7 @@ void DbServer::Write(DbCommand command, CCmdProtocol& request, const std::string
             m_options.note(FormatWide(L"database server: %s of %S changed nothing", name, from.c_str()));
         }
         ++m_writes;
-    } catch (const SqliteError& error) {
+    } catch (const SqlError& error) {
         ++m_failed;
         m_options.note(FormatWide(L"database server: %s failed: %s", name, Utf8ToWide(error.what()).c_str()));
     }
@@ -124,7 +124,7 @@ void DbServer::AnswerText(DbCommand command, CCmdProtocol& request, const std::w
     try {
         answer = AnswerTextCommand(m_readers.Lend().Db(), command, request);
         ++m_reads;
-    } catch (const SqliteError& error) {
+    } catch (const SqlError& error) {
         ++m_failed;
         m_options.note(FormatWide(L"database server: %s failed: %s", DescribeDbCommand(command).name,
                                   Utf8ToWide(error.what()).c_str()));

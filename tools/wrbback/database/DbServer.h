@@ -44,7 +44,7 @@ struct DbServerCounters {
 
 class DbServer {
   public:
-    // Opens the database; throws SqliteError, see Store.h.
+    // Opens the database; throws SqlError, see Store.h.
     explicit DbServer(DbServerOptions options);
 
     // False: GetLastError tells; ERROR_ALREADY_EXISTS means that another database server runs.
@@ -67,7 +67,7 @@ class DbServer {
     void NoteDrop(PipeDrop reason, std::size_t bytes, uint32_t pid);
 
     const DbServerOptions m_options;
-    std::unique_ptr<SqliteDb> m_writer;  // of the reading thread
+    std::unique_ptr<SqlDb> m_writer;  // of the reading thread
     StorePool m_readers;
     std::atomic<uint64_t> m_reads{0};
     std::atomic<uint64_t> m_writes{0};

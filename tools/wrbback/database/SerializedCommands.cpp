@@ -6,7 +6,7 @@
 #include "DbVexor.h"
 #include "MsgSerializer.h"
 #include "ScanTable.h"
-#include "SqliteDb.h"
+#include "SqlDb.h"
 
 namespace wrb {
 namespace {
@@ -23,7 +23,7 @@ AllScanLists ListsOf(const StoredScans& scans) {
     return lists;
 }
 
-bool AnswerAllScanCfg(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
+bool AnswerAllScanCfg(SqlDb& db, const std::wstring& uid, CMsgSerializer& answer) {
     const std::optional<AgentScans> agent = ReadScans(db, uid);
     if (!agent) {
         return false;
@@ -41,7 +41,7 @@ bool AnswerAllScanCfg(SqliteDb& db, const std::wstring& uid, CMsgSerializer& ans
     return true;
 }
 
-bool AnswerAllScanEx(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
+bool AnswerAllScanEx(SqlDb& db, const std::wstring& uid, CMsgSerializer& answer) {
     const std::optional<AgentScans> agent = ReadScans(db, uid);
     if (!agent) {
         return false;
@@ -50,8 +50,8 @@ bool AnswerAllScanEx(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answ
     return true;
 }
 
-bool AnswerCustomBm(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
-    SqliteStatement read = db.Use(
+bool AnswerCustomBm(SqlDb& db, const std::wstring& uid, CMsgSerializer& answer) {
+    SqlStatement read = db.Use(
         "SELECT policy_id, action, enable FROM agent LEFT JOIN behaviour_policy USING (uid) WHERE agent.uid = :uid "
         "ORDER BY position");
     read.Bind(":uid", uid);
@@ -73,7 +73,7 @@ bool AnswerCustomBm(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answe
 }
 
 template <typename Values>
-bool AnswerBundle(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answer) {
+bool AnswerBundle(SqlDb& db, const std::wstring& uid, CMsgSerializer& answer) {
     const auto rows = ReadBundle<Values>(db, uid);
     if (!rows) {
         return false;
@@ -86,7 +86,7 @@ bool AnswerBundle(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answer)
     return true;
 }
 
-using Answer = bool (*)(SqliteDb& db, const std::wstring& uid, CMsgSerializer& answer);
+using Answer = bool (*)(SqlDb& db, const std::wstring& uid, CMsgSerializer& answer);
 
 template <typename... Values>
 Answer FindBundle(DbCommand command, const std::tuple<std::vector<Values>...>&) {
@@ -110,7 +110,7 @@ Answer FindAnswer(DbCommand command) {
 
 }  // namespace
 
-bool AnswerSerializedCommand(SqliteDb& db, DbCommand command, const std::wstring& uid, CMsgSerializer& answer) {
+bool AnswerSerializedCommand(SqlDb& db, DbCommand command, const std::wstring& uid, CMsgSerializer& answer) {
     const Answer write = FindAnswer(command);
     return write != nullptr && write(db, uid, answer);
 }

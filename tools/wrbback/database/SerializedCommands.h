@@ -9,10 +9,10 @@ class CMsgSerializer;
 
 namespace wrb {
 
-class SqliteDb;
+class SqlDb;
 
 // Writes the record that the command asks for into `answer`. False when there is no such agent, or the command is not
-// one of these. Throws SqliteError.
-bool AnswerSerializedCommand(SqliteDb& db, DbCommand command, const std::wstring& uid, CMsgSerializer& answer);
+// one of these. Throws SqlError.
+bool AnswerSerializedCommand(SqlDb& db, DbCommand command, const std::wstring& uid, CMsgSerializer& answer);
 
 }  // namespace wrb

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "ScanTable.h"
-#include "SqliteDb.h"
+#include "SqlDb.h"
 #include "Text.h"
 #include "TextCommandTable.h"
 
@@ -80,22 +80,22 @@ std::optional<Call> Resolve(DbCommand command, const CCmdProtocol& request) {
     return std::nullopt;
 }
 
-SqliteStatement Prepare(SqliteDb& db, const Call& call) {
+SqlStatement Prepare(SqlDb& db, const Call& call) {
     return db.Use(std::string(call.row->sql) + call.row->where);
 }
 
-void BindAll(SqliteStatement& statement, const Call& call) {
+void BindAll(SqlStatement& statement, const Call& call) {
     statement.Bind("@type", static_cast<int64_t>(call.type));
     for (const Field& field : call.fields) {
         switch (field.name[0]) {
             case ':':
-                statement.Bind(field.name.c_str(), field.text);
+                statement.Bind(field.name, field.text);
                 break;
             case '@':
-                statement.Bind(field.name.c_str(), ParseInt64(field.text) & 0xFFFFFFFF);
+                statement.Bind(field.name, ParseInt64(field.text) & 0xFFFFFFFF);
                 break;
             case '$':
-                statement.Bind(field.name.c_str(), ParseInt64(field.text));
+                statement.Bind(field.name, ParseInt64(field.text));
                 break;
             default:
                 break;
@@ -103,15 +103,15 @@ void BindAll(SqliteStatement& statement, const Call& call) {
     }
 }
 
-int64_t Run(SqliteDb& db, const Call& call) {
-    SqliteStatement statement = Prepare(db, call);
+int64_t Run(SqlDb& db, const Call& call) {
+    SqlStatement statement = Prepare(db, call);
     BindAll(statement, call);
     statement.Run();
     return db.Changes();
 }
 
 // False when there is no such agent, or it has a configuration already.
-bool GiveConfiguration(SqliteDb& db, const std::wstring& uid) {
+bool GiveConfiguration(SqlDb& db, const std::wstring& uid) {
     const std::optional<AgentScans> agent = ReadScans(db, uid);
     if (!agent || agent->scans) {
         return false;
@@ -124,12 +124,12 @@ bool GiveConfiguration(SqliteDb& db, const std::wstring& uid) {
 
 }  // namespace
 
-std::optional<std::wstring> AnswerTextCommand(SqliteDb& db, DbCommand command, CCmdProtocol& request) {
+std::optional<std::wstring> AnswerTextCommand(SqlDb& db, DbCommand command, CCmdProtocol& request) {
     const std::optional<Call> call = Resolve(command, request);
     if (!call) {
         return std::nullopt;
     }
-    SqliteStatement statement = Prepare(db, *call);
+    SqlStatement statement = Prepare(db, *call);
     BindAll(statement, *call);
     std::optional<std::wstring> answer;
     while (statement.Step()) {
@@ -147,12 +147,12 @@ std::optional<std::wstring> AnswerTextCommand(SqliteDb& db, DbCommand command, C
     return answer;
 }
 
-int64_t RunTextCommand(SqliteDb& db, DbCommand command, CCmdProtocol& request) {
+int64_t RunTextCommand(SqlDb& db, DbCommand command, CCmdProtocol& request) {
     const std::optional<Call> call = Resolve(command, request);
     if (!call) {
         return 0;
     }
-    SqliteTransaction transaction(db);
+    SqlTransaction transaction(db);
     int64_t changed = Run(db, *call);
     const std::wstring* uid = Find(call->fields, ":uid");
     if (changed == 0 && call->row->scan != ScanOf::None && uid != nullptr && GiveConfiguration(db, *uid)) {

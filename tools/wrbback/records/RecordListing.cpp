@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "SqliteDb.h"
+#include "SqlDb.h"
 #include "Text.h"
 #include "VisibleText.h"
 
@@ -48,12 +48,12 @@ class Piecewise {
     std::string m_text;
 };
 
-using Visit = std::function<void(const SqliteStatement& row)>;
+using Visit = std::function<void(const SqlStatement& row)>;
 
-uint64_t ForEachRow(SqliteDb& db, const RecordTable& table, uint64_t limit, const Visit& visit) {
+uint64_t ForEachRow(SqlDb& db, const RecordTable& table, uint64_t limit, const Visit& visit) {
     const std::string latest =
         limit == 0 ? "" : std::string(" WHERE id > (SELECT max(id) FROM ") + table.name + ") - :limit";
-    SqliteStatement select = db.Use(SelectSql(table) + latest + " ORDER BY id");
+    SqlStatement select = db.Use(SelectSql(table) + latest + " ORDER BY id");
     select.Bind(":limit", static_cast<int64_t>(std::min<uint64_t>(limit, INT64_MAX)));
     uint64_t rows = 0;
     for (; select.Step(); ++rows) {
@@ -74,7 +74,7 @@ std::string Line(const RecordTable& table, const std::function<std::wstring(int 
     return WideToUtf8(line) + "\n";
 }
 
-Json::Value JsonRow(const RecordTable& table, const SqliteStatement& row) {
+Json::Value JsonRow(const RecordTable& table, const SqlStatement& row) {
     Json::Value value(Json::objectValue);
     for (std::size_t i = 0; i < table.columns.size(); ++i) {
         const int column = static_cast<int>(i);
@@ -86,24 +86,24 @@ Json::Value JsonRow(const RecordTable& table, const SqliteStatement& row) {
 
 }  // namespace
 
-void ListAsText(SqliteDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print) {
+void ListAsText(SqlDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print) {
     Piecewise out(print);
     out.Add(Line(table, [&](int i) { return Utf8ToWide(table.columns[static_cast<std::size_t>(i)].name); }));
-    const uint64_t shown = ForEachRow(db, table, limit, [&](const SqliteStatement& row) {
+    const uint64_t shown = ForEachRow(db, table, limit, [&](const SqlStatement& row) {
         out.Add(Line(table, [&](int column) { return VisibleText(row.Text(column)); }));
     });
-    const int64_t all = db.NumberOf((std::string("SELECT count(*) FROM ") + table.name).c_str());
+    const int64_t all = db.NumberOf(std::string("SELECT count(*) FROM ") + table.name);
     out.Add(std::string(table.name) + ": " + std::to_string(shown) + " of " + std::to_string(all) + " rows\n");
     out.Flush();
 }
 
-void ListAsJson(SqliteDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print) {
+void ListAsJson(SqlDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print) {
     Json::StreamWriterBuilder writer;
     writer["indentation"] = "";
     writer["emitUTF8"] = true;
     Piecewise out(print);
     const char* between = "[\n  ";
-    const uint64_t shown = ForEachRow(db, table, limit, [&](const SqliteStatement& row) {
+    const uint64_t shown = ForEachRow(db, table, limit, [&](const SqlStatement& row) {
         out.Add(between + Json::writeString(writer, JsonRow(table, row)));
         between = ",\n  ";
     });

@@ -10,16 +10,16 @@
 
 namespace wrb {
 
-class SqliteDb;
+class SqlDb;
 
 using ListingSink = std::function<void(const std::string& utf8)>;
 
-// The latest `limit` rows, 0: all, in the order of their coming. Throw SqliteError.
+// The latest `limit` rows, 0: all, in the order of their coming. Throw SqlError.
 
 // Head line, a line a row, and a line that counts them. Control characters are shown as escapes.
-void ListAsText(SqliteDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print);
+void ListAsText(SqlDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print);
 
 // A JSON array of objects with the column names as keys, one row a line.
-void ListAsJson(SqliteDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print);
+void ListAsJson(SqlDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print);
 
 }  // namespace wrb

@@ -35,7 +35,7 @@ struct RecordServerCounters {
 
 class RecordServer {
   public:
-    explicit RecordServer(RecordServerOptions options);  // throws SqliteError, see Store.h
+    explicit RecordServer(RecordServerOptions options);  // throws SqlError, see Store.h
     ~RecordServer() { Stop(); }
     RecordServer(const RecordServer&) = delete;
     RecordServer& operator=(const RecordServer&) = delete;

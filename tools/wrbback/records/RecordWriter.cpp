@@ -19,22 +19,28 @@ constexpr std::chrono::milliseconds kRest{500};
 
 // Errors that end by themselves, or once there is room on the disk.
 bool MayPass(const std::exception& error) {
-    const auto* const failure = dynamic_cast<const SqliteError*>(&error);
+    const auto* const failure = dynamic_cast<const SqlError*>(&error);
     if (failure == nullptr) {
         return dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
     }
-    const int code = failure->Code();
-    return code == SQLITE_BUSY || code == SQLITE_LOCKED || code == SQLITE_FULL || code == SQLITE_IOERR ||
-           code == SQLITE_NOMEM;
+    switch (failure->Failure()) {
+        case SqlFailure::Busy:
+        case SqlFailure::Full:
+        case SqlFailure::Io:
+        case SqlFailure::Memory:
+            return true;
+        default:
+            return false;
+    }
 }
 
-void Bind(SqliteStatement& statement, const char* column, const RecordValue& value) {
+void Bind(SqlStatement& statement, const char* column, const RecordValue& value) {
     const std::string name = std::string(":") + column;
     std::visit([&](const auto& bound) { statement.Bind(name.c_str(), bound); }, value);
 }
 
-void Insert(SqliteDb& db, const Record& record) {
-    SqliteStatement insert = db.Use(InsertSql(*record.table));
+void Insert(SqlDb& db, const Record& record) {
+    SqlStatement insert = db.Use(InsertSql(*record.table));
     for (std::size_t i = 0; i < record.values.size(); ++i) {
         Bind(insert, record.table->columns[i].name, record.values[i]);
     }
@@ -42,9 +48,9 @@ void Insert(SqliteDb& db, const Record& record) {
 }
 
 // Rows go in the order of their coming, so the ids are without gaps and the newest tells which are too old.
-void Trim(SqliteDb& db, const RecordTable& table, int64_t keep) {
+void Trim(SqlDb& db, const RecordTable& table, int64_t keep) {
     const std::string name = table.name;
-    SqliteStatement trim = db.Use("DELETE FROM " + name + " WHERE id <= (SELECT max(id) FROM " + name + ") - :keep");
+    SqlStatement trim = db.Use("DELETE FROM " + name + " WHERE id <= (SELECT max(id) FROM " + name + ") - :keep");
     trim.Bind(":keep", keep).Run();
 }
 
@@ -124,7 +130,7 @@ void RecordWriter::NoteFailure(std::size_t rows, const wchar_t* what, const char
 }
 
 void RecordWriter::StoreOnce(const Batch& batch) {
-    SqliteTransaction transaction(*m_db);
+    SqlTransaction transaction(*m_db);
     std::set<const RecordTable*> touched;
     for (const Record& record : batch) {
         Insert(*m_db, record);

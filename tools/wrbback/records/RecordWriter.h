@@ -21,7 +21,7 @@ class RecordWriter {
   public:
     using Note = std::function<void(const std::wstring&)>;
 
-    // Of each table the latest `keep` rows stay, 0: all. Throws SqliteError, see Store.h.
+    // Of each table the latest `keep` rows stay, 0: all. Throws SqlError, see Store.h.
     RecordWriter(const std::wstring& database, int64_t keep, Note note);
     ~RecordWriter() { Finish(); }
     RecordWriter(const RecordWriter&) = delete;
@@ -52,7 +52,7 @@ class RecordWriter {
 
     const int64_t m_keep;
     const Note m_note;
-    const std::unique_ptr<SqliteDb> m_db;  // of the thread
+    const std::unique_ptr<SqlDb> m_db;  // of the thread
     std::mutex m_lock;
     std::condition_variable m_changed;
     Batch m_queue;

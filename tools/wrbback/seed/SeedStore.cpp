@@ -1,41 +1,41 @@
 #include "SeedStore.h"
 
-#include "SqliteDb.h"
+#include "SqlDb.h"
 
 namespace wrb {
 namespace {
 
-void InsertAgent(SqliteDb& db, const SeedAgent& agent) {
+void InsertAgent(SqlDb& db, const SeedAgent& agent) {
     std::string columns = "uid";
     std::string parameters = ":uid";
     for (const SeedValue& value : agent.values) {
         columns += std::string(", ") + value.column->column;
         parameters += std::string(", :") + value.column->column;
     }
-    SqliteStatement insert = db.Use("INSERT INTO agent (" + columns + ") VALUES (" + parameters + ")");
+    SqlStatement insert = db.Use("INSERT INTO agent (" + columns + ") VALUES (" + parameters + ")");
     insert.Bind(":uid", agent.uid);
     for (const SeedValue& value : agent.values) {
         const std::string name = std::string(":") + value.column->column;
         if (value.column->isText) {
-            insert.Bind(name.c_str(), value.text);
+            insert.Bind(name, value.text);
         } else {
-            insert.Bind(name.c_str(), value.number);
+            insert.Bind(name, value.number);
         }
     }
     insert.Run();
 }
 
-void InsertList(SqliteDb& db, const char* sql, const std::wstring& uid, const std::vector<std::wstring>& texts) {
+void InsertList(SqlDb& db, const char* sql, const std::wstring& uid, const std::vector<std::wstring>& texts) {
     for (std::size_t i = 0; i < texts.size(); ++i) {
-        SqliteStatement insert = db.Use(sql);
+        SqlStatement insert = db.Use(sql);
         insert.Bind(":uid", uid).Bind(":position", static_cast<int64_t>(i)).Bind(":text", texts[i]).Run();
     }
 }
 
-void InsertPolicies(SqliteDb& db, const SeedAgent& agent) {
+void InsertPolicies(SqlDb& db, const SeedAgent& agent) {
     for (std::size_t i = 0; i < agent.policies.size(); ++i) {
         const SeedPolicy& policy = agent.policies[i];
-        SqliteStatement insert = db.Use(
+        SqlStatement insert = db.Use(
             "INSERT INTO behaviour_policy (uid, position, policy_id, action, enable) "
             "VALUES (:uid, :position, :id, :action, :enable)");
         insert.Bind(":uid", agent.uid).Bind(":position", static_cast<int64_t>(i)).Bind(":id", policy.id);
@@ -43,7 +43,7 @@ void InsertPolicies(SqliteDb& db, const SeedAgent& agent) {
     }
 }
 
-void StoreAgent(SqliteDb& db, const SeedAgent& agent) {
+void StoreAgent(SqlDb& db, const SeedAgent& agent) {
     db.Use("DELETE FROM agent WHERE uid = :uid").Bind(":uid", agent.uid).Run();
     InsertAgent(db, agent);
     InsertList(db, "INSERT INTO spyware_approved (uid, position, item) VALUES (:uid, :position, :text)", agent.uid,
@@ -59,17 +59,17 @@ void StoreAgent(SqliteDb& db, const SeedAgent& agent) {
     }
 }
 
-void StoreServiceSwitches(SqliteDb& db, const std::vector<bool>& switches) {
+void StoreServiceSwitches(SqlDb& db, const std::vector<bool>& switches) {
     for (std::size_t i = 0; i < switches.size(); ++i) {
-        SqliteStatement update = db.Use("UPDATE service_switch SET enabled = :enabled WHERE position = :position");
+        SqlStatement update = db.Use("UPDATE service_switch SET enabled = :enabled WHERE position = :position");
         update.Bind(":enabled", switches[i] ? 1 : 0).Bind(":position", static_cast<int64_t>(i)).Run();
     }
 }
 
 }  // namespace
 
-void StoreSeed(SqliteDb& db, const SeedData& seed) {
-    SqliteTransaction transaction(db);
+void StoreSeed(SqlDb& db, const SeedData& seed) {
+    SqlTransaction transaction(db);
     for (const SeedAgent& agent : seed.agents) {
         StoreAgent(db, agent);
     }

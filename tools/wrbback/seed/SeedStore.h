@@ -5,11 +5,11 @@
 
 namespace wrb {
 
-class SqliteDb;
+class SqlDb;
 
 // Every agent of the seed replaces the one with its uid, if there is one; other agents stay. The service switches
 // change when the seed has any. All in one transaction: seeding twice is seeding once, and a failure changes nothing.
-// Throws SqliteError.
-void StoreSeed(SqliteDb& db, const SeedData& seed);
+// Throws SqlError.
+void StoreSeed(SqlDb& db, const SeedData& seed);
 
 }  // namespace wrb

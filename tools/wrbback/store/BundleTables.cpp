@@ -30,13 +30,12 @@ std::string InsertSql() {
 }
 
 template <typename Values>
-void Insert(SqliteDb& db, const std::wstring& uid, const std::vector<Values>& rows) {
+void Insert(SqlDb& db, const std::wstring& uid, const std::vector<Values>& rows) {
     for (std::size_t i = 0; i < rows.size(); ++i) {
-        SqliteStatement insert = db.Use(InsertSql<Values>());
+        SqlStatement insert = db.Use(InsertSql<Values>());
         insert.Bind(":uid", uid).Bind(":position", static_cast<int64_t>(i));
-        ForEachField<Values>(rows[i], [&](const auto& row, const auto& field) {
-            insert.Bind((std::string(":") + row.column).c_str(), field);
-        });
+        ForEachField<Values>(
+            rows[i], [&](const auto& row, const auto& field) { insert.Bind(std::string(":") + row.column, field); });
         insert.Run();
     }
 }
@@ -52,7 +51,7 @@ std::string BundleTablesSql() {
     return CreateAll(AgentBundles());
 }
 
-void InsertBundles(SqliteDb& db, const std::wstring& uid, const AgentBundles& bundles) {
+void InsertBundles(SqlDb& db, const std::wstring& uid, const AgentBundles& bundles) {
     std::apply([&](const auto&... rows) { (Insert(db, uid, rows), ...); }, bundles);
 }
 

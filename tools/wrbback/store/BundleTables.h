@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "Bundles.h"
-#include "SqliteDb.h"
+#include "SqlDb.h"
 
 namespace wrb {
 
@@ -26,22 +26,22 @@ inline constexpr int kFirstBundleColumn = kHasItems<Values> ? 2 : 1;
 // CREATE TABLE for every bundle of them.
 std::string BundleTablesSql();
 
-// The agent must exist and have no rows yet. Throws SqliteError.
-void InsertBundles(SqliteDb& db, const std::wstring& uid, const AgentBundles& bundles);
+// The agent must exist and have no rows yet. Throws SqlError.
+void InsertBundles(SqlDb& db, const std::wstring& uid, const AgentBundles& bundles);
 
-inline void TakeColumn(const SqliteStatement& read, int column, uint32_t& value) {
+inline void TakeColumn(const SqlStatement& read, int column, uint32_t& value) {
     value = static_cast<uint32_t>(read.Number(column));
 }
-inline void TakeColumn(const SqliteStatement& read, int column, std::wstring& value) {
+inline void TakeColumn(const SqlStatement& read, int column, std::wstring& value) {
     value = read.Text(column);
 }
 
-// The agent's rows in their order; nothing for an agent that does not exist. Throws SqliteError.
+// The agent's rows in their order; nothing for an agent that does not exist. Throws SqlError.
 template <typename Values>
-std::optional<std::vector<Values>> ReadBundle(SqliteDb& db, const std::wstring& uid) {
-    SqliteStatement read = db.Use(std::string("SELECT bundle.* FROM agent LEFT JOIN ") + kBundle<Values>.table +
-                                  " AS bundle ON bundle.uid = agent.uid WHERE agent.uid = :uid" +
-                                  (kHasItems<Values> ? " ORDER BY bundle.position" : ""));
+std::optional<std::vector<Values>> ReadBundle(SqlDb& db, const std::wstring& uid) {
+    SqlStatement read = db.Use(std::string("SELECT bundle.* FROM agent LEFT JOIN ") + kBundle<Values>.table +
+                               " AS bundle ON bundle.uid = agent.uid WHERE agent.uid = :uid" +
+                               (kHasItems<Values> ? " ORDER BY bundle.position" : ""));
     read.Bind(":uid", uid);
     std::optional<std::vector<Values>> rows;
     while (read.Step()) {

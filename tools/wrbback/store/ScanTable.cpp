@@ -1,6 +1,6 @@
 #include "ScanTable.h"
 
-#include "SqliteDb.h"
+#include "SqlDb.h"
 
 namespace wrb {
 namespace {
@@ -88,24 +88,24 @@ StoredScan DefaultScan(ScanType type) {
     return scan;
 }
 
-void InsertScan(SqliteDb& db, const std::wstring& uid, ScanType type, const StoredScan& scan) {
+void InsertScan(SqlDb& db, const std::wstring& uid, ScanType type, const StoredScan& scan) {
     static const std::string sql =
         "INSERT INTO scan (uid, type, " + Columns("") + ") VALUES (:uid, :type, " + Columns(":") + ")";
-    SqliteStatement insert = db.Use(sql);
+    SqlStatement insert = db.Use(sql);
     insert.Bind(":uid", uid).Bind(":type", static_cast<int64_t>(type)).Bind(":spyware_flags", scan.spywareFlags);
     for (const NumberColumn& column : kNumberColumns) {
-        insert.Bind((std::string(":") + column.name).c_str(), scan.values.*column.member);
+        insert.Bind(std::string(":") + column.name, scan.values.*column.member);
     }
     for (const TextColumn& column : kTextColumns) {
-        insert.Bind((std::string(":") + column.name).c_str(), scan.values.*column.member);
+        insert.Bind(std::string(":") + column.name, scan.values.*column.member);
     }
     insert.Run();
 }
 
-std::optional<AgentScans> ReadScans(SqliteDb& db, const std::wstring& uid) {
+std::optional<AgentScans> ReadScans(SqlDb& db, const std::wstring& uid) {
     static const std::string sql = "SELECT scan.type, " + Columns("scan.") +
                                    " FROM agent LEFT JOIN scan USING (uid) WHERE agent.uid = :uid ORDER BY scan.type";
-    SqliteStatement read = db.Use(sql);
+    SqlStatement read = db.Use(sql);
     read.Bind(":uid", uid);
     std::optional<AgentScans> agent;
     while (read.Step()) {

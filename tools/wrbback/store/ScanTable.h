@@ -11,7 +11,7 @@
 
 namespace wrb {
 
-class SqliteDb;
+class SqlDb;
 
 struct StoredScan {
     // Of the main group, the texts of the exclusion group, and excludeFileExtList of the spyware group.
@@ -30,12 +30,12 @@ using StoredScans = std::array<StoredScan, kScanTypes.size()>;  // by ScanType
 StoredScan DefaultScan(ScanType type);
 
 // The agent must exist and have no row of this type yet.
-void InsertScan(SqliteDb& db, const std::wstring& uid, ScanType type, const StoredScan& scan);
+void InsertScan(SqlDb& db, const std::wstring& uid, ScanType type, const StoredScan& scan);
 
 // For an agent without a configuration `scans` is empty. Returns nothing for an agent that does not exist.
 struct AgentScans {
     std::optional<StoredScans> scans;
 };
-std::optional<AgentScans> ReadScans(SqliteDb& db, const std::wstring& uid);
+std::optional<AgentScans> ReadScans(SqlDb& db, const std::wstring& uid);
 
 }  // namespace wrb

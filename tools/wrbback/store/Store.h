@@ -11,21 +11,21 @@
 #include <string>
 #include <vector>
 
-#include "SqliteDb.h"
+#include "SqlDb.h"
 
 namespace wrb {
 
 // The scan table's column "type" holds the number of a wrb::ScanType.
 
-// Opens a file that CreateStore has made; throws SqliteError for one that is missing, damaged, locked, of another
+// Opens a file that CreateStore has made; throws SqlError for one that is missing, damaged, locked, of another
 // program or of a newer version, and says which.
-std::unique_ptr<SqliteDb> OpenStore(const std::wstring& path);
+std::unique_ptr<SqlDb> OpenStore(const std::wstring& path);
 
 // The same for a file that may not be there yet, or be empty.
-std::unique_ptr<SqliteDb> CreateStore(const std::wstring& path);
+std::unique_ptr<SqlDb> CreateStore(const std::wstring& path);
 
-// Throws SqliteError when pages of the file are damaged. Reads the whole file.
-void VerifyStore(SqliteDb& db, const std::wstring& path);
+// Throws SqlError when pages of the file are damaged. Reads the whole file.
+void VerifyStore(SqlDb& db, const std::wstring& path);
 
 // A fixed number of connections to one file, lent to threads.
 class StorePool {
@@ -34,25 +34,25 @@ class StorePool {
 
     class Lease {
       public:
-        Lease(StorePool& pool, std::unique_ptr<SqliteDb> db) : m_pool(pool), m_db(std::move(db)) {}
+        Lease(StorePool& pool, std::unique_ptr<SqlDb> db) : m_pool(pool), m_db(std::move(db)) {}
         ~Lease() { m_pool.Return(std::move(m_db)); }
         Lease(const Lease&) = delete;
         Lease& operator=(const Lease&) = delete;
-        SqliteDb& Db() const { return *m_db; }
+        SqlDb& Db() const { return *m_db; }
 
       private:
         StorePool& m_pool;
-        std::unique_ptr<SqliteDb> m_db;
+        std::unique_ptr<SqlDb> m_db;
     };
 
     Lease Lend();  // waits for a free one
 
   private:
-    void Return(std::unique_ptr<SqliteDb> db);
+    void Return(std::unique_ptr<SqlDb> db);
 
     std::mutex m_lock;
     std::condition_variable m_returned;
-    std::vector<std::unique_ptr<SqliteDb>> m_free;
+    std::vector<std::unique_ptr<SqlDb>> m_free;
 };
 
 }  // namespace wrb

@@ -25,7 +25,7 @@ std::string WhyNot(const std::wstring& path) {
         const auto db = OpenStore(path);
         VerifyStore(*db, path);
         return {};
-    } catch (const SqliteError& error) {
+    } catch (const SqlError& error) {
         return error.what();
     }
 }
@@ -37,8 +37,7 @@ TEST(Store, AFileThatCannotBeUsedIsNamedWithTheReason) {
         {"missing", [] {}, "there is no such file; make it with: wrbback seed"},
         {"empty", [&] { WriteAll(path, ""); }, "is empty; fill it with"},
         {"text", [&] { WriteAll(path, std::string(5000, 'x')); }, "is not a database"},
-        {"another program's",
-         [&] { SqliteDb(path, SqliteDb::Open::kCreate).Execute("CREATE TABLE theirs (x); PRAGMA user_version = 1"); },
+        {"another program's", [&] { SqlDb(path).Execute("CREATE TABLE theirs (x); PRAGMA user_version = 1"); },
          "is a database of another program"},
         {"a newer version's", [&] { CreateStore(path)->Execute("PRAGMA user_version = 99"); },
          "has version 99, this program knows 2"},
@@ -69,7 +68,7 @@ TEST(Store, ThePoolLendsEachConnectionToOneThreadAndReadersGoOnWhileAWriterIsInT
     const TempFolder folder;
     const std::wstring path = (folder / L"agents.db").wstring();
     const auto writer = CreateStore(path);
-    SqliteTransaction transaction(*writer);
+    SqlTransaction transaction(*writer);
     writer->Execute("INSERT INTO agent (uid) VALUES ('u')");
     StorePool pool(path, 2);
     std::atomic<int> out{0};
@@ -167,7 +166,7 @@ TEST(Seed, SeedingReplacesTheAgentsThatAreGivenAndNothingElse) {
              {"count(*) FROM agent", "sum(computer <> '') FROM agent", "count(*) FROM scan",
               "count(*) FROM spyware_approved", "count(*) FROM restore_session", "count(*) FROM behaviour_policy",
               "count(*) FROM fa_restore_item", "sum((enabled = 0) << position) FROM service_switch"}) {
-            numbers += std::to_string(db->NumberOf(("SELECT " + column).c_str())) + " ";
+            numbers += std::to_string(db->NumberOf("SELECT " + column)) + " ";
         }
         return numbers;
     };
@@ -176,7 +175,7 @@ TEST(Seed, SeedingReplacesTheAgentsThatAreGivenAndNothingElse) {
         EXPECT_EQ(counted(), rows) << json;
     }
     db->Execute("CREATE TRIGGER stop BEFORE INSERT ON fa_restore_item BEGIN SELECT RAISE(ABORT, 'full'); END");
-    EXPECT_THROW(StoreSeed(*db, ParseSeed(rich)), SqliteError);
+    EXPECT_THROW(StoreSeed(*db, ParseSeed(rich)), SqlError);
     EXPECT_EQ(counted(), kSteps[5].second) << "what failed in the middle leaves nothing";
     EXPECT_FALSE(db->InTransaction());
 }
@@ -202,7 +201,7 @@ struct TextCommandsTest : testing::Test {
         return AnswerTextCommand(*db, command, request);
     }
     TempFolder folder;
-    std::unique_ptr<SqliteDb> db;
+    std::unique_ptr<SqlDb> db;
 };
 
 TEST_F(TextCommandsTest, AMaskSaysWhichBitsAValueReplaces) {
