@@ -173,7 +173,7 @@ TEST_F(Records, NothingThatWasTakenIsLostAcrossAStopAndALockedFile) {
     lock->Execute("BEGIN IMMEDIATE");  // as another program may, for a while
     OnThreads(5, [&](unsigned thread) {
         if (thread == 0) {
-            waitFor(1000);
+            waitFor(400);
             lock->Execute("COMMIT");
             waitFor(1500);
             m_server->Stop();  // in the middle of it

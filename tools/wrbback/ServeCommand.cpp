@@ -63,10 +63,11 @@ void PrintCounters(const DbServerCounters& db, const RecordServerCounters& recor
 int RunServices(const ServeOptions& options, const LogSettings& settings, const StopEvent& stop) {
     Notes screen([](const std::wstring& note) { PrintErr("wrbback: " + WideToUtf8(VisibleText(note)) + "\n"); });
     LogServer log(settings, [&screen](const std::wstring& note) { screen.Write(note); });
-    Notes notes([&log](const std::wstring& note) {
+    const auto write = [&log](wchar_t level, const std::wstring& note) {
         PrintErr("wrbback: " + WideToUtf8(VisibleText(note)) + "\n");
-        log.WriteOwn(kLogWarning, note);
-    });
+        log.WriteOwn(level, note);
+    };
+    Notes notes([&write](const std::wstring& note) { write(kLogWarning, note); });
     DbServer db({.database = Utf8ToWide(options.database),
                  .workers = options.workers,
                  .answer = {},
@@ -75,7 +76,8 @@ int RunServices(const ServeOptions& options, const LogSettings& settings, const 
     RecordServer records({.database = Utf8ToWide(options.database),
                           .keep = options.maxRows,
                           .note = [&notes](const std::wstring& note) { notes.Write(note); },
-                          .allowed = settings.allowed});
+                          .allowed = settings.allowed,
+                          .alarm = [&write](const std::wstring& note) { write(kLogError, note); }});
     if (!log.Start()) {
         return FailAtPipe("log service's pipe", GetLastError());
     }

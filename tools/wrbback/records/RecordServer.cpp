@@ -30,7 +30,7 @@ const RecordServer::Service RecordServer::kServices[] = {
 };
 
 RecordServer::RecordServer(RecordServerOptions options)
-    : m_options(std::move(options)), m_writer(m_options.database, m_options.keep, m_options.note) {
+    : m_options(std::move(options)), m_writer({m_options.database, m_options.keep, m_options.note, m_options.alarm}) {
     for (const Service& service : kServices) {
         PipeListenerOptions listener;
         listener.name = service.pipe;

@@ -25,12 +25,15 @@ struct RecordServerOptions {
     std::function<void(const std::wstring& note)> note = [](const std::wstring&) {};
 
     std::vector<std::wstring> allowed = {};  // SIDs; see PipeListener.h
+
+    // The same for rows that are refused or lost.
+    std::function<void(const std::wstring& note)> alarm = [](const std::wstring&) {};
 };
 
 struct RecordServerCounters {
     uint64_t stored = 0;
     uint64_t badMessages = 0;  // those that could not be read, and connections that were dropped
-    uint64_t lost = 0;         // rows that the database did not take
+    uint64_t lost = 0;         // rows that the database did not take: refused ones, and those of a stop without it
 };
 
 class RecordServer {

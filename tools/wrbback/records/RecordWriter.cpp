@@ -13,8 +13,10 @@
 namespace wrb {
 namespace {
 
-constexpr std::size_t kMostQueued = 1000;
+constexpr std::size_t kMostQueued = 500;
+constexpr std::chrono::seconds kLongestPut{10};
 constexpr ULONGLONG kLastMilliseconds = 60'000;
+constexpr ULONGLONG kTellMilliseconds = 60'000;
 constexpr std::chrono::milliseconds kRest{500};
 
 // Errors that end by themselves, or once there is room on the disk.
@@ -31,6 +33,19 @@ bool MayPass(const std::exception& error) {
             return true;
         default:
             return false;
+    }
+}
+
+bool IsFull(const std::exception& error) {
+    const auto* const failure = dynamic_cast<const SqlError*>(&error);
+    return failure != nullptr && failure->Failure() == SqlFailure::Full;
+}
+
+void Tell(const RecordWriter::Note& note, uint64_t rows, const wchar_t* what, const std::wstring& why) noexcept {
+    try {
+        note(FormatWide(L"records: %u rows %s: %s", static_cast<unsigned>(rows), what, why.c_str()));
+    } catch (const std::exception&) {
+        // No memory for a note either. Rows that are lost are counted all the same.
     }
 }
 
@@ -56,14 +71,48 @@ void Trim(SqlDb& db, const RecordTable& table, int64_t keep) {
 
 }  // namespace
 
-RecordWriter::RecordWriter(const std::wstring& database, int64_t keep, Note note)
-    : m_keep(keep), m_note(std::move(note)), m_db(OpenStore(database)), m_thread([this] { Work(); }) {}
+RecordWriter::RecordWriter(Options options)
+    : m_options(std::move(options)), m_db(OpenStore(m_options.database)), m_thread([this] { Work(); }) {}
 
-void RecordWriter::Put(Record record) {
+bool RecordWriter::Put(Record record) {
     {
         std::unique_lock lock(m_lock);
-        m_changed.wait(lock, [this] { return m_queue.size() < kMostQueued; });
+        const auto settled = [this] { return !m_refusal.empty() || m_queue.size() < kMostQueued; };
+        if (!m_changed.wait_for(lock, kLongestPut, settled)) {
+            m_refusal = L"the database has taken none for ten seconds";
+        }
+        if (!m_refusal.empty()) {
+            CountRefused();
+            return false;
+        }
         m_queue.push_back(std::move(record));
+    }
+    m_changed.notify_all();
+    return true;
+}
+
+// With the lock, as the next one.
+void RecordWriter::CountRefused() noexcept {
+    ++m_lost;
+    ++m_refused;
+    if (GetTickCount64() >= m_tellAfter) {
+        TellRefused();
+    }
+}
+
+void RecordWriter::TellRefused() noexcept {
+    m_tellAfter = GetTickCount64() + kTellMilliseconds;
+    Tell(m_options.alarm, std::exchange(m_refused, 0), L"are refused", m_refusal);
+}
+
+// No error: records are taken again, and the rest of the refused ones is told.
+void RecordWriter::SetRefusal(const std::exception* error) {
+    {
+        const std::lock_guard lock(m_lock);
+        if (error == nullptr && m_refused != 0) {
+            TellRefused();
+        }
+        m_refusal = error != nullptr ? Utf8ToWide(error->what()) : std::wstring();
     }
     m_changed.notify_all();
 }
@@ -106,26 +155,23 @@ void RecordWriter::StoreOrLose(const Batch& batch) {
         try {
             StoreOnce(batch);
             m_stored += batch.size();
+            SetRefusal(nullptr);
             return;
         } catch (const std::exception& error) {
             const bool again = MayPass(error) && GetTickCount64() < m_giveUpAt;
-            if (!again || !std::exchange(noted, true)) {
-                NoteFailure(batch.size(), again ? L"have to wait" : L"are lost", error.what());
-            }
             if (!again) {
                 m_lost += batch.size();
+                Tell(m_options.alarm, batch.size(), L"are lost", Utf8ToWide(error.what()));
                 return;
+            }
+            if (!std::exchange(noted, true)) {
+                Tell(m_options.note, batch.size(), L"have to wait", Utf8ToWide(error.what()));
+            }
+            if (IsFull(error)) {
+                SetRefusal(&error);
             }
         }
         std::this_thread::sleep_for(kRest);
-    }
-}
-
-void RecordWriter::NoteFailure(std::size_t rows, const wchar_t* what, const char* why) const noexcept {
-    try {
-        m_note(FormatWide(L"records: %u rows %s: %s", static_cast<unsigned>(rows), what, Utf8ToWide(why).c_str()));
-    } catch (const std::exception&) {
-        // No memory for a note either. Rows that are lost are counted all the same.
     }
 }
 
@@ -137,8 +183,8 @@ void RecordWriter::StoreOnce(const Batch& batch) {
         touched.insert(record.table);
     }
     for (const RecordTable* table : touched) {
-        if (m_keep != 0) {
-            Trim(*m_db, *table, m_keep);
+        if (m_options.keep != 0) {
+            Trim(*m_db, *table, m_options.keep);
         }
     }
     transaction.Commit();

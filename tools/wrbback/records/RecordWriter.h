@@ -21,16 +21,23 @@ class RecordWriter {
   public:
     using Note = std::function<void(const std::wstring&)>;
 
-    // Of each table the latest `keep` rows stay, 0: all. Throws SqlError, see Store.h.
-    RecordWriter(const std::wstring& database, int64_t keep, Note note);
+    struct Options {
+        std::wstring database;
+        int64_t keep = 0;  // the latest rows of each table that stay; 0: all
+        Note note;         // what passes by itself
+        Note alarm;        // rows that are refused or lost
+    };
+
+    explicit RecordWriter(Options options);  // throws SqlError, see Store.h
     ~RecordWriter() { Finish(); }
     RecordWriter(const RecordWriter&) = delete;
     RecordWriter& operator=(const RecordWriter&) = delete;
 
-    // From any thread. Waits while a thousand records are queued: a sender that is faster than the disk finds the pipe
-    // busy, and nothing is dropped. While the database is locked, or disk or memory full, storing is tried again and
-    // again.
-    void Put(Record record);
+    // From any thread. At most 500 records wait: while so many do, this waits too, and the senders find the pipe busy.
+    // False: the record is refused and counted as lost. Records are refused from the moment when the disk is full, or
+    // has had this wait for ten seconds, until the database takes records again. A record that is taken is tried again
+    // and again while the database is locked, or disk or memory full.
+    bool Put(Record record);
 
     // From now on such a database is tried for one minute more: what has not been stored then is lost, and counted.
     void Hurry();
@@ -48,15 +55,19 @@ class RecordWriter {
     void Work();
     void StoreOrLose(const Batch& batch);
     void StoreOnce(const Batch& batch);
-    void NoteFailure(std::size_t rows, const wchar_t* what, const char* why) const noexcept;
+    void SetRefusal(const std::exception* error);
+    void CountRefused() noexcept;
+    void TellRefused() noexcept;
 
-    const int64_t m_keep;
-    const Note m_note;
+    const Options m_options;
     const std::unique_ptr<SqlDb> m_db;  // of the thread
     std::mutex m_lock;
     std::condition_variable m_changed;
     Batch m_queue;
     bool m_finishing = false;
+    std::wstring m_refusal;                    // why records are refused; empty: they are taken
+    uint64_t m_refused = 0;                    // and have not been told yet
+    uint64_t m_tellAfter = 0;                  // on the 64-bit tick clock
     std::atomic<uint64_t> m_giveUpAt{kNever};  // on the 64-bit tick clock
     std::atomic<uint64_t> m_stored{0};
     std::atomic<uint64_t> m_lost{0};

@@ -1,0 +1,109 @@
+// The database on a disk that fails.
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "FaultyDisk.h"
+#include "MsgSerializer.h"
+#include "RecordWriter.h"
+#include "SeedStore.h"
+#include "SerializedCommands.h"
+#include "Store.h"
+#include "TempFolder.h"
+#include "TextCommands.h"
+
+namespace wrb {
+namespace {
+
+using test::FaultyDisk;
+
+constexpr char kSeed[] = R"({"agents": [{"uid": "3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3"},
+    {"uid": "8d94e7b5-20c1-4f8a-8e3d-57a1f09c6b42", "scan": {}, "approvedSpyware": ["a"]}]})";
+constexpr wchar_t kBare[] = L"3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3";
+
+int64_t Write(SqlDb& db, DbCommand command, const std::wstring& fields) {
+    CCmdProtocol request((kBare + (L"\t" + fields)).c_str());
+    return RunTextCommand(db, command, request);
+}
+
+const std::pair<const char*, std::function<void(SqlDb&)>> kWorks[] = {
+    {"read",
+     [](SqlDb& db) {
+         CCmdProtocol request(kBare);
+         EXPECT_EQ(AnswerTextCommand(db, DbCommand::GetIp, request), L"");
+     }},
+    {"record",
+     [](SqlDb& db) {
+         CMsgSerializer answer(L"c");
+         EXPECT_TRUE(AnswerSerializedCommand(db, DbCommand::ClientGetAllScanCfg, kBare, answer));
+     }},
+    {"write", [](SqlDb& db) { EXPECT_EQ(Write(db, DbCommand::SetConfFlag, L"1\t0"), 1); }},
+    {"first setting", [](SqlDb& db) { EXPECT_EQ(Write(db, DbCommand::SetMsFlg, L"1\t1"), 1); }},
+    {"special log", [](SqlDb& db) { EXPECT_EQ(Write(db, DbCommand::SetSpecialLog, L"1\ttext"), 1); }},
+    {"seed", [](SqlDb& db) { StoreSeed(db, ParseSeed(kSeed)); }},
+};
+
+// Each read, write and the like fails in its turn: nothing is half done, and the next command works.
+TEST(StoreFaults, AFailureAtAnyCallOfTheFileLayerChangesNothing) {
+    FaultyDisk disk;
+    for (const auto& [what, work] : kWorks) {
+        for (const int code : {SQLITE_FULL, SQLITE_IOERR}) {
+            const test::TempFolder folder;
+            const std::wstring path = (folder / L"agents.db").wstring();
+            StoreSeed(*CreateStore(path), ParseSeed(kSeed));
+            bool failed = true;
+            int call = 0;
+            for (; failed && call < 500; ++call) {
+                const auto db = OpenStore(path);
+                disk.FailAfter(call, code);
+                try {
+                    work(*db);
+                } catch (const SqlError&) {
+                }
+                failed = disk.Work();
+                EXPECT_FALSE(db->InTransaction()) << what << call;
+                work(*db);
+                EXPECT_NO_THROW(VerifyStore(*db, path)) << what << call;
+            }
+            EXPECT_GT(call, 1) << what << ": no call has failed";
+            EXPECT_FALSE(failed) << what;
+        }
+    }
+}
+
+TEST(StoreFaults, AFullDiskRefusesRecordsAtOnceAndTakesThemAgainWhenThereIsRoom) {
+    FaultyDisk disk;
+    const test::TempFolder folder;
+    const std::wstring path = (folder / L"agents.db").wstring();
+    CreateStore(path);
+    std::vector<std::wstring> alarms;
+    RecordWriter writer(
+        {path, 0, [](const std::wstring&) {}, [&](const std::wstring& text) { alarms.push_back(text); }});
+    uint64_t taken = 0;
+    uint64_t refused = 0;
+    const auto put = [&] {
+        const bool took = writer.Put({&kEventRecords, {L"2024-01-31 23:59:59", L"s", L"n", L"f"}});
+        ++(took ? taken : refused);
+        return took;
+    };
+    disk.FailAfter(0, SQLITE_FULL, true);
+    while (put()) {
+    }
+    EXPECT_LE(taken, 1001u) << "500 wait, 500 are tried";
+    EXPECT_FALSE(put());
+    EXPECT_TRUE(disk.Work());
+    while (!put()) {
+        Sleep(1);
+    }
+    writer.Finish();
+    EXPECT_EQ(writer.Stored(), taken);
+    EXPECT_EQ(writer.Lost(), refused);
+    EXPECT_EQ(OpenStore(path)->NumberOf("SELECT count(*) FROM event"), static_cast<int64_t>(taken));
+    ASSERT_EQ(alarms.size(), 2u) << "the first, and the rest when there is room";
+    EXPECT_NE(alarms[0].find(L"records: 1 rows are refused: "), std::wstring::npos) << alarms[0].c_str();
+    EXPECT_NE(alarms[1].find(std::to_wstring(refused - 1) + L" rows are refused: "), std::wstring::npos);
+    EXPECT_NE(alarms[1].find(L"full"), std::wstring::npos);
+}
+
+}  // namespace
+}  // namespace wrb
