@@ -10,6 +10,7 @@
 #include "BarePipe.h"
 #include "CabinetWriter.h"
 #include "Handle.h"
+#include "HomeFolder.h"
 #include "INICache.h"
 #include "PfwLogRecord.h"
 #include "PipeFixture.h"
@@ -141,9 +142,15 @@ void ReadBytes(benchmark::State& state) {
     }
 }
 
+std::filesystem::path UploadPath(const wchar_t* name) {
+    const std::filesystem::path folder = HomeFolder() + L"Upload";
+    std::filesystem::create_directories(folder);
+    return folder / name;
+}
+
 // The reply pipe's name without its first 17 characters is added to it.
 std::wstring UnpackFolder() {
-    return TempPath(L"wrb_bench_dir").wstring();
+    return UploadPath(L"wrb_bench_dir").wstring();
 }
 
 const std::filesystem::path& Package() {
@@ -159,7 +166,7 @@ const std::filesystem::path& Package() {
 }
 
 bool UploadOnce() {
-    const std::filesystem::path copy = TempPath(L"wrb_bench_package_copy");
+    const std::filesystem::path copy = UploadPath(L"wrb_bench_package_copy");
     std::filesystem::remove(copy);  // left by an interrupted run
     std::filesystem::copy_file(Package(), copy);
     const std::wstring message = std::wstring(L"CMDHL_PFW_SET_LOG\t") + kSinkPipe + L"\t" + kSampleUid + L"\t" +

@@ -68,6 +68,7 @@ class Soak {
         }
         const std::wstring server = m_folder + L"\\home\\Private\\wrbserver.ini";
         SetIni(server, L"INI_SERVER_SECTION", L"CFWLogQueryCondition", kQueryCondition);
+        SetIni(server, L"INI_SERVER_SECTION", L"UploadFolders", m_folder.c_str());
         SetIni(m_folder + L"\\home\\wrbscan.ini", L"GLN_FEEDBACK_SECTION", L"GLNFeedbackEnabled", L"1");
         m_field = std::make_unique<Field>(m_folder, GetIni(server, L"INI_SERVER_SECTION", L"StringProtectionKey"),
                                           m_host, m_backEnd);

@@ -9,7 +9,7 @@
 #include <memory>
 #include <new>
 
-#include "Text.h"
+#include "Handle.h"
 
 namespace wrb {
 namespace {
@@ -33,7 +33,7 @@ class IFdiFile {
     virtual void Close() noexcept {}
 };
 
-// One reading position in the package; FDI opens two at a time. The file belongs to the reader.
+// One reading position in the package; FDI opens two at a time. It reads by offset: the file's own position is shared.
 class PackageView final : public IFdiFile {
   public:
     PackageView(HANDLE file, int64_t size) noexcept
@@ -180,17 +180,16 @@ bool IsCabinet(HFDI fdi) noexcept {
 
 }  // namespace
 
-bool CabinetReader::Open(const char* package) {
-    m_file.Reset(CreateFileW(AnsiToWide(package).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                             FILE_ATTRIBUTE_NORMAL, nullptr));
+bool CabinetReader::Open(HANDLE package) {
+    m_file = package;
     LARGE_INTEGER size = {};
-    const bool known = m_file && GetFileType(m_file.Get()) == FILE_TYPE_DISK && GetFileSizeEx(m_file.Get(), &size);
+    const bool known = GetFileType(package) == FILE_TYPE_DISK && GetFileSizeEx(package, &size);
     m_size = size.QuadPart;
     return known && m_size <= kLargestPackage;
 }
 
 bool CabinetReader::Read(ICabinetVisitor& visitor) {
-    t_package = {m_file.Get(), m_size};
+    t_package = {m_file, m_size};
     ERF error = {};
     const FdiHandle fdi(
         FDICreate(FdiAlloc, FdiFree, FdiOpen, FdiRead, FdiWrite, FdiClose, FdiSeek, cpuUNKNOWN, &error));

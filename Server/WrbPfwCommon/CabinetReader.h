@@ -1,10 +1,10 @@
 // Reading one cabinet file through the system's cabinet library.
 #pragma once
 
+#include <windows.h>
+
 #include <cstdint>
 #include <string_view>
-
-#include "Handle.h"
 
 namespace wrb {
 
@@ -30,17 +30,17 @@ class ICabinetVisitor {
     virtual bool Finish() noexcept { return false; }
 };
 
-// Holds a cabinet file open, so that nobody changes it between one reading and the next. One thread at a time.
+// Reads a cabinet file that the caller holds open. One thread at a time.
 class CabinetReader {
   public:
-    // `package`: path in the ANSI code page. False when it cannot be opened or is no file below 2 GiB.
-    bool Open(const char* package);
+    // `package`: readable, and open as long as the reader is used. False when it is no file below 2 GiB.
+    bool Open(HANDLE package);
 
     // Goes over all entries. True when the file is one whole, sound cabinet and the visitor took every entry.
     bool Read(ICabinetVisitor& visitor);
 
   private:
-    FileHandle m_file;
+    HANDLE m_file = INVALID_HANDLE_VALUE;
     int64_t m_size = 0;
 };
 

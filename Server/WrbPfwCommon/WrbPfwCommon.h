@@ -1,6 +1,7 @@
-/* fpkExtract: unpacks a log package of an agent, a Windows cabinet file, into a folder.
+/* fpkExtract, fpkExtractFile: unpack a log package of an agent, a Windows cabinet file, into a folder.
  *
  * An open stand-in for the server's firewall library; takes its place as WrbPfwCommon_64x.dll and is bound at run time.
+ * The library that it stands in for has fpkExtract only.
  * C linkage, plain name, usable from C and C++.
  *
  * A package comes from the network and is trusted in nothing. It is unpacked whole or not at all: when anything about
@@ -28,7 +29,7 @@
 #define FPK_ENTRY_WRITTEN 2u
 
 /* `entry` is the relative path, in the ANSI code page, with backslashes; `directory` and `context` are the arguments of
- * fpkExtract. All FPK_ENTRY_FOUND events come first, in the package's order; FPK_ENTRY_WRITTEN events come after the
+ * the call. All FPK_ENTRY_FOUND events come first, in the package's order; FPK_ENTRY_WRITTEN events come after the
  * whole package has been unpacked. The callback runs on the calling thread. */
 typedef bool (*fpkCallback)(const char* entry, const char* directory, unsigned event, void* context);
 
@@ -45,6 +46,10 @@ extern "C" {
 /* `package` and `directory` (which must exist) are paths in the ANSI code page. Without a callback every entry is
  * unpacked. Returns true when the package is sound and every wanted entry has been written. */
 WRB_FPK_API bool fpkExtract(const char* package, const char* directory, fpkCallback callback, void* context);
+
+/* The same for a package that the caller has open: the handle of a disk file with the right to read. It stays open, and
+ * its file position is not kept. What the caller has checked by the handle is what is unpacked. */
+WRB_FPK_API bool fpkExtractFile(void* package, const char* directory, fpkCallback callback, void* context);
 
 #ifdef __cplusplus
 }

@@ -107,7 +107,7 @@ bool UnpackAll(CabinetReader& reader, const std::vector<PlannedEntry>& plan, con
 
 // Checks everything, then writes everything or leaves nothing behind. May throw std::bad_alloc, and whatever the
 // callback throws; the folder is then as it was, unless the callback was already told of written entries.
-bool ExtractPackage(const char* package, const char* directory, fpkCallback callback, void* context) {
+bool ExtractPackage(HANDLE package, const char* directory, fpkCallback callback, void* context) {
     const std::wstring folder = AnsiToWide(directory);
     CabinetReader reader;
     Planner planner(std::strlen(directory));
@@ -135,10 +135,17 @@ bool ExtractPackage(const char* package, const char* directory, fpkCallback call
 }  // namespace
 }  // namespace wrb
 
-bool fpkExtract(const char* package, const char* directory, fpkCallback callback, void* context) {
+bool fpkExtractFile(void* package, const char* directory, fpkCallback callback, void* context) {
     try {
-        return package != nullptr && directory != nullptr && wrb::ExtractPackage(package, directory, callback, context);
+        return directory != nullptr && wrb::ExtractPackage(package, directory, callback, context);
     } catch (const std::bad_alloc&) {
         return false;
     }
+}
+
+bool fpkExtract(const char* package, const char* directory, fpkCallback callback, void* context) {
+    const wrb::FileHandle file(package == nullptr ? INVALID_HANDLE_VALUE
+                                                  : CreateFileA(package, GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return file && fpkExtractFile(file.Get(), directory, callback, context);
 }

@@ -112,6 +112,18 @@ std::size_t FormatIntoV(char* buffer, std::size_t capacity, const char* format, 
     return FormatWith([](auto... rest) { return _vsnprintf(rest...); }, buffer, capacity, format, arguments);
 }
 
+std::vector<std::wstring> ListItems(std::wstring_view list) {
+    std::vector<std::wstring> items;
+    for (std::size_t at = 0; at < list.size();) {
+        const std::size_t end = std::min(list.find(L';', at), list.size());
+        if (end > at) {
+            items.emplace_back(list.substr(at, end - at));
+        }
+        at = end + 1;
+    }
+    return items;
+}
+
 int32_t ParseInt32(std::wstring_view text) {
     using Limits = std::numeric_limits<int32_t>;
     return static_cast<int32_t>(ParseClamped(text, Limits::min(), Limits::max()));

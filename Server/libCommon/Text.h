@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace wrb {
 
@@ -25,6 +26,9 @@ std::wstring FormatWide(const wchar_t* format, ...);
 std::size_t FormatInto(wchar_t* buffer, std::size_t capacity, const wchar_t* format, ...);
 std::size_t FormatIntoV(wchar_t* buffer, std::size_t capacity, const wchar_t* format, va_list arguments);
 std::size_t FormatIntoV(char* buffer, std::size_t capacity, const char* format, va_list arguments);
+
+// The items of a list with ";" between them. Empty ones are left out.
+std::vector<std::wstring> ListItems(std::wstring_view list);
 
 // Decimal text to a signed number: leading blanks and a sign are allowed, conversion stops at the first other
 // character, no digits give 0, and what does not fit is clamped to the nearest end of the range.

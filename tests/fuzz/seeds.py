@@ -110,6 +110,9 @@ TARGETS = {
          wide("\u4f60|\u00e9\nb\n\"quoted\" ")],
         map(wide, scan_keys + ["|", ";", "-", "=", "\n", "Count=", "Name_000=", "1st_Act_000=", "2nd_Act_000=",
                                "Universe", "CVE_Exploit"])),
+    "local_path": (
+        map(wide, ["C:\\Warrenby\\Upload\\1.cab", "c:/a/../b", "\\\\.\\pipe\\x", "\\\\host\\share\\x", "\\\\?\\C:\\x"]),
+        map(wide, ["C:\\", "\\", "/", "..", ".", ":", "nul", "COM1.", "\\\\.\\", "\\\\?\\", " ", "\0"])),
     "log_line": (
         [fields("1767225599", "12", "34", "69", "Server\\a.cpp", "57", "text\twith TAB\r\n\u202e"), wide("all")],
         map(wide, ["\t", "\0", "-1", "4294967295", "99999999999999999999", "\u2028", "\ud800", "\x1b["])),

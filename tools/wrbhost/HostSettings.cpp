@@ -23,20 +23,11 @@ unsigned Number(const std::optional<unsigned>& option, const std::wstring& file,
     return static_cast<unsigned>(std::clamp(static_cast<int>(asked), 1, static_cast<int>(most)));
 }
 
-// The items of a list with ";" between them.
 std::vector<std::wstring> Accounts(const std::wstring& file) {
     std::wstring list(kAccountsCharacters, L'\0');
     list.resize(GetPrivateProfileStringW(kSection, L"CommandPipeAccounts", L"", list.data(), kAccountsCharacters,
                                          file.c_str()));
-    std::vector<std::wstring> accounts;
-    for (std::size_t at = 0; at < list.size();) {
-        const std::size_t end = std::min(list.find(L';', at), list.size());
-        if (end > at) {
-            accounts.push_back(list.substr(at, end - at));
-        }
-        at = end + 1;
-    }
-    return accounts;
+    return ListItems(list);
 }
 
 }  // namespace

@@ -60,10 +60,8 @@ class AtEnd {
     Step m_step;
 };
 
-// Logs the failure of the system call just made.
-void CheckDone(BOOL done, const wchar_t* call, const std::wstring& path) {
-    if (!done) {
-        const DWORD error = GetLastError();
+void LogFailure(DWORD error, const wchar_t* call, const std::wstring& path) {
+    if (error != ERROR_SUCCESS) {
         WRB_LOG(kLogDebug8, L"cmdhl_SetCFWLog: %s(%s) fail err=%d", call, path.c_str(), error);
     }
 }
@@ -88,15 +86,10 @@ bool ProcessFirewallLog(const char* entry, const char* directory, unsigned event
     return cmdhl_ProcessExtractedLog(entry, directory, event, context, processCFWLogFile);
 }
 
-void AnswerPackageTest(const Upload& upload, const std::wstring& folder) {
-    const bool isGood = wrb::TestPackage(upload.fileName, folder);
-    wrb::ReplyOrLog(kSetCfwLog, upload.replyPipe, isGood ? L"1" : L"0");
-}
-
-void ProcessPackage(Upload& upload, const std::wstring& folder) {
+void ProcessPackage(Upload& upload, const wrb::UploadPackage& package) {
     if (upload.logType != kFirewallLogs) {
         WRB_LOG(kLogDebug8, L"cmdhl_SetCFWLog: unknown log type");
-    } else if (!wrb::ExtractPackage(upload.fileName, folder, ProcessFirewallLog, &upload.uid)) {
+    } else if (!package.Unpack(ProcessFirewallLog, &upload.uid)) {
         WRB_LOG(kLogDebug8, L"cmdhl_SetCFWLog: fpkExtract fail");
     }
 }
@@ -136,11 +129,16 @@ void cmdhl_SetCFWLog(CCmdProtocol& message) {
     const std::wstring folder = wrb::ExtractionDirectory(upload.directory, upload.replyPipe, kReplyPipePrefix);
     // These run in reverse order: package, folder, ticket.
     const AtEnd freePlace([&] { cmdhl_RemoveClientFromLogUploadingList(upload.uid); });
-    CheckDone(CreateDirectoryW(folder.c_str(), nullptr), L"CreateDirectory", folder);  // may exist already
-    const AtEnd removeFolder([&] { CheckDone(RemoveDirectoryW(folder.c_str()), L"RemoveDirectory", folder); });
-    const AtEnd deletePackage([&] { CheckDone(DeleteFileW(upload.fileName.c_str()), L"DeleteFile", upload.fileName); });
-    AnswerPackageTest(upload, folder);
-    ProcessPackage(upload, folder);
+    wrb::UploadPackage package(kSetCfwLog, upload.fileName, folder);
+    if (package.IsRefused()) {
+        wrb::ReplyOrLog(kSetCfwLog, upload.replyPipe, L"0");
+        return;
+    }
+    LogFailure(package.FolderError(), L"CreateDirectory", folder);  // may exist already
+    const AtEnd removeFolder([&] { LogFailure(package.RemoveFolder(), L"RemoveDirectory", folder); });
+    const AtEnd deletePackage([&] { LogFailure(package.Delete(), L"DeleteFile", upload.fileName); });
+    wrb::ReplyOrLog(kSetCfwLog, upload.replyPipe, package.Test() ? L"1" : L"0");
+    ProcessPackage(upload, package);
 }
 
 bool cmdhl_ProcessExtractedLog(const char* entry, const char* directory, unsigned event, void* context,

@@ -2,71 +2,20 @@
 
 #include <windows.h>
 
-#include <array>
-#include <cstdint>
-#include <cstring>
-#include <optional>
-
 #include "DebugLog.h"
-#include "Handle.h"
 #include "Text.h"
 
 namespace wrb {
 namespace {
 
-constexpr wchar_t kLibraryName[] = L"WrbPfwCommon_64x.dll";
-constexpr DWORD kModulePathCapacity = 32768;
-constexpr std::size_t kAnsiPathCapacity = 260;
-constexpr uint8_t kExtracted = 1;
-
-// The result is a byte, not a bool: the library may return values other than 0 and 1.
-using ExtractFunction = uint8_t (*)(const char*, const char*, PackageCallback, void*);
-
-std::wstring LibraryPath() {
-    static const wchar_t here = L'\0';
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, &here,
-                       &module);
-    std::wstring path(kModulePathCapacity, L'\0');
-    path.resize(GetModuleFileNameW(module, path.data(), kModulePathCapacity));
-    path.resize(path.find_last_of(L'\\') + 1);
-    return path.append(kLibraryName);
-}
-
-// Loads by a full path, and the library's own dependencies from its folder and the system's only: never from the
-// current folder or the search path.
-ExtractFunction Bind() {
-    const std::wstring path = LibraryPath();
-    ModuleHandle library(
-        LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32));
-    const FARPROC entry = library ? GetProcAddress(library.Get(), "fpkExtract") : nullptr;
-    if (entry == nullptr) {
-        const DWORD error = GetLastError();
-        WRB_LOG(kLogError, L"%s - cannot bind fpkExtract of %s, err=%d", L"ExtractPackage", path.c_str(), error);
-        return nullptr;
-    }
-    static_cast<void>(library.Release());  // never unloaded: another thread may be inside
-    // Through void*: a direct cast between function pointer types gives a warning.
-    return reinterpret_cast<ExtractFunction>(reinterpret_cast<void*>(entry));
-}
-
-using AnsiPath = std::array<char, kAnsiPathCapacity>;
-
-// Nothing when the path does not fit or does not convert back to itself: it would name another file.
-std::optional<AnsiPath> ToAnsiPath(const std::wstring& wide) {
-    const std::string narrow = WideToAnsi(wide.c_str());
-    if (narrow.size() >= kAnsiPathCapacity || AnsiToWide(narrow) != wide.c_str()) {
-        WRB_LOG(kLogDebug8, L"%s - no path of at most %d ANSI bytes: %s", L"ExtractPackage",
-                static_cast<int>(kAnsiPathCapacity - 1), wide.c_str());
-        return std::nullopt;
-    }
-    AnsiPath path{};
-    std::memcpy(path.data(), narrow.data(), narrow.size());
-    return path;
-}
-
 bool LeaveOut(const char*, const char*, unsigned, void*) {
     return false;
+}
+
+void LogRefusal(const wchar_t* handler, const UploadFile& file, const std::wstring& path) {
+    if (file.refusal != nullptr) {
+        WRB_LOG(kLogWarning, L"%s - refused, %s: %s", handler, file.refusal, path.c_str());
+    }
 }
 
 }  // namespace
@@ -75,17 +24,22 @@ std::wstring ExtractionDirectory(std::wstring_view base, std::wstring_view reply
     return std::wstring(base).append(replyPipe.substr(skip));
 }
 
-bool ExtractPackage(const std::wstring& package, const std::wstring& directory, PackageCallback callback,
-                    void* context) {
-    static const ExtractFunction extract = Bind();
-    const std::optional<AnsiPath> packagePath = ToAnsiPath(package);
-    const std::optional<AnsiPath> folderPath = ToAnsiPath(directory);
-    return extract != nullptr && packagePath && folderPath &&
-           extract(packagePath->data(), folderPath->data(), callback, context) == kExtracted;
+UploadPackage::UploadPackage(const wchar_t* handler, const std::wstring& package, const std::wstring& folder)
+    : m_package(OpenUploadedPackage(package)) {
+    LogRefusal(handler, m_package, package);
+    if (!IsRefused()) {
+        m_folder = MakeUploadFolder(folder);
+        LogRefusal(handler, m_folder, folder);
+    }
 }
 
-bool TestPackage(const std::wstring& package, const std::wstring& directory) {
-    return ExtractPackage(package, directory, LeaveOut, nullptr);
+bool UploadPackage::Test() const {
+    return Unpack(LeaveOut, nullptr);
+}
+
+bool UploadPackage::Unpack(PackageCallback callback, void* context) const {
+    return m_package.handle && m_folder.handle &&
+           ExtractPackage(m_package.handle.Get(), m_folder.path, callback, context);
 }
 
 void RemoveEntryFolders(const char* directory, const char* entry) {

@@ -35,17 +35,16 @@ constexpr SpywareUpload kBackupManifest = {
     wrb::CommandSlot::CMDHL_SET_SPYWARE_BACKUP_MANIFEST, L"cmdhl_SetSpywareBackupManifest", 33, false, 2, L"0"};
 
 // Unlike the firewall log's, the folder stays after the request: one that exists belongs to another.
-bool MakeFolder(const SpywareUpload& kind, const std::wstring& folder) {
-    if (CreateDirectoryW(folder.c_str(), nullptr)) {
+bool IsNew(const SpywareUpload& kind, const wrb::UploadPackage& package, const std::wstring& folder) {
+    if (package.FolderError() == ERROR_SUCCESS) {
         return true;
     }
-    const DWORD error = GetLastError();
-    WRB_LOG(kLogDebug8, L"%s: CreateDirectory(%s) fail err=%d", kind.name, folder.c_str(), error);
+    WRB_LOG(kLogDebug8, L"%s: CreateDirectory(%s) fail err=%d", kind.name, folder.c_str(), package.FolderError());
     return false;
 }
 
-bool Unpack(const SpywareUpload& kind, const std::wstring& package, const std::wstring& folder) {
-    if (wrb::ExtractPackage(package, folder, nullptr, nullptr)) {
+bool Unpack(const SpywareUpload& kind, const wrb::UploadPackage& package) {
+    if (package.Unpack(nullptr, nullptr)) {
         return true;
     }
     WRB_LOG(kLogDebug8, L"%s: fpkExtract fail.", kind.name);
@@ -61,22 +60,27 @@ void TakeUpload(const SpywareUpload& kind, CCmdProtocol& message) {
     message >> replyPipe >> uid >> fileName >> base;
     WRB_LOG(kLogDebug8, L"%s: UID=%s, FileName=%s, Dir=%s", kind.name, uid.c_str(), fileName.c_str(), base.c_str());
     const std::wstring folder = wrb::ExtractionDirectory(base, replyPipe, kind.replyPipePrefix);
-    const bool isMade = MakeFolder(kind, folder);
-    if (!isMade || !Unpack(kind, fileName, folder)) {
+    wrb::UploadPackage package(kind.name, fileName, folder);
+    if (package.IsRefused()) {
         wrb::ReplyOrLog(kind.name, replyPipe, L"0");
-        DeleteFileW(fileName.c_str());
-        if (isMade) {
-            RemoveDirectoryW(folder.c_str());
+        return;
+    }
+    const bool isNew = IsNew(kind, package, folder);
+    if (!isNew || !Unpack(kind, package)) {
+        wrb::ReplyOrLog(kind.name, replyPipe, L"0");
+        package.Delete();
+        if (isNew) {
+            package.RemoveFolder();
         }
         return;
     }
+    package.CloseFolder();
     if (kind.isLog) {
-        cmdhl_ScanSpywareLogDir(wrb::WideToAnsi(folder).c_str());
+        cmdhl_ScanSpywareLogDir(wrb::WideToAnsi(package.Folder()).c_str());
     }
     wrbSetSpywareLogEvent(kind.event);
     wrb::ReplyOrLog(kind.name, replyPipe, kind.successAnswer);
-    if (!DeleteFileW(fileName.c_str())) {
-        const DWORD error = GetLastError();
+    if (const DWORD error = package.Delete(); error != ERROR_SUCCESS) {
         WRB_LOG(kLogDebug8, L"%s: DeleteFile(%s) fail err=%d", kind.name, fileName.c_str(), error);
     }
 }

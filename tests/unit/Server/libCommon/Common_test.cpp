@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "Handle.h"
+#include "LocalPath.h"
 #include "NamedMutex.h"
 #include "OnThreads.h"
 #include "Text.h"
@@ -91,6 +92,29 @@ TEST(Text, NumbersAreReadAsFarAsTheyGoAndClamped) {
         EXPECT_EQ(wrb::ParseInt32(text), std::clamp<int64_t>(number, INT32_MIN, INT32_MAX))
             << testing::PrintToString(text);
     }
+}
+
+TEST(LocalPath, OnlyFilesBelowADriveLetterPass) {
+    for (const wchar_t* path : {L"C:\\", L"c:/a", L"C:\\a\\..\\.\\b\\\\c.cab", L"Z:\\.hidden\\com10\\"}) {
+        EXPECT_TRUE(wrb::IsDrivePath(path)) << wrb::WideToUtf8(path);
+    }
+    for (const wchar_t* path :
+         {L"", L"C:", L"C:a", L"a", L"\\a", L"1:\\a", L"\\\\.\\pipe\\a", L"//./pipe/a", L"\\\\?\\C:\\a",
+          L"\\\\host\\share\\a", L"\\??\\C:\\a", L"C:\\nul", L"C:\\a\\Com1 .txt\\b", L"C:\\a:b", L"C:\\a\\...\\b",
+          L"C:\\a ", L"C:\\a\\*", L"C:\\a\n"}) {
+        EXPECT_FALSE(wrb::IsDrivePath(path)) << wrb::WideToUtf8(path);
+    }
+    EXPECT_FALSE(wrb::IsDrivePath({L"C:\\a\0b", 6}));
+}
+
+TEST(LocalPath, AFolderHoldsWhatIsBelowIt) {
+    for (const wchar_t* folder : {L"C:", L"C:\\", L"c:\\UP", L"C:\\up\\"}) {
+        EXPECT_TRUE(wrb::LiesBelow(L"C:\\up\\a\\b", folder)) << wrb::WideToUtf8(folder);
+    }
+    for (const wchar_t* folder : {L"", L"\\", L"D:", L"C:\\u", L"C:\\up\\a\\b", L"C:\\up\\a\\b\\c", L"C:\\upper"}) {
+        EXPECT_FALSE(wrb::LiesBelow(L"C:\\up\\a\\b", folder)) << wrb::WideToUtf8(folder);
+    }
+    EXPECT_FALSE(wrb::LiesBelow(L"C:\\up\\", L"C:\\up"));
 }
 
 }  // namespace

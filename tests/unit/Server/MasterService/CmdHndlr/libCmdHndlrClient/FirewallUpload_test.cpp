@@ -8,10 +8,14 @@
 #include "CabinetBuilder.h"
 #include "CabinetWriter.h"
 #include "CapturedLog.h"
+#include "DebugLog.h"
 #include "FakeDbService.h"
 #include "FirewallLogs.h"
+#include "INICache.h"
 #include "PfwLogSample.h"
 #include "ServerHome.h"
+#include "Text.h"
+#include "UploadPackage.h"
 #include "WrbPfwCommon.h"
 #include "cmdhl_LogTicket.h"
 
@@ -22,6 +26,7 @@ using wrb::test::FakePipeService;
 class FirewallUpload : public testing::Test {
   protected:
     void SetUp() override {
+        std::filesystem::create_directory(m_folder);
         m_home.Write(L"wrbscan.ini", "[Global Setting]\r\nEnablePFWLogUploadingTicket=1\r\n");
         m_home.Write(L"Private\\wrbserver.ini",
                      "[LOG_TICKET_SECTION]\r\nNumberOfConcurrentLogUploadingClient=1\r\n"
@@ -49,10 +54,10 @@ class FirewallUpload : public testing::Test {
         wrb::test::WriteAll(m_folder / L"package", std::string(bytes.begin(), bytes.end()));
     }
 
-    bool IsFolderEmpty() { return std::filesystem::is_empty(m_folder.Path()); }
+    bool IsFolderEmpty() { return std::filesystem::is_empty(m_folder); }
 
     wrb::test::ServerHome m_home;
-    wrb::test::TempFolder m_folder;
+    const std::filesystem::path m_folder = m_home / L"Upload";
     FakePipeService m_agent{L"QMAgentServerNamePipe"};
     FakePipeService m_pool{L"Global\\LogPoolCommandManager"};
     const SWRB_PFW_LOG_ITEM m_record = wrb::test::SampleRecord<SWRB_PFW_LOG_ITEM>();
@@ -125,6 +130,89 @@ TEST_F(FirewallUpload, SaysWhatFails) {
                          {8, L"cmdhl_SetCFWLog: RemoveDirectory(" + folder.wstring() + L") fail err=145"}}));
 }
 
+// A package or folder elsewhere: answered 0, one line, nothing deleted, nothing made. "~" is the home folder, "^"
+// another one. A package that is taken is deleted, as it is no cabinet.
+TEST_F(FirewallUpload, OnlyFoldersForUploadsAreOpen) {
+    const wrb::test::TempFolder outside;
+    const auto full = [&](const std::wstring& text) {
+        std::wstring path;
+        for (const wchar_t character : text) {
+            character == L'~'   ? path.append(m_home / L"")
+            : character == L'^' ? path.append(outside / L"")
+                                : path.append(1, character);
+        }
+        return path;
+    };
+    const wchar_t* const kNoPath = L"no path on a local drive";
+    const wchar_t* const kElsewhere = L"in no folder for uploads";
+    const struct {
+        const wchar_t* package;
+        const wchar_t* base;
+        const wchar_t* list;
+        const wchar_t* reason;
+        bool isFolder = false;  // the folder is refused
+    } cases[] = {{L"~Upload\\sub\\..\\PACKAGE", L"~Upload\\dir-", L"", nullptr},
+                 {L"~upload/package", L"~Upload/dir-", L"", nullptr},
+                 {L"^package", L"^dir-", L"^", nullptr},
+                 {L"^package", L"^dir-", L"\\\\host\\share;none;^..;", nullptr},
+                 {L"^package", L"^dir-", L"*", nullptr},
+                 {L"^package", L"^dir-", L"^package", kElsewhere},
+                 {L"^package", L"^dir-", L"^none;", kElsewhere},
+                 {L"~Private\\wrbserver.ini", L"~Upload\\dir-", L"*", kElsewhere},
+                 {L"~Upload\\..\\Private\\wrbserver.ini", L"~Upload\\dir-", L"*;~;~Private", kElsewhere},
+                 {L"~Uploads\\package", L"~Upload\\dir-", L"~Uploads", kElsewhere},
+                 {L"~Upload\\package", L"~Private\\dir-", L"*", kElsewhere, true},
+                 {L"~Upload\\package", L"~Upload\\..\\dir-", L"*", kElsewhere, true},
+                 {L"~Upload\\package", L"^dir-", L"", kElsewhere, true},
+                 {L"~Upload\\package", L"~Upload\\NUL\\dir-", L"", kNoPath, true},
+                 {L"~Upload\\package", L"\\\\.\\pipe\\dir-", L"*", kNoPath, true},
+                 {L"\\\\.\\pipe\\package", L"~Upload\\dir-", L"*", kNoPath},
+                 {L"\\\\127.0.0.1\\C$\\package", L"~Upload\\dir-", L"*", kNoPath},
+                 {L"package", L"~Upload\\dir-", L"*", kNoPath},
+                 {L"~Upload\\package::$DATA", L"~Upload\\dir-", L"*", kNoPath}};
+    for (const auto& row : cases) {
+        SCOPED_TRACE(wrb::WideToUtf8(std::wstring(row.package) + L" " + row.base + L" " + row.list));
+        ServerIniCache().writeINIString(L"INI_SERVER_SECTION", L"UploadFolders", full(row.list).c_str());
+        for (const wchar_t* file : {L"~Upload\\package", L"~Uploads\\package", L"~Upload\\sub\\empty", L"^package"}) {
+            std::filesystem::create_directories(std::filesystem::path(full(file)).parent_path());
+            wrb::test::WriteAll(full(file), "no cabinet");
+        }
+        const std::wstring package = full(row.package);
+        const std::wstring base = full(row.base);
+        const std::wstring pipe = wrb::test::UniqueName(L"reply");
+        TakeCapturedLog();
+        EXPECT_EQ(AskOn(pipe, L"CMDHL_PFW_SET_LOG", L"uid\t" + package + L"\t" + base + L"\t1"), L"0");
+        const std::vector<CapturedLine> lines = TakeCapturedLog();
+        if (row.reason == nullptr) {
+            EXPECT_FALSE(std::filesystem::exists(package));
+            EXPECT_EQ(std::ranges::count(lines, kLogWarning, &CapturedLine::level), 0);
+        } else {
+            const std::wstring what = row.isFolder ? base + pipe.substr(17) : package;
+            EXPECT_EQ(std::ranges::count(lines, CapturedLine{kLogWarning, std::wstring(L"cmdhl_SetCFWLog - refused, ") +
+                                                                              row.reason + L": " + what}),
+                      1);
+            EXPECT_TRUE(std::filesystem::exists(full(row.isFolder ? L"~Upload\\package" : L"^package")));
+            EXPECT_TRUE(std::filesystem::exists(m_home / L"Private\\wrbserver.ini"));
+        }
+        EXPECT_FALSE(std::filesystem::exists(base + pipe.substr(17)));
+    }
+}
+
+TEST_F(FirewallUpload, WhatIsOpenIsNeitherReplacedNorRemoved) {
+    WritePackage(m_log);
+    wrb::UploadPackage package(L"test", m_folder / L"package", m_folder / L"unpacked");
+    EXPECT_FALSE(package.IsRefused());
+    for (const wchar_t* name : {L"package", L"unpacked"}) {
+        EXPECT_FALSE(MoveFileW((m_folder / name).c_str(), (m_folder / L"other").c_str()));
+        EXPECT_EQ(GetLastError(), DWORD{ERROR_SHARING_VIOLATION}) << name;
+    }
+    const wrb::FileHandle writer(CreateFileW((m_folder / L"package").c_str(), GENERIC_WRITE, 7, nullptr, OPEN_EXISTING,
+                                             FILE_ATTRIBUTE_NORMAL, nullptr));
+    EXPECT_FALSE(writer);
+    EXPECT_EQ(package.Delete() + package.RemoveFolder(), DWORD{ERROR_SUCCESS});
+    EXPECT_TRUE(IsFolderEmpty());
+}
+
 TEST_F(FirewallUpload, AShortReplyPipeEndsTheRequestWhereItStands) {
     WritePackage(BuildCabinet({{"a.log", m_log}}));
     EXPECT_EQ(AskForPlace(L"uid"), 0);
@@ -139,7 +227,7 @@ TEST_F(FirewallUpload, AnEntryIsDeletedWhateverBecomesOfIt) {
     std::wstring uid = L"uid";
     std::filesystem::create_directory(m_folder / L"sub");
     wrb::test::WriteAll(m_folder / L"sub\\a.log", "x");
-    const std::string directory = std::filesystem::path(m_folder.Path()).string();
+    const std::string directory = m_folder.string();
     const auto fail = [](const std::wstring&, const wchar_t*) -> int32_t { throw std::runtime_error("no"); };
     const auto throwNumber = [](const std::wstring&, const wchar_t*) -> int32_t { throw 1; };
     EXPECT_TRUE(cmdhl_ProcessExtractedLog("sub\\a.log", directory.c_str(), FPK_ENTRY_FOUND, &uid, fail));

@@ -2,13 +2,13 @@
 #include <gtest/gtest.h>
 
 #include "CapturedLog.h"
-#include "UploadPackage.h"
+#include "PackageLibrary.h"
 
 namespace {
 
 TEST(NoPackageLibrary, EveryUnpackingFailsAndTheLogSaysSoOnce) {
     for (int i = 0; i < 3; ++i) {
-        EXPECT_FALSE(wrb::TestPackage(L"C:\\package.cab", L"C:\\"));
+        EXPECT_FALSE(wrb::ExtractPackage(INVALID_HANDLE_VALUE, L"C:\\", nullptr, nullptr));
     }
     const auto lines = TakeCapturedLog();
     ASSERT_EQ(lines.size(), 1u);

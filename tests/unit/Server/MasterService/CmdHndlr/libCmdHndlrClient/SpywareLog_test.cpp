@@ -44,13 +44,13 @@ class SpywareLog : public testing::Test {
 
     std::wstring Package(const std::vector<NewEntry>& entries) const {
         const Bytes cabinet = BuildCabinet(entries);
-        m_home.Write(L"up\\package.cab", std::string(cabinet.begin(), cabinet.end()));
-        return (m_home / L"up\\package.cab").wstring();
+        m_home.Write(L"Upload\\package.cab", std::string(cabinet.begin(), cabinet.end()));
+        return (m_home / L"Upload\\package.cab").wstring();
     }
     std::wstring Upload(const wchar_t* command, const std::wstring& package) const {
-        return AskOn(m_pipe, command, L"uid\t" + package + L"\t" + (m_home / L"up\\x").wstring());
+        return AskOn(m_pipe, command, L"uid\t" + package + L"\t" + (m_home / L"Upload\\x").wstring());
     }
-    std::filesystem::path Folder(std::size_t skip) const { return m_home / (L"up\\x" + m_pipe.substr(skip)); }
+    std::filesystem::path Folder(std::size_t skip) const { return m_home / (L"Upload\\x" + m_pipe.substr(skip)); }
     std::string WtcLog() const { return wrb::test::ReadAll(m_home / L"temp\\wtc.log"); }
 
     const wrb::test::ServerHome m_home;
@@ -153,17 +153,17 @@ TEST_F(SpywareLog, UploadThatFailsLeavesNothingBehind) {
     std::filesystem::create_directory(Folder(20));
     EXPECT_EQ(Upload(L"CMDHL_SET_SPYWARELOG", package), L"0") << "another's folder";
     EXPECT_FALSE(std::filesystem::exists(package));
-    EXPECT_THAT(
-        TakeCapturedTexts(),
-        ElementsAre(L"cmdhl_SetSpywareLog: UID=uid, FileName=" + package + L", Dir=" + (m_home / L"up\\x").wstring(),
-                    L"cmdhl_SetSpywareLog: CreateDirectory(" + Folder(20).wstring() + L") fail err=183"));
-    m_home.Write(L"up\\package.cab", "no cabinet");
+    EXPECT_THAT(TakeCapturedTexts(),
+                ElementsAre(L"cmdhl_SetSpywareLog: UID=uid, FileName=" + package + L", Dir=" +
+                                (m_home / L"Upload\\x").wstring(),
+                            L"cmdhl_SetSpywareLog: CreateDirectory(" + Folder(20).wstring() + L") fail err=183"));
+    m_home.Write(L"Upload\\package.cab", "no cabinet");
     EXPECT_EQ(Upload(L"CMDHL_SET_SPYWARE_BACKUP_MANIFEST", package), L"0");
     EXPECT_FALSE(std::filesystem::exists(package));
     EXPECT_FALSE(std::filesystem::exists(Folder(33)));
     EXPECT_EQ(TakeCapturedTexts().back(), L"cmdhl_SetSpywareBackupManifest: fpkExtract fail.");
 
-    m_home.Write(L"up\\package.cab", "kept");
+    m_home.Write(L"Upload\\package.cab", "kept");
     EXPECT_THROW(Tell(L"CMDHL_SET_SPYWARELOG\tnineteen-characters\tuid\t" + package + L"\tx"), std::out_of_range);
     EXPECT_TRUE(std::filesystem::exists(package));
 }
