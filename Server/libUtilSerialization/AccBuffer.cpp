@@ -37,10 +37,13 @@ CAccBuffer& CAccBuffer::operator=(const CAccBuffer& other) {
 CAccBuffer::~CAccBuffer() = default;
 
 void CAccBuffer::Empty() noexcept {
-    const bool keep = m_block.get_deleter().owned && m_capacity <= kKeptCapacity && !m_spill;
-    const uint32_t capacity = keep ? m_capacity : 0;
-    AttachBlock(keep ? std::move(m_block) : wrb::Block(), 0, m_increment);
-    m_capacity = capacity;
+    if (!m_block.get_deleter().owned || m_capacity > kKeptCapacity || m_spill) {
+        AttachBlock(nullptr, 0, m_increment);
+        return;
+    }
+    m_used = 0;
+    m_spillFailed = false;
+    m_inFileOnly = 0;
 }
 
 void CAccBuffer::AttachBlock(wrb::Block block, uint32_t length, uint32_t increment) noexcept {
