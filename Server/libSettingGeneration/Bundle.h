@@ -36,7 +36,7 @@ struct BundleRow {
 
 // The log lines of the getter, at level 8. Every text gets the getter's name first.
 struct BundleLog {
-    const wchar_t* getter;
+    const wchar_t* getter = nullptr;
     const wchar_t* enter = L"%s - pszUid=%s";  // also gets the uid, and whether the configuration bit is to be cleared
     const wchar_t* failed = L"%s - failed to send command to DB server";
     const wchar_t* reader = nullptr;  // a name under which the failed question is logged first
@@ -45,14 +45,14 @@ struct BundleLog {
 
 template <typename Values>
 struct Bundle {
-    const wchar_t* section;
+    const wchar_t* section = nullptr;   // this and the command: null for records that are part of other containers
     const wchar_t* countKey = nullptr;  // set: the agent has any number of records, and this key, which precedes them,
                                         // has their number. Null: it has one
-    const wchar_t* command;             // of the database; DbCommands.inc has its row
+    const wchar_t* command = nullptr;   // of the database; DbCommands.inc has its row
     uint32_t configBit = 0;             // the configuration-changed bit that the getter clears; 0: none
     const char* table = nullptr;        // in the reference database; null: the values are stored elsewhere
     const char* seedKey = nullptr;      // in the seed file's agents, where there is a table
-    BundleLog log;
+    BundleLog log = {};
     void (*logRecord)(const Values& values) = nullptr;  // what the container logs of each record that it shows
     std::span<const BundleRow<Values>> rows;            // the keys in the order of the section
 };
@@ -60,6 +60,16 @@ struct Bundle {
 // The descriptor of the bundle with these values: Bundles.h specializes it for each.
 template <typename Values>
 inline constexpr Bundle<Values> kBundle = {};
+
+// A number that was received for a row: any but 0 sets its bits, or it is the field itself.
+template <typename Values>
+void SetNumber(const BundleRow<Values>& row, uint32_t number, Values& values) {
+    if (row.kind != BundleRowKind::Bit) {
+        values.*row.number = number;
+    } else if (number != 0) {
+        values.*row.number |= row.bits;
+    }
+}
 
 template <typename Values>
 inline constexpr bool kHasItems = kBundle<Values>.countKey != nullptr;

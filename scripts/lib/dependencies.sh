@@ -8,7 +8,7 @@ deps_prefix=$deps_dir/install
 toolchain_file=$repo_root/cmake/mingw-w64.cmake
 
 # One row a library: Debian package that carries the source, options of its CMake build.
-dependency_names=(googletest jsoncpp sqlite3 soci cli11 benchmark curl) # soci needs sqlite3
+dependency_names=(googletest jsoncpp sqlite3 soci cli11 benchmark curl pugixml) # soci needs sqlite3
 declare -A dependency_source=(
     [googletest]=/usr/src/googletest # a binary package that contains the source
     [jsoncpp]=libjsoncpp
@@ -17,6 +17,7 @@ declare -A dependency_source=(
     [cli11]=cli11
     [benchmark]=benchmark
     [curl]=curl
+    [pugixml]=pugixml
 )
 declare -A dependency_options=(
     [googletest]="-DBUILD_GMOCK=ON -DINSTALL_GTEST=ON"
@@ -37,6 +38,7 @@ declare -A dependency_options=(
         -DCURL_DISABLE_FILE=ON -DCURL_DISABLE_DICT=ON -DCURL_DISABLE_GOPHER=ON -DCURL_DISABLE_IMAP=ON
         -DCURL_DISABLE_LDAP=ON -DCURL_DISABLE_LDAPS=ON -DCURL_DISABLE_MQTT=ON -DCURL_DISABLE_POP3=ON
         -DCURL_DISABLE_RTSP=ON -DCURL_DISABLE_SMB=ON -DCURL_DISABLE_TELNET=ON -DCURL_DISABLE_TFTP=ON"
+    [pugixml]=""
 )
 
 # dependency_key NAME: what the built library depends on. It changes when a rebuild is due.

@@ -13,7 +13,7 @@ constexpr char kFull[] = R"({"uid": "3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3", "com
     "programVersion": "14.0", "platform": 10, "architecture": 9, "status": {"word1": 5, "word2": "0x80000001"},
     "changed": 7, "scanMethod": 1, "privilege": {"word1": 3, "word2": "0xFFFFFFFF"},
     "passwords": {"uninstall": "un", "unload": "ul"}, "outbreakPrevention": {"status": 1, "end": 4000000000},
-    "behaviourText": "b=1", "behaviourPolicies": [{"id": "p0", "action": 2, "enable": true},
+    "behaviourText": "<Policy/>", "behaviourPolicies": [{"id": "p0", "action": 2, "enable": true},
     {"id": "p1", "action": 1, "enable": false}], "approvedSpyware": ["one", "two"],
     "restoreSessions": ["s 1", "s 2", "s 3"],
     "webThreat": {"EnablePolicyIn": true, "SecurityLevelIn": 1, "SecurityLevelOut": 2, "SendLogOut": true,

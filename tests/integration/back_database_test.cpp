@@ -61,7 +61,7 @@ std::wstring NumbersAndTexts(const std::wstring& uid) {
 
 TEST_F(BackDatabaseTest, NumbersAndTextsOfAnAgent) {
     EXPECT_EQ(NumbersAndTexts(kFullAgent),
-              L"5|2147483649|9|7|10|Front\td-1|Company\\Front\td-1|RECEPTION-01|192.0.2.17|14.0|b=1|s 1\ts 2\ts 3|"
+              L"5|2147483649|9|7|10|Front\td-1|Company\\Front\td-1|RECEPTION-01|192.0.2.17|14.0|<Policy/>|s 1\ts 2\ts 3|"
               L"un|ul|1\t1\t1\t1\t1\t0\t1\t1\t1\t1\t1|1|1|");
     EXPECT_EQ(NumbersAndTexts(kUnknownAgent), L"0|0|0|0|0||||||||||1\t1\t1\t1\t1\t0\t1\t1\t1\t1\t1||0|");
 }

@@ -24,6 +24,13 @@ constexpr wchar_t kSwitches[] =
     L"EnableDLPOnDesktop=1\nEnableDLPOnServer=0\nEnableNCIEOnDesktop=1\nEnableNCIEOnServer=1\nEnableCCSFOnDesktop=1\n"
     L"EnableCCSFOnServer=1\nEnableLightweightVEXOROnServer=1\n";
 
+constexpr wchar_t kVexor[] =
+    L"[VEXOR_BMPolicy]\nCount=2\nPolicyId0=p0\nAction0=2\nEnable0=1\nPolicyId1=p1\nAction1=1\nEnable1=0\n"
+    L"[VEXOR_Exception]\nCount=0\nTPList=\n[VEXOR_Engine]\nEnable=0\nEnableBM=0\nEnableTD=0\nEnableTDC=0\n"
+    L"EnableADC=0\nEnableSRP=0\nEnableDRE=0\nEnableUMH=0\nEnableUMHExploit=0\n[VEXOR_DACPolicy]\n"
+    L"ExecutableListCount=0\nApprovedListCount=0\n[VEXOR_UserBased_DC_Config]\nDCPolicyCountIn=0\nDCPolicyCountOut=0\n"
+    L"EnableIn=0\nEnableOut=0\n";
+
 constexpr Row kRows[] = {
     {L"GET_CLN_NET_QUARANTINE_CMD", L"GetClnNetQuarantineCmd", L"", L"1"},
     {L"GET_OPPSTATUS", L"GetOppStatus", L"", L"1\t4000000000"},
@@ -34,6 +41,7 @@ constexpr Row kRows[] = {
     {L"PFW_GET_CLIENT_DOMAIN", L"PFWGetClientDomain", L"", L"Front\td-1"},
     {L"PFW_GET_CLIENT_FULL_DOMAIN", L"PFWGetClientFullDomain", L"", L"Company\\Front\td-1"},
     {L"GET_INI_WHITELIST", L"GetINIWhiteList", L"", L"[INI_WHITELIST_SECTION]\nCount=2\nCount0=one\nCount1=two\n"},
+    {L"GET_INI_VEXORSETTING", L"GetINIVexorSetting", L"", kVexor},
     {L"GET_INI_SERVICESWITCHSETTING", L"GetINIServiceSwitchSetting", L"", kSwitches, kSwitches},
     {L"SERVER_AUTH_SET_LOG", L"ServerAuthSetLog", L"\ta line\tmore", L"1", L"1"},
     {L"GET_SCAN_METHOD", L"GetScanMethod", L"", L"[ICRC_PER_CLIENT_CFG_SECTION]\nClientDestScanType=1\n"},

@@ -29,7 +29,7 @@ bool AskDbNumbers(const wchar_t* uid, Values& values, const wchar_t* caller) noe
     for (const BundleRow<Values>& row : kBundle<Values>.rows) {
         uint32_t number = 0;
         fields >> number;
-        values.*row.number |= row.kind == BundleRowKind::Bit ? (number != 0 ? row.bits : 0) : number;
+        SetNumber(row, number, values);
     }
     return true;
 }

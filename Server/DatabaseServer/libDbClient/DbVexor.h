@@ -7,24 +7,7 @@
 
 #include "ISerializer.h"
 #include "Serializer.h"
-
-// What the administrator has set for one behaviour policy.
-//
-//   text policyId; u32 action; bool enable
-struct tagVEXORPolicyItem : ISerializable {
-    std::wstring policyId;
-    uint32_t action = 0;
-    bool enable = false;
-
-    void Deserialize(ISerializer& serializer) override {
-        policyId.clear();
-        serializer.GetSerializer() >> policyId >> action >> enable;
-    }
-    void Serialize(ISerializer& serializer) const override {
-        serializer.GetSerializer() << policyId << action << enable;
-    }
-    void Clear() override { *this = {}; }
-};
+#include "VexorRecords.h"
 
 namespace wrb {
 
@@ -41,7 +24,7 @@ struct CustomBmConfig : ISerializable {
 
 }  // namespace wrb
 
-// The configuration as one text. False, with a log line, when the request failed.
+// The policy document, empty for an agent without one. False, with a log line, when the request failed.
 bool dbGetVexorBmCfgW(const wchar_t* uid, std::wstring& text, uint32_t number = 0) noexcept;
 
 // Do not use `cfg` after a false. Waits at most 600 seconds.

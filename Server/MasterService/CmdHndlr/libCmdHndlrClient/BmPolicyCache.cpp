@@ -12,10 +12,17 @@ namespace {
 
 constexpr wchar_t kSection[] = L"VEXOR_BMPolicy";
 
-int32_t ReadNumber(const wchar_t* keyFormat, int32_t index) {
-    wchar_t key[32];
-    wrb::FormatInto(key, std::size(key), keyFormat, index);
-    return static_cast<int32_t>(ServerIniCache().readINIInt(kSection, key, 0));
+constexpr uint32_t kIdCapacity = 256;
+
+tagVEXORPolicyItem ReadPolicy(int32_t index) {
+    const auto key = [index](const wchar_t* format) { return wrb::FormatWide(format, index); };
+    tagVEXORPolicyItem policy;
+    wchar_t id[kIdCapacity] = {};
+    ServerIniCache().readINIString(id, kSection, key(L"PolicyId%d").c_str(), L"", kIdCapacity);
+    policy.policyId = id;
+    policy.action = ServerIniCache().readINIInt(kSection, key(L"Action%d").c_str(), 0);
+    policy.enable = ServerIniCache().readINIInt(kSection, key(L"Enable%d").c_str(), 0) != 0;
+    return policy;
 }
 
 }  // namespace
@@ -30,11 +37,11 @@ wrb::BmPolicyCache::BmPolicyCache() {
     const wrb::ExclusiveGuard guard(m_lock);
     m_policies.reserve(static_cast<std::size_t>(count));
     for (int32_t i = 0; i < count; ++i) {
-        m_policies.push_back({ReadNumber(L"PolicyId%d", i), ReadNumber(L"Action%d", i), ReadNumber(L"Enable%d", i)});
+        m_policies.push_back(ReadPolicy(i));
     }
 }
 
-std::vector<wrb::BmPolicy> wrb::BmPolicyCache::Policies() const {
+std::vector<tagVEXORPolicyItem> wrb::BmPolicyCache::Policies() const {
     const wrb::SharedGuard guard(m_lock);
     return m_policies;
 }

@@ -1,4 +1,5 @@
 #include "AgentFacts.h"
+#include "AgentSettings.h"
 #include "CommandMap.h"
 #include "FirewallLogs.h"
 #include "ScanSettingUpdates.h"

@@ -152,7 +152,7 @@ TEST_F(EntryPoints, WithoutMemoryThePoliciesAreLeftOut) {
     const wrb::test::ServerHome home;
     home.Write(L"Private\\wrbserver.ini", "[VEXOR_BMPolicy]\r\nCount=1000\r\n");
     cmdhl_Finalize();
-    FailAllocationsOfThisThread(1000 * sizeof(wrb::BmPolicy));
+    FailAllocationsOfThisThread(1000 * sizeof(tagVEXORPolicyItem));
     EXPECT_FALSE(cmdhl_Initialize(L"", L"", nullptr));
     FailAllocationsOfThisThread(0);
     EXPECT_EQ(g_pBmPolicyCache, nullptr);
@@ -192,11 +192,11 @@ TEST_F(EntryPoints, AfterTheEndUncountedCommandsRunAndCountedOnesThrow) {
 
 TEST(BmPolicyCache, ReadsAsManyPoliciesAsTheCountSays) {
     const wrb::test::TempFolder folder;
-    using Policy = std::tuple<int32_t, int32_t, int32_t>;  // id, action, enable
+    using Policy = std::tuple<std::wstring, uint32_t, bool>;  // id, action, enable
     const std::pair<const char*, std::vector<Policy>> rows[] = {
         {"Count=3\r\nPolicyId0=7\r\nAction0=2\r\nEnable0=1\r\nPolicyId1=-5\r\nEnable1=0\r\n"
-         "PolicyId2=nonsense\r\nAction2=9\r\nPolicyId3=99\r\n",
-         {{7, 2, 1}, {-5, 0, 0}, {0, 9, 0}}},
+         "PolicyId2=VP-0001\r\nAction2=9\r\nPolicyId3=99\r\n",
+         {{L"7", 2, true}, {L"-5", 0, false}, {L"VP-0001", 9, false}}},
         {"", {}},
         {"Count=-1\r\n", {}},
         {"Count=many\r\n", {}},
@@ -207,7 +207,7 @@ TEST(BmPolicyCache, ReadsAsManyPoliciesAsTheCountSays) {
         ServerIniCache().clear();
         ServerIniCache().init((folder / L"server.ini").c_str(), 1);
         std::vector<Policy> policies;
-        for (const wrb::BmPolicy& policy : wrb::BmPolicyCache().Policies()) {
+        for (const tagVEXORPolicyItem& policy : wrb::BmPolicyCache().Policies()) {
             policies.emplace_back(policy.policyId, policy.action, policy.enable);
         }
         EXPECT_EQ(policies, expected) << keys;
