@@ -1,14 +1,14 @@
 #include "NamedMutex.h"
 
 #include "LastError.h"
-#include "OpenSecurity.h"
+#include "ServerAccess.h"
 
 namespace wrb {
 
 KernelHandle OpenNamedMutex(const wchar_t* name) noexcept {
-    OpenSecurity security;
-    if (InitOpenSecurity(security, false) == nullptr) {
-        if (KernelHandle mutex(CreateMutexW(&security.attributes, FALSE, name)); mutex) {
+    ServerAccess access(OtherAccounts::Nothing);
+    if (access.Attributes() != nullptr) {
+        if (KernelHandle mutex(CreateMutexW(access.Attributes(), FALSE, name)); mutex) {
             return mutex;
         }
     }

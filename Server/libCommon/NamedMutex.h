@@ -7,8 +7,8 @@
 
 namespace wrb {
 
-// Creates the mutex open to every local account, or opens the one that is there: a mutex of another program need not
-// grant all the rights that creating asks for. Empty on failure, with the cause in GetLastError.
+// Creates the mutex for the server's accounts (ServerAccess.h), or opens the one that is there: a mutex of another
+// program need not grant all the rights that creating asks for. Empty on failure, with the cause in GetLastError.
 KernelHandle OpenNamedMutex(const wchar_t* name) noexcept;
 
 // Holds a mutex from construction to destruction. The mutex must outlive the lock; both belong to one thread.

@@ -2,7 +2,7 @@
 
 namespace wrb {
 
-const wchar_t* InitOpenSecurity(OpenSecurity& security, bool inheritable) noexcept {
+const wchar_t* InitOpenSecurity(OpenSecurity& security) noexcept {
     if (!InitializeSecurityDescriptor(&security.descriptor, SECURITY_DESCRIPTOR_REVISION)) {
         return L"InitializeSecurityDescriptor";
     }
@@ -11,7 +11,7 @@ const wchar_t* InitOpenSecurity(OpenSecurity& security, bool inheritable) noexce
     }
     security.attributes.nLength = sizeof security.attributes;
     security.attributes.lpSecurityDescriptor = &security.descriptor;
-    security.attributes.bInheritHandle = inheritable ? TRUE : FALSE;
+    security.attributes.bInheritHandle = FALSE;
     return nullptr;
 }
 

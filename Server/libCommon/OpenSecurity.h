@@ -17,8 +17,7 @@ struct OpenSecurity {
     OpenSecurity& operator=(const OpenSecurity&) = delete;
 };
 
-// Fills `security`; with `inheritable`, child processes get the handle. Returns null, or else the name of the system
-// function that failed, whose cause is in GetLastError. Never logs, so that the log itself can use it.
-const wchar_t* InitOpenSecurity(OpenSecurity& security, bool inheritable) noexcept;
+// Fills `security`. Returns null, or else the name of the system function that failed, whose cause is in GetLastError.
+const wchar_t* InitOpenSecurity(OpenSecurity& security) noexcept;
 
 }  // namespace wrb

@@ -3,7 +3,7 @@
 #include <new>
 
 #include "LastError.h"
-#include "OpenSecurity.h"
+#include "ServerAccess.h"
 
 namespace wrb {
 namespace {
@@ -12,9 +12,9 @@ constexpr DWORD kAccess = FILE_MAP_READ | FILE_MAP_WRITE;
 
 // Opens the section when it exists. A process that may not create it may still open it.
 KernelHandle OpenSection() noexcept {
-    OpenSecurity security;
-    if (InitOpenSecurity(security, true) == nullptr) {
-        KernelHandle section(CreateFileMappingW(INVALID_HANDLE_VALUE, &security.attributes, PAGE_READWRITE, 0,
+    ServerAccess access(OtherAccounts::ReadAndWrite, true);
+    if (access.Attributes() != nullptr) {
+        KernelHandle section(CreateFileMappingW(INVALID_HANDLE_VALUE, access.Attributes(), PAGE_READWRITE, 0,
                                                 sizeof(uint32_t), kLogFilterSection));
         if (section) {
             return section;

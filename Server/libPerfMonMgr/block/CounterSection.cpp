@@ -4,7 +4,7 @@
 
 #include "CounterUpdates.h"
 #include "NamedMutex.h"
-#include "OpenSecurity.h"
+#include "ServerAccess.h"
 
 namespace wrb {
 namespace {
@@ -87,12 +87,13 @@ CounterAttach CounterSection::OpenUnderMutex(const CounterNames& names, uint32_t
     // Keeps two processes that start from zeroing each other's first calls. A start goes on without it: nobody who
     // holds the mutex can keep the server from starting.
     const NamedMutexLock lock(m_mutex.Get(), kAttachWaitMilliseconds);
-    OpenSecurity security;
-    if (InitOpenSecurity(security, false) != nullptr) {
+    ServerAccess holders(OtherAccounts::Nothing);
+    ServerAccess readers(OtherAccounts::Read);
+    if (holders.Attributes() == nullptr || readers.Attributes() == nullptr) {
         return Fail(error);
     }
-    const CounterAttach result = m_view ? CounterAttach::Attached : Map(names.section, &security.attributes, error);
-    if (result == CounterAttach::Attached && BecomesOnlyHolder(names.holder, &security.attributes)) {
+    const CounterAttach result = m_view ? CounterAttach::Attached : Map(names.section, readers.Attributes(), error);
+    if (result == CounterAttach::Attached && BecomesOnlyHolder(names.holder, holders.Attributes())) {
         ZeroCounters(*Block());
     }
     return result;

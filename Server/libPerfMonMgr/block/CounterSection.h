@@ -32,7 +32,7 @@ struct CounterNames {
 class CounterSection {
   public:
     // Attaches to the block, or makes it when there is none, and sets every counter to zero unless another process is
-    // attached. The objects admit every local account, since the server's services run under several. Waits at most
+    // attached. The objects are for the server's accounts; others may read the block (ServerAccess.h). Waits at most
     // 50 ms for the mutex and goes on without it. When the call fails, an attached object stays attached.
     CounterAttach Open(const CounterNames& names, uint32_t& error) noexcept;
     void Close() noexcept;

@@ -3,7 +3,7 @@
 #include "DebugLog.h"
 
 bool CreateSecurityAttributesWithoutACLs(wrb::OpenSecurity& security) {
-    const wchar_t* const failedCall = wrb::InitOpenSecurity(security, false);
+    const wchar_t* const failedCall = wrb::InitOpenSecurity(security);
     if (failedCall != nullptr) {
         WRB_LOG(kLogError, L"[CreateSecurityAttributesWithoutACLs] %s failed! err=%d", failedCall, GetLastError());
     }

@@ -142,7 +142,7 @@ std::wstring FullPath(const char* directory) {
 void cmdhl_ScanSpywareLogDir(const char* directory) {
     // Without an open descriptor the mutex of the feedback log cannot be shared.
     wrb::OpenSecurity security;
-    if (wrb::InitOpenSecurity(security, false) != nullptr) {
+    if (wrb::InitOpenSecurity(security) != nullptr) {
         return;
     }
     const wrb::KernelHandle stopEvent(OpenEventW(EVENT_ALL_ACCESS, FALSE, wrb::kServerStopEvent));

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "AccessOf.h"
 #include "CapturedLog.h"
 #include "ChildProcess.h"
 #include "CounterSection.h"
@@ -160,6 +161,28 @@ TEST_F(CounterScope, TheMutexOfAProcessThatDiedCountsAsTaken) {
     }
     EXPECT_EQ(reader.Slot(5).total, 6u);
     EXPECT_EQ(reader.CallsInProgress(), 0);
+}
+
+TEST_F(CounterScope, SharedObjectsAreForTheServersAccounts) {
+    wrb::LogFilter::Shared();
+    const struct {
+        wrb::KernelHandle object;
+        bool everyone;
+    } kObjects[] = {
+        {wrb::KernelHandle(OpenMutexW(READ_CONTROL, FALSE, wrb::kCounterMutexName)), false},
+        {wrb::KernelHandle(OpenEventW(READ_CONTROL, FALSE, wrb::kCounterHolderName)), false},
+        {wrb::KernelHandle(OpenFileMappingW(READ_CONTROL, FALSE, wrb::kCounterSectionName)), true},
+        {wrb::KernelHandle(OpenFileMappingW(READ_CONTROL, FALSE, wrb::kLogFilterSection)), true},
+    };
+    for (const auto& [object, everyone] : kObjects) {
+        const std::string access = wrb::test::AccessOf(object.Get());
+        EXPECT_EQ(std::ranges::count(access, '('), everyone ? 5 : 4) << access;
+        for (const char* account : {";;;SY)", ";;;BA)", ";;;SU)"}) {
+            EXPECT_THAT(access, testing::HasSubstr(account));
+        }
+        EXPECT_EQ(access.find(";;;WD)") != std::string::npos, everyone) << access;
+        EXPECT_THAT(access, testing::Not(testing::HasSubstr("(A;;GA;;;WD)")));
+    }
 }
 
 }  // namespace

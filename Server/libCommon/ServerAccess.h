@@ -1,0 +1,29 @@
+// Who may open the named objects that the server's processes share.
+#pragma once
+
+#include <windows.h>
+
+#include "Handle.h"
+
+namespace wrb {
+
+// What accounts may do beside SYSTEM, the administrators, services and the object's owner, who may do everything.
+enum class OtherAccounts { Nothing, Read, ReadAndWrite };
+
+// Security attributes for a Create function. Never logs, so that the log itself can use it.
+class ServerAccess {
+  public:
+    // With `inheritable`, child processes get the handle.
+    explicit ServerAccess(OtherAccounts others, bool inheritable = false) noexcept;
+    ServerAccess(const ServerAccess&) = delete;
+    ServerAccess& operator=(const ServerAccess&) = delete;
+
+    // Null when there is no memory for the access list; GetLastError tells after the construction.
+    SECURITY_ATTRIBUTES* Attributes() noexcept { return m_descriptor ? &m_attributes : nullptr; }
+
+  private:
+    LocalMemory m_descriptor;
+    SECURITY_ATTRIBUTES m_attributes{sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
+};
+
+}  // namespace wrb
