@@ -25,6 +25,8 @@ using wrb::WtcAppend;
 
 constexpr wchar_t kFunction[] = L"cmdhl_AppendWtcRecord";
 constexpr wchar_t kMutexName[] = L"wrby_wtc_mutex";
+constexpr wchar_t kSection[] = L"GLN_FEEDBACK_SECTION";
+constexpr int32_t kDefaultMaxSizeInK = 65'536;
 
 struct WtcRecord {
     std::array<char, 129> entryName;
@@ -51,6 +53,23 @@ std::wstring WtcLogPath(const std::wstring& home) {
     return folder + L"\\wtc.log";
 }
 
+// Renames a log that has reached its limit, over the one that was renamed before. On failure `error` is the system's
+// code.
+bool MakeRoom(const std::wstring& path, DWORD& error) {
+    WIN32_FILE_ATTRIBUTE_DATA file{};
+    if (!GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &file)) {
+        return true;  // there is none yet; otherwise opening it fails
+    }
+    const uint64_t bytes = uint64_t{file.nFileSizeHigh} << 32 | file.nFileSizeLow;
+    const auto asked = static_cast<int32_t>(ScanIniCache().readINIInt(kSection, L"GLNFeedbackMaxSizeInK", 0));
+    const auto limit = static_cast<uint64_t>(asked > 0 ? asked : kDefaultMaxSizeInK) * 1024;
+    if (bytes < limit || MoveFileExW(path.c_str(), (path + L".1").c_str(), MOVEFILE_REPLACE_EXISTING)) {
+        return true;
+    }
+    error = GetLastError();
+    return false;
+}
+
 struct FileClose {
     void operator()(std::FILE* file) const noexcept { std::fclose(file); }
 };
@@ -72,7 +91,7 @@ bool AppendToFile(const std::wstring& path, const WtcRecord& record, DWORD& erro
 }  // namespace
 
 wrb::WtcAppend cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid, uint32_t waitMilliseconds) {
-    if (ScanIniCache().readINIInt(L"GLN_FEEDBACK_SECTION", L"GLNFeedbackEnabled", 0) == 0) {
+    if (ScanIniCache().readINIInt(kSection, L"GLNFeedbackEnabled", 0) == 0) {
         return WtcAppend::Done;
     }
     const std::wstring home = wrb::HomeFolder();
@@ -90,7 +109,7 @@ wrb::WtcAppend cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* gu
     FillField(record.entryName, entryName);
     FillField(record.guid, guid);
     const std::wstring path = WtcLogPath(home);
-    if (DWORD error = 0; !AppendToFile(path, record, error)) {
+    if (DWORD error = 0; !MakeRoom(path, error) || !AppendToFile(path, record, error)) {
         WRB_LOG(kLogError, L"%s - cannot append to %s, err=%d", kFunction, path.c_str(), error);
     }
     return WtcAppend::Done;

@@ -13,6 +13,7 @@
 #include "ServerHome.h"
 #include "Text.h"
 #include "cmdhl_SpywareLogDir.h"
+#include "cmdhl_WtcLog.h"
 
 namespace {
 
@@ -84,6 +85,19 @@ TEST_F(SpywareLog, EntriesOfALogPackageAreRecorded) {
     EXPECT_NEAR(static_cast<double>(log.size()), 166 * (2 + 69), 166);
     EXPECT_EQ(log.find("E3"), log.npos);
     EXPECT_EQ(log.find("E9"), log.npos);
+}
+
+TEST_F(SpywareLog, AFullFeedbackLogIsRenamedOnce) {
+    m_home.Write(L"wrbscan.ini", "[GLN_FEEDBACK_SECTION]\r\nGLNFeedbackEnabled=1\r\nGLNFeedbackMaxSizeInK=1\r\n");
+    ScanIniCache().clear();
+    std::string written;
+    for (int i = 0; i < 17; ++i) {
+        const std::string name = "E" + std::to_string(i);
+        cmdhl_AppendWtcRecord(wrb::AnsiToWide(name.c_str()).c_str(), L"guid");
+        written += Record(name, "guid");
+    }
+    EXPECT_EQ(wrb::test::ReadAll(m_home / L"temp\\wtc.log.1"), written.substr(7 * 166, 7 * 166));
+    EXPECT_EQ(WtcLog(), written.substr(14 * 166));
 }
 
 TEST_F(SpywareLog, WalkEndsAtItsLimits) {
