@@ -14,6 +14,7 @@ namespace {
 constexpr DWORD kBufferBytes = 65536;                              // the system's buffer for each instance
 constexpr unsigned kMostInstances = PIPE_UNLIMITED_INSTANCES - 1;  // one more means unlimited
 constexpr ULONGLONG kRestMilliseconds = 100;
+constexpr DWORD kRetryMilliseconds = 10;
 
 // What other accounts may do: clients open for writing alone. The right to write has that of creating instances in it,
 // which is why the name takes no more instances than ours (see CreateInstance).
@@ -65,7 +66,7 @@ PipeListener::PipeListener(PipeListenerOptions options, InOrder inOrder)
     : m_options(std::move(options)),
       m_inOrder(std::move(inOrder)),
       m_path(L"\\\\.\\pipe\\" + m_options.name),
-      m_memory(m_options.memoryBudget, [this] { PostQueuedCompletionStatus(m_port.Get(), kRoomPacket, 0, nullptr); }) {}
+      m_memory(m_options.memoryBudget, [this] { Post(kRoomPacket, nullptr); }) {}
 
 PipeListener::PipeListener(const PipeListenerOptions& options, Handler handler)
     : PipeListener(options, OnWorkers(InstanceCount(options), std::move(handler))) {}
@@ -135,7 +136,7 @@ DWORD PipeListener::TryCreateInstances() noexcept {
 void PipeListener::Stop(uint32_t drainMilliseconds) {
     if (m_thread.joinable()) {
         m_drainMilliseconds = drainMilliseconds;
-        PostQueuedCompletionStatus(m_port.Get(), kStopPacket, 0, nullptr);
+        Post(kStopPacket, nullptr);
         m_thread.join();
     }
     m_jobs.Finish();
@@ -370,7 +371,15 @@ void PipeListener::RunJob(PipeInstance& instance, const Job& job) noexcept {
     } catch (...) {
         DropByException(instance);
     }
-    PostQueuedCompletionStatus(m_port.Get(), 0, reinterpret_cast<ULONG_PTR>(&instance), nullptr);
+    Post(0, &instance);
+}
+
+// The system refuses a packet only while it has no memory for it. Without the packet the instance would be lost, or the
+// stop would never come.
+void PipeListener::Post(DWORD kind, PipeInstance* instance) noexcept {
+    while (!PostQueuedCompletionStatus(m_port.Get(), kind, reinterpret_cast<ULONG_PTR>(instance), nullptr)) {
+        Sleep(kRetryMilliseconds);
+    }
 }
 
 // In a catch block.

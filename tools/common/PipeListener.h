@@ -129,6 +129,7 @@ class PipeListener {
     void OnRead(PipeInstance& instance, DWORD bytes, DWORD error);
     void Complete(PipeInstance& instance);
     void RunJob(PipeInstance& instance, const Job& job) noexcept;
+    void Post(DWORD kind, PipeInstance* instance) noexcept;
     void Drop(PipeDrop reason, PipeInstance& instance) noexcept;
     void DropByException(PipeInstance& instance) noexcept;
     void DropAndRecycle(PipeDrop reason, PipeInstance& instance);
