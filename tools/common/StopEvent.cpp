@@ -2,7 +2,9 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <atomic>
+#include <string>
 
 #include "AccessList.h"
 
@@ -28,6 +30,10 @@ KernelHandle OpenStopEvent(const wchar_t* name, DWORD access) {
     return KernelHandle(OpenEventW(access, FALSE, name));
 }
 
+std::wstring TermsName(const wchar_t* name) {
+    return std::wstring(name) + L"_Terms";
+}
+
 StopResult ResultOfOpen(DWORD error) {
     return error == ERROR_FILE_NOT_FOUND ? StopResult::NotRunning : StopResult::Failed;
 }
@@ -50,6 +56,9 @@ bool StopEvent::Create(const wchar_t* name) {
     if (!event || GetLastError() == ERROR_ALREADY_EXISTS) {
         return false;
     }
+    if (!m_terms.Create(TermsName(name).c_str())) {
+        return false;
+    }
     m_event = std::move(event);
     g_stopEvent = m_event.Get();
     SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
@@ -60,7 +69,17 @@ void StopEvent::Wait() const {
     WaitForSingleObject(m_event.Get(), INFINITE);
 }
 
-StopResult StopRunning(const wchar_t* name, uint32_t milliseconds) {
+std::chrono::milliseconds StopEvent::Limit(std::chrono::milliseconds otherwise) const {
+    const uint32_t asked = m_terms->milliseconds;
+    return asked == 0 ? otherwise : std::chrono::milliseconds(asked - std::min(asked / 10, 1'000u));
+}
+
+StopResult StopRunning(const wchar_t* name, std::optional<unsigned> seconds) {
+    const ULONGLONG milliseconds = seconds.value_or(kStopSeconds) * 1'000ull;
+    SharedBlock<StopTerms> terms;
+    if (terms.Open(TermsName(name).c_str()) && seconds) {
+        terms->milliseconds = static_cast<uint32_t>(milliseconds);
+    }
     if (const KernelHandle event = OpenStopEvent(name, EVENT_MODIFY_STATE); !event || !SetEvent(event.Get())) {
         return ResultOfOpen(GetLastError());
     }
@@ -72,8 +91,10 @@ StopResult StopRunning(const wchar_t* name, uint32_t milliseconds) {
         }
         Sleep(kPollMilliseconds);
     }
-    const DWORD error = GetLastError();
-    return error == ERROR_FILE_NOT_FOUND ? StopResult::Stopped : StopResult::Failed;
+    if (const DWORD error = GetLastError(); error != ERROR_FILE_NOT_FOUND) {
+        return StopResult::Failed;
+    }
+    return terms && terms->gaveUp != 0 ? StopResult::GaveUp : StopResult::Stopped;
 }
 
 }  // namespace wrb

@@ -1,13 +1,26 @@
 // The named event that stops a service program: its owner and its sender.
 #pragma once
 
+#include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <optional>
 
 #include "Handle.h"
+#include "SharedBlock.h"
 
 namespace wrb {
 
 inline constexpr wchar_t kBackEndStopEvent[] = L"Calloway_Warrenby_BackEnd_Stop_Event";
+
+// How long a stop may take when nobody says.
+inline constexpr unsigned kStopSeconds = 60;
+
+// What both sides tell each other, under the event's name with "_Terms" at its end.
+struct StopTerms {
+    std::atomic<uint32_t> milliseconds{0};  // how long the sender waits; 0: as the program was told at its start
+    std::atomic<uint32_t> gaveUp{0};        // 1: the program ended before it had finished
+};
 
 // Owns the event in the service program, and sets it on Ctrl-C, on closing the console and at the end of the session.
 // At most one object at a time in a process.
@@ -25,13 +38,23 @@ class StopEvent {
 
     void Wait() const;
 
+    // How long the stop may take, once Wait has returned: what the sender asked for, else `otherwise`. A tenth of what
+    // the sender asked for, but no more than a second, is left to the sender, which waits for the program's end.
+    std::chrono::milliseconds Limit(std::chrono::milliseconds otherwise) const;
+
+    // Tells the sender that the program ends before it has finished.
+    void GiveUp() const { m_terms->gaveUp = 1; }
+
   private:
     KernelHandle m_event;
+    SharedBlock<StopTerms> m_terms;
 };
 
-enum class StopResult { Stopped, NotRunning, TimedOut, Failed };
+enum class StopResult { Stopped, NotRunning, TimedOut, GaveUp, Failed };
 
-// The sender: signals the running program and waits until it has ended. Failed: see GetLastError.
-StopResult StopRunning(const wchar_t* name, uint32_t milliseconds);
+// The sender: signals the running program and waits until it has ended. With `seconds` the program may take no longer
+// than that; without, it takes the time that it was told, and the sender waits for kStopSeconds. GaveUp: it has ended,
+// but not finished. Failed: see GetLastError.
+StopResult StopRunning(const wchar_t* name, std::optional<unsigned> seconds);
 
 }  // namespace wrb

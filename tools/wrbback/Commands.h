@@ -30,7 +30,7 @@ struct ShowOptions {
 
 int Serve(const ServeOptions& options);
 int Seed(const std::string& file, const std::string& database);
-int Stop(unsigned timeoutSeconds);
+int Stop(std::optional<unsigned> timeoutSeconds);
 int ShowLogPool(const ShowOptions& options);
 int ShowEvents(const ShowOptions& options);
 

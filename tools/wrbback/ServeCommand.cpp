@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <chrono>
+
 #include "AccessList.h"
 #include "Commands.h"
 #include "Console.h"
@@ -13,11 +15,15 @@
 #include "ReceivedLine.h"
 #include "RecordServer.h"
 #include "StopEvent.h"
+#include "StopWatchdog.h"
 #include "Text.h"
 #include "VisibleText.h"
 
 namespace wrb {
 namespace {
+
+// Longer than the minute for which a stop tries to store what it has received.
+constexpr std::chrono::seconds kStopLimit{120};
 
 // Empty, or a description of the error.
 std::string Settle(const ServeOptions& options, LogSettings& settings) {
@@ -91,6 +97,8 @@ int RunServices(const ServeOptions& options, const LogSettings& settings, const 
     PrintOut("wrbback: ready\n");
     stop.Wait();
     PrintOut("wrbback: stopping\n");
+    const StopWatchdog watchdog(stop, stop.Limit(kStopLimit),
+                                [] { return "wrbback: a service is still busy; giving up"; });
     records.Stop();
     db.Stop();
     log.Stop();

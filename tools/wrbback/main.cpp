@@ -16,14 +16,17 @@ int Fail(const std::string& text, int code) {
     return code;
 }
 
-int Stop(unsigned timeoutSeconds) {
-    switch (StopRunning(kBackEndStopEvent, timeoutSeconds * 1000)) {
+int Stop(std::optional<unsigned> timeoutSeconds) {
+    switch (StopRunning(kBackEndStopEvent, timeoutSeconds)) {
         case StopResult::Stopped:
             return kExitOk;
         case StopResult::NotRunning:
             return Fail("not running", kExitServiceNotRunning);
         case StopResult::TimedOut:
-            return Fail("still running after " + std::to_string(timeoutSeconds) + " seconds", kExitTimedOut);
+            return Fail("still running after " + std::to_string(timeoutSeconds.value_or(kStopSeconds)) + " seconds",
+                        kExitTimedOut);
+        case StopResult::GaveUp:
+            return Fail("the program has ended before it had finished", kExitTimedOut);
         default:
             return Fail("cannot signal the running program (error " + std::to_string(GetLastError()) + ")",
                         kExitFailed);
@@ -39,7 +42,7 @@ constexpr char kFooter[] =
     "  wrbback serve --db agents.db --log-level W --split-size 1000000 --max-logs 5\n"
     "  wrbback log-pool --db agents.db --table TBL_CFW_LOG   the latest firewall-log rows, also while it serves\n"
     "  wrbback events --limit 0 --json                       every event in agents.db, for a program\n"
-    "  wrbback stop --timeout 10                             stop the running program; give up after ten seconds\n"
+    "  wrbback stop --timeout 10                             stop the running program; it ends after ten seconds\n"
     "\n"
     "Exit codes: 0 done, 1 failed, 2 wrong command line, log setting or seed file, 3 not running, 4 timed out";
 
@@ -86,9 +89,10 @@ int Main() {
     logPool->add_option("--table", showOptions.table, "This table only")
         ->check(CLI::IsMember({"TBL_CFW_LOG", "TBL_RESTORE_LOG"}));
     CLI::App* events = AddShow(app, "events", "Show the messages to the other services", showOptions);
-    unsigned timeoutSeconds = 60;
+    std::optional<unsigned> timeoutSeconds;
     CLI::App* stop = app.add_subcommand("stop", "Stop the running program, and wait until it has ended");
-    stop->add_option("--timeout", timeoutSeconds, "Seconds to wait (default: 60)")->check(CLI::Range(1u, 86400u));
+    stop->add_option("--timeout", timeoutSeconds, "Seconds that the stop may take (default: 60 to wait)")
+        ->check(CLI::Range(1u, 86400u));
 
     if (const auto code = ParseArguments(app, Utf8Arguments())) {
         return *code;

@@ -1,15 +1,12 @@
-// What the running host shows to, and takes from, another wrbhost: its counters, and how long a stop may take. It lies
-// in a section that SYSTEM, the administrators and the host's own account may open.
+// The counters that the running host shows to another wrbhost.
 #pragma once
-
-#include <windows.h>
 
 #include <array>
 #include <atomic>
 #include <cstdint>
 #include <string>
 
-#include "Handle.h"
+#include "SharedBlock.h"
 
 namespace wrb {
 
@@ -26,8 +23,6 @@ enum class HostCount : uint32_t {
 };
 
 struct HostBoard {
-    std::atomic<uint32_t> stopMilliseconds{0};  // how long the stop may take; 0: as the host was told at its start
-    std::atomic<uint32_t> gaveUp{0};            // 1: the host ended with commands running
     std::array<std::atomic<uint64_t>, static_cast<std::size_t>(HostCount::kCount)> counts{};
 
     void Count(HostCount what) { ++counts[static_cast<std::size_t>(what)]; }
@@ -36,22 +31,6 @@ struct HostBoard {
     std::string Text() const;
 };
 
-class SharedHostBoard {
-  public:
-    // The host's side: a board with nothing on it. False: GetLastError tells.
-    bool Create(const wchar_t* name);
-
-    // The other side. False: GetLastError tells; ERROR_FILE_NOT_FOUND when no host runs.
-    bool Open(const wchar_t* name);
-
-    HostBoard& operator*() const { return *static_cast<HostBoard*>(m_view.Get()); }
-    HostBoard* operator->() const { return static_cast<HostBoard*>(m_view.Get()); }
-
-  private:
-    bool Map();
-
-    KernelHandle m_section;
-    MappedView m_view;
-};
+using SharedHostBoard = SharedBlock<HostBoard>;
 
 }  // namespace wrb

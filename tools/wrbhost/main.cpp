@@ -1,7 +1,6 @@
 // wrbhost: loads the command library and serves its pipe.
 #include <windows.h>
 
-#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <optional>
@@ -24,7 +23,6 @@ namespace wrb {
 namespace {
 
 constexpr wchar_t kBoard[] = L"Calloway_Warrenby_Host_Board";
-constexpr unsigned kStopSeconds = 60;
 
 struct Options {
     std::string dll;
@@ -41,16 +39,6 @@ int Fail(const std::string& text, int code = kExitFailed) {
     return code;
 }
 
-// A stop that names a limit of its own comes before what the host was told. A tenth, but no more than a second, is left
-// to the program that waits for the host's end.
-std::chrono::milliseconds StopLimit(const Options& options, const HostBoard& board) {
-    const uint32_t asked = board.stopMilliseconds;
-    if (asked == 0) {
-        return std::chrono::seconds(options.timeoutSeconds.value_or(kStopSeconds));
-    }
-    return std::chrono::milliseconds(asked - std::min(asked / 10, 1'000u));
-}
-
 int Serve(const EntryPoints& library, const Options& options, const CommandHostOptions& settings, const StopEvent& stop,
           HostBoard& board) {
     CommandHost host(library.process, settings, board);
@@ -64,8 +52,9 @@ int Serve(const EntryPoints& library, const Options& options, const CommandHostO
     PrintOut("wrbhost: serving with " + std::to_string(settings.lanes.workers) + " workers\n");
     stop.Wait();
     PrintOut("wrbhost: stopping\n");
-    const std::chrono::milliseconds limit = StopLimit(options, board);
-    const StopWatchdog watchdog(limit, board);
+    const auto limit = stop.Limit(std::chrono::seconds(options.timeoutSeconds.value_or(kStopSeconds)));
+    const StopWatchdog watchdog(stop, limit,
+                                [&] { return "wrbhost: a command is still running; giving up; " + board.Text(); });
     host.Stop(limit);
     library.finalize();
     PrintOut("wrbhost: stopped; " + board.Text() + "\n");
@@ -111,21 +100,20 @@ int Host(const Options& options) {
 }
 
 int Stop(const Options& options) {
-    const unsigned seconds = options.timeoutSeconds.value_or(kStopSeconds);
     SharedHostBoard board;
-    const bool seesHost = board.Open(kBoard);
-    if (seesHost && options.timeoutSeconds) {
-        board->stopMilliseconds = seconds * 1'000;
-    }
-    switch (StopRunning(kServerStopEvent, seconds * 1'000)) {
+    board.Open(kBoard);
+    switch (StopRunning(kServerStopEvent, options.timeoutSeconds)) {
         case StopResult::Stopped:
-            return seesHost && board->gaveUp != 0
-                       ? Fail("the host has ended with commands running; " + board->Text(), kExitTimedOut)
-                       : kExitOk;
+            return kExitOk;
         case StopResult::NotRunning:
             return Fail("not running", kExitServiceNotRunning);
         case StopResult::TimedOut:
-            return Fail("still running after " + std::to_string(seconds) + " seconds", kExitTimedOut);
+            return Fail(
+                "still running after " + std::to_string(options.timeoutSeconds.value_or(kStopSeconds)) + " seconds",
+                kExitTimedOut);
+        case StopResult::GaveUp:
+            return Fail("the host has ended with commands running" + (board ? "; " + board->Text() : std::string()),
+                        kExitTimedOut);
         default:
             return Fail("cannot signal the running host (error " + std::to_string(GetLastError()) + ")");
     }

@@ -67,7 +67,7 @@ TEST(AccessList, AStopEventIsForItsOwnersAndTheAdministrators) {
     EXPECT_EQ(std::ranges::count(access, '('), 3);
     EXPECT_THAT(access, HasSubstr(";;;SY)"));
     EXPECT_THAT(access, HasSubstr(";;;BA)"));
-    EXPECT_EQ(StopRunning(name.c_str(), 0), StopResult::TimedOut);
+    EXPECT_EQ(StopRunning(name.c_str(), 0u), StopResult::TimedOut);
     event.Wait();
 }
 

@@ -2,13 +2,16 @@
 
 #include <windows.h>
 
+#include <utility>
+
 #include "Console.h"
 #include "ExitCode.h"
 
 namespace wrb {
 
-StopWatchdog::StopWatchdog(std::chrono::milliseconds limit, HostBoard& board)
-    : m_board(board), m_thread([this, limit] { Watch(limit); }) {}
+StopWatchdog::StopWatchdog(const StopEvent& stop, std::chrono::milliseconds limit,
+                           std::function<std::string()> lastWords)
+    : m_stop(stop), m_lastWords(std::move(lastWords)), m_thread([this, limit] { Watch(limit); }) {}
 
 StopWatchdog::~StopWatchdog() {
     {
@@ -22,9 +25,9 @@ StopWatchdog::~StopWatchdog() {
 void StopWatchdog::Watch(std::chrono::milliseconds limit) {
     std::unique_lock lock(m_mutex);
     if (!m_changed.wait_for(lock, limit, [this] { return m_finished; })) {
-        m_board.gaveUp = 1;
+        m_stop.GiveUp();
         try {
-            PrintErr("wrbhost: a command is still running; giving up; " + m_board.Text() + "\n");
+            PrintErr(m_lastWords() + "\n");
         } catch (...) {
             // No memory for the line: the exit code tells.
         }

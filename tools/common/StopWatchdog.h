@@ -1,0 +1,36 @@
+// Ends the process when an orderly stop takes too long.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "StopEvent.h"
+
+namespace wrb {
+
+// The time runs from construction to destruction. When it is over, a thread is blocked (for example on a reply pipe
+// that nobody reads) and cannot be ended safely: the process ends at once, with kExitTimedOut. `lastWords` then tells
+// what is printed; the sender of the stop learns of it by `stop`.
+class StopWatchdog {
+  public:
+    StopWatchdog(const StopEvent& stop, std::chrono::milliseconds limit, std::function<std::string()> lastWords);
+    ~StopWatchdog();
+    StopWatchdog(const StopWatchdog&) = delete;
+    StopWatchdog& operator=(const StopWatchdog&) = delete;
+
+  private:
+    void Watch(std::chrono::milliseconds limit);
+
+    const StopEvent& m_stop;
+    const std::function<std::string()> m_lastWords;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_finished = false;
+    std::thread m_thread;
+};
+
+}  // namespace wrb
