@@ -1,6 +1,4 @@
 #include <windows.h>
-// objbase.h needs windows.h before it.
-#include <objbase.h>
 
 #include <algorithm>
 #include <chrono>
@@ -10,6 +8,7 @@
 #include "CommandCatalog.h"
 #include "Commands.h"
 #include "Console.h"
+#include "Conversation.h"
 #include "Failure.h"
 #include "Handle.h"
 #include "JsonOutput.h"
@@ -19,18 +18,6 @@
 
 namespace wrb {
 namespace {
-
-constexpr wchar_t kHostPipe[] = L"Calloway Systems WRBY Command Handler Manager";
-
-// Unique on the machine, and 49 characters long: some upload commands cut up to 33 characters off the name.
-std::wstring NewReplyPipeName() {
-    GUID guid{};
-    wchar_t text[40] = L"{}";
-    if (FAILED(CoCreateGuid(&guid)) || StringFromGUID2(guid, text, 40) == 0) {
-        return FormatWide(L"wrbctl-reply-%08u-%08u-0000-000000000000", GetCurrentProcessId(), GetTickCount());
-    }
-    return L"wrbctl-reply-" + std::wstring(text + 1, 36);
-}
 
 KernelHandle StartTimer(double seconds) {
     KernelHandle timer(CreateWaitableTimerW(nullptr, TRUE, nullptr));
@@ -92,7 +79,7 @@ void PrintAnswer(const SendOptions& options, const CommandEntry& entry, const st
 
 int Exchange(const SendOptions& options, const CommandEntry& entry) {
     const auto start = std::chrono::steady_clock::now();
-    const std::wstring replyPipe = NewReplyPipeName();
+    const std::wstring replyPipe = NewReplyPipe();
     const KernelHandle timer = StartTimer(options.timeoutSeconds);
     CPipeServer server;
     if (entry.Answers() && (!timer || !server.Initial(replyPipe.c_str(), timer.Get()))) {
