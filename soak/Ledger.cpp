@@ -1,14 +1,22 @@
 #include "Ledger.h"
 
+#include <windows.h>
+
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <map>
+#include <numeric>
 
 #include "Store.h"
 #include "Text.h"
 
 namespace wrb::soak {
 namespace {
+
+constexpr uint64_t kRecentMilliseconds = 15'000;  // longer than rows wait anywhere
+// What a back end may hold: a transaction, the rows that wait, and one for each connection of three pipes.
+constexpr uint64_t kRowsInMemory = 500 + 500 + 3 * 64;
 
 struct Found {
     uint64_t rows = 0;
@@ -52,39 +60,81 @@ class Faults {
     std::vector<std::string>& m_lines;
 };
 
+// Appends the entries of `from` that fit to `to`, and takes them out.
+template <typename Entries, typename Fits>
+void Move(Entries& from, Entries& to, const Fits& fits) {
+    const auto first = std::partition(from.begin(), from.end(), [&](const auto& entry) { return !fits(entry); });
+    to.insert(to.end(), std::make_move_iterator(first), std::make_move_iterator(from.end()));
+    from.erase(first, from.end());
+}
+
+template <typename Entries>
+uint64_t Records(const Entries& entries) {
+    return std::accumulate(entries.begin(), entries.end(), uint64_t{0},
+                           [](uint64_t sum, const auto& entry) { return sum + entry.upload.records; });
+}
+
 }  // namespace
+
+bool HasRestoreRow(const std::wstring& database, const std::wstring& uid) {
+    const auto db = OpenStore(database);
+    SqlStatement select = db->Use("SELECT 1 FROM TBL_RESTORE_LOG WHERE UID = :uid");
+    select.Bind(":uid", uid);
+    return select.Step();
+}
+
+bool Ledger::Undisturbed(const Presence::Marks& sent) const {
+    return m_presence.HostStayed(sent) && m_presence.StoreStayed(sent);
+}
 
 void Ledger::Answered(const Upload& upload) {
     const std::lock_guard lock(m_lock);
-    (m_backEnd.Undisturbed(upload.sent) ? m_open : m_cut).push_back(upload);
+    Book(m_open, m_cut, upload, 2ull * upload.records);
 }
 
-void Ledger::RestoreAnswered(const std::wstring& uid, PresenceLog::Mark sent) {
+void Ledger::RestoreAnswered(const std::wstring& uid, const Presence::Marks& sent) {
     const std::lock_guard lock(m_lock);
-    if (m_backEnd.Undisturbed(sent)) {
-        m_restores.push_back(uid);
-    }
+    Book(m_restores, m_unsureRestores, {uid, {}, 0, sent}, 1);
 }
 
-void Ledger::SpywareAnswered(PresenceLog::Mark sent) {
+void Ledger::SpywareAnswered(const Presence::Marks& sent) {
     const std::lock_guard lock(m_lock);
-    ++(m_backEnd.Undisturbed(sent) ? m_spyware : m_unsureSpyware);
+    Book(m_spyware, m_unsureSpyware, {{}, {}, 0, sent}, 1);
+}
+
+// The host may have been killed after it answered.
+void Ledger::Book(std::vector<Entry>& sure, std::vector<Entry>& unsure, const Upload& upload, uint64_t items) {
+    const bool undisturbed = Undisturbed(upload.sent);
+    (undisturbed ? sure : unsure).push_back({upload, GetTickCount64()});
+    m_interrupted += m_hostWasKilled && !m_presence.HostStayed(upload.sent) ? items : 0;
 }
 
 // An upload is done when its package has been deleted.
 void Ledger::Sort() {
-    const auto done = std::partition(m_open.begin(), m_open.end(),
-                                     [](const Upload& upload) { return std::filesystem::exists(upload.package); });
-    m_done.insert(m_done.end(), done, m_open.end());
-    m_open.erase(done, m_open.end());
+    Move(m_open, m_done, [](const Entry& entry) { return !std::filesystem::exists(entry.upload.package); });
 }
 
-void Ledger::BackEndLeaves(PresenceLog& backEnd) {
+void Ledger::Begin(Cut cut, PresenceLog& leaves) {
     const std::lock_guard lock(m_lock);
+    leaves.Leaves();
     Sort();
-    m_cut.insert(m_cut.end(), m_open.begin(), m_open.end());
-    m_open.clear();
-    backEnd.Leaves();
+    const std::size_t othersBefore = m_unsureRestores.size() + m_unsureSpyware.size();
+    std::vector<Entry> unsure;
+    m_open.swap(unsure);
+    if (cut != Cut::Stop) {
+        const auto isRecent = [now = GetTickCount64()](const Entry& entry) {
+            return now - entry.answered < kRecentMilliseconds;
+        };
+        Move(m_done, unsure, isRecent);
+        Move(m_restores, m_unsureRestores, isRecent);
+        Move(m_spyware, m_unsureSpyware, isRecent);
+    }
+    if (cut == Cut::HostKilled) {
+        m_hostWasKilled = true;
+        m_interrupted += 2 * Records(unsure) + m_unsureRestores.size() + m_unsureSpyware.size() - othersBefore;
+    }
+    m_inMemory += cut == Cut::BackEndKilled ? kRowsInMemory : 0;
+    Move(unsure, m_cut, [](const Entry&) { return true; });
 }
 
 bool Ledger::Settled() {
@@ -93,41 +143,75 @@ bool Ledger::Settled() {
     return m_open.empty();
 }
 
-LedgerResult Ledger::Check(const std::wstring& database) {
+LedgerResult Ledger::Check(const std::wstring& database, uint64_t counted) {
     const std::lock_guard lock(m_lock);
-    const auto db = OpenStore(database);
-    const FoundByUid rows = Find(*db, kRows);
-    const FoundByUid events = Find(*db, kEvents);
-    const FoundByUid restores = Find(*db, kRestores);
     LedgerResult result;
+    result.counted = counted;
+    const auto db = OpenStore(database);
+    CheckUploads(result, *db);
+    CheckRestores(result, *db);
+    CheckSpyware(result, *db);
+    CheckMissing(result);
+    return result;
+}
+
+// A record of an upload is a row and an event.
+void Ledger::CheckUploads(LedgerResult& result, SqlDb& db) const {
+    const FoundByUid rows = Find(db, kRows);
+    const FoundByUid events = Find(db, kEvents);
     Faults faults(result.faults);
-    for (const Upload& upload : m_open) {
+    for (const auto& [upload, answered] : m_open) {
         result.faults.push_back("the package of " + WideToUtf8(upload.uid) + " is still there");
     }
-    for (const Upload& upload : m_done) {
-        result.records += upload.records;
+    for (const auto& [upload, answered] : m_done) {
         result.rows += faults.Compare("log rows", rows, upload.uid, upload.records, upload.records);
         result.events += faults.Compare("events", events, upload.uid, upload.records, upload.records);
     }
-    for (const Upload& upload : m_cut) {
-        result.cutRecords += upload.records;
-        result.cutRows += faults.Compare("log rows", rows, upload.uid, 0, upload.records);
-        faults.Compare("events", events, upload.uid, 0, upload.records);
-    }
-    for (const std::wstring& uid : m_restores) {
-        result.restoreRows += faults.Compare("restore rows", restores, uid, 1, 1);
+    for (const auto& [upload, answered] : m_cut) {
+        result.unsureFound += faults.Compare("log rows", rows, upload.uid, 0, upload.records);
+        result.unsureFound += faults.Compare("events", events, upload.uid, 0, upload.records);
     }
     result.uploads = m_done.size();
-    result.cutUploads = m_cut.size();
-    result.restores = m_restores.size();
-    result.spywareEvents = m_spyware;
-    result.unsureSpyware = m_unsureSpyware;
-    result.spywareRows = static_cast<uint64_t>(db->NumberOf(kSpyware));
-    if (result.spywareRows < m_spyware || result.spywareRows > m_spyware + m_unsureSpyware) {
-        result.faults.push_back("spyware events: " + std::to_string(result.spywareRows) + " rows of " +
-                                std::to_string(m_spyware));
+    result.records = Records(m_done);
+    result.unsure += 2 * Records(m_cut);
+}
+
+void Ledger::CheckRestores(LedgerResult& result, SqlDb& db) const {
+    const FoundByUid rows = Find(db, kRestores);
+    Faults faults(result.faults);
+    for (const auto& [restore, answered] : m_restores) {
+        result.restoreRows += faults.Compare("restore rows", rows, restore.uid, 1, 1);
     }
-    return result;
+    for (const auto& [restore, answered] : m_unsureRestores) {
+        result.unsureFound += faults.Compare("restore rows", rows, restore.uid, 0, 1);
+    }
+    result.restores = m_restores.size();
+    result.unsure += m_unsureRestores.size();
+}
+
+// Its events name no agent: the unsure ones are those beyond the others.
+void Ledger::CheckSpyware(LedgerResult& result, SqlDb& db) const {
+    const auto found = static_cast<uint64_t>(db.NumberOf(kSpyware));
+    result.spyware = m_spyware.size();
+    result.spywareEvents = std::min(found, result.spyware);
+    result.unsure += m_unsureSpyware.size();
+    result.unsureFound += found - result.spywareEvents;
+    if (found < result.spyware || found > result.spyware + m_unsureSpyware.size()) {
+        result.faults.push_back("spyware events: " + std::to_string(found) + " of " + std::to_string(result.spyware));
+    }
+}
+
+// A killed host may have counted losses of uploads that it had not answered yet.
+void Ledger::CheckMissing(LedgerResult& result) const {
+    result.interrupted = m_interrupted;
+    result.inMemory = m_inMemory;
+    const uint64_t missing = result.unsure - std::min(result.unsure, result.unsureFound);
+    const bool tooMany = missing > result.counted + m_interrupted + m_inMemory;
+    const bool tooFew = missing < result.counted && !m_hostWasKilled;
+    if (tooMany || tooFew) {
+        result.faults.push_back("of acknowledged rows and events " + std::to_string(missing) + " are missing, " +
+                                std::to_string(result.counted) + " are counted");
+    }
 }
 
 }  // namespace wrb::soak

@@ -16,6 +16,14 @@ constexpr const wchar_t* kScanCommands[] = {
 constexpr const wchar_t* kBundleCommands[] = {L"CMDHL_GET_WTP_SETTING", L"CMDHL_GET_NCIE_SETTING",
                                               L"CMDHL_GET_SAMPLE_SUBMISSION_SETTING", L"CMDHL_GET_SABLEX_SETTING",
                                               L"CMDHL_GET_FA_RESTORE_SETTING"};
+constexpr const wchar_t* kFactCommands[] = {L"CMDHL_GET_CLN_NET_QUARANTINE_CMD",
+                                            L"CMDHL_GET_OPPSTATUS",
+                                            L"CMDHL_GET_IP_BY_UID",
+                                            L"CMDHL_PFW_GET_CLIENT_DOMAIN",
+                                            L"CMDHL_PFW_GET_CLIENT_FULL_DOMAIN",
+                                            L"CMDHL_GET_INI_WHITELIST",
+                                            L"CMDHL_GET_SCAN_METHOD",
+                                            L"CMDHL_GET_INI_SERVICESWITCHSETTING"};
 constexpr const wchar_t* kAlertCommands[] = {L"CMDHL_CMDHL_GET_CLN_ALERT_MSG"};
 constexpr const wchar_t* kNoParameter[] = {L""};
 constexpr const wchar_t* kAlertTypes[] = {L"0", L"1", L"3", L"5", L"7", L"8", L"15", L"128"};
@@ -32,31 +40,32 @@ ProtectionKey KeyOf(const std::wstring& hex) {
 
 }  // namespace
 
-Answer Question::AskAgain(Delivered& delivered) const {
-    return parameter.empty() ? Ask(delivered, command, {uid}) : Ask(delivered, command, {uid, parameter});
+Answer Question::AskAgain(CommandTally& tally) const {
+    return parameter.empty() ? Ask(tally, command, {uid}) : Ask(tally, command, {uid, parameter});
 }
 
 Questions::Questions(const std::wstring& protectionKey) : m_key(KeyOf(protectionKey)) {}
 
-void Questions::Learn(Delivered& delivered) {
-    m_scan = Answered(delivered, kScanCommands, kNoParameter);
-    m_bundles = Answered(delivered, kBundleCommands, kNoParameter);
-    m_alerts = Answered(delivered, kAlertCommands, kAlertTypes);
-    for (const auto* questions : {&m_scan, &m_bundles, &m_alerts}) {
+void Questions::Learn(CommandTally& tally) {
+    m_scan = Answered(tally, kScanCommands, kNoParameter);
+    m_bundles = Answered(tally, kBundleCommands, kNoParameter);
+    m_facts = Answered(tally, kFactCommands, kNoParameter);
+    m_alerts = Answered(tally, kAlertCommands, kAlertTypes);
+    for (const auto* questions : {&m_scan, &m_bundles, &m_facts, &m_alerts}) {
         if (std::ranges::none_of(*questions, [](const Question& question) { return !question.answer.empty(); })) {
             throw std::runtime_error("the quiet server answers nothing to " + WideToUtf8(questions->front().command));
         }
     }
 }
 
-std::vector<Question> Questions::Answered(Delivered& delivered, std::span<const wchar_t* const> commands,
+std::vector<Question> Questions::Answered(CommandTally& tally, std::span<const wchar_t* const> commands,
                                           std::span<const wchar_t* const> parameters) const {
     std::vector<Question> questions;
     for (const wchar_t* command : commands) {
         for (const wchar_t* uid : kSampleAgents) {
             for (const wchar_t* parameter : parameters) {
                 Question& question = questions.emplace_back(Question{command, uid, parameter, {}});
-                const Answer answer = question.AskAgain(delivered);
+                const Answer answer = question.AskAgain(tally);
                 if (!answer.answered) {
                     throw std::runtime_error("the quiet server does not answer " + WideToUtf8(question.command));
                 }

@@ -24,7 +24,7 @@ struct Question {
     std::wstring parameter;
     std::wstring answer;  // readable
 
-    Answer AskAgain(Delivered& delivered) const;
+    Answer AskAgain(CommandTally& tally) const;
 };
 
 class Questions {
@@ -33,22 +33,24 @@ class Questions {
     explicit Questions(const std::wstring& protectionKey);
 
     // Asks everything. Throws std::runtime_error when there is no answer.
-    void Learn(Delivered& delivered);
+    void Learn(CommandTally& tally);
 
     // An answer in which protected texts, which look different each time, are readable. One thread at a time a key.
     std::wstring Readable(const std::wstring& answer) const;
 
     std::span<const Question> ScanSettings() const { return m_scan; }
     std::span<const Question> Bundles() const { return m_bundles; }
+    std::span<const Question> Facts() const { return m_facts; }
     std::span<const Question> Alerts() const { return m_alerts; }
 
   private:
-    std::vector<Question> Answered(Delivered& delivered, std::span<const wchar_t* const> commands,
+    std::vector<Question> Answered(CommandTally& tally, std::span<const wchar_t* const> commands,
                                    std::span<const wchar_t* const> parameters) const;
 
     const ProtectionKey m_key;
     std::vector<Question> m_scan;
     std::vector<Question> m_bundles;
+    std::vector<Question> m_facts;
     std::vector<Question> m_alerts;
 };
 

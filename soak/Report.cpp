@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 #include "Console.h"
 
@@ -22,37 +23,69 @@ unsigned long long Number(uint64_t number) {
     return number;
 }
 
-uint64_t Of(const Tally& tally, std::size_t kind, Verdict verdict) {
-    return tally[kind][static_cast<std::size_t>(verdict)];
+uint64_t Of(const KindTally& kind, Verdict verdict) {
+    return kind.verdicts[static_cast<std::size_t>(verdict)];
+}
+
+double Milliseconds(uint64_t microseconds) {
+    return static_cast<double>(microseconds) / 1'000;
 }
 
 // Returns how many answers were wrong.
 uint64_t PrintTally(const Tally& tally, const Result& result) {
     uint64_t commands = 0;
     uint64_t wrong = 0;
-    PrintOut("kind                           right    empty  nobody there    wrong\n");
-    for (std::size_t kind = 0; kind < tally.size(); ++kind) {
-        for (const auto& count : tally[kind]) {
-            commands += count;
-        }
-        wrong += Of(tally, kind, Verdict::Wrong);
-        Line("%-26s %9llu %8llu %13llu %8llu\n", Kinds()[kind].name, Number(Of(tally, kind, Verdict::Right)),
-             Number(Of(tally, kind, Verdict::Empty)), Number(Of(tally, kind, Verdict::NotDelivered)),
-             Number(Of(tally, kind, Verdict::Wrong)));
+    PrintOut("kind                           right    empty  nobody there    wrong    p50 ms    p99 ms    max ms\n");
+    for (std::size_t i = 0; i < tally.size(); ++i) {
+        const KindTally& kind = tally[i];
+        const Latencies& times = kind.latencies;
+        commands += times.Count();
+        wrong += Of(kind, Verdict::Wrong);
+        Line("%-26s %9llu %8llu %13llu %8llu %9.1f %9.1f %9.1f\n", Kinds()[i].name, Number(Of(kind, Verdict::Right)),
+             Number(Of(kind, Verdict::Empty)), Number(Of(kind, Verdict::NotDelivered)),
+             Number(Of(kind, Verdict::Wrong)), Milliseconds(times.Percentile(0.5)),
+             Milliseconds(times.Percentile(0.99)), Milliseconds(times.Slowest()));
     }
-    Line("%llu commands from %u threads in %.0f seconds, %.0f a second\n\n", Number(commands), result.threads,
-         result.seconds, static_cast<double>(commands) / result.seconds);
+    Line("%llu commands from %u threads in %.0f seconds, %.0f a second; seed %u\n\n", Number(commands), result.threads,
+         result.seconds, static_cast<double>(commands) / result.seconds, result.seed);
     return wrong;
 }
 
-void PrintLedger(const LedgerResult& ledger) {
+void PrintChaos(const Result& result) {
+    for (const auto& [name, times, whyNot] : result.chaos) {
+        if (whyNot != nullptr) {
+            Line("%-28s %s\n", name, whyNot);
+        } else {
+            Line("%-28s %u\n", name, times);
+        }
+    }
+    PrintOut("\n");
+}
+
+void PrintLedger(const LedgerResult& ledger, uint64_t filesLeft) {
     Line("firewall records   %llu in %llu uploads: %llu log-pool rows, %llu events\n", Number(ledger.records),
          Number(ledger.uploads), Number(ledger.rows), Number(ledger.events));
-    Line("  cut by a stop    %llu in %llu uploads: %llu log-pool rows\n", Number(ledger.cutRecords),
-         Number(ledger.cutUploads), Number(ledger.cutRows));
     Line("restore results    %llu: %llu rows\n", Number(ledger.restores), Number(ledger.restoreRows));
-    Line("spyware material   %llu to %llu: %llu events\n\n", Number(ledger.spywareEvents),
-         Number(ledger.spywareEvents + ledger.unsureSpyware), Number(ledger.spywareRows));
+    Line("spyware material   %llu: %llu events\n", Number(ledger.spyware), Number(ledger.spywareEvents));
+    Line("disturbed          %llu rows and events: %llu stored, %llu counted as lost\n", Number(ledger.unsure),
+         Number(ledger.unsureFound), Number(ledger.counted));
+    Line("  killed programs  had at most %llu under way and %llu in memory; left %llu files\n\n",
+         Number(ledger.interrupted), Number(ledger.inMemory), Number(filesLeft));
+}
+
+// Returns whether all stayed below their ceilings.
+bool PrintWatch(const Watch& watch) {
+    const Latencies& echoes = watch.Echoes();
+    Line("echo     %llu, p50 %.1f ms, p99 %.1f ms, slowest %.1f ms (allowed: 2000 ms)\n", Number(echoes.Count()),
+         Milliseconds(echoes.Percentile(0.5)), Milliseconds(echoes.Percentile(0.99)), Milliseconds(echoes.Slowest()));
+    bool good = echoes.Count() != 0;
+    for (const Peak& peak : watch.Peaks()) {
+        const bool below = peak.looks != 0 && peak.bytes <= peak.ceiling;
+        Line("%-8s at most %llu KiB of private memory (allowed: %llu), %u handles%s\n", peak.program,
+             Number(peak.bytes / 1024), Number(peak.ceiling / 1024), peak.handles, below ? "" : ": TOO MUCH");
+        good = good && below;
+    }
+    return good;
 }
 
 bool PrintFlatness(const Flatness& flat) {
@@ -65,22 +98,28 @@ bool PrintFlatness(const Flatness& flat) {
     return good;
 }
 
+bool PrintFaults(const std::vector<std::string>& faults) {
+    for (std::size_t i = 0; i < std::min(faults.size(), kMostFaults); ++i) {
+        PrintOut("FAULT: " + faults[i] + "\n");
+    }
+    return faults.empty();
+}
+
 }  // namespace
 
-bool PrintReport(Field& field, const Tally& tally, const Result& result) {
-    const uint64_t wrong = PrintTally(tally, result);
-    PrintLedger(result.ledger);
-    bool good = wrong == 0;
+bool PrintReport(Field& field, const Tally& tally, const Operator& services, const Watch& watch, const Result& result) {
+    bool good = PrintTally(tally, result) == 0;
+    PrintChaos(result);
+    PrintLedger(result.ledger, result.filesLeft);
+    good = PrintWatch(watch) && good;
     for (const Flatness& flat : result.flatness) {
         good = PrintFlatness(flat) && good;
     }
-    Line("stops in between: wrbback %u, wrbhost %u\n", field.backEnd.Stops() - 1, field.host.Stops() - 1);
-    const std::vector<std::string> notes = field.WrongNotes();
-    for (const auto* faults : {&notes, &result.ledger.faults, &result.faults}) {
-        good = good && faults->empty();
-        for (std::size_t i = 0; i < std::min(faults->size(), kMostFaults); ++i) {
-            PrintOut("FAULT: " + faults->at(i) + "\n");
-        }
+    for (const auto& [name, service] : {std::pair("wrbhost", &services.Host()), {"wrbback", &services.BackEnd()}}) {
+        Line("%-8s stopped %u times, killed %u times\n", name, service->Stops(), service->Kills());
+    }
+    for (const auto& faults : {field.WrongNotes(), result.ledger.faults, result.faults}) {
+        good = PrintFaults(faults) && good;
     }
     PrintOut(good ? "soak: passed\n" : "soak: FAILED\n");
     return good;

@@ -4,7 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "Chaos.h"
+#include "Operator.h"
 #include "Soak.h"
+#include "Watch.h"
 
 namespace wrb::soak {
 
@@ -18,13 +21,16 @@ struct Flatness {
 
 struct Result {
     unsigned threads = 0;
+    uint32_t seed = 0;
     double seconds = 0;
     LedgerResult ledger;
     std::vector<Flatness> flatness;
+    std::vector<Chaos::Count> chaos;
+    uint64_t filesLeft = 0;           // by killed programs
     std::vector<std::string> faults;  // everything that is not in the tally or the ledger, one line each
 };
 
 // Returns true when nothing is wrong.
-bool PrintReport(Field& field, const Tally& tally, const Result& result);
+bool PrintReport(Field& field, const Tally& tally, const Operator& services, const Watch& watch, const Result& result);
 
 }  // namespace wrb::soak

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <stdexcept>
+#include <utility>
 
 #include "Text.h"
 
@@ -10,6 +11,7 @@ namespace wrb::soak {
 namespace {
 
 constexpr std::chrono::minutes kPatience{3};
+constexpr UINT kKilledExitCode = 9;
 
 [[noreturn]] void Fail(const std::wstring& program, const char* what, const std::string& output) {
     throw std::runtime_error(WideToUtf8(program) + " " + what + ":\n" + output);
@@ -42,11 +44,11 @@ uint64_t NumberAt(const std::string& line, const std::string& label) {
 }  // namespace
 
 void Service::Start() {
-    m_process = std::make_unique<test::ChildProcess>(m_program, m_arguments);
-    if (!m_process->WaitForOutput(m_ready)) {
-        Fail(m_program, "does not start", m_process->Output());
+    const auto process = std::make_shared<test::ChildProcess>(m_program, m_arguments);
+    if (!process->WaitForOutput(m_ready)) {
+        Fail(m_program, "does not start", process->Output());
     }
-    m_uptime.IsBack();
+    SetRunning(process);
 }
 
 void Service::Stop() {
@@ -55,7 +57,33 @@ void Service::Stop() {
         Fail(m_program, "does not end well", m_process->Output());
     }
     m_lastLines.push_back(LastLine(m_process->Output()));
+    SetRunning(nullptr);
     ++m_stops;
+}
+
+void Service::Kill() {
+    if (m_process->WaitForExit(std::chrono::milliseconds(0))) {
+        Fail(m_program, "has ended by itself", m_process->Output());
+    }
+    TerminateProcess(m_process->Handle(), kKilledExitCode);
+    m_process->WaitForExit(kPatience);
+    SetRunning(nullptr);
+    ++m_kills;
+}
+
+std::optional<test::ResourceUse> Service::Use() const {
+    const auto process = Running();
+    return process == nullptr ? std::nullopt : std::optional(test::CurrentResourceUse(process->Handle()));
+}
+
+std::shared_ptr<test::ChildProcess> Service::Running() const {
+    const std::lock_guard lock(m_lock);
+    return m_process;
+}
+
+void Service::SetRunning(std::shared_ptr<test::ChildProcess> process) {
+    const std::lock_guard lock(m_lock);
+    m_process = std::move(process);
 }
 
 uint64_t Service::Total(const std::string& label) const {

@@ -1,9 +1,10 @@
-// The two service programs, started and stopped as an operator does it, and the times when each was away.
+// The two service programs: started and stopped as an operator does it, and ended or suspended as a fault does it.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,22 +13,7 @@
 
 namespace wrb::soak {
 
-// Moments of a service, for judging what had to work: while a mark is undisturbed, the service has been up.
-class PresenceLog {
-  public:
-    using Mark = uint64_t;
-
-    Mark Now() const { return m_changes; }
-    bool Undisturbed(Mark since) const { return since % 2 == 0 && since == m_changes; }
-
-    void Leaves() { ++m_changes; }
-    void IsBack() { ++m_changes; }
-
-  private:
-    std::atomic<Mark> m_changes{1};  // odd: away
-};
-
-// One program. Starts and stops belong to one thread, Uptime to all.
+// One program. All but Use belongs to one thread.
 class Service {
   public:
     Service(std::wstring program, std::vector<std::wstring> arguments, std::vector<std::wstring> stopArguments,
@@ -37,30 +23,37 @@ class Service {
           m_stopArguments(std::move(stopArguments)),
           m_ready(std::move(ready)) {}
 
-    // Throw std::runtime_error with the program's output when it fails. Call Uptime().Leaves() before stopping a
-    // program that others use.
+    // Throw std::runtime_error with the program's output when it fails.
     void Start();
     void Stop();
 
-    PresenceLog& Uptime() { return m_uptime; }
-    const PresenceLog& Uptime() const { return m_uptime; }
-    test::ResourceUse Use() const { return test::CurrentResourceUse(m_process->Handle()); }
+    // Ends the process with no warning. Throws std::runtime_error when it has ended by itself.
+    void Kill();
 
+    // Any thread. Empty while the program is not running.
+    std::optional<test::ResourceUse> Use() const;
+
+    uint32_t ProcessId() const { return GetProcessId(m_process->Handle()); }
     unsigned Stops() const { return m_stops; }
+    unsigned Kills() const { return m_kills; }
 
     // The sum of the numbers that follow (or, where `label` starts with a blank, precede) that label in the last lines
     // that the program printed each time it stopped: Total(" refused") of "handled 7, 3 refused" is 3.
     uint64_t Total(const std::string& label) const;
 
   private:
+    std::shared_ptr<test::ChildProcess> Running() const;
+    void SetRunning(std::shared_ptr<test::ChildProcess> process);
+
     const std::wstring m_program;
     const std::vector<std::wstring> m_arguments;
     const std::vector<std::wstring> m_stopArguments;
     const std::string m_ready;
-    PresenceLog m_uptime;
-    std::unique_ptr<test::ChildProcess> m_process;
+    mutable std::mutex m_lock;
+    std::shared_ptr<test::ChildProcess> m_process;
     std::vector<std::string> m_lastLines;
     unsigned m_stops = 0;
+    unsigned m_kills = 0;
 };
 
 // Runs a program of the project to its end; throws std::runtime_error when its exit code is not 0.

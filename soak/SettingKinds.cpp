@@ -37,7 +37,7 @@ bool Set(Worker& worker, const auto& row, const std::wstring& value) {
     for (unsigned i = 1; i <= row.settings; ++i) {
         fields << (i == row.place ? value : std::wstring(L"1"));
     }
-    return Tell(worker.field.delivered, row.set, {SettingAgent(worker.number), std::wstring(fields.Text())});
+    return Tell(worker.field.commands, row.set, {SettingAgent(worker.number), std::wstring(fields.Text())});
 }
 
 }  // namespace
@@ -56,12 +56,12 @@ Verdict SetAndGet(Worker& worker) {
     }
     const ULONGLONG end = GetTickCount64() + kPatienceMilliseconds;
     for (;;) {
-        const Answer answer = Ask(worker.field.delivered, row.get, {SettingAgent(worker.number)});
+        const Answer answer = Ask(worker.field.commands, row.get, {SettingAgent(worker.number)});
         const bool seen = answer.text.find(wanted) != std::wstring::npos;
         if (seen) {
             return Verdict::Right;
         }
-        if (!worker.HostStayed(marks) || !worker.BackEndStayed(marks)) {
+        if (!worker.field.presence.HostStayed(marks) || !worker.field.presence.StoreStayed(marks)) {
             return Verdict::Empty;
         }
         const bool older = answer.text.find(std::wstring(L"\n") + row.key + L'=') != std::wstring::npos;

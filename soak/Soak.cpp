@@ -2,9 +2,9 @@
 
 #include <windows.h>
 
+#include <chrono>
 #include <filesystem>
 #include <numeric>
-#include <thread>
 
 #include "Text.h"
 
@@ -16,8 +16,9 @@ constexpr std::size_t kShownCharacters = 300;
 constexpr DWORD kAwayMilliseconds = 100;  // between two tries of a thread whose service is away
 
 constexpr Kind kKinds[] = {
-    {"scan settings", 370, AskScanSettings},
+    {"scan settings", 318, AskScanSettings},
     {"setting bundles", 120, AskBundle},
+    {"facts of agents", 50, AskFacts},
     {"alert texts", 60, AskAlerts},
     {"echo", 100, Echo},
     {"upload ticket", 60, AskTicket},
@@ -30,6 +31,7 @@ constexpr Kind kKinds[] = {
     {"unknown command", 20, SendUnknown},
     {"hostile, to the host", 20, SendHostileToHost},
     {"hostile, to the services", 10, SendHostileToBackEnd},
+    {"oversized keys", 2, SendOversizedKey},
 };
 
 std::size_t PickKind(Worker& worker) {
@@ -65,13 +67,16 @@ Verdict Worker::Judge(const Marks& since, const std::wstring& what, const Answer
     if (!answer.delivered) {
         return JudgeDelivery(since, what, false);
     }
+    if (answer.answered && right) {
+        return Verdict::Right;
+    }
+    if (!field.presence.HostStayed(since)) {
+        return Verdict::NotDelivered;
+    }
     if (!answer.answered) {
         return Wrong(what + L": no answer in a minute");
     }
-    if (right) {
-        return Verdict::Right;
-    }
-    if (answer.text.empty() && !BackEndStayed(since)) {
+    if (answer.text.empty() && !field.presence.BackEndStayed(since)) {
         return Verdict::Empty;
     }
     return Wrong(what + L": answered " + answer.text);
@@ -81,7 +86,7 @@ Verdict Worker::JudgeDelivery(const Marks& since, const std::wstring& what, bool
     if (delivered) {
         return Verdict::Right;
     }
-    return HostStayed(since) ? Wrong(what + L": could not be sent") : Verdict::NotDelivered;
+    return field.presence.HostStayed(since) ? Wrong(what + L": could not be sent") : Verdict::NotDelivered;
 }
 
 Verdict Worker::Wrong(const std::wstring& what) const {
@@ -103,40 +108,15 @@ std::wstring SettingAgent(unsigned thread) {
     return FormatWide(L"50a40000-0000-4000-8000-%012x", thread);
 }
 
-void RunRound(std::vector<Worker>& workers, Tally& tally, uint64_t commands,
-              const std::function<void(const WaitForPart&)>& meanwhile) {
-    std::atomic<uint64_t> begun = 0;
-    std::atomic<uint64_t> ended = 0;
-    std::vector<std::thread> threads;
-    threads.reserve(workers.size());
-    for (Worker& worker : workers) {
-        threads.emplace_back([&] {
-            while (begun++ < commands) {
-                const std::size_t kind = PickKind(worker);
-                const Verdict verdict = kKinds[kind].run(worker);
-                ++tally[kind][static_cast<std::size_t>(verdict)];
-                ++ended;
-                if (verdict == Verdict::NotDelivered) {
-                    Sleep(kAwayMilliseconds);
-                }
-            }
-        });
-    }
-    try {
-        meanwhile([&](double part) {
-            while (static_cast<double>(ended) < part * static_cast<double>(commands)) {
-                Sleep(5);
-            }
-        });
-    } catch (...) {
-        begun = commands;
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
-        throw;
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
+void RunOne(Worker& worker, Tally& tally) {
+    const std::size_t kind = PickKind(worker);
+    const auto start = std::chrono::steady_clock::now();
+    const Verdict verdict = kKinds[kind].run(worker);
+    const std::chrono::duration<double, std::micro> elapsed = std::chrono::steady_clock::now() - start;
+    ++tally[kind].verdicts[static_cast<std::size_t>(verdict)];
+    tally[kind].latencies.Add(static_cast<uint64_t>(elapsed.count()));
+    if (verdict == Verdict::NotDelivered) {
+        Sleep(kAwayMilliseconds);
     }
 }
 

@@ -4,7 +4,6 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
-#include <functional>
 #include <mutex>
 #include <random>
 #include <span>
@@ -12,36 +11,35 @@
 #include <vector>
 
 #include "Conversation.h"
+#include "Latencies.h"
 #include "Ledger.h"
+#include "LoadRun.h"
 #include "Packages.h"
+#include "Presence.h"
 #include "Questions.h"
-#include "Services.h"
 
 namespace wrb::soak {
 
 enum class Verdict : uint8_t {
     Right,
-    Empty,         // an empty answer, or a change that cannot be read back, while the back end was away
-    NotDelivered,  // the host, or the service addressed, was away
+    Empty,         // an empty answer while the back end was away, or a change that it could not store
+    NotDelivered,  // the host, or the service addressed, was away, or was killed before it answered
     Wrong,
     kCount
 };
 
 // What all threads share.
 struct Field {
-    Field(const std::wstring& folder, const std::wstring& protectionKey, Service& hostService, Service& backEndService)
-        : host(hostService),
-          backEnd(backEndService),
-          ledger(backEndService.Uptime()),
+    Field(const std::wstring& folder, const std::wstring& protectionKey)
+        : ledger(presence),
           questions(protectionKey),
           packages(folder + L"\\packages"),
           incoming(folder + L"\\incoming"),
           unpacked(folder + L"\\unpacked") {}
 
-    Service& host;
-    Service& backEnd;
+    Presence presence;
     Ledger ledger;
-    Delivered delivered;
+    CommandTally commands;
     Questions questions;
     Packages packages;
     const std::wstring incoming;  // where uploaded packages arrive
@@ -51,6 +49,7 @@ struct Field {
     std::atomic<uint64_t> refused{0};
     std::atomic<uint64_t> threw{0};
     std::atomic<uint64_t> feedbackRecords{0};  // at most so many are in the feedback log
+    std::atomic<uint64_t> admitted{0};         // agents that may upload
 
     void NoteWrong(const std::wstring& what);
     std::vector<std::string> WrongNotes();  // the first few
@@ -61,19 +60,15 @@ struct Field {
 };
 
 inline constexpr wchar_t kQueryCondition[] = L"Severity > 3";
+inline constexpr int32_t kLongestWait = 600;  // seconds that an agent is told to wait before it uploads
 
 // One thread of the load.
 class Worker {
   public:
-    Worker(Field& shared, unsigned thread) : field(shared), number(thread), m_random(thread + 1) {}
+    Worker(Field& shared, unsigned thread, uint32_t seed) : field(shared), number(thread), m_random(seed + thread) {}
 
-    struct Marks {
-        PresenceLog::Mark host;
-        PresenceLog::Mark backEnd;
-    };
-    Marks MarksNow() const { return {field.host.Uptime().Now(), field.backEnd.Uptime().Now()}; }
-    bool HostStayed(const Marks& since) const { return field.host.Uptime().Undisturbed(since.host); }
-    bool BackEndStayed(const Marks& since) const { return field.backEnd.Uptime().Undisturbed(since.backEnd); }
+    using Marks = Presence::Marks;
+    Marks MarksNow() const { return field.presence.Now(); }
 
     // `right` is looked at only when there is an answer.
     Verdict Judge(const Marks& since, const std::wstring& what, const Answer& answer, bool right) const;
@@ -101,6 +96,9 @@ class Worker {
     uint32_t m_sequence = 0;
 };
 
+// The number of the worker that acts for the chaos; the load's threads have lower ones.
+inline constexpr unsigned kChaosWorker = 64;
+
 // The agent whose settings a thread changes.
 std::wstring SettingAgent(unsigned thread);
 
@@ -114,6 +112,7 @@ std::span<const Kind> Kinds();  // the order of the tally
 
 Verdict AskScanSettings(Worker& worker);
 Verdict AskBundle(Worker& worker);
+Verdict AskFacts(Worker& worker);
 Verdict AskAlerts(Worker& worker);
 Verdict Echo(Worker& worker);
 Verdict AskTicket(Worker& worker);
@@ -121,18 +120,20 @@ Verdict Report(Worker& worker);
 Verdict SendUnknown(Worker& worker);
 Verdict SendHostileToHost(Worker& worker);
 Verdict SendHostileToBackEnd(Worker& worker);
+Verdict SendOversizedKey(Worker& worker);
 Verdict SetAndGet(Worker& worker);
 Verdict UploadFirewallLog(Worker& worker);
 Verdict UploadBrokenPackage(Worker& worker);
 Verdict UploadSpyware(Worker& worker);
 Verdict ReportRestore(Worker& worker);
 
-using Tally = std::vector<std::array<std::atomic<uint64_t>, static_cast<std::size_t>(Verdict::kCount)>>;
+struct KindTally {
+    std::array<std::atomic<uint64_t>, static_cast<std::size_t>(Verdict::kCount)> verdicts{};
+    Latencies latencies;
+};
+using Tally = std::vector<KindTally>;
 
-// Runs `commands` commands, and `meanwhile` on the calling thread. That gets a function that waits until the given part
-// (0 to 1) of the commands is done.
-using WaitForPart = std::function<void(double part)>;
-void RunRound(std::vector<Worker>& workers, Tally& tally, uint64_t commands,
-              const std::function<void(const WaitForPart&)>& meanwhile);
+// Runs one command of a kind that the worker picks.
+void RunOne(Worker& worker, Tally& tally);
 
 }  // namespace wrb::soak

@@ -1,4 +1,6 @@
 // Commands that ask, commands that report, and messages that are no commands.
+#include <algorithm>
+
 #include "Soak.h"
 #include "Text.h"
 
@@ -8,9 +10,22 @@ namespace {
 Verdict AskKnown(Worker& worker, std::span<const Question> questions) {
     const Question& question = worker.Pick(questions);
     const Worker::Marks marks = worker.MarksNow();
-    const Answer answer = question.AskAgain(worker.field.delivered);
+    const Answer answer = question.AskAgain(worker.field.commands);
     return worker.Judge(marks, question.command + L' ' + question.uid + L' ' + question.parameter, answer,
                         worker.field.questions.Readable(answer.text) == question.answer);
+}
+
+// The wait that the agent is told is checked, too.
+Verdict AskForPlace(Worker& worker, const std::wstring& uid) {
+    const Worker::Marks marks = worker.MarksNow();
+    const Answer answer = Ask(worker.field.commands, L"CMDHL_PFW_GET_LOG_QUERY_CONDITION", {uid});
+    const std::wstring end = std::wstring(L"\t") + kQueryCondition;
+    const std::size_t numberEnd = std::min(answer.text.find_first_not_of(L"0123456789", 2), answer.text.size());
+    const int32_t wait = ParseInt32(answer.text.substr(std::min<std::size_t>(2, answer.text.size())));
+    const bool right = answer.text.starts_with(L"1\t") && numberEnd > 2 && answer.text.substr(numberEnd) == end &&
+                       wait <= kLongestWait;
+    worker.field.admitted += right && wait == 0 ? 1 : 0;
+    return worker.Judge(marks, L"CMDHL_PFW_GET_LOG_QUERY_CONDITION", answer, right);
 }
 
 std::string RandomBytes(Worker& worker, uint32_t count) {
@@ -23,7 +38,7 @@ std::string RandomBytes(Worker& worker, uint32_t count) {
 
 constexpr const wchar_t* kUnknown[] = {
     L"CMDHL_NO_SUCH_COMMAND\tpipe\tuid", L"CMDHL_",      L"HELLO\tWORLD OF PIPES",
-    L"CMDHL_GET_IP_BY_UID\tpipe\tuid",   L"CMDHL_ECHOX", L"\tCMDHL_ECHO\tpipe\ttext",
+    L"CMDHL_get_ms_cfg\tpipe\tuid",      L"CMDHL_ECHOX", L"\tCMDHL_ECHO\tpipe\ttext",
 };
 
 constexpr const wchar_t* kServicePipes[] = {L"DbServerNamePipe", L"Log_ServerNamePipe",
@@ -32,7 +47,8 @@ constexpr const wchar_t* kServicePipes[] = {L"DbServerNamePipe", L"Log_ServerNam
 
 constexpr uint32_t kLongestRubbish = 4096;
 constexpr std::size_t kLongEcho = 20'000;
-constexpr uint32_t kAskers = 50;  // of each thread
+constexpr uint32_t kLongestKey = 1u << 20;  // characters
+constexpr uint32_t kAskers = 50;            // of each thread
 
 }  // namespace
 
@@ -44,6 +60,10 @@ Verdict AskBundle(Worker& worker) {
     return AskKnown(worker, worker.field.questions.Bundles());
 }
 
+Verdict AskFacts(Worker& worker) {
+    return AskKnown(worker, worker.field.questions.Facts());
+}
+
 Verdict AskAlerts(Worker& worker) {
     return AskKnown(worker, worker.field.questions.Alerts());
 }
@@ -53,58 +73,62 @@ Verdict Echo(Worker& worker) {
     const std::wstring text =
         FormatWide(L"%u says %u ", worker.number, worker.NewNumber()) + std::wstring(length, L'\xE9');
     const Worker::Marks marks = worker.MarksNow();
-    const Answer answer = Ask(worker.field.delivered, L"CMDHL_ECHO", {text});
+    const Answer answer = Ask(worker.field.commands, L"CMDHL_ECHO", {text});
     return worker.Judge(marks, L"CMDHL_ECHO", answer, answer.text == text);
 }
 
-// The queue remembers a waiting agent for up to half an hour, so the same agents ask again.
+// The queue remembers a waiting agent for a while, so the same agents ask again.
 Verdict AskTicket(Worker& worker) {
-    const std::wstring uid = FormatWide(L"50a40000-0000-4000-9%03x-%012x", worker.number, worker.Random(kAskers));
+    return AskForPlace(worker, FormatWide(L"50a40000-0000-4000-9%03x-%012x", worker.number, worker.Random(kAskers)));
+}
+
+// A key of its own for each message, as long as the pipe takes it: whatever is kept of it must not add up.
+Verdict SendOversizedKey(Worker& worker) {
+    const std::wstring key = worker.NewUid() + std::wstring(worker.Random(kLongestKey), L'k');
+    if (worker.Random(2) == 0) {
+        return AskForPlace(worker, key);
+    }
     const Worker::Marks marks = worker.MarksNow();
-    const Answer answer = Ask(worker.field.delivered, L"CMDHL_PFW_GET_LOG_QUERY_CONDITION", {uid});
-    const std::wstring end = std::wstring(L"\t") + kQueryCondition;
-    const bool right = answer.text.starts_with(L"1\t") && answer.text.ends_with(end) &&
-                       answer.text.size() > 2 + end.size() &&
-                       answer.text.find_first_not_of(L"0123456789", 2) == answer.text.size() - end.size();
-    return worker.Judge(marks, L"CMDHL_PFW_GET_LOG_QUERY_CONDITION", answer, right);
+    const Answer answer = Ask(worker.field.commands, L"CMDHL_GET_MS_CFG", {key});
+    return worker.Judge(marks, L"CMDHL_GET_MS_CFG of an oversized key", answer, answer.text.empty());
 }
 
 // The counters show that they ran.
 Verdict Report(Worker& worker) {
     const std::wstring agent = SettingAgent(worker.number);
     const std::wstring number = std::to_wstring(worker.NewNumber());
-    Delivered& delivered = worker.field.delivered;
+    CommandTally& commands = worker.field.commands;
     const Worker::Marks marks = worker.MarksNow();
     bool sent = false;
     switch (worker.Random(64)) {
         case 0:
-            sent = Tell(delivered, L"CMDHL_SLEEP", {L"well"});
+            sent = Tell(commands, L"CMDHL_SLEEP", {L"well"});
             break;
         case 1:
         case 2:
-            sent = Tell(delivered, L"CMDHL_CLEAR_INI_CACHE", {});
+            sent = Tell(commands, L"CMDHL_CLEAR_INI_CACHE", {});
             break;
         default:
             switch (worker.Random(6)) {
                 case 0:
-                    sent = Tell(delivered, L"CMDHL_SET_STATFLAG", {agent, number, L"7"});
+                    sent = Tell(commands, L"CMDHL_SET_STATFLAG", {agent, number, L"7"});
                     break;
                 case 1:
-                    sent = Tell(delivered, L"CMDHL_PFW_UPDATE_CFW_COUNT",
+                    sent = Tell(commands, L"CMDHL_PFW_UPDATE_CFW_COUNT",
                                 {agent, L"-1", number, L"2", L"3", L"4", L"5", L"6", L"20240131235959", L"1"});
                     break;
                 case 2:
                     ++worker.field.feedbackRecords;
-                    sent = Tell(delivered, L"CMDHL_ADD_WTC_LOG", {L"entry " + number, agent});
+                    sent = Tell(commands, L"CMDHL_ADD_WTC_LOG", {L"entry " + number, agent});
                     break;
                 case 3:
-                    sent = Tell(delivered, L"CMDHL_SET_MAILSCAN_RT_CFG", {agent, L"1"});
+                    sent = Tell(commands, L"CMDHL_SET_MAILSCAN_RT_CFG", {agent, L"1"});
                     break;
                 case 4:
-                    sent = Tell(delivered, L"CMDHL_SET_CLIENTCFG_SU_STATUS", {agent, L"1"});
+                    sent = Tell(commands, L"CMDHL_SET_CLIENTCFG_SU_STATUS", {agent, L"1"});
                     break;
                 default:
-                    sent = Tell(delivered, L"CMDHL_SET_CLIENTCFG_WARNING_SETTING", {agent, L"1", L"0"});
+                    sent = Tell(commands, L"CMDHL_SET_CLIENTCFG_WARNING_SETTING", {agent, L"1", L"0"});
             }
     }
     return worker.JudgeDelivery(marks, L"a report", sent);
@@ -127,21 +151,21 @@ Verdict SendHostileToHost(Worker& worker) {
             break;
         case 1: {
             const std::string bytes = "\1" + RandomBytes(worker, worker.Random(kLongestRubbish));
-            sent = Deliver(L"Calloway Systems WRBY Command Handler Manager", bytes.data(), bytes.size());
+            sent = Deliver(kHostPipe, bytes.data(), bytes.size());
             field.refused += sent ? 1 : 0;
             break;
         }
         case 2:  // no such pipe exists
-            sent = Tell(field.delivered, L"CMDHL_ECHO", {NewReplyPipe(), L"text"});
+            sent = Tell(field.commands, L"CMDHL_ECHO", {NewReplyPipe(), L"text"});
             break;
         case 3:  // leaves the pipe name space
-            sent = Tell(field.delivered, L"CMDHL_ECHO", {L"..\\C:\\soak-must-not-exist", L"text"});
+            sent = Tell(field.commands, L"CMDHL_ECHO", {L"..\\C:\\soak-must-not-exist", L"text"});
             break;
         case 4:
-            sent = Tell(field.delivered, L"CMDHL_GET_MS_CFG", {std::wstring(500'000, L'\t')});
+            sent = Tell(field.commands, L"CMDHL_GET_MS_CFG", {std::wstring(500'000, L'\t')});
             break;
         default:  // the pipe name is too short: ends in an exception
-            sent = Tell(field.delivered, L"CMDHL_PFW_SET_LOG", {L"short", worker.NewUid(), L"x", L"x", L"1"});
+            sent = Tell(field.commands, L"CMDHL_PFW_SET_LOG", {L"short", worker.NewUid(), L"x", L"x", L"1"});
             field.threw += sent ? 1 : 0;
     }
     return worker.JudgeDelivery(marks, L"a hostile message", sent);
@@ -154,7 +178,8 @@ Verdict SendHostileToBackEnd(Worker& worker) {
     if (Deliver(pipe.c_str(), bytes.data(), bytes.size())) {
         return Verdict::Right;
     }
-    return worker.BackEndStayed(marks) ? worker.Wrong(pipe + L": could not be sent") : Verdict::NotDelivered;
+    return worker.field.presence.BackEndStayed(marks) ? worker.Wrong(pipe + L": could not be sent")
+                                                      : Verdict::NotDelivered;
 }
 
 }  // namespace wrb::soak

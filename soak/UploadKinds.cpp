@@ -29,8 +29,8 @@ constexpr struct {
 Verdict UploadFirewallLog(Worker& worker) {
     const Package& package = worker.Pick(worker.field.packages.Firewall());
     const Worker::Marks marks = worker.MarksNow();
-    const Upload upload{worker.NewUid(), worker.Upload(package.path), package.records, marks.backEnd};
-    const Answer answer = Ask(worker.field.delivered, L"CMDHL_PFW_SET_LOG",
+    const Upload upload{worker.NewUid(), worker.Upload(package.path), package.records, marks};
+    const Answer answer = Ask(worker.field.commands, L"CMDHL_PFW_SET_LOG",
                               {upload.uid, upload.package, worker.field.unpacked + L"\\firewall", L"1"});
     if (answer.text == L"1") {
         worker.field.ledger.Answered(upload);
@@ -43,7 +43,7 @@ Verdict UploadFirewallLog(Worker& worker) {
 Verdict UploadBrokenPackage(Worker& worker) {
     const std::wstring package = worker.Upload(worker.field.packages.Broken());
     const Worker::Marks marks = worker.MarksNow();
-    const Answer answer = Ask(worker.field.delivered, L"CMDHL_PFW_SET_LOG",
+    const Answer answer = Ask(worker.field.commands, L"CMDHL_PFW_SET_LOG",
                               {worker.NewUid(), package, worker.field.unpacked + L"\\broken", L"1"});
     if (!answer.delivered) {
         Discard(package);
@@ -58,7 +58,7 @@ Verdict UploadSpyware(Worker& worker) {
     const std::wstring replyPipe = NewReplyPipe();
     const std::wstring base = worker.field.unpacked + L"\\spyware";
     const Worker::Marks marks = worker.MarksNow();
-    const Answer answer = Ask(worker.field.delivered, kind.command, {worker.NewUid(), package, base}, replyPipe);
+    const Answer answer = Ask(worker.field.commands, kind.command, {worker.NewUid(), package, base}, replyPipe);
     if (!answer.delivered) {
         Discard(package);
         return worker.JudgeDelivery(marks, kind.command, false);
@@ -67,7 +67,7 @@ Verdict UploadSpyware(Worker& worker) {
     const bool unpacked = std::filesystem::exists(folder / Packages::kSpywareEntry);
     std::error_code ignored;
     std::filesystem::remove_all(folder, ignored);
-    worker.field.ledger.SpywareAnswered(marks.backEnd);
+    worker.field.ledger.SpywareAnswered(marks);
     worker.field.feedbackRecords += kind.feedbackRecords;
     return worker.Judge(marks, kind.command, answer, answer.text == kind.answer && unpacked);
 }
@@ -75,9 +75,9 @@ Verdict UploadSpyware(Worker& worker) {
 Verdict ReportRestore(Worker& worker) {
     const std::wstring uid = worker.NewUid();
     const Worker::Marks marks = worker.MarksNow();
-    const Answer answer = Ask(worker.field.delivered, L"CMDHL_SET_SPYWARE_RESTORE_LOG", {uid, L"1", L"2"});
+    const Answer answer = Ask(worker.field.commands, L"CMDHL_SET_SPYWARE_RESTORE_LOG", {uid, L"1", L"2"});
     if (answer.text == L"1") {
-        worker.field.ledger.RestoreAnswered(uid, marks.backEnd);
+        worker.field.ledger.RestoreAnswered(uid, marks);
     }
     return worker.Judge(marks, L"CMDHL_SET_SPYWARE_RESTORE_LOG", answer, answer.text == L"1");
 }
