@@ -42,6 +42,7 @@ struct IniValue {
 std::vector<IniValue> Settings(const std::wstring& folder) {
     return {
         {kScan, L"GLN_FEEDBACK_SECTION", L"GLNFeedbackEnabled", L"1"},
+        {kScan, L"Firewall Alert", L"Mail", L"0"},  // mails would wait for a server that is not there
         {kScan, L"Global Setting", L"EnablePFWLogUploadingTicket", L"1"},
         {kServer, L"INI_SERVER_SECTION", L"CFWLogQueryCondition", kQueryCondition},
         {kServer, L"INI_SERVER_SECTION", L"UploadFolders", folder + L"\\incoming;" + folder + L"\\unpacked"},

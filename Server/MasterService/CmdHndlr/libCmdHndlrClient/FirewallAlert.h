@@ -1,9 +1,9 @@
-// The firewall alert totals: what the agents have counted since the library was loaded. Nothing compares them with
-// thresholds or sends notifications yet.
+// What the agents' firewalls have counted, for the administrator's alerts.
 #pragma once
 
 #include <cstdint>
 
-// Adds one agent's three counts to the totals of the process and logs them. `timeStamp` is 14 digits, YYYYMMDDHHMMSS,
-// for the log only. Any thread; never throws.
-void InsertOneLog(uint32_t first, uint32_t second, uint32_t third, const wchar_t* timeStamp) noexcept;
+// Adds one agent's counts (intrusions, firewall rules, total) to the sums of the window and logs them; tells the
+// administrator when a threshold is reached (AlertNotifier.h). Nothing happens while alerts are off. `timeStamp` is 14
+// digits, YYYYMMDDHHMMSS, and only shows in texts. Any thread; never throws.
+void InsertOneLog(uint32_t intrusions, uint32_t rules, uint32_t total, const wchar_t* timeStamp) noexcept;

@@ -27,7 +27,8 @@ class FirewallUpload : public testing::Test {
   protected:
     void SetUp() override {
         std::filesystem::create_directory(m_folder);
-        m_home.Write(L"wrbscan.ini", "[Global Setting]\r\nEnablePFWLogUploadingTicket=1\r\n");
+        m_home.Write(L"wrbscan.ini",
+                     "[Global Setting]\r\nEnablePFWLogUploadingTicket=1\r\n[Firewall Alert]\r\nEnable=1\r\n");
         m_home.Write(L"Private\\wrbserver.ini",
                      "[LOG_TICKET_SECTION]\r\nNumberOfConcurrentLogUploadingClient=1\r\n"
                      "NumberOfMaxConcurrentLogUploadingClient=1\r\n"

@@ -1,0 +1,22 @@
+// The event of a firewall alert in the Windows event log.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace wrb {
+
+// The source under which a viewer finds the texts; docs/operating.md has its registration.
+inline constexpr wchar_t kEventSource[] = L"Warrenby Command Handler";
+
+// The texts that AlertMessages.mc puts in the places %1, %2 and %3.
+struct AlertEvent {
+    std::wstring windowSeconds;
+    std::wstring sums;
+    std::wstring timeStamp;
+};
+
+// Returns 0 or the Windows error. Any thread.
+uint32_t WriteAlertEvent(const AlertEvent& event);
+
+}  // namespace wrb

@@ -1,0 +1,51 @@
+// The folder of mails that wait for their delivery: Temp\Mail in the home folder, one file a mail.
+//
+// The command library stores mails, wrbhost delivers them. A name begins with the time at which it was made, so that
+// the oldest sorts first. ".eml" waits, ".failed" is kept for the administrator. Only plain files count.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace wrb {
+
+// Any thread; one process stores at a time. The functions that return a number return 0 or the Windows error.
+class MailFolder {
+  public:
+    static constexpr std::size_t kMostFiles = 1000;
+    static constexpr std::size_t kMostBytes = 256 * 1024;
+
+    // An empty home folder: nothing can be stored.
+    explicit MailFolder(const std::wstring& homeFolder);
+
+    // A name for a mail of that calendar second, unique on this computer, without its extension.
+    static std::wstring NewName(int64_t seconds);
+
+    // The file is written to Temp\NewMail and then renamed, so that a mail that shows is whole. Of more than kMostFiles
+    // the oldest failed ones are deleted; when all wait, the error is ERROR_NOT_ENOUGH_QUOTA.
+    uint32_t Store(const std::wstring& name, std::string_view text) const;
+
+    // The waiting mails as file names, oldest first.
+    std::vector<std::wstring> Waiting() const;
+
+    // Nothing: the file cannot be read, or is longer than kMostBytes.
+    std::optional<std::string> Read(const std::wstring& file) const;
+    uint32_t Delete(const std::wstring& file) const;
+    uint32_t MarkFailed(const std::wstring& file) const;
+
+    // Deletes what an interrupted Store has left: for the start of the process that stores.
+    void DeleteUnfinished() const;
+
+  private:
+    uint32_t MakeRoom() const;
+
+    const std::wstring m_temp;
+    const std::wstring m_new;
+    const std::wstring m_mail;
+};
+
+}  // namespace wrb
