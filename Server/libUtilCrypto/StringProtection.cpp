@@ -12,7 +12,7 @@
 namespace wrb {
 namespace {
 
-constexpr std::wstring_view kPrefix = L"!CRYPT!";
+constexpr std::wstring_view kPrefix = kProtectedPrefix;
 constexpr std::size_t kNonceBytes = 12;
 constexpr std::size_t kTagBytes = 16;
 

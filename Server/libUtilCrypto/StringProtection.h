@@ -25,6 +25,9 @@ using ProtectionKey = std::array<uint8_t, 32>;
 inline constexpr wchar_t kProtectionKeySection[] = L"INI_SERVER_SECTION";
 inline constexpr wchar_t kProtectionKeyName[] = L"StringProtectionKey";
 
+// How a protected text begins.
+inline constexpr wchar_t kProtectedPrefix[] = L"!CRYPT!";
+
 // From 64 hexadecimal digits in upper or lower case; nothing from any other text.
 std::optional<ProtectionKey> ParseProtectionKey(std::wstring_view hex) noexcept;
 

@@ -40,6 +40,10 @@ struct MakeKeyOptions {
 // Writes a new protection key into the server INI. One that is there is replaced only with `force`.
 int RunMakeKey(const MakeKeyOptions& options);
 
+// Protects the first line of the standard input (UTF-8) with the key of the server INI: for a password in an INI file.
+// It is read there so that it shows in no list of processes and in no history of commands.
+int RunProtect();
+
 struct PackOptions {
     std::string package;
     std::vector<std::string> files;

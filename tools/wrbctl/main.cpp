@@ -86,6 +86,11 @@ CLI::App* AddMakeKey(CLI::App& app, Options& options) {
     return makeKey;
 }
 
+CLI::App* AddProtect(CLI::App& app) {
+    return app.add_subcommand(
+        "protect", "Print the first line of the standard input protected with the server's key, for an INI file");
+}
+
 constexpr char kPackExamples[] = R"(Example:
   wrbctl pack upload.cab fw1.log fw2.log
 
@@ -144,6 +149,7 @@ int Run() {
     CLI::App* const counters = AddCounters(app, options);
     AddLogLevel(app, options);
     CLI::App* const makeKey = AddMakeKey(app, options);
+    CLI::App* const protect = AddProtect(app);
     CLI::App* const pack = AddPack(app, options);
     CLI::App* const fwlog = AddFwlog(app, options);
     if (const auto code = wrb::ParseArguments(app, wrb::Utf8Arguments())) {
@@ -158,6 +164,9 @@ int Run() {
     }
     if (*makeKey) {
         return wrb::RunMakeKey(options.makeKey);
+    }
+    if (*protect) {
+        return wrb::RunProtect();
     }
     if (*pack) {
         return wrb::RunPack(options.pack);

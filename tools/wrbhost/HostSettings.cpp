@@ -3,11 +3,10 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <iterator>
 
 #include "AccessList.h"
 #include "HomeFolder.h"
-#include "StringProtection.h"
+#include "ProtectionKeyFile.h"
 #include "Text.h"
 
 namespace wrb {
@@ -56,10 +55,7 @@ std::string ReadHostSettings(const HostOptions& options, CommandHostOptions& set
 }
 
 bool HasProtectionKey() {
-    const std::wstring path = HomeFolder() + L"Private\\wrbserver.ini";
-    wchar_t text[sizeof(ProtectionKey) * 2 + 2];  // a key that is too long shows
-    GetPrivateProfileStringW(kProtectionKeySection, kProtectionKeyName, L"", text, std::size(text), path.c_str());
-    return ParseProtectionKey(text).has_value();
+    return ReadProtectionKey(HomeFolder() + L"Private\\wrbserver.ini").has_value();
 }
 
 }  // namespace wrb

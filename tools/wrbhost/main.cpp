@@ -12,8 +12,10 @@
 #include "Console.h"
 #include "DebugLog.h"
 #include "ExitCode.h"
+#include "HomeFolder.h"
 #include "HostBoard.h"
 #include "HostSettings.h"
+#include "MailDelivery.h"
 #include "ServerStopEvent.h"
 #include "StopEvent.h"
 #include "StopWatchdog.h"
@@ -49,12 +51,15 @@ int Serve(const EntryPoints& library, const Options& options, const CommandHostO
                         ? "another program serves the command pipe"
                         : "cannot create the command pipe (error " + std::to_string(error) + ")");
     }
+    MailDelivery mail(HomeFolder());
+    mail.Start();
     PrintOut("wrbhost: serving with " + std::to_string(settings.lanes.workers) + " workers\n");
     stop.Wait();
     PrintOut("wrbhost: stopping\n");
     const auto limit = stop.Limit(std::chrono::seconds(options.timeoutSeconds.value_or(kStopSeconds)));
     const StopWatchdog watchdog(stop, limit,
                                 [&] { return "wrbhost: a command is still running; giving up; " + board.Text(); });
+    mail.Stop();  // first: then the commands have nearly all of the time
     host.Stop(limit);
     library.finalize();
     PrintOut("wrbhost: stopped; " + board.Text() + "\n");
