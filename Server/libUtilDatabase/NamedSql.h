@@ -1,4 +1,4 @@
-// Parameters by name, for engines that count them.
+// SQL texts, taken apart for engines that count parameters and run one statement at a time.
 #pragma once
 
 #include <string>
@@ -13,7 +13,11 @@ struct NumberedSql {
     std::vector<std::string> names;  // the original names by position, without their sigils; a name may come twice
 };
 
-// Parameters are ":name", "@name" and "$name"; the sigil is not part of the name. Texts in quotes stay as they are.
+// Parameters are ":name", and "@name" and "$name", which become casts to a number of 64 bits. The sigil is not part of
+// the name. Texts in quotes stay as they are.
 NumberedSql NumberParameters(std::string_view sql);
+
+// The statements between the semicolons, without comments ("-- ..."). No trigger's body.
+std::vector<std::string> SplitStatements(std::string_view sql);
 
 }  // namespace wrb

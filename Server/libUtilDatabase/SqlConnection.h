@@ -10,6 +10,9 @@
 #include <string>
 #include <string_view>
 
+#include "SqlAddress.h"
+#include "SqlDb.h"
+
 namespace wrb {
 
 // A prepared statement. Parameters count from 1, columns from 0.
@@ -47,8 +50,11 @@ class SqlConnection {
     virtual void Commit() = 0;
     virtual void Rollback() = 0;
     virtual std::unique_ptr<PreparedSql> Prepare(const std::string& sql) = 0;
+    virtual SqlEngine Engine() const = 0;
+    virtual void BackUp(const std::wstring& file) = 0;
 };
 
-std::unique_ptr<SqlConnection> ConnectSqlite(const std::wstring& path);
+std::unique_ptr<SqlConnection> ConnectSqlite(const SqlAddress& address);
+std::unique_ptr<SqlConnection> ConnectOdbc(const SqlAddress& address);
 
 }  // namespace wrb

@@ -3,9 +3,17 @@
 #include <vector>
 
 #include "NamedSql.h"
+#include "SqlAddress.h"
 #include "SqlConnection.h"
 
 namespace wrb {
+namespace {
+
+std::unique_ptr<SqlConnection> Connect(const SqlAddress& address) {
+    return address.isOdbc ? ConnectOdbc(address) : ConnectSqlite(address);
+}
+
+}  // namespace
 
 struct SqlStatement::Prepared {
     std::unique_ptr<PreparedSql> sql;
@@ -64,8 +72,16 @@ std::wstring SqlStatement::Text(int column) const {
     return m_prepared.sql->Text(column);
 }
 
-SqlDb::SqlDb(const std::wstring& path) : m_connection(ConnectSqlite(path)) {}
+SqlDb::SqlDb(const std::wstring& address) : m_connection(Connect(ParseSqlAddress(address))) {}
 SqlDb::~SqlDb() = default;
+
+SqlEngine SqlDb::Engine() const {
+    return m_connection->Engine();
+}
+
+void SqlDb::BackUp(const std::wstring& file) {
+    m_connection->BackUp(file);
+}
 
 void SqlDb::Execute(const std::string& sql) {
     m_connection->Execute(sql);
@@ -87,6 +103,7 @@ int64_t SqlDb::NumberOf(const std::string& sql) {
 }
 
 SqlTransaction::SqlTransaction(SqlDb& db) : m_db(db) {
+    m_db.m_commitIsOpen = false;
     m_db.m_connection->Begin();
     m_db.m_inTransaction = true;
 }
@@ -103,7 +120,9 @@ SqlTransaction::~SqlTransaction() {
 }
 
 void SqlTransaction::Commit() {
+    m_db.m_commitIsOpen = true;
     m_db.m_connection->Commit();
+    m_db.m_commitIsOpen = false;
     m_db.m_inTransaction = false;
 }
 

@@ -18,6 +18,9 @@ class PreparedSql;
 class SqlConnection;
 class SqlDb;
 
+// Kinds of SQL. Engines that this library does not know count as PostgreSQL's.
+enum class SqlEngine : uint8_t { Sqlite, PostgreSql, SqlServer };
+
 // A prepared statement in use: bind, step, read. Going out of scope makes it ready for the next use.
 class SqlStatement {
   public:
@@ -54,18 +57,28 @@ class SqlStatement {
 
 class SqlDb {
   public:
-    // A SQLite file, which is made when there is none. Waits up to five seconds for locks of other connections.
-    explicit SqlDb(const std::wstring& path);
+    // See SqlAddress.h. A SQLite file is made when there is none; locks of its other connections are waited for, for up
+    // to five seconds.
+    explicit SqlDb(const std::wstring& address);
     ~SqlDb();
+
+    SqlEngine Engine() const;
 
     void Execute(const std::string& sql);  // one or several statements without parameters
 
-    // Prepared on first use and kept for the life of the connection. Parameters are ":name", "@name" or "$name".
+    // Prepared on first use and kept for the life of the connection. Parameters are ":name", and "@name" or "$name" for
+    // numbers: some engines must be told the type of a parameter in an expression.
     SqlStatement Use(const std::string& sql);
 
     int64_t NumberOf(const std::string& sql);      // the first column of the first row
     int64_t Changes() const { return m_changes; }  // rows that the last statement changed that was run
     bool InTransaction() const { return m_inTransaction; }
+
+    // The last commit has failed in a way that leaves open whether it was carried out.
+    bool CommitIsOpen() const { return m_commitIsOpen; }
+
+    // Copies the database into a new file while it is in use. SQLite only.
+    void BackUp(const std::wstring& file);
 
   private:
     friend class SqlStatement;
@@ -75,6 +88,7 @@ class SqlDb {
     std::map<std::string, std::unique_ptr<SqlStatement::Prepared>> m_statements;  // go before the connection
     int64_t m_changes = 0;
     bool m_inTransaction = false;
+    bool m_commitIsOpen = false;
 };
 
 // All or nothing: what is not committed is rolled back.

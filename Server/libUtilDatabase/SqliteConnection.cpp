@@ -122,6 +122,10 @@ class SqlitePrepared final : public PreparedSql {
     soci::sqlite3_statement_backend* m_backEnd = nullptr;
 };
 
+auto* Handle(soci::session& session) {
+    return static_cast<soci::sqlite3_session_backend*>(session.get_backend())->conn_;
+}
+
 class SqliteConnection final : public SqlConnection {
   public:
     explicit SqliteConnection(const std::string& file)
@@ -131,11 +135,7 @@ class SqliteConnection final : public SqlConnection {
           })) {}
 
     void Execute(const std::string& sql) override {
-        auto* const db = static_cast<soci::sqlite3_session_backend*>(m_session->get_backend())->conn_;
-        const int code = sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr);
-        if (code != SQLITE_OK) {
-            Throw(m_file, code, sqlite3_errmsg(db));
-        }
+        Check(sqlite3_exec(Handle(*m_session), sql.c_str(), nullptr, nullptr, nullptr));
     }
     // At once as a writer: two readers that both want to write would wait for each other.
     void Begin() override { Execute("BEGIN IMMEDIATE"); }
@@ -146,15 +146,28 @@ class SqliteConnection final : public SqlConnection {
         return Translated(m_file, [&] { return std::make_unique<SqlitePrepared>(m_file, *m_session, sql); });
     }
 
+    SqlEngine Engine() const override { return SqlEngine::Sqlite; }
+    void BackUp(const std::wstring& file) override {
+        auto vacuum = Prepare("VACUUM INTO :file");
+        vacuum->Bind(1, file);
+        vacuum->Execute();
+    }
+
   private:
+    void Check(int code) const {
+        if (code != SQLITE_OK) {
+            Throw(m_file, code, sqlite3_errmsg(Handle(*m_session)));
+        }
+    }
+
     const std::string m_file;
     const std::unique_ptr<soci::session> m_session;
 };
 
 }  // namespace
 
-std::unique_ptr<SqlConnection> ConnectSqlite(const std::wstring& path) {
-    return std::make_unique<SqliteConnection>(WideToUtf8(path));
+std::unique_ptr<SqlConnection> ConnectSqlite(const SqlAddress& address) {
+    return std::make_unique<SqliteConnection>(address.name);
 }
 
 }  // namespace wrb

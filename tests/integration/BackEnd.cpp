@@ -1,5 +1,6 @@
 #include "BackEnd.h"
 
+#include <cstdlib>
 #include <stdexcept>
 
 #include "PipeClient.h"
@@ -81,6 +82,17 @@ std::string BackEnd::Stop() {
     std::string output = m_process->Output();
     m_process.reset();
     return output;
+}
+
+void BackEnd::Kill() {
+    TerminateProcess(m_process->Handle(), 9);
+    EXPECT_EQ(m_process->WaitForExit(), 9u);
+    m_process.reset();
+}
+
+std::wstring BackEnd::Database() const {
+    const wchar_t* const store = _wgetenv(L"WRB_TEST_STORE");
+    return store != nullptr ? store : (m_folder / L"agents.db").wstring();
 }
 
 bool BackEnd::WaitForLog(const std::string& part) const {

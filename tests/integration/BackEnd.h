@@ -27,7 +27,11 @@ class BackEnd {
     // Stops it; what it has printed. Once.
     std::string Stop();
 
-    std::wstring Database() const { return (m_folder / L"agents.db").wstring(); }
+    // Ends it with no warning.
+    void Kill();
+
+    // A file, or the address in the variable WRB_TEST_STORE.
+    std::wstring Database() const;
     std::string Log() const { return ReadAll(m_folder / L"log\\wrbdebug.log"); }
     bool WaitForLog(const std::string& part) const;
 

@@ -82,6 +82,32 @@ TEST(BackRecords, WhatTheClientsSendIsShownAsItWasSent) {
     ExpectRun(kBackEnd, {L"events", L"--db", database + L"x"}, 1);
 }
 
+// 500 rows may wait, 500 be in a transaction, and each of the 64 pipes hold one that has not been read.
+TEST(BackRecords, AKilledServiceHasStoredAllRowsButThoseThatWaited) {
+    BackEnd backEnd;
+    const std::string message = LogMessage(kSendCfwLog, kCfwRow);
+    std::atomic<int64_t> sent = 0;
+    OnThreads(5, [&](unsigned thread) {
+        if (thread == 0) {
+            while (sent < 2000) {
+                Sleep(1);
+            }
+            backEnd.Kill();
+            return;
+        }
+        for (CPipeClient client; client.Initial(kLogPoolPipe); client.Close()) {
+            uint64_t count = message.size();
+            sent += client.Send(message.data(), count) ? 1 : 0;
+        }
+    });
+    const auto db = OpenStore(backEnd.Database());
+    const int64_t stored = db->NumberOf("SELECT count(*) FROM TBL_CFW_LOG");
+    EXPECT_LE(stored, sent);
+    EXPECT_GE(stored + 500 + 500 + 64, sent);
+    EXPECT_EQ(db->NumberOf("SELECT max(id) FROM TBL_CFW_LOG"), stored) << "no gap";
+    VerifyStore(*db, backEnd.Database());
+}
+
 // Serves in this process: its counters say when a message has been seen.
 class Records : public testing::Test {
   protected:

@@ -7,11 +7,12 @@
 
 namespace wrb {
 
-inline constexpr char kDefaultDatabase[] = "agents.db";
+inline constexpr char kDefaultDatabase[] = "agents.db";  // an address, see SqlAddress.h
 
 struct ServeOptions {
     std::string database = kDefaultDatabase;
     unsigned workers = 8;
+    unsigned connections = 0;  // 0: two for each processor
     std::string debugIni;
     std::optional<std::string> logFolder;  // this and the next three override the INI file
     std::optional<std::string> logLevel;
@@ -33,6 +34,10 @@ int Seed(const std::string& file, const std::string& database);
 int Stop(std::optional<unsigned> timeoutSeconds);
 int ShowLogPool(const ShowOptions& options);
 int ShowEvents(const ShowOptions& options);
+int ShowAgents(const std::string& store, const std::string& filter, bool json);
+int Export(const std::string& store);
+int Backup(const std::string& store, const std::string& file);
+int Check(const std::string& store);
 
 // Prints "wrbback: TEXT" to the standard error and returns the code.
 int Fail(const std::string& text, int code);

@@ -2,6 +2,7 @@
 #include "Console.h"
 #include "ExitCode.h"
 #include "SeedStore.h"
+#include "SqlAddress.h"
 #include "Store.h"
 #include "Text.h"
 
@@ -19,7 +20,8 @@ int Seed(const std::string& file, const std::string& database) {
     } catch (const SqlError& error) {
         return Fail(error.what(), kExitFailed);
     }
-    PrintOut("wrbback: " + std::to_string(seed.agents.size()) + " agents in " + database + "\n");
+    PrintOut("wrbback: " + std::to_string(seed.agents.size()) + " agents in " +
+             ParseSqlAddress(Utf8ToWide(database)).name + "\n");
     return kExitOk;
 }
 

@@ -76,6 +76,7 @@ int RunServices(const ServeOptions& options, const LogSettings& settings, const 
     Notes notes([&write](const std::wstring& note) { write(kLogWarning, note); });
     DbServer db({.database = Utf8ToWide(options.database),
                  .workers = options.workers,
+                 .connections = options.connections,
                  .answer = {},
                  .note = [&notes](const std::wstring& note) { notes.Write(note); },
                  .allowed = settings.allowed});

@@ -1,7 +1,12 @@
 // wrbback: the reference back end. One program and one database file for all services that the command library uses.
 #include <windows.h>
 
+#include <algorithm>
 #include <exception>
+#include <functional>
+#include <iterator>
+#include <utility>
+#include <vector>
 
 #include "CommandLine.h"
 #include "Commands.h"
@@ -42,13 +47,25 @@ constexpr char kFooter[] =
     "  wrbback serve --db agents.db --log-level W --split-size 1000000 --max-logs 5\n"
     "  wrbback log-pool --db agents.db --table TBL_CFW_LOG   the latest firewall-log rows, also while it serves\n"
     "  wrbback events --limit 0 --json                       every event in agents.db, for a program\n"
+    "  wrbback agents --filter reception                     agents with that text in a column\n"
+    "  wrbback backup copy.db                                copy of agents.db, also while it is served\n"
     "  wrbback stop --timeout 10                             stop the running program; it ends after ten seconds\n"
     "\n"
     "Exit codes: 0 done, 1 failed, 2 wrong command line, log setting or seed file, 3 not running, 4 timed out";
 
+void AddStore(CLI::App* command, std::string& store) {
+    command
+        ->add_option("--store,--db", store,
+                     "Database: sqlite:FILE, odbc:CONNECTION STRING or a file (default: agents.db). The variable "
+                     "WRB_STORE gives it too, and shows no password on the command line")
+        ->envname("WRB_STORE");
+}
+
 void AddServe(CLI::App& app, ServeOptions& options) {
     CLI::App* serve = app.add_subcommand("serve", "Run all services until they are stopped");
-    serve->add_option("--db", options.database, "Database file, made by wrbback seed (default: agents.db)");
+    AddStore(serve, options.database);
+    serve->add_option("--connections", options.connections, "Connections for reads (default: two for each processor)")
+        ->check(CLI::Range(1u, 64u));
     serve->add_option("--workers", options.workers, "Questions answered at once (default: 8)")
         ->check(CLI::Range(1u, 64u));
     serve->add_option("--allow", options.allowed, "SID or name of an account that may connect; repeatable")
@@ -65,48 +82,77 @@ void AddServe(CLI::App& app, ServeOptions& options) {
 
 CLI::App* AddShow(CLI::App& app, const char* name, const char* description, ShowOptions& options) {
     CLI::App* show = app.add_subcommand(name, description);
-    show->add_option("--db", options.database, "Database file (default: agents.db)");
+    AddStore(show, options.database);
     show->add_option("--limit", options.limit, "Latest rows of a table that are shown (default: 100); 0: all")
         ->check(CLI::Range(uint64_t{0}, uint64_t{1} << 40));
     show->add_flag("--json", options.json, "As JSON");
     return show;
 }
 
+// A subcommand and what runs it.
+using Command = std::pair<CLI::App*, std::function<int()>>;
+
+struct Options {
+    ServeOptions serve;
+    ShowOptions show;
+    std::string store = kDefaultDatabase;
+    std::string file;
+    std::string filter;
+    bool json = false;
+    std::optional<unsigned> timeoutSeconds;
+};
+
+std::vector<Command> AddRecordCommands(CLI::App& app, Options& options) {
+    CLI::App* logPool = AddShow(app, "log-pool", "Show the log rows that were received", options.show);
+    logPool->add_option("--table", options.show.table, "This table only")
+        ->check(CLI::IsMember({"TBL_CFW_LOG", "TBL_RESTORE_LOG"}));
+    CLI::App* events = AddShow(app, "events", "Show the messages to the other services", options.show);
+    return {{logPool, [&options] { return ShowLogPool(options.show); }},
+            {events, [&options] { return ShowEvents(options.show); }}};
+}
+
+std::vector<Command> AddStoreCommands(CLI::App& app, Options& options) {
+    CLI::App* seed = app.add_subcommand("seed", "Store the agents of a JSON file");
+    seed->add_option("FILE", options.file, "JSON file, UTF-8")->required();
+    CLI::App* agents = app.add_subcommand("agents", "List the agents");
+    agents->add_option("--filter", options.filter, "Only those with this text in a column");
+    agents->add_flag("--json", options.json, "As JSON");
+    CLI::App* exported = app.add_subcommand("export", "Print the agents as a file that seed reads");
+    CLI::App* backup = app.add_subcommand("backup", "Copy a SQLite file, also while it is served");
+    backup->add_option("FILE", options.file, "The copy; must not exist")->required();
+    CLI::App* check = app.add_subcommand("check", "Look for damage and for rows without their agent");
+    for (CLI::App* command : {seed, agents, exported, backup, check}) {
+        AddStore(command, options.store);
+    }
+    return {{seed, [&options] { return Seed(options.file, options.store); }},
+            {agents, [&options] { return ShowAgents(options.store, options.filter, options.json); }},
+            {exported, [&options] { return Export(options.store); }},
+            {backup, [&options] { return Backup(options.store, options.file); }},
+            {check, [&options] { return Check(options.store); }}};
+}
+
 int Main() {
-    CLI::App app("The reference back end: the services that the command library calls, over one SQLite file.",
-                 "wrbback");
+    CLI::App app("The reference back end: the services that the command library calls, over one database.", "wrbback");
     app.require_subcommand(1);
     app.footer(kFooter);
-    ServeOptions serveOptions;
-    AddServe(app, serveOptions);
-    std::string file;
-    std::string database = kDefaultDatabase;
-    CLI::App* seed = app.add_subcommand("seed", "Store the agents of a JSON file");
-    seed->add_option("FILE", file, "JSON file, UTF-8")->required();
-    seed->add_option("--db", database, "Database file; made when there is none (default: agents.db)");
-    ShowOptions showOptions;
-    CLI::App* logPool = AddShow(app, "log-pool", "Show the log rows that were received", showOptions);
-    logPool->add_option("--table", showOptions.table, "This table only")
-        ->check(CLI::IsMember({"TBL_CFW_LOG", "TBL_RESTORE_LOG"}));
-    CLI::App* events = AddShow(app, "events", "Show the messages to the other services", showOptions);
-    std::optional<unsigned> timeoutSeconds;
+    Options options;
+    AddServe(app, options.serve);
+    std::vector<Command> commands = AddStoreCommands(app, options);
+    std::ranges::move(AddRecordCommands(app, options), std::back_inserter(commands));
     CLI::App* stop = app.add_subcommand("stop", "Stop the running program, and wait until it has ended");
-    stop->add_option("--timeout", timeoutSeconds, "Seconds that the stop may take (default: 60 to wait)")
+    stop->add_option("--timeout", options.timeoutSeconds, "Seconds that the stop may take (default: 60 to wait)")
         ->check(CLI::Range(1u, 86400u));
+    commands.emplace_back(stop, [&options] { return Stop(options.timeoutSeconds); });
 
     if (const auto code = ParseArguments(app, Utf8Arguments())) {
         return *code;
     }
-    if (app.got_subcommand(seed)) {
-        return Seed(file, database);
+    for (const auto& [command, run] : commands) {
+        if (app.got_subcommand(command)) {
+            return run();
+        }
     }
-    if (app.got_subcommand(logPool)) {
-        return ShowLogPool(showOptions);
-    }
-    if (app.got_subcommand(events)) {
-        return ShowEvents(showOptions);
-    }
-    return app.got_subcommand(stop) ? Stop(timeoutSeconds) : Serve(serveOptions);
+    return Serve(options.serve);
 }
 
 }  // namespace

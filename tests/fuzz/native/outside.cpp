@@ -1,10 +1,11 @@
 // What stands for the modules that talk to the system: a log that formats its lines and drops them, no temporary
-// files, no pipes, no INI files, and uploads that are taken and forgotten.
+// files, no pipes, no INI files, no ODBC, and uploads that are taken and forgotten.
 #include "DebugLog.h"
 #include "PipeClient.h"
 #include "ProfileAccess.h"
 #include "ResultFile.h"
 #include "SpillFile.h"
+#include "SqlConnection.h"
 #include "Text.h"
 #include "UploadFolder.h"
 
@@ -51,6 +52,10 @@ wrb::Block wrb::ResultFile::Read() {
     return nullptr;
 }
 uint8_t* wrb::ResultFile::Map() {
+    return nullptr;
+}
+
+std::unique_ptr<wrb::SqlConnection> wrb::ConnectOdbc(const SqlAddress&) {
     return nullptr;
 }
 

@@ -1,7 +1,9 @@
 #include "DbServer.h"
 
+#include <algorithm>
 #include <exception>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 #include "AgentUid.h"
@@ -29,6 +31,10 @@ std::wstring Shown(std::wstring_view text) {
     return std::wstring(text.substr(0, kShownCharacters));
 }
 
+unsigned ConnectionsOf(const DbServerOptions& options) {
+    return options.connections != 0 ? options.connections : 2 * std::max(1u, std::thread::hardware_concurrency());
+}
+
 PipeListenerOptions ListenerOptions(const DbServerOptions& server,
                                     std::function<void(PipeDrop, std::size_t, uint32_t)> onDrop) {
     PipeListenerOptions options;
@@ -44,14 +50,14 @@ PipeListenerOptions ListenerOptions(const DbServerOptions& server,
 
 DbServer::DbServer(DbServerOptions options)
     : m_options(std::move(options)),
-      m_writer(OpenStore(m_options.database)),
-      m_readers(m_options.database, m_options.workers),
+      m_writer(m_options.database, 1),
+      m_readers(m_options.database, ConnectionsOf(m_options)),
       m_listener(ListenerOptions(m_options, [this](PipeDrop reason, std::size_t bytes,
                                                    uint32_t pid) { NoteDrop(reason, bytes, pid); }),
                  PipeListener::InOrder{m_options.workers, [this](const std::string& message, const PipePeer& peer) {
                                            return Accept(message, peer);
                                        }}) {
-    VerifyStore(*m_writer, m_options.database);
+    VerifyStore(m_writer.Lend().Db(), m_options.database);
 }
 
 DbServerCounters DbServer::Counters() const {
@@ -109,7 +115,7 @@ Job DbServer::AcceptText(std::span<const uint8_t> bytes, const std::string& from
 void DbServer::Write(DbCommand command, CCmdProtocol& request, const std::string& from) {
     const wchar_t* name = DescribeDbCommand(command).name;
     try {
-        if (RunTextCommand(*m_writer, command, request) == 0) {
+        if (m_writer.Run([&](SqlDb& db) { return RunTextCommand(db, command, request); }) == 0) {
             m_options.note(FormatWide(L"database server: %s of %S changed nothing", name, from.c_str()));
         }
         ++m_writes;
@@ -122,7 +128,7 @@ void DbServer::Write(DbCommand command, CCmdProtocol& request, const std::string
 void DbServer::AnswerText(DbCommand command, CCmdProtocol& request, const std::wstring& replyPipe) {
     std::optional<std::wstring> answer;
     try {
-        answer = AnswerTextCommand(m_readers.Lend().Db(), command, request);
+        answer = m_readers.Run([&](SqlDb& db) { return AnswerTextCommand(db, command, request); });
         ++m_reads;
     } catch (const SqlError& error) {
         ++m_failed;
@@ -162,7 +168,8 @@ void DbServer::AnswerSerialized(DbCommand command, const std::wstring& uid, CMsg
     message.Reset();  // the answer has the request's name and id
     bool known = false;
     try {
-        known = AnswerSerializedCommand(m_readers.Lend().Db(), command, uid, message) && message.Finalize();
+        known = m_readers.Run([&](SqlDb& db) { return AnswerSerializedCommand(db, command, uid, message); }) &&
+                message.Finalize();
         ++m_reads;
     } catch (const std::exception& error) {
         ++m_failed;

@@ -25,8 +25,9 @@ class CMsgSerializer;
 namespace wrb {
 
 struct DbServerOptions {
-    std::wstring database;
+    std::wstring database;  // its address, see SqlAddress.h
     unsigned workers = 8;
+    unsigned connections = 0;  // for reads; 0: two for each processor
     AnswerLimits answer;
 
     // What an operator should know of, one line each. Called from any thread.
@@ -67,7 +68,7 @@ class DbServer {
     void NoteDrop(PipeDrop reason, std::size_t bytes, uint32_t pid);
 
     const DbServerOptions m_options;
-    std::unique_ptr<SqlDb> m_writer;  // of the reading thread
+    StorePool m_writer;  // one connection, of the reading thread
     StorePool m_readers;
     std::atomic<uint64_t> m_reads{0};
     std::atomic<uint64_t> m_writes{0};

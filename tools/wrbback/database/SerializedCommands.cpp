@@ -52,8 +52,8 @@ bool AnswerAllScanEx(SqlDb& db, const std::wstring& uid, CMsgSerializer& answer)
 
 bool AnswerCustomBm(SqlDb& db, const std::wstring& uid, CMsgSerializer& answer) {
     SqlStatement read = db.Use(
-        "SELECT policy_id, action, enable FROM agent LEFT JOIN behaviour_policy USING (uid) WHERE agent.uid = :uid "
-        "ORDER BY position");
+        "SELECT policy_id, action, enable FROM agent LEFT JOIN behaviour_policy AS policy ON policy.uid = agent.uid "
+        "WHERE agent.uid = :uid ORDER BY position");
     read.Bind(":uid", uid);
     bool known = false;
     CustomBmConfig cfg;

@@ -67,11 +67,11 @@ constexpr char kSetFirewallCounts[] =
     "UPDATE agent SET firewall_number = $number, firewall_count1 = @c1, firewall_count2 = @c2, firewall_count3 = @c3, "
     "firewall_count4 = @c4, firewall_count5 = @c5, firewall_count6 = @c6, firewall_time = $time";
 constexpr char kAddSpecialLog[] =
-    "INSERT INTO special_log (uid, log_type, text, received) SELECT uid, @kind, :text, strftime('%s', 'now') FROM "
-    "agent";
+    "INSERT INTO special_log (uid, log_type, text, received) SELECT uid, @kind, :text, $now FROM agent";
 
 constexpr TextCommandRow kRows[] = {
-    {GetStatus, ScanOf::None, ":uid @word", "SELECT iif(@word = 1, status2, status1) FROM agent", kAgent},
+    {GetStatus, ScanOf::None, ":uid @word", "SELECT CASE @word WHEN 1 THEN status2 ELSE status1 END FROM agent",
+     kAgent},
     {GetArchitecture, ScanOf::None, kByUid, "SELECT architecture FROM agent", kAgent},
     {GetConfFlag, ScanOf::None, kByUid, "SELECT changed FROM agent", kAgent},
     {GetClientPlat, ScanOf::None, kByUid, "SELECT platform FROM agent", kAgent},
@@ -99,7 +99,7 @@ constexpr TextCommandRow kRows[] = {
      "SELECT CASE @kind WHEN 0 THEN uninstall_password WHEN 1 THEN unload_password ELSE '' END FROM agent", kAgent},
     {GetServiceSwitch, ScanOf::None, "", "SELECT enabled FROM service_switch ORDER BY position", kNone},
     {GetIcrcDestScanType, ScanOf::None, ":uid", "SELECT scan_method FROM agent", kAgent},
-    {IsClientExisted, ScanOf::None, ":uid", "SELECT EXISTS (SELECT 1 FROM agent WHERE uid = :uid)", kNone},
+    {IsClientExisted, ScanOf::None, ":uid", "SELECT count(*) FROM agent WHERE uid = :uid", kNone},
 
     {SetMscf, ScanOf::MS, kMainFields, kSetMain, kScan},
     {SetRtcf, ScanOf::RT, kMainFields, kSetMain, kScan},

@@ -5,13 +5,17 @@
 #include <utility>
 #include <vector>
 
+#include "Clock.h"
 #include "ScanTable.h"
 #include "SqlDb.h"
+#include "Store.h"
 #include "Text.h"
 #include "TextCommandTable.h"
 
 namespace wrb {
 namespace {
+
+constexpr int64_t kSpecialLogs = 10'000;  // agents write them, so there must be an end to them
 
 // A request's fields under the names that a row of the table gives them.
 struct Field {
@@ -86,6 +90,7 @@ SqlStatement Prepare(SqlDb& db, const Call& call) {
 
 void BindAll(SqlStatement& statement, const Call& call) {
     statement.Bind("@type", static_cast<int64_t>(call.type));
+    statement.Bind("$now", SystemClock().CalendarSeconds());
     for (const Field& field : call.fields) {
         switch (field.name[0]) {
             case ':':
@@ -110,16 +115,15 @@ int64_t Run(SqlDb& db, const Call& call) {
     return db.Changes();
 }
 
-// False when there is no such agent, or it has a configuration already.
+// False when there is no such agent. One that has a configuration by now has got it from another server.
 bool GiveConfiguration(SqlDb& db, const std::wstring& uid) {
     const std::optional<AgentScans> agent = ReadScans(db, uid);
-    if (!agent || agent->scans) {
-        return false;
+    if (agent && !agent->scans) {
+        for (const ScanType type : kScanTypes) {
+            InsertScan(db, uid, type, DefaultScan(type));
+        }
     }
-    for (const ScanType type : kScanTypes) {
-        InsertScan(db, uid, type, DefaultScan(type));
-    }
-    return true;
+    return agent.has_value();
 }
 
 }  // namespace
@@ -157,6 +161,9 @@ int64_t RunTextCommand(SqlDb& db, DbCommand command, CCmdProtocol& request) {
     const std::wstring* uid = Find(call->fields, ":uid");
     if (changed == 0 && call->row->scan != ScanOf::None && uid != nullptr && GiveConfiguration(db, *uid)) {
         changed = Run(db, *call);
+    }
+    if (command == DbCommand::SetSpecialLog) {
+        KeepLatest(db, "special_log", kSpecialLogs);
     }
     transaction.Commit();
     return changed;

@@ -19,7 +19,7 @@ constexpr ULONGLONG kLastMilliseconds = 60'000;
 constexpr ULONGLONG kTellMilliseconds = 60'000;
 constexpr std::chrono::milliseconds kRest{500};
 
-// Errors that end by themselves, or once there is room on the disk.
+// Errors that end by themselves, or once there is room on the disk, or the server is back.
 bool MayPass(const std::exception& error) {
     const auto* const failure = dynamic_cast<const SqlError*>(&error);
     if (failure == nullptr) {
@@ -30,6 +30,9 @@ bool MayPass(const std::exception& error) {
         case SqlFailure::Full:
         case SqlFailure::Io:
         case SqlFailure::Memory:
+        case SqlFailure::Conflict:
+        case SqlFailure::CannotOpen:
+        case SqlFailure::Disconnected:
             return true;
         default:
             return false;
@@ -62,17 +65,10 @@ void Insert(SqlDb& db, const Record& record) {
     insert.Run();
 }
 
-// Rows go in the order of their coming, so the ids are without gaps and the newest tells which are too old.
-void Trim(SqlDb& db, const RecordTable& table, int64_t keep) {
-    const std::string name = table.name;
-    SqlStatement trim = db.Use("DELETE FROM " + name + " WHERE id <= (SELECT max(id) FROM " + name + ") - :keep");
-    trim.Bind(":keep", keep).Run();
-}
-
 }  // namespace
 
 RecordWriter::RecordWriter(Options options)
-    : m_options(std::move(options)), m_db(OpenStore(m_options.database)), m_thread([this] { Work(); }) {}
+    : m_options(std::move(options)), m_store(m_options.database, 1), m_thread([this] { Work(); }) {}
 
 bool RecordWriter::Put(Record record) {
     {
@@ -153,7 +149,7 @@ void RecordWriter::Work() {
 void RecordWriter::StoreOrLose(const Batch& batch) {
     for (bool noted = false;;) {
         try {
-            StoreOnce(batch);
+            m_store.Run([&batch, this](SqlDb& db) { StoreOnce(db, batch); });
             m_stored += batch.size();
             SetRefusal(nullptr);
             return;
@@ -175,16 +171,16 @@ void RecordWriter::StoreOrLose(const Batch& batch) {
     }
 }
 
-void RecordWriter::StoreOnce(const Batch& batch) {
-    SqlTransaction transaction(*m_db);
+void RecordWriter::StoreOnce(SqlDb& db, const Batch& batch) const {
+    SqlTransaction transaction(db);
     std::set<const RecordTable*> touched;
     for (const Record& record : batch) {
-        Insert(*m_db, record);
+        Insert(db, record);
         touched.insert(record.table);
     }
     for (const RecordTable* table : touched) {
         if (m_options.keep != 0) {
-            Trim(*m_db, *table, m_options.keep);
+            KeepLatest(db, table->name, m_options.keep);
         }
     }
     transaction.Commit();

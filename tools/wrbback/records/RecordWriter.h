@@ -22,10 +22,10 @@ class RecordWriter {
     using Note = std::function<void(const std::wstring&)>;
 
     struct Options {
-        std::wstring database;
-        int64_t keep = 0;  // the latest rows of each table that stay; 0: all
-        Note note;         // what passes by itself
-        Note alarm;        // rows that are refused or lost
+        std::wstring database;  // its address, see SqlAddress.h
+        int64_t keep = 0;       // the latest rows of each table that stay; 0: all
+        Note note;              // what passes by itself
+        Note alarm;             // rows that are refused or lost
     };
 
     explicit RecordWriter(Options options);  // throws SqlError, see Store.h
@@ -36,7 +36,8 @@ class RecordWriter {
     // From any thread. At most 500 records wait: while so many do, this waits too, and the senders find the pipe busy.
     // False: the record is refused and counted as lost. Records are refused from the moment when the disk is full, or
     // has had this wait for ten seconds, until the database takes records again. A record that is taken is tried again
-    // and again while the database is locked, or disk or memory full.
+    // and again while the database is locked or away, or disk or memory full. It may be stored twice when a server goes
+    // during the commit.
     bool Put(Record record);
 
     // From now on such a database is tried for one minute more: what has not been stored then is lost, and counted.
@@ -54,13 +55,13 @@ class RecordWriter {
 
     void Work();
     void StoreOrLose(const Batch& batch);
-    void StoreOnce(const Batch& batch);
+    void StoreOnce(SqlDb& db, const Batch& batch) const;
     void SetRefusal(const std::exception* error);
     void CountRefused() noexcept;
     void TellRefused() noexcept;
 
     const Options m_options;
-    const std::unique_ptr<SqlDb> m_db;  // of the thread
+    StorePool m_store;  // one connection, of the thread
     std::mutex m_lock;
     std::condition_variable m_changed;
     Batch m_queue;

@@ -70,6 +70,45 @@ void ReadBundle(const JsonNode& agent, std::vector<Values>& records) {
     }
 }
 
+Json::Value WriteItems(std::wstring_view list) {
+    Json::Value items(Json::arrayValue);
+    while (!list.empty()) {
+        const std::wstring_view item = list.substr(0, list.find(L'|'));
+        items.append(WideToUtf8(item));
+        list.remove_prefix(std::min(list.size(), item.size() + 1));
+    }
+    return items;
+}
+
+// What differs from a new record.
+template <typename Values>
+Json::Value WriteRecord(const Values& values) {
+    Json::Value object(Json::objectValue);
+    for (const BundleRow<Values>& row : kBundle<Values>.rows) {
+        if (row.kind == BundleRowKind::Bit && (values.*row.number & row.bits) != 0) {
+            object[KeyOf(row)] = true;
+        } else if (row.kind == BundleRowKind::Int && values.*row.number != 0) {
+            object[KeyOf(row)] = values.*row.number;
+        } else if (row.kind == BundleRowKind::Text && !(values.*row.text).empty()) {
+            object[KeyOf(row)] = WideToUtf8(values.*row.text);
+        } else if (row.text != nullptr && !(values.*row.text).empty()) {
+            object[KeyOf(row)] = WriteItems(values.*row.text);
+        }
+    }
+    return object;
+}
+
+template <typename Values>
+void WriteBundle(const std::vector<Values>& records, Json::Value& agent) {
+    for (const Values& record : records) {
+        if (kHasItems<Values>) {
+            agent[kBundle<Values>.seedKey].append(WriteRecord(record));
+        } else {
+            agent[kBundle<Values>.seedKey] = WriteRecord(record);
+        }
+    }
+}
+
 template <typename... Values>
 bool IsKeyOfOne(std::string_view key, const std::tuple<std::vector<Values>...>&) {
     return ((key == kBundle<Values>.seedKey) || ...);
@@ -85,6 +124,10 @@ AgentBundles ParseSeedBundles(const JsonNode& agent) {
     AgentBundles bundles;
     std::apply([&](auto&... records) { (ReadBundle(agent, records), ...); }, bundles);
     return bundles;
+}
+
+void WriteSeedBundles(const AgentBundles& bundles, Json::Value& agent) {
+    std::apply([&agent](const auto&... records) { (WriteBundle(records, agent), ...); }, bundles);
 }
 
 }  // namespace wrb

@@ -19,16 +19,6 @@ namespace {
 constexpr std::size_t kMostFileBytes = 256u << 20;
 constexpr std::string_view kUidForm = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
 
-constexpr struct {
-    std::string_view key;
-    ScanType type;
-} kScanKeys[] = {
-    {"manual", ScanType::MS},
-    {"realTime", ScanType::RT},
-    {"prescheduled", ScanType::PS},
-    {"scanNow", ScanType::SN},
-};
-
 bool IsUid(const std::wstring& text) {
     return std::ranges::equal(text, kUidForm, [](wchar_t c, char form) {
         return form == '-' ? c == L'-' : c < 0x80 && std::isxdigit(static_cast<int>(c)) != 0;
@@ -111,9 +101,11 @@ std::optional<StoredScans> ReadScansOf(const JsonNode& agent) {
     if (!node) {
         return std::nullopt;
     }
-    node->RefuseUnknown({kScanKeys[0].key, kScanKeys[1].key, kScanKeys[2].key, kScanKeys[3].key});
+    node->RefuseUnknown([](std::string_view key) {
+        return std::ranges::find(kSeedScanKeys, key, &SeedScanKey::key) != std::end(kSeedScanKeys);
+    });
     StoredScans scans;
-    for (const auto& row : kScanKeys) {
+    for (const SeedScanKey& row : kSeedScanKeys) {
         const auto scan = node->Member(row.key);
         scans[static_cast<std::size_t>(row.type)] = scan ? ParseSeedScan(row.type, *scan) : DefaultScan(row.type);
     }

@@ -48,15 +48,32 @@ struct SeedData {
     std::optional<std::vector<bool>> serviceSwitches;  // in the order of the section
 };
 
+// The members of an agent's "scan".
+struct SeedScanKey {
+    std::string_view key;
+    ScanType type;
+};
+inline constexpr SeedScanKey kSeedScanKeys[] = {
+    {"manual", ScanType::MS},
+    {"realTime", ScanType::RT},
+    {"prescheduled", ScanType::PS},
+    {"scanNow", ScanType::SN},
+};
+
 // Reads the whole file before anything is done with it. Throws SeedError, with the place in the file.
 SeedData ReadSeedFile(const std::wstring& path);
 SeedData ParseSeed(const std::string& utf8);
 
+// The text that ParseSeed reads, indented.
+std::string WriteSeed(const SeedData& seed);
+
 // One of an agent's scan types: the keys of its INI section, "Flags", and the objects "spyware" and "exclusions".
 StoredScan ParseSeedScan(ScanType type, const JsonNode& node);
+Json::Value WriteSeedScan(ScanType type, const StoredScan& scan);
 
 // An agent's setting bundles, from its members with a bundle key.
 bool IsSeedBundleKey(std::string_view key);
 AgentBundles ParseSeedBundles(const JsonNode& agent);
+void WriteSeedBundles(const AgentBundles& bundles, Json::Value& agent);
 
 }  // namespace wrb

@@ -74,6 +74,17 @@ void ReadGroup(const ScanGroup& group, const JsonNode& node, StoredScan& scan) {
     });
 }
 
+// The numbers and texts of a group; its switches and choices are in the option word.
+void WriteGroup(const ScanGroup& group, const StoredScan& scan, Json::Value& object) {
+    for (const ScanRow& row : group.rows) {
+        if (IsStored(row) && row.kind == ScanRowKind::Int) {
+            object[WideToUtf8(row.key)] = scan.values.*row.number;
+        } else if (IsStored(row) && row.text != nullptr) {
+            object[WideToUtf8(row.key)] = WideToUtf8(scan.values.*row.text);
+        }
+    }
+}
+
 void RefuseUnknownKeys(const ScanGroup& group, const JsonNode& node) {
     const bool isMain = group.kind == ScanGroupKind::Main;
     node.ForEachMember([&](const std::string& key, const JsonNode& member) {
@@ -108,6 +119,17 @@ StoredScan ParseSeedScan(ScanType type, const JsonNode& node) {
         }
     }
     return scan;
+}
+
+Json::Value WriteSeedScan(ScanType type, const StoredScan& scan) {
+    Json::Value object;
+    object[std::string(kFlags)] = scan.values.flags;
+    WriteGroup(FindScanGroup(type, ScanGroupKind::Main), scan, object);
+    Json::Value& spyware = object[std::string(kSpyware)];
+    spyware[std::string(kFlags)] = scan.spywareFlags;
+    WriteGroup(FindScanGroup(type, ScanGroupKind::Spyware), scan, spyware);
+    WriteGroup(FindScanGroup(type, ScanGroupKind::Exclusion), scan, object[std::string(kExclusions)]);
+    return object;
 }
 
 }  // namespace wrb

@@ -1,4 +1,4 @@
-// From the seed file into the database.
+// From the seed file into the database, and back.
 #pragma once
 
 #include "SeedFile.h"
@@ -11,5 +11,8 @@ class SqlDb;
 // change when the seed has any. All in one transaction: seeding twice is seeding once, and a failure changes nothing.
 // Throws SqlError.
 void StoreSeed(SqlDb& db, const SeedData& seed);
+
+// All agents, by uid, and the service switches. Throws SqlError.
+SeedData ReadSeed(SqlDb& db);
 
 }  // namespace wrb

@@ -5,17 +5,16 @@ namespace {
 
 template <typename Values>
 std::string CreateSql() {
-    std::string sql = std::string("CREATE TABLE ") + kBundle<Values>.table + " (\n    uid TEXT " +
-                      (kHasItems<Values> ? "NOT NULL" : "PRIMARY KEY") +
-                      " COLLATE NOCASE REFERENCES agent (uid) ON DELETE CASCADE";
+    std::string sql = std::string("CREATE TABLE ") + kBundle<Values>.table + " (\n    uid {caseless} " +
+                      (kHasItems<Values> ? "NOT NULL" : "PRIMARY KEY") + " REFERENCES agent (uid) ON DELETE CASCADE";
     if (kHasItems<Values>) {
-        sql += ",\n    position INTEGER NOT NULL";
+        sql += ",\n    position {number} NOT NULL";
     }
     const Values none;
     ForEachField<Values>(none, [&](const auto& row, const auto& /*field*/) {
-        sql += std::string(",\n    ") + row.column + (row.number != nullptr ? " INTEGER" : " TEXT") + " NOT NULL";
+        sql += std::string(",\n    ") + row.column + (row.number != nullptr ? " {number}" : " {text}") + " NOT NULL";
     });
-    return sql + (kHasItems<Values> ? ",\n    PRIMARY KEY (uid, position)" : "") + "\n) WITHOUT ROWID;\n";
+    return sql + (kHasItems<Values> ? ",\n    PRIMARY KEY (uid, position)" : "") + "\n){keyed};\n";
 }
 
 template <typename Values>

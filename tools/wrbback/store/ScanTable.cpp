@@ -103,8 +103,9 @@ void InsertScan(SqlDb& db, const std::wstring& uid, ScanType type, const StoredS
 }
 
 std::optional<AgentScans> ReadScans(SqlDb& db, const std::wstring& uid) {
-    static const std::string sql = "SELECT scan.type, " + Columns("scan.") +
-                                   " FROM agent LEFT JOIN scan USING (uid) WHERE agent.uid = :uid ORDER BY scan.type";
+    static const std::string sql =
+        "SELECT scan.type, " + Columns("scan.") +
+        " FROM agent LEFT JOIN scan ON scan.uid = agent.uid WHERE agent.uid = :uid ORDER BY scan.type";
     SqlStatement read = db.Use(sql);
     read.Bind(":uid", uid);
     std::optional<AgentScans> agent;

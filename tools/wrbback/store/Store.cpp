@@ -1,107 +1,150 @@
 #include "Store.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
-#include <utility>
 
 #include "BundleTables.h"
+#include "Dialect.h"
+#include "SqlAddress.h"
 #include "StoreSchema.h"
 #include "Text.h"
 
 namespace wrb {
 namespace {
 
-[[noreturn]] void Refuse(SqlFailure failure, const std::wstring& path, const std::string& why) {
-    throw SqlError(failure, WideToUtf8(path) + ": " + why);
+constexpr uint32_t kFirstPauseMilliseconds = 100;
+constexpr uint32_t kLongestPauseMilliseconds = 5000;
+
+[[noreturn]] void Refuse(SqlFailure failure, const std::wstring& address, const std::string& why) {
+    throw SqlError(failure, ParseSqlAddress(address).name + ": " + why);
 }
 
 // For a database that is not there, or is empty.
 enum class Missing : uint8_t { kRefused, kMade };
 
 // What SQLite says about a file that it cannot use is short; these cases come up most, so they get a sentence.
-[[noreturn]] void Explain(const SqlError& error, const std::wstring& path) {
+[[noreturn]] void Explain(const SqlError& error, const std::wstring& address) {
     switch (error.Failure()) {
         case SqlFailure::NotADatabase:
-            Refuse(error.Failure(), path, "is not a database");
+            Refuse(error.Failure(), address, "is not a database");
         case SqlFailure::Busy:
-            Refuse(error.Failure(), path, "is locked by another program");
+            Refuse(error.Failure(), address, "is locked by another program");
         case SqlFailure::Damaged:
-            Refuse(error.Failure(), path, "is damaged");
+            Refuse(error.Failure(), address, "is damaged");
         default:
             throw error;
     }
 }
 
-// True when the file is ours and of this version; false when it is empty.
-bool IsOurs(SqlDb& db, const std::wstring& path) {
-    const int64_t application = db.NumberOf("PRAGMA application_id");
-    const int64_t version = db.NumberOf("PRAGMA user_version");
-    if (application == 0 && version == 0 && db.NumberOf("SELECT count(*) FROM sqlite_master") == 0) {
-        return false;
+// The version of our tables; nothing when the database is empty.
+std::optional<int64_t> VersionOf(SqlDb& db, const std::wstring& address) {
+    const Dialect& dialect = DialectOf(db.Engine());
+    if (db.NumberOf(dialect.countTables) == 0) {
+        return std::nullopt;
+    }
+    int64_t application = 0;
+    try {
+        application = db.NumberOf(dialect.application);
+    } catch (const SqlError& error) {
+        if (error.Failure() != SqlFailure::Other) {  // else our table is not there
+            throw;
+        }
     }
     if (application != kStoreApplicationId) {
-        Refuse(SqlFailure::Other, path, "is a database of another program");
+        Refuse(SqlFailure::Other, address, "is a database of another program");
     }
-    if (version != kStoreVersion) {
-        Refuse(SqlFailure::Other, path,
+    const int64_t version = db.NumberOf(dialect.version);
+    if (version < Migrations().front().from || version > kStoreVersion) {
+        Refuse(SqlFailure::Other, address,
                "has version " + std::to_string(version) + ", this program knows " + std::to_string(kStoreVersion));
     }
-    return true;
+    return version;
+}
+
+void WriteVersion(SqlDb& db, int64_t version) {
+    db.Execute(DialectOf(db.Engine()).writeVersion + std::to_string(version));
 }
 
 void CreateTables(SqlDb& db) {
-    db.Execute("PRAGMA encoding = 'UTF-16le'");
-    db.Execute("PRAGMA journal_mode = WAL");
+    const Dialect& dialect = DialectOf(db.Engine());
+    db.Execute(dialect.prepareFile);
     SqlTransaction transaction(db);
-    db.Execute(kStoreSchema);
-    db.Execute(BundleTablesSql());
+    db.Execute(dialect.create);
+    db.Execute(Spelled(db.Engine(), kStoreSchema));
+    db.Execute(Spelled(db.Engine(), BundleTablesSql()));
+    WriteVersion(db, kStoreVersion);
     transaction.Commit();
 }
 
-std::unique_ptr<SqlDb> Open(const std::wstring& path, Missing missing) {
-    try {
-        std::error_code ignored;
-        if (missing == Missing::kRefused && !std::filesystem::exists(path, ignored)) {
-            Refuse(SqlFailure::CannotOpen, path,
-                   "there is no such file; make it with: wrbback seed AGENTS.json --db FILE");
+void Migrate(SqlDb& db) {
+    SqlTransaction transaction(db);
+    int64_t version = db.NumberOf(DialectOf(db.Engine()).version);  // another process may have been faster
+    for (const Migration& step : Migrations()) {
+        if (step.from == version) {
+            db.Execute(Spelled(db.Engine(), step.sql));
+            ++version;
         }
-        auto db = std::make_unique<SqlDb>(path);
-        db->Execute("PRAGMA foreign_keys = ON; PRAGMA trusted_schema = OFF; PRAGMA synchronous = NORMAL");
-        if (!IsOurs(*db, path)) {
-            if (missing == Missing::kRefused) {
-                Refuse(SqlFailure::Other, path, "is empty; fill it with: wrbback seed AGENTS.json --db FILE");
-            }
+    }
+    WriteVersion(db, version);
+    transaction.Commit();
+}
+
+std::unique_ptr<SqlDb> Open(const std::wstring& address, Missing missing) {
+    try {
+        const SqlAddress parsed = ParseSqlAddress(address);
+        std::error_code ignored;
+        if (missing == Missing::kRefused && !parsed.isOdbc && !std::filesystem::exists(parsed.target, ignored)) {
+            Refuse(SqlFailure::CannotOpen, address,
+                   "there is no such file; make it with: wrbback seed AGENTS.json --store STORE");
+        }
+        auto db = std::make_unique<SqlDb>(address);
+        db->Execute(DialectOf(db->Engine()).setUp);
+        const std::optional<int64_t> version = VersionOf(*db, address);
+        if (!version && missing == Missing::kRefused) {
+            Refuse(SqlFailure::Other, address, "is empty; fill it with: wrbback seed AGENTS.json --store STORE");
+        }
+        if (!version) {
             CreateTables(*db);
+        } else if (*version != kStoreVersion) {
+            Migrate(*db);
         }
         return db;
     } catch (const SqlError& error) {
-        Explain(error, path);
+        Explain(error, address);
     }
 }
 
 }  // namespace
 
-std::unique_ptr<SqlDb> OpenStore(const std::wstring& path) {
-    return Open(path, Missing::kRefused);
+std::unique_ptr<SqlDb> OpenStore(const std::wstring& address) {
+    return Open(address, Missing::kRefused);
 }
-std::unique_ptr<SqlDb> CreateStore(const std::wstring& path) {
-    return Open(path, Missing::kMade);
+std::unique_ptr<SqlDb> CreateStore(const std::wstring& address) {
+    return Open(address, Missing::kMade);
 }
 
-void VerifyStore(SqlDb& db, const std::wstring& path) {
+void VerifyStore(SqlDb& db, const std::wstring& address) {
     try {
-        SqlStatement check = db.Use("PRAGMA quick_check(1)");
+        SqlStatement check = db.Use(DialectOf(db.Engine()).check);
         if (check.Step() && check.Text(0) != L"ok") {
-            Refuse(SqlFailure::Damaged, path, "is damaged: " + WideToUtf8(check.Text(0)));
+            Refuse(SqlFailure::Damaged, address, "is damaged: " + WideToUtf8(check.Text(0)));
         }
     } catch (const SqlError& error) {
-        Explain(error, path);
+        Explain(error, address);
     }
 }
 
-StorePool::StorePool(const std::wstring& path, unsigned connections) {
+// The newest row tells which are too old. Ids have gaps where a transaction was rolled back; then fewer rows stay.
+void KeepLatest(SqlDb& db, const std::string& table, int64_t keep) {
+    SqlStatement trim = db.Use("DELETE FROM " + table + " WHERE id <= (SELECT max(id) FROM " + table + ") - @keep");
+    trim.Bind("@keep", keep).Run();
+}
+
+StorePool::StorePool(const std::wstring& address, unsigned connections, const IClock& clock)
+    : m_address(address), m_clock(clock) {
     for (unsigned i = 0; i < connections; ++i) {
-        m_free.push_back(OpenStore(path));
+        m_free.push_back(OpenStore(address));
     }
 }
 
@@ -110,7 +153,40 @@ StorePool::Lease StorePool::Lend() {
     m_returned.wait(lock, [this] { return !m_free.empty(); });
     std::unique_ptr<SqlDb> db = std::move(m_free.back());
     m_free.pop_back();
-    return {*this, std::move(db)};
+    lock.unlock();
+    return {*this, db ? std::move(db) : Connect()};
+}
+
+std::unique_ptr<SqlDb> StorePool::Connect() {
+    try {
+        RefuseDuringPause();
+        auto db = TryToOpen();
+        const std::lock_guard lock(m_lock);
+        m_pause = 0;
+        return db;
+    } catch (const SqlError&) {
+        Return(nullptr);
+        throw;
+    }
+}
+
+void StorePool::RefuseDuringPause() {
+    const std::lock_guard lock(m_lock);
+    if (m_pause != 0 && m_clock.TickMilliseconds() - m_tried < m_pause) {
+        throw SqlError(SqlFailure::Disconnected, m_failure);
+    }
+}
+
+std::unique_ptr<SqlDb> StorePool::TryToOpen() {
+    try {
+        return OpenStore(m_address);
+    } catch (const SqlError& error) {
+        const std::lock_guard lock(m_lock);
+        m_tried = m_clock.TickMilliseconds();
+        m_pause = std::clamp(m_pause * 2, kFirstPauseMilliseconds, kLongestPauseMilliseconds);
+        m_failure = error.what();
+        throw;
+    }
 }
 
 void StorePool::Return(std::unique_ptr<SqlDb> db) {
@@ -119,6 +195,29 @@ void StorePool::Return(std::unique_ptr<SqlDb> db) {
         m_free.push_back(std::move(db));
     }
     m_returned.notify_one();
+}
+
+void StorePool::DropFree() {
+    const std::lock_guard lock(m_lock);
+    for (auto& db : m_free) {
+        db.reset();
+    }
+}
+
+bool StorePool::Lease::MayRepeat(const SqlError& error) {
+    switch (error.Failure()) {
+        case SqlFailure::Disconnected: {
+            const bool nothingDone = !m_db->CommitIsOpen();
+            m_db.reset();
+            m_pool.DropFree();  // a server that has gone has left them all
+            return nothingDone;
+        }
+        case SqlFailure::Conflict:
+        case SqlFailure::Constraint:  // both may have made the same row
+            return true;
+        default:
+            return false;
+    }
 }
 
 }  // namespace wrb

@@ -2,147 +2,151 @@
 
 namespace wrb {
 
-// Uids are GUID texts: upper and lower case are equal.
+// Words in braces: see Dialect.h. Uids are GUID texts, of which upper and lower case are equal.
 const char kStoreSchema[] = R"sql(
-PRAGMA application_id = 0x57524244;
-PRAGMA user_version = 2;
-
 CREATE TABLE agent (
-    uid                TEXT PRIMARY KEY COLLATE NOCASE,
-    computer           TEXT    NOT NULL DEFAULT '',
-    ip                 TEXT    NOT NULL DEFAULT '',
-    domain_name        TEXT    NOT NULL DEFAULT '',
-    domain_path        TEXT    NOT NULL DEFAULT '',
-    domain_uid         TEXT    NOT NULL DEFAULT '',
-    program_version    TEXT    NOT NULL DEFAULT '',
-    platform           INTEGER NOT NULL DEFAULT 0,
-    architecture       INTEGER NOT NULL DEFAULT 0,
-    status1            INTEGER NOT NULL DEFAULT 0,
-    status2            INTEGER NOT NULL DEFAULT 0,
-    changed            INTEGER NOT NULL DEFAULT 0,   -- configuration-changed bits
-    scan_method        INTEGER NOT NULL DEFAULT 0,
-    uninstall_password TEXT    NOT NULL DEFAULT '',
-    unload_password    TEXT    NOT NULL DEFAULT '',
-    privilege1         INTEGER NOT NULL DEFAULT 0,
-    privilege2         INTEGER NOT NULL DEFAULT 0,
-    opp_status         INTEGER NOT NULL DEFAULT 0,   -- outbreak prevention
-    opp_end            INTEGER NOT NULL DEFAULT 0,
-    behaviour_text     TEXT    NOT NULL DEFAULT '',
-    firewall_policy    TEXT    NOT NULL DEFAULT '',
-    firewall_number    INTEGER NOT NULL DEFAULT 0,
-    firewall_count1    INTEGER NOT NULL DEFAULT 0,
-    firewall_count2    INTEGER NOT NULL DEFAULT 0,
-    firewall_count3    INTEGER NOT NULL DEFAULT 0,
-    firewall_count4    INTEGER NOT NULL DEFAULT 0,
-    firewall_count5    INTEGER NOT NULL DEFAULT 0,
-    firewall_count6    INTEGER NOT NULL DEFAULT 0,
-    firewall_time      INTEGER NOT NULL DEFAULT 0    -- calendar seconds
-) WITHOUT ROWID;
+    uid                {caseless} PRIMARY KEY,
+    computer           {text}    NOT NULL DEFAULT '',
+    ip                 {text}    NOT NULL DEFAULT '',
+    domain_name        {text}    NOT NULL DEFAULT '',
+    domain_path        {text}    NOT NULL DEFAULT '',
+    domain_uid         {text}    NOT NULL DEFAULT '',
+    program_version    {text}    NOT NULL DEFAULT '',
+    platform           {number} NOT NULL DEFAULT 0,
+    architecture       {number} NOT NULL DEFAULT 0,
+    status1            {number} NOT NULL DEFAULT 0,
+    status2            {number} NOT NULL DEFAULT 0,
+    changed            {number} NOT NULL DEFAULT 0,   -- configuration-changed bits
+    scan_method        {number} NOT NULL DEFAULT 0,
+    uninstall_password {text}    NOT NULL DEFAULT '',
+    unload_password    {text}    NOT NULL DEFAULT '',
+    privilege1         {number} NOT NULL DEFAULT 0,
+    privilege2         {number} NOT NULL DEFAULT 0,
+    opp_status         {number} NOT NULL DEFAULT 0,   -- outbreak prevention
+    opp_end            {number} NOT NULL DEFAULT 0,
+    behaviour_text     {text}    NOT NULL DEFAULT '',
+    firewall_policy    {text}    NOT NULL DEFAULT '',
+    firewall_number    {number} NOT NULL DEFAULT 0,
+    firewall_count1    {number} NOT NULL DEFAULT 0,
+    firewall_count2    {number} NOT NULL DEFAULT 0,
+    firewall_count3    {number} NOT NULL DEFAULT 0,
+    firewall_count4    {number} NOT NULL DEFAULT 0,
+    firewall_count5    {number} NOT NULL DEFAULT 0,
+    firewall_count6    {number} NOT NULL DEFAULT 0,
+    firewall_time      {number} NOT NULL DEFAULT 0    -- calendar seconds
+){keyed};
 
 -- Four rows for each agent that has a configuration, none for one that has not.
 CREATE TABLE scan (
-    uid                   TEXT    NOT NULL COLLATE NOCASE REFERENCES agent (uid) ON DELETE CASCADE,
-    type                  INTEGER NOT NULL CHECK (type BETWEEN 0 AND 3),
-    flags                 INTEGER NOT NULL DEFAULT 0,
-    compressed_layer      INTEGER NOT NULL DEFAULT 0,
-    ole_layer             INTEGER NOT NULL DEFAULT 0,
-    possible_virus_action INTEGER NOT NULL DEFAULT 0,
-    frequency             INTEGER NOT NULL DEFAULT 0,  -- this and the next seven: prescheduled scan only
-    hour                  INTEGER NOT NULL DEFAULT 0,
-    minute                INTEGER NOT NULL DEFAULT 0,
-    am_pm                 INTEGER NOT NULL DEFAULT 0,
-    day_of_month          INTEGER NOT NULL DEFAULT 0,
-    day_of_week           INTEGER NOT NULL DEFAULT 0,
-    week_ordinal_of_month INTEGER NOT NULL DEFAULT 0,
-    weekday_of_month      INTEGER NOT NULL DEFAULT 0,
-    ext_list              TEXT    NOT NULL DEFAULT '',
-    move_dir              TEXT    NOT NULL DEFAULT '',
-    cust_action           TEXT    NOT NULL DEFAULT '',
-    excluded_folder       TEXT    NOT NULL DEFAULT '',
-    excluded_file         TEXT    NOT NULL DEFAULT '',
-    excluded_ext          TEXT    NOT NULL DEFAULT '',
-    spyware_flags         INTEGER NOT NULL DEFAULT 0,
-    exclude_file_ext_list TEXT    NOT NULL DEFAULT '',  -- of the spyware group; not real-time
+    uid                   {caseless} NOT NULL REFERENCES agent (uid) ON DELETE CASCADE,
+    type                  {number} NOT NULL CHECK (type BETWEEN 0 AND 3),
+    flags                 {number} NOT NULL DEFAULT 0,
+    compressed_layer      {number} NOT NULL DEFAULT 0,
+    ole_layer             {number} NOT NULL DEFAULT 0,
+    possible_virus_action {number} NOT NULL DEFAULT 0,
+    frequency             {number} NOT NULL DEFAULT 0,  -- this and the next seven: prescheduled scan only
+    hour                  {number} NOT NULL DEFAULT 0,
+    minute                {number} NOT NULL DEFAULT 0,
+    am_pm                 {number} NOT NULL DEFAULT 0,
+    day_of_month          {number} NOT NULL DEFAULT 0,
+    day_of_week           {number} NOT NULL DEFAULT 0,
+    week_ordinal_of_month {number} NOT NULL DEFAULT 0,
+    weekday_of_month      {number} NOT NULL DEFAULT 0,
+    ext_list              {text}    NOT NULL DEFAULT '',
+    move_dir              {text}    NOT NULL DEFAULT '',
+    cust_action           {text}    NOT NULL DEFAULT '',
+    excluded_folder       {text}    NOT NULL DEFAULT '',
+    excluded_file         {text}    NOT NULL DEFAULT '',
+    excluded_ext          {text}    NOT NULL DEFAULT '',
+    spyware_flags         {number} NOT NULL DEFAULT 0,
+    exclude_file_ext_list {text}    NOT NULL DEFAULT '',  -- of the spyware group; not real-time
     PRIMARY KEY (uid, type)
-) WITHOUT ROWID;
+){keyed};
 
 CREATE TABLE spyware_approved (
-    uid      TEXT    NOT NULL COLLATE NOCASE REFERENCES agent (uid) ON DELETE CASCADE,
-    position INTEGER NOT NULL,
-    item     TEXT    NOT NULL CHECK (item <> ''),  -- an empty one would end the list on the wire
+    uid      {caseless} NOT NULL REFERENCES agent (uid) ON DELETE CASCADE,
+    position {number} NOT NULL,
+    item     {text}    NOT NULL CHECK (item <> ''),  -- an empty one would end the list on the wire
     PRIMARY KEY (uid, position)
-) WITHOUT ROWID;
+){keyed};
 
 CREATE TABLE restore_session (
-    uid      TEXT    NOT NULL COLLATE NOCASE REFERENCES agent (uid) ON DELETE CASCADE,
-    position INTEGER NOT NULL,
-    session  TEXT    NOT NULL CHECK (session <> ''),
+    uid      {caseless} NOT NULL REFERENCES agent (uid) ON DELETE CASCADE,
+    position {number} NOT NULL,
+    session  {text}    NOT NULL CHECK (session <> ''),
     PRIMARY KEY (uid, position)
-) WITHOUT ROWID;
+){keyed};
 
 CREATE TABLE behaviour_policy (
-    uid       TEXT    NOT NULL COLLATE NOCASE REFERENCES agent (uid) ON DELETE CASCADE,
-    position  INTEGER NOT NULL,
-    policy_id TEXT    NOT NULL,
-    action    INTEGER NOT NULL,
-    enable    INTEGER NOT NULL,
+    uid       {caseless} NOT NULL REFERENCES agent (uid) ON DELETE CASCADE,
+    position  {number} NOT NULL,
+    policy_id {text}    NOT NULL,
+    action    {number} NOT NULL,
+    enable    {number} NOT NULL,
     PRIMARY KEY (uid, position)
-) WITHOUT ROWID;
+){keyed};
 
 -- Server-wide, in the order of the section ServiceSwitch.
 CREATE TABLE service_switch (
-    position INTEGER PRIMARY KEY CHECK (position BETWEEN 0 AND 10),
-    enabled  INTEGER NOT NULL
+    position {number} PRIMARY KEY CHECK (position BETWEEN 0 AND 10),
+    enabled  {number} NOT NULL
 );
 INSERT INTO service_switch (position, enabled)
     VALUES (0, 1), (1, 1), (2, 1), (3, 1), (4, 1), (5, 1), (6, 1), (7, 1), (8, 1), (9, 1), (10, 1);
 
 CREATE TABLE special_log (
-    id       INTEGER PRIMARY KEY,
-    uid      TEXT    NOT NULL COLLATE NOCASE REFERENCES agent (uid) ON DELETE CASCADE,
-    log_type INTEGER NOT NULL,
-    text     TEXT    NOT NULL,
-    received INTEGER NOT NULL  -- calendar seconds
+    id       {id},
+    uid      {caseless} NOT NULL REFERENCES agent (uid) ON DELETE CASCADE,
+    log_type {number} NOT NULL,
+    text     {text}    NOT NULL,
+    received {number} NOT NULL  -- calendar seconds
 );
 CREATE INDEX special_log_of_agent ON special_log (uid);
--- Agents write these, so there must be an end to them.
-CREATE TRIGGER special_log_limit AFTER INSERT ON special_log
-BEGIN
-    DELETE FROM special_log WHERE id <= NEW.id - 10000;
-END;
-
 -- What the log pool keeps, under the names that its senders use. The columns are those of records/RecordTable.cpp.
 CREATE TABLE TBL_CFW_LOG (
-    id         INTEGER PRIMARY KEY,
-    UID        TEXT    NOT NULL COLLATE NOCASE,
-    DATE       TEXT    NOT NULL,  -- local time of the server
-    LOCAL_HOST TEXT    NOT NULL,  -- this and the next: 32 hexadecimal digits
-    REMOTEHOST TEXT    NOT NULL,
-    PROTOCOL   INTEGER NOT NULL,
-    TYPE       INTEGER NOT NULL,
-    SUBTYPE    INTEGER NOT NULL,
-    PORT       INTEGER NOT NULL,
-    DIRECTION  INTEGER NOT NULL,
-    PV_NAME    TEXT    NOT NULL,
-    LOG_TYPE   INTEGER NOT NULL
+    id         {id},
+    UID        {caseless} NOT NULL,
+    DATE       {text}    NOT NULL,  -- local time of the server
+    LOCAL_HOST {text}    NOT NULL,  -- this and the next: 32 hexadecimal digits
+    REMOTEHOST {text}    NOT NULL,
+    PROTOCOL   {number} NOT NULL,
+    TYPE       {number} NOT NULL,
+    SUBTYPE    {number} NOT NULL,
+    PORT       {number} NOT NULL,
+    DIRECTION  {number} NOT NULL,
+    PV_NAME    {text}    NOT NULL,
+    LOG_TYPE   {number} NOT NULL
 );
 CREATE TABLE TBL_RESTORE_LOG (
-    id        INTEGER PRIMARY KEY,
-    LOGID     TEXT    NOT NULL,
-    UID       TEXT    NOT NULL COLLATE NOCASE,
-    RECV_TIME TEXT    NOT NULL,
-    LOG_TYPE  INTEGER NOT NULL,
-    RESULT    INTEGER NOT NULL
+    id        {id},
+    LOGID     {text}    NOT NULL,
+    UID       {caseless} NOT NULL,
+    RECV_TIME {text}    NOT NULL,
+    LOG_TYPE  {number} NOT NULL,
+    RESULT    {number} NOT NULL
 );
 
 -- Messages to the central-management agent and the agent-command service.
 CREATE TABLE event (
-    id       INTEGER PRIMARY KEY,
-    RECEIVED TEXT NOT NULL,  -- local time of the server
-    SERVICE  TEXT NOT NULL,  -- its pipe
-    NAME     TEXT NOT NULL,
-    FIELDS   TEXT NOT NULL   -- TAB between them
+    id       {id},
+    RECEIVED {text} NOT NULL,  -- local time of the server
+    SERVICE  {text} NOT NULL,  -- its pipe
+    NAME     {text} NOT NULL,
+    FIELDS   {text} NOT NULL   -- TAB between them
 );
 )sql";
+
+namespace {
+
+// Other engines than SQLite began with version 3.
+constexpr Migration kMigrations[] = {
+    {2, "DROP TRIGGER special_log_limit"},  // the program keeps the limit
+};
+
+}  // namespace
+
+std::span<const Migration> Migrations() {
+    return kMigrations;
+}
 
 }  // namespace wrb

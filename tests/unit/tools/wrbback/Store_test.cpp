@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <functional>
 
+#include "ChildProcess.h"
 #include "OnThreads.h"
 #include "ScanTable.h"
 #include "SeedFile.h"
@@ -40,7 +42,7 @@ TEST(Store, AFileThatCannotBeUsedIsNamedWithTheReason) {
         {"another program's", [&] { SqlDb(path).Execute("CREATE TABLE theirs (x); PRAGMA user_version = 1"); },
          "is a database of another program"},
         {"a newer version's", [&] { CreateStore(path)->Execute("PRAGMA user_version = 99"); },
-         "has version 99, this program knows 2"},
+         "has version 99, this program knows 3"},
         {"damaged",
          [&] {
              CreateStore(path)->Execute("PRAGMA journal_mode = DELETE");
@@ -64,6 +66,20 @@ TEST(Store, AFileThatCannotBeUsedIsNamedWithTheReason) {
     EXPECT_EQ(WhyNot(path), "");
 }
 
+TEST(Store, AFileOfTheVersionBeforeIsBroughtForward) {
+    const TempFolder folder;
+    const std::wstring path = (folder / L"agents.db").wstring();
+    CreateStore(path)->Execute(
+        "CREATE TRIGGER special_log_limit AFTER INSERT ON special_log BEGIN DELETE FROM special_log; END;"
+        "INSERT INTO agent (uid) VALUES ('u'); PRAGMA user_version = 2");
+    for (int i = 0; i < 2; ++i) {
+        const auto db = OpenStore(path);
+        EXPECT_EQ(db->NumberOf("PRAGMA user_version"), 3);
+        EXPECT_EQ(db->NumberOf("SELECT count(*) FROM sqlite_master WHERE type = 'trigger'"), 0);
+        EXPECT_EQ(db->NumberOf("SELECT count(*) FROM agent"), 1);
+    }
+}
+
 TEST(Store, ThePoolLendsEachConnectionToOneThreadAndReadersGoOnWhileAWriterIsInTheMiddle) {
     const TempFolder folder;
     const std::wstring path = (folder / L"agents.db").wstring();
@@ -84,7 +100,81 @@ TEST(Store, ThePoolLendsEachConnectionToOneThreadAndReadersGoOnWhileAWriterIsInT
     EXPECT_EQ(pool.Lend().Db().NumberOf("SELECT count(*) FROM agent"), 1);
 }
 
+// A file, or the database that the variable WRB_TEST_STORE names.
+struct SharedStore : testing::Test {
+    SharedStore() {
+        StoreSeed(*CreateStore(address), ParseSeed(R"({"agents": [{"uid": ")" + WideToUtf8(kAgent) + "\"}]}"));
+    }
+    static int64_t Write(SqlDb& db, DbCommand command, const std::wstring& fields) {
+        CCmdProtocol request((kAgent + (L"\t" + fields)).c_str());
+        return RunTextCommand(db, command, request);
+    }
+    static constexpr wchar_t kAgent[] = L"3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3";
+    const TempFolder folder;
+    const wchar_t* const given = _wgetenv(L"WRB_TEST_STORE");
+    const std::wstring address = given != nullptr ? given : (folder / L"agents.db").wstring();
+};
+
+TEST_F(SharedStore, EightConnectionsChangeOneAgentAndNoBitIsLost) {
+    test::OnThreads(8, [this](unsigned thread) {
+        StorePool pool(address, 1);
+        const std::wstring bits = std::to_wstring(0x01010101u << thread);
+        for (int n = 0; n < 5; ++n) {
+            for (const std::wstring& fields : {L"0\t" + bits, bits + L"\t0"}) {
+                EXPECT_EQ(pool.Run([&](SqlDb& db) { return Write(db, DbCommand::SetConfFlag, fields); }), 1);
+            }
+            EXPECT_EQ(pool.Run([&](SqlDb& db) { return Write(db, DbCommand::SetMsFlg, bits + L"\t" + bits); }), 1)
+                << "the first of them gives the agent a configuration";
+        }
+    });
+    const auto db = OpenStore(address);
+    EXPECT_EQ(db->NumberOf("SELECT changed FROM agent"), 0xFFFFFFFF);
+    EXPECT_EQ(db->NumberOf("SELECT flags FROM scan WHERE type = 0"), 0xFFFFFFFF);
+    EXPECT_EQ(db->NumberOf("SELECT count(*) FROM scan"), 4);
+}
+
+TEST_F(SharedStore, AConnectionThatTheServerEndsIsMadeAnew) {
+    if (given == nullptr) {
+        GTEST_SKIP() << "SQLite has no connection to lose";
+    }
+    StorePool pool(address, 2);
+    const auto killer = OpenStore(address);
+    const auto kill = [&killer] {
+        killer->NumberOf(
+            "SELECT count(pg_terminate_backend(pid)) FROM pg_stat_activity WHERE datname = current_database() "
+            "AND pid <> pg_backend_pid()");
+    };
+    for (int n = 0; n < 3; ++n) {
+        kill();
+        EXPECT_EQ(pool.Run([](SqlDb& db) { return Write(db, DbCommand::SetConfFlag, L"1\t0"); }), 1);
+    }
+    const auto dieInside = [&](SqlDb& db) {
+        SqlTransaction transaction(db);
+        db.Execute("UPDATE agent SET changed = 2");
+        kill();
+        transaction.Commit();
+    };
+    EXPECT_THROW(dieInside(pool.Lend().Db()), SqlError);
+    EXPECT_EQ(killer->NumberOf("SELECT changed FROM agent"), 1);
+}
+
 constexpr char kUid[] = "3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3";
+
+// Every row of every table.
+std::string DumpOf(SqlDb& db) {
+    std::string dump;
+    for (SqlStatement tables = db.Use("SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name");
+         tables.Step();) {
+        const std::string table = WideToUtf8(tables.Text(0));
+        for (SqlStatement rows = db.Use("SELECT * FROM " + table + " ORDER BY 1, 2"); rows.Step(); dump += '\n') {
+            dump += table;
+            for (int column = 0; column < rows.Columns(); ++column) {
+                dump += '|' + WideToUtf8(rows.Text(column));
+            }
+        }
+    }
+    return dump;
+}
 
 std::string Agent(const std::string& members) {
     return std::string(R"({"agents": [{"uid": ")") + kUid + "\"" + (members.empty() ? "" : ", ") + members + "}]}";
@@ -127,6 +217,20 @@ TEST(Seed, WhatIsWrongIsSaidWithItsPlace) {
             EXPECT_NE(std::string(error.what()).find(message), std::string::npos) << error.what();
         }
     }
+}
+
+TEST(Seed, ExportIsTheInverse) {
+    const TempFolder folder;
+    std::string text = ReadAll(test::ProgramFolder() + L"sample-agents.json");
+    std::string all[2];
+    for (std::string& dump : all) {
+        const auto db = CreateStore((folder / std::to_wstring(text.size())).wstring());
+        StoreSeed(*db, ParseSeed(text));
+        text = WriteSeed(ReadSeed(*db));
+        dump = DumpOf(*db);
+    }
+    EXPECT_EQ(all[0], all[1]);
+    EXPECT_EQ(WriteSeed(ParseSeed(text)), text);
 }
 
 TEST(Seed, ScanKeysSetTheBitsOfTheirOwnSection) {
