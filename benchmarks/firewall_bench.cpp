@@ -124,7 +124,8 @@ void ParseRecords(benchmark::State& state) {
     const std::filesystem::path& file = ParsedFile();
     const AllocationCounter counter(state);
     while (state.KeepRunningBatch(kParsed)) {
-        if (ForwardCfwLogFile(kSampleUid, file.c_str(), {Take, Take}) != 1) {
+        Undelivered lost;
+        if (ForwardCfwLogFile(kSampleUid, file.c_str(), {Take, Take}, lost) != 1) {
             state.SkipWithError("a record was lost");
         }
     }

@@ -1,15 +1,21 @@
 // What one hostile, hung or starved neighbour can do to the host and its services.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "AccessOf.h"
+#include "CabinetBuilder.h"
+#include "CounterSection.h"
 #include "HandlerCounterBlock.h"
 #include "HostProcess.h"
 #include "NamedMutex.h"
 #include "OnThreads.h"
+#include "PfwLogSample.h"
+#include "ResourceUse.h"
+#include "ServerHome.h"
 
 namespace wrb::test {
 namespace {
@@ -166,6 +172,73 @@ TEST(Hostile, ALogServiceThatHangsStopsNoCommand) {
         }
         host.ExpectEnd(0, {"handled 30, "});
     }
+}
+
+// The fields of a firewall upload after the reply pipe.
+std::wstring FirewallUpload(const std::wstring& package, const std::filesystem::path& base) {
+    return L"uid\t" + package + L"\t" + base.wstring() + L"\t1";
+}
+
+// Whoever may send a command reaches the folders for uploads, and nothing else.
+TEST(Hostile, UploadsReachTheirFoldersOnly) {
+    const ServerHome home;
+    const std::filesystem::path settings = home / L"Private\\wrbserver.ini";
+    const std::filesystem::path package = home / L"Upload\\package";
+    home.Write(L"Private\\wrbserver.ini", "[INI_SERVER_SECTION]\r\nUploadFolders=*\r\n");
+    home.Write(L"Upload\\package", "no cabinet");
+    const std::wstring pipe = UniqueName(L"package");
+    const FakePipeService sender(pipe);
+    const Host host({});
+    const auto upload = [&](const std::wstring& name, const wchar_t* base) {
+        EXPECT_EQ(Ask(L"CMDHL_PFW_SET_LOG", FirewallUpload(name, home / base).c_str()), L"0");
+    };
+    for (const std::wstring& name : {L"\\\\.\\pipe\\" + pipe, L"\\\\127.0.0.1\\pipe\\" + pipe, settings.wstring(),
+                                     (home / L"Upload\\..\\Private\\wrbserver.ini").wstring()}) {
+        upload(name, L"Upload\\dir-");
+    }
+    upload(package, L"Private\\dir-");
+    EXPECT_TRUE(std::filesystem::exists(settings) && std::filesystem::exists(package));
+    EXPECT_TRUE(sender.WaitFor(0).empty());
+    upload(package, L"Upload\\dir-");
+    host.ExpectEnd(0, {"handled 6, "});
+    EXPECT_FALSE(std::filesystem::exists(package));
+}
+
+// No service takes the records: the agent has its "1", and the counters say what is lost.
+TEST(Hostile, RecordsThatNoServiceTakesAreCounted) {
+    const ServerHome home;
+    const std::string record = BytesOf(SampleRecord<SWRB_PFW_LOG_ITEM>());
+    const Bytes cabinet = BuildCabinet({{"a.log", Bytes(record.begin(), record.end())}});
+    home.Write(L"Upload\\package", std::string(cabinet.begin(), cabinet.end()));
+    const Host host({});
+    CounterReader counters;
+    uint32_t error = 0;
+    ASSERT_EQ(counters.Attach(error), CounterAttach::Attached) << error;
+    const std::wstring fields = FirewallUpload(home / L"Upload\\package", home / L"Upload\\dir-");
+    EXPECT_EQ(Ask(L"CMDHL_PFW_SET_LOG", fields.c_str()), L"1");
+    host.ExpectEnd(0, {"handled 1, "});
+    EXPECT_EQ(counters.Undelivered().rows, 1u);
+    EXPECT_EQ(counters.Undelivered().events, 1u);
+}
+
+// Uids of half a megabyte: the ticket's lists keep 36 characters of each.
+TEST(Hostile, LongUidsAreNotKept) {
+    const ServerHome home;
+    home.Write(L"wrbscan.ini", "[Global Setting]\r\nEnablePFWLogUploadingTicket=1\r\n");
+    const Host host({});
+    const auto ask = [](int number) {
+        const std::wstring uid = std::to_wstring(number) + std::wstring(250'000, L'u');
+        EXPECT_TRUE(Ask(L"CMDHL_PFW_GET_LOG_QUERY_CONDITION", uid.c_str()).starts_with(L"1\t"));
+    };
+    for (int i = 0; i < 20; ++i) {  // every worker has read one
+        ask(i);
+    }
+    const std::size_t before = CurrentResourceUse(host.Handle()).committedBytes;
+    for (int i = 20; i < 60; ++i) {
+        ask(i);
+    }
+    EXPECT_LT(CurrentResourceUse(host.Handle()).committedBytes, before + (10u << 20)) << "of 20 MB";
+    host.ExpectEnd(0, {"handled 60, "});
 }
 
 }  // namespace

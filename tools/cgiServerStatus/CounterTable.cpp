@@ -35,7 +35,10 @@ void PutCounterTable(CPutStream& out) {
             PutRow(out, counted.name.c_str(), slot);
         }
     }
-    out << "</table>\n<p>calls in progress: " << reader.CallsInProgress() << "</p>\n";
+    const Undelivered lost = reader.Undelivered();
+    out << "</table>\n<p>calls in progress: " << reader.CallsInProgress()
+        << "; not handed over: " << std::to_string(lost.rows).c_str() << " log rows, "
+        << std::to_string(lost.events).c_str() << " events</p>\n";
 }
 
 }  // namespace wrb

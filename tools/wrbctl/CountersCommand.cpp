@@ -29,12 +29,18 @@ std::string TextTable(const CounterReader& reader, bool all) {
             text += TextLine("%-38s %9u %9u %8u %8u %12llu\n", counted.name.c_str(), slot);
         }
     }
-    return text + "calls in progress: " + std::to_string(reader.CallsInProgress()) + "\n";
+    const Undelivered lost = reader.Undelivered();
+    return text + "calls in progress: " + std::to_string(reader.CallsInProgress()) +
+           "\nnot handed over: " + std::to_string(lost.rows) + " log rows, " + std::to_string(lost.events) +
+           " events\n";
 }
 
 Json::Value JsonTable(const CounterReader& reader, bool all) {
     Json::Value result;
     result["callsInProgress"] = reader.CallsInProgress();
+    const Undelivered lost = reader.Undelivered();
+    result["undeliveredRows"] = lost.rows;
+    result["undeliveredEvents"] = lost.events;
     Json::Value& commands = result["commands"] = Json::Value(Json::arrayValue);
     for (const CountedRow& counted : CountedRows()) {
         const HandlerCounterSlot slot = reader.Slot(counted.slot);

@@ -163,4 +163,9 @@ int32_t CounterReader::CallsInProgress() const noexcept {
     return block != nullptr ? ReadCallsInProgress(*block) : 0;
 }
 
+Undelivered CounterReader::Undelivered() const noexcept {
+    const auto* block = static_cast<const HandlerCounterBlock*>(m_view.Get());
+    return block != nullptr ? ReadUndelivered(*block) : wrb::Undelivered{};
+}
+
 }  // namespace wrb

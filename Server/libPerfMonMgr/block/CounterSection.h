@@ -56,9 +56,11 @@ class CounterReader {
   public:
     CounterAttach Attach(uint32_t& error, const wchar_t* sectionName = kCounterSectionName) noexcept;
 
-    // While attached: the slot's counters now (all zero for a slot that does not exist), and the calls in progress.
+    // While attached: the slot's counters now (all zero for a slot that does not exist), the calls in progress, and
+    // what could not be handed over.
     HandlerCounterSlot Slot(uint32_t index) const noexcept;
     int32_t CallsInProgress() const noexcept;
+    wrb::Undelivered Undelivered() const noexcept;
 
   private:
     KernelHandle m_section;

@@ -47,6 +47,11 @@ void CountFailure(HandlerCounterSlot& slot) noexcept {
     std::atomic_ref<uint32_t>(slot.failures).fetch_add(1);
 }
 
+void CountUndelivered(HandlerCounterBlock& block, const Undelivered& lost) noexcept {
+    std::atomic_ref<uint32_t>(block.undeliveredRows).fetch_add(lost.rows);
+    std::atomic_ref<uint32_t>(block.undeliveredEvents).fetch_add(lost.events);
+}
+
 void BookTimes(HandlerCounterSlot& slot, uint32_t maximum, uint64_t total) noexcept {
     const uint64_t sum = slot.total + total;
     const uint32_t calls = Load(slot.calls);
@@ -65,6 +70,8 @@ void ZeroCounters(HandlerCounterBlock& block) noexcept {
         Store(slot.average, uint32_t{0});
         Store(slot.failures, uint32_t{0});
     }
+    Store(block.undeliveredRows, uint32_t{0});
+    Store(block.undeliveredEvents, uint32_t{0});
 }
 
 HandlerCounterSlot ReadCounters(const HandlerCounterSlot& slot) noexcept {
@@ -73,6 +80,10 @@ HandlerCounterSlot ReadCounters(const HandlerCounterSlot& slot) noexcept {
 
 int32_t ReadCallsInProgress(const HandlerCounterBlock& block) noexcept {
     return Load(block.referenceCount);
+}
+
+Undelivered ReadUndelivered(const HandlerCounterBlock& block) noexcept {
+    return {Load(block.undeliveredRows), Load(block.undeliveredEvents)};
 }
 
 }  // namespace wrb

@@ -17,14 +17,18 @@ void CountCall(HandlerCounterSlot& slot) noexcept;
 // Counts a call that has failed. Needs no mutex.
 void CountFailure(HandlerCounterSlot& slot) noexcept;
 
+// Counts what could not be handed over. Needs no mutex.
+void CountUndelivered(HandlerCounterBlock& block, const Undelivered& lost) noexcept;
+
 // Books calls that ended: the longest and the sum of their times. The caller holds the block's mutex.
 void BookTimes(HandlerCounterSlot& slot, uint32_t maximum, uint64_t total) noexcept;
 
-// Sets every slot to zero and leaves the header as it is. The caller holds the block's mutex.
+// Sets every counter to zero and leaves the rest of the header as it is. The caller holds the block's mutex.
 void ZeroCounters(HandlerCounterBlock& block) noexcept;
 
 // What the slot holds now; each number is read whole.
 HandlerCounterSlot ReadCounters(const HandlerCounterSlot& slot) noexcept;
 int32_t ReadCallsInProgress(const HandlerCounterBlock& block) noexcept;
+Undelivered ReadUndelivered(const HandlerCounterBlock& block) noexcept;
 
 }  // namespace wrb

@@ -19,6 +19,12 @@ inline constexpr wchar_t kCounterSectionName[] = L"Global\\Calloway_Warrenby_Han
 inline constexpr wchar_t kCounterMutexName[] = L"Global\\Calloway_Warrenby_Handler_Counters_Mutex";
 inline constexpr wchar_t kCounterHolderName[] = L"Global\\Calloway_Warrenby_Handler_Counters_Holder";
 
+// What commands have acknowledged, or do not acknowledge at all, and could not hand over to a service.
+struct Undelivered {
+    uint32_t rows = 0;    // for the log pool
+    uint32_t events = 0;  // for the central-management agent and the agent-command service
+};
+
 }  // namespace wrb
 
 // One command; its slot is its row in the command table. `calls` is raised without the mutex when a call begins,
@@ -29,17 +35,18 @@ struct HandlerCounterSlot {
     uint32_t maximum;   // longest call
     uint64_t total;     // of all calls that ended
     uint32_t average;   // total / calls when the last call ended
-    uint32_t failures;  // calls of a command without an answer that reported failure; always 0 for the others
+    uint32_t failures;  // calls of a command without an answer that failed, and reports of agents not handed over whole
 };
 
 struct HandlerCounterBlock {
-    uint32_t signature;      // kCounterSignature
-    uint32_t version;        // kCounterVersion
-    uint32_t size;           // of the whole block in bytes
-    uint32_t slotCount;      // kCounterSlots
-    int32_t referenceCount;  // calls in progress, over all processes; one that was killed leaves its calls behind
-    int32_t inUse;           // 1 while referenceCount is not 0
-    uint64_t reserved;
+    uint32_t signature;        // kCounterSignature
+    uint32_t version;          // kCounterVersion
+    uint32_t size;             // of the whole block in bytes
+    uint32_t slotCount;        // kCounterSlots
+    int32_t referenceCount;    // calls in progress, over all processes; one that was killed leaves its calls behind
+    int32_t inUse;             // 1 while referenceCount is not 0
+    uint32_t undeliveredRows;  // wrb::Undelivered, changed without the mutex; always 0 before these counters existed
+    uint32_t undeliveredEvents;
     HandlerCounterSlot slots[wrb::kCounterSlots];
 };
 
@@ -55,5 +62,7 @@ static_assert(offsetof(HandlerCounterBlock, size) == 8);
 static_assert(offsetof(HandlerCounterBlock, slotCount) == 12);
 static_assert(offsetof(HandlerCounterBlock, referenceCount) == 16);
 static_assert(offsetof(HandlerCounterBlock, inUse) == 20);
+static_assert(offsetof(HandlerCounterBlock, undeliveredRows) == 24);
+static_assert(offsetof(HandlerCounterBlock, undeliveredEvents) == 28);
 static_assert(offsetof(HandlerCounterBlock, slots) == 32);
 static_assert(sizeof(HandlerCounterBlock) == 32 + 24 * 128);

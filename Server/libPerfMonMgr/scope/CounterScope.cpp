@@ -61,6 +61,13 @@ void CounterCall::ReportResult(bool succeeded) noexcept {
     }
 }
 
+void CounterCall::ReportUndelivered(const Undelivered& lost) noexcept {
+    ReportResult(lost.rows == 0 && lost.events == 0);
+    if (m_block != nullptr) {
+        CountUndelivered(*m_block, lost);
+    }
+}
+
 void StartCounters() {
     if (!CWrbyPerfMonMgr::Initialize()) {
         const DWORD error = GetLastError();

@@ -29,6 +29,9 @@ class CounterCall {
     // For a command without an answer: its result, once. A failure is counted.
     void ReportResult(bool succeeded) noexcept;
 
+    // For a report of an agent: what no service took of it, once. The call counts as failed when anything is lost.
+    void ReportUndelivered(const Undelivered& lost) noexcept;
+
   private:
     const IClock& m_clock;
     const uint32_t m_startTick;

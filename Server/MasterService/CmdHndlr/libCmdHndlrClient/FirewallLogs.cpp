@@ -17,6 +17,7 @@
 #include "FirewallAlert.h"
 #include "INICache.h"
 #include "Text.h"
+#include "UndeliveredReport.h"
 #include "UploadPackage.h"
 #include "cmdhl_CfwLogFile.h"
 #include "cmdhl_LogTicket.h"
@@ -72,6 +73,7 @@ struct Upload {
     std::wstring fileName;
     std::wstring directory;
     uint32_t logType = 0;
+    wrb::Undelivered lost;
 };
 
 Upload ReadUpload(CCmdProtocol& message) {
@@ -83,15 +85,21 @@ Upload ReadUpload(CCmdProtocol& message) {
 }
 
 bool ProcessFirewallLog(const char* entry, const char* directory, unsigned event, void* context) {
-    return cmdhl_ProcessExtractedLog(entry, directory, event, context, processCFWLogFile);
+    Upload& upload = *static_cast<Upload*>(context);
+    return cmdhl_ProcessExtractedLog(entry, directory, event, &upload.uid, [&upload](auto& uid, auto* fileName) {
+        return processCFWLogFile(uid, fileName, &upload.lost);
+    });
 }
 
-void ProcessPackage(Upload& upload, const wrb::UploadPackage& package) {
+// False when it was to be unpacked and could not.
+bool ProcessPackage(Upload& upload, const wrb::UploadPackage& package) {
     if (upload.logType != kFirewallLogs) {
         WRB_LOG(kLogDebug8, L"cmdhl_SetCFWLog: unknown log type");
-    } else if (!package.Unpack(ProcessFirewallLog, &upload.uid)) {
+    } else if (!package.Unpack(ProcessFirewallLog, &upload)) {
         WRB_LOG(kLogDebug8, L"cmdhl_SetCFWLog: fpkExtract fail");
+        return false;
     }
+    return true;
 }
 
 // Cut at the length of the package library's own paths.
@@ -99,7 +107,8 @@ std::wstring EntryPath(const char* directory, const char* entry) {
     return wrb::AnsiToWide((std::string(directory) + "\\" + entry).substr(0, kLongestEntryPath));
 }
 
-void ProcessEntry(const char* entry, const char* directory, const std::wstring& uid, ExtractedLogProcessor processor) {
+void ProcessEntry(const char* entry, const char* directory, const std::wstring& uid,
+                  const ExtractedLogProcessor& processor) {
     const std::wstring path = EntryPath(directory, entry);
     Guarded(kProcessEntry, [&] { processor(uid, path.c_str()); });
     if (!DeleteFileW(path.c_str())) {
@@ -124,7 +133,7 @@ bool wrb::GetPfwLogQueryCondition(std::wstring& output, const wchar_t* uid) {
 }
 
 void cmdhl_SetCFWLog(CCmdProtocol& message) {
-    const wrb::CounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_PFW_SET_LOG));
+    wrb::CounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_PFW_SET_LOG));
     Upload upload = ReadUpload(message);
     const std::wstring folder = wrb::ExtractionDirectory(upload.directory, upload.replyPipe, kReplyPipePrefix);
     // These run in reverse order: package, folder, ticket.
@@ -137,12 +146,18 @@ void cmdhl_SetCFWLog(CCmdProtocol& message) {
     LogFailure(package.FolderError(), L"CreateDirectory", folder);  // may exist already
     const AtEnd removeFolder([&] { LogFailure(package.RemoveFolder(), L"RemoveDirectory", folder); });
     const AtEnd deletePackage([&] { LogFailure(package.Delete(), L"DeleteFile", upload.fileName); });
-    wrb::ReplyOrLog(kSetCfwLog, upload.replyPipe, package.Test() ? L"1" : L"0");
-    ProcessPackage(upload, package);
+    const bool isGood = package.Test();
+    wrb::ReplyOrLog(kSetCfwLog, upload.replyPipe, isGood ? L"1" : L"0");
+    const AtEnd report([&] { wrb::ReportUndelivered(call, kSetCfwLog, upload.uid, upload.lost); });
+    if (!ProcessPackage(upload, package) && isGood) {
+        call.ReportResult(false);
+        WRB_LOG(kLogError, L"%s - not handed over: a package that was answered 1, uid=%s", kSetCfwLog,
+                upload.uid.c_str());
+    }
 }
 
 bool cmdhl_ProcessExtractedLog(const char* entry, const char* directory, unsigned event, void* context,
-                               ExtractedLogProcessor processor) noexcept {
+                               const ExtractedLogProcessor& processor) noexcept {
     if (event == FPK_ENTRY_WRITTEN) {
         Guarded(kProcessEntry,
                 [&] { ProcessEntry(entry, directory, *static_cast<const std::wstring*>(context), processor); });

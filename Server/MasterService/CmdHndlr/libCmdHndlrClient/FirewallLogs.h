@@ -2,16 +2,17 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 // Reads one log file of the agent `uid`. The result is for the log only.
-using ExtractedLogProcessor = int32_t (*)(const std::wstring& uid, const wchar_t* fileName);
+using ExtractedLogProcessor = std::function<int32_t(const std::wstring& uid, const wchar_t* fileName)>;
 
 // For an entry that has been written (FPK_ENTRY_WRITTEN): runs `processor` on it, then deletes it and the folders that
 // this leaves empty. Ignores other events. `context` is the uid, a const std::wstring. Logs what the processor throws.
 // Always true.
 bool cmdhl_ProcessExtractedLog(const char* entry, const char* directory, unsigned event, void* context,
-                               ExtractedLogProcessor processor) noexcept;
+                               const ExtractedLogProcessor& processor) noexcept;
 
 namespace wrb {
 

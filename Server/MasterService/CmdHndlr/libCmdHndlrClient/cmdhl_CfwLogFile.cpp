@@ -34,13 +34,22 @@ void LogFormatError(const Item& item) {
 
 class RecordForwarder {
   public:
-    RecordForwarder(const wchar_t* uid, const CfwLogTargets& targets) : m_uid(uid), m_targets(targets) {}
+    RecordForwarder(const wchar_t* uid, const CfwLogTargets& targets, Undelivered& lost)
+        : m_uid(uid), m_targets(targets), m_lost(lost) {}
+
+    // All records count as lost until they are handed over: an exception leaves the rest counted.
+    void Expect(uint32_t records) {
+        m_lost.rows += records;
+        m_lost.events += records;
+    }
 
     // False when the record is lost.
     template <typename Item>
     bool Forward(const Item& item) {
         if (!HasPfwLogMarkers(item)) {
             LogFormatError(item);
+            --m_lost.rows;
+            --m_lost.events;
             return false;
         }
         m_time.Set(item.dwTime);
@@ -58,24 +67,30 @@ class RecordForwarder {
     static bool ShowsAllPaths() { return ServerIniCache().readINIInt("INI_SERVER_SECTION", "CFWShowAllPV", 0) != 0; }
 
     bool Send(const FirewallLogEntry& entry) const {
-        if (m_targets.agentClient(entry) != 1) {
+        if (m_targets.agentClient(entry) == 1) {
+            --m_lost.events;
+        } else {
             WRB_LOG(kLogDebug8, L"qmaSendFirewallLog: send agent log failed(%s)", m_uid);
         }
         if (m_targets.logPool(entry) != 1) {
             WRB_LOG(kLogDebug8, L"processCFWLogFile:uid=%s fail", m_uid);
             return false;
         }
+        --m_lost.rows;
         return true;
     }
 
     const wchar_t* m_uid;
     const CfwLogTargets& m_targets;
+    Undelivered& m_lost;
     LocalTimeText m_time;
     PfwLogTexts m_texts;
 };
 
 template <typename Item>
-int32_t ForwardRecords(HANDLE file, RecordForwarder& forwarder) {
+int32_t ForwardRecords(HANDLE file, uint32_t size, RecordForwarder& forwarder) {
+    constexpr uint32_t kItemBytes = sizeof(Item);
+    forwarder.Expect(size / kItemBytes + (size % kItemBytes != 0 ? 1 : 0));  // the last one may be cut
     int32_t result = kForwarded;
     PfwLogReader reader(file, sizeof(Item));
     while (const void* const record = reader.Next()) {
@@ -94,7 +109,8 @@ PfwLogVersion VersionOf(HANDLE file, uint32_t size) {
 
 }  // namespace
 
-int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, const CfwLogTargets& targets) {
+int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, const CfwLogTargets& targets,
+                          Undelivered& lost) {
     WRB_LOG(kLogDebug8, L"processCFWLogFile: FileName=%s", fileName);
     const FileHandle file(
         CreateFileW(fileName, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -104,12 +120,12 @@ int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, cons
         return kForwarded;
     }
     const DWORD size = GetFileSize(file.Get(), nullptr);  // no package holds a file that needs the upper half
-    RecordForwarder forwarder(uid.c_str(), targets);
+    RecordForwarder forwarder(uid.c_str(), targets, lost);
     switch (VersionOf(file.Get(), size)) {
         case PfwLogVersion::kV0:
-            return ForwardRecords<SWRB_PFW_LOG_ITEM_V0>(file.Get(), forwarder);
+            return ForwardRecords<SWRB_PFW_LOG_ITEM_V0>(file.Get(), size, forwarder);
         case PfwLogVersion::kV1:
-            return ForwardRecords<SWRB_PFW_LOG_ITEM>(file.Get(), forwarder);
+            return ForwardRecords<SWRB_PFW_LOG_ITEM>(file.Get(), size, forwarder);
         case PfwLogVersion::kUnknown:
             break;
     }
@@ -122,6 +138,8 @@ int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, cons
 
 }  // namespace wrb
 
-int32_t processCFWLogFile(const std::wstring& uid, const wchar_t* fileName) {
-    return wrb::ForwardCfwLogFile(uid, fileName, {qmaSendFirewallLog, cmdlog_SendCfwLog});
+int32_t processCFWLogFile(const std::wstring& uid, const wchar_t* fileName, wrb::Undelivered* lost) {
+    wrb::Undelivered uncounted;
+    return wrb::ForwardCfwLogFile(uid, fileName, {qmaSendFirewallLog, cmdlog_SendCfwLog},
+                                  lost != nullptr ? *lost : uncounted);
 }

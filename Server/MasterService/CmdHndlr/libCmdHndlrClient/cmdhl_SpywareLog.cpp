@@ -11,6 +11,7 @@
 #include "DbAgent.h"
 #include "DebugLog.h"
 #include "Text.h"
+#include "UndeliveredReport.h"
 #include "UploadPackage.h"
 #include "WrbClient.h"
 #include "cmdhl_Reply.h"
@@ -18,6 +19,8 @@
 #include "cmdlog_OutputCmd.h"
 
 namespace {
+
+constexpr wchar_t kRestoreLog[] = L"cmdhl_SetSpywareRestoreLog";
 
 struct SpywareUpload {
     wrb::CommandSlot slot;
@@ -52,7 +55,7 @@ bool Unpack(const SpywareUpload& kind, const wrb::UploadPackage& package) {
 }
 
 void TakeUpload(const SpywareUpload& kind, CCmdProtocol& message) {
-    const wrb::CounterCall call(static_cast<uint32_t>(kind.slot));
+    wrb::CounterCall call(static_cast<uint32_t>(kind.slot));
     std::wstring replyPipe;
     std::wstring uid;
     std::wstring fileName;
@@ -78,8 +81,9 @@ void TakeUpload(const SpywareUpload& kind, CCmdProtocol& message) {
     if (kind.isLog) {
         cmdhl_ScanSpywareLogDir(wrb::WideToAnsi(package.Folder()).c_str());
     }
-    wrbSetSpywareLogEvent(kind.event);
+    const bool isTold = wrbSetSpywareLogEvent(kind.event) == 1;
     wrb::ReplyOrLog(kind.name, replyPipe, kind.successAnswer);
+    wrb::ReportUndelivered(call, kind.name, uid, {.events = isTold ? 0u : 1u});
     if (const DWORD error = package.Delete(); error != ERROR_SUCCESS) {
         WRB_LOG(kLogDebug8, L"%s: DeleteFile(%s) fail err=%d", kind.name, fileName.c_str(), error);
     }
@@ -96,15 +100,16 @@ void cmdhl_SetSpywareBackupManifest(CCmdProtocol& message) {
 }
 
 void cmdhl_SetSpywareRestoreLog(CCmdProtocol& message) {
-    const wrb::CounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_SET_SPYWARE_RESTORE_LOG));
+    wrb::CounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_SET_SPYWARE_RESTORE_LOG));
     std::wstring replyPipe;
     std::wstring uid;
     uint32_t first = 0;
     uint32_t second = 0;
     message >> replyPipe >> uid >> first >> second;
     // The row has them in reverse order.
-    dbSetRestoreLogW(uid.c_str(), static_cast<int32_t>(second), static_cast<int32_t>(first));
-    wrb::ReplyOrLog(L"cmdhl_SetSpywareRestoreLog", replyPipe, L"1");
+    const bool isSent = dbSetRestoreLogW(uid.c_str(), static_cast<int32_t>(second), static_cast<int32_t>(first)) == 1;
+    wrb::ReplyOrLog(kRestoreLog, replyPipe, L"1");
+    wrb::ReportUndelivered(call, kRestoreLog, uid, {.rows = isSent ? 0u : 1u});
 }
 
 void cmdhl_SetStatusFlag(CCmdProtocol& message) {

@@ -72,9 +72,15 @@ TEST_F(CounterScope, ACallIsCountedAtItsStartAndTimedAtItsEnd) {
         EXPECT_EQ(reader.Slot(kSlot).total, 0u);
     }
     {
-        const wrb::CounterCall second(kSlot, clock);
+        wrb::CounterCall second(kSlot, clock);
+        second.ReportUndelivered({3, 4});
         clock.AdvanceTick(11);
     }
+    wrb::CounterCall(kSlot + 1, clock).ReportUndelivered({});
+    EXPECT_EQ(reader.Undelivered().rows, 3u);
+    EXPECT_EQ(reader.Undelivered().events, 4u);
+    EXPECT_EQ(reader.Slot(kSlot).failures, 1u);
+    EXPECT_EQ(reader.Slot(kSlot + 1).failures, 0u);
     const HandlerCounterSlot slot = reader.Slot(kSlot);
     EXPECT_EQ(slot.calls, 2u);
     EXPECT_EQ(slot.maximum, 30u);
@@ -91,7 +97,7 @@ TEST_F(CounterScope, AStartZeroesWhatNoOtherProcessCounts) {
             }
             wrb::StartCounters();
         };
-        wrb::CounterCall(5, clock);
+        wrb::CounterCall(5, clock).ReportUndelivered({1, 1});
         {
             const wrb::test::ChildProcess child(L"perf_counter_child.exe", {L"3", L"and wait"});
             ASSERT_TRUE(child.WaitForOutput("counted"));
@@ -101,6 +107,7 @@ TEST_F(CounterScope, AStartZeroesWhatNoOtherProcessCounts) {
         }
         startAgain();
         EXPECT_EQ(reader.Slot(5).calls + reader.Slot(7).calls, 0u);
+        EXPECT_EQ(reader.Undelivered().rows + reader.Undelivered().events, 0u);
     }
 }
 

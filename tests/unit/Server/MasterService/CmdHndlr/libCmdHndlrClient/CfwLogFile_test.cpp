@@ -55,7 +55,7 @@ class CfwLogFile : public testing::Test {
 
     int32_t Forward(const std::string& bytes) {
         wrb::test::WriteAll(m_folder / L"fw.log", bytes);
-        return wrb::ForwardCfwLogFile(L"uid", (m_folder / L"fw.log").c_str(), {Take<kAgent>, Take<kPool>});
+        return wrb::ForwardCfwLogFile(L"uid", (m_folder / L"fw.log").c_str(), {Take<kAgent>, Take<kPool>}, m_lost);
     }
 
     static bool HasLogged(uint32_t level, const std::wstring& text) {
@@ -63,6 +63,7 @@ class CfwLogFile : public testing::Test {
     }
 
     wrb::test::TempFolder m_folder;
+    wrb::Undelivered m_lost;
 };
 
 TEST_F(CfwLogFile, BothVersionsCarryTheSame) {
@@ -149,6 +150,7 @@ TEST_F(CfwLogFile, OnlyTheRightMarkersPass) {
         g_sent[kPool].clear();
         EXPECT_EQ(Forward(bytes), -2);
         EXPECT_EQ(g_sent[kPool].size(), 1u);
+        EXPECT_EQ(m_lost.rows + m_lost.events, 0u) << "no record";
         EXPECT_TRUE(
             HasLogged('E', L"processCFWLogFile - Server\\MasterService\\CmdHndlr\\libCmdHndlrClient\\cmdhl_Others"));
     }
@@ -196,6 +198,8 @@ TEST_F(CfwLogFile, AServiceThatTakesNothingStopsNothing) {
     EXPECT_TRUE(HasLogged(8, L"processCFWLogFile:uid=uid fail"));
     EXPECT_EQ(g_sent[kAgent].size(), 4u);
     EXPECT_EQ(g_sent[kPool].size(), 4u);
+    EXPECT_EQ(m_lost.rows, 2u);
+    EXPECT_EQ(m_lost.events, 4u);
 }
 
 TEST_F(CfwLogFile, AMissingFileIsOnlyLogged) {

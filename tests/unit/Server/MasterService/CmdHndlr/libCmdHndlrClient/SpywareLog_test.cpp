@@ -196,6 +196,8 @@ TEST_F(SpywareLog, FeedbackRecordsAreFixedFieldsInTextMode) {
 
 TEST_F(SpywareLog, RestoreLogTurnsItsNumbersRound) {
     EXPECT_EQ(Ask(L"CMDHL_SET_SPYWARE_RESTORE_LOG", L"uid\t1\t-2"), L"1") << "whatever became of it";
+    EXPECT_EQ(TakeCapturedTexts().back(),
+              L"cmdhl_SetSpywareRestoreLog - not handed over: 1 log rows, 0 events, uid=uid");
     const FakePipeService pool(L"Global\\LogPoolCommandManager");
     EXPECT_EQ(Ask(L"CMDHL_SET_SPYWARE_RESTORE_LOG", L"uid\t1\t-2"), L"1");
     const std::wstring row = pool.WaitFor(1).at(0).Text();
