@@ -6,7 +6,7 @@
 #   wrb_program(wrbctl SOURCES main.cpp DEPENDS libpipe)       console program in bin/
 #   wrb_test(libpipe_test SOURCES x_test.cpp DEPENDS libpipe)  GoogleTest program, one CTest entry
 #
-# A library's headers are visible only to targets that name it in DEPENDS, so an include that goes up the floors
+# A library's headers are visible only to targets that name it in DEPENDS, so an include of a higher layer
 # fails to compile.
 
 function(wrb_library name)
@@ -23,7 +23,7 @@ function(wrb_library name)
   endif()
 endfunction()
 
-# DEPENDS stays inside the DLL; what its users need of it, the caller adds with target_link_libraries(... PUBLIC ...).
+# DEPENDS is private to the DLL. The caller adds what users of the DLL need: target_link_libraries(... PUBLIC ...).
 function(wrb_shared_library name)
   cmake_parse_arguments(arg "" "OUTPUT;DESCRIPTION" "SOURCES;DEPENDS" ${ARGN})
   configure_file(${PROJECT_SOURCE_DIR}/cmake/VersionInfo.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc @ONLY)

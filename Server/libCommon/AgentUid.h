@@ -7,7 +7,7 @@
 
 namespace wrb {
 
-// What counts of a longer text, but where a function says otherwise.
+// How many characters of a uid count, unless a function says otherwise.
 inline constexpr std::size_t kUidCharacters = 36;
 
 // A uid as requests and sections carry it: a longer text is cut, null counts as empty.

@@ -7,7 +7,7 @@ namespace wrb {
 std::optional<std::wstring> ReadEnvironment(const wchar_t* name) {
     std::wstring value;
     for (;;) {
-        // A variable of no character is told from a missing one by the last error alone.
+        // The length is 0 for an empty variable and for a missing one. Only the last error differs.
         SetLastError(ERROR_SUCCESS);
         const DWORD length = GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size()));
         if (length == 0 && GetLastError() == ERROR_ENVVAR_NOT_FOUND) {

@@ -6,7 +6,7 @@
 
 namespace wrb {
 
-// Nothing when the variable is not set; one that is set to nothing is empty.
+// std::nullopt when the variable is not set; an empty text when its value is empty.
 std::optional<std::wstring> ReadEnvironment(const wchar_t* name);
 
 }  // namespace wrb

@@ -17,7 +17,7 @@ std::wstring ReadLocalPath() {
 }
 
 std::wstring ProgramFolder() {
-    constexpr DWORD kPathCapacity = 32768;  // longer than any path of the system: a long one is recognised, not cut
+    constexpr DWORD kPathCapacity = 32768;  // the longest path that Windows has
     std::wstring path(kPathCapacity, L'\0');
     path.resize(GetModuleFileNameW(nullptr, path.data(), kPathCapacity));
     path.resize(path.find_last_of(L'\\') + 1);  // no backslash: empty

@@ -1,4 +1,4 @@
-// Names compared as the file system does: letters of either case are the same.
+// Compares names as the file system does: upper and lower case are equal.
 #pragma once
 
 #include <windows.h>

@@ -1,11 +1,11 @@
-// Keeps the thread's last error over work that must not disturb it.
+// Keeps the thread's last error during work that may change it.
 #pragma once
 
 #include <windows.h>
 
 namespace wrb {
 
-// Puts the last error back to what it was when the object was made.
+// The destructor restores the last error that the constructor found.
 class KeepLastError {
   public:
     KeepLastError() noexcept : m_error(GetLastError()) {}

@@ -7,13 +7,13 @@
 
 namespace wrb {
 
-// Creates the mutex for the server's accounts (ServerAccess.h), or opens the one that is there: a mutex of another
-// program need not grant all the rights that creating asks for. Empty on failure, with the cause in GetLastError.
+// Creates the mutex for the server's accounts (ServerAccess.h). If that fails, opens an existing mutex with the two
+// rights that a lock needs: its creator may grant no others. Empty on failure, with the cause in GetLastError.
 KernelHandle OpenNamedMutex(const wchar_t* name) noexcept;
 
 // Holds a mutex from construction to destruction. The mutex must outlive the lock; both belong to one thread.
 //
-// A mutex whose owner died is held all the same: what it guards must stay usable after any interrupted change.
+// A mutex whose owner died can be locked like any other: the data must stay usable after an interrupted change.
 class NamedMutexLock {
   public:
     // Waits at most `waitMilliseconds`. A null mutex is an error.

@@ -6,8 +6,8 @@
 namespace wrb {
 
 // A descriptor with a present but null access-control list, and the attributes that point at it. The attributes hold
-// the address of their neighbour, so the pair is neither copied nor moved. Anyone may use, and even re-protect, an
-// object made with it: put nothing behind it that is secret or that must not be disturbed.
+// the address of their neighbour, so the pair is neither copied nor moved. Every account may use such an object, and
+// may change its access list: use it for nothing secret or critical.
 struct OpenSecurity {
     SECURITY_DESCRIPTOR descriptor{};
     SECURITY_ATTRIBUTES attributes{};

@@ -3,7 +3,7 @@
 
 namespace wrb {
 
-// Made by the program that hosts the command handlers, and there for as long as it runs; signalled: the server stops.
+// The program that hosts the command handlers makes it and keeps it until it ends. Signalled: the server stops.
 inline constexpr wchar_t kServerStopEvent[] = L"Calloway_Warrenby_Server_Stop_Event";
 
 }  // namespace wrb

@@ -29,8 +29,8 @@ std::wstring Widen(UINT codePage, std::string_view text) {
 constexpr std::size_t kFormattedLimit = 4096;
 
 // `print` is of the family with the leading underscore, which reads %s as wide in a wide format on every Windows
-// compiler. A negative count is a cut or a text that cannot be converted; either may leave the buffer without a
-// terminator, so old content could follow the new text: format again, into zeros.
+// compiler. A negative count: the text was cut or cannot be converted. Then the buffer may lack a terminator, and old
+// content would follow the new text. So it is filled with zeros and formatted again.
 template <typename Character, typename Print>
 std::size_t FormatWith(Print print, Character* buffer, std::size_t capacity, const Character* format,
                        va_list arguments) {

@@ -22,7 +22,7 @@ std::wstring Utf8ToWide(std::string_view text);
 std::wstring FormatWide(const wchar_t* format, ...);
 
 // Formats into a buffer of `capacity` characters and always terminates it. Returns the characters written, at most
-// capacity - 1; longer results are cut, and one that meets a text that cannot be converted ends before it.
+// capacity - 1. A longer result is cut. A result ends before the first text that cannot be converted.
 std::size_t FormatInto(wchar_t* buffer, std::size_t capacity, const wchar_t* format, ...);
 std::size_t FormatIntoV(wchar_t* buffer, std::size_t capacity, const wchar_t* format, va_list arguments);
 std::size_t FormatIntoV(char* buffer, std::size_t capacity, const char* format, va_list arguments);

@@ -3,9 +3,9 @@
 // A line that the shared filter word admits (LogFilter.h) is sent as a "LOG_WRITE" message to the log service, which
 // writes, splits and prunes the files; this side keeps none. When the service is not running the line is lost.
 //
-// A service that does not take a line within 20 ms loses it, and the lines of the next second are not tried
-// (LogBreaker.h). The next line that is tried is preceded by "N log lines lost", at level 'W'. Lines that any other
-// failure loses are counted, too.
+// A line that the service does not take within 20 ms is lost, and no line is sent for one second (LogBreaker.h). The
+// next line follows a line "N log lines lost" at level 'W'. N includes the lines that were lost for other reasons,
+// except those that found no service.
 //
 // Every function here may be called from any thread, at any time, also before the set-up and while the process ends.
 // None throws, none reports a failure to its caller, and all keep the thread's last error, so that a caller may log
@@ -35,7 +35,7 @@ void DebugLog(uint32_t level, const wchar_t* sourceFile, uint32_t line, const wc
 void DebugLogA(uint32_t level, const wchar_t* sourceFile, uint32_t line, const char* format, ...) noexcept;
 
 // Names the module and chooses the route. May run any number of times, also while other threads log; each run replaces
-// what the one before it said. `debugIni` and `debugLibrary` are cut at 260 characters, null texts count as empty.
+// the settings of the one before. `debugIni` and `debugLibrary` are cut at 260 characters, null texts count as empty.
 //
 // With `internalLogger` set, as every caller in this system does, lines go to the log service and the result is 0.
 // With it clear, `debugLibrary` is loaded and lines go to its entry points (ExternalLog.h); the result is 1 when the
@@ -49,7 +49,7 @@ int DebugLogSetup(const wchar_t* debugIni, const wchar_t* debugLibrary, const ch
 bool DebugLogAttachMirror(const wchar_t* path) noexcept;
 
 // The filter is asked before the arguments are evaluated: a line that is filtered out costs a look at the shared word.
-// The second form logs for a place elsewhere.
+// The second form names another source file and line.
 #define WRB_LOG(level, format, ...) WRB_LOG_FROM(level, WRB_SOURCE_FILE, __LINE__, format __VA_OPT__(, ) __VA_ARGS__)
 #define WRB_LOG_FROM(level, sourceFile, line, format, ...)                        \
     do {                                                                          \

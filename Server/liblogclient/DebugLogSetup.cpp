@@ -40,7 +40,7 @@ int DebugLogSetup(const wchar_t* debugIni, const wchar_t* debugLibrary, const ch
             setup.external = external;
         });
         return initialized ? 1 : 0;
-    } catch (...) {  // out of memory: what the last set-up said stays
+    } catch (...) {  // out of memory: the settings stay as they were
         return 0;
     }
 }

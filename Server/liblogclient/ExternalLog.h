@@ -12,7 +12,7 @@
 
 namespace wrb {
 
-// Where a line goes that does not go to the log service. Called from many threads at once.
+// Receives the lines that do not go to the log service. Called from many threads at once.
 class IExternalLog {
   public:
     virtual ~IExternalLog() = default;
@@ -21,10 +21,10 @@ class IExternalLog {
 
 class ExternalLog final : public IExternalLog {
   public:
-    // Loads the library and looks its entry points up; what is missing is left out, without a report.
+    // Loads the library and looks up its entry points. Does not report what is missing.
     explicit ExternalLog(const wchar_t* libraryPath) noexcept;
 
-    // Calls the library's initialisation with the ini path (system code page) and two empty texts. False without one.
+    // Calls the library's initialisation with the ini path (system code page) and two empty texts. False: it has none.
     bool Initialize(const char* iniPath) const;
 
     // Does nothing when the library has no wide trace entry.

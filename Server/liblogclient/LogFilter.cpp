@@ -28,7 +28,7 @@ KernelHandle OpenSection() noexcept {
 constinit std::atomic<LogFilter*> LogFilter::s_shared{nullptr};
 
 LogFilter& LogFilter::MakeShared() noexcept {
-    const KeepLastError keep;  // from before the static's guard, which may wait for another thread
+    const KeepLastError keep;  // before the static: its guard may wait for another thread
     alignas(LogFilter) static unsigned char storage[sizeof(LogFilter)];
     static LogFilter* const filter = new (storage) LogFilter;
     s_shared.store(filter, std::memory_order_release);

@@ -16,7 +16,7 @@ namespace wrb {
 inline constexpr wchar_t kLogFilterSection[] = L"Global\\log_level_map_file";
 inline constexpr uint32_t kLogFilterOn = 0x10000;
 
-// Ranks of the classes; a higher rank is a more talkative line.
+// Ranks of the classes: the more detailed the lines, the higher the rank.
 enum LogRank : int8_t {
     kRankAlways = -1,
     kRankFatal = 2,
@@ -26,7 +26,7 @@ enum LogRank : int8_t {
     kRankDebug = 9,
 };
 
-// The rank of each level below 256, whether given as a number or as a letter; whatever is not named is debug.
+// The rank of each level below 256, whether given as a number or as a letter. Those that are not listed rank as debug.
 inline constexpr std::array<int8_t, 256> kLogRanks = [] {
     std::array<int8_t, 256> ranks{};
     ranks.fill(kRankDebug);
@@ -64,7 +64,7 @@ class LogFilter {
     bool Admits(uint32_t level) const noexcept { return LogFilterAdmits(Word(), level); }
     uint32_t Word() const noexcept { return std::atomic_ref<uint32_t>(*m_word).load(std::memory_order_relaxed); }
 
-    // For the log service. False when the section is not mapped: the word then reaches nobody.
+    // For the log service. False when the section is not mapped: then no process sees the word.
     bool Set(uint32_t word) noexcept;
 
     LogFilter(const LogFilter&) = delete;

@@ -37,7 +37,7 @@ const wchar_t* HostName() {
     return name;
 }
 
-// A line while it is put together.
+// A line under construction.
 struct LineText {
     wchar_t characters[kTextCharacters];
     std::size_t length;
@@ -69,7 +69,7 @@ bool Send(const LoggerSetup& setup, uint32_t level, const wchar_t* source, uint3
     return false;
 }
 
-// False: the note failed. The line after it is not tried, and is the one that has been counted.
+// False when the note itself is lost. Then its own loss counts for the line after it, which is not sent.
 bool ReportLost(const LoggerSetup& setup, uint32_t lost) {
     LineText note(setup);
     FormatInto(note.Tail(), note.Room(), L"%u log lines lost", lost);

@@ -16,7 +16,7 @@ class LogMirror {
     bool IsOpen() const noexcept { return static_cast<bool>(m_file); }
 
     // Appends "YEAR MONTH/DAY HOUR:MINUTE:SECOND [process : thread] TEXT - [SOURCE(LINE)]" and an end of line. Local
-    // time, ids in hexadecimal. A disk that is full loses the line.
+    // time, ids in hexadecimal. On a full disk the line is lost.
     void Append(const wchar_t* sourceFile, uint32_t line, const wchar_t* text) const noexcept;
 
   private:

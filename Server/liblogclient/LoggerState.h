@@ -1,4 +1,4 @@
-// What the set-up of the debug log said, shared by all threads that log.
+// The settings of the debug log, shared by all threads that log.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +12,8 @@
 
 namespace wrb {
 
-// Never changed once it is visible: a thread that logs holds on to the set-up that it began with, and the debug
-// library and the mirror file are closed with their last holder.
+// Never changed once other threads can see it. A thread keeps its set-up until its line is written; the debug library
+// and the mirror file are closed with the last set-up that holds them.
 struct LoggerSetup {
     std::wstring moduleTag;
     bool internalLogger = false;
@@ -35,7 +35,7 @@ class LoggerState {
     template <typename Change>
     void Replace(Change change) {
         auto next = std::make_shared<LoggerSetup>();
-        std::shared_ptr<const LoggerSetup> last;  // let go outside the lock: unloading a library runs its code
+        std::shared_ptr<const LoggerSetup> last;  // released outside the lock: unloading a library runs its code
         const ExclusiveGuard guard(m_lock);
         if (m_setup != nullptr) {
             *next = *m_setup;

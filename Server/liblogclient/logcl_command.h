@@ -16,7 +16,7 @@ struct LogLine {
     int32_t seconds;   // since 1970-01-01 00:00 UTC, in the wire's 32 bits
     uint32_t process;  // id
     uint32_t thread;   // id
-    uint32_t level;    // as the caller gave it, not folded
+    uint32_t level;    // as the caller gave it
     const wchar_t* sourceFile;
     uint32_t line;
     const wchar_t* text;
@@ -28,7 +28,6 @@ struct LogLine {
 // last field and may itself hold TABs. Returns 1 when the message was written, else 0 with the cause in GetLastError:
 // ERROR_SEM_TIMEOUT when the service did not take the message within `milliseconds`.
 //
-// Without the service (its pipe does not exist) the line is lost, and the first time in a process a note says so on
-// `external`, where every other failure is reported too; null keeps them all to itself. Throws only when memory is
-// exhausted.
+// Without the service (its pipe does not exist) the line is lost. Unless `external` is null, it gets a note of that
+// once in a process, and one of every other failure. Throws only when memory is exhausted.
 int logcl_Write(const wrb::LogLine& line, const wrb::IExternalLog* external, uint32_t milliseconds);

@@ -31,7 +31,7 @@ declare -A dependency_options=(
     [cli11]="-DCLI11_BUILD_TESTS=OFF -DCLI11_BUILD_EXAMPLES=OFF -DCLI11_BUILD_DOCS=OFF"
     [benchmark]="-DBENCHMARK_ENABLE_TESTING=OFF -DBENCHMARK_ENABLE_GTEST_TESTS=OFF
         -DBENCHMARK_ENABLE_WERROR=OFF -DBENCHMARK_INSTALL_DOCS=OFF
-        -DGIT_VERSION=0.0.0" # its word for: not from git, the release's own number
+        -DGIT_VERSION=0.0.0" # means: not built from git, use the release's version
     # A client for mail, with the system's TLS. Its SMTP needs parts of its HTTP; all other protocols are left out.
     [curl]="-DCURL_USE_SCHANNEL=ON -DBUILD_CURL_EXE=OFF -DBUILD_TESTING=OFF -DENABLE_MANUAL=OFF
         -DCURL_ZLIB=OFF -DCURL_USE_LIBSSH2=OFF -DCURL_DISABLE_FTP=ON

@@ -28,7 +28,7 @@ class TicketSettings {
   public:
     TicketSettings(CINICache& scanIni, CINICache& serverIni) : m_scanIni(scanIni), m_serverIni(serverIni) {}
 
-    bool IsInForce() const;  // without it every client may upload
+    bool IsInForce() const;  // if not, every client may upload at once
     TicketThreads Threads() const;
     uint32_t Read(TicketSetting setting, const TicketThreads& threads) const;
 
