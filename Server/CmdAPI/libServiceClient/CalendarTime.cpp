@@ -4,6 +4,7 @@
 #include <ctime>
 #include <string_view>
 
+#include "Clock.h"
 #include "DebugLog.h"
 #include "Text.h"
 
@@ -18,7 +19,7 @@ int Digits(std::wstring_view text, std::size_t first, std::size_t count) {
 }
 
 int DaylightSavingNow() {
-    const std::time_t now = std::time(nullptr);
+    const std::time_t now = wrb::SystemClock().CalendarSeconds();
     std::tm local{};
     return localtime_s(&local, &now) == 0 ? local.tm_isdst : 0;
 }
