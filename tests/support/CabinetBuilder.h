@@ -1,19 +1,9 @@
 // Cabinets for tests, from memory to memory.
 #pragma once
 
-#include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
-using Bytes = std::vector<uint8_t>;
-
-struct NewEntry {
-    std::string name;
-    Bytes data;
-};
-
-// Compressed (MSZIP).
-Bytes BuildCabinet(const std::vector<NewEntry>& entries);
-
-// `size` bytes that do not compress, the same for the same seed.
-Bytes Noise(std::size_t size, uint32_t seed = 1);
+// The entries are pairs of name and content. Compressed (MSZIP).
+std::string BuildCabinet(const std::vector<std::pair<std::string, std::string>>& entries);

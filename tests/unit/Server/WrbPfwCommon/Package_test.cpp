@@ -1,15 +1,10 @@
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include <cstring>
-#include <iterator>
-#include <map>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include "CabinetBuilder.h"
 #include "EntryName.h"
+#include "FakePipeService.h"
 #include "OnThreads.h"
 #include "TempFolder.h"
 #include "Text.h"
@@ -17,11 +12,7 @@
 
 namespace {
 
-const Bytes kText{'t', 'e', 'x', 't'};
-
-std::string TextOf(const Bytes& bytes) {
-    return std::string(bytes.begin(), bytes.end());
-}
+using namespace std::string_literals;
 
 // A package beside an empty target folder, both gone after the test.
 class PackageFolder {
@@ -30,8 +21,8 @@ class PackageFolder {
 
     std::string Target() const { return (m_root / L"target").string(); }
 
-    bool Extract(const Bytes& package, fpkCallback callback = nullptr, void* context = nullptr) const {
-        wrb::test::WriteAll(Package(), TextOf(package));
+    bool Extract(const std::string& package, fpkCallback callback = nullptr, void* context = nullptr) const {
+        wrb::test::WriteAll(Package(), package);
         return fpkExtract(Package().c_str(), Target().c_str(), callback, context);
     }
 
@@ -53,8 +44,13 @@ class PackageFolder {
     wrb::test::TempFolder m_root;
 };
 
-std::vector<NewEntry> GoodEntries() {
-    return {{"empty.log", {}}, {"sub\\text.log", kText}, {"noise.dat", Noise(100000)}, {"sub\\deep\\text.log", kText}};
+using Entries = std::vector<std::pair<std::string, std::string>>;
+
+// Does not compress.
+const std::string kNoise = wrb::test::PatternBytes(100'000);
+
+Entries GoodEntries() {
+    return {{"empty.log", ""}, {"sub\\text.log", "text"}, {"noise.dat", kNoise}, {"sub\\deep\\text.log", "text"}};
 }
 
 // Leaves one entry out and tells the events in the test's list.
@@ -66,12 +62,12 @@ bool Record(const char* entry, const char* directory, unsigned event, void* cont
 
 TEST(FpkExtract, UnpacksWhatTheCallbackAdmitsAndThenReportsIt) {
     PackageFolder folder;
-    std::vector<NewEntry> entries = GoodEntries();
-    entries.insert(entries.begin() + 2, {"left out", Noise(40000)});
+    Entries entries = GoodEntries();
+    entries.insert(entries.begin() + 2, {"left out", kNoise});
     std::string events;
     ASSERT_TRUE(folder.Extract(BuildCabinet(entries), Record, &events));
     const std::map<std::string, std::string> expected{{"empty.log", ""},         {"sub", "<>"},
-                                                      {"sub\\text.log", "text"}, {"noise.dat", TextOf(Noise(100000))},
+                                                      {"sub\\text.log", "text"}, {"noise.dat", kNoise},
                                                       {"sub\\deep", "<>"},       {"sub\\deep\\text.log", "text"}};
     EXPECT_EQ(folder.Files(), expected);
     EXPECT_EQ(events,
@@ -86,15 +82,16 @@ TEST(FpkExtract, WritesIntoFoldersThatAreThereButOverNoFile) {
     wrb::test::WriteAll(target / "sub" / "old", "old");
     const std::map<std::string, std::string> before = folder.Files();
     for (const char* name : {"SUB\\OLD", "sub\\old\\below"}) {
-        EXPECT_FALSE(folder.Extract(BuildCabinet({{"sub\\new", kText}, {"other\\new", kText}, {name, kText}}))) << name;
+        EXPECT_FALSE(folder.Extract(BuildCabinet({{"sub\\new", "text"}, {"other\\new", "text"}, {name, "text"}})))
+            << name;
         EXPECT_EQ(folder.Files(), before);
     }
-    EXPECT_TRUE(folder.Extract(BuildCabinet({{"sub\\new", kText}})));
+    EXPECT_TRUE(folder.Extract(BuildCabinet({{"sub\\new", "text"}})));
     EXPECT_EQ(folder.Files().size(), 3u);
 }
 
 TEST(FpkExtract, ThreadsUnpackSideBySide) {
-    const Bytes cabinet = BuildCabinet(GoodEntries());
+    const std::string cabinet = BuildCabinet(GoodEntries());
     wrb::test::OnThreads(8, [&](unsigned) {
         for (int round = 0; round < 5; ++round) {
             PackageFolder folder;
@@ -106,34 +103,30 @@ TEST(FpkExtract, ThreadsUnpackSideBySide) {
 
 // The header's number at 16 is where the entries begin; each is its size, its offset, 8 more bytes and a terminated
 // name. Numbers are little-endian.
-std::size_t EntryAt(const Bytes& cabinet, std::size_t index) {
-    std::size_t at = cabinet.at(16) | std::size_t{cabinet.at(17)} << 8;
-    for (; index > 0; --index) {
-        at += 17 + std::strlen(reinterpret_cast<const char*>(&cabinet.at(at + 16)));
-    }
-    return at;
+std::size_t EntryAt(const std::string& cabinet, std::size_t index) {
+    uint16_t at;
+    std::memcpy(&at, cabinet.data() + 16, sizeof at);
+    return index == 0 ? at : cabinet.find('\0', EntryAt(cabinet, index - 1) + 16) + 1;
 }
 
 TEST(HostilePackage, ABadNameRefusesTheWholePackage) {
     PackageFolder folder;
     const std::string tooLong(259 - folder.Target().size(), 'x');
     for (const std::string& name :
-         {std::string("..\\evil"), std::string("C:\\evil"), std::string("good:stream"), std::string("sub\\NUL"),
-          std::string("GOOD"), std::string("good\\below"), tooLong}) {
+         {"..\\evil"s, "C:\\evil"s, "good:stream"s, "sub\\NUL"s, "GOOD"s, "good\\below"s, tooLong}) {
         SCOPED_TRACE(name);
-        EXPECT_FALSE(folder.Extract(BuildCabinet({{"good", kText}, {"sub\\good", kText}, {name, kText}})));
+        EXPECT_FALSE(folder.Extract(BuildCabinet({{"good", "text"}, {"sub\\good", "text"}, {name, "text"}})));
         EXPECT_TRUE(folder.Files().empty());
     }
-    EXPECT_TRUE(folder.Extract(BuildCabinet({{tooLong.substr(1), kText}})))
+    EXPECT_TRUE(folder.Extract(BuildCabinet({{tooLong.substr(1), "text"}})))
         << "the longest name that a callback can still join to the folder";
 }
 
 TEST(HostilePackage, ACutPackageLeavesNothing) {
     PackageFolder folder;
-    const Bytes whole = BuildCabinet({{"a\\first", kText}, {"second", Noise(300)}});
+    const std::string whole = BuildCabinet({{"a\\first", "text"}, {"second", kNoise.substr(0, 300)}});
     for (std::size_t length = 0; length < whole.size(); ++length) {
-        EXPECT_FALSE(folder.Extract(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length))))
-            << length;
+        EXPECT_FALSE(folder.Extract(whole.substr(0, length))) << length;
         EXPECT_TRUE(folder.Files().empty()) << length;
     }
 }
@@ -141,14 +134,14 @@ TEST(HostilePackage, ACutPackageLeavesNothing) {
 // The directory of entries has no checksum: a changed byte there may yield another part of the data, under another
 // name. But never other data, and never half a package.
 TEST(HostilePackage, AChangedByteNeverYieldsOtherData) {
-    const Bytes noise = Noise(300);
-    const std::string allData = "text" + TextOf(noise);
-    const Bytes whole = BuildCabinet({{"first", kText}, {"second", noise}});
+    const std::string noise = kNoise.substr(0, 300);
+    const std::string allData = "text" + noise;
+    const std::string whole = BuildCabinet({{"first", "text"}, {"second", noise}});
     for (std::size_t place = 0; place < whole.size(); ++place) {
-        for (const uint8_t flip : {uint8_t{0x01}, uint8_t{0xFF}}) {
-            SCOPED_TRACE(testing::Message() << "byte " << place << " ^ " << int{flip});
-            Bytes changed = whole;
-            changed[place] ^= flip;
+        for (const int flip : {0x01, 0xFF}) {
+            SCOPED_TRACE(testing::Message() << "byte " << place << " ^ " << flip);
+            std::string changed = whole;
+            changed[place] = static_cast<char>(changed[place] ^ flip);
             const PackageFolder folder;
             const bool extracted = folder.Extract(changed);
             std::size_t files = 0;
@@ -165,13 +158,13 @@ TEST(HostilePackage, AChangedByteNeverYieldsOtherData) {
 
 TEST(HostilePackage, PromisesBeyondTheLimitsAreRefused) {
     constexpr uint32_t kMostEntryBytes = 256u << 20;
-    const std::vector<NewEntry> entries{{"a", kText}, {"b", kText}, {"c", kText}, {"d", kText}, {"e", kText}};
+    const Entries entries{{"a", "text"}, {"b", "text"}, {"c", "text"}, {"d", "text"}, {"e", "text"}};
     // large: how many entries promise `bytes`
     const std::pair<std::size_t, uint32_t> cases[] = {{1, 0xFFFFFFFF},      {1, 0x7FFFFFFF}, {1, kMostEntryBytes + 1},
                                                       {5, kMostEntryBytes}, {1, 3},          {1, 5}};
     for (const auto& [large, bytes] : cases) {
         PackageFolder folder;
-        Bytes cabinet = BuildCabinet(entries);
+        std::string cabinet = BuildCabinet(entries);
         for (std::size_t i = 0; i < large; ++i) {
             std::memcpy(&cabinet.at(EntryAt(cabinet, 4 - i)), &bytes, sizeof bytes);
         }
@@ -183,11 +176,11 @@ TEST(HostilePackage, PromisesBeyondTheLimitsAreRefused) {
 // Entries in falling order make a reader unpack the data before them again for each.
 TEST(HostilePackage, EndlessRereadingIsStopped) {
     constexpr uint32_t kLarge = 4 << 20;
-    std::vector<NewEntry> entries{{"large", Noise(kLarge)}};
+    Entries entries{{"large", wrb::test::PatternBytes(kLarge)}};
     for (int i = 0; i < 200; ++i) {
-        entries.push_back({std::to_string(i), kText});
+        entries.emplace_back(std::to_string(i), "text");
     }
-    Bytes cabinet = BuildCabinet(entries);
+    std::string cabinet = BuildCabinet(entries);
     EXPECT_TRUE(PackageFolder().Extract(cabinet));
     for (uint32_t i = 1; i <= 200; ++i) {
         const uint32_t offset = kLarge + 4 * (200 - i);

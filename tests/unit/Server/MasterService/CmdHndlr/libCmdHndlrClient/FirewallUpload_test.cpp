@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <array>
 #include <cwchar>
-#include <stdexcept>
 
 #include "Ask.h"
 #include "CabinetBuilder.h"
@@ -51,9 +50,7 @@ class FirewallUpload : public testing::Test {
             L"uid\t" + (m_folder / L"package").wstring() + L"\t" + (m_folder / L"dir-").wstring() + L"\t" + logType);
     }
 
-    void WritePackage(const Bytes& bytes) {
-        wrb::test::WriteAll(m_folder / L"package", std::string(bytes.begin(), bytes.end()));
-    }
+    void WritePackage(const std::string& bytes) { wrb::test::WriteAll(m_folder / L"package", bytes); }
 
     bool IsFolderEmpty() { return std::filesystem::is_empty(m_folder); }
 
@@ -61,16 +58,15 @@ class FirewallUpload : public testing::Test {
     const std::filesystem::path m_folder = m_home / L"Upload";
     FakePipeService m_agent{L"QMAgentServerNamePipe"};
     FakePipeService m_pool{L"Global\\LogPoolCommandManager"};
-    const SWRB_PFW_LOG_ITEM m_record = wrb::test::SampleRecord<SWRB_PFW_LOG_ITEM>();
-    const Bytes m_log{reinterpret_cast<const uint8_t*>(&m_record), reinterpret_cast<const uint8_t*>(&m_record + 1)};
+    const std::string m_log = wrb::test::BytesOf(wrb::test::SampleRecord<SWRB_PFW_LOG_ITEM>());
 };
 
 // What else a package can be is up to its library, which writes nothing then.
 TEST_F(FirewallUpload, LeavesNothingBehindWhateverThePackageIs) {
-    const Bytes good = BuildCabinet({{"a.log", m_log}, {"sub\\deep\\b.log", m_log}, {"empty", {}}});
+    const std::string good = BuildCabinet({{"a.log", m_log}, {"sub\\deep\\b.log", m_log}, {"empty", ""}});
     const struct {
         const char* what;
-        Bytes package;
+        std::string package;
         const wchar_t* logType;
         const wchar_t* answer;
         std::size_t records;
@@ -79,8 +75,8 @@ TEST_F(FirewallUpload, LeavesNothingBehindWhateverThePackageIs) {
         {"good", good, L"1", L"1", 2, L"processCFWLogFile:final log version(0)"},
         {"other type", good, L"2", L"1", 0, L"cmdhl_SetCFWLog: unknown log type"},
         {"no type", good, L"", L"1", 0, L"cmdhl_SetCFWLog: unknown log type"},
-        {"not a cabinet", Noise(5000), L"1", L"0", 0, L"cmdhl_SetCFWLog: fpkExtract fail"},
-        {"cut", Bytes(good.begin(), good.end() - 1), L"1", L"0", 0, L"cmdhl_SetCFWLog: fpkExtract fail"},
+        {"not a cabinet", wrb::test::PatternBytes(5000), L"1", L"0", 0, L"cmdhl_SetCFWLog: fpkExtract fail"},
+        {"cut", good.substr(0, good.size() - 1), L"1", L"0", 0, L"cmdhl_SetCFWLog: fpkExtract fail"},
     };
     std::size_t records = 0;
     for (const auto& row : cases) {

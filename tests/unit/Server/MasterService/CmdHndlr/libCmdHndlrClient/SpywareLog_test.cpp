@@ -1,9 +1,7 @@
 // What agents report about spyware, over real pipes, a real package library and a home folder of its own.
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <future>
-#include <stdexcept>
 
 #include "Ask.h"
 #include "CabinetBuilder.h"
@@ -22,10 +20,6 @@ using wrb::test::FakePipeService;
 
 constexpr char kGuid[] = "0a1b2c3d-0000-1111-2222-333344445555";
 
-Bytes BytesOf(const std::string& text) {
-    return {text.begin(), text.end()};
-}
-
 std::string Record(const std::string& name, const std::string& guid) {
     return name + std::string(129 - name.size(), '\0') + guid + std::string(37 - guid.size(), '\0');
 }
@@ -43,9 +37,8 @@ class SpywareLog : public testing::Test {
         ScanIniCache().clear();
     }
 
-    std::wstring Package(const std::vector<NewEntry>& entries) const {
-        const Bytes cabinet = BuildCabinet(entries);
-        m_home.Write(L"Upload\\package.cab", std::string(cabinet.begin(), cabinet.end()));
+    std::wstring Package(const std::vector<std::pair<std::string, std::string>>& entries) const {
+        m_home.Write(L"Upload\\package.cab", BuildCabinet(entries));
         return (m_home / L"Upload\\package.cab").wstring();
     }
     std::wstring Upload(const wchar_t* command, const std::wstring& package) const {
@@ -65,12 +58,12 @@ TEST_F(SpywareLog, EntriesOfALogPackageAreRecorded) {
     for (int i = 0; i < 100; ++i) {
         many += "[" + std::to_string(i) + std::string(200, 'n') + "]\r\n";
     }
-    const std::wstring package = Package({{"a.log", BytesOf(std::string("[GeneralInfo]\r\nGUID=") + kGuid +
-                                                            "\r\nSectionCount=2\r\n[E1]\r\n[E2]\r\n[E3]")},
-                                          {"b\\c\\many.log", BytesOf(many)},
-                                          {"d\\none.log", BytesOf("GUID=x\r\nSectionCount=5\r\n")},
-                                          {"d\\less.log", BytesOf("[GeneralInfo]\r\nSectionCount=-2\r\n[E9]\r\n")},
-                                          {"d\\noise.log", Noise(5000)}});
+    const std::wstring package = Package(
+        {{"a.log", std::string("[GeneralInfo]\r\nGUID=") + kGuid + "\r\nSectionCount=2\r\n[E1]\r\n[E2]\r\n[E3]"},
+         {"b\\c\\many.log", many},
+         {"d\\none.log", "GUID=x\r\nSectionCount=5\r\n"},
+         {"d\\less.log", "[GeneralInfo]\r\nSectionCount=-2\r\n[E9]\r\n"},
+         {"d\\noise.log", wrb::test::PatternBytes(5000)}});
     EXPECT_EQ(Upload(L"CMDHL_SET_SPYWARELOG", package), L"1");
     EXPECT_FALSE(std::filesystem::exists(package));
     EXPECT_TRUE(std::filesystem::exists(Folder(20) / L"b\\c\\many.log")) << "stays for the scan-log service";
@@ -154,7 +147,7 @@ TEST_F(SpywareLog, WalkEndsAtItsLimits) {
 
 TEST_F(SpywareLog, ManifestAlwaysAnswersZero) {
     const FakePipeService agents(L"WrbServerNamePipe");
-    const std::wstring package = Package({{"a.log", BytesOf("[GeneralInfo]\r\nSectionCount=2\r\n[E1]\r\n")}});
+    const std::wstring package = Package({{"a.log", "[GeneralInfo]\r\nSectionCount=2\r\n[E1]\r\n"}});
     EXPECT_EQ(Upload(L"CMDHL_SET_SPYWARE_BACKUP_MANIFEST", package), L"0");
     EXPECT_TRUE(std::filesystem::exists(Folder(33) / L"a.log"));
     const std::string event = agents.WaitFor(1).at(0).bytes;
@@ -163,7 +156,7 @@ TEST_F(SpywareLog, ManifestAlwaysAnswersZero) {
 }
 
 TEST_F(SpywareLog, UploadThatFailsLeavesNothingBehind) {
-    const std::wstring package = Package({{"a.log", BytesOf("x")}});
+    const std::wstring package = Package({{"a.log", "x"}});
     std::filesystem::create_directory(Folder(20));
     EXPECT_EQ(Upload(L"CMDHL_SET_SPYWARELOG", package), L"0") << "another's folder";
     EXPECT_FALSE(std::filesystem::exists(package));
