@@ -1,6 +1,7 @@
 // What stands for the modules that talk to the system: a log that formats its lines and drops them, no temporary
 // files, no pipes, no INI files, no ODBC, and uploads that are taken and forgotten.
 #include "DebugLog.h"
+#include "FakeProfile.h"
 #include "PipeClient.h"
 #include "ProfileAccess.h"
 #include "ResultFile.h"
@@ -59,28 +60,8 @@ std::unique_ptr<wrb::SqlConnection> wrb::ConnectOdbc(const SqlAddress&) {
     return nullptr;
 }
 
-namespace {
-
-class NoProfile final : public wrb::IProfileAccess {
-  public:
-    bool FileExists(const char*) override { return false; }
-    uint32_t ReadInt(const char*, const char*, int32_t defaultValue, const char*) override {
-        return static_cast<uint32_t>(defaultValue);
-    }
-    std::string ReadString(const char*, const char*, const char* defaultText, const char*) override {
-        return defaultText;
-    }
-    int WriteString(const char*, const char*, const char*, const char*, uint32_t& error) override {
-        error = ERROR_FILE_NOT_FOUND;
-        return 0;
-    }
-    void Pause(uint32_t) override {}
-};
-
-}  // namespace
-
 wrb::IProfileAccess& wrb::SystemProfile() {
-    static NoProfile profile;
+    static FakeProfile profile;
     return profile;
 }
 

@@ -120,14 +120,6 @@ int Print(wchar_t* buffer, std::size_t room, const wchar_t* format, va_list argu
 
 extern "C" {
 
-std::size_t wcslen(const wchar_t* text) noexcept {
-    std::size_t length = 0;
-    while (text[length] != 0) {
-        ++length;
-    }
-    return length;
-}
-
 std::size_t wcsnlen(const wchar_t* text, std::size_t most) noexcept {
     std::size_t length = 0;
     while (length < most && text[length] != 0) {
@@ -136,22 +128,21 @@ std::size_t wcsnlen(const wchar_t* text, std::size_t most) noexcept {
     return length;
 }
 
-int wcsncmp(const wchar_t* left, const wchar_t* right, std::size_t count) noexcept {
-    for (; count > 0; --count, ++left, ++right) {
-        if (*left != *right || *left == 0) {
-            return *left - *right;
-        }
-    }
-    return 0;
-}
-
-int wcscmp(const wchar_t* left, const wchar_t* right) noexcept {
-    return wcsncmp(left, right, SIZE_MAX);
+std::size_t wcslen(const wchar_t* text) noexcept {
+    return wcsnlen(text, SIZE_MAX);
 }
 
 int wmemcmp(const wchar_t* left, const wchar_t* right, std::size_t count) noexcept {
     const auto [a, b] = std::mismatch(left, left + count, right);
     return a == left + count ? 0 : *a - *b;
+}
+
+int wcsncmp(const wchar_t* left, const wchar_t* right, std::size_t count) noexcept {
+    return wmemcmp(left, right, std::min({count, wcsnlen(left, count) + 1, wcsnlen(right, count) + 1}));
+}
+
+int wcscmp(const wchar_t* left, const wchar_t* right) noexcept {
+    return wcsncmp(left, right, SIZE_MAX);
 }
 
 wchar_t* wmemchr(const wchar_t* text, wchar_t wanted, std::size_t count) noexcept {

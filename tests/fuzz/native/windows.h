@@ -47,33 +47,17 @@ struct MemoryFile {
 
 BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* read, void* overlapped) noexcept;
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) noexcept;
-inline BOOL DeleteFileW(const wchar_t*) noexcept {
-    return FALSE;
-}
-inline DWORD GetFileAttributesW(const wchar_t*) noexcept {
-    return INVALID_FILE_ATTRIBUTES;
-}
+inline constexpr auto DeleteFileW = [](const wchar_t*) { return FALSE; };
+inline constexpr auto GetFileAttributesW = [](const wchar_t*) { return INVALID_FILE_ATTRIBUTES; };
 
 // ---- what the owners of Handle.h close; nothing here makes any ----
 
-inline BOOL CloseHandle(HANDLE) noexcept {
-    return TRUE;
-}
-inline BOOL UnmapViewOfFile(const void*) noexcept {
-    return TRUE;
-}
-inline BOOL FreeLibrary(HMODULE) noexcept {
-    return TRUE;
-}
-inline BOOL FindClose(HANDLE) noexcept {
-    return TRUE;
-}
-inline LONG RegCloseKey(HKEY) noexcept {
-    return 0;
-}
-inline void* LocalFree(void*) noexcept {
-    return nullptr;
-}
+inline constexpr auto CloseHandle = [](HANDLE) { return TRUE; };
+inline constexpr auto UnmapViewOfFile = [](const void*) { return TRUE; };
+inline constexpr auto FreeLibrary = [](HMODULE) { return TRUE; };
+inline constexpr auto FindClose = [](HANDLE) { return TRUE; };
+inline constexpr auto RegCloseKey = [](HKEY) { return LONG{0}; };
+inline constexpr auto LocalFree = [](void*) -> void* { return nullptr; };
 
 // ---- process and clock ----
 
@@ -81,33 +65,19 @@ DWORD GetTickCount() noexcept;
 inline uint64_t GetTickCount64() noexcept {
     return GetTickCount();
 }
-inline DWORD GetCurrentProcessId() noexcept {
-    return 4711;
-}
-inline DWORD GetCurrentThreadId() noexcept {
-    return 815;
-}
-inline DWORD GetModuleFileNameW(HMODULE, wchar_t*, DWORD) noexcept {
-    return 0;
-}
+inline constexpr auto GetCurrentProcessId = [] { return DWORD{4711}; };
+inline constexpr auto GetCurrentThreadId = [] { return DWORD{815}; };
+inline constexpr auto GetModuleFileNameW = [](HMODULE, wchar_t*, DWORD) { return DWORD{0}; };
 
 // ---- locks ----
 
 using SRWLOCK = std::shared_mutex;
 #define SRWLOCK_INIT \
     {}
-inline void AcquireSRWLockExclusive(SRWLOCK* lock) {
-    lock->lock();
-}
-inline void ReleaseSRWLockExclusive(SRWLOCK* lock) {
-    lock->unlock();
-}
-inline void AcquireSRWLockShared(SRWLOCK* lock) {
-    lock->lock_shared();
-}
-inline void ReleaseSRWLockShared(SRWLOCK* lock) {
-    lock->unlock_shared();
-}
+inline constexpr auto AcquireSRWLockExclusive = [](SRWLOCK* lock) { lock->lock(); };
+inline constexpr auto ReleaseSRWLockExclusive = [](SRWLOCK* lock) { lock->unlock(); };
+inline constexpr auto AcquireSRWLockShared = [](SRWLOCK* lock) { lock->lock_shared(); };
+inline constexpr auto ReleaseSRWLockShared = [](SRWLOCK* lock) { lock->unlock_shared(); };
 
 // ---- texts ----
 

@@ -1,8 +1,7 @@
 // Lists and values of INI sections: numbered lists against a plain split, the custom action completed from a section,
 // and the settings of a section written and read again. The input's lines are values; line "key=value" is in the file.
-#include <map>
-
 #include "CustomAction.h"
+#include "FakeProfile.h"
 #include "Fuzz.h"
 #include "IniList.h"
 #include "ScanCfgIni.h"
@@ -10,24 +9,19 @@
 
 namespace {
 
-class MemoryProfile final : public wrb::IProfileAccess {
+// Of one section.
+class MemoryProfile final : public FakeProfile {
   public:
-    bool FileExists(const char*) override { return true; }
+    std::string ReadString(const char*, const char* key, const char* defaultText, const char* path) override {
+        return FakeProfile::ReadString("", key, defaultText, path);
+    }
+    int WriteString(const char*, const char* key, const char* value, const char* path, uint32_t& error) override {
+        return FakeProfile::WriteString("", key, value, path, error);
+    }
     uint32_t ReadInt(const char* section, const char* key, int32_t defaultValue, const char* path) override {
         return static_cast<uint32_t>(
             std::atoi(ReadString(section, key, std::to_string(defaultValue).c_str(), path).c_str()));
     }
-    std::string ReadString(const char*, const char* key, const char* defaultText, const char*) override {
-        const auto found = values.find(key);
-        return found != values.end() ? found->second : defaultText;
-    }
-    int WriteString(const char*, const char* key, const char* value, const char*, uint32_t&) override {
-        values[key] = value;
-        return 1;
-    }
-    void Pause(uint32_t) override {}
-
-    std::map<std::string, std::string> values;
 };
 
 void CheckList(const std::wstring& list) {
@@ -35,7 +29,7 @@ void CheckList(const std::wstring& list) {
     wrb::AppendPlainIniList(out, {L"Count", L"Item%d"}, list);
     std::wstring items;
     std::size_t count = 0;
-    for (std::size_t begin = 0; wrb::HasIniItem(std::wstring_view(list).substr(begin)); ++count) {
+    for (std::size_t begin = 0; begin < list.size() && list[begin] != L'|'; ++count) {
         const std::size_t end = std::min(list.find(L'|', begin), list.size());
         items += L"Item" + std::to_wstring(count) + L"=" + list.substr(begin, end - begin) + L"\n";
         begin = std::min(end + 1, list.size());
@@ -65,7 +59,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
         begin += line.size() + 1;
         const std::size_t equals = line.find('=');
         if (equals != line.npos) {
-            profile.values[line.substr(0, equals)] = line.substr(equals + 1);
+            profile.values["/" + line.substr(0, equals)] = line.substr(equals + 1);
         }
         text = wrb::Utf8ToWide(line);
         CheckList(text);
