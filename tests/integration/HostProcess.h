@@ -1,12 +1,6 @@
 // wrbhost beside a test: started, asked, stopped.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <windows.h>
-
-#include <string>
-#include <vector>
-
 #include "CmdProtocol.h"
 #include "ExpectRun.h"
 #include "FakePipeService.h"

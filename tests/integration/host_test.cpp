@@ -1,8 +1,4 @@
 // wrbhost as a program: the real command library, and one that misbehaves.
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 #include "HostProcess.h"
 #include "UniqueName.h"

@@ -1,7 +1,5 @@
 // wrbctl make-key, and what wrbhost says without a key.
 
-#include <filesystem>
-#include <optional>
 #include <regex>
 
 #include "ExpectRun.h"

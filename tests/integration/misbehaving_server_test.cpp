@@ -1,6 +1,5 @@
 // A database server that misbehaves, and messages of any bytes: what a client of the library gets, what the log says,
 // and that the next command works.
-#include <windows.h>
 
 #include <algorithm>
 #include <random>
@@ -20,7 +19,6 @@ constexpr wchar_t kOne[] = L"CMDHL_GET_PS_CFG";
 constexpr wchar_t kAll[] = L"CMDHL_GET_ALL_SCAN_CFG";
 constexpr wchar_t kAllAnswer[] = L"DBV2_CLIENT_GET_ALL_SCAN_CFG";
 constexpr std::size_t kMegabyte = 1u << 20;
-constexpr DWORD kInTimeMilliseconds = 5000;
 
 // An answer that holds the record.
 std::string Serialized(const std::wstring& name, const ISerializable& record) {
@@ -48,13 +46,10 @@ class MisbehavingServer : public testing::Test {
     void SetUp() override { cmdhl_Initialize(L"", L"", nullptr); }
     void TearDown() override { cmdhl_Finalize(); }
 
-    // The answer to the client, which has to come in time.
-    static std::wstring AskInTime(const wchar_t* command, const std::wstring& parameter = kUid) {
+    // The answer to the client, and what it leaves in the log.
+    static std::wstring AskAlone(const wchar_t* command, const std::wstring& parameter = kUid) {
         TakeCapturedLog();
-        const ULONGLONG start = GetTickCount64();
-        std::wstring answer = Ask(command, parameter);
-        EXPECT_LT(GetTickCount64() - start, kInTimeMilliseconds);
-        return answer;
+        return Ask(command, parameter);
     }
 
     static bool Logged(const std::wstring& part) {
@@ -72,12 +67,12 @@ TEST_F(MisbehavingServer, OneThatClosesUnreadIsAnEmptyAnswerAndALine) {
             ConnectNamedPipe(pipe.Get(), nullptr);
             pipe.Reset();
         });
-        EXPECT_EQ(AskInTime(command), L"");
+        EXPECT_EQ(AskAlone(command), L"");
         server.join();
         EXPECT_TRUE(Logged(L"SendDbApiHeader - fail to send DB API header"));
     }
     const FakeDbService server(GoodAnswer);
-    EXPECT_NE(AskInTime(kOne), L"");
+    EXPECT_NE(AskAlone(kOne), L"");
 }
 
 // A sound answer made unsound by one rule.
@@ -109,20 +104,20 @@ TEST_F(MisbehavingServer, EachMisdeedGivesItsAnswerAndTheNextCommandWorks) {
         const std::string good = GoodAnswer(request);
         return misdeed == nullptr || request.Name() == L"DB_GET_EXTRA" ? good : misdeed->answer(good);
     });
-    const std::wstring good[] = {AskInTime(kOne), AskInTime(kAll)};
+    const std::wstring good[] = {AskAlone(kOne), AskAlone(kAll)};
     ASSERT_TRUE(good[0].starts_with(L"[Prescheduled Scan Configuration]\n"));
     ASSERT_TRUE(good[1].starts_with(L"[Manual Scan Configuration]\n"));
     for (const Misdeed& row : kMisdeeds) {
         SCOPED_TRACE(&row - kMisdeeds);
         const std::wstring& sound = good[row.command == kAll];
         misdeed = &row;
-        const std::wstring answer = AskInTime(row.command);
+        const std::wstring answer = AskAlone(row.command);
         EXPECT_TRUE(row.logged == nullptr || Logged(row.logged));
         misdeed = nullptr;
         const bool isPart = row.part != nullptr && *row.part != L'\0';
         EXPECT_TRUE(isPart ? answer.find(row.part) != answer.npos : answer == (row.part == nullptr ? sound : L""))
             << testing::PrintToString(answer);
-        EXPECT_EQ(AskInTime(row.command), sound);
+        EXPECT_EQ(AskAlone(row.command), sound);
     }
 }
 
@@ -130,7 +125,7 @@ TEST_F(MisbehavingServer, AnyTextIsEchoedUpToItsTab) {
     using namespace std::string_literals;
     for (const std::wstring& text : {L""s, L"\xD800\xDC00\xDC00\xD800"s, L"\xFFFF\xFEFF\r\n%s%n"s, L"a\0b"s, L"a\tb"s,
                                      std::wstring(kMegabyte, L'\xDFFF')}) {
-        EXPECT_TRUE(AskInTime(L"CMDHL_ECHO", text) == text.substr(0, text.find(L'\t'))) << text.size();
+        EXPECT_TRUE(AskAlone(L"CMDHL_ECHO", text) == text.substr(0, text.find(L'\t'))) << text.size();
     }
 }
 
@@ -159,7 +154,7 @@ TEST_F(MisbehavingServer, MessagesOfAnyPieces) {
         ran += known;
     }
     EXPECT_GT(ran, 200u);
-    EXPECT_NE(AskInTime(kOne), L"");
+    EXPECT_NE(AskAlone(kOne), L"");
 }
 
 }  // namespace

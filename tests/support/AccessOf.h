@@ -7,8 +7,6 @@
 #include <gtest/gtest.h>
 #include <sddl.h>
 
-#include <string>
-
 #include "Handle.h"
 
 namespace wrb::test {

@@ -9,7 +9,7 @@ namespace {
 thread_local std::size_t t_allocations = 0;
 thread_local std::size_t t_leastFailing = 0;
 thread_local bool t_spared = false;
-std::atomic<long long> g_untilFailure = -1;  // 0: it has happened; below: none is wanted
+std::atomic<long long> g_untilFailure = -1;  // 0: it has happened; negative: none is due
 
 bool Fails(std::size_t size) {
     const bool isNth = !t_spared && g_untilFailure > 0 && --g_untilFailure == 0;
@@ -40,7 +40,7 @@ bool FailedAllocation::Happened() const {
     return g_untilFailure <= 0;
 }
 
-// Alone in this file: where the compiler sees both and inlines one, it takes them for a mismatched pair.
+// In a file of their own: where the compiler inlines only one of them, it warns of a mismatched pair.
 void* operator new(std::size_t size) {
     ++t_allocations;
     if (void* memory = Fails(size) ? nullptr : std::malloc(size != 0 ? size : 1)) {

@@ -6,7 +6,7 @@
 // How often the calling thread has allocated so far.
 std::size_t AllocationsOfThisThread();
 
-// From now on the calling thread gets no block of so many bytes or more; 0: it gets all.
+// From now on, allocations of `leastBytes` or more fail on the calling thread. 0: none fails.
 void FailAllocationsOfThisThread(std::size_t leastBytes);
 
 // While it exists, the `nth` allocation (from 1) on any thread but its own throws std::bad_alloc. One at a time.

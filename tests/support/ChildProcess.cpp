@@ -7,12 +7,6 @@
 namespace wrb::test {
 namespace {
 
-FileHandle CreateOutputFile(const std::wstring& path) {
-    SECURITY_ATTRIBUTES inheritable{sizeof(inheritable), nullptr, TRUE};
-    return FileHandle(CreateFileW(path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable,
-                                  CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-}
-
 // Good for arguments without quotes and without a backslash at the end, which is all that tests use.
 std::wstring CommandLine(const std::wstring& program, const std::vector<std::wstring>& arguments) {
     std::wstring line = L"\"" + program + L"\"";
@@ -32,9 +26,11 @@ std::wstring ProgramFolder() {
 
 ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments)
     : m_outputPath((std::filesystem::temp_directory_path() / UniqueName(L"child")).wstring()) {
-    const FileHandle output = CreateOutputFile(m_outputPath);
-    // The one handle that the child gets. It would otherwise also get, and keep open, any file that another thread of
-    // ours has open at that moment: the C runtime's files can be inherited.
+    SECURITY_ATTRIBUTES inheritable{sizeof(inheritable), nullptr, TRUE};
+    const FileHandle output(CreateFileW(m_outputPath.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                        &inheritable, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    // The only handle that the child inherits. Without this list it would also keep open every file that another thread
+    // has open at that moment: the C runtime's files can be inherited.
     HANDLE inherited = output.Get();
     SIZE_T bytes = 0;
     InitializeProcThreadAttributeList(nullptr, 1, 0, &bytes);
@@ -83,7 +79,7 @@ bool ChildProcess::WaitForOutput(const std::string& part, std::chrono::milliseco
         if (last) {
             return false;
         }
-        // One more look: what an ended program printed is all there.
+        // One more look: an ended program has printed everything.
         last = WaitForExit(std::chrono::milliseconds(20)).has_value() || std::chrono::steady_clock::now() >= end;
     }
     return true;

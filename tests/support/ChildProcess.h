@@ -18,8 +18,6 @@ class ChildProcess {
   public:
     ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments);  // throws when it cannot
     ~ChildProcess();
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
 
     // The exit code, or nothing while it still runs after the time-out.
     std::optional<DWORD> WaitForExit(std::chrono::milliseconds timeout = kPatience) const;

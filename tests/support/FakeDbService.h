@@ -22,7 +22,7 @@ struct DbRequest {
     // A serialized request begins as every message does; all others are taken for text.
     bool IsMessage() const;
 
-    // Text form: the fields, without the terminating zero behind the last one.
+    // Text form: the fields, without the terminating zero after the last one.
     std::vector<std::wstring> Fields() const;
 
     // Serialized form: the texts of the header and the body, in their order: name, id and, where it is one text, the
@@ -45,7 +45,7 @@ std::string MessageBytes(std::wstring_view name, std::string_view body);
 // Serves "DbServerNamePipe", of which there is one on a machine: a test that uses it is registered as SERIAL.
 class FakeDbService {
   public:
-    // The bytes to answer with; empty ones connect to the reply pipe and close, none leave the client waiting.
+    // The bytes of the answer. Empty: connects to the reply pipe and closes it. std::nullopt: sends no answer.
     using Answer = std::function<std::optional<std::string>(const DbRequest&)>;
 
     // `answer` runs on the service's thread for each request that wants an answer; without it nothing is answered.

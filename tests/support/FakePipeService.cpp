@@ -68,7 +68,7 @@ void FakePipeService::Serve() {
 bool FakePipeService::ReceiveOne(Received& received) {
     OVERLAPPED operation{};
     operation.hEvent = m_event.Get();
-    // The bytes of an operation that has begun; none when the client has gone or the service is to stop.
+    // Waits for the operation and returns its bytes; std::nullopt when the client has gone or the service stops.
     const auto finish = [&](BOOL done) -> std::optional<DWORD> {
         const DWORD error = done ? ERROR_SUCCESS : GetLastError();
         const HANDLE handles[] = {m_event.Get(), m_stop.Get()};

@@ -33,14 +33,12 @@ class FakePipeService {
   public:
     using Handler = std::function<void(const Received&)>;
 
-    // Serves the pipe of that bare name at once. `handler` runs on the service's thread after each message, before the
-    // next client is let in. Throws std::runtime_error when the name is taken.
+    // Serves the pipe \\.\pipe\NAME from now on. `handler` runs on the service's thread after each message, before the
+    // next client can connect. Throws std::runtime_error when the name is taken.
     explicit FakePipeService(const std::wstring& name, Handler handler = {});
 
     // Stops, whatever the client is doing.
     ~FakePipeService();
-    FakePipeService(const FakePipeService&) = delete;
-    FakePipeService& operator=(const FakePipeService&) = delete;
 
     // All messages so far, once there are at least `count` of them or ten seconds have passed.
     std::vector<Received> WaitFor(std::size_t count) const;
@@ -60,8 +58,7 @@ class FakePipeService {
     std::thread m_thread;
 };
 
-// A client's end without any of the client's rules: opens the pipe for writing, waiting while it is busy. Empty when
-// that fails.
+// Opens the pipe for writing with no code of the product's client. Waits while the pipe is busy. Empty on failure.
 FileHandle OpenPipeForWriting(const std::wstring& name);
 
 // Writes the bytes as one piece, whatever their number.

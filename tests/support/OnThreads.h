@@ -18,4 +18,12 @@ void OnThreads(unsigned count, const Work& work) {
     }
 }
 
+// Waits for what another thread or process brings about. A test that fails here runs into its time limit.
+template <typename Condition>
+void WaitUntil(const Condition& condition) {
+    while (!condition()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
 }  // namespace wrb::test

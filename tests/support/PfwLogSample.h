@@ -1,4 +1,4 @@
-// Records of firewall log files, as tests want them.
+// Sample records of firewall log files.
 #pragma once
 
 #include <cstring>

@@ -10,7 +10,7 @@ namespace wrb::test {
 namespace {
 
 using QuerySystemInformation = LONG WINAPI(ULONG kind, void* buffer, ULONG bytes, ULONG* needed);
-constexpr ULONG kExtendedHandleInformation = 64;  // a kind that the system's header leaves out
+constexpr ULONG kExtendedHandleInformation = 64;  // the system's header lacks it
 
 // The answer, in words of 64 bits: the number of rows, a reserved word, and for each open handle of the system a row
 // of object, process, handle, and two words of smaller fields.

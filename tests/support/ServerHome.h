@@ -19,8 +19,6 @@ class ServerHome {
             Set(m_before);
         }
     }
-    ServerHome(const ServerHome&) = delete;
-    ServerHome& operator=(const ServerHome&) = delete;
 
     std::filesystem::path operator/(const std::wstring& name) const { return m_folder / name; }
 

@@ -3,13 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <map>
-#include <new>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "CapturedLog.h"
 #include "Gateway.h"

@@ -1,7 +1,6 @@
 #include "cgi_PutStream.h"
 
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include "Handle.h"
 #include "TempFolder.h"

@@ -1,7 +1,6 @@
 #include "HomeFolder.h"
 
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include "ChildProcess.h"
 #include "ServerHome.h"

@@ -58,34 +58,39 @@ class CounterScope : public testing::Test {
     }
     void TearDown() override { CWrbyPerfMonMgr::CloseSingleton(); }
 
+    void Call(uint32_t slot, uint32_t milliseconds) {
+        const wrb::CounterCall counted(slot, clock);
+        clock.AdvanceTick(milliseconds);
+    }
+    // "calls maximum total average".
+    std::string Shown(uint32_t slot) const {
+        const HandlerCounterSlot row = reader.Slot(slot);
+        return std::to_string(row.calls) + " " + std::to_string(row.maximum) + " " + std::to_string(row.total) + " " +
+               std::to_string(row.average);
+    }
+
     ManualClock clock{0xFFFFFFF0};  // about to wrap
     wrb::CounterReader reader;
 };
 
 TEST_F(CounterScope, ACallIsCountedAtItsStartAndTimedAtItsEnd) {
-    constexpr uint32_t kSlot = 5;
     {
-        const wrb::CounterCall first(kSlot, clock);
-        EXPECT_EQ(reader.Slot(kSlot).calls, 1u);
+        const wrb::CounterCall first(5, clock);
         EXPECT_EQ(reader.CallsInProgress(), 1);
         clock.AdvanceTick(30);
-        EXPECT_EQ(reader.Slot(kSlot).total, 0u);
+        EXPECT_EQ(Shown(5), "1 0 0 0");
     }
     {
-        wrb::CounterCall second(kSlot, clock);
+        wrb::CounterCall second(5, clock);
         second.ReportUndelivered({3, 4});
         clock.AdvanceTick(11);
     }
-    wrb::CounterCall(kSlot + 1, clock).ReportUndelivered({});
+    wrb::CounterCall(6, clock).ReportUndelivered({});
     EXPECT_EQ(reader.Undelivered().rows, 3u);
     EXPECT_EQ(reader.Undelivered().events, 4u);
-    EXPECT_EQ(reader.Slot(kSlot).failures, 1u);
-    EXPECT_EQ(reader.Slot(kSlot + 1).failures, 0u);
-    const HandlerCounterSlot slot = reader.Slot(kSlot);
-    EXPECT_EQ(slot.calls, 2u);
-    EXPECT_EQ(slot.maximum, 30u);
-    EXPECT_EQ(slot.total, 41u);
-    EXPECT_EQ(slot.average, 20u);
+    EXPECT_EQ(reader.Slot(5).failures, 1u);
+    EXPECT_EQ(reader.Slot(6).failures, 0u);
+    EXPECT_EQ(Shown(5), "2 30 41 20");
     EXPECT_EQ(reader.CallsInProgress(), 0);
 }
 
@@ -132,41 +137,29 @@ TEST_F(CounterScope, TwoProcessesShareTheCounters) {
 }
 
 TEST_F(CounterScope, WhoHoldsTheMutexStopsNoCallAndNoStartAndLosesNoTime) {
-    const auto call = [&](uint32_t slot, uint32_t milliseconds) {
-        const wrb::CounterCall counted(slot, clock);
-        clock.AdvanceTick(milliseconds);
-    };
     {
         const wrb::test::ChildProcess child(L"perf_counter_child.exe", {L"hold"});
         ASSERT_TRUE(child.WaitForOutput("holding"));
-        call(5, 10);
-        call(6, 1);
-        call(5, 30);
-        EXPECT_EQ(reader.Slot(5).calls, 2u);
-        EXPECT_EQ(reader.Slot(5).total, 0u);
+        Call(5, 10);
+        Call(6, 1);
+        Call(5, 30);
+        EXPECT_EQ(Shown(5), "2 0 0 0");
         EXPECT_EQ(reader.CallsInProgress(), 3);
         wrb::StartCounters();
         wrb::StopCounters();
         wrb::StartCounters();
-        call(5, 2);
+        Call(5, 2);
     }
-    call(7, 4);
-    EXPECT_EQ(reader.Slot(5).total, 42u);
-    EXPECT_EQ(reader.Slot(5).maximum, 30u);
-    EXPECT_EQ(reader.Slot(5).average, 14u);
-    EXPECT_EQ(reader.Slot(6).total, 1u);
-    EXPECT_EQ(reader.Slot(7).total, 4u);
+    Call(7, 4);
+    EXPECT_EQ(Shown(5) + ", " + Shown(6) + ", " + Shown(7), "3 30 42 14, 1 1 1 1, 1 4 4 4");
     EXPECT_EQ(reader.CallsInProgress(), 0);
 }
 
 TEST_F(CounterScope, TheMutexOfAProcessThatDiedCountsAsTaken) {
     // Ended while it owns the mutex.
     ASSERT_TRUE(wrb::test::ChildProcess(L"perf_counter_child.exe", {L"hold"}).WaitForOutput("holding"));
-    {
-        const wrb::CounterCall call(5, clock);
-        clock.AdvanceTick(6);
-    }
-    EXPECT_EQ(reader.Slot(5).total, 6u);
+    Call(5, 6);
+    EXPECT_EQ(Shown(5), "1 6 6 6");
     EXPECT_EQ(reader.CallsInProgress(), 0);
 }
 

@@ -1,5 +1,5 @@
-// The containers of the setting bundles: what is special about some sections, and the way of both shapes through a
-// message. The texts of the others are with their getters.
+// The containers of the setting bundles: the way through a message, and the end of a section. The texts of the others
+// are with their getters.
 #include "BundleContainers.h"
 
 #include <gtest/gtest.h>
@@ -8,36 +8,25 @@
 
 namespace {
 
-// The container's text behind what `out` held, and the same from another that gets its values out of a message.
-template <typename Container>
-void ExpectText(Container& container, Container copy, const std::wstring& expected) {
+TEST(BundleContainers, UidAndContentTravelInAMessage) {
+    CSettingContainerFARestoreSetting container;
     container.m_uid = L"an-agent";
+    container.m_content.items.emplace_back(wrb::FARestoreValues{L"hash", L"task", L"item", L"dir", L"name"});
+    container.m_content.items.emplace_back(wrb::FARestoreValues{L"h", L"", L"i", L"", L"n"});
     CSerializer whole;
     whole << container;
+    CSettingContainerFARestoreSetting copy;
     copy.m_uid = L"old";
     whole >> copy;
     EXPECT_EQ(copy.m_uid, L"an-agent");
-    for (const Container* one : {&container, &copy}) {
+    for (const auto* one : {&container, &copy}) {
         std::wstring out = L"[Before]\n";
         one->ExportToIni(out);
-        EXPECT_EQ(out, L"[Before]\n" + expected);
+        EXPECT_EQ(out,
+                  L"[Before]\n[Centralized FA Restore]\nFACount=2\nFASha1Hash_0=hash\nFATaskId_0=task\n"
+                  L"FAItemId_0=item\nFAFileDir_0=dir\nFAFileName_0=name\nFASha1Hash_1=h\nFATaskId_1=\n"
+                  L"FAItemId_1=i\nFAFileDir_1=\nFAFileName_1=n\n");
     }
-}
-
-TEST(BundleContainers, ValuesStandInTheirOrder) {
-    CSettingContainerAggrScanSetting aggr;
-    aggr.m_content = tagClientAggrScanConfig({0x1, 2, 0xFFFFFFFF});
-    ExpectText(aggr, {}, L"[AggrScan Settings]\nEnableMitre=1\nAggreDetectFlag=2\nAggreDetectFlagForIProduct=-1\n");
-}
-
-TEST(BundleContainers, ItemsAreNumbered) {
-    CSettingContainerFARestoreSetting restore;
-    restore.m_content.items.emplace_back(wrb::FARestoreValues{L"hash", L"task", L"item", L"dir", L"name"});
-    restore.m_content.items.emplace_back(wrb::FARestoreValues{L"h", L"", L"i", L"", L"n"});
-    ExpectText(restore, {},
-               L"[Centralized FA Restore]\nFACount=2\nFASha1Hash_0=hash\nFATaskId_0=task\nFAItemId_0=item\n"
-               L"FAFileDir_0=dir\nFAFileName_0=name\nFASha1Hash_1=h\nFATaskId_1=\nFAItemId_1=i\nFAFileDir_1=\n"
-               L"FAFileName_1=n\n");
 }
 
 TEST(BundleContainers, ASectionHasAnEnd) {

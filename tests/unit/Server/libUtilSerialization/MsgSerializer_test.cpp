@@ -2,8 +2,6 @@
 // folder of the test's own.
 #include <gmock/gmock.h>
 
-#include <sstream>
-
 #include "Block.h"
 #include "CapturedLog.h"
 #include "GuardedBytes.h"

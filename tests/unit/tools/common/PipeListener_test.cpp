@@ -1,12 +1,6 @@
 #include "PipeListener.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <map>
-#include <mutex>
-#include <stdexcept>
 
 #include "FakePipeService.h"
 #include "OnThreads.h"
@@ -82,9 +76,7 @@ TEST_F(ListenerTest, HostilePeersCostOneInstanceForAWhileAndNothingElse) {
         EXPECT_TRUE(Send("good")) << "meanwhile";
     }
     EXPECT_TRUE(Send("bad") && OpenPipeForWriting(options.name) && Send("good"));
-    while (listener.Counters().dropped < 5) {
-        Sleep(1);
-    }
+    WaitUntil([&] { return listener.Counters().dropped >= 5; });
     listener.Stop();
     EXPECT_THAT(drops, UnorderedElementsAre(PipeDrop::TimedOut, PipeDrop::TimedOut, PipeDrop::Oversized,
                                             PipeDrop::Oversized, PipeDrop::HandlerThrew));
@@ -148,9 +140,7 @@ TEST_F(ListenerTest, NoMessageThatCouldBeSentIsLostByAStop) {
         ASSERT_TRUE(listener.Start());
         OnThreads(5, [&](unsigned who) {
             if (who == 0) {
-                while (sent < 100) {
-                    Sleep(1);
-                }
+                WaitUntil([&] { return sent >= 100; });
                 listener.Stop();
                 return;
             }

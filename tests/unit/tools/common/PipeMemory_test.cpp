@@ -1,13 +1,10 @@
 // What a listener does when there is no memory.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <mutex>
 
 #include "AllocationCount.h"
 #include "FakePipeService.h"
 #include "MemoryBudget.h"
+#include "OnThreads.h"
 #include "PipeListener.h"
 #include "UniqueName.h"
 
@@ -52,17 +49,16 @@ TEST(MemoryBudget, AMessageGrowsWhileTheOthersAreWithinTheBudget) {
 }
 
 TEST_F(PipeMemory, LongMessagesWaitUnreadAndShortOnesPass) {
-    PipeListener listener(options, PipeListener::InOrder{0, [this](const std::string& message, const PipePeer&) {
-                                                             sizes.push_back(message.size());
-                                                             return Job();
-                                                         }});
+    const auto note = [this](const std::string& message, const PipePeer&) {
+        sizes.push_back(message.size());
+        return Job();
+    };
+    PipeListener listener(options, PipeListener::InOrder{0, note});
     ASSERT_TRUE(listener.Start());
     FileHandle holder = OpenPipeForWriting(options.name);
     ASSERT_TRUE(WritePiece(holder, kLong));
     EXPECT_TRUE(Send(kMiddle) && Send("short") && Send("short"));
-    while (listener.Counters().accepted < 2) {
-        Sleep(1);
-    }
+    WaitUntil([&] { return listener.Counters().accepted >= 2; });
     holder.Reset();
     listener.Stop();
     EXPECT_THAT(sizes, ElementsAre(5u, 5u, kLong.size(), kMiddle.size()));
@@ -72,23 +68,16 @@ TEST_F(PipeMemory, LongMessagesWaitUnreadAndShortOnesPass) {
 TEST_F(PipeMemory, WhatWaitsForMemoryIsDroppedInTheEnd) {
     options.readTimeoutMilliseconds = 200;
     const KernelHandle finish(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    PipeListener listener(options, PipeListener::InOrder{1, [&](const std::string& message, const PipePeer&) -> Job {
-                                                             sizes.push_back(message.size());
-                                                             if (message == kLong) {
-                                                                 return
-                                                                     [&] { WaitForSingleObject(finish.Get(), 20'000); };
-                                                             }
-                                                             return {};
-                                                         }});
+    const auto holdLongOnes = [&](const std::string& message, const PipePeer&) -> Job {
+        sizes.push_back(message.size());
+        return message == kLong ? Job([&] { WaitForSingleObject(finish.Get(), 20'000); }) : Job();
+    };
+    PipeListener listener(options, PipeListener::InOrder{1, holdLongOnes});
     ASSERT_TRUE(listener.Start());
     EXPECT_TRUE(Send(kLong) && Send(kMiddle));
-    while (listener.Counters().dropped == 0) {
-        Sleep(1);
-    }
+    WaitUntil([&] { return listener.Counters().dropped != 0; });
     SetEvent(finish.Get());
-    while (listener.Counters().accepted == 0) {
-        Sleep(1);
-    }
+    WaitUntil([&] { return listener.Counters().accepted != 0; });
     EXPECT_TRUE(Send(kMiddle));
     listener.Stop();
     EXPECT_THAT(sizes, ElementsAre(kLong.size(), kMiddle.size()));
@@ -99,21 +88,17 @@ TEST_F(PipeMemory, WhatWaitsForMemoryIsDroppedInTheEnd) {
 // Each allocation of the listener's own threads fails once: the message is counted as dropped, and the next one comes.
 TEST_F(PipeMemory, AFailedAllocationCostsOneMessage) {
     for (const unsigned workers : {0u, 1u}) {
-        PipeListener listener(options, PipeListener::InOrder{workers, [&](std::string message, const PipePeer&) -> Job {
-                                                                 std::string copy = message + ".";
-                                                                 if (workers == 0) {
-                                                                     return {};
-                                                                 }
-                                                                 return [copy] { EXPECT_FALSE((copy + ".").empty()); };
-                                                             }});
+        const auto copyTwice = [=](const std::string& message, const PipePeer&) {
+            std::string copy = message + ".";
+            return workers == 0 ? Job() : Job([copy] { EXPECT_FALSE((copy + ".").empty()); });
+        };
+        PipeListener listener(options, PipeListener::InOrder{workers, copyTwice});
         ASSERT_TRUE(listener.Start());
         uint64_t done = 0;
         uint64_t failures = 0;
         const auto settle = [&] {
             ++done;
-            while (listener.Counters().accepted + listener.Counters().dropped < done) {
-                Sleep(1);
-            }
+            WaitUntil([&] { return listener.Counters().accepted + listener.Counters().dropped >= done; });
         };
         for (std::size_t nth = 1;; ++nth) {
             const FailedAllocation failed(nth);

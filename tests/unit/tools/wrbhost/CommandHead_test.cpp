@@ -2,14 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
+#include "FakeDbService.h"
 
 namespace wrb::test {
 namespace {
-
-std::string BytesOf(const std::wstring& text) {
-    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)};
-}
 
 TEST(CommandHead, TellsLaneAndFailureAnswer) {
     using enum CommandLane;
@@ -35,12 +31,11 @@ TEST(CommandHead, TellsLaneAndFailureAnswer) {
         {L"", Quick, None, L""},
     };
     for (const auto& row : kCases) {
-        const CommandHead head = ReadCommandHead(BytesOf(row.message));
-        EXPECT_EQ(head.lane, row.lane) << row.message.c_str();
-        EXPECT_EQ(head.failure, row.failure) << row.message.c_str();
-        EXPECT_EQ(head.replyPipe, row.replyPipe);
+        const CommandHead head = ReadCommandHead(WideBytes(row.message));
+        EXPECT_TRUE(head.lane == row.lane && head.failure == row.failure && head.replyPipe == row.replyPipe)
+            << row.message.c_str();
     }
-    EXPECT_EQ(ReadCommandHead(BytesOf(L"CMDHL_ECHO\tpipe") + '\x01').replyPipe, L"pipe");
+    EXPECT_EQ(ReadCommandHead(WideBytes(L"CMDHL_ECHO\tpipe") + '\x01').replyPipe, L"pipe");
 }
 
 }  // namespace

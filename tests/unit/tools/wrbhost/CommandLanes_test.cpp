@@ -1,10 +1,6 @@
 #include "CommandLanes.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <windows.h>
-
-#include <atomic>
 
 #include "Handle.h"
 
@@ -23,17 +19,17 @@ struct CommandLanesTest : testing::Test {
             SetEvent(quick.Get());
             return;
         }
-        const unsigned now = ++(name == "upload" ? uploads : others);
-        unsigned& most = name == "upload" ? mostUploads : mostOthers;
-        {
-            const std::lock_guard guard(lock);
-            most = std::max(most, now);
-            mostSlow = std::max(mostSlow, uploads + others);
-            order.push_back(name);
-        }
+        std::unique_lock guard(lock);
+        unsigned& running = name == "upload" ? uploads : others;
+        ++running;
+        mostUploads = std::max(mostUploads, uploads);
+        mostSlow = std::max(mostSlow, uploads + others);
+        order.push_back(name);
+        guard.unlock();
         SetEvent(started.Get());
         WaitForSingleObject(released.Get(), kPatience);
-        --(name == "upload" ? uploads : others);
+        guard.lock();
+        --running;
     }
     CommandLanes::Run Runner() {
         return [this](const QueuedCommand& command) { Run(command.message); };
@@ -50,10 +46,9 @@ struct CommandLanesTest : testing::Test {
     KernelHandle released{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     std::mutex lock;
     std::vector<std::string> order;
-    std::atomic<unsigned> uploads{0};
-    std::atomic<unsigned> others{0};
+    unsigned uploads = 0;
+    unsigned others = 0;
     unsigned mostUploads = 0;
-    unsigned mostOthers = 0;
     unsigned mostSlow = 0;
 };
 
@@ -61,7 +56,7 @@ TEST_F(CommandLanesTest, AQuickCommandAlwaysFindsAWorker) {
     for (const unsigned workers : {2u, 3u, 4u, 20u}) {
         ResetEvent(released.Get());
         order.clear();
-        mostUploads = mostOthers = mostSlow = 0;
+        mostUploads = mostSlow = 0;
         CommandLanes lanes({.workers = workers, .queuedPerLane = 100}, Runner());
         lanes.Start();
         for (unsigned i = 0; i < 2 * workers; ++i) {
@@ -82,13 +77,11 @@ TEST_F(CommandLanesTest, AQuickCommandAlwaysFindsAWorker) {
 
 TEST_F(CommandLanesTest, OneWorkerRunsAllLanesInTheOrderOfArrival) {
     CommandLanes lanes({.workers = 1, .queuedPerLane = 100}, Runner());
-    for (const auto& [lane, name] : {std::pair(Upload, "upload"),
-                                     {Database, "first"},
-                                     {Quick, "second"},
-                                     {Upload, "upload"},
-                                     {Database, "third"}}) {
-        Put(lanes, lane, name);
-    }
+    Put(lanes, Upload, "upload");
+    Put(lanes, Database, "first");
+    Put(lanes, Quick, "second");
+    Put(lanes, Upload, "upload");
+    Put(lanes, Database, "third");
     SetEvent(released.Get());
     lanes.Start();
     lanes.Finish();

@@ -30,19 +30,17 @@ class DbAnswers : public testing::Test {
 };
 
 TEST_F(DbAnswers, NumberIsReadAsFarAsItGoes) {
-    const std::pair<std::string, uint32_t> cases[] = {
-        {WideBytes(L"12"), 12},
-        {WideBytes(L"-2147483647"), 0x80000001},
-        {WideBytes(L"4294967295"), 0xFFFFFFFF},
-        {WideBytes(L"2147483649"), 0x80000001},
-        {WideBytes(L"-99999999999999999999999999"), 0},
-        {WideBytes(L"7 and more"), 7},
-        {WideBytes(std::wstring_view(L"8\0009", 3)), 8},
-        {WideBytes(L"text"), 0},
-        {"", 0},
-        {"5", 0},  // half a character
-        {WideBytes(L"66") + "6", 66},
-    };
+    const std::pair<std::string, uint32_t> cases[] = {{WideBytes(L"12"), 12},
+                                                      {WideBytes(L"-2147483647"), 0x80000001},
+                                                      {WideBytes(L"4294967295"), 0xFFFFFFFF},
+                                                      {WideBytes(L"2147483649"), 0x80000001},
+                                                      {WideBytes(L"-99999999999999999999999999"), 0},
+                                                      {WideBytes(L"7 and more"), 7},
+                                                      {WideBytes(std::wstring_view(L"8\0009", 3)), 8},
+                                                      {WideBytes(L"text"), 0},
+                                                      {"", 0},
+                                                      {"5", 0},
+                                                      {WideBytes(L"66") + "6", 66}};  // half a character is none
     for (const auto& [answer, number] : cases) {
         m_answer = answer;
         uint32_t read = 99;

@@ -3,7 +3,6 @@
 
 #include <array>
 #include <regex>
-#include <sstream>
 
 #include "ChildProcess.h"
 #include "DbAllScanRecord.h"
@@ -124,35 +123,27 @@ TEST(DbAllScanRecord, ListsComeByScanTypeAndRealTimeHasOneLess) {
 }
 
 TEST(DbRecords, BundlesHaveTheFieldsOfThePage) {
-    const tagClientWCSConfig wtp({.flags = 1,
-                                  .securityLevelIn = 2,
-                                  .securityLevelOut = 3,
-                                  .filterFlagIn = 4,
-                                  .filterFlagOut = 5,
-                                  .queryModeIn = 6,
-                                  .ratingLevelIn = 7,
-                                  .ratingLevelOut = 8,
-                                  .approvedIn = L"ai",
-                                  .approvedOut = L"ao",
-                                  .blockedIn = L"bi",
-                                  .blockedOut = L"bo"});
-    EXPECT_EQ(Encode(wtp), Sequence(1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, L"ai", L"ao", L"bi", L"bo"));
-    const tagClientNCIECfg ncie(
-        {.flags = 1, .actionForCNP = 2, .actionForRR = 3, .actionForUserDefine = 4, .actionForSBA = 5});
-    EXPECT_EQ(Encode(ncie), Sequence(1u, 2u, 3u, 4u, 5u));
+    // clang-format off
+    EXPECT_EQ(Encode(tagClientWCSConfig({.flags = 1, .securityLevelIn = 2, .securityLevelOut = 3, .filterFlagIn = 4,
+                                         .filterFlagOut = 5, .queryModeIn = 6, .ratingLevelIn = 7, .ratingLevelOut = 8,
+                                         .approvedIn = L"ai", .approvedOut = L"ao", .blockedIn = L"bi", .blockedOut = L"bo"})),
+              Sequence(1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, L"ai", L"ao", L"bi", L"bo"));
+    EXPECT_EQ(Encode(tagClientNCIECfg({.flags = 1, .actionForCNP = 2, .actionForRR = 3, .actionForUserDefine = 4,
+                                       .actionForSBA = 5})),
+              Sequence(1u, 2u, 3u, 4u, 5u));
     EXPECT_EQ(Encode(tagClientSampleSubmissionCfg({.flags = 1})), Sequence(1u));
-    const tagClientSablexConfig sablex(
-        {.flags = 1, .actionForFile = 2, .actionForProcess = 3, .exceptions = L"e", .processNames = L"p"});
-    EXPECT_EQ(Encode(sablex), Sequence(1u, 2u, 3u, L"e", L"p"));
-    const tagClientAggrScanConfig aggr({.cfg = 1, .detectFlag = 2, .detectFlagForIProduct = 3});
-    EXPECT_EQ(Encode(aggr), Sequence(1u, 2u, 3u));
+    EXPECT_EQ(Encode(tagClientSablexConfig({.flags = 1, .actionForFile = 2, .actionForProcess = 3, .exceptions = L"e",
+                                            .processNames = L"p"})),
+              Sequence(1u, 2u, 3u, L"e", L"p"));
+    EXPECT_EQ(Encode(tagClientAggrScanConfig({.cfg = 1, .detectFlag = 2, .detectFlagForIProduct = 3})), Sequence(1u, 2u, 3u));
+    const wrb::FARestoreValues item{.sha1Hash = L"h", .taskId = L"t", .itemId = L"i", .fileDir = L"d", .fileName = L"n"};
+    const wrb::PolicyTrackingValues policy{.name = L"n", .lastUpdateTime = L"t", .policyOwner = L"o", .policyTypeId = L"y"};
+    // clang-format on
     wrb::BundleContent<wrb::FARestoreValues> items;
-    items.items.emplace_back(
-        wrb::FARestoreValues{.sha1Hash = L"h", .taskId = L"t", .itemId = L"i", .fileDir = L"d", .fileName = L"n"});
+    items.items.emplace_back(item);
     items.items.emplace_back();
     wrb::BundleContent<wrb::PolicyTrackingValues> policies;
-    policies.items.emplace_back(
-        wrb::PolicyTrackingValues{.name = L"n", .lastUpdateTime = L"t", .policyOwner = L"o", .policyTypeId = L"y"});
+    policies.items.emplace_back(policy);
     policies.items.emplace_back();
     const std::string two("\2\0\0\0", 4);
     EXPECT_EQ(Encode(items), two + Sequence(L"h", L"t", L"i", L"d", L"n", L"", L"", L"", L"", L""));

@@ -2,9 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <functional>
-#include <set>
 
 #include "CalendarTime.h"
 #include "DbAgent.h"

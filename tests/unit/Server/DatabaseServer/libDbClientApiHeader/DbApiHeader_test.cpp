@@ -1,7 +1,6 @@
 #include "DbApiHeader.h"
 
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include <cstring>
 

@@ -1,9 +1,6 @@
 // The database server, the INI file and the log of a test: what was asked and logged, for comparing, and the answers.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "CapturedLog.h"
 #include "FakeDbService.h"
 #include "INICache.h"
