@@ -21,29 +21,22 @@ namespace {
 
 constexpr SQLULEN kLongestVarchar = 4000;  // longer texts are bound as "long" ones
 constexpr std::size_t kPieceCharacters = 4096;
+constexpr SQLULEN kQuerySeconds = 30;
 
 // By the start of the SQL state; the longer ones first.
 constexpr struct {
     std::string_view state;
     SqlFailure failure;
 } kFailures[] = {
-    {"08001", SqlFailure::CannotOpen},
-    {"08004", SqlFailure::CannotOpen},
-    {"28", SqlFailure::CannotOpen},
-    {"IM", SqlFailure::CannotOpen},
-    {"3D", SqlFailure::CannotOpen},
-    {"08", SqlFailure::Disconnected},
-    {"57P", SqlFailure::Disconnected},
-    {"HYT01", SqlFailure::Disconnected},
-    {"40", SqlFailure::Conflict},
-    {"23", SqlFailure::Constraint},
-    {"53100", SqlFailure::Full},
-    {"53200", SqlFailure::Memory},
-    {"HY001", SqlFailure::Memory},
-    {"53", SqlFailure::Busy},
-    {"55P03", SqlFailure::Busy},
-    {"HYT00", SqlFailure::Busy},
-    {"58", SqlFailure::Io},
+    {"08001", SqlFailure::CannotOpen}, {"08004", SqlFailure::CannotOpen},
+    {"28", SqlFailure::CannotOpen},    {"IM", SqlFailure::CannotOpen},
+    {"3D", SqlFailure::CannotOpen},    {"08", SqlFailure::Disconnected},
+    {"57P", SqlFailure::Disconnected}, {"HYT01", SqlFailure::Disconnected},
+    {"40", SqlFailure::Conflict},      {"23", SqlFailure::Constraint},
+    {"53100", SqlFailure::Full},       {"53200", SqlFailure::Memory},
+    {"HY001", SqlFailure::Memory},     {"53", SqlFailure::Busy},
+    {"55P03", SqlFailure::Busy},       {"HYT00", SqlFailure::Busy},
+    {"57014", SqlFailure::Busy},       {"58", SqlFailure::Io},
 };
 
 SqlFailure FailureOf(std::string_view state) {
@@ -91,8 +84,10 @@ class OdbcPrepared final : public PreparedSql {
   public:
     OdbcPrepared(const OdbcLink& link, const std::string& sql) : m_link(link), m_statement(*link.session) {
         m_statement.alloc();
-        m_statement.prepare(sql);
         m_backEnd = static_cast<soci::odbc_statement_backend*>(m_statement.get_backend());
+        // A driver that cannot do this waits for as long as the engine does.
+        SQLSetStmtAttr(m_backEnd->hstmt_, SQL_ATTR_QUERY_TIMEOUT, reinterpret_cast<SQLPOINTER>(kQuerySeconds), 0);
+        m_statement.prepare(sql);
         m_values.resize(m_backEnd->names_.size());
     }
 

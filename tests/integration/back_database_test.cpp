@@ -1,6 +1,8 @@
 // Every command of the database server, through the library's own client and real pipes.
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+
 #include "BackEnd.h"
 #include "CalendarTime.h"
 #include "DbAgent.h"
@@ -60,9 +62,10 @@ std::wstring NumbersAndTexts(const std::wstring& uid) {
 }
 
 TEST_F(BackDatabaseTest, NumbersAndTextsOfAnAgent) {
-    EXPECT_EQ(NumbersAndTexts(kFullAgent),
-              L"5|2147483649|9|7|10|Front\td-1|Company\\Front\td-1|RECEPTION-01|192.0.2.17|14.0|<Policy/>|s 1\ts 2\ts 3|"
-              L"un|ul|1\t1\t1\t1\t1\t0\t1\t1\t1\t1\t1|1|1|");
+    EXPECT_EQ(
+        NumbersAndTexts(kFullAgent),
+        L"5|2147483649|9|7|10|Front\td-1|Company\\Front\td-1|RECEPTION-01|192.0.2.17|14.0|<Policy/>|s 1\ts 2\ts 3|"
+        L"un|ul|1\t1\t1\t1\t1\t0\t1\t1\t1\t1\t1|1|1|");
     EXPECT_EQ(NumbersAndTexts(kUnknownAgent), L"0|0|0|0|0||||||||||1\t1\t1\t1\t1\t0\t1\t1\t1\t1\t1||0|");
 }
 
@@ -136,6 +139,29 @@ TEST_F(BackDatabaseTest, NoQuestionOvertakesTheWriteBeforeIt) {
             EXPECT_TRUE(dbGetMscfW(uid.c_str(), read, 0) && read.flags == i && read.oleLayer == i) << i;
         }
     });
+}
+
+// One of two back ends over one engine. postgres_test.py starts both, each with a side of its own, and looks at the
+// rows.
+TEST(BackShared, EightThreadsOfEachSideChangeTheSameAgents) {
+    const wchar_t* const side = _wgetenv(L"WRB_TEST_SIDE");
+    if (side == nullptr) {
+        GTEST_SKIP() << "postgres_test.py runs it";
+    }
+    const TempFolder folder;
+    const ChildProcess backEnd(kBackEnd, {L"serve", L"--log-folder", folder.Path()});
+    ASSERT_TRUE(backEnd.WaitForOutput("wrbback: ready")) << backEnd.Output();
+    OnThreads(8, [side](unsigned thread) {
+        const std::wstring uid = ThreadAgent(thread);
+        for (uint32_t bit = side[0] == L'0' ? 1 : 2; bit != 0; bit <<= 2) {
+            EXPECT_TRUE(dbSetConfFlagW(uid.c_str(), bit, 0));
+            EXPECT_TRUE(dbSetSpecialLogW(uid.c_str(), 1, L"text"));
+            uint32_t bits = 0;
+            EXPECT_TRUE(dbGetConfFlagW(uid.c_str(), bits, 0) && (bits & bit) != 0) << bit << ' ' << bits;
+        }
+    });
+    ExpectRun(kBackEnd, {L"stop"}, 0);
+    EXPECT_EQ(backEnd.WaitForExit(), 0u) << backEnd.Output();
 }
 
 }  // namespace

@@ -5,6 +5,7 @@ Runs on the build machine itself; only the Windows programs go through the runne
 """
 
 import argparse
+import concurrent.futures
 import contextlib
 import json
 import os
@@ -59,10 +60,14 @@ class Postgres(unittest.TestCase):
         cls.addClassCleanup(as_server, *control, "-m", "immediate", "stop")
 
     def setUp(self):
-        self.name = self.id().rsplit(".", 1)[1].lower()
-        subprocess.run([options.postgres / "psql", "-qh", "127.0.0.1", "-p", str(self.port), "-U", USER, "-c",
-                        f"CREATE DATABASE {self.name}", "postgres"],
-                       check=True, timeout=60, env={**os.environ, "PGPASSWORD": PASSWORD})
+        self.name = self.id().rsplit(".", 1)[1].lower()[:60]  # PostgreSQL's limit is 63
+        self.query(f"CREATE DATABASE {self.name}", "postgres")
+
+    def query(self, sql, database=None):
+        return subprocess.run([options.postgres / "psql", "-qAth", "127.0.0.1", "-p", str(self.port), "-U", USER, "-c", sql,
+                               database or self.name],
+                              check=True, timeout=60, text=True, stdout=subprocess.PIPE,
+                              env={**os.environ, "PGPASSWORD": PASSWORD}).stdout.strip()
 
     def store(self, driver="PostgreSQL Unicode", password=PASSWORD):
         return (f"odbc:Driver={{{driver}}};Server=127.0.0.1;Port={self.port};Database={self.name};Uid={USER};"
@@ -103,6 +108,23 @@ class Postgres(unittest.TestCase):
         result = run("back_test.exe", "--gtest_filter=BackDatabase*:BackBundles*:BackRecords.WhatTheClients*",
                      WRB_TEST_STORE=self.store())
         self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
+
+    def test_two_back_ends_share_one_engine(self):
+        uids = [f"00000000-0000-0000-0000-{thread:012}" for thread in range(8)]
+        seed = self.folder / "shared.json"
+        seed.write_text(json.dumps({"agents": [{"uid": uid} for uid in uids]}), encoding="utf-8")
+        self.expect("seed", "Z:" + str(seed), store=self.store())
+        sides = [{}, {"WINEPREFIX": str(self.folder / "prefix")}]  # pipes belong to a prefix
+        with concurrent.futures.ThreadPoolExecutor() as both:
+            results = list(both.map(
+                lambda side: run("back_test.exe", "--gtest_filter=BackShared.*", store=self.store(),
+                                 WRB_TEST_SIDE=str(side), **sides[side]), (0, 1)))
+        for result in results:
+            self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
+            self.assertNotIn("SKIPPED", result.stdout)
+        agents = json.loads(self.expect("export", store=self.store()))["agents"]
+        self.assertEqual([agent["changed"] for agent in agents], [0xFFFFFFFF] * 8)
+        self.assertEqual(self.query("SELECT count(*) FROM special_log"), "256")
 
     def test_connections_share_agents_and_come_back(self):
         result = run("wrbback_test.exe", "--gtest_filter=SharedStore.*", WRB_TEST_STORE=self.store())
