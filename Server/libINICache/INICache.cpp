@@ -109,6 +109,7 @@ int CINICache::init(const char* path, uint32_t seconds) {
         m_path = bounded;
         m_integers.clear();
         m_texts.clear();
+        m_sections.clear();
     }
     if (exists && seconds != 0) {
         m_expiryMs = std::min(seconds, std::numeric_limits<uint32_t>::max() / 1000) * 1000;
@@ -189,6 +190,15 @@ uint32_t CINICache::readINIString(wchar_t* buffer, const wchar_t* section, const
     }
 }
 
+bool CINICache::readINISection(std::wstring& lines, const wchar_t* section, int bypass) {
+    const std::string name = Narrow(section);
+    const auto readFile = [&](const char* path) { return m_profile.ReadSection(name.c_str(), path); };
+    return Read(&CINICache::m_sections, name, bypass, readFile, [&](const std::optional<std::string>& text) {
+               lines += wrb::AnsiToWide(text.value_or(""));
+               return text ? 1 : 0;
+           }) != 0;
+}
+
 int CINICache::writeINIString(const char* section, const char* key, const char* value) {
     if (section == nullptr || key == nullptr) {
         return 0;
@@ -215,6 +225,7 @@ int CINICache::writeINIString(const char* section, const char* key, const char* 
     wrb::ExclusiveGuard guard(m_lock);
     m_texts.erase(std::string(entry));
     m_integers.erase(std::string(entry));
+    m_sections.erase(section);
     return written;
 }
 
@@ -238,6 +249,7 @@ void CINICache::clear() {
     wrb::ExclusiveGuard guard(m_lock);
     m_integers.clear();
     m_texts.clear();
+    m_sections.clear();
 }
 
 std::string CINICache::CurrentPath() {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -46,9 +47,14 @@ class CINICache {
     uint32_t readINIString(wchar_t* buffer, const wchar_t* section, const wchar_t* key, const wchar_t* defaultText,
                            uint32_t size, int bypass = 0);
 
-    // Writes through to the file, without the lock, and drops the entry whether or not that worked. Up to six attempts,
-    // 100 ms apart. Returns the system's result, non-zero on success. A null value deletes the key; a null section or
-    // key, which the system would take as an order to delete a whole section, is refused with 0.
+    // Appends the whole section to `lines`: a line "key=value" a key, ended by "\n", in the order of the file
+    // (wrb::SectionLines gives the rules). A section that is missing has no lines. False, and nothing is appended, when
+    // the section is longer than the system reads one, 32767 characters.
+    bool readINISection(std::wstring& lines, const wchar_t* section, int bypass = 0);
+
+    // Writes through to the file, without the lock, and drops the key and its section whether or not that worked. Up to
+    // six attempts, 100 ms apart. Returns the system's result, non-zero on success. A null value deletes the key; a
+    // null section or key, which the system would take as an order to delete a whole section, is refused with 0.
     int writeINIString(const char* section, const char* key, const char* value);
     int writeINIString(const wchar_t* section, const wchar_t* key, const wchar_t* value);
     int writeINIInt(const char* section, const char* key, int32_t value);
@@ -62,7 +68,7 @@ class CINICache {
         Value value;
         uint32_t readTick;
     };
-    // By section, ":" and key, exactly as the caller gave them.
+    // By section, ":" and key, exactly as the caller gave them; whole sections by their name.
     template <typename Value>
     using Table = std::map<std::string, Entry<Value>, std::less<>>;
 
@@ -84,6 +90,7 @@ class CINICache {
     // A key that is read both as a number and as text has an entry in each.
     Table<uint32_t> m_integers WRB_GUARDED_BY(m_lock);
     Table<std::string> m_texts WRB_GUARDED_BY(m_lock);
+    Table<std::optional<std::string>> m_sections WRB_GUARDED_BY(m_lock);  // nothing: too long
 };
 
 // The caches of the server's three INI files. Each exists from its first use, before anybody binds it to its file,

@@ -47,6 +47,14 @@ class ProfileApi final : public IProfileAccess {
         return value;
     }
 
+    std::optional<std::string> ReadSection(const char* section, const char* path) override {
+        // A section that does not fit is cut to the capacity less 2, which must be more than the longest section.
+        constexpr DWORD kCapacity = kLongestSection + 3;
+        std::string lines(kCapacity, '\0');
+        lines.resize(GetPrivateProfileSectionA(section, lines.data(), kCapacity, path));
+        return lines.size() > kLongestSection ? std::nullopt : std::optional(SectionLines(lines));
+    }
+
     int WriteString(const char* section, const char* key, const char* value, const char* path,
                     uint32_t& error) override {
         const BOOL written = WritePrivateProfileStringA(section, key, value, path);

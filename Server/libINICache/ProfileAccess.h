@@ -2,9 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace wrb {
+
+// The most characters that the system reads of a section.
+inline constexpr uint32_t kLongestSection = 32767;
 
 // All texts are narrow, in the system's ANSI code page, never null unless said. Implementations are called from many
 // threads at once and must allow it.
@@ -22,6 +27,10 @@ class IProfileAccess {
     // The whole value, as far as the system reads one: 65535 characters. Throws std::bad_alloc for lack of memory.
     virtual std::string ReadString(const char* section, const char* key, const char* defaultText, const char* path) = 0;
 
+    // The lines of the whole section in the form of SectionLines; empty when there is no such section. Nothing when the
+    // section is longer than kLongestSection, the terminators of its lines included. Throws std::bad_alloc.
+    virtual std::optional<std::string> ReadSection(const char* section, const char* path) = 0;
+
     // A null `value` deletes the key. Returns what the system's write returned, non-zero for success; otherwise `error`
     // is the Windows error code.
     virtual int WriteString(const char* section, const char* key, const char* value, const char* path,
@@ -30,6 +39,11 @@ class IProfileAccess {
     // Waits between two attempts to write.
     virtual void Pause(uint32_t milliseconds) = 0;
 };
+
+// The lines of a section as the system gives them, each ended by a NUL, as "key=value" lines, each ended by "\n". The
+// value is what ReadString gives for the key: without blanks and TABs around it, then without a pair of quotes. A
+// comment and a line without "=" are left out; of a key that comes again, in any case, only the first line counts.
+std::string SectionLines(std::string_view lines);
 
 // The machine's own profile functions; lives for the whole process.
 IProfileAccess& SystemProfile();

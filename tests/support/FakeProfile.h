@@ -24,6 +24,19 @@ class FakeProfile : public wrb::IProfileAccess {
         return found != values.end() ? found->second : defaultText;
     }
 
+    // Its keys in the order of the alphabet; nothing when one has an empty name.
+    std::optional<std::string> ReadSection(const char* section, const char*) override {
+        ++reads;
+        std::string lines;
+        const std::string prefix = std::string(section) + "/";
+        for (const auto& [key, value] : values) {
+            if (key.starts_with(prefix)) {
+                lines += key.substr(prefix.size()) + "=" + value + "\n";
+            }
+        }
+        return lines.starts_with('=') ? std::nullopt : std::optional(lines);
+    }
+
     int WriteString(const char* section, const char* key, const char* value, const char*, uint32_t& error) override {
         ++writeAttempts;
         if (failingWrites > 0) {

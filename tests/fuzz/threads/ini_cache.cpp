@@ -15,6 +15,7 @@ class CountingProfile final : public wrb::IProfileAccess {
     std::string ReadString(const char*, const char*, const char*, const char*) override {
         return std::to_string(m_value);
     }
+    std::optional<std::string> ReadSection(const char*, const char*) override { return std::to_string(m_value); }
     int WriteString(const char*, const char*, const char*, const char*, uint32_t&) override {
         ++m_value;
         return 1;
@@ -29,6 +30,8 @@ void UseCache(CINICache& cache, int thread, int round) {
     char text[32];
     const std::string key = "Key" + std::to_string(round % 7);
     cache.readINIInt("Section", key.c_str(), 1);
+    std::wstring lines;
+    cache.readINISection(lines, L"Section");
     cache.readINIString(text, "Section", key.c_str(), "", sizeof text);
     if (round % 50 == thread) {
         cache.writeINIInt("Section", key.c_str(), round);

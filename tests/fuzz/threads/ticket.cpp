@@ -22,6 +22,7 @@ class SmallLimits final : public wrb::IProfileAccess {
     bool FileExists(const char*) override { return true; }
     uint32_t ReadInt(const char*, const char*, int32_t, const char*) override { return 1; }
     std::string ReadString(const char*, const char*, const char*, const char*) override { return "1"; }
+    std::optional<std::string> ReadSection(const char*, const char*) override { return ""; }
     int WriteString(const char*, const char*, const char*, const char*, uint32_t&) override { return 1; }
     void Pause(uint32_t) override {}
 };

@@ -5,6 +5,7 @@
 #include "CmdProtocol.h"
 #include "CounterScope.h"
 #include "cmdhl_Reply.h"
+#include "cmdhm_Common.h"
 #include "cmdhm_ScanCfg.h"
 #include "cmdhm_ScanCfgUpdate.h"
 
@@ -22,24 +23,47 @@ std::wstring WithName(std::wstring_view pattern, const wchar_t* name) {
     return text;
 }
 
-template <typename Logic>
-void Answer(CommandSlot slot, const Request& request, CCmdProtocol& message, Logic&& logic) {
-    const RequestLog& log = request.log;
+struct Frame {
+    const wchar_t* name;
+    RequestLog log;
+    const wchar_t* module;
+};
+
+Frame IniFrame(const wchar_t* name) {
+    return {name, kReported, kRqIni};
+}
+
+void LogOf(const Frame& frame, const wchar_t* what, const std::wstring& text) {
+    WRB_LOG_FROM(kLogDebug8, frame.module, __LINE__, L"%s%s:[%s]", WithName(frame.log.head, frame.name).c_str(), what,
+                 text.c_str());
+}
+
+// `make` gets the output to fill, and takes what follows the reply pipe from the message.
+template <typename Make>
+void Answer(CommandSlot slot, const Frame& frame, CCmdProtocol& message, Make&& make) {
     std::wstring replyPipe;
     std::wstring output;
     {
         const CounterCall call(static_cast<uint32_t>(slot));
+        message >> replyPipe;
+        make(output);
+        LogOf(frame, L"output", output);
+    }
+    if (!Reply(replyPipe.c_str(), output) && frame.log.failedReply != nullptr) {
+        WRB_LOG_FROM(frame.log.failedLevel, frame.module, __LINE__, L"%s",
+                     WithName(frame.log.failedReply, frame.name).c_str());
+    }
+}
+
+// The same for `logic(output, uid)`.
+template <typename Logic>
+void AnswerAgent(CommandSlot slot, const Frame& frame, CCmdProtocol& message, Logic&& logic) {
+    Answer(slot, frame, message, [&](std::wstring& output) {
         std::wstring uid;
-        message >> replyPipe >> uid;
-        WRB_LOG_FROM(kLogDebug8, request.module, __LINE__, L"%suid:[%s]", WithName(log.head, request.name).c_str(),
-                     uid.c_str());
+        message >> uid;
+        LogOf(frame, L"uid", uid);
         logic(output, uid.c_str());
-        WRB_LOG_FROM(kLogDebug8, request.module, __LINE__, L"%soutput:[%s]", WithName(log.head, request.name).c_str(),
-                     output.c_str());
-    }
-    if (!Reply(replyPipe.c_str(), output) && log.failedReply != nullptr) {
-        WRB_LOG_FROM(log.failedLevel, request.module, __LINE__, L"%s", WithName(log.failedReply, request.name).c_str());
-    }
+    });
 }
 
 template <typename Store>
@@ -57,18 +81,27 @@ void Apply(CommandSlot slot, const Update& update, CCmdProtocol& message, Store&
 }
 
 void Run(CommandSlot slot, const Request& request, CCmdProtocol& message) {
-    Answer(slot, request, message, request.getter);
-}
-
-void Run(CommandSlot slot, const FieldRequest& request, CCmdProtocol& message) {
-    Answer(slot, {request.name, request.log, request.module, nullptr}, message,
-           [&](std::wstring& output, const wchar_t* uid) { request.getter(output, uid, message); });
+    AnswerAgent(slot, {request.name, request.log, request.module}, message, request.getter);
 }
 
 void Run(CommandSlot slot, const ScanRequest& request, CCmdProtocol& message) {
     const ScanGroup& group = FindScanGroup(request.type, request.kind);
-    Answer(slot, {request.name, request.log, kRqCfg, nullptr}, message,
-           [&](std::wstring& output, const wchar_t* uid) { GetAndExportScanGroup(group, output, uid, false); });
+    AnswerAgent(slot, {request.name, request.log, kRqCfg}, message,
+                [&](std::wstring& output, const wchar_t* uid) { GetAndExportScanGroup(group, output, uid, false); });
+}
+
+void Run(CommandSlot slot, const FieldRequest& request, CCmdProtocol& message) {
+    AnswerAgent(slot, {request.name, request.log, request.module}, message,
+                [&](std::wstring& output, const wchar_t* uid) { request.getter(output, uid, message); });
+}
+
+void Run(CommandSlot slot, const ServerRequest& request, CCmdProtocol& message) {
+    Answer(slot, IniFrame(request.name), message, request.getter);
+}
+
+void Run(CommandSlot slot, const SectionRequest& request, CCmdProtocol& message) {
+    Answer(slot, IniFrame(request.name), message,
+           [&](std::wstring& output) { GetIniSection(output, request.section); });
 }
 
 void Run(CommandSlot slot, const Update& update, CCmdProtocol& message) {

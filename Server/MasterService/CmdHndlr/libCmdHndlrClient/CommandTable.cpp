@@ -3,6 +3,7 @@
 #include "CommandMap.h"
 #include "FirewallLogs.h"
 #include "ScanSettingUpdates.h"
+#include "cmdhl_RqINI.h"
 #include "cmdhm_Bundles.h"
 #include "cmdhm_ScanCfg.h"
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "DebugLog.h"
+#include "IniValues.h"
 #include "Text.h"
 
 namespace wrb {
@@ -10,7 +11,7 @@ namespace {
 
 constexpr uint32_t kLongestText = 65535;
 
-// Reads one section. All texts are read into one buffer.
+// Reads one section.
 class SectionReader {
   public:
     SectionReader(CINICache& ini, const ScanGroup& group) : m_ini(ini), m_section(group.section.data()) {}
@@ -28,7 +29,7 @@ class SectionReader {
                 break;
             case ScanRowKind::Text:
             case ScanRowKind::CustomActionPair:
-                values.*row.text = ReadText(row);
+                values.*row.text = ReadIniText(m_ini, m_section, row.key.data(), row.defaultText);
                 break;
             case ScanRowKind::Uid:
             case ScanRowKind::Empty:
@@ -41,17 +42,8 @@ class SectionReader {
         return m_ini.readINIInt(m_section, row.key.data(), static_cast<int32_t>(row.defaultNumber));
     }
 
-    const wchar_t* ReadText(const ScanRow& row) {
-        m_text.resize(kLongestText + 1);
-        m_text.front() = L'\0';
-        m_ini.readINIString(m_text.data(), m_section, row.key.data(), row.defaultText,
-                            static_cast<uint32_t>(m_text.size()));
-        return m_text.c_str();
-    }
-
     CINICache& m_ini;
     const wchar_t* m_section;
-    std::wstring m_text;
 };
 
 bool IsText(const ScanRow& row) {

@@ -38,6 +38,30 @@ TEST_F(INICache, AnEntryIsFreshUpToAndIncludingTheExpiryAndABypassOfOneLeavesIt)
     EXPECT_EQ(profile.reads, 6);
 }
 
+TEST_F(INICache, ASectionExpiresAndIsDroppedLikeAKey) {
+    const auto lines = [&](int bypass = 0) {
+        std::wstring text;
+        return cache.readINISection(text, L"S", bypass) ? text : L"too long" + text;
+    };
+    const auto change = [&](const char* value, auto&& drop) {
+        profile.values["S/k"] = value;
+        drop();
+    };
+    EXPECT_EQ(lines(), L"");
+    change("1", [] {});
+    EXPECT_EQ(lines() + lines(1), L"k=1\n") << "only the bypass sees it";
+    change("2", [&] { clock.AdvanceTick(30001); });
+    EXPECT_EQ(lines(), L"k=2\n");
+    change("3", [&] { cache.clear(); });
+    EXPECT_EQ(lines(), L"k=3\n");
+    change("4", [&] { cache.writeINIInt("S", "z", 9); });
+    EXPECT_EQ(lines(), L"k=4\nz=9\n");
+    change("5", [&] { cache.init("other.ini", 30); });
+    profile.values["S/"] = "";
+    EXPECT_EQ(lines() + lines(), L"too longtoo long");
+    EXPECT_EQ(profile.reads, 6) << "that it is too long is kept, too";
+}
+
 TEST_F(INICache, TextsAreCutToTheBuffer) {
     profile.values["S/t"] = "0123456789";
     constexpr std::pair<uint32_t, std::string_view> kCases[] = {
@@ -155,6 +179,39 @@ TEST(ProfileAccess, TextsOfEveryLengthComeBackWhole) {
     uint32_t error = 1;
     ASSERT_NE(profile.WriteString("S", "k", nullptr, path.c_str(), error), 0);
     EXPECT_EQ(profile.ReadString("S", "k", "default", path.c_str()), "default");
+}
+
+TEST(ProfileAccess, ASectionHasTheValuesOfItsKeys) {
+    const wrb::test::TempFolder folder;
+    const std::string path = (folder / L"profile.ini").string();
+    wrb::IProfileAccess& profile = wrb::SystemProfile();
+    wrb::test::WriteAll(
+        path,
+        "[Other]\r\nx=1\r\n[S]\r\nb=2\r\n\r\n;c=3\r\n ; d=4\r\nno equals\r\n  e \t=\t five \r\n"
+        "q=\" x \"\r\nr='y'\r\ns=\"z\r\nt=\"\r\nempty=\r\neq=a=b\r\nB=again\r\nu=\xE9;w\r\n[Last]\r\ny=1\r\n");
+    const std::optional<std::string> lines = profile.ReadSection("S", path.c_str());
+    ASSERT_TRUE(lines);
+    EXPECT_EQ(*lines, "b=2\ne=five\nq= x \nr=y\ns=\"z\nt=\"\nempty=\neq=a=b\nu=\xE9;w\n");
+    for (std::size_t at = 0; at < lines->size(); at = lines->find('\n', at) + 1) {
+        const std::size_t equals = lines->find('=', at);
+        const std::string key = lines->substr(at, equals - at);
+        EXPECT_EQ(profile.ReadString("S", key.c_str(), "none", path.c_str()),
+                  lines->substr(equals + 1, lines->find('\n', at) - equals - 1))
+            << key;
+    }
+    EXPECT_EQ(profile.ReadSection("Missing", path.c_str()), "");
+
+    // Each line takes its characters and a terminator.
+    for (const std::size_t length : {32767u, 32768u, 100'000u}) {
+        std::string text = "[L]\r\n";
+        for (std::size_t rest = length; rest > 0;) {
+            const std::size_t line = rest > 2000 ? 1000 : rest;
+            text += "key" + std::to_string(1'000'000 + rest) + "=" + std::string(line - 12, 'v') + "\r\n";
+            rest -= line;
+        }
+        wrb::test::WriteAll(path, text);
+        EXPECT_EQ(profile.ReadSection("L", path.c_str()).has_value(), length == 32767) << length;
+    }
 }
 
 }  // namespace
