@@ -1,12 +1,10 @@
 #include "StringProtection.h"
 
-#include <wincrypt.h>
-
 #include <algorithm>
-#include <cstdio>
 #include <vector>
 
-#include "OSException.h"
+#include "Base64.h"
+#include "CryptoFailure.h"
 #include "Text.h"
 
 namespace wrb {
@@ -16,41 +14,10 @@ constexpr std::wstring_view kPrefix = kProtectedPrefix;
 constexpr std::size_t kNonceBytes = 12;
 constexpr std::size_t kTagBytes = 16;
 
-[[noreturn]] void Throw(uint32_t code, const char* call) {
-    char text[80];
-    std::snprintf(text, sizeof text, "%s failed, status=0x%08x", call, static_cast<unsigned>(code));
-    throw OS::CException(code, text);
-}
-
 void Check(NTSTATUS status, const char* call) {
     if (!BCRYPT_SUCCESS(status)) {
-        Throw(static_cast<uint32_t>(status), call);
+        ThrowCryptoFailure(static_cast<uint32_t>(status), call);
     }
-}
-
-std::wstring ToBase64(const std::vector<uint8_t>& bytes) {
-    auto length = static_cast<DWORD>((bytes.size() + 2) / 3 * 4 + 1);  // with the terminator
-    std::wstring text(length, L'\0');
-    if (!CryptBinaryToStringW(bytes.data(), static_cast<DWORD>(bytes.size()), CRYPT_STRING_BASE64 | CRYPT_STRING_NOCRLF,
-                              text.data(), &length)) {
-        Throw(GetLastError(), "CryptBinaryToStringW");
-    }
-    text.resize(length);
-    return text;
-}
-
-// Nonce, cipher text and tag. The system reads more than one spelling of the same bytes; only the one that ToBase64
-// writes counts.
-std::optional<std::vector<uint8_t>> FromBase64(std::wstring_view text) {
-    auto count = static_cast<DWORD>(text.size() / 4 * 3);
-    std::vector<uint8_t> bytes(count);
-    if (text.empty() || !CryptStringToBinaryW(text.data(), static_cast<DWORD>(text.size()), CRYPT_STRING_BASE64,
-                                              bytes.data(), &count, nullptr, nullptr)) {
-        return std::nullopt;
-    }
-    bytes.resize(count);
-    return bytes.size() >= kNonceBytes + kTagBytes && ToBase64(bytes) == text ? std::optional(std::move(bytes))
-                                                                              : std::nullopt;
 }
 
 // Encryption writes the tag through these pointers, so `bytes` must have room for nonce and tag.
@@ -116,15 +83,17 @@ std::wstring StringProtection::Protect(std::wstring_view text) const {
     const auto length = static_cast<ULONG>(plain.size());
     ULONG written = 0;
     Check(BCryptEncrypt(m_key.Get(), body, length, &mode, nullptr, 0, body, length, &written, 0), "BCryptEncrypt");
-    return std::wstring(kPrefix) + ToBase64(bytes);
+    std::wstring protectedText(kPrefix);
+    AppendBase64(protectedText, bytes);
+    return protectedText;
 }
 
 std::optional<std::wstring> StringProtection::Unprotect(std::wstring_view text) const {
     if (!text.starts_with(kPrefix)) {
         return std::nullopt;
     }
-    std::optional<std::vector<uint8_t>> bytes = FromBase64(text.substr(kPrefix.size()));
-    if (!bytes) {
+    std::optional<std::vector<uint8_t>> bytes = ParseBase64(text.substr(kPrefix.size()));
+    if (!bytes || bytes->size() < kNonceBytes + kTagBytes) {
         return std::nullopt;
     }
     uint8_t* const body = bytes->data() + kNonceBytes;

@@ -5,6 +5,7 @@
 #include "ScanSettingUpdates.h"
 #include "cmdhl_RqINI.h"
 #include "cmdhm_Bundles.h"
+#include "cmdhm_Common.h"
 #include "cmdhm_ScanCfg.h"
 
 namespace wrb {

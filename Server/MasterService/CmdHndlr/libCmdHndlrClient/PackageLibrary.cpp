@@ -7,13 +7,13 @@
 
 #include "DebugLog.h"
 #include "Handle.h"
+#include "OwnModule.h"
 #include "Text.h"
 
 namespace wrb {
 namespace {
 
 constexpr wchar_t kLibraryName[] = L"WrbPfwCommon_64x.dll";
-constexpr DWORD kModulePathCapacity = 32768;
 constexpr std::size_t kAnsiPathCapacity = 260;
 constexpr uint8_t kExtracted = 1;
 
@@ -21,12 +21,7 @@ constexpr uint8_t kExtracted = 1;
 using ExtractFunction = uint8_t (*)(void*, const char*, PackageCallback, void*);
 
 std::wstring LibraryPath() {
-    static const wchar_t here = L'\0';
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, &here,
-                       &module);
-    std::wstring path(kModulePathCapacity, L'\0');
-    path.resize(GetModuleFileNameW(module, path.data(), kModulePathCapacity));
+    std::wstring path = OwnModulePath();
     path.resize(path.find_last_of(L'\\') + 1);
     return path.append(kLibraryName);
 }

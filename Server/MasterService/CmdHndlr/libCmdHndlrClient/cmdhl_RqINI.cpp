@@ -5,11 +5,14 @@
 #include <algorithm>
 
 #include "AgentUid.h"
+#include "CmdProtocol.h"
 #include "CommandFields.h"
 #include "DbScanCfg.h"
 #include "DebugLog.h"
 #include "INICache.h"
 #include "IniValues.h"
+#include "OwnModule.h"
+#include "Text.h"
 
 namespace wrb {
 namespace {
@@ -26,6 +29,23 @@ std::wstring DnsHostName() {
     return name;
 }
 
+std::wstring ProductSetting(const wchar_t* key, const std::wstring& defaultText) {
+    return ReadIniText(ServerIniCache(), L"INI_PRODUCT_SECTION", key, defaultText.c_str());
+}
+
+// The true version: GetVersionEx tells a program without a manifest an old one.
+std::wstring SystemVersion() {
+    using Function = LONG(WINAPI*)(OSVERSIONINFOW*);
+    OSVERSIONINFOW version{};
+    version.dwOSVersionInfoSize = sizeof version;
+    const FARPROC function = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion");
+    if (function != nullptr) {
+        reinterpret_cast<Function>(reinterpret_cast<void*>(function))(&version);
+    }
+    return FormatWide(L"%u.%u.%u", static_cast<unsigned>(version.dwMajorVersion),
+                      static_cast<unsigned>(version.dwMinorVersion), static_cast<unsigned>(version.dwBuildNumber));
+}
+
 }  // namespace
 
 bool GetServerName(std::wstring& output) {
@@ -34,6 +54,22 @@ bool GetServerName(std::wstring& output) {
         output = DnsHostName();
     }
     return !output.empty();
+}
+
+bool GetProductInfo(std::wstring& output, const wchar_t* uid) {
+    static const ModuleVersion own = ReadModuleVersion(OwnModulePath());
+    const std::wstring agent = CutUid(uid);
+    uint32_t platform = 0;
+    uint32_t architecture = 0;
+    if (!agent.empty()) {
+        dbGetClientPlatW(agent.c_str(), platform, 0);
+        dbGetArchitectureW(agent.c_str(), architecture, 0);
+    }
+    CCmdProtocol answer;
+    answer << ProductSetting(L"ProductName", own.productName) << ProductSetting(L"ProductVersion", own.productVersion)
+           << ProductSetting(L"BuildNumber", std::to_wstring(own.build)) << SystemVersion() << platform << architecture;
+    output = answer.Text();
+    return true;
 }
 
 bool GetCfgPermission(std::wstring& output, const wchar_t* uid, CCmdProtocol& fields) {

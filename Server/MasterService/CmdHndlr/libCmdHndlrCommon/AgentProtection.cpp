@@ -12,15 +12,15 @@ namespace {
 
 constexpr uint32_t kLineMilliseconds = 60 * 60 * 1000;
 
-std::optional<ProtectionKey> ReadKey() {
+}  // namespace
+
+std::optional<ProtectionKey> ReadProtectionKey() {
     // One more than a key and its terminator need, so that a key that is too long shows.
     wchar_t text[sizeof(ProtectionKey) * 2 + 2] = {};
     ServerIniCache().readINIString(text, kProtectionKeySection, kProtectionKeyName, L"",
                                    static_cast<uint32_t>(std::size(text)));
     return ParseProtectionKey(text);
 }
-
-}  // namespace
 
 uint32_t WithheldAnswers::Add() noexcept {
     const ExclusiveGuard guard(m_lock);
@@ -35,7 +35,7 @@ uint32_t WithheldAnswers::Add() noexcept {
 
 void AgentProtection::Start() {
     static WithheldAnswers withheld;
-    if (const auto key = ReadKey()) {
+    if (const auto key = ReadProtectionKey()) {
         m_protection.emplace(*key);
         return;
     }

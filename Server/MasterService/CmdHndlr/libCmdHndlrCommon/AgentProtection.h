@@ -13,6 +13,9 @@
 
 namespace wrb {
 
+// The key as the server INI has it now; nothing when there is none, or a text that is not one.
+std::optional<ProtectionKey> ReadProtectionKey();
+
 // How many answers were withheld because there is no key, for one log line an hour. Any thread.
 class WithheldAnswers {
   public:

@@ -2,17 +2,17 @@
 
 #include <windows.h>
 
-#include <wincrypt.h>
-
 #include <array>
 #include <string_view>
 
 #include "AlertFiles.h"
+#include "Base64.h"
 #include "DbAgent.h"
 #include "DebugLog.h"
 #include "Handle.h"
 #include "HomeFolder.h"
 #include "INICache.h"
+#include "OSException.h"
 #include "Text.h"
 
 namespace {
@@ -59,18 +59,13 @@ std::size_t AppendEncoded(std::wstring& output, std::wstring_view message) {
     std::wstring plain;
     plain.reserve(kMark.size() + message.size());
     plain.append(kMark).append(message);
-    const auto bytes = static_cast<DWORD>(plain.size() * sizeof(wchar_t));
     const std::size_t start = output.size();
-    DWORD characters = (bytes + 2) / 3 * 4 + 1;  // with the terminator
-    output.resize(start + characters);
-    if (!CryptBinaryToStringW(reinterpret_cast<const BYTE*>(plain.data()), bytes,
-                              CRYPT_STRING_BASE64 | CRYPT_STRING_NOCRLF, output.data() + start, &characters)) {
-        const DWORD error = GetLastError();
-        WRB_LOG(kLogError, L"%s - cannot encode, err=%d", L"cmdhm_GetClnAlertMsg", error);
-        characters = 0;
+    try {
+        wrb::AppendBase64(output, {reinterpret_cast<const uint8_t*>(plain.data()), plain.size() * sizeof(wchar_t)});
+    } catch (const OS::CException& error) {
+        WRB_LOG(kLogError, L"%s - cannot encode, err=%d", L"cmdhm_GetClnAlertMsg", error.GetCode());
     }
-    output.resize(start + characters);
-    return characters;
+    return output.size() - start;
 }
 
 void AppendMessage(std::wstring& output, const wrb::AlertFile& file, std::wstring_view message) {

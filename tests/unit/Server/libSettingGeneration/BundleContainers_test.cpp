@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "CapturedLog.h"
+#include "KeyedSettings.h"
 
 namespace {
 
@@ -27,6 +28,26 @@ TEST(BundleContainers, UidAndContentTravelInAMessage) {
                   L"FAItemId_0=item\nFAFileDir_0=dir\nFAFileName_0=name\nFASha1Hash_1=h\nFATaskId_1=\n"
                   L"FAItemId_1=i\nFAFileDir_1=\nFAFileName_1=n\n");
     }
+}
+
+// Every value is another: a number or the key's own name.
+TEST(KeyedSettings, ComeOutOfAMessageAsTheyWent) {
+    CSettingContainerCriticalSetting critical;
+    critical.m_uid = L"an-agent";
+    uint32_t number = 0;
+    critical.ForEach([&](const wchar_t*, const wrb::SettingKey& key, wrb::SettingValue& value) {
+        key.kind == wrb::KeyKind::Text ? void(value.text = key.name) : void(value.number = number++);
+    });
+    CSerializer whole;
+    whole << critical;
+    CSettingContainerCriticalSetting copy;
+    whole >> copy;
+    EXPECT_EQ(copy.m_uid, L"an-agent");
+    std::wstring texts[2];
+    critical.ExportToIni(texts[0]);
+    copy.ExportToIni(texts[1]);
+    EXPECT_NE(texts[0].find(L"\nProxy_IP=Proxy_IP\nProxy_Port=3\nProxy_Login="), std::wstring::npos);
+    EXPECT_EQ(texts[0], texts[1]);
 }
 
 TEST(BundleContainers, ASectionHasAnEnd) {
