@@ -10,10 +10,13 @@
 #include <string_view>
 
 #include "BarePipe.h"
+#include "BundleRecord.h"
 #include "CmdProtocol.h"
 #include "DbApiHeader.h"
+#include "DbVexor.h"
 #include "MsgSerializer.h"
 #include "PipeListener.h"
+#include "SampleAgent.h"
 
 namespace wrb::bench {
 namespace {
@@ -47,7 +50,31 @@ std::string_view Bytes(std::wstring_view text) {
 std::wstring_view AnswerTo(const std::wstring& command) {
     return command == L"DB_GET_EXTRA"
                ? L".EXE, .COM, .SYS, .DOC, .DRV, .CMD, .XLS, .DLL, .386\t\\temp\t\t\tUniverse-5-4"
-               : L"632681409\t20\t3\t4";
+           : command == L"DB_GET_VEXOR_BM_CFG" ? L"<Policy/>"
+                                               : L"632681409\t20\t3\t4";
+}
+
+template <typename... Values>
+void AppendBundle(CMsgSerializer& answer, const std::wstring& command, const std::tuple<Values...>&) {
+    static_cast<void>(((command == kBundle<Values>.command && (answer << BundleContent<Values>(), true)) || ...));
+}
+
+// Records without values, but for the scan settings.
+void AnswerMessage(std::span<const uint8_t> request) {
+    CMsgSerializer message;
+    message.Load(request.data(), static_cast<uint32_t>(request.size()));
+    const std::wstring command = message.Name();
+    message.Reset();
+    if (command == L"DBV2_CLIENT_GET_ALL_SCAN_CFG") {
+        message << SampleConfig();
+    } else if (command == L"DBV2_CLIENT_GET_ALL_SCAN_EX") {
+        message << SampleLists();
+    } else if (command == L"DBV2_GET_VEXOR_CUSTOM_BM_CFG") {
+        message << CustomBmConfig();
+    } else {
+        AppendBundle(message, command, Bundles());
+    }
+    BareSend(message.Id(), {reinterpret_cast<const char*>(message.Data()), message.GetSize()});
 }
 
 void Answer(const std::string& message) {
@@ -55,6 +82,9 @@ void Answer(const std::string& message) {
     CDbApiHeaderContent header;
     if (ReadDbApiHeader(request, header) != DbApiHeaderStatus::Ok) {
         return;
+    }
+    if (!request.empty() && request[0] == 4) {  // the first byte of every message
+        return AnswerMessage(request);
     }
     std::wstring text(request.size() / sizeof(wchar_t), L'\0');
     std::memcpy(text.data(), request.data(), text.size() * sizeof(wchar_t));

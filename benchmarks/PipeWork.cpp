@@ -95,6 +95,34 @@ bool TwoMessages() {
     return BareSend(kDbPipe, settings) && BareSend(kDbPipe, changed);
 }
 
+bool GetAllSettings() {
+    static const std::wstring message = ToSink(L"CMDHL_GET_CLIENT_ALL_SETTING") + kSampleUid;
+    return Process(message);
+}
+
+bool GetTheirParts() {
+    static const wchar_t* const kParts[] = {L"CMDHL_GET_ALL_SCAN_CFG",
+                                            L"CMDHL_GET_WTP_SETTING",
+                                            L"CMDHL_GET_FA_RESTORE_SETTING",
+                                            L"CMDHL_GET_NCIE_SETTING",
+                                            L"CMDHL_GET_SAMPLE_SUBMISSION_SETTING",
+                                            L"CMDHL_GET_SABLEX_SETTING",
+                                            L"CMDHL_GET_SERVER_POLICY",
+                                            L"CMDHL_GET_INI_SERVICESWITCHSETTING",
+                                            L"CMDHL_GET_SCAN_METHOD",
+                                            L"CMDHL_GET_INI_WHITELIST",
+                                            L"CMDHL_GET_INI_VEXORSETTING",
+                                            L"CMDHL_GET_INI_CRITICAL",
+                                            L"CMDHL_GET_INI_COMPONENT_VER",
+                                            L"CMDHL_GET_INI_GLOBALSETTING"};
+    for (const wchar_t* const part : kParts) {
+        if (!Process(ToSink(part) + kSampleUid)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 bool CountFirewall() {
     static const std::wstring message =
         std::wstring(L"CMDHL_PFW_UPDATE_CFW_COUNT\t") + kSampleUid + L"\t1\t1\t2\t3\t4\t5\t6\t20260101120000\t0";

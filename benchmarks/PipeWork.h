@@ -16,6 +16,9 @@ bool FiveConnections();  // two requests, their two answers, the reply
 bool SetManualScan();
 bool TwoMessages();  // the settings and the agent's "changed" bit
 
+bool GetAllSettings();  // of an agent
+bool GetTheirParts();   // the commands that answer with a part of it
+
 bool CountFirewall();
 bool OneMessage();
 

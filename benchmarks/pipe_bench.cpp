@@ -25,6 +25,8 @@ void AddPipeBenchmarks() {
              1.15, {1, 2, 8});
     AddRatio("CMDHL_SET_MS_CFG", Repeat<SetManualScan>, "two bare messages", Repeat<TwoMessages>, Goal::AtMost, 1.15,
              {1, 2, 8});
+    AddRatio("CMDHL_GET_CLIENT_ALL_SETTING", Repeat<GetAllSettings>, "the commands of its parts", Repeat<GetTheirParts>,
+             Goal::AtMost, 0.95);
 }
 
 }  // namespace wrb::bench

@@ -34,6 +34,7 @@ constexpr wchar_t kVexor[] =
 constexpr Row kRows[] = {
     {L"GET_CLN_NET_QUARANTINE_CMD", L"GetClnNetQuarantineCmd", L"", L"1"},
     {L"GET_OPPSTATUS", L"GetOppStatus", L"", L"1\t4000000000"},
+    {L"GET_OPPSETTING", L"GetOppSetting", L"", L"[INI_OPP_SECTION]\n"},
     {L"IS_CONFIGFLAGSET", L"IsConfigFlagSet", L"\t12", L"1"},
     {L"IS_CONFIGFLAGSET", L"IsConfigFlagSet", L"\t4294967288", L"0"},
     {L"IS_CONFIGFLAGSET", L"IsConfigFlagSet", L"", L"0"},

@@ -4,6 +4,7 @@
 
 #include "CalendarTime.h"
 #include "DebugLog.h"
+#include "Text.h"
 
 using wrb::DbName;
 using wrb::WriteDb;
@@ -14,6 +15,13 @@ bool dbGetStatusW(const wchar_t* uid, uint32_t& status, uint32_t number) noexcep
         return false;
     }
     return wrb::ReadDbNumber(DbName(DbCommand::GetStatus), status, uid, number);
+}
+
+bool wrb::IsKnownAgent(const wchar_t* uid) noexcept {
+    return GuardCall(WRB_HERE, L"IsKnownAgent", [&] {
+        std::wstring answer;
+        return dbIsClientExistedW(uid == nullptr ? L"" : uid, answer) && ParseInt64(answer) == 1;
+    });
 }
 
 bool dbGetOppStatusW(const wchar_t* uid, uint32_t& status, uint32_t& endTime, uint32_t number) noexcept {

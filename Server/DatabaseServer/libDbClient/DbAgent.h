@@ -55,6 +55,13 @@ inline constexpr auto dbGetServiceSwitchW = wrb::ReadPrebuilt<DbCommand::GetServ
 inline constexpr auto dbGetIcrcDestScanTypeW = wrb::ReadPrebuilt<DbCommand::GetIcrcDestScanType>;  // uid -> a number
 inline constexpr auto dbIsClientExistedW = wrb::ReadPrebuilt<DbCommand::IsClientExisted>;          // uid -> 1 or 0
 
+namespace wrb {
+
+// dbIsClientExistedW as a truth. False, with a log line, also when the request failed.
+bool IsKnownAgent(const wchar_t* uid) noexcept;
+
+}  // namespace wrb
+
 // Outbreak prevention: 1 while it is in force, and the calendar second at which it ends (0: it does not).
 bool dbGetOppStatusW(const wchar_t* uid, uint32_t& status, uint32_t& endTime, uint32_t number = 0) noexcept;
 

@@ -7,15 +7,6 @@ using wrb::DbName;
 using wrb::ScanGroupKind;
 using wrb::ScanType;
 
-namespace {
-
-bool IsKnownAgent(const wchar_t* uid) {
-    std::wstring answer;
-    return dbIsClientExistedW(uid == nullptr ? L"" : uid, answer) && wrb::ParseInt64(answer) == 1;
-}
-
-}  // namespace
-
 bool wrb::GetDbScanGroup(const ScanGroup& group, const wchar_t* uid, wrb::ScanGroupValues& values,
                          uint32_t number) noexcept {
     return GuardCall(WRB_HERE, L"GetDbScanGroup", [&] {
@@ -43,7 +34,7 @@ bool dbGetSpywareWhiteListW(const wchar_t* uid, std::vector<std::wstring>& items
         std::wstring answer;
         CCmdProtocol fields;
         if (!wrb::AskDbText(name, answer, uid, number) ||
-            (!wrb::OpenDbRecord(answer, name, fields) && !IsKnownAgent(uid))) {
+            (!wrb::OpenDbRecord(answer, name, fields) && !wrb::IsKnownAgent(uid))) {
             return false;
         }
         items.clear();

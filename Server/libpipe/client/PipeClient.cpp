@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Deadline.h"
+#include "LastError.h"
 #include "PipePath.h"
 #include "Spares.h"
 
@@ -10,6 +11,39 @@ namespace {
 
 // Signalled or not: the start of a write resets its event.
 constinit wrb::Spares<wrb::KernelObjectTraits> spareEvents;
+
+// Cancels what is pending on a pipe once the time is up, for calls that have no time-out. It cancels again and again: a
+// call may begin to wait just after the first time.
+class CancelAfter {
+  public:
+    CancelAfter(HANDLE pipe, uint32_t milliseconds) noexcept : m_timer(CreateThreadpoolTimer(Cancel, pipe, nullptr)) {
+        constexpr DWORD kAgainMilliseconds = 100;
+        if (m_timer != nullptr) {
+            ULARGE_INTEGER due;
+            due.QuadPart = 0 - ULONGLONG{milliseconds} * 10'000;  // negative: from now, in units of 100 ns
+            FILETIME time = {due.LowPart, due.HighPart};
+            SetThreadpoolTimer(m_timer, &time, kAgainMilliseconds, 0);
+        }
+    }
+    // No callback runs afterwards.
+    ~CancelAfter() {
+        if (m_timer != nullptr) {
+            const wrb::KeepLastError cause;
+            SetThreadpoolTimer(m_timer, nullptr, 0, 0);
+            WaitForThreadpoolTimerCallbacks(m_timer, TRUE);
+            CloseThreadpoolTimer(m_timer);
+        }
+    }
+    CancelAfter(const CancelAfter&) = delete;
+    CancelAfter& operator=(const CancelAfter&) = delete;
+
+    explicit operator bool() const noexcept { return m_timer != nullptr; }
+
+  private:
+    static void CALLBACK Cancel(PTP_CALLBACK_INSTANCE, void* pipe, PTP_TIMER) { CancelIoEx(pipe, nullptr); }
+
+    PTP_TIMER m_timer;
+};
 
 }  // namespace
 
@@ -96,6 +130,11 @@ bool CPipeClient::WritePiece(const char* bytes, DWORD count, DWORD& written, con
         SetLastError(ERROR_SEM_TIMEOUT);
     }
     return false;
+}
+
+bool CPipeClient::AwaitReader() noexcept {
+    const CancelAfter limit(m_pipe.Get(), m_milliseconds);
+    return limit && FlushFileBuffers(m_pipe.Get());
 }
 
 DWORD CPipeClient::ServerProcessId() const noexcept {

@@ -41,6 +41,11 @@ class CPipeClient {
     // cancelled and the call fails with ERROR_SEM_TIMEOUT.
     bool Send(const void* data, uint64_t& byteCount);
 
+    // Waits until the peer has read everything that was sent. When the time of Initial is up, the call fails with
+    // ERROR_OPERATION_ABORTED (995). It fails, too, when the peer closes while it waits; a peer that closed before the
+    // call cannot be told from one that has read everything.
+    bool AwaitReader() noexcept;
+
     // The process that serves the open pipe; 0 when the system does not tell.
     DWORD ServerProcessId() const noexcept;
 

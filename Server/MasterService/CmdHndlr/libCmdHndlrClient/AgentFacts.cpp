@@ -9,7 +9,9 @@
 #include "CommandTable.h"
 #include "CounterScope.h"
 #include "DebugLog.h"
+#include "IniText.h"
 #include "Text.h"
+#include "cmdhm_Common.h"
 
 // Log lines name this module.
 #undef WRB_SOURCE_NAME
@@ -20,6 +22,7 @@ namespace {
 constexpr uint32_t kSecondStatusWord = 1;
 constexpr uint32_t kIsolate = 0x1;
 constexpr uint32_t kRelease = 0x2;
+constexpr uint32_t kOppInForce = 1;
 constexpr uint32_t kServerAuthLog = 1;  // the log type in the database
 constexpr std::size_t kMostLogCharacters = 4096;
 
@@ -33,6 +36,21 @@ std::optional<uint32_t> NumberOfKnownAgent(const wchar_t* uid, uint32_t number =
     return static_cast<uint32_t>(wrb::ParseInt64(text));
 }
 
+struct OutbreakPrevention {
+    uint32_t status = 0;
+    uint32_t end = 0;  // calendar second; 0: none
+};
+
+// Both are 0 once the end has passed.
+std::optional<OutbreakPrevention> ReadOpp(const wchar_t* uid) {
+    OutbreakPrevention opp;
+    if (!dbGetOppStatusW(wrb::CutUid(uid).c_str(), opp.status, opp.end)) {
+        return std::nullopt;
+    }
+    const bool hasPassed = opp.end != 0 && opp.end <= wrb::SystemClock().CalendarSeconds();
+    return hasPassed ? OutbreakPrevention() : opp;
+}
+
 }  // namespace
 
 bool wrb::GetQuarantineCommand(std::wstring& output, const wchar_t* uid) {
@@ -44,15 +62,23 @@ bool wrb::GetQuarantineCommand(std::wstring& output, const wchar_t* uid) {
 }
 
 bool wrb::GetOppStatus(std::wstring& output, const wchar_t* uid) {
-    uint32_t status = 0;
-    uint32_t end = 0;
-    if (!dbGetOppStatusW(CutUid(uid).c_str(), status, end)) {
+    const auto opp = ReadOpp(uid);
+    if (opp) {
+        output = std::to_wstring(opp->status) + L'\t' + std::to_wstring(opp->end);
+    }
+    return opp.has_value();
+}
+
+bool wrb::GetOppSetting(std::wstring& output, const wchar_t* uid) {
+    constexpr wchar_t kSection[] = L"INI_OPP_SECTION";
+    const auto opp = ReadOpp(uid);
+    if (!opp) {
         return false;
     }
-    if (end != 0 && end <= SystemClock().CalendarSeconds()) {
-        status = end = 0;
+    if (opp->status == kOppInForce) {
+        return GetIniSection(output, kSection);
     }
-    output = std::to_wstring(status) + L'\t' + std::to_wstring(end);
+    AppendIniSection(output, kSection);
     return true;
 }
 

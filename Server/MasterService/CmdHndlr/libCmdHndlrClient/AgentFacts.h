@@ -25,6 +25,9 @@ bool GetQuarantineCommand(std::wstring& output, const wchar_t* uid);
 // Outbreak prevention: status and end time, TAB between them, both 0 once the end time has passed.
 bool GetOppStatus(std::wstring& output, const wchar_t* uid);
 
+// The section "INI_OPP_SECTION" of the scan INI while outbreak prevention is in force, else its header line alone.
+bool GetOppSetting(std::wstring& output, const wchar_t* uid);
+
 // Fields: a mask. "1" when any configuration-changed bit of it is set, else "0".
 bool IsConfigFlagSet(std::wstring& output, const wchar_t* uid, CCmdProtocol& fields);
 

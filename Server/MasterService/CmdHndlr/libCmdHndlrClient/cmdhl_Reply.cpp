@@ -1,14 +1,44 @@
 #include "cmdhl_Reply.h"
 
+#include <algorithm>
+
+#include "PipePath.h"
 #include "ReplyPipeName.h"
 #include "ServiceClient.h"
 
-unsigned cmdhl_OutputCommand(const wchar_t* pipeName, const void* body, uint64_t byteCount) {
+namespace {
+
+template <typename Write>
+int WriteAnswer(const wchar_t* pipeName, Write write) {
     wrb::Service peer = wrb::ServiceWithPipeLines(pipeName, kLogNotice5);
     peer.timeoutKey = "ReplyTimeoutSeconds";
     if (wrb::NamesServicePipe(pipeName)) {
         SetLastError(ERROR_ACCESS_DENIED);
-        return static_cast<unsigned>(wrb::ReportDelivery(peer, WRB_HERE, wrb::Delivery::NotOpened));
+        return wrb::ReportDelivery(peer, WRB_HERE, wrb::Delivery::NotOpened);
     }
-    return static_cast<unsigned>(wrb::SendToService(peer, WRB_HERE, {static_cast<const uint8_t*>(body), byteCount}));
+    return wrb::Deliver(peer, WRB_HERE, [&](CPipeClient& client) {
+        return write(client) ? wrb::Delivery::Done : wrb::Delivery::NotWritten;
+    });
+}
+
+// Nothing to send opens no write.
+bool SendAndAwaitReader(CPipeClient& client, std::wstring_view text) {
+    uint64_t bytes = text.size() * sizeof(wchar_t);
+    return bytes == 0 || (client.Send(text.data(), bytes) && client.AwaitReader());
+}
+
+}  // namespace
+
+unsigned cmdhl_OutputCommand(const wchar_t* pipeName, const void* body, uint64_t byteCount) {
+    return static_cast<unsigned>(
+        WriteAnswer(pipeName, [&](CPipeClient& client) { return client.Send(body, byteCount); }));
+}
+
+bool wrb::ReplyAndAwaitReader(const wchar_t* pipeName, std::wstring_view text) {
+    // The last piece follows when all others have been read: one more write, which fails, tells a peer that has ended
+    // without reading from one that has read everything.
+    const std::size_t rest = text.size() - std::min<std::size_t>(text.size(), kPipePieceBytes / sizeof(wchar_t));
+    return WriteAnswer(pipeName, [&](CPipeClient& client) {
+               return SendAndAwaitReader(client, text.substr(0, rest)) && SendAndAwaitReader(client, text.substr(rest));
+           }) == 1;
 }

@@ -21,7 +21,11 @@ inline bool Reply(const wchar_t* pipeName, std::wstring_view text) {
     return cmdhl_OutputCommand(pipeName, text.data(), text.size() * sizeof(wchar_t)) == 1;
 }
 
-// The same, and a line more when it fails: "HANDLER - cmdhl_OutputCommand failed."
+// The same, and waits until the peer has read all of it, as long again as the answer may take. False also when it has
+// not.
+bool ReplyAndAwaitReader(const wchar_t* pipeName, std::wstring_view text);
+
+// The same as Reply, and a line more when it fails: "HANDLER - cmdhl_OutputCommand failed."
 inline void ReplyOrLog(const wchar_t* handler, const std::wstring& pipeName, std::wstring_view text) {
     if (!Reply(pipeName.c_str(), text)) {
         WRB_LOG(kLogError, L"%s - cmdhl_OutputCommand failed.", handler);

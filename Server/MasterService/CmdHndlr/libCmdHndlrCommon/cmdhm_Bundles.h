@@ -10,55 +10,13 @@
 
 #include <string>
 
-#include "AgentProtection.h"
-#include "AgentUid.h"
-#include "BundleContainers.h"
-#include "DbAgent.h"
-#include "DbBundle.h"
-#include "DebugLog.h"
+#include "Bundles.h"
 
 namespace wrb {
 
-// The getter without what only a traced one logs.
+// Defined for the bundles of the list in Bundles.h.
 template <typename Values>
-bool AskAndRender(std::wstring& section, const std::wstring& uid, bool bResetCfgFlag) {
-    constexpr BundleLog log = kBundle<Values>.log;
-    AgentProtection protection(log.getter);
-    BundleContainer<Values> container([&](std::wstring_view item) { return protection.Protect(item); });
-    WRB_LOG(kLogDebug8, log.enter, log.getter, uid.c_str(), static_cast<int>(bResetCfgFlag));
-    if (!AskDbBundle<Values>(uid.c_str(), container.m_content, log.getter)) {
-        WRB_LOG(kLogDebug8, log.failed, log.getter);
-        return false;
-    }
-    container.m_uid = uid;
-    container.ExportToIni(section);
-    if (log.traced) {
-        WRB_LOG(kLogDebug8, L"%s - strOutput = %s", log.getter, section.c_str());
-    }
-    return !protection.Failed();
-}
-
-template <typename Values>
-bool GetBundle(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag) {
-    constexpr Bundle<Values> bundle = kBundle<Values>;
-    const std::wstring uid = CutUid(pszUid);
-    std::wstring section;
-    if (bundle.log.traced) {
-        WRB_LOG(kLogDebug8, L"%s - >>>", bundle.log.getter);
-    }
-    const bool made = AskAndRender<Values>(section, uid, bResetCfgFlag);
-    if (bundle.log.traced) {
-        WRB_LOG(kLogDebug8, L"%s - <<<", bundle.log.getter);
-    }
-    if (!made) {
-        return false;
-    }
-    out += section;
-    if (bResetCfgFlag && bundle.configBit != 0) {
-        dbSetConfFlagW(uid.c_str(), 0, bundle.configBit);
-    }
-    return true;
-}
+bool GetBundle(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
 
 // The same, with the bit left as it is.
 template <typename Values>

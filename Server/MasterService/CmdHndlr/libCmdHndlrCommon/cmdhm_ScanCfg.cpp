@@ -113,18 +113,27 @@ bool cmdhm_GetSpyPSCfg(ScanGroupValues& values, const wchar_t* uid, bool reset) 
 bool cmdhm_GetSpySNCfg(ScanGroupValues& values, const wchar_t* uid, bool reset) { return GetCfg<SN, Spyware>(values, uid, reset); }
 // clang-format on
 
-bool cmdhm_GetAllScanCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag) {
-    out.clear();
-    const std::wstring field = wrb::CutUid(uid);
-    wrb::AllScanConfig config;
-    wrb::AllScanLists lists;
+bool wrb::GetAllScanSections(std::wstring& out, const wchar_t* uid) {
+    const std::wstring field = CutUid(uid);
+    AllScanConfig config;
+    AllScanLists lists;
     if (!dbGetClnAllScanCfgW(field.c_str(), config, L"cmdhm_GetAllScanCfg") ||
-        (config.hasExtra && !dbGetClnAllScanExW(field.c_str(), lists, L"cmdhm_GetAllScanCfg")) || !config.hasConfig) {
+        (config.hasExtra && !dbGetClnAllScanExW(field.c_str(), lists, L"cmdhm_GetAllScanCfg"))) {
         return false;
     }
-    wrb::ExportAllScanGroups(out, field, wrb::TakeAllScanValues(std::move(config), std::move(lists)));
+    if (config.hasConfig) {
+        ExportAllScanGroups(out, field, TakeAllScanValues(std::move(config), std::move(lists)));
+    }
+    return true;
+}
+
+bool cmdhm_GetAllScanCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag) {
+    out.clear();
+    if (!wrb::GetAllScanSections(out, uid) || out.empty()) {
+        return false;
+    }
     if (bResetCfgFlag) {
-        dbSetConfFlagW(field.c_str(), 0, wrb::kAllScanConfigFlags);
+        dbSetConfFlagW(wrb::CutUid(uid).c_str(), 0, wrb::kAllScanConfigFlags);
     }
     return true;
 }

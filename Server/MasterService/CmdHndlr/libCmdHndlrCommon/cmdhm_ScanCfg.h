@@ -34,6 +34,14 @@ bool cmdhm_GetSpyRTCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bR
 bool cmdhm_GetSpyPSCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
 bool cmdhm_GetSpySNCfg(wrb::ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
 
+namespace wrb {
+
+// Appends all twelve sections of an agent, nothing for an agent without a configuration. False, with nothing appended,
+// when a request failed or the agent is not known.
+bool GetAllScanSections(std::wstring& out, const wchar_t* uid);
+
+}  // namespace wrb
+
 // All twelve sections of an agent, alone in `out`, which is empty after a failure. There is no server-wide form:
 // without a uid the database knows no such agent.
 bool cmdhm_GetAllScanCfg(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);

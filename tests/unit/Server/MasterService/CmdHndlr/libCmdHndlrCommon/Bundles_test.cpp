@@ -3,6 +3,7 @@
 
 #include <regex>
 
+#include "AgentProtection.h"
 #include "DbBundle.h"
 #include "Fixtures.h"
 #include "ManualClock.h"
