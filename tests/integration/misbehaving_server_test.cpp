@@ -129,7 +129,7 @@ TEST_F(MisbehavingServer, AnyTextIsEchoedUpToItsTab) {
     }
 }
 
-// Pieces that commands are made of, put together by chance. The result is 1 for the commands that are built.
+// Pieces that commands are made of, put together by chance. The result is 1 for the commands of the table.
 TEST_F(MisbehavingServer, MessagesOfAnyPieces) {
     const FakeDbService server(GoodAnswer);
     constexpr wchar_t kList[] = L"CMDHL_GET_SPY_RESTORE_LIST";

@@ -5,10 +5,8 @@
 namespace wrb {
 namespace {
 
-using namespace std::string_view_literals;
-
 #define WRB_COMMAND(name, handler, role, fields, failure, lane) \
-    {#name, role, fields, FailureAnswer::failure, CommandLane::lane, #handler##sv != "NotBuilt{}"sv},
+    {#name, role, fields, FailureAnswer::failure, CommandLane::lane},
 constexpr CommandEntry kCatalog[] = {
 #include "CommandTable.inc"
 };

@@ -19,7 +19,6 @@ struct CommandEntry {
     std::string_view fields;  // after the name, in order
     FailureAnswer failure;
     CommandLane lane;
-    bool built;  // false: the library knows the name and answers nothing
 
     // Whether it takes a reply pipe in field 1 and answers on it.
     constexpr bool Answers() const { return failure != FailureAnswer::None; }

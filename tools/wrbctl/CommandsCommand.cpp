@@ -17,9 +17,6 @@ std::string TextLine(std::size_t number, const CommandEntry& entry) {
     line.append("  ").append(entry.name);
     line.append(line.size() < kNameColumn ? kNameColumn - line.size() : 1, ' ');
     line.append(entry.role);
-    if (!entry.built) {
-        return line.append(" (not built yet)\n");
-    }
     return line.append("; fields: ").append(entry.fields).append(entry.Answers() ? "" : "; no answer").append("\n");
 }
 
@@ -30,7 +27,6 @@ Json::Value JsonRow(std::size_t number, const CommandEntry& entry) {
     row["role"] = std::string(entry.role);
     row["fields"] = std::string(entry.fields);
     row["answers"] = entry.Answers();
-    row["built"] = entry.built;
     return row;
 }
 

@@ -105,9 +105,6 @@ int RunSend(const SendOptions& options) {
     if (entry == nullptr) {
         return Fail(kExitUsage, "no command " + options.command + "; 'wrbctl commands' lists them");
     }
-    if (!entry->built) {
-        return Fail(kExitFailed, options.command + " is not built yet: the library would answer nothing");
-    }
     if (std::ranges::any_of(options.fields, [](const std::string& field) { return field.find('\t') != field.npos; })) {
         return Fail(kExitUsage, "a field cannot hold a TAB");
     }

@@ -14,7 +14,6 @@ unsigned g_runs = 0;
 
 constexpr wrb::CommandRow kRows[] = {
     {L"CMDHL_ECHO", wrb::CommandSlot::CMDHL_ECHO, wrb::Written{[](CCmdProtocol&) { ++g_runs; }}},
-    {L"CMDHL_SLEEP", wrb::CommandSlot::CMDHL_SLEEP, wrb::NotBuilt{}},
 };
 
 std::vector<std::wstring> SplitAtTabs(const std::wstring& text) {

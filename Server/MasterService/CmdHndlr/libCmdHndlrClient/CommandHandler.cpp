@@ -118,8 +118,6 @@ void Run(CommandSlot, const Written& handler, CCmdProtocol& message) {
     handler.function(message);
 }
 
-void Run(CommandSlot, const NotBuilt&, CCmdProtocol&) {}
-
 }  // namespace
 
 void RunHandler(CommandSlot slot, const CommandHandler& handler, CCmdProtocol& message) {

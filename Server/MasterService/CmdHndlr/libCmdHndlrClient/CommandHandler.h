@@ -73,7 +73,8 @@ struct ScanRequest {
     ScanGroupKind kind;
 };
 
-// Requests about the server itself: without a uid, and without the line that shows one. They log as kReported, in kRqIni.
+// Requests about the server itself: without a uid, and without the line that shows one. They log as kReported, in
+// kRqIni.
 struct ServerRequest {
     const wchar_t* name;
     bool (*getter)(std::wstring& output);
@@ -100,10 +101,8 @@ struct Written {
     void (*function)(CCmdProtocol& message);
 };
 
-struct NotBuilt {};  // the name is known, nothing serves it
-
-using CommandHandler = std::variant<NotBuilt, Request, FieldRequest, ScanRequest, ServerRequest, SectionRequest, Update,
-                                    ScanUpdate, Written>;
+using CommandHandler =
+    std::variant<Request, FieldRequest, ScanRequest, ServerRequest, SectionRequest, Update, ScanUpdate, Written>;
 
 // Serves one command. A request is timed without its reply: a slow reader is not a slow command. An empty answer is
 // sent too. Passes on what the handler throws, and the E_FAIL of a process without counters.

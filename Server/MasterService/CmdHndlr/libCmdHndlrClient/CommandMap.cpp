@@ -33,7 +33,7 @@ unsigned DispatchCommand(const CommandMap& map, const wchar_t* message, uint64_t
     std::wstring name;
     fields >> name;
     const auto found = map.find(name);
-    if (found == map.end() || std::holds_alternative<NotBuilt>(found->second->handler)) {
+    if (found == map.end()) {
         return 0;
     }
     RunHandler(found->second->slot, found->second->handler, fields);

@@ -32,8 +32,6 @@ std::wstring Dispatch(const std::wstring& text, std::size_t readable, uint64_t b
     static constexpr auto kSlot = wrb::CommandSlot::CMDHL_ECHO;
     static constexpr wrb::CommandRow kRows[] = {{L"CMDHL_ONE", kSlot, wrb::Written{First}},
                                                 {L"CMDHL_ONE", kSlot, wrb::Written{Second}},
-                                                {L"CMDHL_N", kSlot, wrb::NotBuilt{}},
-                                                {L"CMDHL_N", kSlot, wrb::Written{Second}},
                                                 {L"CMDHL_X", kSlot, wrb::Written{Second}}};
     wrb::CommandMap map;
     wrb::AddCommands(map, kRows);
@@ -60,7 +58,6 @@ TEST(CommandMap, MessagesByTheirSizeAndNamesToTheLetter) {
         {L"cmdhl_ONE", 18, L""},
         {L"CMDHL_ONE ", 20, L""},
         {L"CMDHL_\tONE", 20, L""},
-        {L"CMDHL_N\tx", 18, L""},                        // known, not built; its second row changes nothing
         {std::wstring(L"CMDHL_ONE\0\tx", 12), 24, L""},  // a NUL belongs to the name
         {L"CMDHL_ONE\tfield", 0xFFFFFFFF, L"first:field"},
         {L"CMDHL_ONE\tfield", 0xABCDFFFFFFFF, L"first:field"},
@@ -95,8 +92,7 @@ TEST(CommandTable, EveryRowStandsInItsPlaceOnThePage) {
         const std::size_t found = page.find(line);
         ASSERT_NE(found, page.npos) << line;
         const std::string answer = page.substr(found + line.size(), 40);
-        EXPECT_EQ(answer.starts_with("not built yet"), !entry.built) << line;
-        EXPECT_EQ(answer.starts_with("none") || !entry.built, !entry.Answers()) << line;
+        EXPECT_EQ(answer.starts_with("none"), !entry.Answers()) << line;
         EXPECT_EQ(entry.fields.starts_with("reply pipe"), entry.Answers()) << line;
     }
     EXPECT_EQ(page.find("\n| " + std::to_string(number) + " | `CMDHL_"), page.npos) << "a row that no table has";
