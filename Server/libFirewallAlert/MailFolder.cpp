@@ -15,13 +15,13 @@ namespace {
 constexpr std::wstring_view kWaiting = L".eml";
 constexpr std::wstring_view kFailed = L".failed";
 
-CWrbSRWLock g_storing;  // between the count of the files and the new one
+CWrbSRWLock g_storing;  // held from the count of the files until the new one is there
 
 bool IsMail(const std::wstring& name) {
     return name.ends_with(kWaiting) || name.ends_with(kFailed);
 }
 
-// Nothing is below no folder, the current one least of all.
+// Empty without a home folder: the name alone would mean the current folder.
 std::wstring Below(const std::wstring& folder, const wchar_t* name) {
     return folder.empty() ? folder : folder + name;
 }

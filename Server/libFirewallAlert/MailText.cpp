@@ -11,8 +11,7 @@ namespace {
 
 constexpr std::size_t kLongestAddress = 254;
 constexpr std::size_t kLineBytes = 76;
-// What an encoded word of 75 characters has room for. Each has one half of that, so that a header's name fits before
-// it.
+// Content of one encoded word: with its marks and the header's name it fits in a line.
 constexpr std::size_t kWordBytes = 36;
 
 bool IsGraphic(wchar_t character) {
@@ -57,7 +56,7 @@ std::size_t CharacterBytes(std::string_view utf8) {
     return count;
 }
 
-// Always encoded, as words on a line each: then no text can be taken for a word, or for the end of the header.
+// Always encoded, one word a line: a text that looks like an encoded word or contains a line end stays text.
 std::string EncodedWords(std::string_view utf8) {
     std::string out = "=?UTF-8?Q?";
     std::size_t word = 0;
