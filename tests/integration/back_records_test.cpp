@@ -78,6 +78,8 @@ TEST(BackRecords, WhatTheClientsSendIsShownAsItWasSent) {
         ExpectRun(kBackEnd, {L"log-pool", L"--db", database, L"--table", L"TBL_RESTORE_LOG", L"--limit", L"0"}, 0,
                   "TBL_RESTORE_LOG: 1 of 1 rows");
     EXPECT_EQ(one.find("TBL_CFW_LOG"), std::string::npos);
+    ExpectRun(kBackEnd, {L"log-pool", L"--db", database, L"--table", L"TBL_CFW_LOG"}, 0,
+              "  192.0.2.17                               2001:db8::1  ");
     ExpectRun(kBackEnd, {L"log-pool", L"--db", database, L"--table", L"agent"}, 2);
     ExpectRun(kBackEnd, {L"events", L"--db", database + L"x"}, 1);
 }

@@ -1,12 +1,12 @@
 #include "PfwLogJson.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
-#include <iterator>
 #include <limits>
+#include <optional>
 #include <string>
 
+#include "IpAddress.h"
 #include "PfwLogText.h"
 #include "Text.h"
 
@@ -49,17 +49,12 @@ void EncodeInfo(const JsonNode& line, wchar_t (&field)[kPfwLogInfoCharacters]) {
 
 void EncodeOctets(const JsonNode& line, const char* key, uint8_t (&octets)[4]) {
     const auto member = line.Member(key);
-    const std::string text = member ? WideToUtf8(member->AnyText()) : "0.0.0.0";
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    for (uint8_t& octet : octets) {
-        const auto [next, error] = std::from_chars(at, end, octet);
-        const bool isLast = &octet == std::end(octets) - 1;
-        if (error != std::errc() || (isLast ? next != end : next == end || *next != '.')) {
-            member->Fail("must be an IPv4 address; version 1 holds others");
-        }
-        at = next + 1;
+    const std::optional<IpAddress> address = ParseIpAddress(member ? member->AnyText() : L"0.0.0.0");
+    const std::optional<Ipv4Octets> parsed = address ? FindIpv4(*address) : std::nullopt;
+    if (!parsed) {
+        member->Fail("must be an IPv4 address; version 1 holds others");
     }
+    std::ranges::copy(*parsed, octets);
 }
 
 void EncodeHosts(const JsonNode& line, SWRB_PFW_LOG_ITEM_V0& item) {

@@ -3,7 +3,9 @@
 #include <json/writer.h>
 
 #include <algorithm>
+#include <cwchar>
 
+#include "IpAddress.h"
 #include "SqlDb.h"
 #include "Text.h"
 #include "VisibleText.h"
@@ -18,13 +20,27 @@ std::size_t WidthOf(const RecordColumn& column) {
         case ColumnKind::Date:
             return 19;
         case ColumnKind::Address:
-            return 32;
+            return 39;  // the longest IPv6 address
         case ColumnKind::Word:
         case ColumnKind::Number:
             return 10;
         default:
             return 36;
     }
+}
+
+// The address of a row, which has it as 32 hexadecimal digits, in its usual form.
+std::wstring AddressText(const std::wstring& digits) {
+    IpAddress address;
+    for (std::size_t i = 0; i < address.bytes.size(); ++i) {
+        const std::wstring byte = digits.substr(std::min(2 * i, digits.size()), 2);
+        address.bytes[i] = static_cast<uint8_t>(std::wcstoul(byte.c_str(), nullptr, 16));
+    }
+    return FormatIpAddress(address);
+}
+
+std::wstring CellText(const RecordColumn& column, const std::wstring& text) {
+    return column.kind == ColumnKind::Address ? AddressText(text) : VisibleText(text);
 }
 
 class Piecewise {
@@ -90,7 +106,9 @@ void ListAsText(SqlDb& db, const RecordTable& table, uint64_t limit, const Listi
     Piecewise out(print);
     out.Add(Line(table, [&](int i) { return Utf8ToWide(table.columns[static_cast<std::size_t>(i)].name); }));
     const uint64_t shown = ForEachRow(db, table, limit, [&](const SqlStatement& row) {
-        out.Add(Line(table, [&](int column) { return VisibleText(row.Text(column)); }));
+        out.Add(Line(table, [&](int column) {
+            return CellText(table.columns[static_cast<std::size_t>(column)], row.Text(column));
+        }));
     });
     const int64_t all = db.NumberOf(std::string("SELECT count(*) FROM ") + table.name);
     out.Add(std::string(table.name) + ": " + std::to_string(shown) + " of " + std::to_string(all) + " rows\n");

@@ -6,7 +6,9 @@
 #include <optional>
 
 #include "DebugLog.h"
+#include "FileSignature.h"
 #include "Handle.h"
+#include "INICache.h"
 #include "OwnModule.h"
 #include "Text.h"
 
@@ -26,10 +28,30 @@ std::wstring LibraryPath() {
     return path.append(kLibraryName);
 }
 
+// False, after a log line, when the server INI wants a signature and the library has none that is trusted. A library
+// that was checked stays open as `file`, so that nobody can replace it before it is loaded.
+bool CheckSignature(const std::wstring& path, FileHandle& file) {
+    if (ServerIniCache().readINIInt("INI_SERVER_SECTION", "RequireSignedLibraries", 0) != 1) {
+        return true;
+    }
+    file.Reset(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
+                           nullptr));
+    const DWORD error = GetLastError();
+    const auto result = static_cast<unsigned>(file ? VerifyFileSignature(file.Get(), path) : error);
+    if (result != ERROR_SUCCESS) {
+        WRB_LOG(kLogError, L"%s - no trusted signature of %s, result=0x%08x", L"ExtractPackage", path.c_str(), result);
+    }
+    return result == ERROR_SUCCESS;
+}
+
 // Loads by a full path, and the library's own dependencies from its folder and the system's only: never from the
 // current folder or the search path.
 ExtractFunction Bind() {
     const std::wstring path = LibraryPath();
+    FileHandle checked;
+    if (!CheckSignature(path, checked)) {
+        return nullptr;
+    }
     ModuleHandle library(
         LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32));
     const FARPROC entry = library ? GetProcAddress(library.Get(), "fpkExtractFile") : nullptr;

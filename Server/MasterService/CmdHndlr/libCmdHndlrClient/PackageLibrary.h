@@ -1,6 +1,7 @@
 // WrbPfwCommon_64x.dll (WrbPfwCommon.h), which unpacks packages. It is loaded at its first use, from the folder of this
 // library (of the program, where the code is linked into one) only, and stays loaded. When it is not there, or has no
-// fpkExtractFile, one line is logged and every unpacking fails until the process starts anew.
+// fpkExtractFile, or no trusted signature although the server INI wants one (RequireSignedLibraries), one line is
+// logged and every unpacking fails until the process starts anew.
 #pragma once
 
 #include <windows.h>

@@ -1,20 +1,36 @@
-// A program of its own, in a folder without the package library.
+// Two programs of their own, for the library is bound once a process: in a folder without the package library, and in
+// one where it is not signed although the server INI wants that.
 #include <gtest/gtest.h>
 
 #include "CapturedLog.h"
+#include "INICache.h"
 #include "PackageLibrary.h"
+#include "TempFolder.h"
 
 namespace {
 
+#ifdef WRB_TEST_REQUIRES_SIGNATURE
+constexpr char kRequires[] = "1";
+constexpr wchar_t kHead[] = L"ExtractPackage - no trusted signature of ";
+constexpr wchar_t kTail[] = L"\\WrbPfwCommon_64x.dll, result=0x800b0100";
+#else
+constexpr char kRequires[] = "0";
+constexpr wchar_t kHead[] = L"ExtractPackage - cannot bind fpkExtract of ";
+constexpr wchar_t kTail[] = L"\\WrbPfwCommon_64x.dll, err=126";
+#endif
+
 TEST(NoPackageLibrary, EveryUnpackingFailsAndTheLogSaysSoOnce) {
+    const wrb::test::TempFolder folder;
+    wrb::test::WriteAll(folder / L"s.ini", std::string("[INI_SERVER_SECTION]\r\nRequireSignedLibraries=") + kRequires);
+    ServerIniCache().init((folder / L"s.ini").wstring().c_str(), 6);
     for (int i = 0; i < 3; ++i) {
         EXPECT_FALSE(wrb::ExtractPackage(INVALID_HANDLE_VALUE, L"C:\\", nullptr, nullptr));
     }
     const auto lines = TakeCapturedLog();
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_EQ(lines[0].level, static_cast<uint32_t>('E'));
-    EXPECT_TRUE(lines[0].text.starts_with(L"ExtractPackage - cannot bind fpkExtract of ")) << lines[0].text.size();
-    EXPECT_TRUE(lines[0].text.ends_with(L"WrbPfwCommon_64x.dll, err=126"));
+    EXPECT_TRUE(lines[0].text.starts_with(kHead)) << lines[0].text.size();
+    EXPECT_TRUE(lines[0].text.ends_with(kTail));
 }
 
 }  // namespace
