@@ -12,8 +12,8 @@
 #include "HungPipe.h"
 #include "Ledger.h"
 #include "NamedMutex.h"
+#include "ServicePipes.h"
 #include "Suspension.h"
-#include "logcl_command.h"
 
 namespace wrb::soak {
 namespace {

@@ -1,6 +1,7 @@
 // Commands that ask, commands that report, and messages that are no commands.
 #include <algorithm>
 
+#include "ServicePipes.h"
 #include "Soak.h"
 #include "Text.h"
 
@@ -41,9 +42,7 @@ constexpr const wchar_t* kUnknown[] = {
     L"CMDHL_get_ms_cfg\tpipe\tuid",      L"CMDHL_ECHOX", L"\tCMDHL_ECHO\tpipe\ttext",
 };
 
-constexpr const wchar_t* kServicePipes[] = {L"DbServerNamePipe", L"Log_ServerNamePipe",
-                                            L"Global\\LogPoolCommandManager", L"QMAgentServerNamePipe",
-                                            L"WrbServerNamePipe"};
+constexpr const wchar_t* kServicePipes[] = {kDbServerPipe, kLogServicePipe, kLogPoolPipe, kQmAgentPipe, kWrbServerPipe};
 
 constexpr uint32_t kLongestRubbish = 4096;
 constexpr std::size_t kLongEcho = 20'000;

@@ -9,6 +9,7 @@
 #include "DebugLog.h"
 #include "LastError.h"
 #include "PipeClient.h"
+#include "ServicePipes.h"
 #include "Text.h"
 
 namespace {
@@ -35,7 +36,7 @@ void ReportConnectFailure(const wrb::IExternalLog* external, DWORD error) {
 int logcl_Write(const wrb::LogLine& line, const wrb::IExternalLog* external, uint32_t milliseconds) {
     const wrb::Deadline deadline(milliseconds);
     CPipeClient client;
-    if (!client.Initial(kLogServicePipe, milliseconds)) {
+    if (!client.Initial(wrb::kLogServicePipe, milliseconds)) {
         ReportConnectFailure(external, GetLastError());
         return 0;
     }

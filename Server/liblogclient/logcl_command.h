@@ -6,7 +6,6 @@
 
 #include "ExternalLog.h"
 
-inline constexpr wchar_t kLogServicePipe[] = L"Log_ServerNamePipe";
 inline constexpr wchar_t kLogWriteCommand[] = L"LOG_WRITE";
 
 namespace wrb {

@@ -5,12 +5,12 @@
 #include "ExpectRun.h"
 #include "FakePipeService.h"
 #include "PipeClient.h"
+#include "ServicePipes.h"
 #include "UniqueName.h"
 
 namespace wrb::test {
 
 inline constexpr wchar_t kHost[] = L"wrbhost.exe";
-inline constexpr wchar_t kHostPipe[] = L"Calloway Systems WRBY Command Handler Manager";
 
 // The command library that misbehaves: host_test_library.cpp.
 inline const std::wstring kLibrary = ProgramFolder() + L"host_test_library.dll";

@@ -7,6 +7,7 @@
 #include "MsgSerializer.h"
 #include "QmAgentClient.h"
 #include "ServerHome.h"
+#include "ServicePipes.h"
 #include "Store.h"
 #include "WrbClient.h"
 #include "cmdlog_OutputCmd.h"

@@ -10,6 +10,7 @@
 #include "PipeClient.h"
 #include "QmAgentClient.h"
 #include "RecordServer.h"
+#include "ServicePipes.h"
 #include "Store.h"
 #include "Text.h"
 #include "WrbClient.h"

@@ -4,6 +4,7 @@
 
 #include "Handle.h"
 #include "PipePath.h"
+#include "ServicePipes.h"
 
 namespace wrb {
 namespace {
@@ -72,6 +73,9 @@ DWORD WriteAnswer(const std::wstring& pipeName, std::span<const uint8_t> answer,
     wchar_t path[kPathCharacters];
     if (!FormatPipePath(path, kPathCharacters, pipeName.c_str()) || !StaysInPipeNamespace(pipeName.c_str())) {
         return ERROR_INVALID_NAME;
+    }
+    if (NamesServicePipe(pipeName.c_str())) {
+        return ERROR_ACCESS_DENIED;
     }
     FileHandle pipe;
     if (const DWORD error = Open(path, limits.connectMilliseconds, pipe); error != 0) {

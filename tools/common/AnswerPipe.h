@@ -20,7 +20,7 @@ struct AnswerLimits {
 
 // Writes the whole answer, which may be empty, in pieces of the pipes' size. Returns 0 or the Windows error:
 // ERROR_FILE_NOT_FOUND when the requester is gone, ERROR_TIMEOUT when it takes too long, ERROR_INVALID_NAME for a name
-// that leads out of the pipe name space.
+// that leads out of the pipe name space, ERROR_ACCESS_DENIED for that of a service (ServicePipes.h).
 DWORD WriteAnswer(const std::wstring& pipeName, std::span<const uint8_t> answer, const AnswerLimits& limits = {});
 
 }  // namespace wrb

@@ -8,6 +8,7 @@
 #include "CommandCatalog.h"
 #include "PipeClient.h"
 #include "PipeServer.h"
+#include "ServicePipes.h"
 #include "Text.h"
 
 namespace wrb {

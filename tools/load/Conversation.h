@@ -11,8 +11,6 @@
 
 namespace wrb {
 
-inline constexpr wchar_t kHostPipe[] = L"Calloway Systems WRBY Command Handler Manager";
-
 struct Answer {
     bool delivered = false;  // the host has read the message
     bool answered = false;   // always false for a command that does not answer

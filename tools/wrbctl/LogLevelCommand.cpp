@@ -14,12 +14,12 @@
 #include "LogFilter.h"
 #include "PipeClient.h"
 #include "PipePath.h"
+#include "ServicePipes.h"
 #include "Text.h"
 
 namespace wrb {
 namespace {
 
-constexpr wchar_t kLogServicePipe[] = L"Log_ServerNamePipe";
 constexpr DWORD kPollMilliseconds = 10;
 
 struct LevelRow {

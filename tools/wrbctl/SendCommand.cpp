@@ -14,6 +14,7 @@
 #include "JsonOutput.h"
 #include "PipeClient.h"
 #include "PipeServer.h"
+#include "ServicePipes.h"
 #include "Text.h"
 
 namespace wrb {

@@ -10,12 +10,12 @@
 #include "CommandHead.h"
 #include "Console.h"
 #include "DebugLog.h"
+#include "ServicePipes.h"
 #include "Text.h"
 
 namespace wrb {
 namespace {
 
-constexpr wchar_t kPipeName[] = L"Calloway Systems WRBY Command Handler Manager";
 constexpr std::size_t kShownCharacters = 64;
 constexpr uint64_t kFullNoteMilliseconds = 60'000;
 constexpr std::chrono::milliseconds kLongestDrain{2'000};
@@ -57,7 +57,7 @@ void WarnOfThrow(const std::wstring& message, const char* what) noexcept {
 
 PipeListenerOptions CommandHost::ListenerOptions(const CommandHostOptions& options) {
     PipeListenerOptions listener;
-    listener.name = kPipeName;
+    listener.name = kHostPipe;
     listener.instances = options.connections;
     listener.memoryBudget = options.memoryBudget;
     listener.allowed = options.allowed;

@@ -8,10 +8,11 @@
 #include "CmdProtocol.h"
 #include "DebugLog.h"
 #include "ServiceClient.h"
+#include "ServicePipes.h"
 
 namespace {
 
-constexpr wrb::Service kAgent = wrb::ServiceWithPlainLines(kQmAgentPipe);
+constexpr wrb::Service kAgent = wrb::ServiceWithPlainLines(wrb::kQmAgentPipe);
 
 // The agent sends the address. It is cut at the first control character: a TAB would move the numbers that follow.
 void AppendAddress(CCmdProtocol& text, const wchar_t* address) {

@@ -9,7 +9,6 @@
 
 class CCmdProtocol;
 
-inline constexpr wchar_t kQmAgentPipe[] = L"QMAgentServerNamePipe";
 inline constexpr wchar_t kQmRtsStatusChange[] = L"CMDHQM_EVENT_RTS_STATUS_CHANGE";
 inline constexpr wchar_t kQmSendFirewallLog[] = L"CMDHQM_SEND_FIREWALL_LOG";
 

@@ -3,6 +3,7 @@
 #include "CallGuard.h"
 #include "MsgSerializer.h"
 #include "ServiceClient.h"
+#include "ServicePipes.h"
 
 // Log lines name the module that this file was part of.
 #undef WRB_SOURCE_NAME
@@ -11,7 +12,7 @@
 namespace {
 
 int SendToWrbServer(CMsgSerializer& message) {
-    constexpr wrb::Service kService = wrb::ServiceWithPlainLines(kWrbServerPipe);
+    constexpr wrb::Service kService = wrb::ServiceWithPlainLines(wrb::kWrbServerPipe);
     return wrb::SendToService(kService, WRB_HERE, message, wrb::SentBlock::Kept);
 }
 

@@ -7,7 +7,6 @@
 
 class CMsgSerializer;
 
-inline constexpr wchar_t kWrbServerPipe[] = L"WrbServerNamePipe";
 inline constexpr wchar_t kWrbSpywareLogEvent[] = L"WC_SET_SPYWARE_LOG_EVENT";
 
 // Any message; it is finalized here.

@@ -7,6 +7,7 @@
 #include "LogPoolRecord.h"
 #include "MsgSerializer.h"
 #include "ServiceClient.h"
+#include "ServicePipes.h"
 
 // Log lines name the module that this file was part of.
 #undef WRB_SOURCE_NAME
@@ -15,7 +16,7 @@
 namespace {
 
 int SendToPool(CMsgSerializer& message) {
-    constexpr wrb::Service kService = wrb::ServiceWithPipeLines(kLogPoolPipe);
+    constexpr wrb::Service kService = wrb::ServiceWithPipeLines(wrb::kLogPoolPipe);
     return wrb::SendToService(kService, WRB_HERE, message, wrb::SentBlock::Freed);
 }
 

@@ -9,7 +9,6 @@
 
 class CMsgSerializer;
 
-inline constexpr wchar_t kLogPoolPipe[] = L"Global\\LogPoolCommandManager";
 inline constexpr wchar_t kSendCfwLog[] = L"CMDLOGV2_SEND_CFWLOG";
 inline constexpr wchar_t kSendRestoreLog[] = L"CMDLOGV2_SEND_RESTORELOG";
 

@@ -13,14 +13,16 @@
 #include "MsgSerializer.h"
 #include "PipeServer.h"
 #include "ServiceClient.h"
+#include "ServicePipes.h"
 #include "Text.h"
 
 namespace {
 
-constexpr wrb::Service kTextService = wrb::ServiceWithPlainLines(kDbServerPipe);
-constexpr wrb::Service kAskedService = {kDbServerPipe, L"%s - Initial pipe client failed with win32 error code [%d]",
+constexpr wrb::Service kTextService = wrb::ServiceWithPlainLines(wrb::kDbServerPipe);
+constexpr wrb::Service kAskedService = {wrb::kDbServerPipe,
+                                        L"%s - Initial pipe client failed with win32 error code [%d]",
                                         L"%s - pipe send failed with win32 error code [%d]", L"SendAndRecv"};
-constexpr wrb::Service kMessageService = {kDbServerPipe, L"[dbSend] Initial pipe client failed! err=%d",
+constexpr wrb::Service kMessageService = {wrb::kDbServerPipe, L"[dbSend] Initial pipe client failed! err=%d",
                                           L"[dbSend] pipe send failed!. err=%d"};
 
 wrb::Delivery WriteFramed(CPipeClient& client, const wchar_t* caller, std::span<const uint8_t> request) {

@@ -17,8 +17,6 @@ class CCmdProtocol;
 class CMsgSerializer;
 class CPipeServer;
 
-inline constexpr const wchar_t* kDbServerPipe = L"DbServerNamePipe";
-
 // How long every read of this library waits for an answer.
 inline constexpr uint32_t kDbAnswerSeconds = 600;
 

@@ -13,6 +13,7 @@
 #include "MsgSerializer.h"
 #include "ReceivedMessage.h"
 #include "SerializedCommands.h"
+#include "ServicePipes.h"
 #include "Text.h"
 #include "TextCommands.h"
 

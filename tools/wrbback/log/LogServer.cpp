@@ -8,6 +8,7 @@
 #include "LogFilter.h"
 #include "ReceivedLine.h"
 #include "ReceivedMessage.h"
+#include "ServicePipes.h"
 #include "Text.h"
 #include "VisibleText.h"
 #include "logcl_command.h"

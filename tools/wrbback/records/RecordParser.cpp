@@ -11,6 +11,7 @@
 #include "MsgSerializer.h"
 #include "QmAgentClient.h"
 #include "ReceivedMessage.h"
+#include "ServicePipes.h"
 #include "Text.h"
 #include "WrbClient.h"
 #include "cmdlog_OutputCmd.h"

@@ -5,6 +5,7 @@
 
 #include "QmAgentClient.h"
 #include "RecordParser.h"
+#include "ServicePipes.h"
 #include "Text.h"
 #include "WrbClient.h"
 #include "cmdlog_OutputCmd.h"

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "PipePath.h"
-#include "ReplyPipeName.h"
 #include "ServiceClient.h"
+#include "ServicePipes.h"
 
 namespace {
 

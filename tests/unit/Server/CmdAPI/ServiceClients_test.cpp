@@ -13,6 +13,7 @@
 #include "LogPoolRecord.h"
 #include "MsgSerializer.h"
 #include "QmAgentClient.h"
+#include "ServicePipes.h"
 #include "Text.h"
 #include "WrbClient.h"
 #include "cmdlog_OutputCmd.h"
@@ -48,7 +49,7 @@ std::vector<std::wstring> TextsOf(const std::string& message) {
 
 // The row behind the message's name and id.
 std::string RowOf(const wchar_t* command, const std::function<int()>& send) {
-    const std::vector<std::wstring> texts = TextsOf(OneMessage(kLogPoolPipe, send));
+    const std::vector<std::wstring> texts = TextsOf(OneMessage(wrb::kLogPoolPipe, send));
     EXPECT_THAT(texts, ElementsAre(command, _, _));
     return texts.size() == 3 ? wrb::WideToUtf8(texts[2]) : "no row";
 }
@@ -69,7 +70,7 @@ TEST(ServiceClients, TextsTravelWithTheirNul) {
         {[&] { return qmaSendFirewallLog(undated); }, L"CMDHQM_SEND_FIREWALL_LOG\tuid-1\t0" + rest},
     };
     for (const auto& [send, text] : cases) {
-        EXPECT_EQ(OneMessage(kQmAgentPipe, send), wrb::test::WideBytes(text + L'\0')) << wrb::WideToUtf8(text);
+        EXPECT_EQ(OneMessage(wrb::kQmAgentPipe, send), wrb::test::WideBytes(text + L'\0')) << wrb::WideToUtf8(text);
     }
 }
 
@@ -117,7 +118,7 @@ TEST(ServiceClients, AnyMessageIsFinalizedAndSentWhole) {
         const wchar_t* pipe;
         int (*send)(CMsgSerializer&);
         bool keepsBlock;
-    } kClients[] = {{kLogPoolPipe, cmdlog_OutputCmd, false}, {kWrbServerPipe, wrbSendMessage, true}};
+    } kClients[] = {{wrb::kLogPoolPipe, cmdlog_OutputCmd, false}, {wrb::kWrbServerPipe, wrbSendMessage, true}};
     for (const auto& client : kClients) {
         CMsgSerializer small(L"SMALL");
         small << L"body";

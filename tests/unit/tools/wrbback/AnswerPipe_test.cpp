@@ -34,6 +34,7 @@ TEST(AnswerPipe, NamesThatLeadElsewhereAreRefused) {
          {std::wstring(L"..\\C:\\file"), std::wstring(L"a\\..\\..\\b"), std::wstring(300, L'x')}) {
         EXPECT_EQ(Answer(name, 1), DWORD{ERROR_INVALID_NAME});
     }
+    EXPECT_EQ(Answer(L"//LOG_servernamepipe. ", 1), DWORD{ERROR_ACCESS_DENIED}) << "a service's";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "ReplyPipeName.h"
+#include "ServicePipes.h"
 
 #include <windows.h>
 
@@ -6,23 +6,11 @@
 #include <array>
 #include <string_view>
 
-#include "DbTransport.h"
-#include "QmAgentClient.h"
-#include "WrbClient.h"
-#include "cmdlog_OutputCmd.h"
-#include "logcl_command.h"
-
 namespace wrb {
 namespace {
 
-constexpr std::wstring_view kServicePipes[] = {
-    L"Calloway Systems WRBY Command Handler Manager",
-    kDbServerPipe,
-    kLogPoolPipe,
-    kLogServicePipe,
-    kQmAgentPipe,
-    kWrbServerPipe,
-};
+constexpr std::wstring_view kServicePipes[] = {kHostPipe,       kDbServerPipe, kLogPoolPipe,
+                                               kLogServicePipe, kQmAgentPipe,  kWrbServerPipe};
 
 // A name in its plain spelling: parts without trailing dots and blanks, one separator between them. Longer names than
 // fit name no service.
