@@ -208,8 +208,7 @@ TEST(Hostile, UploadsReachTheirFoldersOnly) {
 TEST(Hostile, RecordsThatNoServiceTakesAreCounted) {
     const ServerHome home;
     const std::string record = BytesOf(SampleRecord<SWRB_PFW_LOG_ITEM>());
-    const Bytes cabinet = BuildCabinet({{"a.log", Bytes(record.begin(), record.end())}});
-    home.Write(L"Upload\\package", std::string(cabinet.begin(), cabinet.end()));
+    home.Write(L"Upload\\package", BuildCabinet({{"a.log", record}}));
     const Host host({});
     CounterReader counters;
     uint32_t error = 0;
