@@ -2,20 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-
 #include "ChildProcess.h"
 #include "Handle.h"
+#include "TempFolder.h"
 
 namespace {
 
 constexpr wchar_t kUnsigned[] = L"WrbPfwCommon_64x.dll";
 constexpr wchar_t kSigned[] = L"signature-test-signed.dll";
-constexpr wchar_t kAltered[] = L"signature-test-altered.dll";
 
-LONG Verify(const wchar_t* name) {
-    const std::wstring path = wrb::test::ProgramFolder() + name;
+LONG Verify(const std::wstring& path) {
     const wrb::FileHandle file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                            FILE_ATTRIBUTE_NORMAL, nullptr));
     return wrb::VerifyFileSignature(file.Get(), path);
@@ -31,15 +27,16 @@ class FileSignature : public testing::Test {
 };
 
 TEST_F(FileSignature, MissingAndAlteredOnesAreNoticed) {
-    const std::filesystem::path folder = wrb::test::ProgramFolder();
-    std::filesystem::copy_file(folder / kSigned, folder / kAltered, std::filesystem::copy_options::overwrite_existing);
-    std::fstream(folder / kAltered, std::ios::in | std::ios::out | std::ios::binary).seekp(8192).put('\x55');
-    EXPECT_EQ(Verify(kUnsigned), TRUST_E_NOSIGNATURE);
-    EXPECT_EQ(Verify(kAltered), TRUST_E_BAD_DIGEST);
+    const wrb::test::TempFolder folder;
+    std::string bytes = wrb::test::ReadAll(wrb::test::ProgramFolder() + kSigned);
+    bytes.at(bytes.size() / 2) ^= 1;
+    wrb::test::WriteAll(folder / L"altered.dll", bytes);
+    EXPECT_EQ(Verify(wrb::test::ProgramFolder() + kUnsigned), TRUST_E_NOSIGNATURE);
+    EXPECT_EQ(Verify((folder / L"altered.dll").wstring()), TRUST_E_BAD_DIGEST);
 }
 
 TEST_F(FileSignature, AnUnknownSignerIsRefused) {
-    const LONG result = Verify(kSigned);
+    const LONG result = Verify(wrb::test::ProgramFolder() + kSigned);
     if (result == ERROR_SUCCESS) {
         GTEST_SKIP() << "this system trusts any signer: that an unknown one is refused cannot be judged";
     }
