@@ -24,7 +24,6 @@ TEST(CommandHead, TellsLaneAndFailureAnswer) {
         {L"CMDHL_SET_MS_CFG\tuid\t1", Database, None, L""},
         {L"CMDHL_PFW_SET_LOG\tpipe\tuid\tpackage\tfolder\t1", Upload, Zero, L"pipe"},
         {L"CMDHL_SET_SPYWARE_RESTORE_LOG\tpipe\tuid\t1\t2", Upload, Empty, L"pipe"},
-        {L"CMDHL_GET_SERVER_NAME\tpipe", Quick, None, L""},
         {L"CMDHL_UNKNOWN\tpipe", Quick, None, L""},
         {L"CMDHL_\u0445ECHO\tpipe", Quick, None, L""},
         {std::wstring(100'000, L'x'), Quick, None, L""},
