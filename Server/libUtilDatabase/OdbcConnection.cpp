@@ -23,20 +23,22 @@ constexpr SQLULEN kLongestVarchar = 4000;  // longer texts are bound as "long" o
 constexpr std::size_t kPieceCharacters = 4096;
 constexpr SQLULEN kQuerySeconds = 30;
 
-// By the start of the SQL state; the longer ones first.
+// By the start of the SQL state; the longer ones first. 25006: the server has become read-only, as after a fail-over. A
+// new connection may reach the one that takes writes.
 constexpr struct {
     std::string_view state;
     SqlFailure failure;
 } kFailures[] = {
-    {"08001", SqlFailure::CannotOpen}, {"08004", SqlFailure::CannotOpen},
-    {"28", SqlFailure::CannotOpen},    {"IM", SqlFailure::CannotOpen},
-    {"3D", SqlFailure::CannotOpen},    {"08", SqlFailure::Disconnected},
-    {"57P", SqlFailure::Disconnected}, {"HYT01", SqlFailure::Disconnected},
-    {"40", SqlFailure::Conflict},      {"23", SqlFailure::Constraint},
-    {"53100", SqlFailure::Full},       {"53200", SqlFailure::Memory},
-    {"HY001", SqlFailure::Memory},     {"53", SqlFailure::Busy},
-    {"55P03", SqlFailure::Busy},       {"HYT00", SqlFailure::Busy},
-    {"57014", SqlFailure::Busy},       {"58", SqlFailure::Io},
+    {"08001", SqlFailure::CannotOpen},   {"08004", SqlFailure::CannotOpen},
+    {"28", SqlFailure::CannotOpen},      {"IM", SqlFailure::CannotOpen},
+    {"3D", SqlFailure::CannotOpen},      {"08", SqlFailure::Disconnected},
+    {"57P", SqlFailure::Disconnected},   {"HYT01", SqlFailure::Disconnected},
+    {"40", SqlFailure::Conflict},        {"23", SqlFailure::Constraint},
+    {"53100", SqlFailure::Full},         {"53200", SqlFailure::Memory},
+    {"HY001", SqlFailure::Memory},       {"53", SqlFailure::Busy},
+    {"55P03", SqlFailure::Busy},         {"HYT00", SqlFailure::Busy},
+    {"57014", SqlFailure::Busy},         {"58", SqlFailure::Io},
+    {"25006", SqlFailure::Disconnected},
 };
 
 SqlFailure FailureOf(std::string_view state) {

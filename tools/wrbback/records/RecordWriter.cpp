@@ -156,6 +156,7 @@ void RecordWriter::StoreOrLose(const Batch& batch) {
         } catch (const std::exception& error) {
             const bool again = MayPass(error) && GetTickCount64() < m_giveUpAt;
             if (!again) {
+                SetRefusal(nullptr);  // the next batch finds out whether the database takes records
                 m_lost += batch.size();
                 Tell(m_options.alarm, batch.size(), L"are lost", Utf8ToWide(error.what()));
                 return;

@@ -71,28 +71,32 @@ TEST(StoreFaults, AFailureAtAnyCallOfTheFileLayerChangesNothing) {
     }
 }
 
-TEST(StoreFaults, AFullDiskRefusesRecordsAtOnceAndTakesThemAgainWhenThereIsRoom) {
+struct RecordFaults : testing::Test {
+    RecordFaults() : first(CreateStore(path)) {}
+    bool Put(const wchar_t* name = L"n") {
+        const bool took = writer.Put({&kEventRecords, {L"2024-01-31 23:59:59", L"s", name, L"f"}});
+        ++(took ? taken : refused);
+        return took;
+    }
     FaultyDisk disk;
     const test::TempFolder folder;
     const std::wstring path = (folder / L"agents.db").wstring();
-    CreateStore(path);
+    const std::unique_ptr<SqlDb> first;
     std::vector<std::wstring> alarms;
-    RecordWriter writer(
-        {path, 0, [](const std::wstring&) {}, [&](const std::wstring& text) { alarms.push_back(text); }});
     uint64_t taken = 0;
     uint64_t refused = 0;
-    const auto put = [&] {
-        const bool took = writer.Put({&kEventRecords, {L"2024-01-31 23:59:59", L"s", L"n", L"f"}});
-        ++(took ? taken : refused);
-        return took;
-    };
+    RecordWriter writer{
+        {path, 0, [](const std::wstring&) {}, [this](const std::wstring& text) { alarms.push_back(text); }}};
+};
+
+TEST_F(RecordFaults, AFullDiskRefusesRecordsAtOnceAndTakesThemAgainWhenThereIsRoom) {
     disk.FailAfter(0, SQLITE_FULL, true);
-    while (put()) {
+    while (Put()) {
     }
     EXPECT_LE(taken, 1001u) << "500 wait, 500 are tried";
-    EXPECT_FALSE(put());
+    EXPECT_FALSE(Put());
     EXPECT_TRUE(disk.Work());
-    while (!put()) {
+    while (!Put()) {
         Sleep(1);
     }
     writer.Finish();
@@ -103,6 +107,20 @@ TEST(StoreFaults, AFullDiskRefusesRecordsAtOnceAndTakesThemAgainWhenThereIsRoom)
     EXPECT_NE(alarms[0].find(L"records: 1 rows are refused: "), std::wstring::npos) << alarms[0].c_str();
     EXPECT_NE(alarms[1].find(std::to_wstring(refused - 1) + L" rows are refused: "), std::wstring::npos);
     EXPECT_NE(alarms[1].find(L"full"), std::wstring::npos);
+}
+
+TEST_F(RecordFaults, RowsThatAreLostForGoodEndTheRefusal) {
+    disk.FailAfter(0, SQLITE_FULL, true);
+    while (Put()) {
+    }
+    disk.FailAfter(0, SQLITE_CORRUPT, true);
+    while (writer.Lost() != taken + refused) {
+        Sleep(1);
+    }
+    EXPECT_TRUE(disk.Work());
+    EXPECT_TRUE(Put());
+    writer.Finish();
+    EXPECT_EQ(writer.Stored(), 1u);
 }
 
 }  // namespace
