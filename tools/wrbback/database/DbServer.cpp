@@ -1,7 +1,6 @@
 #include "DbServer.h"
 
 #include <algorithm>
-#include <exception>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -70,6 +69,17 @@ void DbServer::NoteDrop(PipeDrop reason, std::size_t bytes, uint32_t pid) {
                               static_cast<unsigned>(bytes), PipeDropText(reason)));
 }
 
+// Throws nothing, so that the asker gets an answer without memory for a note.
+void DbServer::NoteFailure(DbCommand command, const std::exception& error) noexcept {
+    ++m_failed;
+    try {
+        m_options.note(FormatWide(L"database server: %s failed: %s", DescribeDbCommand(command).name,
+                                  Utf8ToWide(error.what()).c_str()));
+    } catch (const std::exception&) {
+        // The counter tells.
+    }
+}
+
 Job DbServer::Refuse(const std::string& from, const std::wstring& why) {
     ++m_badRequests;
     m_options.note(L"database server: refused a request of " + Utf8ToWide(from) + L": " + why);
@@ -114,15 +124,14 @@ Job DbServer::AcceptText(std::span<const uint8_t> bytes, const std::string& from
 }
 
 void DbServer::Write(DbCommand command, CCmdProtocol& request, const std::string& from) {
-    const wchar_t* name = DescribeDbCommand(command).name;
     try {
         if (m_writer.Run([&](SqlDb& db) { return RunTextCommand(db, command, request); }) == 0) {
-            m_options.note(FormatWide(L"database server: %s of %S changed nothing", name, from.c_str()));
+            m_options.note(FormatWide(L"database server: %s of %S changed nothing", DescribeDbCommand(command).name,
+                                      from.c_str()));
         }
         ++m_writes;
-    } catch (const SqlError& error) {
-        ++m_failed;
-        m_options.note(FormatWide(L"database server: %s failed: %s", name, Utf8ToWide(error.what()).c_str()));
+    } catch (const std::exception& error) {
+        NoteFailure(command, error);
     }
 }
 
@@ -131,10 +140,8 @@ void DbServer::AnswerText(DbCommand command, CCmdProtocol& request, const std::w
     try {
         answer = m_readers.Run([&](SqlDb& db) { return AnswerTextCommand(db, command, request); });
         ++m_reads;
-    } catch (const SqlError& error) {
-        ++m_failed;
-        m_options.note(FormatWide(L"database server: %s failed: %s", DescribeDbCommand(command).name,
-                                  Utf8ToWide(error.what()).c_str()));
+    } catch (const std::exception& error) {
+        NoteFailure(command, error);
     }
     Reply(replyPipe, BytesOf(answer.value_or(std::wstring())));
 }
@@ -173,9 +180,7 @@ void DbServer::AnswerSerialized(DbCommand command, const std::wstring& uid, CMsg
                 message.Finalize();
         ++m_reads;
     } catch (const std::exception& error) {
-        ++m_failed;
-        m_options.note(FormatWide(L"database server: %s failed: %s", DescribeDbCommand(command).name,
-                                  Utf8ToWide(error.what()).c_str()));
+        NoteFailure(command, error);
     }
     const std::span<const uint8_t> none;
     if (!Reply(replyPipe, known ? std::span<const uint8_t>(message.Data(), message.GetSize()) : none)) {

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -65,6 +66,7 @@ class DbServer {
     void AnswerSerialized(DbCommand command, const std::wstring& uid, CMsgSerializer& message);
     bool Reply(const std::wstring& replyPipe, std::span<const uint8_t> answer);
     Job Refuse(const std::string& from, const std::wstring& why);
+    void NoteFailure(DbCommand command, const std::exception& error) noexcept;
     void NoteDrop(PipeDrop reason, std::size_t bytes, uint32_t pid);
 
     const DbServerOptions m_options;

@@ -1,6 +1,7 @@
 #include "Store.h"
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <system_error>
 
@@ -15,6 +16,7 @@ namespace {
 
 constexpr uint32_t kFirstPauseMilliseconds = 100;
 constexpr uint32_t kLongestPauseMilliseconds = 5000;
+constexpr std::chrono::seconds kLongestLend{60};
 
 [[noreturn]] void Refuse(SqlFailure failure, const std::wstring& address, const std::string& why) {
     throw SqlError(failure, ParseSqlAddress(address).name + ": " + why);
@@ -150,7 +152,9 @@ StorePool::StorePool(const std::wstring& address, unsigned connections, const IC
 
 StorePool::Lease StorePool::Lend() {
     std::unique_lock lock(m_lock);
-    m_returned.wait(lock, [this] { return !m_free.empty(); });
+    if (!m_returned.wait_for(lock, kLongestLend, [this] { return !m_free.empty(); })) {
+        Refuse(SqlFailure::Busy, m_address, "all connections are in use");
+    }
     std::unique_ptr<SqlDb> db = std::move(m_free.back());
     m_free.pop_back();
     lock.unlock();
@@ -164,7 +168,7 @@ std::unique_ptr<SqlDb> StorePool::Connect() {
         const std::lock_guard lock(m_lock);
         m_pause = 0;
         return db;
-    } catch (const SqlError&) {
+    } catch (...) {
         Return(nullptr);
         throw;
     }

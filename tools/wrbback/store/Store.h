@@ -58,7 +58,7 @@ class StorePool {
         std::unique_ptr<SqlDb> m_db;
     };
 
-    Lease Lend();  // waits for a free one
+    Lease Lend();  // waits for a free one; throws SqlError after a minute
 
     // Calls work(db) and returns its result; a second time when the first may be repeated.
     template <typename Work>
