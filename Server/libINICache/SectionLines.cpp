@@ -34,7 +34,7 @@ std::string SectionLines(std::string_view lines) {
         const std::string_view line = lines.substr(0, lines.find('\0'));
         lines.remove_prefix(std::min(line.size() + 1, lines.size()));
         const std::string_view key = Trim(line.substr(0, line.find('=')));
-        if (line.find('=') == line.npos || key.starts_with(';') || !keys.insert(LowerCase(key)).second) {
+        if (line.find('=') == line.npos || key.empty() || key.starts_with(';') || !keys.insert(LowerCase(key)).second) {
             continue;
         }
         text.append(key).append("=").append(WithoutQuotes(Trim(line.substr(line.find('=') + 1)))).append("\n");

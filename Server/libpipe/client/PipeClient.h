@@ -33,7 +33,7 @@ class CPipeClient {
     // space, ERROR_FILENAME_EXCED_RANGE for a path of more than 259 characters.
     bool Initial(const wchar_t* name, uint32_t milliseconds = kDefaultMilliseconds);
 
-    // The longest time that each later Send takes.
+    // The longest time that each later Send and AwaitReader takes.
     void LimitSend(uint32_t milliseconds) noexcept { m_milliseconds = milliseconds; }
 
     // Writes `byteCount` bytes in pieces of at most 1024; zero bytes succeed without a write. On return `byteCount`
@@ -41,9 +41,9 @@ class CPipeClient {
     // cancelled and the call fails with ERROR_SEM_TIMEOUT.
     bool Send(const void* data, uint64_t& byteCount);
 
-    // Waits until the peer has read everything that was sent. When the time of Initial is up, the call fails with
-    // ERROR_OPERATION_ABORTED (995). It fails, too, when the peer closes while it waits; a peer that closed before the
-    // call cannot be told from one that has read everything.
+    // Waits until the peer has read everything that was sent. When the time of Initial or LimitSend is up, the call
+    // fails with ERROR_OPERATION_ABORTED (995). It fails, too, when the peer closes while it waits; a peer that closed
+    // before the call cannot be told from one that has read everything.
     bool AwaitReader() noexcept;
 
     // The process that serves the open pipe; 0 when the system does not tell.

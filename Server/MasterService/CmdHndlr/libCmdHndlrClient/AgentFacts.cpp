@@ -54,6 +54,10 @@ std::optional<OutbreakPrevention> ReadOpp(const wchar_t* uid) {
 }  // namespace
 
 bool wrb::GetQuarantineCommand(std::wstring& output, const wchar_t* uid) {
+    if (CutUid(uid).empty()) {
+        WRB_LOG(kLogError, L"%s - UID is empty", L"cmdhl_GetClnNetQuarantineCmd");
+        return false;
+    }
     const auto status = NumberOfKnownAgent<DbCommand::GetStatus>(uid, kSecondStatusWord);
     if (status) {
         output = (*status & kIsolate) != 0 ? L"1" : (*status & kRelease) != 0 ? L"2" : L"0";

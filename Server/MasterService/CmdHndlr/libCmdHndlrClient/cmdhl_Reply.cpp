@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Deadline.h"
 #include "PipePath.h"
 #include "ServiceClient.h"
 #include "ServicePipes.h"
@@ -16,29 +17,39 @@ int WriteAnswer(const wchar_t* pipeName, Write write) {
         SetLastError(ERROR_ACCESS_DENIED);
         return wrb::ReportDelivery(peer, WRB_HERE, wrb::Delivery::NotOpened);
     }
+    const wrb::Deadline deadline(wrb::TimeoutMilliseconds(peer));
     return wrb::Deliver(peer, WRB_HERE, [&](CPipeClient& client) {
-        return write(client) ? wrb::Delivery::Done : wrb::Delivery::NotWritten;
+        return write(client, deadline) ? wrb::Delivery::Done : wrb::Delivery::NotWritten;
     });
 }
 
 // Nothing to send opens no write.
-bool SendAndAwaitReader(CPipeClient& client, std::wstring_view text) {
+bool SendAndAwaitReader(CPipeClient& client, const wrb::Deadline& deadline, std::wstring_view text) {
     uint64_t bytes = text.size() * sizeof(wchar_t);
-    return bytes == 0 || (client.Send(text.data(), bytes) && client.AwaitReader());
+    if (bytes == 0) {
+        return true;
+    }
+    client.LimitSend(deadline.Remaining());
+    if (!client.Send(text.data(), bytes)) {
+        return false;
+    }
+    client.LimitSend(deadline.Remaining());
+    return client.AwaitReader();
 }
 
 }  // namespace
 
 unsigned cmdhl_OutputCommand(const wchar_t* pipeName, const void* body, uint64_t byteCount) {
     return static_cast<unsigned>(
-        WriteAnswer(pipeName, [&](CPipeClient& client) { return client.Send(body, byteCount); }));
+        WriteAnswer(pipeName, [&](CPipeClient& client, const wrb::Deadline&) { return client.Send(body, byteCount); }));
 }
 
 bool wrb::ReplyAndAwaitReader(const wchar_t* pipeName, std::wstring_view text) {
     // The last piece follows when all others have been read: one more write, which fails, tells a peer that has ended
     // without reading from one that has read everything.
     const std::size_t rest = text.size() - std::min<std::size_t>(text.size(), kPipePieceBytes / sizeof(wchar_t));
-    return WriteAnswer(pipeName, [&](CPipeClient& client) {
-               return SendAndAwaitReader(client, text.substr(0, rest)) && SendAndAwaitReader(client, text.substr(rest));
+    return WriteAnswer(pipeName, [&](CPipeClient& client, const wrb::Deadline& deadline) {
+               return SendAndAwaitReader(client, deadline, text.substr(0, rest)) &&
+                      SendAndAwaitReader(client, deadline, text.substr(rest));
            }) == 1;
 }

@@ -21,8 +21,8 @@ inline bool Reply(const wchar_t* pipeName, std::wstring_view text) {
     return cmdhl_OutputCommand(pipeName, text.data(), text.size() * sizeof(wchar_t)) == 1;
 }
 
-// The same, and waits until the peer has read all of it, as long again as the answer may take. False also when it has
-// not.
+// The same, and waits until the peer has read all of it. ReplyTimeoutSeconds limits all of this together. False also
+// when the peer has not read all of it by then.
 bool ReplyAndAwaitReader(const wchar_t* pipeName, std::wstring_view text);
 
 // The same as Reply, and a line more when it fails: "HANDLER - cmdhl_OutputCommand failed."

@@ -86,12 +86,13 @@ bool GetCfgPermission(std::wstring& output, const wchar_t* uid, CCmdProtocol& fi
         return true;
     }
     ScanGroupValues values;
-    if (!GetDbScanGroup(*group, CutUid(uid).c_str(), values)) {
+    const std::wstring agent = CutUid(uid);
+    if (GetDbScanGroup(*group, agent.c_str(), values)) {
+        output = (values.flags & row->bits) != 0 ? L"1" : L"0";
+    } else if (agent.empty() || !IsKnownAgent(agent.c_str())) {  // a known agent may have no configuration
         output.clear();
-        return false;
     }
-    output = (values.flags & row->bits) != 0 ? L"1" : L"0";
-    return true;
+    return !output.empty();
 }
 
 }  // namespace wrb

@@ -187,7 +187,7 @@ TEST(ProfileAccess, ASectionHasTheValuesOfItsKeys) {
     wrb::IProfileAccess& profile = wrb::SystemProfile();
     wrb::test::WriteAll(
         path,
-        "[Other]\r\nx=1\r\n[S]\r\nb=2\r\n\r\n;c=3\r\n ; d=4\r\nno equals\r\n  e \t=\t five \r\n"
+        "[Other]\r\nx=1\r\n[S]\r\nb=2\r\n\r\n;c=3\r\n ; d=4\r\nno equals\r\n = no key\r\n  e \t=\t five \r\n"
         "q=\" x \"\r\nr='y'\r\ns=\"z\r\nt=\"\r\nempty=\r\neq=a=b\r\nB=again\r\nu=\xE9;w\r\n[Last]\r\ny=1\r\n");
     const std::optional<std::string> lines = profile.ReadSection("S", path.c_str());
     ASSERT_TRUE(lines);

@@ -65,6 +65,7 @@ constexpr struct {
     {60, L"cmdhl_GetProductInfo", L"PRODUCT_INFO", L"other", L"The product\t14.0\t0\t@\t0\t0"},
     {70, L"cmdhl_GetServerPolicy", L"SERVER_POLICY", L"known", L""},
     {71, L"cmdhl_GetCfgPermission", L"CFG_PERMISSION", L"known\t1", L"1"},
+    {71, L"cmdhl_GetCfgPermission", L"CFG_PERMISSION", L"known\t2", L"0"},  // has no configuration
     {71, L"cmdhl_GetCfgPermission", L"CFG_PERMISSION", L"known\t4", L"0"},
     {71, L"cmdhl_GetCfgPermission", L"CFG_PERMISSION", L"known\t1024", L"0"},
     {71, L"cmdhl_GetCfgPermission", L"CFG_PERMISSION", L"known", L"0"},
@@ -105,8 +106,10 @@ std::optional<std::string> AnswerOf(const wrb::test::DbRequest& request) {
     if (request.IsMessage() || request.Fields().at(2) != L"known") {
         return "";
     }
-    const std::wstring question = request.Name() + L" " + request.Fields().at(3);
+    const std::vector<std::wstring> fields = request.Fields();
+    const std::wstring question = request.Name() + L" " + (fields.size() > 3 ? fields[3] : L"");
     const std::pair<const wchar_t*, std::wstring> answers[] = {
+        {L"DB_IS_CLIENT_EXISTED ", L"1"},
         {L"DB_GET_MSCF 0", L"2"},
         {L"DB_GET_PSCF 0", L"-3"},
         {L"DB_GET_PRIVILEGE 0", std::to_wstring(g_privileges) + L"\t-1"},
