@@ -25,7 +25,18 @@ bool wrb::IsKnownAgent(const wchar_t* uid) noexcept {
 }
 
 bool dbGetOppStatusW(const wchar_t* uid, uint32_t& status, uint32_t& endTime, uint32_t number) noexcept {
-    return wrb::ReadDbNumbers(DbName(DbCommand::GetOppStatus), uid, number, status, endTime);
+    return wrb::GuardCall(WRB_HERE, L"dbGetOppStatusW", [&] {
+        CCmdProtocol fields;
+        if (!wrb::AskDbRecord(DbName(DbCommand::GetOppStatus), fields, uid, number)) {
+            return false;
+        }
+        for (uint32_t* const value : {&status, &endTime}) {
+            std::wstring text;  // CCmdProtocol reads numbers as signed
+            fields >> text;
+            *value = static_cast<uint32_t>(wrb::ParseInt64(text));
+        }
+        return true;
+    });
 }
 
 bool dbGetPrivilegeW(const wchar_t* uid, wrb::DbPrivilege& privilege, uint32_t number) noexcept {
