@@ -34,7 +34,6 @@ MailDelivery::MailDelivery(const std::wstring& homeFolder)
 }
 
 void MailDelivery::Start() {
-    m_folder.DeleteUnfinished();
     m_threads.Start(1, [this] { Run(); });
 }
 

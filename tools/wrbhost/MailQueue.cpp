@@ -22,16 +22,18 @@ void MailQueue::Work(const std::function<bool()>& stopping) {
         }
         Attempts& attempts = m_attempts[file];
         if (m_clock.MonotonicSeconds() >= attempts.nextSecond) {
-            Try(file, attempts);
+            Try(file, attempts, stopping);
         }
     }
 }
 
-void MailQueue::Try(const std::wstring& file, Attempts& attempts) {
+void MailQueue::Try(const std::wstring& file, Attempts& attempts, const std::function<bool()>& stopping) {
     if (!attempts.accepted) {
         const std::optional<std::string> text = m_folder.Read(file);
         if (const auto reason = text ? m_send(*text) : "the file cannot be read, or is too long") {
-            NoteFailure(file, attempts, *reason);
+            if (!stopping()) {  // else the stop may have interrupted it: not an attempt
+                NoteFailure(file, attempts, *reason);
+            }
             return;
         }
         attempts.accepted = true;

@@ -23,7 +23,8 @@ class MailQueue {
     MailQueue(const MailFolder& folder, const IClock& clock, Send send)
         : m_folder(folder), m_clock(clock), m_send(std::move(send)) {}
 
-    // Tries the mails whose time has come, oldest first; none more once `stopping` is true.
+    // Tries the mails whose time has come, oldest first; none more once `stopping` is true. A mail that
+    // fails while it is true stays as it was.
     void Work(const std::function<bool()>& stopping);
 
   private:
@@ -33,7 +34,7 @@ class MailQueue {
         bool accepted = false;   // sent, but the file could not be deleted
     };
 
-    void Try(const std::wstring& file, Attempts& attempts);
+    void Try(const std::wstring& file, Attempts& attempts, const std::function<bool()>& stopping);
     void NoteFailure(const std::wstring& file, Attempts& attempts, const std::string& reason);
 
     const MailFolder m_folder;

@@ -16,6 +16,7 @@
 #include "HostBoard.h"
 #include "HostSettings.h"
 #include "MailDelivery.h"
+#include "MailFolder.h"
 #include "ServerStopEvent.h"
 #include "StopEvent.h"
 #include "StopWatchdog.h"
@@ -43,6 +44,8 @@ int Fail(const std::string& text, int code = kExitFailed) {
 
 int Serve(const EntryPoints& library, const Options& options, const CommandHostOptions& settings, const StopEvent& stop,
           HostBoard& board) {
+    const std::wstring home = HomeFolder();
+    MailFolder(home).DeleteUnfinished();  // before a command can store a mail
     CommandHost host(library.process, settings, board);
     if (!host.Start()) {
         const DWORD error = GetLastError();
@@ -51,7 +54,7 @@ int Serve(const EntryPoints& library, const Options& options, const CommandHostO
                         ? "another program serves the command pipe"
                         : "cannot create the command pipe (error " + std::to_string(error) + ")");
     }
-    MailDelivery mail(HomeFolder());
+    MailDelivery mail(home);
     mail.Start();
     PrintOut("wrbhost: serving with " + std::to_string(settings.lanes.workers) + " workers\n");
     stop.Wait();

@@ -68,6 +68,13 @@ TEST_F(MailQueueTest, ARefusedMailIsTriedFiveTimes) {
     EXPECT_THAT(Work(), IsEmpty());
 }
 
+TEST_F(MailQueueTest, AnAttemptThatTheStopInterruptsDoesNotCount) {
+    m_refused = "first";
+    m_queue.Work([this] { return !m_sent.empty(); });
+    EXPECT_THAT(m_sent, ElementsAre("first"));
+    EXPECT_THAT(Work(), ElementsAre("first", "second"));
+}
+
 TEST_F(MailQueueTest, AMailThatCannotBeDeletedIsNotSentTwice) {
     const FileHandle open(CreateFileW((m_home / L"Temp\\Mail\\1.eml").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                                       OPEN_EXISTING, 0, nullptr));
