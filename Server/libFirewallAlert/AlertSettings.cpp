@@ -2,8 +2,10 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <iterator>
 
+#include "IniValues.h"
 #include "MailText.h"
 #include "Text.h"
 
@@ -11,10 +13,9 @@ namespace wrb {
 namespace {
 
 constexpr wchar_t kSection[] = L"Firewall Alert";
-constexpr uint32_t kTextCapacity = 8192;
 constexpr std::size_t kMostRecipients = 100;  // what every mail server has to accept
-constexpr uint32_t kDefaultWindow = 3600;
-constexpr uint32_t kLongestWindow = 24 * 60 * 60;
+constexpr int32_t kDefaultWindow = 3600;
+constexpr int32_t kLongestWindow = 24 * 60 * 60;
 constexpr uint32_t kSmtpPort = 25;
 
 }  // namespace
@@ -24,8 +25,8 @@ bool AlertSettings::IsEnabled() const {
 }
 
 AlertLimits AlertSettings::Limits() const {
-    const uint32_t window = Number(L"WindowInSec", kDefaultWindow);
-    return {window >= 1 && window <= kLongestWindow ? window : kDefaultWindow,
+    const auto window = static_cast<int32_t>(Number(L"WindowInSec", kDefaultWindow));
+    return {static_cast<uint32_t>(window < 1 ? kDefaultWindow : std::min(window, kLongestWindow)),
             {Number(L"IntrusionThreshold", 0), Number(L"RuleThreshold", 0), Number(L"TotalThreshold", 0)}};
 }
 
@@ -68,9 +69,7 @@ uint32_t AlertSettings::Number(const wchar_t* key, int32_t defaultValue) const {
 }
 
 std::wstring AlertSettings::Text(const wchar_t* key) const {
-    wchar_t text[kTextCapacity] = L"";
-    m_scanIni.readINIString(text, kSection, key, L"", kTextCapacity);
-    return text;
+    return ReadIniText(m_scanIni, kSection, key);
 }
 
 std::wstring ComputerName() {

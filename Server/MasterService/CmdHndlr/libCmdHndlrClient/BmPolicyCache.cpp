@@ -4,6 +4,7 @@
 
 #include "DebugLog.h"
 #include "INICache.h"
+#include "IniValues.h"
 #include "Text.h"
 
 wrb::BmPolicyCache* g_pBmPolicyCache = nullptr;
@@ -12,14 +13,10 @@ namespace {
 
 constexpr wchar_t kSection[] = L"VEXOR_BMPolicy";
 
-constexpr uint32_t kIdCapacity = 256;
-
 tagVEXORPolicyItem ReadPolicy(int32_t index) {
     const auto key = [index](const wchar_t* format) { return wrb::FormatWide(format, index); };
     tagVEXORPolicyItem policy;
-    wchar_t id[kIdCapacity] = {};
-    ServerIniCache().readINIString(id, kSection, key(L"PolicyId%d").c_str(), L"", kIdCapacity);
-    policy.policyId = id;
+    policy.policyId = wrb::ReadIniText(ServerIniCache(), kSection, key(L"PolicyId%d").c_str());
     policy.action = ServerIniCache().readINIInt(kSection, key(L"Action%d").c_str(), 0);
     policy.enable = ServerIniCache().readINIInt(kSection, key(L"Enable%d").c_str(), 0) != 0;
     return policy;
