@@ -109,7 +109,7 @@ void Ledger::Book(std::vector<Entry>& sure, std::vector<Entry>& unsure, const Up
     m_interrupted += m_hostWasKilled && !m_presence.HostStayed(upload.sent) ? items : 0;
 }
 
-// An upload is done when its package has been deleted.
+// An upload is done when its package has been deleted: the host has sent all of it.
 void Ledger::Sort() {
     Move(m_open, m_done, [](const Entry& entry) { return !std::filesystem::exists(entry.upload.package); });
 }
@@ -121,12 +121,14 @@ void Ledger::Begin(Cut cut, PresenceLog& leaves) {
     const std::size_t othersBefore = m_unsureRestores.size() + m_unsureSpyware.size();
     std::vector<Entry> unsure;
     m_open.swap(unsure);
-    if (cut != Cut::Stop) {
-        const auto isRecent = [now = GetTickCount64()](const Entry& entry) {
-            return now - entry.answered < kRecentMilliseconds;
-        };
+    const auto isRecent = [now = GetTickCount64()](const Entry& entry) {
+        return now - entry.answered < kRecentMilliseconds;
+    };
+    if (cut == Cut::Full || cut == Cut::BackEndKilled) {
         Move(m_done, unsure, isRecent);
         Move(m_restores, m_unsureRestores, isRecent);
+    }
+    if (cut != Cut::Stop) {
         Move(m_spyware, m_unsureSpyware, isRecent);
     }
     if (cut == Cut::HostKilled) {

@@ -70,6 +70,8 @@ void Operator::ReadCounters() {
     for (uint32_t row = 0; row < kRows; ++row) {
         m_calls[row] += m_counters->Slot(row).calls;
     }
+    const Undelivered lost = m_counters->Undelivered();
+    m_undelivered += uint64_t{lost.rows} + lost.events;
     m_counters.reset();
 }
 

@@ -45,8 +45,9 @@ class Operator {
     // The calls that were counted of each command of the table, over all starts of the host.
     uint32_t Calls(uint32_t row) const { return m_calls[row]; }
 
-    // Rows of records that were acknowledged and that the services, stopped by now, have counted as lost.
-    uint64_t RowsCountedAsLost() const { return m_backEnd.Total(" lost; log"); }
+    // Rows and events that the library could not hand over, and those that back ends accepted and could not store. To
+    // be called when both programs are stopped.
+    uint64_t CountedAsLost() const { return m_undelivered + m_backEnd.Total(" lost; log"); }
 
   private:
     static constexpr std::size_t kRows = static_cast<std::size_t>(CommandSlot::kCount);
@@ -59,6 +60,7 @@ class Operator {
     Service m_backEnd;
     std::unique_ptr<CounterReader> m_counters;
     std::array<uint32_t, kRows> m_calls{};
+    uint64_t m_undelivered = 0;
 };
 
 }  // namespace wrb::soak

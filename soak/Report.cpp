@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <utility>
 
 #include "Console.h"
 
@@ -98,6 +97,17 @@ bool PrintFlatness(const Flatness& flat) {
     return good;
 }
 
+// The counts of those that were stopped; a killed program leaves none.
+void PrintServices(const Operator& services) {
+    const Service& host = services.Host();
+    const Service& backEnd = services.BackEnd();
+    Line("wrbhost  stopped %u times, killed %u times; refused %llu, threw %llu, dropped %llu, turned away %llu\n",
+         host.Stops(), host.Kills(), Number(host.Total("refused ")), Number(host.Total("threw ")),
+         Number(host.Total("dropped ")), Number(host.Total("turned away ")));
+    Line("wrbback  stopped %u times, killed %u times; refused %llu requests, lost %llu rows\n", backEnd.Stops(),
+         backEnd.Kills(), Number(backEnd.Total(" refused, ")), Number(backEnd.Total(" lost; log")));
+}
+
 bool PrintFaults(const std::vector<std::string>& faults) {
     for (std::size_t i = 0; i < std::min(faults.size(), kMostFaults); ++i) {
         PrintOut("FAULT: " + faults[i] + "\n");
@@ -115,9 +125,7 @@ bool PrintReport(Field& field, const Tally& tally, const Operator& services, con
     for (const Flatness& flat : result.flatness) {
         good = PrintFlatness(flat) && good;
     }
-    for (const auto& [name, service] : {std::pair("wrbhost", &services.Host()), {"wrbback", &services.BackEnd()}}) {
-        Line("%-8s stopped %u times, killed %u times\n", name, service->Stops(), service->Kills());
-    }
+    PrintServices(services);
     for (const auto& faults : {field.WrongNotes(), result.ledger.faults, result.faults}) {
         good = PrintFaults(faults) && good;
     }

@@ -108,7 +108,7 @@ bool SoakRun::Run() {
     result.seconds = elapsed.count();
     m_services->StopHost();
     m_services->StopBackEnd();
-    result.ledger = m_field->ledger.Check(m_database, m_services->RowsCountedAsLost());
+    result.ledger = m_field->ledger.Check(m_database, m_services->CountedAsLost());
     CheckCounters(result.faults);
     CheckTotals(result.faults);
     result.filesLeft = CheckWhatIsLeft(result.faults);
