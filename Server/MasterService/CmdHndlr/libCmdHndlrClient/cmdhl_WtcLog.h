@@ -17,7 +17,7 @@ inline constexpr uint32_t kWtcWaitMilliseconds = 3000;
 }  // namespace wrb
 
 // Appends one record when the setting "GLNFeedbackEnabled" is on. A log of "GLNFeedbackMaxSizeInK" is first renamed to
-// "wtc.log.1", in place of the one that has that name; where that fails, the record is lost. The log is shared with other programs of the server,
-// under the mutex "wrby_wtc_mutex". Any thread.
+// "wtc.log.1", in place of the one that has that name; where that fails, the record is lost. The log is shared with
+// other programs of the server, under the mutex "wrby_wtc_mutex". Any thread.
 wrb::WtcAppend cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid,
                                      uint32_t waitMilliseconds = wrb::kWtcWaitMilliseconds);
