@@ -136,6 +136,8 @@ TEST_F(Records, OnlyWholeAndRightMessagesBecomeRows) {
     const std::pair<const wchar_t*, std::string> kGood[] = {
         {kLogPoolPipe, LogMessage(kSendCfwLog, kCfwRow)},
         {kLogPoolPipe, LogMessage(kSendRestoreLog, kRestoreRow)},
+        {kLogPoolPipe,
+         LogMessage(kSendRestoreLog, Replaced(kRestoreRow, R"("u")", '"' + std::string(4096, 'u') + '"'))},
         {kQmAgentPipe, AgentText(L"CMDHQM_SEND_FIREWALL_LOG\tu\t1706745599\tl\tr\t1\t2\t3\t4\t5\t0\tpath\tin\tfo")},
         {kQmAgentPipe, AgentText(L"CMDHQM_EVENT_RTS_STATUS_CHANGE\t4294967295")},
         {kWrbServerPipe, BytesOf(CMsgSerializer(kWrbSpywareLogEvent) << 2)},
@@ -183,10 +185,11 @@ TEST_F(Records, OnlyWholeAndRightMessagesBecomeRows) {
     }
     SendBytes(kLogPoolPipe, LogMessage(kSendCfwLog, kCfwRow));  // it still serves
     m_server->Stop();
-    EXPECT_EQ(CounterOf(*m_server), "6 stored, " + std::to_string(bad.size()) + " refused, 0 lost")
+    EXPECT_EQ(CounterOf(*m_server), "7 stored, " + std::to_string(bad.size()) + " refused, 0 lost")
         << WideToUtf8(m_notes);
     EXPECT_NE(m_notes.find(L"log pool: refused a message of process"), std::wstring::npos);
     EXPECT_NE(m_notes.find(L"\"PORT\" is not a whole number from 0 to 65535"), std::wstring::npos);
+    EXPECT_EQ(OpenStore(Database())->NumberOf("SELECT max(length(UID)) FROM TBL_RESTORE_LOG"), 36);
 }
 
 TEST_F(Records, NothingThatWasTakenIsLostAcrossAStopAndALockedFile) {

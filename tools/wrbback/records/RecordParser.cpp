@@ -2,10 +2,12 @@
 
 #include <json/reader.h>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 
+#include "AgentUid.h"
 #include "Clock.h"
 #include "LogPoolRecord.h"
 #include "MsgSerializer.h"
@@ -107,6 +109,10 @@ Record RecordOf(const RecordTable& table, const Json::Value& columns) {
         std::optional<RecordValue> value = ValueOf(Member(columns, column.name));
         if (!value || !FitsColumn(column.kind, *value)) {
             Refuse(std::string("\"") + column.name + "\" is not " + DescribeColumnKind(column.kind));
+        }
+        if (column.kind == ColumnKind::Uid) {
+            auto& uid = std::get<std::wstring>(*value);
+            uid.resize(std::min(uid.size(), kUidCharacters));
         }
         record.values.push_back(std::move(*value));
     }

@@ -6,14 +6,21 @@ namespace wrb {
 namespace {
 
 constexpr RecordColumn kCfwLogColumns[] = {
-    {"UID", ColumnKind::Text},           {"DATE", ColumnKind::Date},     {"LOCAL_HOST", ColumnKind::Address},
-    {"REMOTEHOST", ColumnKind::Address}, {"PROTOCOL", ColumnKind::Word}, {"TYPE", ColumnKind::Word},
-    {"SUBTYPE", ColumnKind::Word},       {"PORT", ColumnKind::Word},     {"DIRECTION", ColumnKind::Word},
-    {"PV_NAME", ColumnKind::Text},       {"LOG_TYPE", ColumnKind::Word},
+    {"UID", ColumnKind::Uid},
+    {"DATE", ColumnKind::Date},
+    {"LOCAL_HOST", ColumnKind::Address},
+    {"REMOTEHOST", ColumnKind::Address},
+    {"PROTOCOL", ColumnKind::Word},
+    {"TYPE", ColumnKind::Word},
+    {"SUBTYPE", ColumnKind::Word},
+    {"PORT", ColumnKind::Word},
+    {"DIRECTION", ColumnKind::Word},
+    {"PV_NAME", ColumnKind::Text},
+    {"LOG_TYPE", ColumnKind::Word},
 };
 
 constexpr RecordColumn kRestoreLogColumns[] = {
-    {"LOGID", ColumnKind::Text},      {"UID", ColumnKind::Text},      {"RECV_TIME", ColumnKind::Date},
+    {"LOGID", ColumnKind::Text},      {"UID", ColumnKind::Uid},       {"RECV_TIME", ColumnKind::Date},
     {"LOG_TYPE", ColumnKind::Number}, {"RESULT", ColumnKind::Number},
 };
 
@@ -61,13 +68,14 @@ bool FitsColumn(ColumnKind kind, const RecordValue& value) {
                (kind == ColumnKind::Number && *number >= INT32_MIN && *number <= INT32_MAX);
     }
     const std::wstring& text = std::get<std::wstring>(value);
-    return (kind == ColumnKind::Text && text.size() <= kLongestRecordText) ||
+    return ((kind == ColumnKind::Text || kind == ColumnKind::Uid) && text.size() <= kLongestRecordText) ||
            (kind == ColumnKind::Date && IsDate(text)) || (kind == ColumnKind::Address && IsAddress(text));
 }
 
 const char* DescribeColumnKind(ColumnKind kind) {
     switch (kind) {
         case ColumnKind::Text:
+        case ColumnKind::Uid:
             return "a text of at most 4096 characters";
         case ColumnKind::Date:
             return "a date and time such as \"2024-01-31 23:59:59\"";

@@ -13,6 +13,7 @@ namespace wrb {
 
 enum class ColumnKind : uint8_t {
     Text,     // at most kLongestRecordText characters
+    Uid,      // a text of which kUidCharacters count (AgentUid.h)
     Date,     // "YYYY-MM-DD hh:mm:ss"
     Address,  // 32 upper-case hexadecimal digits: the 16 bytes of an IPv6 address
     Word,     // 0 ... 65535
