@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <new>
@@ -71,46 +72,46 @@ RecordWriter::RecordWriter(Options options)
     : m_options(std::move(options)), m_store(m_options.database, 1), m_thread([this] { Work(); }) {}
 
 bool RecordWriter::Put(Record record) {
-    {
-        std::unique_lock lock(m_lock);
-        const auto settled = [this] { return !m_refusal.empty() || m_queue.size() < kMostQueued; };
-        if (!m_changed.wait_for(lock, kLongestPut, settled)) {
-            m_refusal = L"the database has taken none for ten seconds";
-        }
-        if (!m_refusal.empty()) {
-            CountRefused();
-            return false;
-        }
-        m_queue.push_back(std::move(record));
+    std::unique_lock lock(m_lock);
+    const auto settled = [this] { return !m_refusal.empty() || m_queue.size() < kMostQueued; };
+    if (!m_changed.wait_for(lock, kLongestPut, settled)) {
+        m_refusal = L"the database has taken none for ten seconds";
     }
-    m_changed.notify_all();
-    return true;
-}
-
-// With the lock, as the next one.
-void RecordWriter::CountRefused() noexcept {
+    if (m_refusal.empty()) {
+        m_queue.push_back(std::move(record));
+        m_changed.notify_all();
+        return true;
+    }
     ++m_lost;
     ++m_refused;
     if (GetTickCount64() >= m_tellAfter) {
-        TellRefused();
+        TellRefused(lock, std::wstring(m_refusal));
     }
+    return false;
 }
 
-void RecordWriter::TellRefused() noexcept {
+// Unlocks before it tells: a screen may block.
+void RecordWriter::TellRefused(std::unique_lock<std::mutex>& lock, const std::wstring& why) noexcept {
     m_tellAfter = GetTickCount64() + kTellMilliseconds;
-    Tell(m_options.alarm, std::exchange(m_refused, 0), L"are refused", m_refusal);
+    const uint64_t rows = std::exchange(m_refused, 0);
+    lock.unlock();
+    Tell(m_options.alarm, rows, L"are refused", why);
 }
 
-// No error: records are taken again, and the rest of the refused ones is told.
-void RecordWriter::SetRefusal(const std::exception* error) {
-    {
-        const std::lock_guard lock(m_lock);
-        if (error == nullptr && m_refused != 0) {
-            TellRefused();
-        }
-        m_refusal = error != nullptr ? Utf8ToWide(error->what()) : std::wstring();
-    }
+void RecordWriter::RefuseFromNowOn(const std::exception& error) {
+    const std::lock_guard lock(m_lock);
+    m_refusal = Utf8ToWide(error.what());
     m_changed.notify_all();
+}
+
+// And tells the rest of the refused rows.
+void RecordWriter::TakeAgain() noexcept {
+    std::unique_lock lock(m_lock);
+    const std::wstring why = std::exchange(m_refusal, std::wstring());
+    m_changed.notify_all();
+    if (m_refused != 0) {
+        TellRefused(lock, why);
+    }
 }
 
 void RecordWriter::Hurry() {
@@ -147,35 +148,46 @@ void RecordWriter::Work() {
 }
 
 void RecordWriter::StoreOrLose(const Batch& batch) {
+    std::wstring why;
+    if (Store(batch, why)) {
+        return;
+    }
+    const auto isLost = [&](const Record& row) { return GetTickCount64() >= m_giveUpAt || !Store({&row, 1}, why); };
+    if (const auto lost = std::ranges::count_if(batch, isLost); lost != 0) {
+        m_lost += static_cast<uint64_t>(lost);
+        Tell(m_options.alarm, static_cast<uint64_t>(lost), L"are lost", why);
+    }
+}
+
+// All of the rows or, for the reason that `why` then tells, none of them.
+bool RecordWriter::Store(std::span<const Record> rows, std::wstring& why) {
     for (bool noted = false;;) {
         try {
-            m_store.Run([&batch, this](SqlDb& db) { StoreOnce(db, batch); });
-            m_stored += batch.size();
-            SetRefusal(nullptr);
-            return;
+            m_store.Run([rows, this](SqlDb& db) { StoreOnce(db, rows); });
+            m_stored += rows.size();
+            TakeAgain();
+            return true;
         } catch (const std::exception& error) {
-            const bool again = MayPass(error) && GetTickCount64() < m_giveUpAt;
-            if (!again) {
-                SetRefusal(nullptr);  // the next batch finds out whether the database takes records
-                m_lost += batch.size();
-                Tell(m_options.alarm, batch.size(), L"are lost", Utf8ToWide(error.what()));
-                return;
+            if (!MayPass(error) || GetTickCount64() >= m_giveUpAt) {
+                TakeAgain();  // the next batch finds out whether the database takes records
+                why = Utf8ToWide(error.what());
+                return false;
             }
             if (!std::exchange(noted, true)) {
-                Tell(m_options.note, batch.size(), L"have to wait", Utf8ToWide(error.what()));
+                Tell(m_options.note, rows.size(), L"have to wait", Utf8ToWide(error.what()));
             }
             if (IsFull(error)) {
-                SetRefusal(&error);
+                RefuseFromNowOn(error);
             }
         }
         std::this_thread::sleep_for(kRest);
     }
 }
 
-void RecordWriter::StoreOnce(SqlDb& db, const Batch& batch) const {
+void RecordWriter::StoreOnce(SqlDb& db, std::span<const Record> rows) const {
     SqlTransaction transaction(db);
     std::set<const RecordTable*> touched;
-    for (const Record& record : batch) {
+    for (const Record& record : rows) {
         Insert(db, record);
         touched.insert(record.table);
     }

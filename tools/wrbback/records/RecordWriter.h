@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <thread>
 #include <vector>
@@ -25,7 +26,7 @@ class RecordWriter {
         std::wstring database;  // its address, see SqlAddress.h
         int64_t keep = 0;       // the latest rows of each table that stay; 0: all
         Note note;              // what passes by itself
-        Note alarm;             // rows that are refused or lost
+        Note alarm;             // rows that are refused or lost; called from any thread
     };
 
     explicit RecordWriter(Options options);  // throws SqlError, see Store.h
@@ -36,8 +37,8 @@ class RecordWriter {
     // From any thread. At most 500 records wait: while so many do, this waits too, and the senders find the pipe busy.
     // False: the record is refused and counted as lost. Records are refused from the moment when the disk is full, or
     // has had this wait for ten seconds, until the database takes records again. A record that is taken is tried again
-    // and again while the database is locked or away, or disk or memory full. It may be stored twice when a server goes
-    // during the commit.
+    // and again while the database is locked or away, or disk or memory full. When the database refuses a row for
+    // another reason, only that row is lost. A record may be stored twice when a server goes during the commit.
     bool Put(Record record);
 
     // From now on such a database is tried for one minute more: what has not been stored then is lost, and counted.
@@ -55,10 +56,11 @@ class RecordWriter {
 
     void Work();
     void StoreOrLose(const Batch& batch);
-    void StoreOnce(SqlDb& db, const Batch& batch) const;
-    void SetRefusal(const std::exception* error);
-    void CountRefused() noexcept;
-    void TellRefused() noexcept;
+    bool Store(std::span<const Record> rows, std::wstring& why);
+    void StoreOnce(SqlDb& db, std::span<const Record> rows) const;
+    void RefuseFromNowOn(const std::exception& error);
+    void TakeAgain() noexcept;
+    void TellRefused(std::unique_lock<std::mutex>& lock, const std::wstring& why) noexcept;
 
     const Options m_options;
     StorePool m_store;  // one connection, of the thread

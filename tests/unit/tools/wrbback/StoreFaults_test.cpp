@@ -123,5 +123,21 @@ TEST_F(RecordFaults, RowsThatAreLostForGoodEndTheRefusal) {
     EXPECT_EQ(writer.Stored(), 1u);
 }
 
+TEST_F(RecordFaults, OneBadRowIsLostAlone) {
+    first->Execute(
+        "CREATE TRIGGER stop BEFORE INSERT ON event WHEN new.name = 'bad' BEGIN SELECT RAISE(ABORT, 'no'); END;"
+        "BEGIN IMMEDIATE");  // the rows wait together
+    for (const wchar_t* name : {L"a", L"b", L"bad", L"c", L"d"}) {
+        EXPECT_TRUE(Put(name));
+    }
+    first->Execute("COMMIT");
+    writer.Finish();
+    EXPECT_EQ(writer.Stored(), 4u);
+    EXPECT_EQ(writer.Lost(), 1u);
+    ASSERT_EQ(alarms.size(), 1u);
+    EXPECT_NE(alarms[0].find(L"records: 1 rows are lost: "), std::wstring::npos) << alarms[0].c_str();
+    EXPECT_EQ(first->NumberOf("SELECT count(*) FROM event WHERE NAME <> 'bad'"), 4);
+}
+
 }  // namespace
 }  // namespace wrb
