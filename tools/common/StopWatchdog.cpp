@@ -2,12 +2,18 @@
 
 #include <windows.h>
 
+#include <future>
 #include <utility>
 
 #include "Console.h"
 #include "ExitCode.h"
 
 namespace wrb {
+namespace {
+
+constexpr std::chrono::milliseconds kLastWordsLimit{200};
+
+}  // namespace
 
 StopWatchdog::StopWatchdog(const StopEvent& stop, std::chrono::milliseconds limit,
                            std::function<std::string()> lastWords)
@@ -26,12 +32,20 @@ void StopWatchdog::Watch(std::chrono::milliseconds limit) {
     std::unique_lock lock(m_mutex);
     if (!m_changed.wait_for(lock, limit, [this] { return m_finished; })) {
         m_stop.GiveUp();
-        try {
-            PrintErr(m_lastWords() + "\n");
-        } catch (...) {
-            // No memory for the line: the exit code tells.
-        }
+        PrintLastWords();
         TerminateProcess(GetCurrentProcess(), kExitTimedOut);
+    }
+}
+
+// On a thread of its own: a write to a pipe that nobody reads does not end.
+void StopWatchdog::PrintLastWords() const noexcept {
+    try {
+        std::packaged_task<void()> print([this] { PrintErr(m_lastWords() + "\n"); });
+        const std::future<void> printed = print.get_future();
+        std::thread(std::move(print)).detach();
+        printed.wait_for(kLastWordsLimit);
+    } catch (...) {
+        // No memory or no thread for the line: the exit code tells.
     }
 }
 

@@ -13,8 +13,10 @@
 namespace wrb {
 
 // The time runs from construction to destruction. When it is over, a thread is blocked (for example on a reply pipe
-// that nobody reads) and cannot be ended safely: the process ends at once, with kExitTimedOut. `lastWords` then tells
-// what is printed; the sender of the stop learns of it by `stop`.
+// that nobody reads) and cannot be ended safely: the process ends, with kExitTimedOut. `lastWords` then tells what is
+// printed, on a thread of its own: the end waits 200 ms for it at most. The sender of the stop learns of it by `stop`.
+//
+// Make it before the first text of the stop is printed: a standard stream that nobody reads blocks the program, too.
 class StopWatchdog {
   public:
     StopWatchdog(const StopEvent& stop, std::chrono::milliseconds limit, std::function<std::string()> lastWords);
@@ -24,6 +26,7 @@ class StopWatchdog {
 
   private:
     void Watch(std::chrono::milliseconds limit);
+    void PrintLastWords() const noexcept;
 
     const StopEvent& m_stop;
     const std::function<std::string()> m_lastWords;

@@ -97,9 +97,9 @@ int RunServices(const ServeOptions& options, const LogSettings& settings, const 
     }
     PrintOut("wrbback: ready\n");
     stop.Wait();
-    PrintOut("wrbback: stopping\n");
     const StopWatchdog watchdog(stop, stop.Limit(kStopLimit),
                                 [] { return "wrbback: a service is still busy; giving up"; });
+    PrintOut("wrbback: stopping\n");
     records.Stop();
     db.Stop();
     log.Stop();

@@ -58,10 +58,10 @@ int Serve(const EntryPoints& library, const Options& options, const CommandHostO
     mail.Start();
     PrintOut("wrbhost: serving with " + std::to_string(settings.lanes.workers) + " workers\n");
     stop.Wait();
-    PrintOut("wrbhost: stopping\n");
     const auto limit = stop.Limit(std::chrono::seconds(options.timeoutSeconds.value_or(kStopSeconds)));
     const StopWatchdog watchdog(stop, limit,
                                 [&] { return "wrbhost: a command is still running; giving up; " + board.Text(); });
+    PrintOut("wrbhost: stopping\n");
     mail.Stop();  // first: then the commands have nearly all of the time
     host.Stop(limit);
     library.finalize();
