@@ -78,12 +78,13 @@ void TakeUpload(const SpywareUpload& kind, CCmdProtocol& message) {
         return;
     }
     package.CloseFolder();
+    wrb::Undelivered lost;
     if (kind.isLog) {
-        cmdhl_ScanSpywareLogDir(wrb::WideToAnsi(package.Folder()).c_str());
+        cmdhl_ScanSpywareLogDir(wrb::WideToAnsi(package.Folder()).c_str(), &lost);
     }
-    const bool isTold = wrbSetSpywareLogEvent(kind.event) == 1;
+    lost.events = wrbSetSpywareLogEvent(kind.event) == 1 ? 0 : 1;
     wrb::ReplyOrLog(kind.name, replyPipe, kind.successAnswer);
-    wrb::ReportUndelivered(call, kind.name, uid, {.events = isTold ? 0u : 1u});
+    wrb::ReportUndelivered(call, kind.name, uid, lost);
     if (const DWORD error = package.Delete(); error != ERROR_SUCCESS) {
         WRB_LOG(kLogDebug8, L"%s: DeleteFile(%s) fail err=%d", kind.name, fileName.c_str(), error);
     }

@@ -42,8 +42,8 @@ class SpywareLogWalk {
   public:
     explicit SpywareLogWalk(HANDLE stopEvent) : m_stopEvent(stopEvent), m_names(kNamesCharacters + 2) {}
 
-    // Walks the folder, then logs the number of records dropped.
-    void Walk(const std::wstring& folder);
+    // Walks the folder, then logs the number of records dropped. Returns the number that the stop left out.
+    unsigned Walk(const std::wstring& folder);
 
   private:
     // Each returns false to end the walk. The length of a path bounds the depth.
@@ -52,20 +52,23 @@ class SpywareLogWalk {
     bool RecordLog(const std::wstring& path);
     bool RecordEntry(const std::wstring& path, const wchar_t* name, const wchar_t* guid);
 
-    bool IsStopped() const { return WaitForSingleObject(m_stopEvent, 0) != WAIT_TIMEOUT; }
+    void TestStop() { m_isStopped = m_isStopped || WaitForSingleObject(m_stopEvent, 0) != WAIT_TIMEOUT; }
 
     HANDLE m_stopEvent;
+    bool m_isStopped = false;  // from then on entries are only counted
     unsigned m_entries = 0;
     unsigned m_dropped = 0;
+    unsigned m_leftOut = 0;
     std::vector<wchar_t> m_names;  // of one file; two NULs always end it
 };
 
-void SpywareLogWalk::Walk(const std::wstring& folder) {
+unsigned SpywareLogWalk::Walk(const std::wstring& folder) {
     WalkFolder(folder);
     if (m_dropped != 0) {
         WRB_LOG(kLogWarning, L"%s - %u records dropped, the feedback log was busy: %s", kFunction, m_dropped,
                 folder.c_str());
     }
+    return m_leftOut != 0 && wrb::IsFeedbackLogOn() ? m_leftOut : 0;
 }
 
 bool SpywareLogWalk::WalkFolder(const std::wstring& folder) {
@@ -79,9 +82,10 @@ bool SpywareLogWalk::WalkFolder(const std::wstring& folder) {
         if (name == L"." || name == L"..") {
             continue;
         }
-        if (!VisitEntry(folder + L"\\" + entry.cFileName, entry) || IsStopped()) {
+        if (!VisitEntry(folder + L"\\" + entry.cFileName, entry)) {
             return false;
         }
+        TestStop();
     } while (FindNextFileW(found.Get(), &entry));
     return true;
 }
@@ -123,10 +127,15 @@ bool SpywareLogWalk::RecordEntry(const std::wstring& path, const wchar_t* name, 
         return false;
     }
     ++m_entries;
+    if (m_isStopped) {
+        ++m_leftOut;
+        return true;
+    }
     const wrb::WtcAppend result =
         cmdhl_AppendWtcRecord(name, guid, m_dropped < kMostWaits ? wrb::kWtcWaitMilliseconds : 0);
     m_dropped += result == wrb::WtcAppend::Busy ? 1 : 0;
-    return result != wrb::WtcAppend::NoHome && !IsStopped();
+    TestStop();
+    return result != wrb::WtcAppend::NoHome;
 }
 
 // For the profile functions a relative path starts in the Windows folder.
@@ -139,7 +148,7 @@ std::wstring FullPath(const char* directory) {
 
 }  // namespace
 
-void cmdhl_ScanSpywareLogDir(const char* directory) {
+void cmdhl_ScanSpywareLogDir(const char* directory, wrb::Undelivered* lost) {
     // Without an open descriptor the mutex of the feedback log cannot be shared.
     wrb::OpenSecurity security;
     if (wrb::InitOpenSecurity(security) != nullptr) {
@@ -148,6 +157,9 @@ void cmdhl_ScanSpywareLogDir(const char* directory) {
     const wrb::KernelHandle stopEvent(OpenEventW(EVENT_ALL_ACCESS, FALSE, wrb::kServerStopEvent));
     const std::wstring folder = FullPath(directory);
     if (stopEvent && !folder.empty()) {
-        SpywareLogWalk(stopEvent.Get()).Walk(folder);
+        const unsigned leftOut = SpywareLogWalk(stopEvent.Get()).Walk(folder);
+        if (lost != nullptr) {
+            lost->rows += leftOut;
+        }
     }
 }

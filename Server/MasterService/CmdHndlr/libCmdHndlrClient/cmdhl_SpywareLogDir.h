@@ -1,11 +1,13 @@
 // The walk over an unpacked spyware log package.
 #pragma once
 
+#include "HandlerCounterBlock.h"
+
 // Appends a record to the feedback log (cmdhl_WtcLog.h) for every entry of every log in `directory`, an ANSI path, and
 // in the folders below it. docs/commands.md gives the form of a log and what is skipped.
 //
-// Walks nothing while the server is not running (its stop event does not exist). Ends when it finds the stop event
-// signalled, and after the 10,000th entry, with a line in the debug log. A record that finds the feedback log busy for
-// three seconds is dropped; after three such records the others are tried without waiting. One line at the end gives
-// the number dropped.
-void cmdhl_ScanSpywareLogDir(const char* directory);
+// Walks nothing while the server is not running (its stop event does not exist). When it finds the stop event
+// signalled, it appends no more and adds the entries that are left to the rows of `lost`. Ends after the 10,000th
+// entry, with a line in the debug log. A record that finds the feedback log busy for three seconds is dropped; after
+// three such records the others are tried without waiting. One line at the end gives the number dropped.
+void cmdhl_ScanSpywareLogDir(const char* directory, wrb::Undelivered* lost = nullptr);

@@ -90,8 +90,12 @@ bool AppendToFile(const std::wstring& path, const WtcRecord& record, DWORD& erro
 
 }  // namespace
 
+bool wrb::IsFeedbackLogOn() {
+    return ScanIniCache().readINIInt(kSection, L"GLNFeedbackEnabled", 0) != 0;
+}
+
 wrb::WtcAppend cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* guid, uint32_t waitMilliseconds) {
-    if (ScanIniCache().readINIInt(kSection, L"GLNFeedbackEnabled", 0) == 0) {
+    if (!wrb::IsFeedbackLogOn()) {
         return WtcAppend::Done;
     }
     const std::wstring home = wrb::HomeFolder();

@@ -12,6 +12,9 @@ enum class WtcAppend {
     NoHome  // the server has no home folder, so every record will fail
 };
 
+// Whether records are written at all: the setting "GLNFeedbackEnabled".
+bool IsFeedbackLogOn();
+
 inline constexpr uint32_t kWtcWaitMilliseconds = 3000;
 
 }  // namespace wrb

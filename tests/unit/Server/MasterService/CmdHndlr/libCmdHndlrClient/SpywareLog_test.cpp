@@ -111,9 +111,11 @@ TEST_F(SpywareLog, WalkEndsAtItsLimits) {
     ASSERT_TRUE(tooLong) << GetLastError();
     // The bytes recorded and the lines logged, in the alphabet's order.
     using Result = std::pair<std::size_t, std::vector<std::wstring>>;
-    const auto scan = [this](const wchar_t* folder) {
+    wrb::Undelivered lost;
+    const auto scan = [this, &lost](const wchar_t* folder) {
         std::filesystem::remove(m_home / L"temp\\wtc.log");
-        cmdhl_ScanSpywareLogDir((m_home / folder).string().c_str());
+        lost = {};
+        cmdhl_ScanSpywareLogDir((m_home / folder).string().c_str(), &lost);
         Result result(WtcLog().size(), TakeCapturedTexts());
         std::ranges::sort(result.second);
         return result;
@@ -121,6 +123,7 @@ TEST_F(SpywareLog, WalkEndsAtItsLimits) {
     EXPECT_EQ(scan(L"few"), Result(4 * 166, {}));
     SetEvent(m_stop.Get());
     EXPECT_EQ(scan(L"few"), Result(166, {}));
+    EXPECT_EQ(lost.rows, 3u);
     ResetEvent(m_stop.Get());
     const wrb::KernelHandle mutex(CreateMutexW(nullptr, TRUE, L"wrby_wtc_mutex"));
     const std::wstring busy = L"cmdhl_AppendWtcRecord - the feedback log is busy";
