@@ -6,36 +6,47 @@
 #include <atomic>
 
 #include "Handle.h"
+#include "HeldFolder.h"
 #include "SRWLock.h"
 #include "Text.h"
 
 namespace wrb {
 namespace {
 
+constexpr wchar_t kTemp[] = L"Temp";
+constexpr wchar_t kNew[] = L"Temp\\NewMail";
+constexpr wchar_t kMail[] = L"Temp\\Mail";
 constexpr std::wstring_view kWaiting = L".eml";
 constexpr std::wstring_view kFailed = L".failed";
 
 CWrbSRWLock g_storing;  // held from the count of the files until the new one is there
 
-bool IsMail(const std::wstring& name) {
-    return name.ends_with(kWaiting) || name.ends_with(kFailed);
+// A name that NewName makes.
+bool IsNewName(std::wstring_view name) {
+    constexpr std::wstring_view kForm = L"000000000000-xxxxxxxx-xxxxxxxx-xxxxxxxx";
+    return std::ranges::equal(name, kForm, [](wchar_t character, wchar_t form) {
+        const bool isDigit = character >= L'0' && character <= L'9';
+        return form == L'-' ? character == form : isDigit || (form == L'x' && character >= L'a' && character <= L'f');
+    });
+}
+
+bool IsMail(std::wstring_view name) {
+    return (name.ends_with(kWaiting) || name.ends_with(kFailed)) && IsNewName(name.substr(0, name.rfind(L'.')));
 }
 
 // Empty without a home folder: the name alone would mean the current folder.
-std::wstring Below(const std::wstring& folder, const wchar_t* name) {
-    return folder.empty() ? folder : folder + name;
+std::wstring Below(const std::wstring& home, const wchar_t* name) {
+    return home.empty() ? home : home + name + L"\\";
 }
 
-// The plain files of a folder, sorted.
-std::vector<std::wstring> FilesIn(const std::wstring& folder) {
+// The mails of a folder that is held, waiting or failed, sorted.
+std::vector<std::wstring> MailsIn(const std::wstring& folder) {
     std::vector<std::wstring> names;
-    if (folder.empty()) {
-        return names;
-    }
     WIN32_FIND_DATAW found;
     const SearchHandle search(FindFirstFileW((folder + L"*").c_str(), &found));
     for (BOOL more = static_cast<bool>(search); more; more = FindNextFileW(search.Get(), &found)) {
-        if ((found.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == 0) {
+        if ((found.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == 0 &&
+            IsMail(found.cFileName)) {
             names.emplace_back(found.cFileName);
         }
     }
@@ -67,7 +78,7 @@ uint32_t WriteNewFile(const std::wstring& path, std::string_view text) {
 }  // namespace
 
 MailFolder::MailFolder(const std::wstring& homeFolder)
-    : m_temp(Below(homeFolder, L"Temp\\")), m_new(Below(m_temp, L"NewMail\\")), m_mail(Below(m_temp, L"Mail\\")) {}
+    : m_home(homeFolder), m_new(Below(homeFolder, kNew)), m_mail(Below(homeFolder, kMail)) {}
 
 std::wstring MailFolder::NewName(int64_t seconds) {
     static std::atomic<uint32_t> counter{0};
@@ -77,10 +88,15 @@ std::wstring MailFolder::NewName(int64_t seconds) {
 
 uint32_t MailFolder::Store(const std::wstring& name, std::string_view text) const {
     const ExclusiveGuard guard(g_storing);
-    for (const std::wstring& folder : {m_temp, m_new, m_mail}) {
+    for (const std::wstring& folder : {Below(m_home, kTemp), m_new, m_mail}) {
         if (const uint32_t error = CreateFolder(folder); error != ERROR_SUCCESS) {
             return error;
         }
+    }
+    const HeldFolder heldNew(m_home, kNew);
+    const HeldFolder heldMail(m_home, kMail);
+    if (heldNew.Error() != ERROR_SUCCESS || heldMail.Error() != ERROR_SUCCESS) {
+        return heldNew.Error() != ERROR_SUCCESS ? heldNew.Error() : heldMail.Error();
     }
     if (const uint32_t error = MakeRoom(); error != ERROR_SUCCESS) {
         return error;
@@ -98,11 +114,10 @@ uint32_t MailFolder::Store(const std::wstring& name, std::string_view text) cons
 }
 
 uint32_t MailFolder::MakeRoom() const {
-    std::vector<std::wstring> names = FilesIn(m_mail);
-    std::erase_if(names, [](const std::wstring& name) { return !IsMail(name); });
+    const std::vector<std::wstring> names = MailsIn(m_mail);
     std::size_t count = names.size();
     for (auto name = names.begin(); count >= kMostFiles && name != names.end(); ++name) {
-        if (name->ends_with(kFailed) && Delete(*name) == ERROR_SUCCESS) {
+        if (name->ends_with(kFailed) && DeleteFileW((m_mail + *name).c_str())) {
             --count;
         }
     }
@@ -110,12 +125,21 @@ uint32_t MailFolder::MakeRoom() const {
 }
 
 std::vector<std::wstring> MailFolder::Waiting() const {
-    std::vector<std::wstring> names = FilesIn(m_mail);
+    const HeldFolder held(m_home, kMail);
+    if (held.Error() != ERROR_SUCCESS) {
+        return {};
+    }
+    std::vector<std::wstring> names = MailsIn(m_mail);
     std::erase_if(names, [](const std::wstring& name) { return !name.ends_with(kWaiting); });
+    names.resize(std::min(names.size(), kMostFiles));
     return names;
 }
 
 std::optional<std::string> MailFolder::Read(const std::wstring& file) const {
+    const HeldFolder held(m_home, kMail);
+    if (held.Error() != ERROR_SUCCESS) {
+        return std::nullopt;
+    }
     const FileHandle handle(CreateFileW((m_mail + file).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                         FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
     std::string text(kMostBytes + 1, '\0');
@@ -129,10 +153,15 @@ std::optional<std::string> MailFolder::Read(const std::wstring& file) const {
 }
 
 uint32_t MailFolder::Delete(const std::wstring& file) const {
-    return ErrorUnless(DeleteFileW((m_mail + file).c_str()));
+    const HeldFolder held(m_home, kMail);
+    return held.Error() != ERROR_SUCCESS ? held.Error() : ErrorUnless(DeleteFileW((m_mail + file).c_str()));
 }
 
 uint32_t MailFolder::MarkFailed(const std::wstring& file) const {
+    const HeldFolder held(m_home, kMail);
+    if (held.Error() != ERROR_SUCCESS) {
+        return held.Error();
+    }
     const std::wstring path = m_mail + file;
     std::wstring failed = path.substr(0, path.size() - kWaiting.size());
     failed += kFailed;
@@ -140,7 +169,11 @@ uint32_t MailFolder::MarkFailed(const std::wstring& file) const {
 }
 
 void MailFolder::DeleteUnfinished() const {
-    for (const std::wstring& name : FilesIn(m_new)) {
+    const HeldFolder held(m_home, kNew);
+    if (held.Error() != ERROR_SUCCESS) {
+        return;
+    }
+    for (const std::wstring& name : MailsIn(m_new)) {
         DeleteFileW((m_new + name).c_str());
     }
 }

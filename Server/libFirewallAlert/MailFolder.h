@@ -1,7 +1,8 @@
 // The folder of mails that wait for their delivery: Temp\Mail in the home folder, one file a mail.
 //
 // The command library stores mails, wrbhost delivers them. A name begins with the time at which it was made, so that
-// the oldest sorts first. ".eml" waits, ".failed" is kept for the administrator. Only plain files count.
+// the oldest sorts first. ".eml" waits, ".failed" is kept for the administrator. Only plain files with such names
+// count, and none in a folder that is a link (HeldFolder.h): others can write to the folders.
 #pragma once
 
 #include <cstddef>
@@ -29,7 +30,7 @@ class MailFolder {
     // the oldest failed ones are deleted; when all wait, the error is ERROR_NOT_ENOUGH_QUOTA.
     uint32_t Store(const std::wstring& name, std::string_view text) const;
 
-    // The waiting mails as file names, oldest first.
+    // The waiting mails as file names, oldest first, kMostFiles at most.
     std::vector<std::wstring> Waiting() const;
 
     // Nothing: the file cannot be read, or is longer than kMostBytes.
@@ -43,7 +44,7 @@ class MailFolder {
   private:
     uint32_t MakeRoom() const;
 
-    const std::wstring m_temp;
+    const std::wstring m_home;
     const std::wstring m_new;
     const std::wstring m_mail;
 };

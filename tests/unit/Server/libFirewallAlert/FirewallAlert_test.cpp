@@ -14,6 +14,7 @@
 #include "ManualClock.h"
 #include "OnThreads.h"
 #include "ServerHome.h"
+#include "Text.h"
 
 namespace wrb::test {
 namespace {
@@ -175,28 +176,58 @@ TEST(MailText, NothingInjectsAHeader) {
 TEST(MailFolder, TheOldestFailedMailsGiveWay) {
     const TempFolder home;
     const MailFolder folder(home.Path() + L"\\");
-    ASSERT_EQ(folder.Store(L"0", "text"), 0u);
+    const auto name = [](int i) { return FormatWide(L"%012d-00000000-00000000-00000000", i); };
+    ASSERT_EQ(folder.Store(name(0), "text"), 0u);
     const std::filesystem::path mails = home / L"Temp\\Mail";
     for (int i = 1; i < 1000; ++i) {
-        WriteAll(mails / (std::to_string(1000 + i) + (i == 5 || i == 7 ? ".failed" : ".eml")), "");
+        WriteAll(mails / (name(i) + (i == 5 || i == 7 ? L".failed" : L".eml")), "");
     }
-    WriteAll(mails / L"1.txt", "");
-    std::filesystem::create_directory(mails / L"2.eml");
-    EXPECT_EQ(folder.Store(L"a", "text"), 0u);
-    EXPECT_FALSE(std::filesystem::exists(mails / L"1005.failed"));
-    EXPECT_EQ(folder.Store(L"b", "text"), 0u);
-    EXPECT_EQ(folder.Store(L"c", "text"), uint32_t{ERROR_NOT_ENOUGH_QUOTA});
+    const std::filesystem::path unfinished = home / L"Temp\\NewMail";
+    const std::wstring stem = name(4321);
+    const std::wstring foreign[] = {stem,
+                                    stem + L".txt",
+                                    stem + L"0.eml",
+                                    L"0" + stem + L".failed",
+                                    stem.substr(1) + L".eml",
+                                    stem.substr(0, 38) + L"g.eml",
+                                    L"a" + stem.substr(1) + L".failed",
+                                    L"1.eml",
+                                    L".eml",
+                                    L"report.failed"};
+    for (const std::wstring& file : foreign) {
+        WriteAll(mails / file, "");
+        WriteAll(unfinished / file, "");
+    }
+    std::filesystem::create_directory(mails / (stem + L".eml"));
+    EXPECT_EQ(folder.Store(name(2000), "text"), 0u);
+    EXPECT_FALSE(std::filesystem::exists(mails / (name(5) + L".failed")));
+    EXPECT_EQ(folder.Store(name(2001), "text"), 0u);
+    EXPECT_EQ(folder.Store(name(2002), "text"), uint32_t{ERROR_NOT_ENOUGH_QUOTA});
     EXPECT_EQ(folder.Waiting().size(), 1000u);
-    EXPECT_EQ(folder.MarkFailed(L"0.eml"), 0u);
-    EXPECT_EQ(folder.Store(L"c", "new"), 0u);
-    EXPECT_EQ(folder.Read(L"c.eml"), "new");
-    WriteAll(mails / L"c.eml", std::string(MailFolder::kMostBytes + 1, 'x'));
-    EXPECT_FALSE(folder.Read(L"c.eml"));
-    EXPECT_TRUE(std::filesystem::is_empty(home / L"Temp\\NewMail"));
-    WriteAll(home / L"Temp\\NewMail\\half.eml", "");
+    EXPECT_EQ(folder.MarkFailed(name(0) + L".eml"), 0u);
+    EXPECT_EQ(folder.Store(name(2002), "new"), 0u);
+    EXPECT_EQ(folder.Read(name(2002) + L".eml"), "new");
+    WriteAll(mails / (name(2002) + L".eml"), std::string(MailFolder::kMostBytes + 1, 'x'));
+    EXPECT_FALSE(folder.Read(name(2002) + L".eml"));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(unfinished), {}), std::ssize(foreign));
+    const std::filesystem::path half = unfinished / L"001700000000-0000002c-1a2b3c4d-0000000f.eml";
+    EXPECT_EQ(half.stem().wstring().size(), MailFolder::NewName(1'700'000'000).size());
+    WriteAll(half, "");
     folder.DeleteUnfinished();
-    EXPECT_TRUE(std::filesystem::is_empty(home / L"Temp\\NewMail"));
-    EXPECT_NE(MailFolder(L"").Store(L"a", "text"), 0u);
+    EXPECT_FALSE(std::filesystem::exists(half));
+    for (const std::wstring& file : foreign) {
+        EXPECT_TRUE(std::filesystem::exists(mails / file)) << WideToUtf8(file);
+        EXPECT_TRUE(std::filesystem::exists(unfinished / file)) << WideToUtf8(file);
+    }
+    EXPECT_NE(MailFolder(L"").Store(name(2000), "text"), 0u);
+    std::filesystem::remove_all(mails);
+    WriteAll(mails, "no folder");
+    TakeCapturedLog();
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(folder.Store(name(3000 + i), "text"), uint32_t{ERROR_DIRECTORY});
+    }
+    EXPECT_THAT(folder.Waiting(), IsEmpty());
+    EXPECT_EQ(TakeCapturedLog().at(0).level, 'W');
 }
 
 TEST(AlertEvent, AViewerFindsItsTextInTheLibrary) {

@@ -14,10 +14,12 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+const std::wstring kFirst = L"000000000001-00000000-00000000-00000000";
+
 struct MailQueueTest : testing::Test {
     MailQueueTest() {
-        EXPECT_EQ(m_folder.Store(L"1", "first"), 0u);
-        EXPECT_EQ(m_folder.Store(L"2", "second"), 0u);
+        EXPECT_EQ(m_folder.Store(kFirst, "first"), 0u);
+        EXPECT_EQ(m_folder.Store(L"000000000002-00000000-00000000-00000000", "second"), 0u);
         TakeCapturedLog();
     }
 
@@ -27,7 +29,7 @@ struct MailQueueTest : testing::Test {
         m_queue.Work([stopping] { return stopping; });
         return m_sent;
     }
-    bool Exists(const wchar_t* file) const { return std::filesystem::exists(m_home / L"Temp\\Mail" / file); }
+    bool Exists(const std::wstring& file) const { return std::filesystem::exists(m_home / L"Temp\\Mail" / file); }
 
     TempFolder m_home;
     const MailFolder m_folder{m_home.Path() + L"\\"};
@@ -53,17 +55,17 @@ TEST_F(MailQueueTest, ARefusedMailIsTriedFiveTimes) {
     for (const int64_t minutes : {1, 5, 15, 60}) {
         m_clock.AdvanceSeconds(minutes * 60 - 1);
         EXPECT_THAT(Work(), IsEmpty()) << minutes;
-        EXPECT_TRUE(Exists(L"1.eml"));
+        EXPECT_TRUE(Exists(kFirst + L".eml"));
         m_clock.AdvanceSeconds(1);
         EXPECT_THAT(Work(), ElementsAre("first")) << minutes;
     }
-    EXPECT_FALSE(Exists(L"1.eml"));
-    EXPECT_TRUE(Exists(L"1.failed"));
+    EXPECT_FALSE(Exists(kFirst + L".eml"));
+    EXPECT_TRUE(Exists(kFirst + L".failed"));
     std::vector<CapturedLine> lines = TakeCapturedLog();
     std::erase_if(lines, [](const CapturedLine& line) { return line.level != 'E'; });
     EXPECT_THAT(lines,
-                ElementsAre(CapturedLine{
-                    'E', L"MailQueue - the mail 1.eml is given up after 5 attempts, renamed with err=0: refused"}));
+                ElementsAre(CapturedLine{'E', L"MailQueue - the mail " + kFirst +
+                                                  L".eml is given up after 5 attempts, renamed with err=0: refused"}));
     m_clock.AdvanceSeconds(100'000);
     EXPECT_THAT(Work(), IsEmpty());
 }
@@ -76,12 +78,12 @@ TEST_F(MailQueueTest, AnAttemptThatTheStopInterruptsDoesNotCount) {
 }
 
 TEST_F(MailQueueTest, AMailThatCannotBeDeletedIsNotSentTwice) {
-    const FileHandle open(CreateFileW((m_home / L"Temp\\Mail\\1.eml").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                      OPEN_EXISTING, 0, nullptr));
+    const FileHandle open(CreateFileW((m_home / L"Temp\\Mail" / (kFirst + L".eml")).c_str(), GENERIC_READ,
+                                      FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
     EXPECT_THAT(Work(), ElementsAre("first", "second"));
     m_clock.AdvanceSeconds(60);
     EXPECT_THAT(Work(), IsEmpty());
-    EXPECT_TRUE(Exists(L"1.eml"));
+    EXPECT_TRUE(Exists(kFirst + L".eml"));
 }
 
 }  // namespace
