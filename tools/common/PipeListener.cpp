@@ -222,6 +222,11 @@ void PipeListener::OnExpired(PipeInstance& instance) {
 }
 
 void PipeListener::OnStop() {
+    for (const auto& instance : m_instances) {
+        if (instance->state == PipeState::Resting) {  // a client may have connected to it and written meanwhile
+            Arm(*instance);
+        }
+    }
     m_stopping = true;
     ConnectLastClients();
     for (const auto& instance : m_instances) {
