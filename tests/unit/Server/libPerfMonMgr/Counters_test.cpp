@@ -9,6 +9,7 @@
 #include "ChildProcess.h"
 #include "CounterSection.h"
 #include "DebugLog.h"
+#include "FailedCalls.h"
 #include "ManualClock.h"
 #include "PerfMonMgr.h"
 #include "UniqueName.h"
@@ -47,6 +48,25 @@ TEST(CounterSection, RefusesASectionThatIsNoBlockOfThisVersion) {
         EXPECT_EQ(wrb::CounterReader().Attach(error, names.section), result);
         EXPECT_EQ(std::memcmp(view.Get(), &content, sizeof content), 0) << "left as it was";
     }
+}
+
+TEST(CounterSection, ACallOfTheSystemThatFailsLeavesNothingOpen) {
+    const std::wstring names[] = {L"Local\\" + wrb::test::UniqueName(L"section"), wrb::test::UniqueName(L"mutex"),
+                                  wrb::test::UniqueName(L"holder")};
+    wrb::CounterSection section;
+    CounterAttach result{};
+    uint32_t error = 0;
+    const auto open = [&] { result = section.Open({names[0].c_str(), names[1].c_str(), names[2].c_str()}, error); };
+    const auto check = [&] {
+        const bool attached = section.Block() != nullptr;
+        EXPECT_EQ(result, attached ? CounterAttach::Attached : CounterAttach::Failed);
+        EXPECT_EQ(section.Mutex() != nullptr, attached);
+        EXPECT_EQ(error == 0, attached);
+        section.Close();
+    };
+    EXPECT_EQ(wrb::test::FailEachCall({"CreateMutexW", "CreateFileMappingW", "MapViewOfFile", "CreateEventW"},
+                                      wrb::test::FailsOn::ThisThread, open, check),
+              8u);
 }
 
 class CounterScope : public testing::Test {

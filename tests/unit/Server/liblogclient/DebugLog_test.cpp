@@ -8,6 +8,7 @@
 #include <regex>
 
 #include "AllocationCount.h"
+#include "FailedCalls.h"
 #include "FakeDbService.h"
 #include "FakePipeService.h"
 #include "LogBreaker.h"
@@ -225,6 +226,23 @@ TEST_F(DebugLogTest, AnExternalLibraryGetsTheLinesInsteadOfTheService) {
     EXPECT_THAT(g_calls, testing::ElementsAre(L"ini debug.ini", L"x.cpp|12|69|" + prefix + L"wide 1",
                                               L"y.cpp|13|8|" + prefix + L"narrow"));
     EXPECT_EQ(m_service.WaitFor(1).size(), 1u);
+}
+
+TEST_F(DebugLogTest, ACallOfTheSystemThatFailsLosesOneLineWhichIsCounted) {
+    unsigned lines = 0;
+    const auto write = [&] {
+        ++lines;
+        DebugLog(kLogInfo, L"x.cpp", 1, L"line");
+    };
+    const unsigned failures =
+        FailEachCall({"CreateFileW", "SetNamedPipeHandleState", "WriteFile"}, FailsOn::ThisThread, write, write);
+    EXPECT_GE(failures, 6u);
+    const auto texts = m_service.WaitFor(lines + 4);  // where one of the last two fails, nothing is written
+    const auto ending = [&](const wchar_t* end) {
+        return std::ranges::count_if(texts, [end](const Received& line) { return line.Text().ends_with(end); });
+    };
+    EXPECT_EQ(ending(L"]1 log lines lost"), failures);
+    EXPECT_EQ(ending(L"]line"), lines - failures);
 }
 
 TEST_F(DebugLogTest, KeepsTheLastError) {

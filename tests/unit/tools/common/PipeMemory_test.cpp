@@ -1,7 +1,8 @@
-// What a listener does when there is no memory.
+// What a listener does when there is no memory, and when calls of the system fail.
 #include <gmock/gmock.h>
 
 #include "AllocationCount.h"
+#include "FailedCalls.h"
 #include "FakePipeService.h"
 #include "MemoryBudget.h"
 #include "OnThreads.h"
@@ -128,6 +129,36 @@ TEST_F(PipeMemory, AListenerThatCannotAllocateDoesNotStart) {
         }
         EXPECT_EQ(GetLastError(), DWORD{ERROR_NOT_ENOUGH_MEMORY});
     }
+}
+
+// Each call of the listener's own threads fails once: it does not start, or one message is dropped at most.
+TEST_F(PipeMemory, ACallOfTheSystemThatFailsCostsOneMessageAtMost) {
+    uint64_t mayDrop = 1;
+    const auto serve = [&] {
+        PipeListener listener(options, [](const std::string&) {});
+        if (!listener.Start()) {
+            EXPECT_EQ(GetLastError(), FailedCall::kError);
+            EXPECT_EQ(mayDrop, 1u);
+            return;
+        }
+        for (int i = 0; i < 3; ++i) {
+            Send(kMiddle);
+        }
+        listener.Stop();
+        const PipeListenerCounters counters = listener.Counters();
+        EXPECT_LE(counters.accepted, 3u);
+        EXPECT_GE(counters.accepted + counters.dropped, 3u) << "the connection that the stop makes may be dropped";
+        EXPECT_LE(counters.dropped, mayDrop);
+    };
+    const auto serveWell = [&] {
+        mayDrop = 0;
+        serve();
+        mayDrop = 1;
+    };
+    EXPECT_GE(FailEachCall({"CreateNamedPipeW", "CreateIoCompletionPort", "SetFileCompletionNotificationModes",
+                            "ConnectNamedPipe", "ReadFile", "PostQueuedCompletionStatus", "CreateFileW"},
+                           FailsOn::OtherThreads, serve, serveWell),
+              30u);
 }
 
 }  // namespace
