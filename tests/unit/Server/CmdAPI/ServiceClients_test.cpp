@@ -154,9 +154,11 @@ TEST(ServiceClients, AnAbsentServiceIsOneLineInTheNameOfItsModule) {
         {[] { return dbSetRestoreLogW(nullptr, 0, 0); }, pool, poolClient},
         {[&] { return cmdlog_OutputCmd(message); }, pool, poolClient},
     };
-    for (const auto& [send, text, file] : cases) {
+    for (const auto& row : cases) {
+        const std::wstring& text = std::get<1>(row);
+        const std::wstring& file = std::get<2>(row);
         SCOPED_TRACE(wrb::WideToUtf8(file));
-        std::vector<CapturedLine> lines = LogOf([&] { EXPECT_EQ(send(), 0); });
+        std::vector<CapturedLine> lines = LogOf([&row] { EXPECT_EQ(std::get<0>(row)(), 0); });
         std::erase(lines, CapturedLine{'D', L"[caClient] Send CMDHQM_EVENT_RTS_STATUS_CHANGE\t1"});
         ASSERT_THAT(lines, ElementsAre(CapturedLine{'E', text}));
         EXPECT_EQ(lines[0].sourceFile, file);
