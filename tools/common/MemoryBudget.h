@@ -34,6 +34,16 @@ class MemoryBudget {
     std::atomic<bool> m_wanted{false};
 };
 
+// The budgets of a listener. Messages that fit a connection's own buffer have a quarter of the memory to themselves, so
+// that long ones cannot hold them up.
+struct MessageBudgets {
+    MessageBudgets(std::size_t limit, const std::function<void()>& onRoom)
+        : longOnes(limit - limit / 4, onRoom), shortOnes(limit / 4, onRoom) {}
+
+    MemoryBudget longOnes;
+    MemoryBudget shortOnes;
+};
+
 // What one message holds of a budget; given back when it is destroyed. Belongs to one thread at a time, and must not
 // outlive the budget.
 class MemoryShare {

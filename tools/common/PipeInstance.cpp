@@ -12,7 +12,7 @@ void PipeInstance::Reset() {
     if (m_message.size() > kOwnBytes) {
         std::string().swap(m_message);
     }
-    m_memory.Release();
+    m_memory = MemoryShare(m_budgets.longOnes);
 }
 
 void PipeInstance::Close() {
@@ -66,6 +66,14 @@ PipeStep PipeInstance::Read(std::size_t maxMessageBytes) {
         default:
             return PipeStep::Failed;
     }
+}
+
+bool PipeInstance::CountMessage() {
+    if (m_message.size() > kOwnBytes) {
+        return true;
+    }
+    m_memory = MemoryShare(m_budgets.shortOnes);
+    return m_memory.Grow(m_filled);
 }
 
 std::string PipeInstance::TakeMessage() {

@@ -19,7 +19,7 @@ enum class PipeState {
     Resting,     // connecting failed; retried at the deadline
     Connecting,  // waits for a client
     Reading,     // has a client that is still connected
-    Waiting,     // has a client, and no memory to read on
+    Waiting,     // has a client, and no memory to read on or to hand the message over
     Handling,    // a worker has its complete message
 };
 
@@ -31,12 +31,14 @@ class PipeInstance {
   public:
     static constexpr ULONGLONG kNever = ~0ull;
 
-    // Each instance has a buffer of this size; messages that exceed it take memory from the budget.
+    // Each instance has a buffer of this size. A message that exceeds it takes memory while it grows, a shorter one
+    // when it is complete.
     static constexpr std::size_t kOwnBytes = 16 * 1024;
 
     // The pipe is overlapped and reads bytes; it must be on a completion port that gets no packet for operations that
     // complete at once.
-    PipeInstance(FileHandle pipe, MemoryBudget& budget) : m_pipe(std::move(pipe)), m_memory(budget) {}
+    PipeInstance(FileHandle pipe, MessageBudgets& budgets)
+        : m_pipe(std::move(pipe)), m_budgets(budgets), m_memory(budgets.longOnes) {}
 
     HANDLE Pipe() const { return m_pipe.Get(); }
 
@@ -55,6 +57,9 @@ class PipeInstance {
     void Disconnect() { DisconnectNamedPipe(m_pipe.Get()); }
     void Close();
 
+    // Counts the complete message. False: there is no room for it now.
+    bool CountMessage();
+
     std::string TakeMessage();
     std::size_t Filled() const { return m_filled; }
 
@@ -70,6 +75,7 @@ class PipeInstance {
     bool MakeRoom(std::size_t most);
 
     FileHandle m_pipe;
+    MessageBudgets& m_budgets;
     OVERLAPPED m_operation{};
     std::string m_message;  // m_filled bytes are received; the rest is room for reads
     std::size_t m_filled = 0;

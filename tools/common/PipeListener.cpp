@@ -237,6 +237,9 @@ void PipeListener::OnStop() {
             case PipeState::Reading:
             case PipeState::Waiting:
                 instance->deadline = std::min(instance->deadline, GetTickCount64() + m_drainMilliseconds);
+                if (instance->state == PipeState::Waiting) {
+                    ReadOn(*instance);
+                }
                 break;
             default:
                 break;
@@ -344,7 +347,12 @@ void PipeListener::OnRead(PipeInstance& instance, DWORD bytes, DWORD error) {
     }
 }
 
+// At a stop no message that is complete waits for memory: the instances bound what they take together.
 void PipeListener::Complete(PipeInstance& instance) {
+    if (instance.Filled() != 0 && !instance.CountMessage() && !m_stopping) {
+        instance.state = PipeState::Waiting;
+        return;
+    }
     instance.state = PipeState::Handling;
     instance.deadline = PipeInstance::kNever;
     if (instance.Filled() == 0) {

@@ -11,9 +11,9 @@
 // oversized and disconnected peers are dropped and counted. A handler that throws is counted, and the service
 // continues.
 //
-// Memory: each instance has a buffer of 16 KiB, and what messages need beyond it comes out of one budget. While it is
-// used up, long messages wait unread; a message that waits may be overtaken. A failed allocation, on whichever thread,
-// drops the message that needed it.
+// Memory: each instance has a buffer of 16 KiB. Messages up to that length share a quarter of the memory budget, longer
+// ones the rest. While a share is used up, its messages wait in their connections; a message that waits may be
+// overtaken. A failed allocation, on whichever thread, drops the message that needed it.
 //
 // SYSTEM, the administrators, the account of this process and the accounts that the options name may connect; remote
 // clients are refused.
@@ -140,7 +140,7 @@ class PipeListener {
     const InOrder m_inOrder;
     const std::wstring m_path;
     KernelHandle m_port;
-    MemoryBudget m_memory;  // outlives the instances
+    MessageBudgets m_memory;  // outlives the instances
     std::vector<std::unique_ptr<PipeInstance>> m_instances;
     std::thread m_thread;
     JobQueue m_jobs;

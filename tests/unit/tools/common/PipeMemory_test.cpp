@@ -66,6 +66,31 @@ TEST_F(PipeMemory, LongMessagesWaitUnreadAndShortOnesPass) {
     EXPECT_EQ(listener.Counters().dropped, 0u);
 }
 
+// A quarter of the budget: what is over it waits, until a message that was kept is done with, or until the stop.
+TEST_F(PipeMemory, ShortMessagesThatAreKeptCountToo) {
+    std::vector<MemoryShare> kept;
+    std::atomic<bool> keeps = true;
+    const auto keep = [&](const std::string& message, const PipePeer& peer) {
+        sizes.push_back(message.size());
+        kept.push_back(peer.TakeMemory());
+        if (!keeps) {
+            kept.clear();
+        }
+        return Job();
+    };
+    PipeListener listener(options, PipeListener::InOrder{0, keep});
+    ASSERT_TRUE(listener.Start());
+    const std::string message(6'000, 'x');
+    EXPECT_TRUE(Send(message) && Send(message) && Send("last"));
+    WaitUntil([&] { return listener.Counters().accepted == 2; });
+    EXPECT_TRUE(OpenPipeForWriting(options.name)) << "an empty connection takes nothing";
+    WaitUntil([&] { return listener.Counters().empty == 1; });
+    EXPECT_EQ(listener.Counters().accepted, 2u);
+    keeps = false;
+    listener.Stop();
+    EXPECT_THAT(sizes, ElementsAre(6'000u, 6'000u, 4u));
+}
+
 TEST_F(PipeMemory, WhatWaitsForMemoryIsDroppedInTheEnd) {
     options.readTimeoutMilliseconds = 200;
     const KernelHandle finish(CreateEventW(nullptr, TRUE, FALSE, nullptr));
