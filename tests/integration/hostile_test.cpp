@@ -77,6 +77,24 @@ TEST(Hostile, AStopRefusesWhatItCannotRun) {
     EXPECT_EQ(answers[0].Text(), L"0");
 }
 
+// Every text of these programs would wait for ever. The pipe has room for one byte here, for a page elsewhere.
+TEST(Hostile, AConsoleThatNobodyReadsStopsNoCommand) {
+    SECURITY_ATTRIBUTES inheritable{sizeof(inheritable), nullptr, TRUE};
+    FileHandle reader;
+    FileHandle writer;
+    ASSERT_TRUE(CreatePipe(reader.Receive(), writer.Receive(), &inheritable, 1));
+    const ChildProcess host(kHost, {L"--dll", kLibrary, L"--workers", L"1"}, writer.Get());
+    for (int i = 0; i < 5000 && !SendText(L"CMDHL_FINE"); ++i) {
+        Sleep(10);
+    }
+    for (int i = 0; i < 2000; ++i) {
+        ASSERT_TRUE(SendText(L"CMDHL_INT"));
+    }
+    WaitForStatus("handled 1, refused 0, threw 2000, ");
+    ExpectRun(kHost, {L"--stop", L"--timeout", L"20"}, 0);
+    EXPECT_EQ(host.WaitForExit(), 0u);
+}
+
 TEST(Hostile, SilentConnectionsHoldNoWorker) {
     const Host host({L"--workers", L"1", L"--connections", L"40"});
     std::vector<FileHandle> silent;

@@ -24,14 +24,14 @@ std::wstring ProgramFolder() {
     return path.substr(0, path.rfind(L'\\') + 1);
 }
 
-ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments)
+ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments, HANDLE output)
     : m_outputPath((std::filesystem::temp_directory_path() / UniqueName(L"child")).wstring()) {
     SECURITY_ATTRIBUTES inheritable{sizeof(inheritable), nullptr, TRUE};
-    const FileHandle output(CreateFileW(m_outputPath.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                        &inheritable, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const FileHandle file(CreateFileW(m_outputPath.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                      &inheritable, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     // The only handle that the child inherits. Without this list it would also keep open every file that another thread
     // has open at that moment: the C runtime's files can be inherited.
-    HANDLE inherited = output.Get();
+    HANDLE inherited = output != nullptr ? output : file.Get();
     SIZE_T bytes = 0;
     InitializeProcThreadAttributeList(nullptr, 1, 0, &bytes);
     std::vector<char> room(bytes);

@@ -13,10 +13,11 @@
 namespace wrb::test {
 
 // Starts `program` (a file name in the folder of the test program) with `arguments`. Its standard output and error go
-// to one file, which goes away with the object; so does the program, if it still runs.
+// to one file, which goes away with the object, or to `output`; the program ends with the object, if it still runs.
 class ChildProcess {
   public:
-    ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments);  // throws when it cannot
+    // Throws when it cannot. `output` must be inheritable.
+    ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments, HANDLE output = nullptr);
     ~ChildProcess();
 
     // The exit code, or nothing while it still runs after the time-out.

@@ -2,10 +2,8 @@
 
 #include <windows.h>
 
-#include <future>
 #include <utility>
 
-#include "Console.h"
 #include "ExitCode.h"
 
 namespace wrb {
@@ -15,9 +13,9 @@ constexpr std::chrono::milliseconds kLastWordsLimit{200};
 
 }  // namespace
 
-StopWatchdog::StopWatchdog(const StopEvent& stop, std::chrono::milliseconds limit,
+StopWatchdog::StopWatchdog(const StopEvent& stop, ConsoleQueue& console, std::chrono::milliseconds limit,
                            std::function<std::string()> lastWords)
-    : m_stop(stop), m_lastWords(std::move(lastWords)), m_thread([this, limit] { Watch(limit); }) {}
+    : m_stop(stop), m_console(console), m_lastWords(std::move(lastWords)), m_thread([this, limit] { Watch(limit); }) {}
 
 StopWatchdog::~StopWatchdog() {
     {
@@ -37,15 +35,12 @@ void StopWatchdog::Watch(std::chrono::milliseconds limit) {
     }
 }
 
-// On a thread of its own: a write to a pipe that nobody reads does not end.
 void StopWatchdog::PrintLastWords() const noexcept {
     try {
-        std::packaged_task<void()> print([this] { PrintErr(m_lastWords() + "\n"); });
-        const std::future<void> printed = print.get_future();
-        std::thread(std::move(print)).detach();
-        printed.wait_for(kLastWordsLimit);
+        m_console.Err(m_lastWords());
+        m_console.Drain(kLastWordsLimit);
     } catch (...) {
-        // No memory or no thread for the line: the exit code tells.
+        // No memory for the line: the exit code tells.
     }
 }
 

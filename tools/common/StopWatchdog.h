@@ -8,18 +8,18 @@
 #include <string>
 #include <thread>
 
+#include "ConsoleQueue.h"
 #include "StopEvent.h"
 
 namespace wrb {
 
 // The time runs from construction to destruction. When it is over, a thread is blocked (for example on a reply pipe
 // that nobody reads) and cannot be ended safely: the process ends, with kExitTimedOut. `lastWords` then tells what is
-// printed, on a thread of its own: the end waits 200 ms for it at most. The sender of the stop learns of it by `stop`.
-//
-// Make it before the first text of the stop is printed: a standard stream that nobody reads blocks the program, too.
+// printed: the end waits 200 ms for it at most. The sender of the stop learns of it by `stop`.
 class StopWatchdog {
   public:
-    StopWatchdog(const StopEvent& stop, std::chrono::milliseconds limit, std::function<std::string()> lastWords);
+    StopWatchdog(const StopEvent& stop, ConsoleQueue& console, std::chrono::milliseconds limit,
+                 std::function<std::string()> lastWords);
     ~StopWatchdog();
     StopWatchdog(const StopWatchdog&) = delete;
     StopWatchdog& operator=(const StopWatchdog&) = delete;
@@ -29,6 +29,7 @@ class StopWatchdog {
     void PrintLastWords() const noexcept;
 
     const StopEvent& m_stop;
+    ConsoleQueue& m_console;
     const std::function<std::string()> m_lastWords;
     std::mutex m_mutex;
     std::condition_variable m_changed;

@@ -14,6 +14,7 @@ namespace wrb {
 // next minute tells how many were dropped. Any thread.
 class Notes {
   public:
+    // Called on the thread that writes the note, on several at once, without a lock.
     using Sink = std::function<void(const std::wstring&)>;
 
     explicit Notes(Sink sink, unsigned perMinute = 120, const IClock& clock = SystemClock());
@@ -21,6 +22,8 @@ class Notes {
     void Write(const std::wstring& note);
 
   private:
+    bool Admit(unsigned& heldBack);
+
     const Sink m_sink;
     const unsigned m_perMinute;
     const IClock& m_clock;

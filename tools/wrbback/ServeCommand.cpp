@@ -1,10 +1,11 @@
 #include <windows.h>
 
+#include <algorithm>
 #include <chrono>
 
 #include "AccessList.h"
 #include "Commands.h"
-#include "Console.h"
+#include "ConsoleQueue.h"
 #include "DbServer.h"
 #include "DebugLog.h"
 #include "ExitCode.h"
@@ -51,26 +52,29 @@ std::string Settle(const ServeOptions& options, LogSettings& settings) {
     return {};
 }
 
-int FailAtPipe(const std::string& pipe, DWORD error) {
-    return Fail(error == ERROR_ALREADY_EXISTS ? "another program serves the " + pipe
-                                              : "cannot create the " + pipe + " (error " + std::to_string(error) + ")",
-                kExitFailed);
+int FailAtPipe(ConsoleQueue& console, const std::string& pipe, DWORD error) {
+    return console.Fail(error == ERROR_ALREADY_EXISTS
+                            ? "another program serves the " + pipe
+                            : "cannot create the " + pipe + " (error " + std::to_string(error) + ")",
+                        kExitFailed);
 }
 
-void PrintCounters(const DbServerCounters& db, const RecordServerCounters& records, const LogServerCounters& log) {
-    PrintOut("wrbback: stopped; database: " + std::to_string(db.reads) + " reads, " + std::to_string(db.writes) +
-             " writes, " + std::to_string(db.badRequests) + " refused, " + std::to_string(db.failed) +
-             " failed; records: " + std::to_string(records.stored) + " stored, " + std::to_string(records.badMessages) +
-             " refused, " + std::to_string(records.lost) + " lost; log: " + std::to_string(log.lines) + " lines, " +
-             std::to_string(log.badMessages) + " refused, " + std::to_string(log.lost) + " lost\n");
+std::string CountersText(const DbServerCounters& db, const RecordServerCounters& records,
+                         const LogServerCounters& log) {
+    return "stopped; database: " + std::to_string(db.reads) + " reads, " + std::to_string(db.writes) + " writes, " +
+           std::to_string(db.badRequests) + " refused, " + std::to_string(db.failed) +
+           " failed; records: " + std::to_string(records.stored) + " stored, " + std::to_string(records.badMessages) +
+           " refused, " + std::to_string(records.lost) + " lost; log: " + std::to_string(log.lines) + " lines, " +
+           std::to_string(log.badMessages) + " refused, " + std::to_string(log.lost) + " lost";
 }
 
 // Starts and stops all services. The log service starts first and stops last, so that it gets every line.
-int RunServices(const ServeOptions& options, const LogSettings& settings, const StopEvent& stop) {
-    Notes screen([](const std::wstring& note) { PrintErr("wrbback: " + WideToUtf8(VisibleText(note)) + "\n"); });
+int RunServices(const ServeOptions& options, const LogSettings& settings, const StopEvent& stop,
+                ConsoleQueue& console) {
+    Notes screen([&console](const std::wstring& note) { console.Err(WideToUtf8(VisibleText(note))); });
     LogServer log(settings, [&screen](const std::wstring& note) { screen.Write(note); });
-    const auto write = [&log](wchar_t level, const std::wstring& note) {
-        PrintErr("wrbback: " + WideToUtf8(VisibleText(note)) + "\n");
+    const auto write = [&](wchar_t level, const std::wstring& note) {
+        console.Err(WideToUtf8(VisibleText(note)));
         log.WriteOwn(level, note);
     };
     Notes notes([&write](const std::wstring& note) { write(kLogWarning, note); });
@@ -86,24 +90,25 @@ int RunServices(const ServeOptions& options, const LogSettings& settings, const 
                           .allowed = settings.allowed,
                           .alarm = [&write](const std::wstring& note) { write(kLogError, note); }});
     if (!log.Start()) {
-        return FailAtPipe("log service's pipe", GetLastError());
+        return FailAtPipe(console, "log service's pipe", GetLastError());
     }
     if (!db.Start()) {
-        return FailAtPipe("database server's pipe", GetLastError());
+        return FailAtPipe(console, "database server's pipe", GetLastError());
     }
     if (const wchar_t* pipe = records.Start()) {
         const DWORD error = GetLastError();
-        return FailAtPipe("pipe " + WideToUtf8(pipe), error);
+        return FailAtPipe(console, "pipe " + WideToUtf8(pipe), error);
     }
-    PrintOut("wrbback: ready\n");
+    console.Out("ready");
     stop.Wait();
-    const StopWatchdog watchdog(stop, stop.Limit(kStopLimit),
-                                [] { return "wrbback: a service is still busy; giving up"; });
-    PrintOut("wrbback: stopping\n");
+    const auto limit = stop.Limit(kStopLimit);
+    const StopWatchdog watchdog(stop, console, limit, [] { return "a service is still busy; giving up"; });
+    console.Out("stopping");
     records.Stop();
     db.Stop();
     log.Stop();
-    PrintCounters(db.Counters(), records.Counters(), log.Counters());
+    console.Out(CountersText(db.Counters(), records.Counters(), log.Counters()));
+    console.Drain(std::min(limit / 4, ConsoleQueue::kPatience));
     return kExitOk;
 }
 
@@ -128,10 +133,11 @@ int Serve(const ServeOptions& options) {
                         std::to_string(error) + ")",
                     kExitFailed);
     }
+    ConsoleQueue console("wrbback");
     try {
-        return RunServices(options, settings, stop);
+        return RunServices(options, settings, stop, console);
     } catch (const SqlError& error) {
-        return Fail(error.what(), kExitFailed);
+        return console.Fail(error.what(), kExitFailed);
     }
 }
 

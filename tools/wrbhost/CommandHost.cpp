@@ -8,7 +8,6 @@
 
 #include "AnswerPipe.h"
 #include "CommandHead.h"
-#include "Console.h"
 #include "DebugLog.h"
 #include "ServicePipes.h"
 #include "Text.h"
@@ -40,19 +39,6 @@ std::wstring ShownName(const std::wstring& message) {
     return name;
 }
 
-void Warn(const std::wstring& text) {
-    PrintErr("wrbhost: " + WideToUtf8(text) + "\n");
-    WRB_LOG(kLogError, L"%s", text.c_str());
-}
-
-void WarnOfThrow(const std::wstring& message, const char* what) noexcept {
-    try {
-        Warn(FormatWide(L"[%s] threw: %S", ShownName(message).c_str(), what));
-    } catch (...) {
-        // No memory for the line. The counters tell.
-    }
-}
-
 }  // namespace
 
 PipeListenerOptions CommandHost::ListenerOptions(const CommandHostOptions& options) {
@@ -65,9 +51,11 @@ PipeListenerOptions CommandHost::ListenerOptions(const CommandHostOptions& optio
     return listener;
 }
 
-CommandHost::CommandHost(cmdhl_ProcessFn process, const CommandHostOptions& options, HostBoard& board)
+CommandHost::CommandHost(cmdhl_ProcessFn process, const CommandHostOptions& options, HostBoard& board,
+                         ConsoleQueue& console)
     : m_process(process),
       m_board(board),
+      m_console(console),
       m_listener(ListenerOptions(options),
                  PipeListener::InOrder{0, [this](std::string message,
                                                  const PipePeer& peer) { return Accept(std::move(message), peer); }}),
@@ -177,8 +165,21 @@ void CommandHost::OnDrop(PipeDrop reason, std::size_t bytes, uint32_t clientPid)
                          static_cast<unsigned>(bytes), PipeDropText(reason)));
 }
 
+void CommandHost::Warn(const std::wstring& text) {
+    m_console.Err(WideToUtf8(text));
+    WRB_LOG(kLogError, L"%s", text.c_str());
+}
+
+void CommandHost::WarnOfThrow(const std::wstring& message, const char* what) noexcept {
+    try {
+        Warn(FormatWide(L"[%s] threw: %S", ShownName(message).c_str(), what));
+    } catch (...) {
+        // No memory for the line. The counters tell.
+    }
+}
+
 void CommandHost::WarnAside(std::wstring text) {
-    m_sideline.Put([text = std::move(text)] { Warn(text); });
+    m_sideline.Put([this, text = std::move(text)] { Warn(text); });
 }
 
 }  // namespace wrb

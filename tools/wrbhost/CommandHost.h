@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "CommandLanes.h"
+#include "ConsoleQueue.h"
 #include "HostBoard.h"
 #include "PipeListener.h"
 #include "Sideline.h"
@@ -28,8 +29,8 @@ struct CommandHostOptions {
 // Whatever comes out of the library, a worker survives: the exception is logged with the command's name and counted.
 class CommandHost {
   public:
-    // `process` and `board` must live until Stop has returned.
-    CommandHost(cmdhl_ProcessFn process, const CommandHostOptions& options, HostBoard& board);
+    // `process`, `board` and `console` must live until Stop has returned.
+    CommandHost(cmdhl_ProcessFn process, const CommandHostOptions& options, HostBoard& board, ConsoleQueue& console);
     ~CommandHost();
     CommandHost(const CommandHost&) = delete;
     CommandHost& operator=(const CommandHost&) = delete;
@@ -47,11 +48,14 @@ class CommandHost {
     void Call(std::string message);
     void TurnAway(const std::string& message) noexcept;
     void OnDrop(PipeDrop reason, std::size_t bytes, uint32_t clientPid);
+    void Warn(const std::wstring& text);
     void WarnAside(std::wstring text);
+    void WarnOfThrow(const std::wstring& message, const char* what) noexcept;
     PipeListenerOptions ListenerOptions(const CommandHostOptions& options);
 
     const cmdhl_ProcessFn m_process;
     HostBoard& m_board;
+    ConsoleQueue& m_console;
     std::atomic<uint64_t> m_lastFullNote{0};  // on the 64-bit tick clock
     Sideline m_sideline;
     PipeListener m_listener;

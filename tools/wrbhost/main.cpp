@@ -1,6 +1,7 @@
 // wrbhost: loads the command library and serves its pipe.
 #include <windows.h>
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <optional>
@@ -10,6 +11,7 @@
 #include "CommandLibrary.h"
 #include "CommandLine.h"
 #include "Console.h"
+#include "ConsoleQueue.h"
 #include "DebugLog.h"
 #include "ExitCode.h"
 #include "HomeFolder.h"
@@ -43,29 +45,31 @@ int Fail(const std::string& text, int code = kExitFailed) {
 }
 
 int Serve(const EntryPoints& library, const Options& options, const CommandHostOptions& settings, const StopEvent& stop,
-          HostBoard& board) {
+          HostBoard& board, ConsoleQueue& console) {
     const std::wstring home = HomeFolder();
     MailFolder(home).DeleteUnfinished();  // before a command can store a mail
-    CommandHost host(library.process, settings, board);
+    CommandHost host(library.process, settings, board, console);
     if (!host.Start()) {
         const DWORD error = GetLastError();
         library.finalize();
-        return Fail(error == ERROR_ALREADY_EXISTS
-                        ? "another program serves the command pipe"
-                        : "cannot create the command pipe (error " + std::to_string(error) + ")");
+        return console.Fail(error == ERROR_ALREADY_EXISTS
+                                ? "another program serves the command pipe"
+                                : "cannot create the command pipe (error " + std::to_string(error) + ")",
+                            kExitFailed);
     }
     MailDelivery mail(home);
     mail.Start();
-    PrintOut("wrbhost: serving with " + std::to_string(settings.lanes.workers) + " workers\n");
+    console.Out("serving with " + std::to_string(settings.lanes.workers) + " workers");
     stop.Wait();
     const auto limit = stop.Limit(std::chrono::seconds(options.timeoutSeconds.value_or(kStopSeconds)));
-    const StopWatchdog watchdog(stop, limit,
-                                [&] { return "wrbhost: a command is still running; giving up; " + board.Text(); });
-    PrintOut("wrbhost: stopping\n");
+    const StopWatchdog watchdog(stop, console, limit,
+                                [&] { return "a command is still running; giving up; " + board.Text(); });
+    console.Out("stopping");
     mail.Stop();  // first: then the commands have nearly all of the time
     host.Stop(limit);
     library.finalize();
-    PrintOut("wrbhost: stopped; " + board.Text() + "\n");
+    console.Out("stopped; " + board.Text());
+    console.Drain(std::min(limit / 4, ConsoleQueue::kPatience));
     return kExitOk;
 }
 
@@ -82,14 +86,15 @@ int Host(const Options& options) {
         const DWORD error = GetLastError();
         return Fail("cannot create the section of the counters (error " + std::to_string(error) + ")");
     }
+    ConsoleQueue console("wrbhost");
     CommandHostOptions settings;
     if (const std::string wrong = ReadHostSettings(options.host, settings); !wrong.empty()) {
-        return Fail(wrong, kExitUsage);
+        return console.Fail(wrong, kExitUsage);
     }
     CommandLibrary library;
     const std::string wrong = library.Load(options.dll.empty() ? DefaultLibraryPath() : Utf8ToWide(options.dll));
     if (!wrong.empty()) {
-        return Fail(wrong);
+        return console.Fail(wrong, kExitFailed);
     }
     const std::wstring debugIni = Utf8ToWide(options.debugIni);
     const std::wstring debugLibrary = Utf8ToWide(options.debugLibrary);
@@ -97,14 +102,14 @@ int Host(const Options& options) {
     try {
         library.Exports().initialize(debugIni.c_str(), debugLibrary.c_str(), nullptr);  // false is not an error
     } catch (const std::exception& error) {
-        return Fail(std::string("the command library does not start: ") + error.what());
+        return console.Fail(std::string("the command library does not start: ") + error.what(), kExitFailed);
     }
     if (!HasProtectionKey()) {
-        PrintErr(
-            "wrbhost: Private\\wrbserver.ini has no protection key: agents with addresses get no web-threat settings. "
-            "Make one with: wrbctl make-key\n");
+        console.Err(
+            "Private\\wrbserver.ini has no protection key: agents with addresses get no web-threat settings. "
+            "Make one with: wrbctl make-key");
     }
-    return Serve(library.Exports(), options, settings, stop, *board);
+    return Serve(library.Exports(), options, settings, stop, *board, console);
 }
 
 int Stop(const Options& options) {

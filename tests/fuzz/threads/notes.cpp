@@ -1,10 +1,13 @@
 // What tools hand from thread to thread: the job queue, and notes of which some are held back.
 #include "Notes.h"
+
+#include <atomic>
+
 #include "JobQueue.h"
 #include "Threads.h"
 
 int main() {
-    int written = 0;  // guarded by the lock of the notes
+    std::atomic<int> written{0};
     wrb::Notes notes([&written](const std::wstring&) { ++written; }, 5000);
     wrb::JobQueue queue;
     queue.Start(2);
