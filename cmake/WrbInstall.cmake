@@ -21,7 +21,7 @@ install(FILES Server/MasterService/CmdHndlr/libCmdHndlrClient/cmdhl.h Server/lib
 install(TARGETS libPerfMonMgr WrbPfwCommon RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} ARCHIVE EXCLUDE_FROM_ALL
         DESTINATION ${CMAKE_INSTALL_LIBDIR})
 if(WRB_BUILD_TOOLS)
-  install(TARGETS wrbhost wrbback wrbctl cgiServerStatus RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(TARGETS wrbhost wrbback wrbctl cgiConsole RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 
 install(EXPORT WarrenbyTargets NAMESPACE Warrenby:: DESTINATION ${wrb_package_dir})

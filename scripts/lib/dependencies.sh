@@ -108,3 +108,34 @@ ensure_dependencies() {
     [ -z "$need_lists" ] || prepare_source_lists
     for name in "${due[@]}"; do build_dependency "$name"; done
 }
+
+# ensure_templates: the header of the template library beside the other libraries, where the cross build looks.
+ensure_templates() {
+    local header=kainjow/mustache.hpp
+    cmp -s "/usr/include/$header" "$deps_prefix/include/$header" ||
+        install -D -m 644 "/usr/include/$header" "$deps_prefix/include/$header"
+}
+
+# The checker of the pages' accessibility: one script of an npm package, known by its checksum.
+axe_version=4.14.1
+axe_checksum=e6b0ce02b84d892e2e33e403485e7f3d6c29e2be6df65daf44d89ba564139745
+axe_script=$deps_dir/axe/axe.min.js
+axe_stamp=$deps_dir/stamps/axe-$axe_version
+
+fetch_axe() {
+    local scratch=$deps_dir/axe/fetch log=$deps_dir/axe.log archive=axe-core-$axe_version.tgz
+    rm -rf "$scratch" && mkdir -p "$scratch" "$deps_dir/stamps" && cd "$scratch" || return
+    run_logged "$log" npm pack --silent "axe-core@$axe_version" &&
+        printf '%s  %s\n' "$axe_checksum" "$archive" >sum &&
+        run_logged "$log" sha256sum -c sum &&
+        run_logged "$log" tar -xzf "$archive" package/axe.min.js &&
+        mv package/axe.min.js "$axe_script" && rm -r "$scratch" && touch "$axe_stamp"
+}
+
+# ensure_axe: the script, for the browser test. Without npm or the network the test runs without this check.
+ensure_axe() {
+    [ ! -f "$axe_stamp" ] || return 0
+    if ! command -v npm >/dev/null || ! (fetch_axe); then
+        say "axe-core cannot be fetched: the browser test leaves the accessibility check out"
+    fi
+}

@@ -29,10 +29,6 @@ bool SetChoice(const ScanChoice& choice, uint32_t number, uint32_t& flags) {
 
 }  // namespace
 
-const ScanGroup& FormGroup() {
-    return FindScanGroup(ScanType::MS, ScanGroupKind::Main);
-}
-
 std::vector<uint32_t> FieldChoices(const ScanRow& row) {
     if (row.kind != ScanRowKind::Choice) {
         return {0, 1};
@@ -89,11 +85,11 @@ bool SetField(const ScanRow& row, std::wstring_view text, ScanGroupValues& value
     return good;
 }
 
-StoreResult StoreDefaults(CINICache& scanIni, const FieldSource& given) {
+StoreResult StoreDefaults(CINICache& scanIni, const ScanGroup& group, const FieldSource& given) {
     StoreResult result;
     ScanGroupValues values;
-    ReadScanGroupIni(scanIni, FormGroup(), values);
-    for (const ScanRow& row : FormGroup().rows) {
+    ReadScanGroupIni(scanIni, group, values);
+    for (const ScanRow& row : group.rows) {
         const wchar_t* const text = row.IsSetting() ? given(row.key.data()) : nullptr;
         const std::wstring before = FieldText(row, values);
         if (text != nullptr && before != text) {  // the current value is always accepted
@@ -101,7 +97,7 @@ StoreResult StoreDefaults(CINICache& scanIni, const FieldSource& given) {
         }
     }
     if (result.refused.empty() && !result.changed.empty()) {
-        result.failed = !WriteScanGroupIni(scanIni, FormGroup(), values).complete;
+        result.failed = !WriteScanGroupIni(scanIni, group, values).complete;
     }
     return result;
 }

@@ -1,4 +1,4 @@
-// The server-wide defaults of the manual scan as text fields: what the page shows and accepts.
+// The server-wide defaults of a scan group as text fields: what the page shows and accepts.
 //
 // The fields are the settings of the group's table (ScanGroup.h), under the names that they have in the scan INI.
 #pragma once
@@ -16,8 +16,6 @@ namespace wrb {
 
 inline constexpr uint32_t kHighestFormNumber = 255;
 inline constexpr std::size_t kLongestFormText = 1024;
-
-const ScanGroup& FormGroup();
 
 // The values that a switch or a choice can have.
 std::vector<uint32_t> FieldChoices(const ScanRow& row);
@@ -39,6 +37,6 @@ struct StoreResult {
 using FieldSource = std::function<const wchar_t*(const wchar_t* key)>;
 
 // Stores all or nothing, unless a write to the file fails midway.
-StoreResult StoreDefaults(CINICache& scanIni, const FieldSource& given);
+StoreResult StoreDefaults(CINICache& scanIni, const ScanGroup& group, const FieldSource& given);
 
 }  // namespace wrb

@@ -1,0 +1,72 @@
+#include "Frame.h"
+
+#include <windows.h>
+
+#include <stdexcept>
+
+#include "RequestOrigin.h"
+#include "Resources.h"
+
+namespace wrb {
+namespace {
+
+std::string Render(const char* resource, const Data& data) {
+    kainjow::mustache::mustache page{std::string(ResourceText(resource))};
+    std::string text = page.render(data);
+    if (!page.is_valid()) {
+        throw std::logic_error(std::string(resource) + ": " + page.error_message());
+    }
+    return text;
+}
+
+std::wstring ComputerName() {
+    wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = {};
+    DWORD size = MAX_COMPUTERNAME_LENGTH + 1;
+    GetComputerNameW(name, &size);
+    return name;
+}
+
+Data MenuData(const Page* current) {
+    Data menu = ListData();
+    for (const Page& page : Pages()) {
+        if (page.isInMenu) {
+            Data row;
+            row["href"] = "?page=" + WideToUtf8(page.name);
+            row["title"] = page.title;
+            row["current"] = &page == current;
+            menu.push_back(row);
+        }
+    }
+    return menu;
+}
+
+}  // namespace
+
+std::string SelfAddress() {
+    return WideToUtf8(GatewayVariable(L"SCRIPT_NAME"));
+}
+
+std::string RenderPage(const Frame& frame, View& view) {
+    Data data;
+    data["title"] = frame.page == nullptr ? "Warrenby" : frame.page->title;
+    data["self"] = SelfAddress();
+    data["style"] = ResourceVersion("style");
+    data["script"] = ResourceVersion("script");
+    data["live"] = frame.page != nullptr && frame.page->isLive;
+    data["menu"] = MenuData(frame.page);
+    data["server"] = TextData(ComputerName());
+    data["user"] = TextData(frame.user);
+    data["hasUser"] = !frame.user.empty();
+    data["note"] = TextData(view.note);
+    data["hasNote"] = !view.note.empty();
+    data["bad"] = view.kind == NoteKind::Bad;
+    if (frame.page != nullptr) {
+        view.data["self"] = SelfAddress();
+        view.data["token"] = frame.token;
+        view.data["mayWrite"] = !frame.user.empty() && !frame.token.empty();
+        data["body"] = Render(frame.page->resource, view.data);
+    }
+    return Render("frame", data);
+}
+
+}  // namespace wrb
