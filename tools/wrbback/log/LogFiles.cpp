@@ -11,6 +11,7 @@ namespace wrb {
 namespace {
 
 constexpr std::size_t kNumberDigits = 6;
+constexpr uint64_t kLastNumber = 999'999;
 constexpr uint64_t kSpaceCheckBytes = 64 * 1024;
 
 DiskSpace DiskSpaceOf(const std::wstring& folder) {
@@ -32,17 +33,16 @@ LogFileOptions Complete(LogFileOptions options) {
     return options;
 }
 
-// The number in NAME.NUMBER.log, or 0 for a file of another name.
+// The number in NAME.NUMBER.log, or 0 for a file of another name: a number of more digits is not ours.
 uint64_t NumberOf(std::wstring_view file, std::wstring_view name) {
     constexpr std::wstring_view kExtension = L".log";
-    if (file.size() < name.size() + 1 + kNumberDigits + kExtension.size() || !file.starts_with(name) ||
+    if (file.size() != name.size() + 1 + kNumberDigits + kExtension.size() || !file.starts_with(name) ||
         file[name.size()] != L'.' || !file.ends_with(kExtension)) {
         return 0;
     }
-    const std::wstring_view digits = file.substr(name.size() + 1, file.size() - name.size() - 1 - kExtension.size());
     uint64_t number = 0;
-    for (const wchar_t digit : digits) {
-        if (digit < L'0' || digit > L'9' || digits.size() > 15) {
+    for (const wchar_t digit : file.substr(name.size() + 1, kNumberDigits)) {
+        if (digit < L'0' || digit > L'9') {
             return 0;
         }
         number = number * 10 + static_cast<uint64_t>(digit - L'0');
@@ -125,11 +125,26 @@ bool LogFiles::Open() {
     return true;
 }
 
+// From 1. No name is taken twice: each number is as high as its place, or higher. A file that cannot be renamed keeps
+// its number, and the next try is made at the next split.
+void LogFiles::NumberAnew(std::vector<uint64_t>& numbers) const {
+    uint64_t next = 1;
+    for (uint64_t& number : numbers) {
+        if (number == next || MoveFileExW(FinishedPath(number).c_str(), FinishedPath(next).c_str(), 0)) {
+            number = next;
+        }
+        ++next;
+    }
+}
+
 // When the file cannot be renamed it goes on growing: a log that is too long is better than none.
 void LogFiles::Split() {
     m_file.Reset();
     std::vector<uint64_t> numbers = FinishedNumbers(m_options);
     std::ranges::sort(numbers);
+    if (!numbers.empty() && numbers.back() == kLastNumber) {
+        NumberAnew(numbers);
+    }
     numbers.push_back(numbers.empty() ? 1 : numbers.back() + 1);
     MoveFileExW(CurrentPath().c_str(), FinishedPath(numbers.back()).c_str(), 0);
     if (m_options.maxFiles != 0 && numbers.size() >= m_options.maxFiles) {

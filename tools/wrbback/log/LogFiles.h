@@ -3,6 +3,8 @@
 //   FOLDER\NAME.log          the current file
 //   FOLDER\NAME.000001.log   and so on: finished ones; a higher number is a later file
 //
+// After 999999 the files that are left are numbered from 1 again, in their order.
+//
 // A line that would take the current file past the split size finishes it first: the file gets the next number. Then
 // the finished files with the lowest numbers are deleted until, with the current one, no more than the largest count
 // are left. Nothing else in the folder is touched. Lines are not written while the disk is short of space.
@@ -17,6 +19,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Handle.h"
 #include "SRWLock.h"
@@ -50,6 +53,7 @@ class LogFiles {
     bool HasSpace() WRB_REQUIRES(m_lock);
     bool Open() WRB_REQUIRES(m_lock);
     void Split() WRB_REQUIRES(m_lock);
+    void NumberAnew(std::vector<uint64_t>& numbers) const;
     std::wstring CurrentPath() const;
     std::wstring FinishedPath(uint64_t number) const;
 

@@ -59,6 +59,11 @@ bool LogServer::Start() {
     return true;
 }
 
+void LogServer::Stop() {
+    m_listener.Stop();
+    TellLost(m_untold.Rest());
+}
+
 LogServerCounters LogServer::Counters() const {
     return {m_lines, m_badMessages + m_listener.Counters().dropped, m_lost};
 }
@@ -110,11 +115,17 @@ void LogServer::WriteLine(const ReceivedLine& line) {
         ++m_lines;
         return;
     }
-    if (m_lost++ == 0) {  // said once: there will be many
-        m_note(result == LogWriteResult::NoSpace
-                   ? std::wstring(L"log service: lines are lost, the disk is short of space")
-                   : FormatWide(L"log service: lines are lost, the file cannot be written, error %u",
-                                static_cast<unsigned>(error)));
+    ++m_lost;
+    m_lossReason = result == LogWriteResult::NoSpace ? 0 : error;
+    TellLost(m_untold.Add());
+}
+
+void LogServer::TellLost(uint64_t lines) {
+    if (lines != 0) {
+        const DWORD error = m_lossReason;
+        m_note(FormatWide(L"log service: %llu lines are lost, ", static_cast<unsigned long long>(lines)) +
+               (error == 0 ? L"the disk is short of space"
+                           : FormatWide(L"the file cannot be written, error %u", static_cast<unsigned>(error))));
     }
 }
 

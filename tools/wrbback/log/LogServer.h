@@ -11,6 +11,7 @@
 
 #include "LogFiles.h"
 #include "LogSettings.h"
+#include "LossCount.h"
 #include "PipeListener.h"
 
 namespace wrb {
@@ -32,7 +33,7 @@ class LogServer {
     // Sets the filter word and serves. False: GetLastError tells; ERROR_ALREADY_EXISTS means that another log service
     // runs.
     bool Start();
-    void Stop() { m_listener.Stop(); }
+    void Stop();
 
     // A line of the back end's own, past the pipe and the filter.
     void WriteOwn(wchar_t level, std::wstring_view text);
@@ -43,6 +44,7 @@ class LogServer {
     void Accept(const std::string& message, const PipePeer& peer);
     void SetLevel(const std::wstring& level);
     void WriteLine(const ReceivedLine& line);
+    void TellLost(uint64_t lines);
 
     const LogSettings m_settings;
     const Note m_note;
@@ -50,7 +52,9 @@ class LogServer {
     std::atomic<uint64_t> m_lines{0};
     std::atomic<uint64_t> m_badMessages{0};
     std::atomic<uint64_t> m_lost{0};
-    PipeListener m_listener;  // last: its thread uses the members above
+    LossCount m_untold;
+    std::atomic<DWORD> m_lossReason{0};  // of the last lost line: 0: no space, else the system's error
+    PipeListener m_listener;             // last: its thread uses the members above
 };
 
 }  // namespace wrb

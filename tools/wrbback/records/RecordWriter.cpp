@@ -17,7 +17,6 @@ namespace {
 constexpr std::size_t kMostQueued = 500;
 constexpr std::chrono::seconds kLongestPut{10};
 constexpr ULONGLONG kLastMilliseconds = 60'000;
-constexpr ULONGLONG kTellMilliseconds = 60'000;
 constexpr std::chrono::milliseconds kRest{500};
 
 // Errors that end by themselves, or once there is room on the disk, or the server is back.
@@ -73,45 +72,53 @@ RecordWriter::RecordWriter(Options options)
 
 bool RecordWriter::Put(Record record) {
     std::unique_lock lock(m_lock);
-    const auto settled = [this] { return !m_refusal.empty() || m_queue.size() < kMostQueued; };
+    const auto settled = [this] { return m_refusing || m_queue.size() < kMostQueued; };
     if (!m_changed.wait_for(lock, kLongestPut, settled)) {
-        m_refusal = L"the database has taken none for ten seconds";
+        m_why = L"the database has taken none for ten seconds";
+        m_refusing = true;
     }
-    if (m_refusal.empty()) {
+    if (!m_refusing) {
         m_queue.push_back(std::move(record));
         m_changed.notify_all();
         return true;
     }
     ++m_lost;
-    ++m_refused;
-    if (GetTickCount64() >= m_tellAfter) {
-        TellRefused(lock, std::wstring(m_refusal));
-    }
+    const uint64_t rows = m_refused.Add();
+    lock.unlock();
+    TellRefused(rows);
     return false;
 }
 
-// Unlocks before it tells: a screen may block.
-void RecordWriter::TellRefused(std::unique_lock<std::mutex>& lock, const std::wstring& why) noexcept {
-    m_tellAfter = GetTickCount64() + kTellMilliseconds;
-    const uint64_t rows = std::exchange(m_refused, 0);
-    lock.unlock();
-    Tell(m_options.alarm, rows, L"are refused", why);
+// Without the lock: the alarm writes to the log.
+void RecordWriter::TellRefused(uint64_t rows) noexcept {
+    if (rows == 0) {
+        return;
+    }
+    try {
+        std::unique_lock lock(m_lock);
+        const std::wstring why = m_why;
+        lock.unlock();
+        Tell(m_options.alarm, rows, L"are refused", why);
+    } catch (const std::exception&) {
+        // No memory for the text. The rows are counted all the same.
+    }
 }
 
 void RecordWriter::RefuseFromNowOn(const std::exception& error) {
     const std::lock_guard lock(m_lock);
-    m_refusal = Utf8ToWide(error.what());
+    m_why = Utf8ToWide(error.what());
+    m_refusing = true;
     m_changed.notify_all();
 }
 
 // And tells the rest of the refused rows.
 void RecordWriter::TakeAgain() noexcept {
-    std::unique_lock lock(m_lock);
-    const std::wstring why = std::exchange(m_refusal, std::wstring());
-    m_changed.notify_all();
-    if (m_refused != 0) {
-        TellRefused(lock, why);
+    {
+        const std::lock_guard lock(m_lock);
+        m_refusing = false;
     }
+    m_changed.notify_all();
+    TellRefused(m_refused.Rest());
 }
 
 void RecordWriter::Hurry() {
@@ -129,6 +136,7 @@ void RecordWriter::Finish() {
     if (m_thread.joinable()) {
         m_thread.join();
     }
+    TellRefused(m_refused.Rest());
 }
 
 void RecordWriter::Work() {

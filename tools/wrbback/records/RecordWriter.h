@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "LossCount.h"
 #include "RecordTable.h"
 #include "Store.h"
 
@@ -44,7 +45,8 @@ class RecordWriter {
     // From now on such a database is tried for one minute more: what has not been stored then is lost, and counted.
     void Hurry();
 
-    // Stores what is queued, then ends the thread. No Put may follow.
+    // Stores what is queued, then ends the thread, and tells the refused rows that have not been told. No Put may
+    // follow.
     void Finish();
 
     uint64_t Stored() const { return m_stored; }
@@ -60,7 +62,7 @@ class RecordWriter {
     void StoreOnce(SqlDb& db, std::span<const Record> rows) const;
     void RefuseFromNowOn(const std::exception& error);
     void TakeAgain() noexcept;
-    void TellRefused(std::unique_lock<std::mutex>& lock, const std::wstring& why) noexcept;
+    void TellRefused(uint64_t rows) noexcept;
 
     const Options m_options;
     StorePool m_store;  // one connection, of the thread
@@ -68,9 +70,9 @@ class RecordWriter {
     std::condition_variable m_changed;
     Batch m_queue;
     bool m_finishing = false;
-    std::wstring m_refusal;                    // why records are refused; empty: they are taken
-    uint64_t m_refused = 0;                    // and have not been told yet
-    uint64_t m_tellAfter = 0;                  // on the 64-bit tick clock
+    bool m_refusing = false;
+    std::wstring m_why;  // records are refused, or were the last time
+    LossCount m_refused;
     std::atomic<uint64_t> m_giveUpAt{kNever};  // on the 64-bit tick clock
     std::atomic<uint64_t> m_stored{0};
     std::atomic<uint64_t> m_lost{0};

@@ -7,6 +7,7 @@
 
 #include "LogFiles.h"
 #include "LogSettings.h"
+#include "LossCount.h"
 #include "ManualClock.h"
 #include "Notes.h"
 #include "ReceivedLine.h"
@@ -35,6 +36,11 @@ TEST(LogFiles, SplitBeforeTheLimitKeepTheLatestAndTouchNoOther) {
         {1, 1, "wrbdebug.00001.log=1 wrbdebug.00001x.log=2 wrbdebug.000001.log.bak=3 wrbdebug2.000001.log=4", "a b c",
          "wrbdebug.000001.log.bak=3 wrbdebug.00001.log=1 wrbdebug.00001x.log=2 wrbdebug.log=c wrbdebug2.000001.log=4 "},
         {0, 0, "", "a b c", "wrbdebug.log=abc "},
+        {1, 3, "wrbdebug.999999999999999.log=foreign wrbdebug.0000001.log=too", "a b c d",
+         "wrbdebug.0000001.log=too wrbdebug.000002.log=b wrbdebug.000003.log=c wrbdebug.999999999999999.log=foreign "
+         "wrbdebug.log=d "},
+        {1, 4, "wrbdebug.000007.log=x wrbdebug.000009.log=y wrbdebug.999999.log=z", "a b c",
+         "wrbdebug.000003.log=z wrbdebug.000004.log=a wrbdebug.000005.log=b wrbdebug.log=c "},
     };
     for (const auto& row : kCases) {
         const TempFolder folder;
@@ -153,6 +159,19 @@ TEST(LogLine, TimeIsLocalAndNeverFails) {
     std::strftime(expected, sizeof expected, "%Y %m/%d %H:%M:%S ", std::localtime(&seconds));
     EXPECT_TRUE(FormatLogLine({.seconds = seconds}).starts_with(expected));
     EXPECT_TRUE(FormatLogLine({.seconds = INT32_MIN}).starts_with("1970 01/01 00:00:00 "));
+}
+
+TEST(LossCount, TheFirstIsToldAtOnceTheOthersOnceAMinute) {
+    ManualClock clock(4294967000);  // wraps within the first minute
+    LossCount losses(clock);
+    std::vector<uint64_t> told;
+    for (const uint32_t wait : {0, 0, 59'999, 1, 1, 1}) {
+        clock.AdvanceTick(wait);
+        told.push_back(losses.Add());
+    }
+    told.push_back(losses.Rest());
+    told.push_back(losses.Rest());
+    EXPECT_EQ(told, (std::vector<uint64_t>{1, 0, 0, 3, 0, 0, 2, 0}));
 }
 
 TEST(Notes, AFloodIsHeldBackAndOwnedUpTo) {
