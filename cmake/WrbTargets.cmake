@@ -3,7 +3,9 @@
 #   wrb_library(libpipe SOURCES a.cpp DEPENDS libCommon)       static library; its folder becomes its include directory
 #   wrb_shared_library(WrbPfwCommon OUTPUT WrbPfwCommon_64x DESCRIPTION "..." SOURCES a.cpp DEPENDS libCommon)
 #                                                              OUTPUT.dll in bin/ with a version resource
-#   wrb_program(wrbctl SOURCES main.cpp DEPENDS libpipe)       console program in bin/
+#   wrb_program(wrbctl DESCRIPTION "..." SOURCES main.cpp DEPENDS libpipe)
+#                                                              console program in bin/; with a DESCRIPTION it has a version
+#                                                              resource and the manifest
 #   wrb_test(libpipe_test SOURCES x_test.cpp DEPENDS libpipe)  GoogleTest program, one CTest entry
 #
 # A library's headers are visible only to targets that name it in DEPENDS, so an include of a higher layer
@@ -23,19 +25,35 @@ function(wrb_library name)
   endif()
 endfunction()
 
+# Adds the version resource to a target. The caller has arg_DESCRIPTION.
+function(wrb_version_resource target wrb_internal_name wrb_suffix wrb_file_type wrb_manifest)
+  set(resource ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/VersionInfo.rc.in ${resource} @ONLY)
+  target_sources(${target} PRIVATE ${resource})
+endfunction()
+
 # DEPENDS is private to the DLL. The caller adds what users of the DLL need: target_link_libraries(... PUBLIC ...).
 function(wrb_shared_library name)
   cmake_parse_arguments(arg "" "OUTPUT;DESCRIPTION" "SOURCES;DEPENDS" ${ARGN})
-  configure_file(${PROJECT_SOURCE_DIR}/cmake/VersionInfo.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc @ONLY)
-  add_library(${name} SHARED ${arg_SOURCES} ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc)
+  add_library(${name} SHARED ${arg_SOURCES})
+  wrb_version_resource(${name} ${arg_OUTPUT} .dll VFT_DLL "")
   set_target_properties(${name} PROPERTIES PREFIX "" IMPORT_PREFIX "" OUTPUT_NAME ${arg_OUTPUT})
   target_include_directories(${name} INTERFACE $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>)
   target_link_libraries(${name} PRIVATE wrb_compiler ${arg_DEPENDS})
 endfunction()
 
 function(wrb_program name)
-  cmake_parse_arguments(arg "" "" "SOURCES;DEPENDS" ${ARGN})
+  cmake_parse_arguments(arg "" "DESCRIPTION" "SOURCES;DEPENDS" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
+  if(arg_DESCRIPTION)
+    set(manifest ${PROJECT_SOURCE_DIR}/cmake/Program.manifest)
+    if(MSVC)  # its linker embeds a manifest that is among the sources
+      target_sources(${name} PRIVATE ${manifest})
+      wrb_version_resource(${name} ${name} .exe VFT_APP "")
+    else()
+      wrb_version_resource(${name} ${name} .exe VFT_APP "CREATEPROCESS_MANIFEST_RESOURCE_ID RT_MANIFEST \"${manifest}\"")
+    endif()
+  endif()
   target_link_libraries(${name} PRIVATE wrb_compiler ${arg_DEPENDS})
 endfunction()
 

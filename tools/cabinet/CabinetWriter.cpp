@@ -16,6 +16,7 @@
 #include <string_view>
 #include <utility>
 
+#include "SystemText.h"
 #include "Text.h"
 
 namespace wrb {
@@ -200,7 +201,7 @@ void WriteCabinet(const std::wstring& path, const std::vector<CabinetSource>& so
     const std::wstring folder = path.substr(0, path.find_last_of(L"\\/") + 1);
     std::wstring unfinished;
     if (const DWORD error = MakeFile(folder.empty() ? L"." : folder.c_str(), unfinished); error != 0) {
-        throw std::runtime_error("no file can be made beside it (system error " + std::to_string(error) + ")");
+        throw std::runtime_error("no file can be made beside it: " + SystemText(error));
     }
     Writing writing{unfinished, sources};
     const bool isWritten = WriteAll(writing);
@@ -212,8 +213,7 @@ void WriteCabinet(const std::wstring& path, const std::vector<CabinetSource>& so
         Note(writing, isWritten ? GetLastError() : 0, kFailed);
         DeleteFileW(unfinished.c_str());
         throw std::runtime_error("the cabinet cannot be written (cabinet error " +
-                                 std::to_string(writing.writer.erfOper) + ", system error " +
-                                 std::to_string(writing.error) + ")");
+                                 std::to_string(writing.writer.erfOper) + "): " + SystemText(writing.error));
     }
 }
 

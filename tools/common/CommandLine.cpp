@@ -11,6 +11,7 @@
 #include "ExitCode.h"
 #include "Handle.h"
 #include "Text.h"
+#include "Version.h"
 
 namespace wrb {
 
@@ -53,6 +54,7 @@ int Report(const CLI::App& app, const CLI::ParseError& error) {
 
 std::optional<int> ParseArguments(CLI::App& app, std::vector<std::string> arguments) {
     TakeSlashesAsPaths(app);
+    app.set_version_flag("--version", VersionText(app.get_name()), "Show version and commit");
     std::reverse(arguments.begin(), arguments.end());  // CLI11 takes them from the end
     try {
         app.parse(std::move(arguments));

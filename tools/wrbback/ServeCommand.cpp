@@ -17,6 +17,7 @@
 #include "RecordServer.h"
 #include "StopEvent.h"
 #include "StopWatchdog.h"
+#include "SystemText.h"
 #include "Text.h"
 #include "VisibleText.h"
 
@@ -53,9 +54,8 @@ std::string Settle(const ServeOptions& options, LogSettings& settings) {
 }
 
 int FailAtPipe(ConsoleQueue& console, const std::string& pipe, DWORD error) {
-    return console.Fail(error == ERROR_ALREADY_EXISTS
-                            ? "another program serves the " + pipe
-                            : "cannot create the " + pipe + " (error " + std::to_string(error) + ")",
+    return console.Fail(error == ERROR_ALREADY_EXISTS ? "another program serves the " + pipe
+                                                      : "cannot create the " + pipe + ": " + SystemText(error),
                         kExitFailed);
 }
 
@@ -122,16 +122,15 @@ int Serve(const ServeOptions& options) {
     StopEvent stop;
     if (!stop.Create(kBackEndStopEvent)) {
         const DWORD error = GetLastError();
-        return Fail(error == ERROR_ALREADY_EXISTS
-                        ? "already running on this machine"
-                        : "cannot create the stop event (error " + std::to_string(error) + ")",
+        return Fail(error == ERROR_ALREADY_EXISTS ? "already running on this machine"
+                                                  : "cannot create the stop event: " + SystemText(error),
                     kExitFailed);
     }
     if (settings.enabled && LogFiles(settings.files).Write("") == LogWriteResult::Failed) {
         const DWORD error = GetLastError();
-        return Fail("no log can be written to the folder " + WideToUtf8(settings.files.folder) + " (error " +
-                        std::to_string(error) + ")",
-                    kExitFailed);
+        return Fail(
+            "no log can be written to the folder " + WideToUtf8(settings.files.folder) + ": " + SystemText(error),
+            kExitFailed);
     }
     ConsoleQueue console("wrbback");
     try {

@@ -13,6 +13,7 @@
 #include "Console.h"
 #include "ExitCode.h"
 #include "StopEvent.h"
+#include "SystemText.h"
 
 namespace wrb {
 
@@ -33,8 +34,7 @@ int Stop(std::optional<unsigned> timeoutSeconds) {
         case StopResult::GaveUp:
             return Fail("the program has ended before it had finished", kExitTimedOut);
         default:
-            return Fail("cannot signal the running program (error " + std::to_string(GetLastError()) + ")",
-                        kExitFailed);
+            return Fail("cannot signal the running program: " + SystemText(GetLastError()), kExitFailed);
     }
 }
 

@@ -9,6 +9,7 @@
 #include "CounterSection.h"
 #include "ExitCode.h"
 #include "JsonOutput.h"
+#include "SystemText.h"
 #include "Text.h"
 
 namespace wrb {
@@ -60,7 +61,7 @@ Json::Value JsonTable(const CounterReader& reader, bool all) {
 
 int ReportAttach(CounterAttach result, uint32_t error) {
     PrintErr("wrbctl: " + WideToUtf8(CounterAttachText(result)) +
-             (error != 0 ? " (system error " + std::to_string(error) + ")" : std::string()) + "\n");
+             (error != 0 ? ": " + SystemText(error) : std::string()) + "\n");
     return result == CounterAttach::Missing ? kExitServiceNotRunning : kExitFailed;
 }
 

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "SystemText.h"
 #include "Text.h"
 
 namespace wrb {
@@ -30,7 +31,7 @@ std::string CommandLibrary::Load(const std::wstring& path) {
     m_module = ModuleHandle(LoadLibraryExW(absolute.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
     if (!m_module) {
         const DWORD error = GetLastError();
-        return "cannot load " + WideToUtf8(absolute.wstring()) + " (error " + std::to_string(error) + ")";
+        return "cannot load " + WideToUtf8(absolute.wstring()) + ": " + SystemText(error);
     }
     const HMODULE module = m_module.Get();
     if (!Bind(module, "cmdhl_Initialize", m_exports.initialize) || !Bind(module, "cmdhl_Process", m_exports.process) ||

@@ -22,6 +22,7 @@
 #include "ServerStopEvent.h"
 #include "StopEvent.h"
 #include "StopWatchdog.h"
+#include "SystemText.h"
 #include "Text.h"
 
 namespace wrb {
@@ -52,9 +53,8 @@ int Serve(const EntryPoints& library, const Options& options, const CommandHostO
     if (!host.Start()) {
         const DWORD error = GetLastError();
         library.finalize();
-        return console.Fail(error == ERROR_ALREADY_EXISTS
-                                ? "another program serves the command pipe"
-                                : "cannot create the command pipe (error " + std::to_string(error) + ")",
+        return console.Fail(error == ERROR_ALREADY_EXISTS ? "another program serves the command pipe"
+                                                          : "cannot create the command pipe: " + SystemText(error),
                             kExitFailed);
     }
     MailDelivery mail(home);
@@ -77,14 +77,13 @@ int Host(const Options& options) {
     StopEvent stop;
     if (!stop.Create(kServerStopEvent)) {
         const DWORD error = GetLastError();
-        return Fail(error == ERROR_ALREADY_EXISTS
-                        ? "already running on this machine"
-                        : "cannot create the stop event (error " + std::to_string(error) + ")");
+        return Fail(error == ERROR_ALREADY_EXISTS ? "already running on this machine"
+                                                  : "cannot create the stop event: " + SystemText(error));
     }
     SharedHostBoard board;
     if (!board.Create(kBoard)) {
         const DWORD error = GetLastError();
-        return Fail("cannot create the section of the counters (error " + std::to_string(error) + ")");
+        return Fail("cannot create the section of the counters: " + SystemText(error));
     }
     ConsoleQueue console("wrbhost");
     CommandHostOptions settings;
@@ -128,7 +127,7 @@ int Stop(const Options& options) {
             return Fail("the host has ended with commands running" + (board ? "; " + board->Text() : std::string()),
                         kExitTimedOut);
         default:
-            return Fail("cannot signal the running host (error " + std::to_string(GetLastError()) + ")");
+            return Fail("cannot signal the running host: " + SystemText(GetLastError()));
     }
 }
 
@@ -136,9 +135,8 @@ int Status() {
     SharedHostBoard board;
     if (!board.Open(kBoard)) {
         const DWORD error = GetLastError();
-        return error == ERROR_FILE_NOT_FOUND
-                   ? Fail("not running", kExitServiceNotRunning)
-                   : Fail("cannot read the running host's counters (error " + std::to_string(error) + ")");
+        return error == ERROR_FILE_NOT_FOUND ? Fail("not running", kExitServiceNotRunning)
+                                             : Fail("cannot read the running host's counters: " + SystemText(error));
     }
     PrintOut("wrbhost: running; " + board->Text() + "\n");
     return kExitOk;
