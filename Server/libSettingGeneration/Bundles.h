@@ -2,7 +2,9 @@
 // here and in the list at the end, a row in DbCommands.inc, and a row in CommandTable.inc if agents ask for it.
 #pragma once
 
+#include <cstddef>
 #include <tuple>
+#include <type_traits>
 
 #include "Bundle.h"
 #include "DebugLog.h"
@@ -333,5 +335,18 @@ inline constexpr Bundle<SpywareWhiteListValues> kBundle<SpywareWhiteListValues> 
 
 using Bundles = std::tuple<WtpValues, FARestoreValues, NcieValues, SampleSubmissionValues, SablexValues, AggrScanValues,
                            PolicyTrackingValues, ServiceSwitchValues, ScanTypeValues, SpywareWhiteListValues>;
+
+template <typename Values, typename... All>
+constexpr std::size_t BundlePlace(const std::tuple<All...>*) {
+    std::size_t place = 0;
+    ((std::is_same_v<Values, All> || (++place, false)) || ...);
+    return place;
+}
+
+// Does not compile for values that the list lacks.
+template <typename Values>
+requires(BundlePlace<Values>(static_cast<const Bundles*>(nullptr)) <
+         std::tuple_size_v<Bundles>) inline constexpr std::size_t kBundlePlace =
+    BundlePlace<Values>(static_cast<const Bundles*>(nullptr));
 
 }  // namespace wrb

@@ -40,14 +40,14 @@ void Insert(SqlDb& db, const std::wstring& uid, const std::vector<Values>& rows)
 }
 
 template <typename... Values>
-std::string CreateAll(const std::tuple<std::vector<Values>...>&) {
-    return (CreateSql<Values>() + ...);
+std::vector<BundleTable> TablesOf(const std::tuple<std::vector<Values>...>&) {
+    return {{kBundle<Values>.table, CreateSql<Values>()}...};
 }
 
 }  // namespace
 
-std::string BundleTablesSql() {
-    return CreateAll(AgentBundles());
+std::vector<BundleTable> BundleTables() {
+    return TablesOf(AgentBundles());
 }
 
 void InsertBundles(SqlDb& db, const std::wstring& uid, const AgentBundles& bundles) {

@@ -23,8 +23,11 @@ using AgentBundles = decltype(StoredOf(Bundles()));
 template <typename Values>
 inline constexpr int kFirstBundleColumn = kHasItems<Values> ? 2 : 1;
 
-// CREATE TABLE for every bundle of them.
-std::string BundleTablesSql();
+struct BundleTable {
+    const char* name;
+    std::string create;  // CREATE TABLE, in the words of the schema (Dialect.h)
+};
+std::vector<BundleTable> BundleTables();
 
 // The agent must exist and have no rows yet. Throws SqlError.
 void InsertBundles(SqlDb& db, const std::wstring& uid, const AgentBundles& bundles);

@@ -18,7 +18,7 @@ constexpr Dialect kSqlite = {
     .setUp = "PRAGMA foreign_keys = ON; PRAGMA trusted_schema = OFF; PRAGMA synchronous = NORMAL",
     .prepareFile = "PRAGMA encoding = 'UTF-16le'; PRAGMA journal_mode = WAL",
     .create = "PRAGMA application_id = 0x57524244",
-    .countTables = "SELECT count(*) FROM sqlite_master",
+    .tableNames = "SELECT name FROM sqlite_master WHERE type = 'table'",
     .application = "PRAGMA application_id",
     .version = "PRAGMA user_version",
     .writeVersion = "PRAGMA user_version = ",
@@ -36,7 +36,7 @@ constexpr Dialect kPostgreSql = {
     .create =
         "CREATE COLLATION wrb_caseless (provider = icu, locale = 'und-u-ks-level2', deterministic = "
         "false);\n" WRB_VERSION_TABLE,
-    .countTables = "SELECT count(*) FROM information_schema.tables WHERE table_schema = current_schema()",
+    .tableNames = "SELECT table_name FROM information_schema.tables WHERE table_schema = current_schema()",
     .application = "SELECT max(application) FROM wrb_store",
     .version = "SELECT max(version) FROM wrb_store",
     .writeVersion = "UPDATE wrb_store SET version = ",
@@ -52,7 +52,7 @@ constexpr Dialect kSqlServer = {
     .setUp = "",
     .prepareFile = "",
     .create = WRB_VERSION_TABLE,
-    .countTables = "SELECT count(*) FROM information_schema.tables WHERE table_schema = schema_name()",
+    .tableNames = "SELECT table_name FROM information_schema.tables WHERE table_schema = schema_name()",
     .application = kPostgreSql.application,
     .version = kPostgreSql.version,
     .writeVersion = kPostgreSql.writeVersion,

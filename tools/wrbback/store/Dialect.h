@@ -18,7 +18,7 @@ struct Dialect {
     const char* setUp;         // on each new connection
     const char* prepareFile;   // before the first table, outside of a transaction
     const char* create;        // and inside
-    const char* countTables;   // 0: the database is empty
+    const char* tableNames;    // none: the database is empty
     const char* application;   // kStoreApplicationId is there
     const char* version;       // and kStoreVersion there
     const char* writeVersion;  // the number follows

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <set>
 #include <system_error>
 
 #include "BundleTables.h"
@@ -39,12 +40,18 @@ enum class Missing : uint8_t { kRefused, kMade };
     }
 }
 
-// The version of our tables; nothing when the database is empty.
-std::optional<int64_t> VersionOf(SqlDb& db, const std::wstring& address) {
-    const Dialect& dialect = DialectOf(db.Engine());
-    if (db.NumberOf(dialect.countTables) == 0) {
-        return std::nullopt;
+std::set<std::wstring> TableNames(SqlDb& db) {
+    std::set<std::wstring> names;
+    SqlStatement read = db.Use(DialectOf(db.Engine()).tableNames);
+    while (read.Step()) {
+        names.insert(read.Text(0));
     }
+    return names;
+}
+
+// Throws SqlError when the tables are not ours.
+int64_t VersionOf(SqlDb& db, const std::wstring& address) {
+    const Dialect& dialect = DialectOf(db.Engine());
     int64_t application = 0;
     try {
         application = db.NumberOf(dialect.application);
@@ -74,7 +81,9 @@ void CreateTables(SqlDb& db) {
     SqlTransaction transaction(db);
     db.Execute(dialect.create);
     db.Execute(Spelled(db.Engine(), kStoreSchema));
-    db.Execute(Spelled(db.Engine(), BundleTablesSql()));
+    for (const BundleTable& table : BundleTables()) {
+        db.Execute(Spelled(db.Engine(), table.create));
+    }
     WriteVersion(db, kStoreVersion);
     transaction.Commit();
 }
@@ -92,6 +101,15 @@ void Migrate(SqlDb& db) {
     transaction.Commit();
 }
 
+// For the bundles that came after the database had been made.
+void AddBundleTables(SqlDb& db, const std::set<std::wstring>& present) {
+    for (const BundleTable& table : BundleTables()) {
+        if (!present.contains(Utf8ToWide(table.name))) {
+            db.Execute(Spelled(db.Engine(), table.create));
+        }
+    }
+}
+
 std::unique_ptr<SqlDb> Open(const std::wstring& address, Missing missing) {
     try {
         const SqlAddress parsed = ParseSqlAddress(address);
@@ -102,15 +120,18 @@ std::unique_ptr<SqlDb> Open(const std::wstring& address, Missing missing) {
         }
         auto db = std::make_unique<SqlDb>(address);
         db->Execute(DialectOf(db->Engine()).setUp);
-        const std::optional<int64_t> version = VersionOf(*db, address);
-        if (!version && missing == Missing::kRefused) {
+        const std::set<std::wstring> tables = TableNames(*db);
+        if (tables.empty() && missing == Missing::kRefused) {
             Refuse(SqlFailure::Other, address, "is empty; fill it with: wrbback seed AGENTS.json --store STORE");
         }
-        if (!version) {
+        if (tables.empty()) {
             CreateTables(*db);
-        } else if (*version != kStoreVersion) {
+            return db;
+        }
+        if (VersionOf(*db, address) != kStoreVersion) {
             Migrate(*db);
         }
+        AddBundleTables(*db, tables);
         return db;
     } catch (const SqlError& error) {
         Explain(error, address);

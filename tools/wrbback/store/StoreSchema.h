@@ -1,7 +1,8 @@
 // The tables of the database. Every 32-bit number is stored as 0 ... 4294967295, also when it is signed on the wire.
 //
 // A change of the tables takes a new version number and a row in kMigrations. A database of an older version is brought
-// forward when it is opened; one of a newer version is refused.
+// forward when it is opened; one of a newer version is refused. A table of one more bundle takes no new version: it is
+// made when a database that lacks it is opened.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,7 @@
 #include "cmdhm_Bundles.h"
 
+#include <array>
+
 #include "AgentProtection.h"
 #include "AgentUid.h"
 #include "BundleContainers.h"
@@ -29,10 +31,8 @@ bool AskAndRender(std::wstring& section, const std::wstring& uid, bool bResetCfg
     return !protection.Failed();
 }
 
-}  // namespace
-
 template <typename Values>
-bool GetBundle(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag) {
+bool Get(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag) {
     constexpr Bundle<Values> bundle = kBundle<Values>;
     const std::wstring uid = CutUid(pszUid);
     std::wstring section;
@@ -53,15 +53,18 @@ bool GetBundle(std::wstring& out, const wchar_t* pszUid, bool bResetCfgFlag) {
     return true;
 }
 
-template bool GetBundle<WtpValues>(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-template bool GetBundle<FARestoreValues>(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-template bool GetBundle<NcieValues>(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-template bool GetBundle<SampleSubmissionValues>(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-template bool GetBundle<SablexValues>(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-template bool GetBundle<AggrScanValues>(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-template bool GetBundle<PolicyTrackingValues>(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-template bool GetBundle<ServiceSwitchValues>(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-template bool GetBundle<ScanTypeValues>(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
-template bool GetBundle<SpywareWhiteListValues>(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+using Getter = bool (*)(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+
+template <typename... Values>
+constexpr std::array<Getter, sizeof...(Values)> GettersOf(const std::tuple<Values...>*) {
+    return {Get<Values>...};
+}
+constexpr auto kGetters = GettersOf(static_cast<const Bundles*>(nullptr));
+
+}  // namespace
+
+bool GetBundleAt(std::size_t place, std::wstring& out, const wchar_t* uid, bool bResetCfgFlag) {
+    return kGetters[place](out, uid, bResetCfgFlag);
+}
 
 }  // namespace wrb

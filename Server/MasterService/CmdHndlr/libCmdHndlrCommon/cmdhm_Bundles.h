@@ -8,15 +8,20 @@
 // at most 600 seconds.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "Bundles.h"
 
 namespace wrb {
 
-// Defined for the bundles of the list in Bundles.h.
+// The bundle at this place of the list in Bundles.h.
+bool GetBundleAt(std::size_t place, std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+
 template <typename Values>
-bool GetBundle(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
+bool GetBundle(std::wstring& out, const wchar_t* uid, bool bResetCfgFlag) {
+    return GetBundleAt(kBundlePlace<Values>, out, uid, bResetCfgFlag);
+}
 
 // The same, with the bit left as it is.
 template <typename Values>

@@ -66,17 +66,18 @@ TEST(Store, AFileThatCannotBeUsedIsNamedWithTheReason) {
     EXPECT_EQ(WhyNot(path), "");
 }
 
-TEST(Store, AFileOfTheVersionBeforeIsBroughtForward) {
+TEST(Store, AFileOfTheVersionBeforeOrWithoutATableOfABundleIsBroughtForward) {
     const TempFolder folder;
     const std::wstring path = (folder / L"agents.db").wstring();
     CreateStore(path)->Execute(
         "CREATE TRIGGER special_log_limit AFTER INSERT ON special_log BEGIN DELETE FROM special_log; END;"
-        "INSERT INTO agent (uid) VALUES ('u'); PRAGMA user_version = 2");
+        "INSERT INTO agent (uid) VALUES ('u'); DROP TABLE aggr_scan; PRAGMA user_version = 2");
     for (int i = 0; i < 2; ++i) {
         const auto db = OpenStore(path);
         EXPECT_EQ(db->NumberOf("PRAGMA user_version"), 3);
         EXPECT_EQ(db->NumberOf("SELECT count(*) FROM sqlite_master WHERE type = 'trigger'"), 0);
         EXPECT_EQ(db->NumberOf("SELECT count(*) FROM agent"), 1);
+        EXPECT_EQ(db->NumberOf("SELECT count(*) FROM aggr_scan"), 0);
     }
 }
 
