@@ -75,7 +75,6 @@ void CSettingContainerBM::Serialize(ISerializer& serializer) const {
 void CSettingContainerBM::ExportToIni(std::wstring& out) const {
     wrb::AppendPolicies(out, m_policies);
     AppendIniSection(out, L"VEXOR_Exception");
-    wrb::AppendCount(out, L"Count", m_exceptions);
     wrb::AppendRecords(out, m_exceptions);
     AppendIniString(out, L"TPList", m_trustedPrograms);
     AppendIniSection(out, L"VEXOR_Engine");

@@ -26,7 +26,7 @@ constexpr wchar_t kSwitches[] =
 
 constexpr wchar_t kVexor[] =
     L"[VEXOR_BMPolicy]\nCount=2\nPolicyId0=p0\nAction0=2\nEnable0=1\nPolicyId1=p1\nAction1=1\nEnable1=0\n"
-    L"[VEXOR_Exception]\nCount=0\nTPList=\n[VEXOR_Engine]\nEnable=0\nEnableBM=0\nEnableTD=0\nEnableTDC=0\n"
+    L"[VEXOR_Exception]\nTPList=\n[VEXOR_Engine]\nEnable=0\nEnableBM=0\nEnableTD=0\nEnableTDC=0\n"
     L"EnableADC=0\nEnableSRP=0\nEnableDRE=0\nEnableUMH=0\nEnableUMHExploit=0\n[VEXOR_DACPolicy]\n"
     L"ExecutableListCount=0\nApprovedListCount=0\n[VEXOR_UserBased_DC_Config]\nDCPolicyCountIn=0\nDCPolicyCountOut=0\n"
     L"EnableIn=0\nEnableOut=0\n";

@@ -29,7 +29,7 @@ constexpr wchar_t kPolicies[] =
     L"Action2=-3\nEnable2=1\nPolicyId3=new\nAction3=5\nEnable3=1\n";
 
 constexpr wchar_t kSections[] =
-    L"[VEXOR_Exception]\nCount=2\nImagePath0=C:\\a&bAB.exe\nImagePath1=\nTPList=t [x]|u\n"
+    L"[VEXOR_Exception]\nImagePath0=C:\\a&bAB.exe\nImagePath1=\nTPList=t [x]|u\n"
     L"[VEXOR_Engine]\nEnable=1\nEnableBM=0\nEnableTD=1\nEnableTDC=0\nEnableADC=0\nEnableSRP=0\nEnableDRE=0\nEnableUMH="
     L"0\n"
     L"EnableUMHExploit=1\n"
