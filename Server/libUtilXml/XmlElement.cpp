@@ -133,6 +133,8 @@ XmlElement TakeElement(const pugi::xml_node& node, unsigned level) {
             element.children.push_back(TakeElement(child, level + 1));
         } else if (child.type() == pugi::node_pcdata) {
             CheckText(child.value());
+        } else if (child.type() == pugi::node_declaration) {
+            throw XmlError("a declaration in an element");
         }
     }
     return element;

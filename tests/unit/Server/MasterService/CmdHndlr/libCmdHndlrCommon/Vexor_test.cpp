@@ -134,6 +134,7 @@ TEST(Vexor, DocumentsThatAreRefused) {
                                     L"<!DOCTYPE Policy><Policy/>",
                                     L"<!DOCTYPE Policy [<!ENTITY own 'x'>]><Policy>&own;</Policy>",
                                     L"<Policy/><?xml version='1.0'?>",
+                                    L"<Policy><?xml version='1.0'?></Policy>",
                                     L"<Policy a='\xD800'/>",
                                     L"<Policy>\x01</Policy>",
                                     L"<Policy/>\0"s,
