@@ -60,6 +60,12 @@ std::vector<Case> Cases() {
          WideBytes(L"0\t16"), L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=1\n"},
         {cmdhm_GetSampleSubmissionSetting, L"cmdhm_GetSampleSubmissionSetting", L"DB_GET_PRIVILEGE",
          WideBytes(L"-1\t-17"), L"[SAMPLE_SUBMISSION]\nEnableSampleSubmission=0\n"},
+        // Any number but 0 is on; what is missing or no number is off.
+        {cmdhm_GetServiceSwitch, L"cmdhm_GetServiceSwitch", L"DB_GET_SERVICE_SWITCH",
+         WideBytes(L"-1\t0\t2\t-2147483648\t4294967296\t-0\tx\t-99999999999999999999"),
+         L"[ServiceSwitch]\nEnableVEXOROnDesktop=1\nEnableVEXOROnServer=0\nEnableFWOnDesktop=1\nEnableFWOnServer=1\n"
+         L"EnableDLPOnDesktop=1\nEnableDLPOnServer=0\nEnableNCIEOnDesktop=0\nEnableNCIEOnServer=1\n"
+         L"EnableCCSFOnDesktop=0\nEnableCCSFOnServer=0\nEnableLightweightVEXOROnServer=0\n"},
         {cmdhm_GetSablexSetting, L"cmdhm_GetSablexSetting", L"DBV2_GET_SABLEX_CFG",
          RecordMessage(L"DBV2_GET_SABLEX_CFG", tagClientSablexConfig({0x1, 1, 2, L"C:\\a b.exe|D:\\", L""})),
          L"[Sablex_Settings]\nEnableSablex=1\nEnableFile=0\nEnableProcess=0\nActionForFile=1\nActionForProcess=2\n"
