@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <set>
 
+#include "IgnoringCase.h"
 #include "ProfileAccess.h"
+#include "Text.h"
 
 namespace wrb {
 namespace {
@@ -18,23 +20,17 @@ std::string_view WithoutQuotes(std::string_view text) {
     return quoted ? text.substr(1, text.size() - 2) : text;
 }
 
-std::string LowerCase(std::string_view text) {
-    std::string lower(text);
-    std::ranges::transform(lower, lower.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return lower;
-}
-
 }  // namespace
 
 std::string SectionLines(std::string_view lines) {
     std::string text;
-    std::set<std::string> keys;
+    std::set<std::wstring, LessIgnoringCase> keys;  // letters beyond ASCII have cases too
     while (!lines.empty()) {
         const std::string_view line = lines.substr(0, lines.find('\0'));
         lines.remove_prefix(std::min(line.size() + 1, lines.size()));
         const std::string_view key = Trim(line.substr(0, line.find('=')));
-        if (line.find('=') == line.npos || key.empty() || key.starts_with(';') || !keys.insert(LowerCase(key)).second) {
+        if (line.find('=') == line.npos || key.empty() || key.starts_with(';') ||
+            !keys.insert(AnsiToWide(key)).second) {
             continue;
         }
         text.append(key).append("=").append(WithoutQuotes(Trim(line.substr(line.find('=') + 1)))).append("\n");

@@ -188,10 +188,12 @@ TEST(ProfileAccess, ASectionHasTheValuesOfItsKeys) {
     wrb::test::WriteAll(
         path,
         "[Other]\r\nx=1\r\n[S]\r\nb=2\r\n\r\n;c=3\r\n ; d=4\r\nno equals\r\n = no key\r\n  e \t=\t five \r\n"
-        "q=\" x \"\r\nr='y'\r\ns=\"z\r\nt=\"\r\nempty=\r\neq=a=b\r\nB=again\r\nu=\xE9;w\r\n[Last]\r\ny=1\r\n");
+        "q=\" x "
+        "\"\r\nr='y'\r\ns=\"z\r\nt=\"\r\nempty=\r\neq=a=b\r\nB=again\r\nu=\xE9;w\r\n\xC4k=6\r\n\xE4K=7\r\n[Last]\r\ny="
+        "1\r\n");
     const std::optional<std::string> lines = profile.ReadSection("S", path.c_str());
     ASSERT_TRUE(lines);
-    EXPECT_EQ(*lines, "b=2\ne=five\nq= x \nr=y\ns=\"z\nt=\"\nempty=\neq=a=b\nu=\xE9;w\n");
+    EXPECT_EQ(*lines, "b=2\ne=five\nq= x \nr=y\ns=\"z\nt=\"\nempty=\neq=a=b\nu=\xE9;w\n\xC4k=6\n");
     for (std::size_t at = 0; at < lines->size(); at = lines->find('\n', at) + 1) {
         const std::size_t equals = lines->find('=', at);
         const std::string key = lines->substr(at, equals - at);
