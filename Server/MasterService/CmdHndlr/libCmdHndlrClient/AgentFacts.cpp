@@ -26,11 +26,16 @@ constexpr uint32_t kOppInForce = 1;
 constexpr uint32_t kServerAuthLog = 1;  // the log type in the database
 constexpr std::size_t kMostLogCharacters = 4096;
 
-// Nothing for an agent that the database does not know: dbGet... would give 0.
+// Nothing for an agent that the database does not know: dbGet... would give 0. An empty uid is not asked for.
 template <DbCommand command>
-std::optional<uint32_t> NumberOfKnownAgent(const wchar_t* uid, uint32_t number = 0) {
+std::optional<uint32_t> NumberOfKnownAgent(const wchar_t* caller, const wchar_t* uid, uint32_t number = 0) {
+    const std::wstring agent = wrb::CutUid(uid);
+    if (agent.empty()) {
+        WRB_LOG(kLogError, L"%s - UID is empty", caller);
+        return std::nullopt;
+    }
     std::wstring text;
-    if (!wrb::ReadTextOf<command>(wrb::CutUid(uid).c_str(), text, number) || text.empty()) {
+    if (!wrb::ReadTextOf<command>(agent.c_str(), text, number) || text.empty()) {
         return std::nullopt;
     }
     return static_cast<uint32_t>(wrb::ParseInt64(text));
@@ -54,11 +59,8 @@ std::optional<OutbreakPrevention> ReadOpp(const wchar_t* uid) {
 }  // namespace
 
 bool wrb::GetQuarantineCommand(std::wstring& output, const wchar_t* uid) {
-    if (CutUid(uid).empty()) {
-        WRB_LOG(kLogError, L"%s - UID is empty", L"cmdhl_GetClnNetQuarantineCmd");
-        return false;
-    }
-    const auto status = NumberOfKnownAgent<DbCommand::GetStatus>(uid, kSecondStatusWord);
+    const auto status =
+        NumberOfKnownAgent<DbCommand::GetStatus>(L"cmdhl_GetClnNetQuarantineCmd", uid, kSecondStatusWord);
     if (status) {
         output = (*status & kIsolate) != 0 ? L"1" : (*status & kRelease) != 0 ? L"2" : L"0";
     }
@@ -88,7 +90,7 @@ bool wrb::GetOppSetting(std::wstring& output, const wchar_t* uid) {
 
 bool wrb::IsConfigFlagSet(std::wstring& output, const wchar_t* uid, CCmdProtocol& fields) {
     const uint32_t mask = TakeUnsigned(fields);
-    const auto changed = NumberOfKnownAgent<DbCommand::GetConfFlag>(uid);
+    const auto changed = NumberOfKnownAgent<DbCommand::GetConfFlag>(L"cmdhl_IsConfigFlagSet", uid);
     if (changed) {
         output = (*changed & mask) != 0 ? L"1" : L"0";
     }
