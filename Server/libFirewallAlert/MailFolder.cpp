@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <utility>
 
 #include "Handle.h"
 #include "HeldFolder.h"
@@ -63,6 +64,13 @@ uint32_t CreateFolder(const std::wstring& folder) {
     return error == ERROR_ALREADY_EXISTS ? ERROR_SUCCESS : error;
 }
 
+// The error of the folder, when it cannot be held, or what work() returns while it is.
+template <typename Work>
+uint32_t InHeldFolder(const std::wstring& home, const wchar_t* name, Work work) {
+    const HeldFolder held(home, name);
+    return held.Error() != ERROR_SUCCESS ? held.Error() : work();
+}
+
 uint32_t WriteNewFile(const std::wstring& path, std::string_view text) {
     const FileHandle file(
         CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -73,6 +81,32 @@ uint32_t WriteNewFile(const std::wstring& path, std::string_view text) {
     const uint32_t error =
         ErrorUnless(WriteFile(file.Get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr));
     return error != ERROR_SUCCESS ? error : ErrorUnless(FlushFileBuffers(file.Get()));
+}
+
+uint32_t WriteAndRename(const std::wstring& path, const std::wstring& finalPath, std::string_view text) {
+    uint32_t error = WriteNewFile(path, text);
+    if (error == ERROR_SUCCESS) {
+        error = ErrorUnless(MoveFileExW(path.c_str(), finalPath.c_str(), 0));
+    }
+    if (error != ERROR_SUCCESS) {
+        DeleteFileW(path.c_str());
+    }
+    return error;
+}
+
+// The error of a file that is too long is ERROR_FILE_TOO_LARGE.
+uint32_t ReadWhole(const std::wstring& path, std::string& text) {
+    const FileHandle handle(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                        FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    if (!handle) {
+        return GetLastError();
+    }
+    text.resize(MailFolder::kMostBytes + 1);
+    DWORD bytes = 0;
+    const uint32_t error =
+        ErrorUnless(ReadFile(handle.Get(), text.data(), static_cast<DWORD>(text.size()), &bytes, nullptr));
+    text.resize(bytes);
+    return error == ERROR_SUCCESS && bytes > MailFolder::kMostBytes ? ERROR_FILE_TOO_LARGE : error;
 }
 
 }  // namespace
@@ -93,24 +127,13 @@ uint32_t MailFolder::Store(const std::wstring& name, std::string_view text) cons
             return error;
         }
     }
-    const HeldFolder heldNew(m_home, kNew);
-    const HeldFolder heldMail(m_home, kMail);
-    if (heldNew.Error() != ERROR_SUCCESS || heldMail.Error() != ERROR_SUCCESS) {
-        return heldNew.Error() != ERROR_SUCCESS ? heldNew.Error() : heldMail.Error();
-    }
-    if (const uint32_t error = MakeRoom(); error != ERROR_SUCCESS) {
-        return error;
-    }
-    const std::wstring file = name + std::wstring(kWaiting);
-    const std::wstring path = m_new + file;
-    uint32_t error = WriteNewFile(path, text);
-    if (error == ERROR_SUCCESS) {
-        error = ErrorUnless(MoveFileExW(path.c_str(), (m_mail + file).c_str(), 0));
-    }
-    if (error != ERROR_SUCCESS) {
-        DeleteFileW(path.c_str());
-    }
-    return error;
+    return InHeldFolder(m_home, kNew, [&] {
+        return InHeldFolder(m_home, kMail, [&] {
+            const std::wstring file = name + std::wstring(kWaiting);
+            const uint32_t error = MakeRoom();
+            return error != ERROR_SUCCESS ? error : WriteAndRename(m_new + file, m_mail + file, text);
+        });
+    });
 }
 
 uint32_t MailFolder::MakeRoom() const {
@@ -125,57 +148,40 @@ uint32_t MailFolder::MakeRoom() const {
 }
 
 std::vector<std::wstring> MailFolder::Waiting() const {
-    const HeldFolder held(m_home, kMail);
-    if (held.Error() != ERROR_SUCCESS) {
-        return {};
-    }
-    std::vector<std::wstring> names = MailsIn(m_mail);
+    std::vector<std::wstring> names;
+    InHeldFolder(m_home, kMail, [&] {
+        names = MailsIn(m_mail);
+        return ERROR_SUCCESS;
+    });
     std::erase_if(names, [](const std::wstring& name) { return !name.ends_with(kWaiting); });
     names.resize(std::min(names.size(), kMostFiles));
     return names;
 }
 
 std::optional<std::string> MailFolder::Read(const std::wstring& file) const {
-    const HeldFolder held(m_home, kMail);
-    if (held.Error() != ERROR_SUCCESS) {
-        return std::nullopt;
-    }
-    const FileHandle handle(CreateFileW((m_mail + file).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                        FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
-    std::string text(kMostBytes + 1, '\0');
-    DWORD bytes = 0;
-    if (!handle || !ReadFile(handle.Get(), text.data(), static_cast<DWORD>(text.size()), &bytes, nullptr) ||
-        bytes > kMostBytes) {
-        return std::nullopt;
-    }
-    text.resize(bytes);
-    return text;
+    std::string text;
+    const uint32_t error = InHeldFolder(m_home, kMail, [&] { return ReadWhole(m_mail + file, text); });
+    return error == ERROR_SUCCESS ? std::optional(std::move(text)) : std::nullopt;
 }
 
 uint32_t MailFolder::Delete(const std::wstring& file) const {
-    const HeldFolder held(m_home, kMail);
-    return held.Error() != ERROR_SUCCESS ? held.Error() : ErrorUnless(DeleteFileW((m_mail + file).c_str()));
+    return InHeldFolder(m_home, kMail, [&] { return ErrorUnless(DeleteFileW((m_mail + file).c_str())); });
 }
 
 uint32_t MailFolder::MarkFailed(const std::wstring& file) const {
-    const HeldFolder held(m_home, kMail);
-    if (held.Error() != ERROR_SUCCESS) {
-        return held.Error();
-    }
-    const std::wstring path = m_mail + file;
-    std::wstring failed = path.substr(0, path.size() - kWaiting.size());
-    failed += kFailed;
-    return ErrorUnless(MoveFileExW(path.c_str(), failed.c_str(), MOVEFILE_REPLACE_EXISTING));
+    const std::wstring failed = file.substr(0, file.size() - kWaiting.size()) + std::wstring(kFailed);
+    return InHeldFolder(m_home, kMail, [&] {
+        return ErrorUnless(MoveFileExW((m_mail + file).c_str(), (m_mail + failed).c_str(), MOVEFILE_REPLACE_EXISTING));
+    });
 }
 
 void MailFolder::DeleteUnfinished() const {
-    const HeldFolder held(m_home, kNew);
-    if (held.Error() != ERROR_SUCCESS) {
-        return;
-    }
-    for (const std::wstring& name : MailsIn(m_new)) {
-        DeleteFileW((m_new + name).c_str());
-    }
+    InHeldFolder(m_home, kNew, [&] {
+        for (const std::wstring& name : MailsIn(m_new)) {
+            DeleteFileW((m_new + name).c_str());
+        }
+        return ERROR_SUCCESS;
+    });
 }
 
 }  // namespace wrb
