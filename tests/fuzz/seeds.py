@@ -2,6 +2,7 @@
 
 usage: seeds.py REPOSITORY FOLDER    writes FOLDER/TARGET/* and FOLDER/TARGET.dict
 """
+import json
 import pathlib
 import re
 import struct
@@ -83,6 +84,9 @@ db_names = names("Server/DatabaseServer/libDbClient/DbCommands.inc", r'WRB_DB_CO
 scan_keys = names("Server/libSettingGeneration/ScanGroupTables.cpp", r'L"(\w+)"')
 columns = names("tools/wrbback/records/RecordTable.cpp", r'\{"(\w+)", (?:ColumnKind::)?(\w+)\}')
 row_values = {"Text": '"text"', "Date": '"2024-01-31 23:59:59"', "Address": '"' + "0" * 31 + '1"'}
+scan_ini = (samples / "home" / "wrbscan.ini").read_bytes()
+policy_names = sorted(set(re.findall(r"<(\w+)|(\w+)=", agents.decode())))
+policy_names = [element + attribute for element, attribute in policy_names]
 cfw_row = CFW_ROW % ",".join(f'"{name}":{row_values.get(kind, "1")}' for name, kind in columns[:11])
 frame = message("NULL", number(1) + number(7) + number(8) + text("C:\\wrbhost.exe") + text("dbGetMscfW"))
 
@@ -121,12 +125,21 @@ TARGETS = {
         [message("DBV2_CLIENT_GET_ALL_SCAN_EX", text("C:\\Temp\\mst1.tmp"), flags=2)],
         [message("")[:28], struct.pack("<I", 0), struct.pack("<I", 1), b"\xff\xff\xff\xff", number(0), boolean(1),
          text("")]),
+    "policy": (
+        [wide(agent["behaviourText"]) for agent in json.loads(agents)["agents"] if "behaviourText" in agent] +
+        [wide("<Policy><Behaviour><Exception ImagePath='&#10;&lt;&#x1F600;'/>text<![CDATA[&]]></Behaviour></Policy>")],
+        map(wide, policy_names + ["<", "/>", "='", "&#", "&amp;", "<?xml version='1.0'?>", "<![CDATA[", "]]>", "<!--",
+                                  "<!DOCTYPE "])),
     "record": (
         [message("CMDLOGV2_SEND_CFWLOG", text(cfw_row)), message("WC_SET_SPYWARE_LOG_EVENT", number(1)),
          fields("CMDHQM_EVENT_RTS_STATUS_CHANGE", "1\0"),
          fields("CMDHQM_SEND_FIREWALL_LOG", UID, "17", *["a"] * 2, *["1"] * 6, "b", "c\0")],
         [wide(f'"{name}":') for name, _ in columns] +
         [message("CMDLOGV2_SEND_RESTORELOG"), wide("TBL_RESTORE_LOG"), wide("RestoreLogFieldInfo"), text(""), number(0)]),
+    "section": (
+        [section.replace(b"\r\n", b"\0") for section in scan_ini.split(b"\r\n[")] +
+        [b" k \t= ' v '\0K=2\0;c=3\0no equals\0=no key\0\xc4=1\0\xe4=2\0\0"],
+        [b"\0", b"=", b";", b"\"", b"'", b"\t", b" = "]),
     "seed": (
         [agents, b'{"agents":[{"uid":"%s","scan":{"manual":{}}}],"serviceSwitch":{}}' % UID.encode()],
         [f'"{key}":'.encode() for key in sorted(set(re.findall(r'"(\w+)":', agents.decode())))] +
