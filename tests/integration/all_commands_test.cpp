@@ -1,13 +1,16 @@
 // Every row of the command table with fields of any kind, and those that ask the database under one that misbehaves.
 #include <atomic>
 #include <exception>
+#include <map>
 #include <thread>
 
 #include "Ask.h"
 #include "BackEnd.h"
 #include "CommandCatalog.h"
 #include "FakeDbService.h"
+#include "INICache.h"
 #include "ResourceUse.h"
+#include "ServicePipes.h"
 #include "Text.h"
 
 namespace wrb::test {
@@ -146,23 +149,47 @@ TEST_F(AllCommands, ForAServerThatClosesAtOnce) {
     ExpectFailures();
 }
 
-TEST_F(AllCommands, ForAServerThatIsSlowOrLies) {
+TEST_F(AllCommands, WithGoodFields) {
+    const BackEnd backEnd;
+    const TempFolder folder;
+    const std::filesystem::path ini = folder / L"server.ini";
+    WriteAll(ini, "[INI_SERVER_SECTION]\nStringProtectionKey=" + std::string(64, 'a') + "\n");
+    ServerIniCache().clear();
+    ServerIniCache().init(ini.wstring().c_str(), 6);
+    for (const CommandEntry& entry : CommandCatalog()) {
+        EXPECT_TRUE(entry.name == "CMDHL_SLEEP" || !entry.Answers() ||
+                    AnswerOf(entry, std::wstring(kFullAgent) + L"\t1\t1") != L"")
+            << entry.name;
+    }
+}
+
+// Commands that do not ask the database answer as they do without a server, however slow the services are that they
+// write to.
+TEST_F(AllCommands, ForServersThatAreSlowOrLie) {
+    const std::wstring fields = std::wstring(kFullAgent) + L"\t1\t1";
+    std::map<std::string_view, std::wstring> usual;
+    for (const CommandEntry& entry : CommandCatalog()) {
+        usual[entry.name] = AsksTheDatabase(entry) || entry.name == "CMDHL_SLEEP" ? L"" : AnswerOf(entry, fields);
+    }
     const std::optional<std::string> answers[] = {
         std::nullopt, WideBytes(L"a\tb\t-\t0x9\t\xD800\t[x]\n"), std::string(kMegabyte, '\0') + WideBytes(L"x"),
         WideBytes(std::wstring(kMegabyte / 2, L'9')), MessageBytes(L"DBV2_OTHER", std::string(64, '\xFF'))};
     const std::optional<std::string>* answer = answers;
+    const auto takeTime = [&](const Received&) { Sleep(*answer ? 0 : 100); };
+    const FakePipeService logPool(kLogPoolPipe, takeTime);
+    const FakePipeService qmAgent(kQmAgentPipe, takeTime);
+    const FakePipeService commands(kWrbServerPipe, takeTime);
     const FakeDbService server([&](const DbRequest&) {
-        Sleep(*answer ? 0 : 100);
+        takeTime({});
         return answer->value_or("");
     });
     for (; answer != std::end(answers); ++answer) {
         for (const CommandEntry& entry : CommandCatalog()) {
-            if (AsksTheDatabase(entry)) {
-                const std::wstring text = AnswerOf(entry, std::wstring(kFullAgent) + L"\t1\t1");
-                EXPECT_TRUE(*answer || entry.name == "CMDHL_GET_INI_SERVICESWITCHSETTING" ||
-                            IsAnswerToUnknown(entry, text))
-                    << entry.name << testing::PrintToString(text);
-            }
+            const std::wstring text = entry.name == "CMDHL_SLEEP" ? L"" : AnswerOf(entry, fields);
+            EXPECT_TRUE(AsksTheDatabase(entry) ? *answer || entry.name == "CMDHL_GET_INI_SERVICESWITCHSETTING" ||
+                                                     IsAnswerToUnknown(entry, text)
+                                               : text == usual[entry.name])
+                << entry.name << testing::PrintToString(text);
         }
     }
 }
