@@ -11,6 +11,7 @@ import email.policy
 import pathlib
 import shutil
 import socket
+import ssl
 import subprocess
 import sys
 import tempfile
@@ -166,6 +167,46 @@ class AlertMail(unittest.TestCase):
         self.assertTrue(mail["Subject"].endswith(": total"), mail["Subject"])
         self.assertEqual(mail["To"], "one@example.com, two@example.com")
         self.assertIn("\n  total 5 (threshold 5), reached\n", mail.get_content().replace("\r\n", "\n"))
+
+    def certificate(self):
+        """Of localhost, from an authority that nobody knows."""
+        names = {name: str(self.home / name) for name in ("key", "certificate")}
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=localhost",
+                        "-addext", "subjectAltName=DNS:localhost", "-keyout", names["key"], "-out", names["certificate"]],
+                       check=True, stderr=subprocess.DEVNULL)
+        context = ssl.create_default_context(ssl.Purpose.CLIENT_AUTH)
+        context.load_cert_chain(names["certificate"], names["key"])
+        return context
+
+    def test_over_tls(self):
+        certificate = self.certificate()
+        cases = {1: {"tls_context": certificate, "require_starttls": True}, 2: {"ssl_context": certificate}}
+        for security, keywords in cases.items():
+            with self.subTest(security), MailServer(**keywords) as server:
+                self.settings(server.controller.port, SmtpServer="localhost", SmtpSecurity=security)
+                with Host(self):
+                    self.alert()
+                    self.wait_until_sent(server)
+
+    def test_a_certificate_of_an_unknown_authority_is_refused(self):
+        said = b""
+        with socket.socket() as server:
+            server.bind(("127.0.0.1", 0))
+            server.listen()
+            server.settimeout(PATIENCE)
+            self.settings(server.getsockname()[1], SmtpServer="localhost", SmtpSecurity=2)
+            with Host(self):
+                self.alert()
+                connection, _ = server.accept()
+                try:
+                    with self.certificate().wrap_socket(connection, server_side=True) as talk:
+                        talk.sendall(b"220 localhost\r\n")
+                        said = talk.recv(100)
+                except OSError:
+                    pass
+        self.assertEqual(len(self.files()), 1)
+        if said:
+            self.skipTest("this system takes any certificate, as Wine's Schannel does; test_over_tls needs that, too")
 
     def test_what_fails_is_sent_by_the_next_host(self):
         cases = {
