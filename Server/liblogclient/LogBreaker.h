@@ -1,4 +1,4 @@
-// Keeps a log service that hangs from slowing down those who log.
+// Keeps a log service that hangs, or is slow, from slowing down those who log.
 #pragma once
 
 #include <atomic>
@@ -17,7 +17,25 @@ class LogBreaker {
     // Counts a line that took too long. No line is tried for the next second.
     void Trip(uint32_t now) noexcept {
         AddLost(1);
-        m_tripped.store(kTripped | now, std::memory_order_relaxed);
+        Pause(now);
+    }
+
+    // Adds what a try has waited, whatever came of it; `limit` is the longest wait of a line. Ten such waits within a
+    // second trip the breaker, of all threads together: a service that takes each line just before the limit would hold
+    // them up for good. A wait of less than a quarter of the limit is that of a sound service and does not count.
+    void Waited(uint32_t now, uint32_t milliseconds, uint32_t limit) noexcept {
+        if (milliseconds < limit / 4 || milliseconds == 0) {
+            return;
+        }
+        uint64_t before = m_waited.load(std::memory_order_relaxed);
+        uint64_t after;
+        do {
+            const bool isSameSecond = now - static_cast<uint32_t>(before >> 32) < kSecond;
+            after = (isSameSecond ? before : uint64_t{now} << 32) + milliseconds;
+        } while (!m_waited.compare_exchange_weak(before, after, std::memory_order_relaxed));
+        if (static_cast<uint32_t>(after) >= kMostLimits * limit) {
+            Pause(now);
+        }
     }
 
     // Whether the second still runs. If so, a line is counted as lost.
@@ -43,8 +61,13 @@ class LogBreaker {
 
   private:
     static constexpr uint64_t kTripped = uint64_t{1} << 32;
+    static constexpr uint32_t kSecond = 1'000;
+    static constexpr uint32_t kMostLimits = 10;
+
+    void Pause(uint32_t now) noexcept { m_tripped.store(kTripped | now, std::memory_order_relaxed); }
 
     std::atomic<uint64_t> m_tripped{0};  // kTripped and the tick
+    std::atomic<uint64_t> m_waited{0};   // since when, in the upper half, and how long
     std::atomic<uint32_t> m_lost{0};
 };
 

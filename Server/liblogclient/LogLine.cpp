@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <chrono>
 #include <cwchar>
 #include <new>
 #include <string>
@@ -49,10 +50,28 @@ struct LineText {
     std::size_t Room() const noexcept { return kTextCharacters - length; }  // with the terminator
 };
 
+// What a try waits, by a clock that is finer than ticks: a line of a sound service takes less than one.
+class TimedTry {
+  public:
+    explicit TimedTry(uint32_t limit) : m_limit(limit) {}
+    ~TimedTry() {
+        const auto waited = std::chrono::steady_clock::now() - m_start;
+        breaker.Waited(Now(), static_cast<uint32_t>(std::chrono::floor<std::chrono::milliseconds>(waited).count()),
+                       m_limit);
+    }
+    TimedTry(const TimedTry&) = delete;
+    TimedTry& operator=(const TimedTry&) = delete;
+
+  private:
+    const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+    const uint32_t m_limit;
+};
+
 // Counts a line that fails, except where no service runs.
 bool Send(const LoggerSetup& setup, uint32_t level, const wchar_t* source, uint32_t line, const wchar_t* text) {
     DWORD error = ERROR_NOT_ENOUGH_MEMORY;
     try {
+        const TimedTry timed(setup.waitMilliseconds);
         const auto seconds = static_cast<int32_t>(SystemClock().CalendarSeconds());
         const LogLine fields{seconds, GetCurrentProcessId(), GetCurrentThreadId(), level, source, line, text};
         if (logcl_Write(fields, setup.external.get(), setup.waitMilliseconds) == 1) {

@@ -17,6 +17,7 @@ int main() {
             breaker.Trip(now);
             ++lost;
         } else {
+            breaker.Waited(now, 19, 20);
             reported += breaker.TakeLost();
         }
     });

@@ -131,6 +131,27 @@ TEST(LogBreaker, ALineThatTookTooLongStopsTheLinesOfOneSecond) {
     EXPECT_EQ(breaker.TakeLost(), 0u);
 }
 
+TEST(LogBreaker, SlowLinesThatAddUpStopTheLinesOfOneSecond) {
+    const struct {
+        uint32_t waited;
+        uint32_t apart;
+        int lines;  // until it trips; 0: never
+    } cases[] = {{19, 20, 11}, {20, 20, 10}, {5, 5, 40}, {4, 1, 0}, {19, 100, 0}, {0, 0, 0}};
+    for (const auto& row : cases) {
+        LogBreaker breaker;
+        uint32_t now = 0xFFFF'FF00;  // the clock wraps
+        int lines = 0;
+        while (lines < 1'000 && !breaker.Skips(now)) {
+            now += row.apart;
+            breaker.Waited(now, row.waited, 20);
+            ++lines;
+        }
+        EXPECT_EQ(lines, row.lines != 0 ? row.lines : 1'000) << row.waited << " " << row.apart;
+        EXPECT_EQ(breaker.TakeLost(), row.lines != 0 ? 1u : 0u) << "the line that finds it tripped";
+        EXPECT_FALSE(breaker.Skips(now + 1'000));
+    }
+}
+
 // It takes no further client, or takes one and does not read. Lines are numbered.
 TEST(LogWrite, AServiceThatHangsLosesLinesAndTheNextOneToArriveIsPrecededByTheirNumber) {
     DebugLogSetup(L"", L"", "CMDHL", true);
