@@ -66,6 +66,9 @@ constexpr char kSetPrivilege[] =
 constexpr char kSetFirewallCounts[] =
     "UPDATE agent SET firewall_number = $number, firewall_count1 = @c1, firewall_count2 = @c2, firewall_count3 = @c3, "
     "firewall_count4 = @c4, firewall_count5 = @c5, firewall_count6 = @c6, firewall_time = $time";
+constexpr char kAddAudit[] =
+    "INSERT INTO audit (changed_at, user_name, target, setting, old_value, new_value) "
+    "VALUES ($now, :user, :target, :setting, :old, :new)";
 constexpr char kAddSpecialLog[] =
     "INSERT INTO special_log (uid, log_type, text, received) SELECT uid, @kind, :text, $now FROM agent";
 
@@ -136,6 +139,7 @@ constexpr TextCommandRow kRows[] = {
     {SetCfwActId, ScanOf::None, ":uid :policy", "UPDATE agent SET firewall_policy = :policy", kAgent},
     {SetCfwLogCount, ScanOf::None, ":uid $number @c1 @c2 @c3 @c4 @c5 @c6 $time", kSetFirewallCounts, kAgent},
     {SetSpecialLog, ScanOf::None, ":uid @kind :text", kAddSpecialLog, kAgent},
+    {AddAudit, ScanOf::None, ":user :target :setting :old :new", kAddAudit, kNone},
 };
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Clock.h"
+#include "Listing.h"
 #include "ScanTable.h"
 #include "SqlDb.h"
 #include "Store.h"
@@ -15,7 +16,15 @@
 namespace wrb {
 namespace {
 
-constexpr int64_t kSpecialLogs = 10'000;  // agents write them, so there must be an end to them
+// Tables that grow with each write: the rows that are kept.
+constexpr struct {
+    DbCommand command;
+    const char* table;
+    int64_t rows;
+} kBoundedTables[] = {
+    {DbCommand::SetSpecialLog, "special_log", 10'000},
+    {DbCommand::AddAudit, "audit", 1'000'000},
+};
 
 // A request's fields under the names that a row of the table gives them.
 struct Field {
@@ -129,6 +138,9 @@ bool GiveConfiguration(SqlDb& db, const std::wstring& uid) {
 }  // namespace
 
 std::optional<std::wstring> AnswerTextCommand(SqlDb& db, DbCommand command, CCmdProtocol& request) {
+    if (command == DbCommand::ListRows) {
+        return ListRows(db, request);
+    }
     const std::optional<Call> call = Resolve(command, request);
     if (!call) {
         return std::nullopt;
@@ -162,8 +174,10 @@ int64_t RunTextCommand(SqlDb& db, DbCommand command, CCmdProtocol& request) {
     if (changed == 0 && call->row->scan != ScanOf::None && uid != nullptr && GiveConfiguration(db, *uid)) {
         changed = Run(db, *call);
     }
-    if (command == DbCommand::SetSpecialLog) {
-        KeepLatest(db, "special_log", kSpecialLogs);
+    for (const auto& bounded : kBoundedTables) {
+        if (bounded.command == command) {
+            KeepLatest(db, bounded.table, bounded.rows);
+        }
     }
     transaction.Commit();
     return changed;

@@ -13,6 +13,8 @@ struct Dialect {
     const char* text;      // UTF-16 or UTF-8, of any length
     const char* number;    // 64 bits
     const char* id;        // a key that counts up by itself
+    const char* plain;     // after CAST(column AS: a text that LIKE takes, and the bracket that ends the cast
+    const char* page;      // after an order: @rows rows from @first on
     const char* keyed;     // after the columns of a table that is found by its key alone
 
     const char* setUp;         // on each new connection

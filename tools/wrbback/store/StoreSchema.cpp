@@ -2,8 +2,16 @@
 
 namespace wrb {
 
+// What people have changed. The newest rows are kept (TextCommands.cpp).
+#define WRB_AUDIT_TABLE                                           \
+    "CREATE TABLE audit (id {id}, "                               \
+    "changed_at {number} NOT NULL, " /* calendar seconds */       \
+    "user_name {text} NOT NULL, "                                 \
+    "target {text} NOT NULL, " /* a uid, or what else it names */ \
+    "setting {text} NOT NULL, old_value {text} NOT NULL, new_value {text} NOT NULL);\n"
+
 // Words in braces: see Dialect.h. Uids are GUID texts, of which upper and lower case are equal.
-const char kStoreSchema[] = R"sql(
+const char kStoreSchema[] = WRB_AUDIT_TABLE R"sql(
 CREATE TABLE agent (
     uid                {caseless} PRIMARY KEY,
     computer           {text}    NOT NULL DEFAULT '',
@@ -141,7 +149,9 @@ namespace {
 // Other engines than SQLite began with version 3.
 constexpr Migration kMigrations[] = {
     {2, "DROP TRIGGER special_log_limit"},  // the program keeps the limit
+    {3, WRB_AUDIT_TABLE},
 };
+#undef WRB_AUDIT_TABLE
 
 }  // namespace
 

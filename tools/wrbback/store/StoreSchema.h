@@ -11,7 +11,7 @@
 namespace wrb {
 
 inline constexpr int64_t kStoreApplicationId = 0x57524244;  // "WRBD"
-inline constexpr int64_t kStoreVersion = 3;
+inline constexpr int64_t kStoreVersion = 4;
 
 // But for the tables of the setting bundles (BundleTables.h).
 extern const char kStoreSchema[];

@@ -42,7 +42,7 @@ TEST(Store, AFileThatCannotBeUsedIsNamedWithTheReason) {
         {"another program's", [&] { SqlDb(path).Execute("CREATE TABLE theirs (x); PRAGMA user_version = 1"); },
          "is a database of another program"},
         {"a newer version's", [&] { CreateStore(path)->Execute("PRAGMA user_version = 99"); },
-         "has version 99, this program knows 3"},
+         "has version 99, this program knows 4"},
         {"damaged",
          [&] {
              CreateStore(path)->Execute("PRAGMA journal_mode = DELETE");
@@ -71,13 +71,14 @@ TEST(Store, AFileOfTheVersionBeforeOrWithoutATableOfABundleIsBroughtForward) {
     const std::wstring path = (folder / L"agents.db").wstring();
     CreateStore(path)->Execute(
         "CREATE TRIGGER special_log_limit AFTER INSERT ON special_log BEGIN DELETE FROM special_log; END;"
-        "INSERT INTO agent (uid) VALUES ('u'); DROP TABLE aggr_scan; PRAGMA user_version = 2");
+        "INSERT INTO agent (uid) VALUES ('u'); DROP TABLE aggr_scan; DROP TABLE audit; PRAGMA user_version = 2");
     for (int i = 0; i < 2; ++i) {
         const auto db = OpenStore(path);
-        EXPECT_EQ(db->NumberOf("PRAGMA user_version"), 3);
+        EXPECT_EQ(db->NumberOf("PRAGMA user_version"), 4);
         EXPECT_EQ(db->NumberOf("SELECT count(*) FROM sqlite_master WHERE type = 'trigger'"), 0);
         EXPECT_EQ(db->NumberOf("SELECT count(*) FROM agent"), 1);
         EXPECT_EQ(db->NumberOf("SELECT count(*) FROM aggr_scan"), 0);
+        EXPECT_EQ(db->NumberOf("SELECT count(*) FROM audit"), 0);
     }
 }
 

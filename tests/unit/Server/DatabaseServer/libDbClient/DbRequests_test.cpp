@@ -6,6 +6,7 @@
 #include "CalendarTime.h"
 #include "DbAgent.h"
 #include "DbCommands.h"
+#include "DbListing.h"
 #include "DbScanCfg.h"
 #include "DbScanUpdate.h"
 #include "DbTransport.h"
@@ -86,6 +87,11 @@ const Case kCases[] = {
     WRB_READ(GetSpywareWhiteList), WRB_READ(GetBackupLogAllSessions), WRB_READ(GetPrivilege),
     // clang-format on
     Read(DbCommand::GetComputername, dbGetComputerNameW),
+    {DbCommand::ListRows, L"agents a 2 1 50 25",
+     [] {
+         wrb::DbListing listing;
+         return wrb::ReadDbListing({L"agents", L"a", 2, true, 50, 25}, listing) && listing.total == 1;
+     }},
     Read(DbCommand::GetExtra, GetExtra),
     Read(DbCommand::GetOppStatus, GetOppStatus),
     Prebuilt(DbCommand::GetClientPassword, dbGetClientPasswordW, L"uid 1"),
@@ -107,6 +113,8 @@ const Case kCases[] = {
     Write(DbCommand::SetCfwActId, L" policy", dbSetCfwActIdW, nullptr, L"policy"),
     Write(DbCommand::SetCfwLogCount, kByUid + L"-7 1 2 3 4 5 4294967295 0", dbSetCfwLogCountW, kUid, -7,
           {1, 2, 3, 4, 5, 4294967295}, L""),
+    Write(DbCommand::AddAudit, L"user target setting  new", wrb::WriteDbAudit,
+          {L"user", L"target", L"setting", L"", L"new"}),
     Write(DbCommand::SetSpecialLog, kByUid + L"9 text", dbSetSpecialLogW, kUid, 9, L"text"),
 };
 
