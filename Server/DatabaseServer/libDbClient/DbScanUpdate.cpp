@@ -45,7 +45,7 @@ CCmdProtocol StartWrite(const WriteCommands& commands, DbTarget target) {
 }
 
 // An exclusion group's list is stored under its configuration bit; the others carry value, mask and numbers.
-void AppendNumbers(CCmdProtocol& request, const ScanGroup& group, const ScanUpdate& update,
+void AppendNumbers(CCmdProtocol& request, const ScanGroup& group, const ScanWrite& update,
                    const ScanGroupValues& values) {
     if (group.kind == ScanGroupKind::Exclusion) {
         request << group.configFlag;
@@ -64,7 +64,7 @@ bool IsStored(const ScanGroup& group, ScanText member) {
 
 }  // namespace
 
-bool SetDbScanGroup(const ScanGroup& group, DbTarget target, const ScanUpdate& update,
+bool SetDbScanGroup(const ScanGroup& group, DbTarget target, const ScanWrite& update,
                     const ScanGroupValues& values) noexcept {
     return GuardCall(WRB_HERE, L"SetDbScanGroup", [&] {
         CCmdProtocol request = StartWrite(kGroupCommands[ScanGroupIndex(group.type, group.kind)], target);

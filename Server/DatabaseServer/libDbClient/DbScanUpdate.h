@@ -15,7 +15,7 @@
 
 namespace wrb {
 
-struct ScanUpdate {
+struct ScanWrite {
     uint32_t value = 0;  // the new option bits
     uint32_t mask = 0;   // which bits of the stored word they replace
     uint32_t flag = 0;   // sent to the database, which ignores it; exclusion writes do not carry it
@@ -27,7 +27,7 @@ inline constexpr DbTarget kEveryAgent = std::nullopt;
 
 // By group: DB_SET_MSCF ... DB_SET_SPYWARE_SNCF and DB_SET_EXCLUDE_LIST, and their forms for every agent. Of an
 // exclusion group only the texts are written, whatever `update` says; its option bit takes SetDbScanFlags.
-bool SetDbScanGroup(const ScanGroup& group, DbTarget target, const ScanUpdate& update,
+bool SetDbScanGroup(const ScanGroup& group, DbTarget target, const ScanWrite& update,
                     const ScanGroupValues& values) noexcept;
 
 // By scan type: the flag word alone, DB_SET_MS_FLG ... DB_SET_ALL_SN_FLG.
@@ -35,11 +35,11 @@ bool SetDbScanFlags(ScanType type, DbTarget target, uint32_t value, uint32_t mas
 
 // The same for what is known when the program is compiled.
 template <ScanType type, ScanGroupKind kind>
-bool SetDbScan(const wchar_t* uid, const ScanUpdate& update, const ScanGroupValues& values) noexcept {
+bool SetDbScan(const wchar_t* uid, const ScanWrite& update, const ScanGroupValues& values) noexcept {
     return SetDbScanGroup(FindScanGroup(type, kind), uid, update, values);
 }
 template <ScanType type, ScanGroupKind kind>
-bool SetAllDbScan(const ScanUpdate& update, const ScanGroupValues& values) noexcept {
+bool SetAllDbScan(const ScanWrite& update, const ScanGroupValues& values) noexcept {
     return SetDbScanGroup(FindScanGroup(type, kind), kEveryAgent, update, values);
 }
 template <ScanType type>

@@ -4,6 +4,7 @@
 
 #include "DebugLog.h"
 #include "IniValues.h"
+#include "ScanRowText.h"
 #include "Text.h"
 
 namespace wrb {
@@ -50,25 +51,6 @@ bool IsText(const ScanRow& row) {
     return row.kind == ScanRowKind::Text || row.kind == ScanRowKind::CustomActionPair;
 }
 
-bool WriteRow(CINICache& ini, const wchar_t* section, const ScanRow& row, const ScanGroupValues& values) {
-    const wchar_t* const key = row.key.data();
-    switch (row.kind) {
-        case ScanRowKind::Bit:
-            return ini.writeINIString(section, key, (values.flags & row.bits) != 0 ? L"1" : L"0") != 0;
-        case ScanRowKind::Int:
-            return ini.writeINIInt(section, key, static_cast<int32_t>(values.*row.number)) != 0;
-        case ScanRowKind::Choice:
-            return ini.writeINIInt(section, key, static_cast<int32_t>(row.choice->ValueOf(values.flags))) != 0;
-        case ScanRowKind::Text:
-        case ScanRowKind::CustomActionPair:
-            return ini.writeINIString(section, key, (values.*row.text).c_str()) != 0;
-        case ScanRowKind::Uid:
-        case ScanRowKind::Empty:
-            break;
-    }
-    return true;
-}
-
 }  // namespace
 
 bool FitsAnIniLine(std::wstring_view text) noexcept {
@@ -86,7 +68,8 @@ bool SurvivesAnIniFile(std::wstring_view text) {
            !isBlank(text.front()) && !isBlank(text.back()) && !(isQuote(text.front()) && text.front() == text.back());
 }
 
-ScanIniWrite WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const ScanGroupValues& values) {
+ScanIniWrite WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const ScanGroupValues& values,
+                               const ScanGroupValues* before) {
     for (const ScanRow& row : group.rows) {
         if (IsText(row) && !FitsAnIniLine(values.*row.text)) {
             WRB_LOG(kLogError, L"%s - no line of a file can hold the text for [%s] %s", L"WriteScanGroupIni",
@@ -96,7 +79,11 @@ ScanIniWrite WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const Sca
     }
     ScanIniWrite result{.complete = true};
     for (const ScanRow& row : group.rows) {
-        const bool written = WriteRow(ini, group.section.data(), row, values);
+        const std::wstring text = ScanRowText(row, values);
+        if (!row.IsSetting() || (before != nullptr && ScanRowText(row, *before) == text)) {
+            continue;
+        }
+        const bool written = ini.writeINIString(group.section.data(), row.key.data(), text.c_str()) != 0;
         result.complete = written && result.complete;
         result.bitsStored |= written ? row.bits : 0;
     }

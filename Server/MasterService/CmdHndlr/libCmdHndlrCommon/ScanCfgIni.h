@@ -27,9 +27,10 @@ struct ScanIniWrite {
     uint32_t bitsStored = 0;  // the option bits of the switches that were written
 };
 
-// Writes every setting of the group's section, texts as they stand. When a text does not fit a line, nothing is
-// written. A key that cannot be written costs the cache's attempts, 0.6 seconds, and the others are written. Either
-// leaves a log line. Throws only for lack of memory.
-ScanIniWrite WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const ScanGroupValues& values);
+// Writes every setting of the group's section, texts as they stand; with `before` only those that differ from it. When
+// a text does not fit a line, nothing is written. A key that cannot be written costs the cache's attempts, 0.6 seconds,
+// and the others are written. Either leaves a log line. Throws only for lack of memory.
+ScanIniWrite WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const ScanGroupValues& values,
+                               const ScanGroupValues* before = nullptr);
 
 }  // namespace wrb

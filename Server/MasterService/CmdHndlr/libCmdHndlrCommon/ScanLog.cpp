@@ -57,7 +57,7 @@ bool ShowsText(const ScanGroup& group, ScanUpdateLevel level, ScanText member) {
 
 // Of a main or an exclusion group, which differ in a blank and in the word for every agent. Of exclusion groups the
 // real-time line of the INI has no bit and no flag.
-std::wstring SettingsLine(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update,
+std::wstring SettingsLine(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanWrite& update,
                           const ScanGroupValues& values) {
     const bool isExclusion = group.kind == ScanGroupKind::Exclusion;
     const wchar_t* const everyAgent = isExclusion ? L"all" : L"All";
@@ -84,7 +84,7 @@ std::wstring SettingsLine(const ScanGroup& group, ScanUpdateLevel level, const w
     return line;
 }
 
-std::wstring SpywareLine(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update) {
+std::wstring SpywareLine(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanWrite& update) {
     const wchar_t* const suffix = level == ScanUpdateLevel::Agent ? L""
                                   : level == ScanUpdateLevel::All ? L"All"
                                                                   : L"Ini";
@@ -104,7 +104,7 @@ void LogScanValues(const ScanGroup& group, const std::wstring& uid, const ScanGr
     LogSpywareList(L"Get", group, values);
 }
 
-void LogScanUpdate(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update,
+void LogScanUpdate(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanWrite& update,
                    const ScanGroupValues& values) {
     const bool isSpyware = group.kind == ScanGroupKind::Spyware;
     WRB_LOG(

@@ -14,7 +14,7 @@ void LogScanValues(const ScanGroup& group, const std::wstring& uid, const ScanGr
 enum class ScanUpdateLevel { Agent, All, Ini };
 
 // `uid` is used at the agent's level only.
-void LogScanUpdate(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanUpdate& update,
+void LogScanUpdate(const ScanGroup& group, ScanUpdateLevel level, const wchar_t* uid, const ScanWrite& update,
                    const ScanGroupValues& values);
 
 }  // namespace wrb

@@ -31,24 +31,36 @@ void TakeTexts(const ScanGroup& group, const std::wstring& answer, ScanGroupValu
     std::wstring unused;
     fields >> values.extList >> values.moveDir >> unused >> unused >> values.custAction;
     values.cleanFailedMoveDir = values.moveDir;
-    CompleteCustomAction(ScanIniCache(), values.custAction);
 }
 
-bool GetFromDatabase(const ScanGroup& group, ScanGroupValues& values, const std::wstring& uid, bool bResetCfgFlag) {
-    const bool hasTexts = group.kind != ScanGroupKind::Spyware;
+// `hasTexts` is false when the group should have texts and the database has none.
+bool GetFromDatabase(const ScanGroup& group, ScanGroupValues& values, const std::wstring& uid, bool& hasTexts) {
+    const bool wantsTexts = group.kind != ScanGroupKind::Spyware;
     std::wstring texts;
     if (!GetDbScanGroup(group, uid.c_str(), values) ||
-        (hasTexts && !dbGetExtraW(uid.c_str(), group.configFlag, texts))) {
+        (wantsTexts && !dbGetExtraW(uid.c_str(), group.configFlag, texts))) {
+        return false;
+    }
+    if (wantsTexts) {
+        TakeTexts(group, texts, values);
+    }
+    hasTexts = !wantsTexts || !texts.empty();
+    return true;
+}
+
+bool GetAgentGroup(const ScanGroup& group, ScanGroupValues& values, const std::wstring& uid, bool bResetCfgFlag) {
+    bool hasTexts = false;
+    if (!GetFromDatabase(group, values, uid, hasTexts)) {
         return false;
     }
     if (bResetCfgFlag) {
         dbSetConfFlagW(uid.c_str(), 0, group.configFlag);
     }
-    if (hasTexts) {
-        TakeTexts(group, texts, values);
+    if (group.kind == ScanGroupKind::Main) {
+        CompleteCustomAction(ScanIniCache(), values.custAction);
     }
     LogScanValues(group, uid, values);
-    return !hasTexts || !texts.empty();
+    return hasTexts;
 }
 
 // Unlike in the sections of the scan groups, blanks stand around the equals sign, and the count follows the items.
@@ -68,11 +80,22 @@ bool GetScanGroup(const ScanGroup& group, ScanGroupValues& values, const wchar_t
     values = {};
     const std::wstring field = CutUid(uid);
     if (!field.empty()) {
-        return GetFromDatabase(group, values, field, bResetCfgFlag);
+        return GetAgentGroup(group, values, field, bResetCfgFlag);
     }
     ReadScanGroupIni(ScanIniCache(), group, values);
     LogScanValues(group, field, values);
     return true;
+}
+
+bool GetStoredScanGroup(const ScanGroup& group, ScanGroupValues& values, const wchar_t* uid) {
+    values = {};
+    const std::wstring field = CutUid(uid);
+    if (field.empty()) {
+        ReadScanGroupIni(ScanIniCache(), group, values);
+        return true;
+    }
+    bool hasTexts = false;
+    return GetFromDatabase(group, values, field, hasTexts) && hasTexts;
 }
 
 bool GetAndExportScanGroup(const ScanGroup& group, std::wstring& out, const wchar_t* uid, bool bResetCfgFlag) {

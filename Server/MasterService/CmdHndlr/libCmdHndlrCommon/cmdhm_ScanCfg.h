@@ -15,6 +15,10 @@ namespace wrb {
 // The values of one group, set anew. Do not use them after a failure.
 bool GetScanGroup(const ScanGroup& group, ScanGroupValues& values, const wchar_t* uid, bool bResetCfgFlag);
 
+// The same as they are stored, for a program that changes them: the custom action is not completed, no changed bit is
+// cleared, and no log line shows the values.
+bool GetStoredScanGroup(const ScanGroup& group, ScanGroupValues& values, const wchar_t* uid);
+
 // The group's section, alone in `out`, which is empty after a failure.
 bool GetAndExportScanGroup(const ScanGroup& group, std::wstring& out, const wchar_t* uid, bool bResetCfgFlag);
 

@@ -60,13 +60,16 @@ void ReportRealTimeStatus(uint32_t oldEnable, uint32_t newEnable) {
     }
 }
 
-bool SetIni(const ScanGroup& group, const ScanUpdate& update, const ScanGroupValues& values) {
+}  // namespace
+
+bool SetScanGroupIni(const ScanGroup& group, const ScanWrite& update, const ScanGroupValues& values,
+                     const ScanGroupValues* unchanged) {
     const bool realTime = group.type == ScanType::RT && group.kind == ScanGroupKind::Main;
     ScanGroupValues before;
     if (realTime) {
         ReadScanGroupIni(ScanIniCache(), group, before);
     }
-    const ScanIniWrite written = WriteScanGroupIni(ScanIniCache(), group, values);
+    const ScanIniWrite written = WriteScanGroupIni(ScanIniCache(), group, values, unchanged);
     LogScanUpdate(group, ScanUpdateLevel::Ini, L"", update, values);
     if (realTime && (written.bitsStored & kEnableBit) != 0) {
         ReportRealTimeStatus(before.flags & kEnableBit, values.flags & kEnableBit);
@@ -74,7 +77,7 @@ bool SetIni(const ScanGroup& group, const ScanUpdate& update, const ScanGroupVal
     return written.complete;
 }
 
-bool SetDatabase(const ScanGroup& group, DbTarget target, const ScanUpdate& update, const ScanGroupValues& values) {
+bool SetScanGroupInDb(const ScanGroup& group, DbTarget target, const ScanWrite& update, const ScanGroupValues& values) {
     const bool sent =
         SetDbScanGroup(group, target, update, values) &&
         (group.kind != ScanGroupKind::Exclusion || SetDbScanFlags(group.type, target, update.value, update.mask)) &&
@@ -83,18 +86,16 @@ bool SetDatabase(const ScanGroup& group, DbTarget target, const ScanUpdate& upda
     return sent;
 }
 
-}  // namespace
-
 bool SetScanGroup(const ScanGroup& group, CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini,
                   uint32_t flag) {
     const ScanGroupValues values = ReadFields(group, message);
-    const ScanUpdate update{.value = values.flags, .mask = group.updateMask, .flag = flag};
+    const ScanWrite update{.value = values.flags, .mask = group.updateMask, .flag = flag};
     const std::wstring field = CutUid(uid);
-    bool stored = ini && SetIni(group, update, values);
+    bool stored = ini && SetScanGroupIni(group, update, values);
     if (!field.empty()) {
-        stored = SetDatabase(group, field.c_str(), update, values);
+        stored = SetScanGroupInDb(group, field.c_str(), update, values);
     } else if (allAgents) {
-        stored = SetDatabase(group, kEveryAgent, update, values);
+        stored = SetScanGroupInDb(group, kEveryAgent, update, values);
     }
     return stored;
 }

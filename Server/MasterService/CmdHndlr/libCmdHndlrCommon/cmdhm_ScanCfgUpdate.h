@@ -11,6 +11,7 @@
 
 #include <cstdint>
 
+#include "DbScanUpdate.h"
 #include "ScanGroup.h"
 
 class CCmdProtocol;
@@ -19,6 +20,15 @@ namespace wrb {
 
 bool SetScanGroup(const ScanGroup& group, CCmdProtocol& message, const wchar_t* uid, bool allAgents, bool ini,
                   uint32_t flag);
+
+// One level each, for programs that have the values. `update` says which bits of the stored option word change; numbers
+// and texts are written as `values` has them. The configuration-changed bit is set, and the log line written, as by
+// SetScanGroup.
+bool SetScanGroupInDb(const ScanGroup& group, DbTarget target, const ScanWrite& update, const ScanGroupValues& values);
+
+// The scan INI: every key, or with `unchanged` those whose values differ from it.
+bool SetScanGroupIni(const ScanGroup& group, const ScanWrite& update, const ScanGroupValues& values,
+                     const ScanGroupValues* unchanged = nullptr);
 
 }  // namespace wrb
 

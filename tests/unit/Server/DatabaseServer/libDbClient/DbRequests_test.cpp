@@ -21,7 +21,7 @@ using wrb::test::FakeDbService;
 constexpr const wchar_t* kUid = L"8b3dbf4c-2a6c-4f0a-9d36-0d8a3c1f7e55";
 const std::wstring kByUid = std::wstring(kUid) + L" ";
 
-const wrb::ScanUpdate kUpdate{0x80000001, 0xFFFEFFFD, 1};
+const wrb::ScanWrite kUpdate{0x80000001, 0xFFFEFFFD, 1};
 
 wrb::ScanGroupValues Values() {
     return {1,  2,      3,       0xFFFFFFF9,    5,      6,         7,       8,   9,     10, 11,

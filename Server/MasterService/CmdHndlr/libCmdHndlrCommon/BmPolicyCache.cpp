@@ -7,6 +7,10 @@
 #include "IniValues.h"
 #include "Text.h"
 
+// Log lines name this module.
+#undef WRB_SOURCE_NAME
+#define WRB_SOURCE_NAME "Server/MasterService/CmdHndlr/libCmdHndlrClient/BmPolicyCache.cpp"
+
 wrb::BmPolicyCache* g_pBmPolicyCache = nullptr;
 
 namespace {
