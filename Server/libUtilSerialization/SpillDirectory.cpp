@@ -27,23 +27,6 @@ void AddDirectory(std::vector<std::wstring>& directories, std::wstring directory
     }
 }
 
-// In order of preference; directories that the system cannot name are left out.
-std::vector<std::wstring> SpillDirectories() {
-    std::vector<std::wstring> directories;
-    wchar_t folder[MAX_PATH + 2];
-    if (const std::wstring installed = ReadLocalPath(); !installed.empty()) {
-        AddDirectory(directories, installed + (installed.back() == L'\\' ? L"temp" : L"\\temp"));
-    }
-    if (SHGetFolderPathW(nullptr, CSIDL_INTERNET_CACHE | CSIDL_FLAG_CREATE, nullptr, 0, folder) == S_OK) {
-        AddDirectory(directories, folder);
-    }
-    const DWORD length = GetTempPathW(MAX_PATH + 2, folder);
-    if (length > 0 && length < MAX_PATH + 2) {
-        AddDirectory(directories, folder);
-    }
-    return directories;
-}
-
 // Empty when the text is no path at all or is longer than any that a sender makes.
 std::wstring FullPath(const std::wstring& path) {
     wchar_t full[MAX_PATH + 1];
@@ -64,6 +47,22 @@ bool IsSpillName(std::wstring_view name) {
 }
 
 }  // namespace
+
+std::vector<std::wstring> SpillDirectories() {
+    std::vector<std::wstring> directories;
+    wchar_t folder[MAX_PATH + 2];
+    if (const std::wstring installed = ReadLocalPath(); !installed.empty()) {
+        AddDirectory(directories, installed + (installed.back() == L'\\' ? L"temp" : L"\\temp"));
+    }
+    if (SHGetFolderPathW(nullptr, CSIDL_INTERNET_CACHE | CSIDL_FLAG_CREATE, nullptr, 0, folder) == S_OK) {
+        AddDirectory(directories, folder);
+    }
+    const DWORD length = GetTempPathW(MAX_PATH + 2, folder);
+    if (length > 0 && length < MAX_PATH + 2) {
+        AddDirectory(directories, folder);
+    }
+    return directories;
+}
 
 std::wstring CreateFileInSpillDirectory() {
     std::wstring path(MAX_PATH, L'\0');  // allocated before the file is there

@@ -12,8 +12,13 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace wrb {
+
+// The spill directories of this account, in order of preference, each with a backslash at its end. Those that the
+// system cannot name are left out. None need exist.
+std::vector<std::wstring> SpillDirectories();
 
 // Makes a new, empty file in the first spill directory that lets it, and returns its full path; empty when none does
 // (GetLastError has the cause of the last).

@@ -59,6 +59,7 @@ bool StopEvent::Create(const wchar_t* name) {
     if (!m_terms.Create(TermsName(name).c_str())) {
         return false;
     }
+    m_terms->processId = GetCurrentProcessId();
     m_event = std::move(event);
     g_stopEvent = m_event.Get();
     SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
@@ -95,6 +96,11 @@ StopResult StopRunning(const wchar_t* name, std::optional<unsigned> seconds) {
         return StopResult::Failed;
     }
     return terms && terms->gaveUp != 0 ? StopResult::GaveUp : StopResult::Stopped;
+}
+
+uint32_t RunningProcess(const wchar_t* name) {
+    SharedBlock<StopTerms> terms;
+    return OpenStopEvent(name, SYNCHRONIZE) && terms.Open(TermsName(name).c_str()) ? terms->processId.load() : 0;
 }
 
 }  // namespace wrb

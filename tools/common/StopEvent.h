@@ -20,6 +20,7 @@ inline constexpr unsigned kStopSeconds = 60;
 struct StopTerms {
     std::atomic<uint32_t> milliseconds{0};  // how long the sender waits; 0: as the program was told at its start
     std::atomic<uint32_t> gaveUp{0};        // 1: the program ended before it had finished
+    std::atomic<uint32_t> processId{0};     // of the program
 };
 
 // Owns the event in the service program, and sets it on Ctrl-C, on closing the console and at the end of the session.
@@ -56,5 +57,8 @@ enum class StopResult { Stopped, NotRunning, TimedOut, GaveUp, Failed };
 // than that; without, it takes the time that it was told, and the sender waits for kStopSeconds. GaveUp: it has ended,
 // but not finished. Failed: see GetLastError.
 StopResult StopRunning(const wchar_t* name, std::optional<unsigned> seconds);
+
+// The process that owns the event. 0: it does not run, or this account may not ask.
+uint32_t RunningProcess(const wchar_t* name);
 
 }  // namespace wrb
