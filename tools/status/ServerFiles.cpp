@@ -1,0 +1,163 @@
+#include "ServerFiles.h"
+
+#include <windows.h>
+
+#include <chrono>
+#include <filesystem>
+#include <system_error>
+
+#include "CounterSection.h"
+#include "HomeFolder.h"
+#include "LogFilter.h"
+#include "MailFolder.h"
+#include "ProtectionKeyFile.h"
+#include "SpillDirectory.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+namespace fs = std::filesystem;
+
+StatusItem Item(const char* name, Health health, std::string text) {
+    return {.name = name, .health = health, .text = std::move(text), .details = Json::Value(Json::objectValue)};
+}
+
+StatusItem CheckIni(const std::wstring& home, const wchar_t* file, int64_t cachedSeconds) {
+    const fs::path path = fs::path(home) / file;
+    std::error_code error;
+    const auto size = fs::file_size(path, error);
+    StatusItem item = Item("", Health::Good, "");
+    item.name = WideToUtf8(file);
+    item.details["path"] = WideToUtf8(path.wstring());
+    if (error) {
+        item.health = Health::Warning;
+        item.text = "missing: its defaults apply (" + WideToUtf8(path.wstring()) + ")";
+        return item;
+    }
+    const auto age = std::chrono::duration_cast<std::chrono::seconds>(fs::file_time_type::clock::now() -
+                                                                      fs::last_write_time(path, error))
+                         .count();
+    item.text = std::to_string(size) + " bytes, written " + DurationText(age) + " ago, cached for " +
+                std::to_string(cachedSeconds) + " s";
+    item.text += age <= cachedSeconds ? "; the host may not have seen the change yet" : "";
+    item.details["bytes"] = static_cast<Json::UInt64>(size);
+    item.details["ageSeconds"] = static_cast<Json::Int64>(age);
+    item.details["cachedSeconds"] = static_cast<Json::Int64>(cachedSeconds);
+    return item;
+}
+
+Json::UInt64 FilesIn(const std::wstring& pattern) {
+    WIN32_FIND_DATAW found{};
+    Json::UInt64 count = 0;
+    const HANDLE search = FindFirstFileW(pattern.c_str(), &found);
+    if (search != INVALID_HANDLE_VALUE) {
+        do {
+            ++count;
+        } while (FindNextFileW(search, &found));
+        FindClose(search);
+    }
+    return count;
+}
+
+}  // namespace
+
+StatusItem CheckHome(const std::wstring& home) {
+    if (home.empty()) {
+        return Item("home folder", Health::Down,
+                    "none: the registry value Local_Path and the program's folder are too long");
+    }
+    std::wstring installed = ReadLocalPath();
+    const bool isInstalled = !installed.empty() && home.starts_with(installed);
+    StatusItem item = Item("home folder", Health::Good, "");
+    item.text =
+        WideToUtf8(home) + (isInstalled ? ", from the registry value Local_Path" : ", the folder of this program");
+    item.details["folder"] = WideToUtf8(home);
+    item.details["fromRegistry"] = isInstalled;
+    std::error_code error;
+    if (!fs::is_directory(home, error)) {
+        item.health = Health::Warning;
+        item.text += "; it does not exist";
+    }
+    return item;
+}
+
+StatusItems CheckInis(const std::wstring& home) {
+    return {CheckIni(home, L"wrbscan.ini", 6), CheckIni(home, L"Private\\wrbserver.ini", 6),
+            CheckIni(home, L"Private\\wrbSbaSvr.ini", 30)};
+}
+
+StatusItem CheckKey(const std::wstring& home) {
+    return ReadProtectionKey(home + L"Private\\wrbserver.ini")
+               ? Item("protection key", Health::Good, "there")
+               : Item("protection key", Health::Warning,
+                      "missing: agents with addresses get no web-threat settings; make one with wrbctl make-key");
+}
+
+StatusItem CheckCounters() {
+    CounterReader reader;
+    uint32_t error = 0;
+    if (const CounterAttach result = reader.Attach(error); result != CounterAttach::Attached) {
+        return Item("counters", Health::Warning, WideToUtf8(CounterAttachText(result)));
+    }
+    const Undelivered lost = reader.Undelivered();
+    StatusItem item = Item("counters", Health::Good, "attached");
+    if (lost.rows != 0 || lost.events != 0) {
+        item.health = Health::Warning;
+        item.text =
+            "not handed over: " + std::to_string(lost.rows) + " log rows, " + std::to_string(lost.events) + " events";
+    }
+    item.details["callsInProgress"] = reader.CallsInProgress();
+    item.details["undeliveredRows"] = lost.rows;
+    item.details["undeliveredEvents"] = lost.events;
+    return item;
+}
+
+StatusItem CheckLogLevel() {
+    constexpr struct {
+        int16_t rank;
+        const char* name;
+    } kLevels[] = {{kRankFatal, "F"}, {kRankError, "E"}, {kRankWarning, "W"},
+                   {kRankInfo, "I"},  {kRankDebug, "D"}, {INT16_MIN, "none"}};
+    const uint32_t word = LogFilter::Shared().Word();
+    StatusItem item = Item("log level", Health::Good, word == 0 ? "all" : "a threshold of its own");
+    for (const auto& [rank, name] : kLevels) {
+        if (word == LogFilterWord(rank)) {
+            item.text = name;
+        }
+    }
+    item.details["word"] = word;
+    return item;
+}
+
+StatusItem CheckSpillFolders() {
+    StatusItem item = Item("spill folders", Health::Good, "");
+    Json::Value& folders = item.details["folders"] = Json::Value(Json::arrayValue);
+    for (const std::wstring& folder : SpillDirectories()) {
+        std::error_code error;
+        Json::Value row;
+        row["folder"] = WideToUtf8(folder);
+        row["exists"] = fs::is_directory(folder, error);
+        row["files"] = FilesIn(folder + L"mst*.tmp");
+        item.text +=
+            (item.text.empty() ? "" : ", ") + WideToUtf8(folder) +
+            (row["exists"].asBool() ? " (" + std::to_string(row["files"].asUInt64()) + " files)" : " (missing)");
+        folders.append(std::move(row));
+    }
+    if (folders.empty() || !folders[0]["exists"].asBool()) {
+        item.health = Health::Warning;
+    }
+    return item;
+}
+
+StatusItem CheckMails(const std::wstring& home) {
+    const auto waiting = static_cast<Json::UInt64>(MailFolder(home).Waiting().size());
+    const Json::UInt64 failed = FilesIn(home + L"Temp\\Mail\\*.failed");
+    StatusItem item = Item("mails", failed == 0 ? Health::Good : Health::Warning,
+                           std::to_string(waiting) + " waiting, " + std::to_string(failed) + " failed");
+    item.details["waiting"] = waiting;
+    item.details["failed"] = failed;
+    return item;
+}
+
+}  // namespace wrb

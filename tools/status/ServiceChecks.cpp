@@ -1,0 +1,149 @@
+#include "ServiceChecks.h"
+
+#include <windows.h>
+
+#include <chrono>
+#include <functional>
+#include <optional>
+
+#include "CmdProtocol.h"
+#include "Conversation.h"
+#include "DbRequest.h"
+#include "PipeClient.h"
+#include "PipePath.h"
+#include "PipeServer.h"
+#include "RunningProgram.h"
+#include "ServerStopEvent.h"
+#include "ServicePipes.h"
+#include "StopEvent.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+constexpr uint32_t kPatienceSeconds = 2;
+constexpr wchar_t kEcho[] = L"status";
+constexpr wchar_t kNobody[] = L"00000000-0000-0000-0000-000000000000";
+
+bool IsServed(const wchar_t* pipe) {
+    wchar_t path[MAX_PATH];
+    return FormatPipePath(path, MAX_PATH, pipe) && (WaitNamedPipeW(path, 1) || GetLastError() != ERROR_FILE_NOT_FOUND);
+}
+
+// The milliseconds that it takes; nothing when it fails.
+std::optional<double> Timed(const std::function<bool()>& work) {
+    const auto start = std::chrono::steady_clock::now();
+    if (!work()) {
+        return std::nullopt;
+    }
+    const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
+    return time.count();
+}
+
+std::string MillisecondsText(double milliseconds) {
+    return WideToUtf8(FormatWide(L"%.1f ms", milliseconds));
+}
+
+bool EchoComesBack() {
+    const std::wstring replyPipe = NewReplyPipe();
+    CCmdProtocol message;
+    message << L"CMDHL_ECHO" << replyPipe << kEcho;
+    uint64_t bytes = message.Text().size() * sizeof(wchar_t);
+    CPipeServer server;
+    CPipeClient client;
+    std::wstring answer;
+    if (!server.Initial(replyPipe.c_str(), kPatienceSeconds) || !client.Initial(kHostPipe, kPatienceSeconds * 1000) ||
+        !client.Send(message.Text().data(), bytes)) {
+        return false;
+    }
+    server.EndWith(client);
+    client.Close();
+    return server.FetchCmd(answer) && answer == kEcho;
+}
+
+bool DatabaseAnswers() {
+    const int32_t replyId = NewDbReplyId();
+    CPipeServer server;
+    std::wstring answer;
+    return SendAndRecv(MakeDbRequest(DbName(DbCommand::IsClientExisted), replyId, kNobody), replyId, server,
+                       kPatienceSeconds, L"wrbctl status") == 1 &&
+           server.FetchCmd(answer) && !answer.empty();
+}
+
+// What is known of the program.
+StatusItem ItemOf(const char* name, const std::optional<RunningProgram>& program) {
+    StatusItem item{.name = name, .health = Health::Good, .text = "running", .details = {}};
+    if (program) {
+        item.text += program->version.empty() ? "" : ", version " + WideToUtf8(program->version);
+        item.text += ", up " + DurationText(program->upSeconds) + ", process " + std::to_string(program->processId);
+        item.details["version"] = WideToUtf8(program->version);
+        item.details["upSeconds"] = static_cast<Json::Int64>(program->upSeconds);
+        item.details["processId"] = program->processId;
+        item.details["path"] = WideToUtf8(program->path);
+    }
+    return item;
+}
+
+StatusItem DownItem(const char* name, std::string text) {
+    return {.name = name, .health = Health::Down, .text = std::move(text), .details = {}};
+}
+
+}  // namespace
+
+StatusItem CheckHost() {
+    if (!IsServed(kHostPipe)) {
+        return DownItem("host", "not running; start wrbhost");
+    }
+    StatusItem item = ItemOf("host", FindRunningProgram(kServerStopEvent));
+    if (const std::optional<double> milliseconds = Timed(EchoComesBack)) {
+        item.text += ", echo in " + MillisecondsText(*milliseconds);
+        item.details["echoMilliseconds"] = *milliseconds;
+    } else {
+        item.health = Health::Down;
+        item.text += ", but an echo does not come back within 2 s";
+    }
+    return item;
+}
+
+StatusItem CheckBackEnd() {
+    const std::optional<RunningProgram> program = FindRunningProgram(kBackEndStopEvent);
+    return program || IsServed(kDbServerPipe) ? ItemOf("back end", program)
+                                              : DownItem("back end", "not running; start wrbback serve");
+}
+
+StatusItems CheckPipes() {
+    constexpr struct {
+        const wchar_t* pipe;
+        const char* name;
+    } kPipes[] = {{kDbServerPipe, "database server"},
+                  {kLogServicePipe, "log service"},
+                  {kLogPoolPipe, "log pool"},
+                  {kQmAgentPipe, "management agent"},
+                  {kWrbServerPipe, "agent commands"}};
+    StatusItems items;
+    for (const auto& [pipe, name] : kPipes) {
+        const bool isServed = IsServed(pipe);
+        StatusItem& item = items.emplace_back();
+        item.name = name;
+        item.health = isServed ? Health::Good : Health::Down;
+        item.text = "pipe " + WideToUtf8(pipe) + (isServed ? " is served" : " is not served");
+        item.details["pipe"] = WideToUtf8(pipe);
+    }
+    return items;
+}
+
+StatusItem CheckDatabase() {
+    if (!IsServed(kDbServerPipe)) {
+        return DownItem("store", "cannot be asked: nobody serves the database server's pipe");
+    }
+    const std::optional<double> milliseconds = Timed(DatabaseAnswers);
+    if (!milliseconds) {
+        return DownItem("store", "no answer from the database within 2 s, or an empty one");
+    }
+    StatusItem item{.name = "store", .health = Health::Good, .text = {}, .details = {}};
+    item.text = "answers in " + MillisecondsText(*milliseconds);
+    item.details["milliseconds"] = *milliseconds;
+    return item;
+}
+
+}  // namespace wrb
