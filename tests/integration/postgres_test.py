@@ -11,28 +11,21 @@ import json
 import os
 import pathlib
 import shutil
-import socket
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
-USER, PASSWORD = "wrb", "s;cret"  # a semicolon: the connection string needs braces
+sys.path.append(str(pathlib.Path(__file__).resolve().parents[2] / "scripts" / "lib"))
+import postgres
+from postgres import PASSWORD
+
 SAMPLES = "sample-agents.json"
+AGENT, ADDRESS = "3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2f3", "192.0.2.17"  # one of the samples
+PATIENCE = 60
 
 options = None  # --bin, --runner, --postgres
-
-
-def as_server(*arguments):
-    """PostgreSQL refuses to run as root."""
-    drop = ["setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"] if os.getuid() == 0 else []
-    subprocess.run([*drop, *arguments], check=True, timeout=120, stdout=subprocess.DEVNULL, stderr=subprocess.STDOUT)
-
-
-def free_port():
-    with contextlib.closing(socket.socket()) as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
 
 
 def run(program, *arguments, store=None, **environment):
@@ -49,29 +42,19 @@ class Postgres(unittest.TestCase):
         cls.folder = pathlib.Path(tempfile.mkdtemp(prefix="postgres_test."))
         cls.addClassCleanup(shutil.rmtree, cls.folder)
         cls.folder.chmod(0o777)
-        cls.port = free_port()
-        secret = cls.folder / "password"
-        secret.write_text(PASSWORD)
-        data = str(cls.folder / "data")
-        as_server(options.postgres / "initdb", "-D", data, "-U", USER, "-A", "scram-sha-256", f"--pwfile={secret}",
-                  "-E", "UTF8", "--locale=C.UTF-8", "--no-sync")
-        control = [options.postgres / "pg_ctl", "-D", data, "-w", "-l", str(cls.folder / "log")]
-        as_server(*control, "-o", f"-p {cls.port} -h 127.0.0.1 -k {cls.folder} -F", "start")
-        cls.addClassCleanup(as_server, *control, "-m", "immediate", "stop")
+        cls.engine = postgres.Engine(cls.folder, options.postgres)
+        cls.engine.start()
+        cls.addClassCleanup(cls.engine.stop, "immediate")
 
     def setUp(self):
         self.name = self.id().rsplit(".", 1)[1].lower()[:60]  # PostgreSQL's limit is 63
         self.query(f"CREATE DATABASE {self.name}", "postgres")
 
     def query(self, sql, database=None):
-        return subprocess.run([options.postgres / "psql", "-qAth", "127.0.0.1", "-p", str(self.port), "-U", USER, "-c", sql,
-                               database or self.name],
-                              check=True, timeout=60, text=True, stdout=subprocess.PIPE,
-                              env={**os.environ, "PGPASSWORD": PASSWORD}).stdout.strip()
+        return self.engine.query(sql, database or self.name)
 
-    def store(self, driver="PostgreSQL Unicode", password=PASSWORD):
-        return (f"odbc:Driver={{{driver}}};Server=127.0.0.1;Port={self.port};Database={self.name};Uid={USER};"
-                f"Pwd={{{password}}}")
+    def store(self, **parts):
+        return self.engine.store(self.name, **parts)
 
     def expect(self, *arguments, store=None):
         result = run("wrbback.exe", *arguments, store=store)
@@ -95,7 +78,7 @@ class Postgres(unittest.TestCase):
     def test_what_is_wrong_is_said_in_the_drivers_words_without_the_password(self):
         for store, words in ((self.store(password="wr;ng"), "password authentication failed"),
                              (self.store(driver="No Such Driver"), "Driver"),
-                             (self.store().replace(str(self.port), "1"), "onnect"),
+                             (self.store().replace(str(self.engine.port), "1"), "onnect"),
                              (self.store(), "is empty; fill it with")):
             result = run("wrbback.exe", "check", store=store)
             self.assertEqual(result.returncode, 1)
@@ -130,6 +113,46 @@ class Postgres(unittest.TestCase):
         result = run("wrbback_test.exe", "--gtest_filter=SharedStore.*", WRB_TEST_STORE=self.store())
         self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
         self.assertNotIn("SKIPPED", result.stdout)
+
+    @contextlib.contextmanager
+    def serving(self, more=""):
+        """wrbback over the samples, and wrbhost; yields what reads the back end's lines after its stop."""
+        self.expect("seed", "Z:" + str(options.bin / SAMPLES), store=self.store())
+        environment = {**os.environ, "WRB_STORE": self.store() + more}
+        log = "Z:" + str(self.folder / self.name)
+        with contextlib.ExitStack() as stack:
+            for ready, stop, *arguments in (("ready", ["stop"], "wrbback.exe", "serve", "--log-folder", log),
+                                            ("serving", ["--stop"], "wrbhost.exe")):
+                process = subprocess.Popen([options.runner, str(options.bin / arguments[0]), *arguments[1:]],
+                                           stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, env=environment)
+                stack.callback(process.communicate)
+                stack.callback(run, arguments[0], *stop)
+                while ready not in (line := process.stdout.readline()):
+                    self.assertTrue(line, arguments[0] + " has ended")
+            yield lambda: (self.folder / self.name / "wrbdebug.log").read_text(encoding="utf-8")
+
+    def send(self, *fields, timeout=PATIENCE):
+        result = run("wrbctl.exe", "send", *fields, "--timeout", str(timeout))
+        self.assertEqual(result.returncode, 0, result.stderr)
+        return result.stdout.strip()
+
+    def wait_for(self, wanted, ask):
+        end = time.monotonic() + PATIENCE
+        while (answer := ask()) != wanted and time.monotonic() < end:
+            time.sleep(0.2)
+        self.assertEqual(answer, wanted)
+
+    def test_a_back_end_outlives_a_restart_of_its_engine(self):
+        with self.serving():
+            def ask():
+                return self.send("CMDHL_GET_IP_BY_UID", AGENT)
+            self.assertEqual(ask(), ADDRESS)
+            self.engine.stop()
+            try:
+                self.assertEqual([ask(), ask()], ["", ""])
+            finally:
+                self.engine.start()
+            self.wait_for(ADDRESS, ask)
 
 
 if __name__ == "__main__":
