@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <deque>
 #include <string_view>
 #include <vector>
@@ -21,7 +22,6 @@ namespace {
 
 constexpr SQLULEN kLongestVarchar = 4000;  // longer texts are bound as "long" ones
 constexpr std::size_t kPieceCharacters = 4096;
-constexpr SQLULEN kQuerySeconds = 30;
 
 // By the start of the SQL state; the longer ones first. 25006: the server has become read-only, as after a fail-over. A
 // new connection may reach the one that takes writes.
@@ -47,18 +47,22 @@ SqlFailure FailureOf(std::string_view state) {
     return found == std::end(kFailures) ? SqlFailure::Other : found->failure;
 }
 
-// What messages call the connection, and its handle once there is one.
+// What messages call the connection, how long its statements may take, and its handle once there is one.
 struct OdbcLink {
     std::string name;
+    SQLULEN statementSeconds = 0;
     soci::session* session = nullptr;
 };
+
+HDBC HandleOf(soci::session& session) {
+    return static_cast<soci::odbc_session_backend*>(session.get_backend())->hdbc_;
+}
 
 // Drivers report a lost connection under many states, but know that it is.
 bool IsDead(const OdbcLink& link) {
     SQLUINTEGER dead = SQL_CD_FALSE;
     return link.session != nullptr &&
-           SQL_SUCCEEDED(SQLGetConnectAttr(static_cast<soci::odbc_session_backend*>(link.session->get_backend())->hdbc_,
-                                           SQL_ATTR_CONNECTION_DEAD, &dead, 0, nullptr)) &&
+           SQL_SUCCEEDED(SQLGetConnectAttr(HandleOf(*link.session), SQL_ATTR_CONNECTION_DEAD, &dead, 0, nullptr)) &&
            dead == SQL_CD_TRUE;
 }
 
@@ -88,7 +92,8 @@ class OdbcPrepared final : public PreparedSql {
         m_statement.alloc();
         m_backEnd = static_cast<soci::odbc_statement_backend*>(m_statement.get_backend());
         // A driver that cannot do this waits for as long as the engine does.
-        SQLSetStmtAttr(m_backEnd->hstmt_, SQL_ATTR_QUERY_TIMEOUT, reinterpret_cast<SQLPOINTER>(kQuerySeconds), 0);
+        SQLSetStmtAttr(m_backEnd->hstmt_, SQL_ATTR_QUERY_TIMEOUT, reinterpret_cast<SQLPOINTER>(link.statementSeconds),
+                       0);
         m_statement.prepare(sql);
         m_values.resize(m_backEnd->names_.size());
     }
@@ -200,17 +205,31 @@ class OdbcPrepared final : public PreparedSql {
     std::vector<BoundValue> m_row;
 };
 
+// SOCI connects before it shows the handle that takes SQL_ATTR_LOGIN_TIMEOUT. PostgreSQL's driver takes the limit in
+// the connection string; that of other drivers stays.
+std::string WithLoginTimeout(const SqlAddress& address) {
+    const std::string text = WideToUtf8(address.target);
+    std::string lower = text;
+    std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const bool takesIt = lower.find("postgres") != std::string::npos && lower.find("pqopt") == std::string::npos;
+    return takesIt ? text + ";pqopt={connect_timeout=" + std::to_string(address.loginSeconds) + "}" : text;
+}
+
 class OdbcConnection final : public SqlConnection {
   public:
     explicit OdbcConnection(const SqlAddress& address)
         : m_session(Translated(OdbcLink{address.name},
                                [&address] {
-                                   soci::connection_parameters parameters(soci::odbc, WideToUtf8(address.target));
+                                   soci::connection_parameters parameters(soci::odbc, WithLoginTimeout(address));
                                    parameters.set_option(soci::odbc_option_driver_complete,
                                                          std::to_string(SQL_DRIVER_NOPROMPT));
                                    return std::make_unique<soci::session>(parameters);
                                })),
-          m_link{address.name, m_session.get()} {}
+          m_link{address.name, address.statementSeconds, m_session.get()} {
+        // For a commit, which is no statement. Not every driver knows it; see Dialect::limit.
+        SQLSetConnectAttr(HandleOf(*m_session), SQL_ATTR_CONNECTION_TIMEOUT,
+                          reinterpret_cast<SQLPOINTER>(m_link.statementSeconds), 0);
+    }
 
     void Execute(const std::string& sql) override {
         for (const std::string& statement : SplitStatements(sql)) {

@@ -1,7 +1,9 @@
 #include "SqlAddress.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
+#include <utility>
 
 #include "IgnoringCase.h"
 #include "Text.h"
@@ -11,6 +13,7 @@ namespace {
 
 constexpr std::wstring_view kSqlite = L"sqlite:";
 constexpr std::wstring_view kOdbc = L"odbc:";
+constexpr int64_t kMostSeconds = 3600;
 constexpr std::wstring_view kShownKeys[] = {L"DRIVER", L"DSN", L"FILEDSN", L"SERVER", L"PORT", L"DATABASE"};
 
 // Up to the next semicolon outside of braces.
@@ -31,29 +34,49 @@ std::wstring_view Trimmed(std::wstring_view text) {
     return text.substr(first, text.find_last_not_of(L' ') + 1 - first);
 }
 
-// Only keys that are known to be no secret: drivers have many names for a password.
-std::wstring ShownParts(std::wstring_view connection) {
-    std::wstring shown(kOdbc);
+void Append(std::wstring& parts, std::wstring_view part) {
+    parts += (parts.empty() ? L"" : L";") + std::wstring(part);
+}
+
+// The parts that are ours go into `address`, the others are the driver's. Shown are only keys that are known to be no
+// secret: drivers have many names for a password.
+SqlAddress ParseConnection(std::wstring_view connection) {
+    SqlAddress address;
+    address.isOdbc = true;
+    const std::pair<std::wstring_view, unsigned*> ours[] = {{L"LOGINTIMEOUT", &address.loginSeconds},
+                                                            {L"STATEMENTTIMEOUT", &address.statementSeconds}};
+    std::wstring shown;
     while (!connection.empty()) {
         const std::wstring_view part = FirstPart(connection);
         const std::wstring_view key = Trimmed(part.substr(0, part.find(L'=')));
-        if (std::ranges::any_of(kShownKeys, [key](std::wstring_view known) { return EqualIgnoringCase(key, known); })) {
-            shown += (shown.size() == kOdbc.size() ? L"" : L";") + std::wstring(part);
+        const auto isKey = [key](std::wstring_view known) { return EqualIgnoringCase(key, known); };
+        if (const auto* const own = std::ranges::find_if(ours, [&](const auto& row) { return isKey(row.first); });
+            own != std::end(ours)) {
+            const int64_t seconds = ParseInt64(part.substr(std::min(part.size(), part.find(L'=') + 1)));
+            *own->second = seconds >= 1 && seconds <= kMostSeconds ? static_cast<unsigned>(seconds) : *own->second;
+        } else {
+            Append(address.target, part);
+        }
+        if (std::ranges::any_of(kShownKeys, isKey)) {
+            Append(shown, part);
         }
         connection.remove_prefix(std::min(connection.size(), part.size() + 1));
     }
-    return shown;
+    address.name = WideToUtf8(std::wstring(kOdbc) + shown);
+    return address;
 }
 
 }  // namespace
 
 SqlAddress ParseSqlAddress(const std::wstring& text) {
     if (text.starts_with(kOdbc)) {
-        const std::wstring connection = text.substr(kOdbc.size());
-        return {true, connection, WideToUtf8(ShownParts(connection))};
+        return ParseConnection(std::wstring_view(text).substr(kOdbc.size()));
     }
     const std::wstring file = text.starts_with(kSqlite) ? text.substr(kSqlite.size()) : text;
-    return {false, file, WideToUtf8(file)};
+    SqlAddress address;
+    address.target = file;
+    address.name = WideToUtf8(file);
+    return address;
 }
 
 }  // namespace wrb

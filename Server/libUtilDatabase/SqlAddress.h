@@ -7,8 +7,13 @@ namespace wrb {
 
 struct SqlAddress {
     bool isOdbc = false;
-    std::wstring target;  // the SQLite file, or the ODBC connection string
+    std::wstring target;  // the SQLite file, or the ODBC connection string for the driver
     std::string name;     // for messages: the file, or the parts of the connection string that are no secret
+
+    // By ODBC: how long a log-on, and how long a statement or a commit may take. Keywords of ours in the connection
+    // string, LoginTimeout and StatementTimeout, from 1 to 3600; any other value is passed over.
+    unsigned loginSeconds = 10;
+    unsigned statementSeconds = 30;
 };
 
 // "sqlite:FILE", "odbc:CONNECTION STRING", or a file alone.

@@ -154,6 +154,29 @@ class Postgres(unittest.TestCase):
                 self.engine.start()
             self.wait_for(ADDRESS, ask)
 
+    def test_a_locked_table_holds_up_no_other(self):
+        def policies():
+            return self.query("SELECT firewall_policy FROM agent WHERE uid = '" + AGENT + "'")
+        arguments, environment = self.engine.psql(self.name)
+        with self.serving(";StatementTimeout=20") as log:
+            with subprocess.Popen(arguments, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+                                  env=environment) as session:
+                session.stdin.write("BEGIN; LOCK TABLE scan; SELECT 'locked';\n")
+                session.stdin.flush()
+                self.assertEqual(session.stdout.readline(), "locked\n")
+                self.send("CMDHL_SET_MS_CFG_EX", AGENT, "1", "folder", "file", "ext")
+                self.assertEqual(self.send("CMDHL_GET_IP_BY_UID", AGENT), ADDRESS)
+                self.assertNotIn(" failed: ", log())
+                self.assertEqual(self.send("CMDHL_GET_MS_CFG", AGENT), "")
+                self.send("CMDHL_PFW_SET_POLICY_ID", AGENT, "policy behind it")
+                self.wait_for("policy behind it", policies)
+                self.assertIsNone(session.poll())
+                session.stdin.close()
+            self.assertIn("ExtList=", self.send("CMDHL_GET_MS_CFG", AGENT))
+        for failed in ("DB_SET_EXCLUDE_LIST failed: ", "DB_GET_MSCF failed: "):
+            self.assertIn(failed, log())
+        self.assertNotIn("DB_GET_IP failed", log())
+
 
 if __name__ == "__main__":
     parser = argparse.ArgumentParser(description=__doc__)

@@ -60,8 +60,22 @@ DbServer::DbServer(DbServerOptions options)
     VerifyStore(m_writer.Lend().Db(), m_options.database);
 }
 
+bool DbServer::Start() {
+    m_writes.Start();
+    return m_listener.Start();
+}
+
+void DbServer::Stop() {
+    m_listener.Stop();
+    if (const uint64_t dropped = m_writes.Finish(); dropped != 0) {
+        m_failed += dropped;
+        m_options.note(FormatWide(L"database server: %llu writes are dropped, the database holds one",
+                                  static_cast<unsigned long long>(dropped)));
+    }
+}
+
 DbServerCounters DbServer::Counters() const {
-    return {m_reads, m_writes, m_badRequests + m_listener.Counters().dropped, m_failed};
+    return {m_reads, m_written, m_badRequests + m_listener.Counters().dropped, m_failed};
 }
 
 void DbServer::NoteDrop(PipeDrop reason, std::size_t bytes, uint32_t pid) {
@@ -93,10 +107,18 @@ Job DbServer::Accept(const std::string& message, const PipePeer& peer) {
     if (const auto status = ReadDbApiHeader(request, header); status != DbApiHeaderStatus::Ok) {
         return Refuse(from, std::wstring(L"header frame: ") + DescribeDbApiHeaderStatus(status));
     }
-    return IsSerialized(request) ? AcceptSerialized(request, from) : AcceptText(request, from);
+    return IsSerialized(request) ? AcceptSerialized(request, from) : AcceptText(request, from, peer);
 }
 
-Job DbServer::AcceptText(std::span<const uint8_t> bytes, const std::string& from) {
+// The read sees what has been accepted before it.
+Job DbServer::AfterWrites(Job read) {
+    return [this, writes = m_writes.Number(), read = std::move(read)] {
+        m_writes.WaitFor(writes);
+        read();
+    };
+}
+
+Job DbServer::AcceptText(std::span<const uint8_t> bytes, const std::string& from, const PipePeer& peer) {
     if (bytes.empty() || bytes.size() % sizeof(wchar_t) != 0) {
         return Refuse(from, L"not a text");
     }
@@ -109,7 +131,7 @@ Job DbServer::AcceptText(std::span<const uint8_t> bytes, const std::string& from
     const std::optional<DbCommand> command = FindDbCommand(name);
     const DbAnswer shape = command ? DescribeDbCommand(*command).answer : DbAnswer::Message;
     if (command && shape == DbAnswer::None) {
-        Write(*command, request, from);
+        PutWrite(*command, request, from, peer);
         return {};
     }
     if (replyId == kDbNoReplyId) {
@@ -120,18 +142,33 @@ Job DbServer::AcceptText(std::span<const uint8_t> bytes, const std::string& from
         Refuse(from, L"no such command: " + Shown(name));
         return [this, replyPipe] { Reply(replyPipe, {}); };  // or the requester waits ten minutes
     }
-    return [this, command = *command, request, replyPipe]() mutable { AnswerText(command, request, replyPipe); };
+    return AfterWrites(
+        [this, command = *command, request, replyPipe]() mutable { AnswerText(command, request, replyPipe); });
 }
 
-void DbServer::Write(DbCommand command, CCmdProtocol& request, const std::string& from) {
+// The write keeps its share of the listener's memory until it is carried out.
+void DbServer::PutWrite(DbCommand command, CCmdProtocol request, const std::string& from, const PipePeer& peer) {
+    const auto memory = std::make_shared<MemoryShare>(peer.TakeMemory());
+    if (!m_writes.Put([this, command, request = std::move(request), from, memory]() mutable {
+            return Write(command, request, from);
+        })) {
+        ++m_failed;
+        m_options.note(FormatWide(L"database server: %s of %S is refused: the database holds an earlier write",
+                                  DescribeDbCommand(command).name, from.c_str()));
+    }
+}
+
+bool DbServer::Write(DbCommand command, CCmdProtocol& request, const std::string& from) {
     try {
         if (m_writer.Run([&](SqlDb& db) { return RunTextCommand(db, command, request); }) == 0) {
             m_options.note(FormatWide(L"database server: %s of %S changed nothing", DescribeDbCommand(command).name,
                                       from.c_str()));
         }
-        ++m_writes;
+        ++m_written;
+        return true;
     } catch (const std::exception& error) {
         NoteFailure(command, error);
+        return false;
     }
 }
 
@@ -168,7 +205,7 @@ Job DbServer::AcceptSerialized(std::span<const uint8_t> bytes, const std::string
         return refuse(L"no such command: " + Shown(message->Name()));
     }
     uid.resize(std::min(uid.size(), kUidCharacters));
-    return [this, command = *command, uid, message] { AnswerSerialized(command, uid, *message); };
+    return AfterWrites([this, command = *command, uid, message] { AnswerSerialized(command, uid, *message); });
 }
 
 void DbServer::AnswerSerialized(DbCommand command, const std::wstring& uid, CMsgSerializer& message) {

@@ -1,8 +1,10 @@
 // The database server of the reference back end, on "DbServerNamePipe".
 //
-// Writes are carried out one after the other, in the order of their connections; reads run on workers, each with a
-// connection of its own to the database, and see every write that was there before them. A request that cannot be read
-// is noted, counted and dropped; a request whose answer cannot be delivered likewise.
+// Writes are carried out one after the other, in the order of their connections, on one thread; reads run on workers,
+// each with a connection of its own to the database, and see every write that was there before them. A write that the
+// engine holds for more than five seconds is an exception: reads pass it, and writes for which there is no room behind
+// it are refused. A request that cannot be read is noted, counted and dropped; a request whose answer cannot be
+// delivered likewise.
 #pragma once
 
 #include <atomic>
@@ -19,6 +21,7 @@
 #include "DbCommands.h"
 #include "PipeListener.h"
 #include "Store.h"
+#include "WriteLane.h"
 
 class CCmdProtocol;
 class CMsgSerializer;
@@ -48,20 +51,25 @@ class DbServer {
   public:
     // Opens the database; throws SqlError, see Store.h.
     explicit DbServer(DbServerOptions options);
+    ~DbServer() { Stop(); }
+    DbServer(const DbServer&) = delete;
+    DbServer& operator=(const DbServer&) = delete;
 
     // False: GetLastError tells; ERROR_ALREADY_EXISTS means that another database server runs.
-    bool Start() { return m_listener.Start(); }
+    bool Start();
 
-    // Answers what it has accepted, then returns.
-    void Stop() { m_listener.Stop(); }
+    // Answers and carries out what it has accepted, then returns; see WriteLane::Finish.
+    void Stop();
 
     DbServerCounters Counters() const;
 
   private:
     Job Accept(const std::string& message, const PipePeer& peer);
-    Job AcceptText(std::span<const uint8_t> request, const std::string& from);
+    Job AcceptText(std::span<const uint8_t> request, const std::string& from, const PipePeer& peer);
+    Job AfterWrites(Job read);
     Job AcceptSerialized(std::span<const uint8_t> request, const std::string& from);
-    void Write(DbCommand command, CCmdProtocol& request, const std::string& from);
+    void PutWrite(DbCommand command, CCmdProtocol request, const std::string& from, const PipePeer& peer);
+    bool Write(DbCommand command, CCmdProtocol& request, const std::string& from);
     void AnswerText(DbCommand command, CCmdProtocol& request, const std::wstring& replyPipe);
     void AnswerSerialized(DbCommand command, const std::wstring& uid, CMsgSerializer& message);
     bool Reply(const std::wstring& replyPipe, std::span<const uint8_t> answer);
@@ -70,12 +78,13 @@ class DbServer {
     void NoteDrop(PipeDrop reason, std::size_t bytes, uint32_t pid);
 
     const DbServerOptions m_options;
-    StorePool m_writer;  // one connection, of the reading thread
+    StorePool m_writer;  // one connection, of the lane's thread
     StorePool m_readers;
     std::atomic<uint64_t> m_reads{0};
-    std::atomic<uint64_t> m_writes{0};
+    std::atomic<uint64_t> m_written{0};
     std::atomic<uint64_t> m_badRequests{0};
     std::atomic<uint64_t> m_failed{0};
+    WriteLane m_writes;
     PipeListener m_listener;  // last: its threads use the members above
 };
 

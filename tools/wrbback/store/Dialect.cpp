@@ -18,6 +18,7 @@ constexpr Dialect kSqlite = {
     .page = " LIMIT @rows OFFSET @first",
     .keyed = " WITHOUT ROWID",
     .setUp = "PRAGMA foreign_keys = ON; PRAGMA trusted_schema = OFF; PRAGMA synchronous = NORMAL",
+    .limit = nullptr,
     .prepareFile = "PRAGMA encoding = 'UTF-16le'; PRAGMA journal_mode = WAL",
     .create = "PRAGMA application_id = 0x57524244",
     .tableNames = "SELECT name FROM sqlite_master WHERE type = 'table'",
@@ -36,6 +37,7 @@ constexpr Dialect kPostgreSql = {
     .page = kSqlite.page,
     .keyed = "",
     .setUp = "",
+    .limit = "SET statement_timeout = ",
     .prepareFile = "",
     .create =
         "CREATE COLLATION wrb_caseless (provider = icu, locale = 'und-u-ks-level2', deterministic = "
@@ -56,6 +58,7 @@ constexpr Dialect kSqlServer = {
     .page = " OFFSET @first ROWS FETCH NEXT @rows ROWS ONLY",
     .keyed = "",
     .setUp = "",
+    .limit = "SET LOCK_TIMEOUT ",
     .prepareFile = "",
     .create = WRB_VERSION_TABLE,
     .tableNames = "SELECT table_name FROM information_schema.tables WHERE table_schema = schema_name()",

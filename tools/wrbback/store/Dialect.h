@@ -18,6 +18,7 @@ struct Dialect {
     const char* keyed;     // after the columns of a table that is found by its key alone
 
     const char* setUp;         // on each new connection
+    const char* limit;         // of the time that a statement or a commit may take; milliseconds follow. Null: none
     const char* prepareFile;   // before the first table, outside of a transaction
     const char* create;        // and inside
     const char* tableNames;    // none: the database is empty

@@ -119,7 +119,11 @@ std::unique_ptr<SqlDb> Open(const std::wstring& address, Missing missing) {
                    "there is no such file; make it with: wrbback seed AGENTS.json --store STORE");
         }
         auto db = std::make_unique<SqlDb>(address);
-        db->Execute(DialectOf(db->Engine()).setUp);
+        const Dialect& dialect = DialectOf(db->Engine());
+        db->Execute(dialect.setUp);
+        if (dialect.limit != nullptr) {
+            db->Execute(dialect.limit + std::to_string(parsed.statementSeconds * 1000));
+        }
         const std::set<std::wstring> tables = TableNames(*db);
         if (tables.empty() && missing == Missing::kRefused) {
             Refuse(SqlFailure::Other, address, "is empty; fill it with: wrbback seed AGENTS.json --store STORE");

@@ -10,6 +10,7 @@
 #include "ScanTable.h"
 #include "SeedFile.h"
 #include "SeedStore.h"
+#include "SqlAddress.h"
 #include "Store.h"
 #include "TempFolder.h"
 #include "Text.h"
@@ -29,6 +30,21 @@ std::string WhyNot(const std::wstring& path) {
         return {};
     } catch (const SqlError& error) {
         return error.what();
+    }
+}
+
+TEST(SqlAddress, OurKeywordsAreTakenOutOfTheConnectionString) {
+    const std::tuple<const wchar_t*, const wchar_t*, unsigned, unsigned> kCases[] = {
+        {L"odbc:Driver={a;LoginTimeout=1};Pwd=x", L"Driver={a;LoginTimeout=1};Pwd=x", 10, 30},
+        {L"odbc:LOGINTIMEOUT=2;Dsn=d; StatementTimeout =3600", L"Dsn=d", 2, 3600},
+        {L"odbc:Dsn=d;LoginTimeout=0;StatementTimeout=3601;LoginTimeout", L"Dsn=d", 10, 30},
+        {L"sqlite:LoginTimeout=2", L"LoginTimeout=2", 10, 30},
+    };
+    for (const auto& [text, target, login, statement] : kCases) {
+        const SqlAddress address = ParseSqlAddress(text);
+        EXPECT_EQ(address.target, target);
+        EXPECT_EQ(address.loginSeconds, login);
+        EXPECT_EQ(address.statementSeconds, statement);
     }
 }
 
