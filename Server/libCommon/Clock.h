@@ -13,6 +13,9 @@ class IClock {
     // Milliseconds since the system started, in 32 bits: wraps every 49.7 days, so compare by unsigned difference.
     virtual uint32_t TickMilliseconds() const = 0;
 
+    // Microseconds since a fixed moment: for run times.
+    virtual uint64_t MonotonicMicroseconds() const = 0;
+
     // Whole seconds since the system started. For intervals: setting the calendar does not move it.
     virtual int64_t MonotonicSeconds() const = 0;
 

@@ -13,6 +13,21 @@ TEST(Host, ServesTheLibraryUntilItIsStopped) {
     EXPECT_TRUE(Ask(L"CMDHL_GET_MS_CFG", L"").starts_with(L"[Manual Scan Configuration]\n"));
     EXPECT_TRUE(SendText(L"CMDHL_NO_SUCH_COMMAND"));
     ExpectRun(kHost, {}, 1, "already running");
+    const struct {
+        std::vector<std::wstring> arguments;
+        const char* output;
+    } kCounters[] = {
+        {{}, "\nCMDHL_GET_MS_CFG                               2         0"},
+        {{L"--interval", L"0.1", L"--times", L"2"}, "p99 ms\ncalls in progress: 0\n"},  // nothing new
+        {{L"--json"}, "\"calls\":2,\"failures\":0,"},
+        {{L"--json", L"--interval", L"0.1", L"--times", L"2"}, "\"interval\":{\"calls\":0,"},
+        {{L"--format", L"prometheus"}, "\nwarrenby_command_seconds_count{command=\"CMDHL_GET_MS_CFG\"} 2\n"},
+    };
+    for (const auto& [arguments, output] : kCounters) {
+        std::vector<std::wstring> all = {L"counters"};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        ExpectRun(L"wrbctl.exe", all, 0, output);
+    }
     EXPECT_EQ(Ask(L"CMDHL_ECHO", L"still here"), L"still here");
     host.ExpectEnd(0, {"wrbhost: serving with 3 workers", "handled 4, refused 1, threw 0, dropped 0"});
     ExpectRun(kHost, {L"--stop"}, 3, "not running");

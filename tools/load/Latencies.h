@@ -3,13 +3,13 @@
 
 #include <array>
 #include <atomic>
-#include <cstddef>
 #include <cstdint>
+
+#include "TimeHistogram.h"
 
 namespace wrb {
 
-// Times up to 32 microseconds are kept whole, longer ones to one part in sixteen, all of them up to 71 minutes. Any
-// thread.
+// With the buckets of TimeHistogram.h. Any thread.
 class Latencies {
   public:
     void Add(uint64_t microseconds) noexcept;
@@ -21,13 +21,7 @@ class Latencies {
     uint64_t Percentile(double part) const noexcept;
 
   private:
-    static constexpr unsigned kStepBits = 4;  // steps in a power of two
-    static constexpr std::size_t kBuckets = (33 - kStepBits) << kStepBits;
-
-    static std::size_t BucketOf(uint64_t microseconds) noexcept;
-    static uint64_t EndOf(std::size_t bucket) noexcept;
-
-    std::array<std::atomic<uint64_t>, kBuckets> m_buckets{};
+    std::array<std::atomic<uint32_t>, kTimeBuckets> m_buckets{};
     std::atomic<uint64_t> m_count{0};
     std::atomic<uint64_t> m_slowest{0};
 };

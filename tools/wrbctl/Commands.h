@@ -20,11 +20,13 @@ int RunSend(const SendOptions& options);
 
 int RunCommands(bool json);
 
+enum class CounterFormat { Table, Json, Prometheus };
+
 struct CountersOptions {
     bool all = false;     // also commands that were never called
     double interval = 0;  // seconds between two reads; 0 reads once
     unsigned times = 0;   // number of reads with an interval; 0: until Ctrl-C
-    bool json = false;
+    CounterFormat format = CounterFormat::Table;
 };
 
 int RunCounters(const CountersOptions& options);

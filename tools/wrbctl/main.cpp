@@ -1,5 +1,6 @@
 // wrbctl: sends commands to the host and shows the server's counters and log level.
 #include <exception>
+#include <map>
 
 #include "CommandLine.h"
 #include "Commands.h"
@@ -48,6 +49,15 @@ CLI::App* AddSend(CLI::App& app, Options& options) {
     return send;
 }
 
+constexpr char kCountersExamples[] = R"(Examples:
+  wrbctl counters                            since the start of the server
+  wrbctl counters --interval 2               then what is new, every two seconds, until Ctrl-C
+  wrbctl counters --interval 10 --times 6 --json > minute.jsonl
+  wrbctl counters --format prometheus > warrenby.prom
+
+Exit codes: 0 done, 1 failed, 2 wrong command line, 3 nobody counts.
+)";
+
 CLI::App* AddCounters(CLI::App& app, Options& options) {
     CLI::App* const counters =
         app.add_subcommand("counters", "Show calls and run times of each command, from shared memory");
@@ -56,7 +66,13 @@ CLI::App* AddCounters(CLI::App& app, Options& options) {
         counters->add_option("--interval", options.counters.interval, "Read again after this many seconds");
     interval->check(CLI::Range(0.1, 86400.0));
     counters->add_option("--times", options.counters.times, "Number of reads (default: until Ctrl-C)")->needs(interval);
-    counters->add_flag("--json", options.json, "Print a JSON array");
+    const std::map<std::string, wrb::CounterFormat> formats = {{"table", wrb::CounterFormat::Table},
+                                                               {"json", wrb::CounterFormat::Json},
+                                                               {"prometheus", wrb::CounterFormat::Prometheus}};
+    counters->add_option("--format", options.counters.format, "table; json, an object a line; or prometheus")
+        ->transform(CLI::CheckedTransformer(formats));
+    counters->add_flag("--json", options.json, "The same as --format json");
+    counters->footer(kCountersExamples);
     return counters;
 }
 
@@ -155,7 +171,10 @@ int Run() {
     if (const auto code = wrb::ParseArguments(app, wrb::Utf8Arguments())) {
         return *code;
     }
-    options.send.json = options.counters.json = options.json;
+    options.send.json = options.json;
+    if (options.json) {
+        options.counters.format = wrb::CounterFormat::Json;
+    }
     if (*send) {
         return wrb::RunSend(options.send);
     }

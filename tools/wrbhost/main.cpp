@@ -12,6 +12,7 @@
 #include "CommandLine.h"
 #include "Console.h"
 #include "ConsoleQueue.h"
+#include "CounterSampling.h"
 #include "DebugLog.h"
 #include "ExitCode.h"
 #include "HomeFolder.h"
@@ -59,6 +60,8 @@ int Serve(const EntryPoints& library, const Options& options, const CommandHostO
     }
     MailDelivery mail(home);
     mail.Start();
+    CounterSampling sampling;
+    sampling.Start();
     console.Out("serving with " + std::to_string(settings.lanes.workers) + " workers");
     stop.Wait();
     const auto limit = stop.Limit(std::chrono::seconds(options.timeoutSeconds.value_or(kStopSeconds)));

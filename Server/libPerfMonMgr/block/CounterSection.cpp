@@ -15,19 +15,24 @@ uint32_t Number(const uint32_t& shared) noexcept {
     return std::atomic_ref<uint32_t>(const_cast<uint32_t&>(shared)).load(std::memory_order_acquire);
 }
 
-// The section of that name may have any size and content. The smallest is one page, which holds a whole block.
-static_assert(sizeof(HandlerCounterBlock) <= 4096);
+std::size_t BytesFrom(const void* view) noexcept {
+    MEMORY_BASIC_INFORMATION region{};
+    return VirtualQuery(view, &region, sizeof region) != 0 ? region.RegionSize : 0;
+}
 
+// The section of that name may have any size and content. The smallest is one page, which holds the header.
 bool IsCounterBlock(const void* view) noexcept {
     const auto& block = *static_cast<const HandlerCounterBlock*>(view);
-    return Number(block.signature) == kCounterSignature && Number(block.version) == kCounterVersion &&
-           Number(block.size) == sizeof(HandlerCounterBlock) && Number(block.slotCount) == kCounterSlots;
+    return BytesFrom(view) >= sizeof block && Number(block.signature) == kCounterSignature &&
+           Number(block.version) == kCounterVersion && Number(block.size) == sizeof(HandlerCounterBlock) &&
+           Number(block.slotCount) == kCounterSlots;
 }
 
 // What a process makes without the mutex may be seen before its header is written.
 bool IsBeingMade(const void* view) noexcept {
     const auto& block = *static_cast<const HandlerCounterBlock*>(view);
-    return (Number(block.signature) | Number(block.version) | Number(block.size) | Number(block.slotCount)) == 0;
+    return BytesFrom(view) >= sizeof block &&
+           (Number(block.signature) | Number(block.version) | Number(block.size) | Number(block.slotCount)) == 0;
 }
 
 // The signature is written last: until then a reader sees no block.
@@ -35,6 +40,8 @@ void WriteHeader(HandlerCounterBlock& block) noexcept {
     block.version = kCounterVersion;
     block.size = sizeof block;
     block.slotCount = kCounterSlots;
+    block.bucketCount = kTimeBuckets;
+    block.sampleCount = kCounterSamples;
     std::atomic_ref<uint32_t>(block.signature).store(kCounterSignature, std::memory_order_release);
 }
 
@@ -134,15 +141,15 @@ void CounterSection::Close() noexcept {
     m_mutex.Reset();
 }
 
-CounterAttach CounterReader::Attach(uint32_t& error, const wchar_t* sectionName) noexcept {
+CounterAttach CounterView::Attach(DWORD access, uint32_t& error, const wchar_t* sectionName) noexcept {
     error = ERROR_SUCCESS;
     m_view.Reset();
-    m_section.Reset(OpenFileMappingW(FILE_MAP_READ, FALSE, sectionName));
+    m_section.Reset(OpenFileMappingW(access, FALSE, sectionName));
     if (!m_section) {
         Fail(error);
         return error == ERROR_FILE_NOT_FOUND ? CounterAttach::Missing : Refused(error);
     }
-    MappedView view(MapViewOfFile(m_section.Get(), FILE_MAP_READ, 0, 0, 0));
+    MappedView view(MapViewOfFile(m_section.Get(), access, 0, 0, 0));
     if (!view) {
         return Fail(error);
     }
@@ -154,18 +161,28 @@ CounterAttach CounterReader::Attach(uint32_t& error, const wchar_t* sectionName)
 }
 
 HandlerCounterSlot CounterReader::Slot(uint32_t index) const noexcept {
-    const auto* block = static_cast<const HandlerCounterBlock*>(m_view.Get());
+    const HandlerCounterBlock* const block = m_view.Block();
     return block != nullptr && index < kCounterSlots ? ReadCounters(block->slots[index]) : HandlerCounterSlot{};
 }
 
+TimeCounts CounterReader::Times(uint32_t index) const noexcept {
+    const HandlerCounterBlock* const block = m_view.Block();
+    return block != nullptr && index < kCounterSlots ? ReadTimes(block->times[index]) : TimeCounts{};
+}
+
 int32_t CounterReader::CallsInProgress() const noexcept {
-    const auto* block = static_cast<const HandlerCounterBlock*>(m_view.Get());
+    const HandlerCounterBlock* const block = m_view.Block();
     return block != nullptr ? ReadCallsInProgress(*block) : 0;
 }
 
 Undelivered CounterReader::Undelivered() const noexcept {
-    const auto* block = static_cast<const HandlerCounterBlock*>(m_view.Get());
+    const HandlerCounterBlock* const block = m_view.Block();
     return block != nullptr ? ReadUndelivered(*block) : wrb::Undelivered{};
+}
+
+std::vector<CounterSample> CounterReader::Samples() const {
+    const HandlerCounterBlock* const block = m_view.Block();
+    return block != nullptr ? ReadSamples(*block) : std::vector<CounterSample>();
 }
 
 }  // namespace wrb

@@ -7,6 +7,7 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <vector>
 
 #include "Handle.h"
 #include "HandlerCounterBlock.h"
@@ -51,20 +52,39 @@ class CounterSection {
     MappedView m_view;
 };
 
-// Maps the block for reading only and never takes its mutex, so that a reader cannot delay the server.
-class CounterReader {
+// The block that another owner has made, mapped for one kind of access.
+class CounterView {
   public:
-    CounterAttach Attach(uint32_t& error, const wchar_t* sectionName = kCounterSectionName) noexcept;
+    // `access` is FILE_MAP_READ, with FILE_MAP_WRITE to change it.
+    CounterAttach Attach(DWORD access, uint32_t& error, const wchar_t* sectionName) noexcept;
 
-    // While attached: the slot's counters now (all zero for a slot that does not exist), the calls in progress, and
-    // what could not be handed over.
-    HandlerCounterSlot Slot(uint32_t index) const noexcept;
-    int32_t CallsInProgress() const noexcept;
-    wrb::Undelivered Undelivered() const noexcept;
+    // Null while not attached.
+    HandlerCounterBlock* Block() const noexcept { return static_cast<HandlerCounterBlock*>(m_view.Get()); }
 
   private:
     KernelHandle m_section;
     MappedView m_view;
+};
+
+// Maps the block for reading only and never takes its mutex, so that a reader cannot delay the server.
+class CounterReader {
+  public:
+    CounterAttach Attach(uint32_t& error, const wchar_t* sectionName = kCounterSectionName) noexcept {
+        return m_view.Attach(FILE_MAP_READ, error, sectionName);
+    }
+
+    // While attached: the slot's counters now and its calls by run time (all zero for a slot that does not exist), the
+    // calls in progress, and what could not be handed over.
+    HandlerCounterSlot Slot(uint32_t index) const noexcept;
+    TimeCounts Times(uint32_t index) const noexcept;
+    int32_t CallsInProgress() const noexcept;
+    wrb::Undelivered Undelivered() const noexcept;
+
+    // The last hour, oldest first; empty while no host has run for an interval. Throws std::bad_alloc only.
+    std::vector<CounterSample> Samples() const;
+
+  private:
+    CounterView m_view;
 };
 
 }  // namespace wrb

@@ -62,6 +62,16 @@ void BookTimes(HandlerCounterSlot& slot, uint32_t maximum, uint64_t total) noexc
     }
 }
 
+void CountTime(HandlerCounterBlock& block, uint32_t slot, uint64_t microseconds) noexcept {
+    std::atomic_ref<uint32_t>(block.times[slot][TimeBucketOf(microseconds)]).fetch_add(1, std::memory_order_relaxed);
+}
+
+void AddSample(HandlerCounterBlock& block, const CounterSample& sample) noexcept {
+    const uint64_t taken = Load(block.samplesTaken);
+    block.samples[taken % kCounterSamples] = sample;
+    std::atomic_ref<uint64_t>(block.samplesTaken).store(taken + 1, std::memory_order_release);
+}
+
 void ZeroCounters(HandlerCounterBlock& block) noexcept {
     for (HandlerCounterSlot& slot : block.slots) {
         Store(slot.calls, uint32_t{0});
@@ -72,10 +82,20 @@ void ZeroCounters(HandlerCounterBlock& block) noexcept {
     }
     Store(block.undeliveredRows, uint32_t{0});
     Store(block.undeliveredEvents, uint32_t{0});
+    Store(block.samplesTaken, uint64_t{0});
+    for (TimeCounts& times : block.times) {
+        std::ranges::for_each(times, [](uint32_t& count) { Store(count, uint32_t{0}); });
+    }
 }
 
 HandlerCounterSlot ReadCounters(const HandlerCounterSlot& slot) noexcept {
     return {Load(slot.calls), Load(slot.maximum), Load(slot.total), Load(slot.average), Load(slot.failures)};
+}
+
+TimeCounts ReadTimes(const TimeCounts& times) noexcept {
+    TimeCounts counts;
+    std::ranges::transform(times, counts.begin(), Load<uint32_t>);
+    return counts;
 }
 
 int32_t ReadCallsInProgress(const HandlerCounterBlock& block) noexcept {
@@ -84,6 +104,24 @@ int32_t ReadCallsInProgress(const HandlerCounterBlock& block) noexcept {
 
 Undelivered ReadUndelivered(const HandlerCounterBlock& block) noexcept {
     return {Load(block.undeliveredRows), Load(block.undeliveredEvents)};
+}
+
+// The writer may be at the place of the oldest one: it is left out, and so are those that are overwritten meanwhile.
+std::vector<CounterSample> ReadSamples(const HandlerCounterBlock& block) {
+    const auto taken = [&] {
+        return std::atomic_ref<uint64_t>(const_cast<uint64_t&>(block.samplesTaken)).load(std::memory_order_acquire);
+    };
+    const auto firstWhole = [](uint64_t count) { return count < kCounterSamples ? 0 : count - kCounterSamples + 1; };
+    const uint64_t end = taken();
+    const uint64_t begin = firstWhole(end);
+    std::vector<CounterSample> samples;
+    for (uint64_t number = begin; number < end; ++number) {
+        samples.push_back(block.samples[number % kCounterSamples]);
+    }
+    const uint64_t now = taken();
+    const uint64_t lost = now < end ? samples.size() : std::min<uint64_t>(firstWhole(now) - begin, samples.size());
+    samples.erase(samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(lost));
+    return samples;
 }
 
 }  // namespace wrb

@@ -8,11 +8,14 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "TimeHistogram.h"
+
 namespace wrb {
 
 inline constexpr uint32_t kCounterSignature = 0x43425257;  // the bytes "WRBC" in memory
-inline constexpr uint32_t kCounterVersion = 1;
+inline constexpr uint32_t kCounterVersion = 2;
 inline constexpr uint32_t kCounterSlots = 128;
+inline constexpr uint32_t kCounterSamples = 360;  // of the last hour
 
 // The section that holds the block, the mutex that guards it, and the event that every process that counts holds open.
 inline constexpr wchar_t kCounterSectionName[] = L"Global\\Calloway_Warrenby_Handler_Counters";
@@ -24,6 +27,18 @@ struct Undelivered {
     uint32_t rows = 0;    // for the log pool, or for the feedback log when the server stops
     uint32_t events = 0;  // for the central-management agent and the agent-command service
 };
+
+// What all commands together did in one interval, about ten seconds.
+struct CounterSample {
+    int64_t second;         // of its end: seconds since 1970-01-01 00:00 UTC
+    uint32_t milliseconds;  // its length
+    uint32_t calls;         // that began
+    uint32_t failures;
+    uint32_t p50;  // percentiles of the run times of the calls that ended, in microseconds; 0 without calls
+    uint32_t p95;
+    uint32_t p99;
+};
+static_assert(sizeof(CounterSample) == 32);
 
 }  // namespace wrb
 
@@ -48,6 +63,12 @@ struct HandlerCounterBlock {
     uint32_t undeliveredRows;  // wrb::Undelivered, changed without the mutex; always 0 before these counters existed
     uint32_t undeliveredEvents;
     HandlerCounterSlot slots[wrb::kCounterSlots];
+    uint32_t bucketCount;   // wrb::kTimeBuckets
+    uint32_t sampleCount;   // wrb::kCounterSamples
+    uint64_t samplesTaken;  // since the counters were zero
+    wrb::TimeCounts
+        times[wrb::kCounterSlots];  // of each slot's calls that ended, by run time; changed without the mutex
+    wrb::CounterSample samples[wrb::kCounterSamples];  // number n is at n % sampleCount; the host writes them
 };
 
 static_assert(offsetof(HandlerCounterSlot, calls) == 0);
@@ -65,4 +86,9 @@ static_assert(offsetof(HandlerCounterBlock, inUse) == 20);
 static_assert(offsetof(HandlerCounterBlock, undeliveredRows) == 24);
 static_assert(offsetof(HandlerCounterBlock, undeliveredEvents) == 28);
 static_assert(offsetof(HandlerCounterBlock, slots) == 32);
-static_assert(sizeof(HandlerCounterBlock) == 32 + 24 * 128);
+static_assert(offsetof(HandlerCounterBlock, bucketCount) == 32 + 24 * 128);
+static_assert(offsetof(HandlerCounterBlock, sampleCount) == 3108);
+static_assert(offsetof(HandlerCounterBlock, samplesTaken) == 3112);
+static_assert(offsetof(HandlerCounterBlock, times) == 3120);
+static_assert(offsetof(HandlerCounterBlock, samples) == 3120 + 4 * 464 * 128);
+static_assert(sizeof(HandlerCounterBlock) == 240'688 + 32 * 360);

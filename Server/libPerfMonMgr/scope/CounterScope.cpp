@@ -24,7 +24,8 @@ CWrbyPerfMonMgr& Manager() {
 
 }  // namespace
 
-CounterCall::CounterCall(uint32_t slot, const IClock& clock) : m_clock(clock), m_startTick(clock.TickMilliseconds()) {
+CounterCall::CounterCall(uint32_t slot, const IClock& clock)
+    : m_clock(clock), m_startTick(clock.TickMilliseconds()), m_start(clock.MonotonicMicroseconds()) {
     CWrbyPerfMonMgr& manager = Manager();
     if (slot >= kCounterSlots) {
         return;
@@ -42,10 +43,12 @@ CounterCall::~CounterCall() {
         return;
     }
     const uint32_t elapsed = m_clock.TickMilliseconds() - m_startTick;
+    const auto slot = static_cast<uint32_t>(m_slot - m_block->slots);
+    CountTime(*m_block, slot, m_clock.MonotonicMicroseconds() - m_start);
     // While somebody holds the mutex, only the first call waits for it.
     const NamedMutexLock lock(m_mutex, unbookedCalls.Any() ? 0 : kMutexWaitMilliseconds);
     if (!lock) {
-        unbookedCalls.Keep(static_cast<uint32_t>(m_slot - m_block->slots), elapsed);
+        unbookedCalls.Keep(slot, elapsed);
         return;
     }
     BookTimes(*m_slot, elapsed, elapsed);

@@ -14,10 +14,10 @@ namespace wrb {
 //
 //     wrb::CounterCall call(static_cast<uint32_t>(CommandSlot::CMDHL_GET_MS_CFG));
 //
-// It counts the call at once. At its end it takes the counters' mutex (a mutex whose owner died counts as taken), books
-// the time and releases the block. A mutex that is held for more than 50 ms is not waited for: the call's time is kept
-// in the process, and the next call that gets the mutex books it. Without a counter block, or with a slot of 128 or
-// more, the call goes uncounted.
+// It counts the call at once. At its end it counts its run time, takes the counters' mutex (a mutex whose owner died
+// counts as taken), books the time and releases the block. A mutex that is held for more than 50 ms is not waited for:
+// the call's time is kept in the process, and the next call that gets the mutex books it. Without a counter block, or
+// with a slot of 128 or more, the call goes uncounted.
 class CounterCall {
   public:
     // Throws OS::CException with E_FAIL when the process has no counter manager.
@@ -35,6 +35,7 @@ class CounterCall {
   private:
     const IClock& m_clock;
     const uint32_t m_startTick;
+    const uint64_t m_start;  // microseconds
     HANDLE m_mutex = nullptr;
     HandlerCounterBlock* m_block = nullptr;
     HandlerCounterSlot* m_slot = nullptr;

@@ -10,6 +10,7 @@ namespace {
 class SlowClock final : public wrb::IClock {
   public:
     uint32_t TickMilliseconds() const override { return 0; }
+    uint64_t MonotonicMicroseconds() const override { return 0; }
     int64_t MonotonicSeconds() const override { return ++m_calls / 1000; }
     int64_t CalendarSeconds() const override { return 0; }
 

@@ -9,6 +9,7 @@ namespace {
 class FastClock final : public wrb::IClock {
   public:
     uint32_t TickMilliseconds() const override { return 0; }
+    uint64_t MonotonicMicroseconds() const override { return 0; }
     int64_t MonotonicSeconds() const override { return ++m_seconds; }
     int64_t CalendarSeconds() const override { return 0; }
 

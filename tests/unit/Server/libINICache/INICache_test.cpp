@@ -121,6 +121,7 @@ class OneAtATimeProfile final : public FakeProfile {
 class RacingClock final : public wrb::IClock {
   public:
     uint32_t TickMilliseconds() const override { return m_tick += 30001; }
+    uint64_t MonotonicMicroseconds() const override { return 0; }
     int64_t MonotonicSeconds() const override { return 0; }
     int64_t CalendarSeconds() const override { return 0; }
 

@@ -7,6 +7,7 @@
 #include "AccessOf.h"
 #include "CapturedLog.h"
 #include "ChildProcess.h"
+#include "CounterSampler.h"
 #include "CounterSection.h"
 #include "DebugLog.h"
 #include "FailedCalls.h"
@@ -22,31 +23,32 @@ TEST(CounterSection, RefusesASectionThatIsNoBlockOfThisVersion) {
     const std::wstring sectionName = L"Local\\" + wrb::test::UniqueName(L"section");
     const std::wstring mutexName = L"Local\\" + wrb::test::UniqueName(L"mutex");
     const wrb::CounterNames names{sectionName.c_str(), mutexName.c_str()};
-    HandlerCounterBlock good = {};
-    good.signature = wrb::kCounterSignature;
-    good.version = wrb::kCounterVersion;
-    good.size = sizeof good;
-    good.slotCount = wrb::kCounterSlots;
-    const std::tuple<uint32_t HandlerCounterBlock::*, uint32_t, CounterAttach> cases[] = {
-        {&HandlerCounterBlock::version, 0, CounterAttach::Attached},
-        {&HandlerCounterBlock::signature, 1, CounterAttach::Foreign},
-        {&HandlerCounterBlock::version, 1, CounterAttach::Foreign},
-        {&HandlerCounterBlock::size, 8, CounterAttach::Foreign},
-        {&HandlerCounterBlock::slotCount, 0xFFFFFFFF, CounterAttach::Foreign}};
-    for (const auto& [field, change, result] : cases) {
-        SCOPED_TRACE(change);
-        HandlerCounterBlock content = good;
-        content.*field += change;
+    constexpr DWORD kWhole = sizeof(HandlerCounterBlock);
+    const std::tuple<uint32_t HandlerCounterBlock::*, uint32_t, DWORD, CounterAttach> cases[] = {
+        {&HandlerCounterBlock::version, 0, kWhole, CounterAttach::Attached},
+        {&HandlerCounterBlock::version, 0, 4096, CounterAttach::Foreign},
+        {&HandlerCounterBlock::signature, 1, kWhole, CounterAttach::Foreign},
+        {&HandlerCounterBlock::version, 1, kWhole, CounterAttach::Foreign},
+        {&HandlerCounterBlock::size, 8, kWhole, CounterAttach::Foreign},
+        {&HandlerCounterBlock::slotCount, 0xFFFFFFFF, kWhole, CounterAttach::Foreign}};
+    for (const auto& [field, change, bytes, result] : cases) {
+        SCOPED_TRACE(testing::Message() << change << " " << bytes);
         wrb::KernelHandle other(
-            CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sizeof good, names.section));
+            CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, bytes, names.section));
         wrb::MappedView view(MapViewOfFile(other.Get(), FILE_MAP_WRITE, 0, 0, 0));
         ASSERT_TRUE(view);
-        std::memcpy(view.Get(), &content, sizeof content);
+        auto& block = *static_cast<HandlerCounterBlock*>(view.Get());
+        block.signature = wrb::kCounterSignature;
+        block.version = wrb::kCounterVersion;
+        block.size = kWhole;
+        block.slotCount = wrb::kCounterSlots;
+        block.*field += change;
+        const std::string content(static_cast<const char*>(view.Get()), bytes);
         wrb::CounterSection section;
         uint32_t error = 0;
         EXPECT_EQ(section.Open(names, error), result);
         EXPECT_EQ(wrb::CounterReader().Attach(error, names.section), result);
-        EXPECT_EQ(std::memcmp(view.Get(), &content, sizeof content), 0) << "left as it was";
+        EXPECT_EQ(std::memcmp(view.Get(), content.data(), bytes), 0) << "left as it was";
     }
 }
 
@@ -112,6 +114,45 @@ TEST_F(CounterScope, ACallIsCountedAtItsStartAndTimedAtItsEnd) {
     EXPECT_EQ(reader.Slot(6).failures, 0u);
     EXPECT_EQ(Shown(5), "2 30 41 20");
     EXPECT_EQ(reader.CallsInProgress(), 0);
+    const wrb::TimeCounts times = reader.Times(5);
+    EXPECT_EQ(wrb::CountOf(times), 2u);
+    EXPECT_EQ(times[wrb::TimeBucketOf(11'000)] + times[wrb::TimeBucketOf(30'000)], 2u);
+}
+
+TEST_F(CounterScope, ASampleShowsWhatCameSinceTheOneBefore) {
+    const auto shown = [&] {
+        const wrb::CounterSample last = reader.Samples().back();
+        const auto bucket = [](uint32_t time) { return wrb::TimeBucketOf(time) - wrb::TimeBucketOf(20'000); };
+        return (testing::Message() << reader.Samples().size() << ": " << last.second << " " << last.milliseconds << " "
+                                   << last.calls << " " << last.failures << " " << bucket(last.p50) << " "
+                                   << bucket(last.p99) - wrb::TimeBucketOf(30'000) + wrb::TimeBucketOf(20'000))
+            .GetString();
+    };
+    wrb::CounterSampler sampler(120, clock);
+    Call(5, 70);
+    sampler.Take();
+    EXPECT_TRUE(reader.Samples().empty()) << "the first interval begins";
+    Call(5, 20);
+    Call(6, 20);
+    wrb::CounterCall(7, clock).ReportResult(false);
+    Call(6, 30);
+    Call(125, 5000);  // of an alert type, counted by its command
+    clock.AdvanceSeconds(9);
+    sampler.Take();
+    EXPECT_EQ(shown(), "1: 9 5070 4 1 0 0");
+    wrb::StartCounters();  // sets all to zero
+    Call(5, 20);
+    Call(5, 30);
+    sampler.Take();
+    EXPECT_EQ(shown(), "1: 9 50 2 0 0 0");
+    for (uint32_t i = 0; i < wrb::kCounterSamples + 5; ++i) {
+        Call(5, 20);
+        Call(5, 30);
+        clock.AdvanceSeconds(1);
+        sampler.Take();
+    }
+    EXPECT_EQ(shown(), "359: 374 50 2 0 0 0");
+    EXPECT_EQ(reader.Samples().front().second, 374 - 358);
 }
 
 TEST_F(CounterScope, AStartZeroesWhatNoOtherProcessCounts) {
