@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #include "Text.h"
 
@@ -13,19 +14,31 @@ constexpr const wchar_t* kScanCommands[] = {
     L"CMDHL_GET_RT_CFG",       L"CMDHL_GET_RT_CFG_EX",       L"CMDHL_GET_SPY_RT_CFG", L"CMDHL_GET_PS_CFG",
     L"CMDHL_GET_PS_CFG_EX",    L"CMDHL_GET_SPY_PS_CFG",      L"CMDHL_GET_SN_CFG",     L"CMDHL_GET_SN_CFG_EX",
     L"CMDHL_GET_SPY_SN_CFG",   L"CMDHL_GET_SPY_RESTORE_LIST"};
-constexpr const wchar_t* kBundleCommands[] = {L"CMDHL_GET_WTP_SETTING", L"CMDHL_GET_NCIE_SETTING",
-                                              L"CMDHL_GET_SAMPLE_SUBMISSION_SETTING", L"CMDHL_GET_SABLEX_SETTING",
-                                              L"CMDHL_GET_FA_RESTORE_SETTING"};
+constexpr const wchar_t* kBundleCommands[] = {
+    L"CMDHL_GET_WTP_SETTING",    L"CMDHL_GET_NCIE_SETTING",       L"CMDHL_GET_SAMPLE_SUBMISSION_SETTING",
+    L"CMDHL_GET_SABLEX_SETTING", L"CMDHL_GET_FA_RESTORE_SETTING", L"CMDHL_GET_INI_VEXORSETTING",
+    L"CMDHL_GET_SERVER_POLICY"};
 constexpr const wchar_t* kFactCommands[] = {L"CMDHL_GET_CLN_NET_QUARANTINE_CMD",
                                             L"CMDHL_GET_OPPSTATUS",
+                                            L"CMDHL_GET_OPPSETTING",
                                             L"CMDHL_GET_IP_BY_UID",
                                             L"CMDHL_PFW_GET_CLIENT_DOMAIN",
                                             L"CMDHL_PFW_GET_CLIENT_FULL_DOMAIN",
                                             L"CMDHL_GET_INI_WHITELIST",
+                                            L"CMDHL_GET_INI_CRITICAL",
                                             L"CMDHL_GET_SCAN_METHOD",
                                             L"CMDHL_GET_INI_SERVICESWITCHSETTING"};
+constexpr const wchar_t* kCommandsInParts[] = {L"CMDHL_GET_CLIENT_ALL_SETTING", L"CMDHL_GET_PRODUCT_INFO"};
+constexpr const wchar_t* kServerCommands[] = {L"CMDHL_GET_INI_GLOBALSETTING",    L"CMDHL_GET_INI_OTHERUPDATESRC",
+                                              L"CMDHL_GET_INI_SCANSERVICELIST",  L"CMDHL_GET_INI_SERVICEMODEL",
+                                              L"CMDHL_GET_INI_LOCALSCANSETTING", L"CMDHL_GET_INI_COMPONENT_VER",
+                                              L"CMDHL_GET_SERVER_NAME"};
+constexpr const wchar_t* kFlagCommands[] = {L"CMDHL_IS_CONFIGFLAGSET", L"CMDHL_GET_CFG_PERMISSION"};
 constexpr const wchar_t* kAlertCommands[] = {L"CMDHL_CMDHL_GET_CLN_ALERT_MSG"};
+
+constexpr const wchar_t* kNobody[] = {L""};
 constexpr const wchar_t* kNoParameter[] = {L""};
+constexpr const wchar_t* kFlags[] = {L"1", L"2", L"4", L"256", L"4294967295"};
 constexpr const wchar_t* kAlertTypes[] = {L"0", L"1", L"3", L"5", L"7", L"8", L"15", L"128"};
 
 constexpr wchar_t kProtectedStart[] = L"!CRYPT!";
@@ -46,34 +59,50 @@ Answer Question::AskAgain(CommandTally& tally) const {
 
 Questions::Questions(const std::wstring& protectionKey) : m_key(KeyOf(protectionKey)) {}
 
+struct Questions::Row {
+    std::vector<Question> Questions::*list;
+    std::span<const wchar_t* const> commands;
+    std::span<const wchar_t* const> uids;
+    std::span<const wchar_t* const> parameters;
+    bool inParts = false;
+};
+
+// In this order: the first row clears bits of the agents, which the flag commands ask for, a moment after its answers.
+const Questions::Row Questions::kRows[] = {
+    {&Questions::m_facts, kCommandsInParts, kSampleAgents, kNoParameter, true},
+    {&Questions::m_scan, kScanCommands, kSampleAgents, kNoParameter},
+    {&Questions::m_bundles, kBundleCommands, kSampleAgents, kNoParameter},
+    {&Questions::m_facts, kFactCommands, kSampleAgents, kNoParameter},
+    {&Questions::m_facts, kServerCommands, kNobody, kNoParameter},
+    {&Questions::m_facts, kFlagCommands, kSampleAgents, kFlags},
+    {&Questions::m_alerts, kAlertCommands, kSampleAgents, kAlertTypes},
+};
+
 void Questions::Learn(CommandTally& tally) {
-    m_scan = Answered(tally, kScanCommands, kNoParameter);
-    m_bundles = Answered(tally, kBundleCommands, kNoParameter);
-    m_facts = Answered(tally, kFactCommands, kNoParameter);
-    m_alerts = Answered(tally, kAlertCommands, kAlertTypes);
-    for (const auto* questions : {&m_scan, &m_bundles, &m_facts, &m_alerts}) {
-        if (std::ranges::none_of(*questions, [](const Question& question) { return !question.answer.empty(); })) {
-            throw std::runtime_error("the quiet server answers nothing to " + WideToUtf8(questions->front().command));
-        }
+    for (const Row& row : kRows) {
+        Learn(tally, row);
     }
 }
 
-std::vector<Question> Questions::Answered(CommandTally& tally, std::span<const wchar_t* const> commands,
-                                          std::span<const wchar_t* const> parameters) const {
-    std::vector<Question> questions;
-    for (const wchar_t* command : commands) {
-        for (const wchar_t* uid : kSampleAgents) {
-            for (const wchar_t* parameter : parameters) {
-                Question& question = questions.emplace_back(Question{command, uid, parameter, {}});
+void Questions::Learn(CommandTally& tally, const Row& row) {
+    bool anyAnswer = false;
+    for (const wchar_t* command : row.commands) {
+        for (const wchar_t* uid : row.uids) {
+            for (const wchar_t* parameter : row.parameters) {
+                Question question{command, uid, parameter, row.inParts};
                 const Answer answer = question.AskAgain(tally);
                 if (!answer.answered) {
                     throw std::runtime_error("the quiet server does not answer " + WideToUtf8(question.command));
                 }
                 question.answer = Readable(answer.text);
+                anyAnswer = anyAnswer || !question.answer.empty();
+                (this->*row.list).push_back(std::move(question));
             }
         }
     }
-    return questions;
+    if (!anyAnswer) {
+        throw std::runtime_error("the quiet server answers nothing to " + WideToUtf8(row.commands.front()));
+    }
 }
 
 std::wstring Questions::Readable(const std::wstring& answer) const {

@@ -22,7 +22,8 @@ struct Question {
     std::wstring command;
     std::wstring uid;
     std::wstring parameter;
-    std::wstring answer;  // readable
+    bool inParts = false;   // what the back end would add is left out while it is away
+    std::wstring answer{};  // readable
 
     Answer AskAgain(CommandTally& tally) const;
 };
@@ -44,8 +45,10 @@ class Questions {
     std::span<const Question> Alerts() const { return m_alerts; }
 
   private:
-    std::vector<Question> Answered(CommandTally& tally, std::span<const wchar_t* const> commands,
-                                   std::span<const wchar_t* const> parameters) const;
+    struct Row;
+    static const Row kRows[];
+
+    void Learn(CommandTally& tally, const Row& row);
 
     const ProtectionKey m_key;
     std::vector<Question> m_scan;

@@ -16,7 +16,7 @@ constexpr std::size_t kShownCharacters = 300;
 constexpr DWORD kAwayMilliseconds = 100;  // between two tries of a thread whose service is away
 
 constexpr Kind kKinds[] = {
-    {"scan settings", 318, AskScanSettings},
+    {"scan settings", 308, AskScanSettings},
     {"setting bundles", 120, AskBundle},
     {"facts of agents", 50, AskFacts},
     {"alert texts", 60, AskAlerts},
@@ -24,6 +24,7 @@ constexpr Kind kKinds[] = {
     {"upload ticket", 60, AskTicket},
     {"set, then get", 100, SetAndGet},
     {"reports without an answer", 60, Report},
+    {"server-authentication logs", 10, ReportServerAuth},
     {"firewall upload", 30, UploadFirewallLog},
     {"firewall upload, broken", 10, UploadBrokenPackage},
     {"spyware upload", 20, UploadSpyware},

@@ -117,6 +117,7 @@ Verdict AskAlerts(Worker& worker);
 Verdict Echo(Worker& worker);
 Verdict AskTicket(Worker& worker);
 Verdict Report(Worker& worker);
+Verdict ReportServerAuth(Worker& worker);
 Verdict SendUnknown(Worker& worker);
 Verdict SendHostileToHost(Worker& worker);
 Verdict SendHostileToBackEnd(Worker& worker);

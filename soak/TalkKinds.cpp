@@ -1,6 +1,8 @@
 // Commands that ask, commands that report, and messages that are no commands.
 #include <algorithm>
+#include <array>
 
+#include "CmdProtocol.h"
 #include "ServicePipes.h"
 #include "Soak.h"
 #include "Text.h"
@@ -12,8 +14,11 @@ Verdict AskKnown(Worker& worker, std::span<const Question> questions) {
     const Question& question = worker.Pick(questions);
     const Worker::Marks marks = worker.MarksNow();
     const Answer answer = question.AskAgain(worker.field.commands);
-    return worker.Judge(marks, question.command + L' ' + question.uid + L' ' + question.parameter, answer,
-                        worker.field.questions.Readable(answer.text) == question.answer);
+    const bool right = worker.field.questions.Readable(answer.text) == question.answer;
+    if (question.inParts && answer.answered && !right && !worker.field.presence.BackEndStayed(marks)) {
+        return Verdict::Empty;
+    }
+    return worker.Judge(marks, question.command + L' ' + question.uid + L' ' + question.parameter, answer, right);
 }
 
 // The wait that the agent is told is checked, too.
@@ -36,6 +41,26 @@ std::string RandomBytes(Worker& worker, uint32_t count) {
     }
     return bytes;
 }
+
+// Fields that each message has anew.
+constexpr wchar_t kAgent[] = L"agent";
+constexpr wchar_t kNumber[] = L"number";
+
+struct ReportRow {
+    const wchar_t* command;
+    std::array<const wchar_t*, 10> fields;
+    unsigned feedbackRecords = 0;
+};
+
+constexpr ReportRow kReports[] = {
+    {L"CMDHL_SET_STATFLAG", {kAgent, kNumber, L"7"}},
+    {L"CMDHL_PFW_UPDATE_CFW_COUNT", {kAgent, L"-1", kNumber, L"2", L"3", L"4", L"5", L"6", L"20240131235959", L"1"}},
+    {L"CMDHL_ADD_WTC_LOG", {kNumber, kAgent}, 1},
+    {L"CMDHL_SET_MAILSCAN_RT_CFG", {kAgent, L"1"}},
+    {L"CMDHL_SET_CLIENTCFG_SU_STATUS", {kAgent, L"1"}},
+    {L"CMDHL_SET_CLIENTCFG_WARNING_SETTING", {kAgent, L"1", L"0"}},
+    {L"CMDHL_PFW_SET_POLICY_ID", {kAgent, kNumber}},
+};
 
 constexpr const wchar_t* kUnknown[] = {
     L"CMDHL_NO_SUCH_COMMAND\tpipe\tuid", L"CMDHL_",      L"HELLO\tWORLD OF PIPES",
@@ -94,43 +119,36 @@ Verdict SendOversizedKey(Worker& worker) {
 
 // The counters show that they ran.
 Verdict Report(Worker& worker) {
-    const std::wstring agent = SettingAgent(worker.number);
-    const std::wstring number = std::to_wstring(worker.NewNumber());
     CommandTally& commands = worker.field.commands;
     const Worker::Marks marks = worker.MarksNow();
-    bool sent = false;
     switch (worker.Random(64)) {
         case 0:
-            sent = Tell(commands, L"CMDHL_SLEEP", {L"well"});
-            break;
+            return worker.JudgeDelivery(marks, L"CMDHL_SLEEP", Tell(commands, L"CMDHL_SLEEP", {L"well"}));
         case 1:
         case 2:
-            sent = Tell(commands, L"CMDHL_CLEAR_INI_CACHE", {});
-            break;
+            return worker.JudgeDelivery(marks, L"CMDHL_CLEAR_INI_CACHE", Tell(commands, L"CMDHL_CLEAR_INI_CACHE", {}));
         default:
-            switch (worker.Random(6)) {
-                case 0:
-                    sent = Tell(commands, L"CMDHL_SET_STATFLAG", {agent, number, L"7"});
-                    break;
-                case 1:
-                    sent = Tell(commands, L"CMDHL_PFW_UPDATE_CFW_COUNT",
-                                {agent, L"-1", number, L"2", L"3", L"4", L"5", L"6", L"20240131235959", L"1"});
-                    break;
-                case 2:
-                    ++worker.field.feedbackRecords;
-                    sent = Tell(commands, L"CMDHL_ADD_WTC_LOG", {L"entry " + number, agent});
-                    break;
-                case 3:
-                    sent = Tell(commands, L"CMDHL_SET_MAILSCAN_RT_CFG", {agent, L"1"});
-                    break;
-                case 4:
-                    sent = Tell(commands, L"CMDHL_SET_CLIENTCFG_SU_STATUS", {agent, L"1"});
-                    break;
-                default:
-                    sent = Tell(commands, L"CMDHL_SET_CLIENTCFG_WARNING_SETTING", {agent, L"1", L"0"});
-            }
+            break;
     }
-    return worker.JudgeDelivery(marks, L"a report", sent);
+    const ReportRow& row = worker.Pick(kReports);
+    const std::wstring number = std::to_wstring(worker.NewNumber());
+    CCmdProtocol fields;
+    for (const wchar_t* field : row.fields) {
+        if (field != nullptr) {
+            fields << (field == kAgent ? SettingAgent(worker.number) : field == kNumber ? number : field);
+        }
+    }
+    worker.field.feedbackRecords += row.feedbackRecords;
+    return worker.JudgeDelivery(marks, row.command, Tell(commands, row.command, {std::wstring(fields.Text())}));
+}
+
+// Stored by the back end as a special log. "0": it could not be sent.
+Verdict ReportServerAuth(Worker& worker) {
+    const Worker::Marks marks = worker.MarksNow();
+    const Answer answer = Ask(worker.field.commands, L"CMDHL_SERVER_AUTH_SET_LOG",
+                              {SettingAgent(worker.number), std::to_wstring(worker.NewNumber())});
+    const bool right = answer.text == L"1" || (answer.text == L"0" && !worker.field.presence.BackEndStayed(marks));
+    return worker.Judge(marks, L"CMDHL_SERVER_AUTH_SET_LOG", answer, right);
 }
 
 Verdict SendUnknown(Worker& worker) {
