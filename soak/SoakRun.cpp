@@ -74,7 +74,8 @@ std::wstring Absolute(const std::string& path) {
 SoakRun::SoakRun(const Options& options)
     : m_options(options),
       m_folder(Absolute(options.folder)),
-      m_database(Absolute(options.storeFolder.empty() ? options.folder : options.storeFolder) + L"\\agents.db"),
+      m_storeFolder(Absolute(options.storeFolder.empty() ? options.folder : options.storeFolder)),
+      m_database(options.store.empty() ? m_storeFolder + L"\\agents.db" : Utf8ToWide(options.store)),
       m_field(std::make_unique<Field>(m_folder, PrepareHome(m_folder))),
       m_tally(Kinds().size()) {
     Operator::Files files{m_database, m_folder + L"\\log", {}};
@@ -82,7 +83,7 @@ SoakRun::SoakRun(const Options& options)
         files.clockLibrary = test::ProgramFolder() + L"wrb_soak_clock.dll";
     }
     m_services = std::make_unique<Operator>(files, m_field->presence, m_field->ledger);
-    m_disk = std::make_unique<StoreDisk>(fs::path(m_database).parent_path().wstring());
+    m_disk = std::make_unique<StoreDisk>(m_storeFolder);
     m_chaos =
         std::make_unique<Chaos>(*m_services, *m_field, *m_disk, Chaos::Plan{options.seed, options.calm, m_database});
     for (unsigned thread = 0; thread < options.threads; ++thread) {

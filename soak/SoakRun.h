@@ -20,6 +20,7 @@ namespace wrb::soak {
 struct Options {
     std::string folder;
     std::string storeFolder;  // empty: `folder`
+    std::string store;        // empty: a SQLite file there
     std::string agents;
     uint64_t commands = 100'000;
     unsigned threads = 8;
@@ -50,7 +51,8 @@ class SoakRun {
 
     const Options m_options;
     const std::wstring m_folder;
-    const std::wstring m_database;
+    const std::wstring m_storeFolder;
+    const std::wstring m_database;  // its address
     std::unique_ptr<Field> m_field;
     std::unique_ptr<Operator> m_services;
     std::unique_ptr<StoreDisk> m_disk;

@@ -22,6 +22,9 @@ int Main() {
     app.add_option("--store-folder", options.storeFolder,
                    "Folder of the database, on a volume of at most 4 GiB that nothing else needs: it is filled "
                    "(default: FOLDER, whose volume is not filled)");
+    app.add_option("--store", options.store,
+                   "Database in place of a SQLite file in that folder: the address of an empty one")
+        ->envname("WRB_STORE");
     app.add_option("--agents", options.agents, "The sample agents")->required();
     app.add_option("--commands", options.commands,
                    "Commands in all, but for a warm-up of 8000 at least (default: 100000)")

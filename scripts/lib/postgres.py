@@ -1,7 +1,8 @@
 """A PostgreSQL server of one's own: on a free port of this machine, in a folder of its own.
 
 As a program: postgres.py COMMAND... runs COMMAND with the address of an empty database, as wrbback takes it, in the
-variable WRB_POSTGRES. Without PostgreSQL and its ODBC driver it says so and runs COMMAND without the variable.
+variable WRB_STORE. Without PostgreSQL and its ODBC driver it says so and runs COMMAND without the variable, or, after
+--required, ends with 1.
 """
 
 import contextlib
@@ -85,13 +86,15 @@ def running():
 
 
 def main(command):
+    required = command[0] == "--required"
+    command = command[1:] if required else command
     if programs() is None:
-        print("PostgreSQL or its ODBC driver is not installed: what needs them is left out", file=sys.stderr)
-        return subprocess.run(command, check=False).returncode
+        print("PostgreSQL or its ODBC driver is not installed", file=sys.stderr)
+        return 1 if required else subprocess.run(command, check=False).returncode
     with running() as engine:
         engine.query("CREATE DATABASE warrenby", "postgres")
         return subprocess.run(command, check=False,
-                              env={**os.environ, "WRB_POSTGRES": engine.store("warrenby")}).returncode
+                              env={**os.environ, "WRB_STORE": engine.store("warrenby")}).returncode
 
 
 if __name__ == "__main__":
