@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "CancelAfter.h"
 #include "Handle.h"
 #include "LocalPath.h"
 #include "NamedMutex.h"
@@ -90,6 +91,19 @@ TEST(Text, NumbersAreReadAsFarAsTheyGoAndClamped) {
         EXPECT_EQ(wrb::ParseInt64(text), number) << testing::PrintToString(text);
         EXPECT_EQ(wrb::ParseInt32(text), std::clamp<int64_t>(number, INT32_MIN, INT32_MAX))
             << testing::PrintToString(text);
+    }
+}
+
+// No client comes: nothing but the limit ends the call.
+TEST(CancelAfter, ACallThatWaitsForEverIsEnded) {
+    const wrb::FileHandle pipe(CreateNamedPipeW((L"\\\\.\\pipe\\" + wrb::test::UniqueName()).c_str(),
+                                                PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE, 1, 0, 0, 0, nullptr));
+    for (int i = 0; i < 3; ++i) {
+        const wrb::CancelAfter limit(20);
+        ASSERT_TRUE(limit);
+        EXPECT_FALSE(ConnectNamedPipe(pipe.Get(), nullptr));
+        EXPECT_EQ(GetLastError(), DWORD{ERROR_OPERATION_ABORTED});
+        EXPECT_TRUE(limit.IsOver());
     }
 }
 
