@@ -11,12 +11,16 @@
 #include <utility>
 
 #include "DebugLog.h"
+#include "SystemText.h"
 #include "Text.h"
 
 namespace {
 
 constexpr int kWriteAttempts = 6;
 constexpr uint32_t kRetryPauseMs = 100;
+constexpr uint32_t kSlowMs = 500;
+constexpr uint32_t kRestMs = 1'000;
+constexpr uint32_t kToldMs = 60'000;
 constexpr int kBypass = 1;
 constexpr std::size_t kPathLimit = 260;
 
@@ -107,6 +111,8 @@ int CINICache::init(const char* path, uint32_t seconds) {
     wrb::ExclusiveGuard guard(m_lock);
     if (m_path != bounded) {
         m_path = bounded;
+        ++m_changes;
+        m_trouble = {};
         m_integers.clear();
         m_texts.clear();
         m_sections.clear();
@@ -122,32 +128,111 @@ int CINICache::init(const wchar_t* path, uint32_t seconds) {
 }
 
 template <typename Value>
-const Value* CINICache::FindFresh(const Table<Value>& table, std::string_view key) const {
+const CINICache::Entry<Value>* CINICache::Find(const Table<Value>& table, std::string_view key) {
     const auto found = table.find(key);
-    // In 32-bit unsigned arithmetic the tick counter's wrap-around does no harm.
-    const bool fresh = found != table.end() && m_clock.TickMilliseconds() - found->second.readTick <= m_expiryMs;
-    return fresh ? &found->second.value : nullptr;
+    return found == table.end() ? nullptr : &found->second;
 }
 
-// `use` gets the value under the lock and returns the caller's result.
-template <typename Value, typename ReadFile, typename Use>
-uint32_t CINICache::Read(Table<Value> CINICache::*table, std::string_view key, int bypass, ReadFile readFile, Use use) {
-    if (bypass == kBypass) {
-        return use(readFile(CurrentPath().c_str()));
+template <typename Value>
+void CINICache::Drop(Table<Value>& table, std::string_view key) {
+    if (const auto found = table.find(key); found != table.end()) {
+        found->second.isDropped = true;
     }
+}
+
+template <typename Value>
+void CINICache::DropAll(Table<Value>& table) {
+    for (auto& [key, entry] : table) {
+        entry.isDropped = true;
+    }
+}
+
+// In 32-bit unsigned arithmetic the tick counter's wrap-around does no harm.
+template <typename Value>
+bool CINICache::IsFresh(const Entry<Value>& entry) const {
+    return m_clock.TickMilliseconds() - entry.readTick <= m_expiryMs;
+}
+
+// Whether the file is to be left alone.
+bool CINICache::Rests() const {
+    return (m_trouble.isUnreadable || m_trouble.isSlow) && m_clock.TickMilliseconds() - m_trouble.tick < kRestMs;
+}
+
+// True: a line is due.
+bool CINICache::NoteTry(uint32_t start, bool isUnreadable) {
+    const uint32_t now = m_clock.TickMilliseconds();
+    m_trouble.isUnreadable = isUnreadable;
+    m_trouble.isSlow = now - start >= kSlowMs;
+    m_trouble.tick = now;
+    const bool isDue = isUnreadable && (!m_trouble.isTold || now - m_trouble.toldTick >= kToldMs);
+    if (isDue) {
+        m_trouble.isTold = true;
+        m_trouble.toldTick = now;
+    }
+    return isDue;
+}
+
+// `use` gets the value and returns the caller's result; under the lock, where the value is the cache's.
+template <typename Value, typename ReadFile, typename Default, typename Use>
+uint32_t CINICache::Read(Table<Value> CINICache::*table, std::string_view key, int bypass, ReadFile readFile,
+                         Default byDefault, Use use) {
+    if (bypass == kBypass) {
+        const std::string path = CurrentPath();
+        Value value{};
+        const bool isRead = m_profile.WhileReadable(path.c_str(), [&] { value = readFile(path.c_str()); }) == 0;
+        return use(isRead ? value : byDefault());
+    }
+    std::unique_lock turn(m_turn, std::defer_lock);
     {
         wrb::SharedGuard guard(m_lock);
-        if (const Value* value = FindFresh(this->*table, key)) {
-            return use(*value);
+        const Entry<Value>* const entry = Find(this->*table, key);
+        if (entry != nullptr && !entry->isDropped && (IsFresh(*entry) || Rests() || !turn.try_lock())) {
+            return use(entry->value);
         }
     }
-    wrb::ExclusiveGuard guard(m_lock);
-    // Another thread may have read it while this one waited for the lock.
-    if (const Value* value = FindFresh(this->*table, key)) {
-        return use(*value);
+    if (!turn.owns_lock()) {
+        turn.lock();
     }
-    Entry<Value> entry{readFile(m_path.c_str()), m_clock.TickMilliseconds()};
-    return use((this->*table).insert_or_assign(std::string(key), std::move(entry)).first->second.value);
+    return ReadInTurn(table, key, readFile, byDefault, use);
+}
+
+template <typename Value, typename ReadFile, typename Default, typename Use>
+uint32_t CINICache::ReadInTurn(Table<Value> CINICache::*table, std::string_view key, ReadFile readFile,
+                               Default byDefault, Use use) {
+    std::string path;
+    uint32_t changes;
+    {
+        wrb::SharedGuard guard(m_lock);
+        const Entry<Value>* const entry = Find(this->*table, key);
+        if (entry != nullptr && !entry->isDropped && (IsFresh(*entry) || Rests())) {
+            return use(entry->value);  // read while this thread waited for its turn
+        }
+        if (m_trouble.isUnreadable && Rests()) {
+            return use(entry != nullptr ? entry->value : byDefault());
+        }
+        path = m_path;
+        changes = m_changes;
+    }
+    const uint32_t start = m_clock.TickMilliseconds();
+    Value value{};
+    const uint32_t error = m_profile.WhileReadable(path.c_str(), [&] { value = readFile(path.c_str()); });
+    uint32_t result;
+    bool isDue;
+    {
+        wrb::ExclusiveGuard guard(m_lock);
+        isDue = NoteTry(start, error != 0);
+        if (error == 0 && changes == m_changes) {
+            Entry<Value> entry{std::move(value), m_clock.TickMilliseconds()};
+            return use((this->*table).insert_or_assign(std::string(key), std::move(entry)).first->second.value);
+        }
+        const Entry<Value>* const entry = Find(this->*table, key);
+        result = use(error == 0 ? value : entry != nullptr ? entry->value : byDefault());
+    }
+    if (isDue) {
+        WRB_LOG(kLogWarning, L"CINICache - cannot read %S, earlier values stay in force: %s", path.c_str(),
+                wrb::Utf8ToWide(wrb::SystemText(error)).c_str());
+    }
+    return result;
 }
 
 template <typename Char>
@@ -155,7 +240,9 @@ uint32_t CINICache::ReadNumber(const Char* section, const Char* key, int32_t def
     const auto readFile = [&](const char* path) {
         return m_profile.ReadInt(Narrow(section).c_str(), Narrow(key).c_str(), defaultValue, path);
     };
-    return Read(&CINICache::m_integers, EntryKey(section, key), bypass, readFile, [](uint32_t value) { return value; });
+    const auto byDefault = [=] { return static_cast<uint32_t>(defaultValue); };
+    return Read(&CINICache::m_integers, EntryKey(section, key), bypass, readFile, byDefault,
+                [](uint32_t value) { return value; });
 }
 
 template <typename Char, typename Copy>
@@ -163,7 +250,8 @@ uint32_t CINICache::ReadText(const Char* section, const Char* key, const Char* d
     const auto readFile = [&](const char* path) {
         return m_profile.ReadString(Narrow(section).c_str(), Narrow(key).c_str(), Narrow(defaultText).c_str(), path);
     };
-    return Read(&CINICache::m_texts, EntryKey(section, key), bypass, readFile, copy);
+    return Read(
+        &CINICache::m_texts, EntryKey(section, key), bypass, readFile, [=] { return Narrow(defaultText); }, copy);
 }
 
 uint32_t CINICache::readINIInt(const char* section, const char* key, int32_t defaultValue, int bypass) {
@@ -193,10 +281,13 @@ uint32_t CINICache::readINIString(wchar_t* buffer, const wchar_t* section, const
 bool CINICache::readINISection(std::wstring& lines, const wchar_t* section, int bypass) {
     const std::string name = Narrow(section);
     const auto readFile = [&](const char* path) { return m_profile.ReadSection(name.c_str(), path); };
-    return Read(&CINICache::m_sections, name, bypass, readFile, [&](const std::optional<std::string>& text) {
-               lines += wrb::AnsiToWide(text.value_or(""));
-               return text ? 1 : 0;
-           }) != 0;
+    const auto append = [&](const std::optional<std::string>& text) {
+        lines += wrb::AnsiToWide(text.value_or(""));
+        return text ? 1 : 0;
+    };
+    return Read(
+               &CINICache::m_sections, name, bypass, readFile, [] { return std::optional<std::string>(""); }, append) !=
+           0;
 }
 
 int CINICache::writeINIString(const char* section, const char* key, const char* value) {
@@ -223,9 +314,10 @@ int CINICache::writeINIString(const char* section, const char* key, const char* 
     }
     const EntryKey entry(section, key);
     wrb::ExclusiveGuard guard(m_lock);
-    m_texts.erase(std::string(entry));
-    m_integers.erase(std::string(entry));
-    m_sections.erase(section);
+    ++m_changes;
+    Drop(m_texts, entry);
+    Drop(m_integers, entry);
+    Drop(m_sections, section);
     return written;
 }
 
@@ -247,9 +339,10 @@ int CINICache::writeINIInt(const wchar_t* section, const wchar_t* key, int32_t v
 
 void CINICache::clear() {
     wrb::ExclusiveGuard guard(m_lock);
-    m_integers.clear();
-    m_texts.clear();
-    m_sections.clear();
+    ++m_changes;
+    DropAll(m_integers);
+    DropAll(m_texts);
+    DropAll(m_sections);
 }
 
 std::string CINICache::CurrentPath() {

@@ -1,13 +1,22 @@
 // Read-through cache of one INI file: a value that was read is served again until it is older than the expiry.
 //
 // Narrow texts are in the system's ANSI code page; a wide form converts its texts and does the same. A null text counts
-// as an empty one. Any thread may call anything at any time. Hits share the cache's lock; a miss reads the file with
-// the lock held exclusively, so that misses come one at a time. Nothing throws but for lack of memory.
+// as an empty one. Any thread may call anything at any time. Nothing throws but for lack of memory.
+//
+// One thread at a time reads the file, without the cache's lock. Meanwhile the others get their values although these
+// have expired; who asks for a value that was never read, or was dropped, waits.
+//
+// A file that cannot be read, because another process has opened it without sharing or holds an oplock, takes no value
+// away: what was read before is served on, dropped or not, and a value that was never read is the caller's default and
+// not kept. A try takes two seconds at most, the next one follows after a second, and a line at level 'W' says so once
+// a minute. A file that can be read, but only slowly, is left alone for that second, too, except for values that were
+// never read.
 #pragma once
 
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -60,6 +69,7 @@ class CINICache {
     int writeINIInt(const char* section, const char* key, int32_t value);
     int writeINIInt(const wchar_t* section, const wchar_t* key, int32_t value);
 
+    // Drops everything: the next reads go to the file.
     void clear();
 
   private:
@@ -67,15 +77,37 @@ class CINICache {
     struct Entry {
         Value value;
         uint32_t readTick;
+        bool isDropped = false;  // only of use while the file cannot be read
     };
     // By section, ":" and key, exactly as the caller gave them; whole sections by their name.
     template <typename Value>
     using Table = std::map<std::string, Entry<Value>, std::less<>>;
 
+    struct Trouble {
+        uint32_t tick = 0;  // when the last try ended
+        bool isSlow = false;
+        bool isUnreadable = false;
+        bool isTold = false;
+        uint32_t toldTick = 0;
+    };
+
     template <typename Value>
-    const Value* FindFresh(const Table<Value>& table, std::string_view key) const WRB_REQUIRES_SHARED(m_lock);
-    template <typename Value, typename ReadFile, typename Use>
-    uint32_t Read(Table<Value> CINICache::*table, std::string_view key, int bypass, ReadFile readFile, Use use);
+    static const Entry<Value>* Find(const Table<Value>& table, std::string_view key);
+    template <typename Value>
+    static void Drop(Table<Value>& table, std::string_view key);
+    template <typename Value>
+    static void DropAll(Table<Value>& table);
+    template <typename Value>
+    bool IsFresh(const Entry<Value>& entry) const WRB_REQUIRES_SHARED(m_lock);
+    bool Rests() const WRB_REQUIRES_SHARED(m_lock);
+    bool NoteTry(uint32_t start, bool isUnreadable) WRB_REQUIRES(m_lock);
+
+    template <typename Value, typename ReadFile, typename Default, typename Use>
+    uint32_t Read(Table<Value> CINICache::*table, std::string_view key, int bypass, ReadFile readFile,
+                  Default byDefault, Use use);
+    template <typename Value, typename ReadFile, typename Default, typename Use>
+    uint32_t ReadInTurn(Table<Value> CINICache::*table, std::string_view key, ReadFile readFile, Default byDefault,
+                        Use use);
     template <typename Char>
     uint32_t ReadNumber(const Char* section, const Char* key, int32_t defaultValue, int bypass);
     template <typename Char, typename Copy>
@@ -84,8 +116,11 @@ class CINICache {
 
     const wrb::IClock& m_clock;
     wrb::IProfileAccess& m_profile;
+    std::mutex m_turn;  // of the thread that reads the file; taken before the lock
     CWrbSRWLock m_lock;
     std::string m_path WRB_GUARDED_BY(m_lock);
+    uint32_t m_changes WRB_GUARDED_BY(m_lock) = 0;  // what was read before one is not kept
+    Trouble m_trouble WRB_GUARDED_BY(m_lock);
     uint32_t m_expiryMs WRB_GUARDED_BY(m_lock) = 30000;
     // A key that is read both as a number and as text has an entry in each.
     Table<uint32_t> m_integers WRB_GUARDED_BY(m_lock);

@@ -2,11 +2,16 @@
 
 #include <windows.h>
 
+#include "CancelAfter.h"
+#include "ReadableFile.h"
+#include "Text.h"
+
 namespace wrb {
 namespace {
 
 constexpr DWORD kShortValue = 2048;
 constexpr DWORD kLongestValue = 65536;
+constexpr uint32_t kFileMilliseconds = 2'000;
 
 bool BeginsLikeANumber(const char* text) {
     while (*text == ' ' || *text == '\t') {
@@ -23,6 +28,10 @@ class ProfileApi final : public IProfileAccess {
     bool FileExists(const char* path) override {
         const DWORD attributes = GetFileAttributesA(path);
         return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+    }
+
+    uint32_t WhileReadable(const char* path, const std::function<void()>& read) override {
+        return wrb::WhileReadable(AnsiToWide(path), kFileMilliseconds, read);
     }
 
     uint32_t ReadInt(const char* section, const char* key, int32_t defaultValue, const char* path) override {
@@ -57,6 +66,11 @@ class ProfileApi final : public IProfileAccess {
 
     int WriteString(const char* section, const char* key, const char* value, const char* path,
                     uint32_t& error) override {
+        const CancelAfter limit(kFileMilliseconds);
+        if (!limit) {
+            error = limit.Error();
+            return FALSE;
+        }
         const BOOL written = WritePrivateProfileStringA(section, key, value, path);
         error = written ? ERROR_SUCCESS : GetLastError();
         return written;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,6 +21,14 @@ class IProfileAccess {
     // Whether `path` names an existing file; a folder does not count.
     virtual bool FileExists(const char* path) = 0;
 
+    // Calls `read`, which reads the file by the three functions below: they do not tell a file that cannot be read from
+    // one without the key. Returns 0, also when there is no such file, or the Windows error code when what `read` has
+    // found is of no use. Takes two seconds at most. Without an own form the file is taken to be readable.
+    virtual uint32_t WhileReadable([[maybe_unused]] const char* path, const std::function<void()>& read) {
+        read();
+        return 0;
+    }
+
     // The number as the system reads it: leading sign and digits, a negative one as its two's complement. The default
     // when the key is absent or its text does not begin like a number.
     virtual uint32_t ReadInt(const char* section, const char* key, int32_t defaultValue, const char* path) = 0;
@@ -31,8 +40,8 @@ class IProfileAccess {
     // section is longer than kLongestSection, the terminators of its lines included. Throws std::bad_alloc.
     virtual std::optional<std::string> ReadSection(const char* section, const char* path) = 0;
 
-    // A null `value` deletes the key. Returns what the system's write returned, non-zero for success; otherwise `error`
-    // is the Windows error code.
+    // A null `value` deletes the key. Takes two seconds at most. Returns what the system's write returned, non-zero for
+    // success; otherwise `error` is the Windows error code.
     virtual int WriteString(const char* section, const char* key, const char* value, const char* path,
                             uint32_t& error) = 0;
 

@@ -7,6 +7,7 @@
 #include "ResultFile.h"
 #include "SpillFile.h"
 #include "SqlConnection.h"
+#include "SystemText.h"
 #include "Text.h"
 #include "UploadFolder.h"
 
@@ -63,6 +64,10 @@ std::unique_ptr<wrb::SqlConnection> wrb::ConnectOdbc(const SqlAddress&) {
 wrb::IProfileAccess& wrb::SystemProfile() {
     static FakeProfile profile;
     return profile;
+}
+
+std::string wrb::SystemText(uint32_t) {
+    return {};
 }
 
 wrb::UploadFolder::UploadFolder(const std::wstring& homeFolder) : m_folder(homeFolder) {}

@@ -2,9 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
+#include "CapturedLog.h"
+#include "DebugLog.h"
 #include "FakeProfile.h"
+#include "Handle.h"
 #include "ManualClock.h"
 #include "OnThreads.h"
+#include "SystemText.h"
 #include "TempFolder.h"
 #include "Text.h"
 
@@ -138,7 +144,7 @@ TEST(INICacheThreads, MissesComeOneAtATimeWhileOthersWriteAndClear) {
         for (unsigned i = 0; i < 500; ++i) {
             wchar_t text[600];
             const std::string key = std::to_string(i % 7);
-            EXPECT_EQ(cache.readINIInt("S", key.c_str(), static_cast<int32_t>(thread)), thread);
+            EXPECT_LT(cache.readINIInt("S", key.c_str(), static_cast<int32_t>(thread)), 8u) << "a thread's default";
             EXPECT_EQ(cache.readINIString(text, L"S", L"long", L"", 600), 500u);
             if (i % 50 == thread) {
                 cache.clear();
@@ -147,6 +153,102 @@ TEST(INICacheThreads, MissesComeOneAtATimeWhileOthersWriteAndClear) {
         }
     });
     EXPECT_FALSE(profile.overlapped);
+}
+
+// Opened without sharing: what was read before stays in force, and a second later the file is tried again.
+TEST(INICacheFile, AFileThatIsHeldTakesNoValueAway) {
+    const wrb::test::TempFolder folder;
+    const std::wstring path = (folder / L"held.ini").wstring();
+    ManualClock clock;
+    CINICache cache(clock);
+    const auto read = [&](const char* key, int32_t byDefault) { return cache.readINIInt("S", key, byDefault); };
+    const auto lines = [&] {
+        std::wstring text;
+        EXPECT_TRUE(cache.readINISection(text, L"S"));
+        return text;
+    };
+    const auto hold = [&] {
+        wrb::FileHandle held(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        EXPECT_TRUE(held);
+        return held;
+    };
+    const std::wstring warning = L"CINICache - cannot read " + path + L", earlier values stay in force: " +
+                                 wrb::Utf8ToWide(wrb::SystemText(ERROR_SHARING_VIOLATION));
+    wrb::test::WriteAll(path, "[S]\r\nk=1\r\n");
+    cache.init(path.c_str(), 6);
+    EXPECT_EQ(read("k", 0), 1u);
+    EXPECT_EQ(lines(), L"k=1\n");
+    wrb::test::WriteAll(path, "[S]\r\nk=2\r\nnew=3\r\n");
+    clock.AdvanceTick(6001);
+    TakeCapturedLog();
+    wrb::FileHandle held = hold();
+    EXPECT_EQ(read("k", 0), 1u);
+    held.Reset();
+    EXPECT_EQ(lines(), L"k=1\n");
+    EXPECT_EQ(read("new", 7), 7u);
+    cache.clear();
+    EXPECT_EQ(read("k", 0), 1u) << "better than the default";
+    clock.AdvanceTick(999);
+    EXPECT_EQ(read("k", 0) + read("new", 8), 1u + 8u) << "not yet";
+    clock.AdvanceTick(1);
+    EXPECT_EQ(read("new", 9), 3u);
+    EXPECT_EQ(read("k", 0), 2u);
+    EXPECT_EQ(lines(), L"k=2\nnew=3\n");
+    EXPECT_EQ(TakeCapturedLog(), (std::vector<CapturedLine>{{kLogWarning, warning}}));
+    held = hold();
+    for (int seconds = 0; seconds <= 60; ++seconds) {
+        clock.AdvanceTick(1'000);
+        EXPECT_EQ(read("unknown", 5), 5u);
+    }
+    EXPECT_EQ(TakeCapturedLog().size(), 1u) << "once a minute";
+}
+
+// Its reads succeed, or fail with an error, when the test says so.
+class StuckProfile final : public FakeProfile {
+  public:
+    uint32_t WhileReadable(const char*, const std::function<void()>& read) override {
+        read();
+        isInside = isStuck.load();
+        isStuck.wait(true);
+        return error;
+    }
+    void LetGo(uint32_t result) {
+        error = result;
+        isStuck = false;
+        isStuck.notify_all();
+    }
+
+    std::atomic<bool> isStuck{false};
+    std::atomic<bool> isInside{false};
+    std::atomic<uint32_t> error{0};
+};
+
+TEST(INICacheThreads, WhoHasAnOldValueDoesNotWaitForTheThreadThatReads) {
+    ManualClock clock;
+    StuckProfile profile;
+    CINICache cache(clock, profile);
+    const auto read = [&] { return cache.readINIInt("S", "k", 0); };
+    for (const uint32_t error : {0u, 995u}) {
+        profile.LetGo(0);
+        cache.clear();
+        profile.values["S/k"] = "1";
+        EXPECT_EQ(read(), 1u);
+        clock.AdvanceTick(30001);
+        profile.isInside = false;
+        profile.isStuck = true;
+        std::jthread stuck([&] { EXPECT_EQ(read(), 1u); });
+        wrb::test::WaitUntil([&] { return profile.isInside.load(); });
+        EXPECT_EQ(read(), 1u);
+        cache.writeINIInt("S", "other", 2);
+        EXPECT_EQ(read(), 1u);
+        std::jthread first([&] { EXPECT_EQ(cache.readINIInt("S", "new", 7), 7u); });
+        profile.LetGo(error);
+        stuck.join();
+        first.join();
+        profile.values["S/k"] = "3";
+        EXPECT_EQ(read(), error == 0 ? 3u : 1u) << "what was read before a write is not kept";
+        clock.AdvanceTick(1'000);
+    }
 }
 
 TEST_F(INICache, NarrowAndWideTextsOfEveryLengthShareAnEntry) {
