@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "CancelAfter.h"
 #include "CmdProtocol.h"
 #include "CommandFields.h"
 #include "CommandTable.h"
@@ -111,6 +112,7 @@ void ProcessEntry(const char* entry, const char* directory, const std::wstring& 
                   const ExtractedLogProcessor& processor) {
     const std::wstring path = EntryPath(directory, entry);
     Guarded(kProcessEntry, [&] { processor(uid, path.c_str()); });
+    const wrb::CancelAfter limit(wrb::kUploadFileMilliseconds);
     if (!DeleteFileW(path.c_str())) {
         const DWORD error = GetLastError();
         // Another log has the same text.

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "CancelAfter.h"
 #include "HomeFolder.h"
 #include "INICache.h"
 #include "IgnoringCase.h"
@@ -126,6 +127,11 @@ UploadFile OpenUploadedPackage(const std::wstring& path) {
         Refuse(package, kNoLocalPath);
         return package;
     }
+    const CancelAfter limit(kUploadFileMilliseconds);
+    if (!limit) {
+        package.error = limit.Error();
+        return package;
+    }
     package.handle = Open(path, GENERIC_READ | DELETE, FILE_SHARE_READ, FILE_FLAG_OPEN_REPARSE_POINT);
     if (!package.handle) {
         package.error = GetLastError();
@@ -144,9 +150,10 @@ UploadFile MakeUploadFolder(const std::wstring& path) {
         Refuse(folder, kNoLocalPath);
         return folder;
     }
-    const FileHandle parent = OpenFolder(path.substr(0, name));
+    const CancelAfter limit(kUploadFileMilliseconds);
+    const FileHandle parent = limit ? OpenFolder(path.substr(0, name)) : FileHandle();
     if (!parent) {
-        folder.error = GetLastError();
+        folder.error = limit ? GetLastError() : limit.Error();
         return folder;
     }
     folder.path = FinalPath(parent.Get()).Child(path.substr(name));
@@ -166,6 +173,7 @@ DWORD DeleteOpened(UploadFile& file) noexcept {
         return file.error;
     }
     FILE_DISPOSITION_INFO onClose = {TRUE};
+    const CancelAfter limit(kUploadFileMilliseconds);  // the file is to go whether or not there is a limit
     const BOOL isMarked = SetFileInformationByHandle(file.handle.Get(), FileDispositionInfo, &onClose, sizeof onClose);
     const DWORD error = isMarked ? ERROR_SUCCESS : GetLastError();
     file.handle.Reset();

@@ -8,11 +8,16 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <string>
 
 #include "Handle.h"
 
 namespace wrb {
+
+// How long each of the functions below may take, and other uses of an upload's files: another process can hold them up
+// with an oplock. A call that is not done by then fails with ERROR_OPERATION_ABORTED (995).
+inline constexpr uint32_t kUploadFileMilliseconds = 10'000;
 
 struct UploadFile {
     FileHandle handle;                 // empty when it could not be opened, and when it is refused
