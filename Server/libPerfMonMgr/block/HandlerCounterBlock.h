@@ -24,7 +24,7 @@ inline constexpr wchar_t kCounterHolderName[] = L"Global\\Calloway_Warrenby_Hand
 
 // What commands have acknowledged, or do not acknowledge at all, and could not hand over to a service.
 struct Undelivered {
-    uint32_t rows = 0;    // for the log pool, or for the feedback log when the server stops
+    uint32_t rows = 0;    // for the log pool or for the feedback log
     uint32_t events = 0;  // for the central-management agent and the agent-command service
 };
 

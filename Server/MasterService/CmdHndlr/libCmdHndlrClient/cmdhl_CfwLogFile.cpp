@@ -4,6 +4,7 @@
 
 #include <cwchar>
 
+#include "CancelAfter.h"
 #include "CheckPFWLogVersion.h"
 #include "DebugLog.h"
 #include "Handle.h"
@@ -11,6 +12,7 @@
 #include "PfwLogReader.h"
 #include "PfwLogText.h"
 #include "QmAgentClient.h"
+#include "UploadFile.h"
 #include "cmdlog_OutputCmd.h"
 
 namespace wrb {
@@ -87,10 +89,29 @@ class RecordForwarder {
     PfwLogTexts m_texts;
 };
 
+// The last one may be cut.
+uint32_t RecordsIn(uint32_t size, uint32_t itemBytes) {
+    return size / itemBytes + (size % itemBytes != 0 ? 1 : 0);
+}
+
+// Of a file that cannot be opened: by its size, or one where not even that is known.
+uint32_t RecordsIn(const wchar_t* fileName) {
+    WIN32_FILE_ATTRIBUTE_DATA file{};
+    if (!GetFileAttributesExW(fileName, GetFileExInfoStandard, &file)) {
+        return 1;
+    }
+    return RecordsIn(file.nFileSizeLow, PfwLogRecordSize(PfwLogVersionOfSize(file.nFileSizeLow)));
+}
+
+FileHandle OpenLog(const wchar_t* fileName) {
+    const CancelAfter limit(kUploadFileMilliseconds);
+    return FileHandle(
+        CreateFileW(fileName, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
 template <typename Item>
 int32_t ForwardRecords(HANDLE file, uint32_t size, RecordForwarder& forwarder) {
-    constexpr uint32_t kItemBytes = sizeof(Item);
-    forwarder.Expect(size / kItemBytes + (size % kItemBytes != 0 ? 1 : 0));  // the last one may be cut
+    forwarder.Expect(RecordsIn(size, sizeof(Item)));
     int32_t result = kForwarded;
     PfwLogReader reader(file, sizeof(Item));
     while (const void* const record = reader.Next()) {
@@ -112,15 +133,15 @@ PfwLogVersion VersionOf(HANDLE file, uint32_t size) {
 int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, const CfwLogTargets& targets,
                           Undelivered& lost) {
     WRB_LOG(kLogDebug8, L"processCFWLogFile: FileName=%s", fileName);
-    const FileHandle file(
-        CreateFileW(fileName, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    RecordForwarder forwarder(uid.c_str(), targets, lost);
+    const FileHandle file = OpenLog(fileName);
     if (!file) {
         const DWORD error = GetLastError();
         WRB_LOG(kLogNotice5, L"processCFWLogFile:Fail open file err=%d, '%s'", error, fileName);
+        forwarder.Expect(RecordsIn(fileName));
         return kForwarded;
     }
     const DWORD size = GetFileSize(file.Get(), nullptr);  // no package holds a file that needs the upper half
-    RecordForwarder forwarder(uid.c_str(), targets, lost);
     switch (VersionOf(file.Get(), size)) {
         case PfwLogVersion::kV0:
             return ForwardRecords<SWRB_PFW_LOG_ITEM_V0>(file.Get(), size, forwarder);

@@ -16,7 +16,8 @@ struct CfwLogTargets {
 };
 
 // processCFWLogFile with other targets. Adds to `lost` what they have not taken; records with wrong markers do not
-// count. Memory does not grow with the file. Any thread, each with a file of its own.
+// count. Of a file that cannot be opened all records count, by its size. Memory does not grow with the file. Any
+// thread, each with a file of its own.
 int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, const CfwLogTargets& targets,
                           Undelivered& lost);
 

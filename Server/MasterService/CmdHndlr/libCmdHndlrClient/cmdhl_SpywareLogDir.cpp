@@ -10,8 +10,11 @@
 #include "DebugLog.h"
 #include "Handle.h"
 #include "OpenSecurity.h"
+#include "ReadableFile.h"
 #include "ServerStopEvent.h"
+#include "SystemText.h"
 #include "Text.h"
+#include "UploadFile.h"
 #include "cmdhl_WtcLog.h"
 
 namespace {
@@ -23,7 +26,8 @@ constexpr DWORD kNamesCharacters = 14000;
 constexpr DWORD kGuidCharacters = 64;
 constexpr uint64_t kMostBytes = 16 << 20;  // of a log: the profile functions read the whole file into memory
 constexpr unsigned kMostEntries = 10'000;  // of a package: a few kilobytes can unpack to gigabytes of records
-constexpr unsigned kMostWaits = 3;         // for a busy feedback log; from then on records are tried without waiting
+constexpr unsigned kMostCounted = 10 * kMostEntries;  // the walk ends here, also when it only counts
+constexpr unsigned kMostWaits = 3;  // for a busy feedback log; from then on records are tried without waiting
 
 // Null: the walk visits the entry.
 const wchar_t* WhyPassedOver(const std::wstring& path, const WIN32_FIND_DATAW& entry) {
@@ -42,7 +46,7 @@ class SpywareLogWalk {
   public:
     explicit SpywareLogWalk(HANDLE stopEvent) : m_stopEvent(stopEvent), m_names(kNamesCharacters + 2) {}
 
-    // Walks the folder, then logs the number of records dropped. Returns the number that the stop left out.
+    // Walks the folder, then logs the number of records dropped. Returns the number that are not in the feedback log.
     unsigned Walk(const std::wstring& folder);
 
   private:
@@ -50,25 +54,27 @@ class SpywareLogWalk {
     bool WalkFolder(const std::wstring& folder);
     bool VisitEntry(const std::wstring& path, const WIN32_FIND_DATAW& entry);
     bool RecordLog(const std::wstring& path);
+    bool RecordEntries(const std::wstring& path, int32_t sectionCount, const wchar_t* guid);
     bool RecordEntry(const std::wstring& path, const wchar_t* name, const wchar_t* guid);
 
+    void ReadNames(const std::wstring& path);
     void TestStop() { m_isStopped = m_isStopped || WaitForSingleObject(m_stopEvent, 0) != WAIT_TIMEOUT; }
 
     HANDLE m_stopEvent;
     bool m_isStopped = false;  // from then on entries are only counted
     unsigned m_entries = 0;
-    unsigned m_dropped = 0;
-    unsigned m_leftOut = 0;
+    unsigned m_busy = 0;
+    unsigned m_lost = 0;           // the busy ones, too
     std::vector<wchar_t> m_names;  // of one file; two NULs always end it
 };
 
 unsigned SpywareLogWalk::Walk(const std::wstring& folder) {
     WalkFolder(folder);
-    if (m_dropped != 0) {
-        WRB_LOG(kLogWarning, L"%s - %u records dropped, the feedback log was busy: %s", kFunction, m_dropped,
+    if (m_busy != 0) {
+        WRB_LOG(kLogWarning, L"%s - %u records dropped, the feedback log was busy: %s", kFunction, m_busy,
                 folder.c_str());
     }
-    return m_leftOut != 0 && wrb::IsFeedbackLogOn() ? m_leftOut : 0;
+    return m_lost != 0 && wrb::IsFeedbackLogOn() ? m_lost : 0;
 }
 
 bool SpywareLogWalk::WalkFolder(const std::wstring& folder) {
@@ -98,16 +104,33 @@ bool SpywareLogWalk::VisitEntry(const std::wstring& path, const WIN32_FIND_DATAW
     return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? WalkFolder(path) : RecordLog(path);
 }
 
+// Of a log that cannot be read one entry counts as lost: how many it has is not known.
 bool SpywareLogWalk::RecordLog(const std::wstring& path) {
     wchar_t guid[kGuidCharacters] = L"";
-    GetPrivateProfileStringW(kGeneralInfo, L"GUID", L"", guid, kGuidCharacters, path.c_str());
-    const auto sectionCount =
-        static_cast<int32_t>(GetPrivateProfileIntW(kGeneralInfo, L"SectionCount", 0, path.c_str()));
+    int32_t sectionCount = 0;
+    const uint32_t error = wrb::WhileReadable(path, wrb::kUploadFileMilliseconds, [&] {
+        GetPrivateProfileStringW(kGeneralInfo, L"GUID", L"", guid, kGuidCharacters, path.c_str());
+        sectionCount = static_cast<int32_t>(GetPrivateProfileIntW(kGeneralInfo, L"SectionCount", 0, path.c_str()));
+        ReadNames(path);
+    });
+    if (error != ERROR_SUCCESS) {
+        WRB_LOG(kLogWarning, L"%s - cannot read %s: %s", kFunction, path.c_str(),
+                wrb::Utf8ToWide(wrb::SystemText(error)).c_str());
+        ++m_lost;
+        return error != ERROR_OPERATION_ABORTED;
+    }
+    return RecordEntries(path, sectionCount, guid);
+}
+
+void SpywareLogWalk::ReadNames(const std::wstring& path) {
     m_names[0] = m_names[1] = L'\0';
     const DWORD characters = GetPrivateProfileSectionNamesW(m_names.data(), kNamesCharacters, path.c_str());
     if (characters == kNamesCharacters - 2) {
         WRB_LOG(kLogDebug8, L"%s - more sections than fit: %s", kFunction, path.c_str());
     }
+}
+
+bool SpywareLogWalk::RecordEntries(const std::wstring& path, int32_t sectionCount, const wchar_t* guid) {
     const wchar_t* name = m_names.data();
     // 64 bits wide: the count comes from the file.
     for (int64_t left = int64_t{sectionCount} + 1; left > 0 && *name != L'\0'; --left) {
@@ -124,18 +147,20 @@ bool SpywareLogWalk::RecordEntry(const std::wstring& path, const wchar_t* name, 
     if (m_entries == kMostEntries) {
         WRB_LOG(kLogWarning, L"%s - more than %u entries, left out from here on: %s", kFunction, kMostEntries,
                 path.c_str());
-        return false;
+        m_isStopped = true;
     }
     ++m_entries;
     if (m_isStopped) {
-        ++m_leftOut;
-        return true;
+        ++m_lost;
+        return m_entries < kMostCounted;
     }
     const wrb::WtcAppend result =
-        cmdhl_AppendWtcRecord(name, guid, m_dropped < kMostWaits ? wrb::kWtcWaitMilliseconds : 0);
-    m_dropped += result == wrb::WtcAppend::Busy ? 1 : 0;
+        cmdhl_AppendWtcRecord(name, guid, m_busy < kMostWaits ? wrb::kWtcWaitMilliseconds : 0);
+    m_busy += result == wrb::WtcAppend::Busy ? 1 : 0;
+    m_lost += result != wrb::WtcAppend::Done ? 1 : 0;
+    m_isStopped = result == wrb::WtcAppend::NoHome;  // the others fail, too
     TestStop();
-    return result != wrb::WtcAppend::NoHome;
+    return true;
 }
 
 // For the profile functions a relative path starts in the Windows folder.
@@ -157,9 +182,9 @@ void cmdhl_ScanSpywareLogDir(const char* directory, wrb::Undelivered* lost) {
     const wrb::KernelHandle stopEvent(OpenEventW(EVENT_ALL_ACCESS, FALSE, wrb::kServerStopEvent));
     const std::wstring folder = FullPath(directory);
     if (stopEvent && !folder.empty()) {
-        const unsigned leftOut = SpywareLogWalk(stopEvent.Get()).Walk(folder);
+        const unsigned rows = SpywareLogWalk(stopEvent.Get()).Walk(folder);
         if (lost != nullptr) {
-            lost->rows += leftOut;
+            lost->rows += rows;
         }
     }
 }

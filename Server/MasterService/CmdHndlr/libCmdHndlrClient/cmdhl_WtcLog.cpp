@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "CancelAfter.h"
 #include "CmdProtocol.h"
 #include "CommandTable.h"
 #include "CounterScope.h"
@@ -27,6 +28,7 @@ constexpr wchar_t kFunction[] = L"cmdhl_AppendWtcRecord";
 constexpr wchar_t kMutexName[] = L"wrby_wtc_mutex";
 constexpr wchar_t kSection[] = L"GLN_FEEDBACK_SECTION";
 constexpr int32_t kDefaultMaxSizeInK = 65'536;
+constexpr uint32_t kFileMilliseconds = 2'000;
 
 struct WtcRecord {
     std::array<char, 129> entryName;
@@ -113,8 +115,10 @@ wrb::WtcAppend cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* gu
     FillField(record.entryName, entryName);
     FillField(record.guid, guid);
     const std::wstring path = WtcLogPath(home);
+    const wrb::CancelAfter limit(kFileMilliseconds);
     if (DWORD error = 0; !MakeRoom(path, error) || !AppendToFile(path, record, error)) {
         WRB_LOG(kLogError, L"%s - cannot append to %s, err=%d", kFunction, path.c_str(), error);
+        return WtcAppend::Lost;
     }
     return WtcAppend::Done;
 }

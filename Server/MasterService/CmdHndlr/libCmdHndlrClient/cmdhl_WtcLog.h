@@ -7,7 +7,8 @@
 namespace wrb {
 
 enum class WtcAppend {
-    Done,   // written, not wanted, or lost with a line at level 'E'
+    Done,   // written, or not wanted
+    Lost,   // cannot be written; a line at level 'E' says why
     Busy,   // another program held the log for as long as the call waits; the record is dropped
     NoHome  // the server has no home folder, so every record will fail
 };

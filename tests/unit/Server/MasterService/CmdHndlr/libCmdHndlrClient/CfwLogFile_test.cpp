@@ -8,6 +8,7 @@
 
 #include "CapturedLog.h"
 #include "CheckPFWLogVersion.h"
+#include "Handle.h"
 #include "INICache.h"
 #include "PfwLogSample.h"
 #include "TempFolder.h"
@@ -199,6 +200,23 @@ TEST_F(CfwLogFile, AServiceThatTakesNothingStopsNothing) {
     EXPECT_EQ(g_sent[kPool].size(), 4u);
     EXPECT_EQ(m_lost.rows, 2u);
     EXPECT_EQ(m_lost.events, 4u);
+}
+
+// Held open, or gone: the agent has its "1", and what the size tells is lost.
+TEST_F(CfwLogFile, AFileThatCannotBeOpenedIsLost) {
+    const std::wstring path = (m_folder / L"fw.log").wstring();
+    const auto forward = [&] {
+        m_lost = {};
+        EXPECT_EQ(wrb::ForwardCfwLogFile(L"uid", path.c_str(), {Take<kAgent>, Take<kPool>}, m_lost), 1);
+        EXPECT_EQ(m_lost.rows, m_lost.events);
+        return m_lost.rows;
+    };
+    EXPECT_EQ(forward(), 1u);
+    for (const auto& [bytes, records] : {std::pair(0u, 0u), {932u, 1u}, {933u, 2u}, {1'600u, 2u}}) {
+        wrb::test::WriteAll(path, std::string(bytes, '\0'));
+        const wrb::FileHandle held(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        EXPECT_EQ(forward(), records) << bytes;
+    }
 }
 
 TEST_F(CfwLogFile, AMissingFileIsOnlyLogged) {

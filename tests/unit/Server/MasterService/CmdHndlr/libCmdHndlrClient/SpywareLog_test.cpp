@@ -9,6 +9,7 @@
 #include "FakeDbService.h"
 #include "INICache.h"
 #include "ServerHome.h"
+#include "SystemText.h"
 #include "Text.h"
 #include "cmdhl_SpywareLogDir.h"
 #include "cmdhl_WtcLog.h"
@@ -133,6 +134,7 @@ TEST_F(SpywareLog, WalkEndsAtItsLimits) {
     };
     EXPECT_EQ(std::async(std::launch::async, scan, L"few").get(),  // a thread that does not own it
               Result(0, {busy, busy, busy, busy, dropped(L"4")}));
+    EXPECT_EQ(lost.rows, 4u);
     std::vector<std::wstring> texts;
     auto walk = std::async(std::launch::async, [&] { return scan(L"few").first; });
     while (texts.empty()) {
@@ -142,6 +144,21 @@ TEST_F(SpywareLog, WalkEndsAtItsLimits) {
     EXPECT_EQ(walk.get(), 3 * 166u) << "one record is lost, not the rest of the walk";
     EXPECT_EQ(scan(L"odd"), Result(0, {L"cmdhl_ScanSpywareLogDir - passed over, too large: " + odd + L"large",
                                        L"cmdhl_ScanSpywareLogDir - passed over, too long a path: " + deep}));
+    SetEvent(m_stop.Get());
+    EXPECT_EQ(scan(L"many").first, 166u);
+    EXPECT_EQ(lost.rows, 5 * 2'100 - 1u) << "those beyond the limit, too";
+    ResetEvent(m_stop.Get());
+    std::filesystem::remove_all(m_home / L"temp");
+    m_home.Write(L"temp", "in the way");
+    EXPECT_EQ(scan(L"few").first, 0u);
+    EXPECT_EQ(lost.rows, 4u) << "cannot be appended";
+    std::filesystem::remove(m_home / L"temp");
+    const wrb::FileHandle held(
+        CreateFileW((m_home / L"few\\a").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    EXPECT_EQ(scan(L"few"),
+              Result(2 * 166, {L"cmdhl_ScanSpywareLogDir - cannot read " + (m_home / L"few\\a").wstring() + L": " +
+                               wrb::Utf8ToWide(wrb::SystemText(ERROR_SHARING_VIOLATION))}));
+    EXPECT_EQ(lost.rows, 1u);
     m_home.Write(L"wrbscan.ini", "");  // without the records: ten thousand take seconds
     ScanIniCache().clear();
     EXPECT_EQ(scan(L"many"), Result(0, {L"cmdhl_ScanSpywareLogDir - more than 10000 entries, left out from here on: " +
