@@ -192,6 +192,30 @@ TEST(Hostile, ALogServiceThatHangsStopsNoCommand) {
     }
 }
 
+// One pipe is taken by a client that does not write, the other is not read. Two answers may wait for such peers; the
+// other workers give up soon, again and again.
+TEST(Hostile, UnreadAnswersLeaveWorkersForOthers) {
+    const ServerHome home;
+    home.Write(L"Private\\wrbserver.ini", "[INI_SERVER_SECTION]\r\nSlowReplies=2\r\n");
+    FileHandle pipes[2];
+    const std::wstring names[] = {UniqueName(L"busy"), UniqueName(L"unread")};
+    for (int i = 0; i < 2; ++i) {
+        pipes[i].Reset(CreateNamedPipeW((L"\\\\.\\pipe\\" + names[i]).c_str(), PIPE_ACCESS_INBOUND, PIPE_TYPE_MESSAGE,
+                                        1, 1024, 1024, NMPWAIT_WAIT_FOREVER, nullptr));
+    }
+    FileHandle silent = OpenPipeForWriting(names[0]);
+    const Host host({L"--workers", L"4"});
+    const std::wstring text(5'000, L'x');
+    for (int i = 0; i < 12; ++i) {
+        EXPECT_TRUE(SendText(L"CMDHL_ECHO\t" + names[i % 2] + L"\t" + text));
+    }
+    EXPECT_EQ(Ask(L"CMDHL_ECHO", L"hello"), L"hello");
+    for (FileHandle* handle : {&pipes[0], &pipes[1], &silent}) {
+        handle->Reset();
+    }
+    host.ExpectEnd(0, {"handled 13, "});
+}
+
 // The fields of a firewall upload after the reply pipe.
 std::wstring FirewallUpload(const std::wstring& package, const std::filesystem::path& base) {
     return L"uid\t" + package + L"\t" + base.wstring() + L"\t1";

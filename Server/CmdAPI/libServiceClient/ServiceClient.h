@@ -27,6 +27,7 @@ struct Service {
     const wchar_t* name = nullptr;
     uint32_t level = kLogError;
     const char* timeoutKey = "ServiceTimeoutSeconds";
+    Patience* patience = nullptr;  // of the pipe client
 };
 
 constexpr Service ServiceWithPlainLines(const wchar_t* pipe) noexcept {
@@ -70,7 +71,7 @@ uint32_t TimeoutMilliseconds(const Service& service) noexcept;
 // Opens the pipe and lets `write` write to the client.
 template <typename Write>
 int Deliver(const Service& service, SourcePlace from, Write write) {
-    CPipeClient client;
+    CPipeClient client(service.patience);
     return ReportDelivery(
         service, from,
         client.Initial(service.pipe, TimeoutMilliseconds(service)) ? write(client) : Delivery::NotOpened);

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
+#include "CancelAfter.h"
 #include "Deadline.h"
 #include "LastError.h"
+#include "Patience.h"
 #include "PipePath.h"
 #include "Spares.h"
 
@@ -11,39 +13,6 @@ namespace {
 
 // Signalled or not: the start of a write resets its event.
 constinit wrb::Spares<wrb::KernelObjectTraits> spareEvents;
-
-// Cancels what is pending on a pipe once the time is up, for calls that have no time-out. It cancels again and again: a
-// call may begin to wait just after the first time.
-class CancelAfter {
-  public:
-    CancelAfter(HANDLE pipe, uint32_t milliseconds) noexcept : m_timer(CreateThreadpoolTimer(Cancel, pipe, nullptr)) {
-        constexpr DWORD kAgainMilliseconds = 100;
-        if (m_timer != nullptr) {
-            ULARGE_INTEGER due;
-            due.QuadPart = 0 - ULONGLONG{milliseconds} * 10'000;  // negative: from now, in units of 100 ns
-            FILETIME time = {due.LowPart, due.HighPart};
-            SetThreadpoolTimer(m_timer, &time, kAgainMilliseconds, 0);
-        }
-    }
-    // No callback runs afterwards.
-    ~CancelAfter() {
-        if (m_timer != nullptr) {
-            const wrb::KeepLastError cause;
-            SetThreadpoolTimer(m_timer, nullptr, 0, 0);
-            WaitForThreadpoolTimerCallbacks(m_timer, TRUE);
-            CloseThreadpoolTimer(m_timer);
-        }
-    }
-    CancelAfter(const CancelAfter&) = delete;
-    CancelAfter& operator=(const CancelAfter&) = delete;
-
-    explicit operator bool() const noexcept { return m_timer != nullptr; }
-
-  private:
-    static void CALLBACK Cancel(PTP_CALLBACK_INSTANCE, void* pipe, PTP_TIMER) { CancelIoEx(pipe, nullptr); }
-
-    PTP_TIMER m_timer;
-};
 
 }  // namespace
 
@@ -67,14 +36,14 @@ bool CPipeClient::Initial(const wchar_t* name, uint32_t milliseconds) {
         if (GetLastError() != ERROR_PIPE_BUSY) {
             return false;
         }
-        const DWORD remaining = deadline.Remaining();
+        const DWORD remaining = Remaining(deadline);
         if (remaining == 0) {
             SetLastError(ERROR_SEM_TIMEOUT);
             return false;
         }
         // Not for the time that the server has set, which may be any. Another client may connect between the end of the
         // wait and the next open; wait again.
-        if (!WaitNamedPipeW(path, remaining)) {
+        if (!WaitNamedPipeW(path, remaining) && GetLastError() != ERROR_SEM_TIMEOUT) {
             return false;
         }
     }
@@ -110,6 +79,22 @@ bool CPipeClient::Send(const void* data, uint64_t& byteCount) {
     return true;
 }
 
+DWORD CPipeClient::Remaining(const wrb::Deadline& deadline) const noexcept {
+    const DWORD remaining = deadline.Remaining();
+    return m_patience == nullptr ? remaining : m_patience->Allow(remaining);
+}
+
+// Also looks when no time is left.
+bool CPipeClient::AwaitEvent(const wrb::Deadline& deadline) const noexcept {
+    DWORD remaining;
+    DWORD wait;
+    do {
+        remaining = Remaining(deadline);
+        wait = WaitForSingleObject(m_event.Get(), remaining);
+    } while (wait == WAIT_TIMEOUT && remaining != 0);
+    return wait == WAIT_OBJECT_0;
+}
+
 bool CPipeClient::WritePiece(const char* bytes, DWORD count, DWORD& written, const wrb::Deadline& deadline) noexcept {
     OVERLAPPED operation{};
     operation.hEvent = m_event.Get();
@@ -119,7 +104,7 @@ bool CPipeClient::WritePiece(const char* bytes, DWORD count, DWORD& written, con
     if (GetLastError() != ERROR_IO_PENDING) {
         return false;
     }
-    const bool ended = WaitForSingleObject(m_event.Get(), deadline.Remaining()) == WAIT_OBJECT_0;
+    const bool ended = AwaitEvent(deadline);
     if (!ended) {
         CancelIoEx(m_pipe.Get(), &operation);  // the next call waits for the cancellation
     }
@@ -133,8 +118,22 @@ bool CPipeClient::WritePiece(const char* bytes, DWORD count, DWORD& written, con
 }
 
 bool CPipeClient::AwaitReader() noexcept {
-    const CancelAfter limit(m_pipe.Get(), m_milliseconds);
-    return limit && FlushFileBuffers(m_pipe.Get());
+    const wrb::Deadline deadline(m_milliseconds);
+    while (const DWORD remaining = Remaining(deadline)) {
+        const wrb::CancelAfter limit(m_pipe.Get(), remaining);
+        if (!limit) {
+            SetLastError(limit.Error());
+            return false;
+        }
+        if (FlushFileBuffers(m_pipe.Get())) {
+            return true;
+        }
+        if (GetLastError() != ERROR_OPERATION_ABORTED) {
+            return false;
+        }
+    }
+    SetLastError(ERROR_OPERATION_ABORTED);
+    return false;
 }
 
 DWORD CPipeClient::ServerProcessId() const noexcept {

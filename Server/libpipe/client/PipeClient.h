@@ -13,13 +13,15 @@
 
 namespace wrb {
 class Deadline;
-}
+class Patience;
+}  // namespace wrb
 
 class CPipeClient {
   public:
     static constexpr uint32_t kDefaultMilliseconds = 30'000;
 
-    CPipeClient() = default;
+    // `patience`, which may be null, must outlive the object: it can end each wait earlier than the deadline does.
+    explicit CPipeClient(wrb::Patience* patience = nullptr) noexcept : m_patience(patience) {}
     ~CPipeClient();  // closes the pipe and keeps the thread's last error
     CPipeClient(const CPipeClient&) = delete;
     CPipeClient& operator=(const CPipeClient&) = delete;
@@ -55,9 +57,12 @@ class CPipeClient {
     static constexpr std::size_t kPathCharacters = 260;
 
     bool Open(const wchar_t* path) noexcept;
+    DWORD Remaining(const wrb::Deadline& deadline) const noexcept;
+    bool AwaitEvent(const wrb::Deadline& deadline) const noexcept;
     bool WritePiece(const char* bytes, DWORD count, DWORD& written, const wrb::Deadline& deadline) noexcept;
 
     wrb::KernelHandle m_event;  // of the write that is pending; taken for the first one, then handed on
     wrb::FileHandle m_pipe;
     uint32_t m_milliseconds = kDefaultMilliseconds;
+    wrb::Patience* m_patience;
 };

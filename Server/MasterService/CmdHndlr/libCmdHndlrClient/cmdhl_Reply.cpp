@@ -1,18 +1,39 @@
 #include "cmdhl_Reply.h"
 
 #include <algorithm>
+#include <new>
 
 #include "Deadline.h"
+#include "INICache.h"
+#include "Patience.h"
 #include "PipePath.h"
 #include "ServiceClient.h"
 #include "ServicePipes.h"
 
 namespace {
 
+// Answers whose peers keep them waiting. They must not take all workers of the host.
+constinit wrb::LongWaits slowReplies;
+
+unsigned MostSlowReplies() noexcept {
+    constexpr uint32_t kDefaultWorkers = 20;
+    constexpr uint32_t kMost = 254;
+    try {
+        const uint32_t most = ServerIniCache().readINIInt("INI_SERVER_SECTION", "SlowReplies", 0);
+        const uint32_t workers =
+            ScanIniCache().readINIInt("INI_SERVER_SECTION", "Command_Handler_Static_Thread_Number", kDefaultWorkers);
+        return most >= 1 && most <= kMost ? most : std::clamp(workers, 2u, kMost) / 2;
+    } catch (const std::bad_alloc&) {
+        return kDefaultWorkers / 2;
+    }
+}
+
 template <typename Write>
 int WriteAnswer(const wchar_t* pipeName, Write write) {
     wrb::Service peer = wrb::ServiceWithPipeLines(pipeName, kLogNotice5);
     peer.timeoutKey = "ReplyTimeoutSeconds";
+    wrb::Patience patience(slowReplies, MostSlowReplies);
+    peer.patience = &patience;
     if (wrb::NamesServicePipe(pipeName)) {
         SetLastError(ERROR_ACCESS_DENIED);
         return wrb::ReportDelivery(peer, WRB_HERE, wrb::Delivery::NotOpened);

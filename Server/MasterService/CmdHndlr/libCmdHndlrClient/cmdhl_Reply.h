@@ -8,10 +8,11 @@
 #include "DebugLog.h"
 
 // Connects to the pipe of that bare name, writes the body once and closes; an empty body is a connection without a
-// byte. A peer that is busy or does not read is waited for as long as the server INI says (ReplyTimeoutSeconds). The
-// host's own pipe and those of the services are refused with ERROR_ACCESS_DENIED (5), however spelled. Returns 1 when
-// all of it was written. Returns 0 after a log line of level 5 that holds the system's error code; the answer, or its
-// rest, is then lost, and the peer's own time-out ends its wait. Any thread.
+// byte. A peer that is busy or does not read is waited for as long as the server INI says (ReplyTimeoutSeconds), and
+// no longer than 500 ms while as many other answers as it allows (SlowReplies) already wait longer. The host's own pipe
+// and those of the services are refused with ERROR_ACCESS_DENIED (5), however spelled. Returns 1 when all of it was
+// written. Returns 0 after a log line of level 5 that holds the system's error code; the answer, or its rest, is then
+// lost, and the peer's own time-out ends its wait. Any thread.
 unsigned cmdhl_OutputCommand(const wchar_t* pipeName, const void* body, uint64_t byteCount);
 
 namespace wrb {
