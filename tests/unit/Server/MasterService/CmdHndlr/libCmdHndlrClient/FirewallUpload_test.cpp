@@ -195,6 +195,29 @@ TEST_F(FirewallUpload, OnlyFoldersForUploadsAreOpen) {
     }
 }
 
+TEST_F(FirewallUpload, ALinkOutOfTheFolderIsRefused) {
+    const wrb::test::TempFolder outside;
+    const std::string package = BuildCabinet({{"a.log", m_log}});
+    wrb::test::WriteAll(outside / L"package", package);
+    const std::filesystem::path folder = m_folder / L"folder";
+    const std::filesystem::path file = m_folder / L"package";
+    CreateSymbolicLinkW(folder.c_str(), outside.Path().c_str(), SYMBOLIC_LINK_FLAG_DIRECTORY);
+    CreateSymbolicLinkW(file.c_str(), (outside / L"package").c_str(), 0);
+    const auto isLink = [](const std::filesystem::path& path) {
+        const DWORD attributes = GetFileAttributesW(path.c_str());
+        return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    };
+    if (!isLink(folder) || !isLink(file)) {
+        GTEST_SKIP() << "this system, or this account, makes no links";
+    }
+    EXPECT_EQ(wrb::OpenUploadedPackage(file).refusal, std::wstring(L"a link"));
+    EXPECT_EQ(wrb::OpenUploadedPackage(folder / L"package").refusal, std::wstring(L"in no folder for uploads"));
+    EXPECT_EQ(wrb::MakeUploadFolder(folder).refusal, std::wstring(L"a link"));
+    EXPECT_EQ(wrb::MakeUploadFolder(folder / L"unpacked").refusal, std::wstring(L"in no folder for uploads"));
+    EXPECT_EQ(wrb::test::ReadAll(outside / L"package"), package);
+    RemoveDirectoryW(folder.c_str());
+}
+
 TEST_F(FirewallUpload, WhatIsOpenIsNeitherReplacedNorRemoved) {
     WritePackage(m_log);
     wrb::UploadPackage package(L"test", m_folder / L"package", m_folder / L"unpacked");
