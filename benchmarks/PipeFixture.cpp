@@ -35,6 +35,9 @@ std::unique_ptr<PipeListener> Listen(const wchar_t* name, PipeListener::Handler 
     return listener;
 }
 
+std::mutex g_databaseLock;
+std::unique_ptr<PipeListener> g_database;
+
 std::mutex g_lastLock;
 std::map<std::wstring, std::string> g_last;
 
@@ -105,7 +108,15 @@ void NeedSink() {
 }
 
 void NeedDatabase() {
-    static const auto database = Listen(kDbPipe, Answer);
+    const std::lock_guard guard(g_databaseLock);
+    if (!g_database) {
+        g_database = Listen(kDbPipe, Answer);
+    }
+}
+
+void EndDatabase() {
+    const std::lock_guard guard(g_databaseLock);
+    g_database.reset();
 }
 
 void NeedFirewallServices() {

@@ -9,9 +9,11 @@ namespace wrb::bench {
 inline constexpr wchar_t kSinkPipe[] = L"wrb-bench-reply-pipe-0123456789-0123456789";
 inline constexpr wchar_t kDbPipe[] = L"DbServerNamePipe";
 
-// Start on first use and serve until the program ends.
+// Start on first use and serve until the program ends; the database server may be ended before, so that another one can
+// take its pipe.
 void NeedSink();
 void NeedDatabase();
+void EndDatabase();
 
 // The two services that take firewall records, and the last message that reached the service of that name.
 inline constexpr wchar_t kAgentPipe[] = L"QMAgentServerNamePipe";

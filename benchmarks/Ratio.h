@@ -42,6 +42,7 @@ void AddIniBenchmarks();
 void AddRecordBenchmarks();
 void AddRenderBenchmarks();
 void AddPipeBenchmarks();
+void AddStoreBenchmarks();
 void AddFirewallBenchmarks();
 void AddAlertBenchmarks();
 

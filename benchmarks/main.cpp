@@ -141,6 +141,7 @@ int main(int count, char** values) {
     wrb::bench::AddRecordBenchmarks();
     wrb::bench::AddRenderBenchmarks();
     wrb::bench::AddPipeBenchmarks();
+    wrb::bench::AddStoreBenchmarks();
     wrb::bench::AddFirewallBenchmarks();
     wrb::bench::AddAlertBenchmarks();
     RatioReporter reporter;
