@@ -30,6 +30,9 @@ function(wrb_version_resource target wrb_internal_name wrb_suffix wrb_file_type 
   set(resource ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/VersionInfo.rc.in ${resource} @ONLY)
   target_sources(${target} PRIVATE ${resource})
+  if(MINGW)  # the same sources give the same bytes
+    target_link_options(${target} PRIVATE -Wl,--no-insert-timestamp)
+  endif()
 endfunction()
 
 # DEPENDS is private to the DLL. The caller adds what users of the DLL need: target_link_libraries(... PUBLIC ...).

@@ -6,10 +6,7 @@
 
 namespace wrb {
 
-// The source under which a viewer finds the texts; docs/operating.md has its registration.
-inline constexpr wchar_t kEventSource[] = L"Warrenby Command Handler";
-
-// The texts that AlertMessages.mc puts in the places %1, %2 and %3.
+// The texts that EventMessages.mc puts in the places %1, %2 and %3.
 struct AlertEvent {
     std::wstring windowSeconds;
     std::wstring sums;

@@ -2,6 +2,7 @@
 // text says what it does.
 #include <windows.h>
 
+#include <cstdlib>
 #include <stdexcept>
 #include <string>
 
@@ -30,6 +31,12 @@ extern "C" __declspec(dllexport) unsigned cmdhl_Process(const wchar_t* message, 
         const HANDLE event = OpenEventW(SYNCHRONIZE, FALSE, L"wrb_hostile_test_release");
         WaitForSingleObject(event, INFINITE);
         CloseHandle(event);
+    }
+    if (text == L"CMDHL_FAULT\tfield") {
+        *static_cast<volatile int*>(nullptr) = 1;
+    }
+    if (text == L"CMDHL_ABORT\tfield") {
+        std::abort();
     }
     if (text == L"CMDHL_STUCK") {
         Sleep(INFINITE);

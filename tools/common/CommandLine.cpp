@@ -15,18 +15,37 @@
 
 namespace wrb {
 
-std::vector<std::string> Utf8Arguments() {
+std::vector<std::wstring> SplitCommandLine(const wchar_t* line) {
     int count = 0;
-    const LocalMemory memory(CommandLineToArgvW(GetCommandLineW(), &count));
-    std::vector<std::string> arguments;
-    if (!memory) {
-        return arguments;
-    }
+    const LocalMemory memory(CommandLineToArgvW(line, &count));
     wchar_t** const texts = static_cast<wchar_t**>(memory.Get());
-    for (int i = 1; i < count; ++i) {
-        arguments.push_back(WideToUtf8(texts[i]));
+    return memory ? std::vector<std::wstring>(texts, texts + count) : std::vector<std::wstring>();
+}
+
+std::vector<std::string> Utf8Arguments() {
+    std::vector<std::string> arguments;
+    for (const std::wstring& argument : SplitCommandLine(GetCommandLineW())) {
+        arguments.push_back(WideToUtf8(argument));
     }
+    arguments.erase(arguments.begin(), arguments.begin() + (arguments.empty() ? 0 : 1));
     return arguments;
+}
+
+// Backslashes count only before a quote, where each needs another one.
+std::wstring QuotedArgument(const std::wstring& argument) {
+    if (!argument.empty() && argument.find_first_of(L" \t\n\v\"") == std::wstring::npos) {
+        return argument;
+    }
+    std::wstring quoted = L"\"";
+    std::size_t backslashes = 0;
+    for (const wchar_t character : argument) {
+        if (character == L'"') {
+            quoted.append(backslashes + 1, L'\\');
+        }
+        backslashes = character == L'\\' ? backslashes + 1 : 0;
+        quoted += character;
+    }
+    return quoted.append(backslashes, L'\\') + L'"';
 }
 
 namespace {

@@ -15,8 +15,12 @@ constexpr DWORD kPollMilliseconds = 50;
 
 // Console handlers get no context and run on a system thread.
 std::atomic<HANDLE> g_stopEvent = nullptr;
+std::atomic<bool> g_ignoresEndOfSession = false;
 
 BOOL WINAPI OnConsoleEvent(DWORD event) {
+    if (g_ignoresEndOfSession && (event == CTRL_LOGOFF_EVENT || event == CTRL_SHUTDOWN_EVENT)) {
+        return TRUE;
+    }
     SetEvent(g_stopEvent);
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
         // The system ends the process when this returns: wait until the program has ended by itself, or until the
@@ -39,6 +43,16 @@ StopResult ResultOfOpen(DWORD error) {
 }
 
 }  // namespace
+
+void RequestStop() {
+    if (const HANDLE event = g_stopEvent; event != nullptr) {
+        SetEvent(event);
+    }
+}
+
+void IgnoreEndOfSession() {
+    g_ignoresEndOfSession = true;
+}
 
 StopEvent::~StopEvent() {
     if (m_event) {

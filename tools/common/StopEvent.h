@@ -13,6 +13,12 @@ namespace wrb {
 
 inline constexpr wchar_t kBackEndStopEvent[] = L"Calloway_Warrenby_BackEnd_Stop_Event";
 
+// Sets the event of this process, as a stop by another one does. Nothing happens while there is none. Any thread.
+void RequestStop();
+
+// For a service: the end of a user's session, of which the system tells every process, does not set the event.
+void IgnoreEndOfSession();
+
 // How long a stop may take when nobody says.
 inline constexpr unsigned kStopSeconds = 60;
 

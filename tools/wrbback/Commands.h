@@ -10,7 +10,7 @@ namespace wrb {
 inline constexpr char kDefaultDatabase[] = "agents.db";  // an address, see SqlAddress.h
 
 struct ServeOptions {
-    std::string database = kDefaultDatabase;
+    std::string database;
     unsigned workers = 8;
     unsigned connections = 0;  // 0: two for each processor
     std::string debugIni;
@@ -23,11 +23,18 @@ struct ServeOptions {
 };
 
 struct ShowOptions {
-    std::string database = kDefaultDatabase;
+    std::string database;
     std::string table;  // empty: all of the log pool
     uint64_t limit = 100;
     bool json = false;
 };
+
+// The store of the option; else that of the key BackEndStore in Private\\wrbserver.ini, whose relative file lies in the
+// home folder; else agents.db in the current folder.
+std::string StoreOf(const std::string& option);
+
+// For a service that has been installed: names its store in that file, where none is named, and makes it.
+int SettleServiceStore();
 
 int Serve(const ServeOptions& options);
 int Seed(const std::string& file, const std::string& database);

@@ -8,6 +8,7 @@
 #include "ConsoleQueue.h"
 #include "DbServer.h"
 #include "DebugLog.h"
+#include "EventMessages.h"
 #include "ExitCode.h"
 #include "LogFiles.h"
 #include "LogServer.h"
@@ -15,6 +16,8 @@
 #include "Notes.h"
 #include "ReceivedLine.h"
 #include "RecordServer.h"
+#include "SqlAddress.h"
+#include "Stage.h"
 #include "StopEvent.h"
 #include "StopWatchdog.h"
 #include "SystemText.h"
@@ -53,15 +56,15 @@ std::string Settle(const ServeOptions& options, LogSettings& settings) {
     return {};
 }
 
-int FailAtPipe(ConsoleQueue& console, const std::string& pipe, DWORD error) {
-    return console.Fail(error == ERROR_ALREADY_EXISTS ? "another program serves the " + pipe
-                                                      : "cannot create the " + pipe + ": " + SystemText(error),
-                        kExitFailed);
+int RefuseAtPipe(const Stage& stage, const std::string& pipe, DWORD error) {
+    return error == ERROR_ALREADY_EXISTS
+               ? stage.Refuse(StartFault::PipeTaken, "another program serves the " + pipe, kExitFailed)
+               : stage.Refuse(StartFault::System, "cannot create the " + pipe + ": " + SystemText(error), kExitFailed);
 }
 
 std::string CountersText(const DbServerCounters& db, const RecordServerCounters& records,
                          const LogServerCounters& log) {
-    return "stopped; database: " + std::to_string(db.reads) + " reads, " + std::to_string(db.writes) + " writes, " +
+    return "database: " + std::to_string(db.reads) + " reads, " + std::to_string(db.writes) + " writes, " +
            std::to_string(db.badRequests) + " refused, " + std::to_string(db.failed) +
            " failed; records: " + std::to_string(records.stored) + " stored, " + std::to_string(records.badMessages) +
            " refused, " + std::to_string(records.lost) + " lost; log: " + std::to_string(log.lines) + " lines, " +
@@ -69,8 +72,8 @@ std::string CountersText(const DbServerCounters& db, const RecordServerCounters&
 }
 
 // Starts and stops all services. The log service starts first and stops last, so that it gets every line.
-int RunServices(const ServeOptions& options, const LogSettings& settings, const StopEvent& stop,
-                ConsoleQueue& console) {
+int RunServices(const ServeOptions& options, const LogSettings& settings, const StopEvent& stop, ConsoleQueue& console,
+                const Stage& stage) {
     Notes screen([&console](const std::wstring& note) { console.Err(WideToUtf8(VisibleText(note))); });
     LogServer log(settings, [&screen](const std::wstring& note) { screen.Write(note); });
     const auto write = [&](wchar_t level, const std::wstring& note) {
@@ -90,53 +93,76 @@ int RunServices(const ServeOptions& options, const LogSettings& settings, const 
                           .allowed = settings.allowed,
                           .alarm = [&write](const std::wstring& note) { write(kLogError, note); }});
     if (!log.Start()) {
-        return FailAtPipe(console, "log service's pipe", GetLastError());
+        return RefuseAtPipe(stage, "log service's pipe", GetLastError());
     }
     if (!db.Start()) {
-        return FailAtPipe(console, "database server's pipe", GetLastError());
+        return RefuseAtPipe(stage, "database server's pipe", GetLastError());
     }
     if (const wchar_t* pipe = records.Start()) {
         const DWORD error = GetLastError();
-        return FailAtPipe(console, "pipe " + WideToUtf8(pipe), error);
+        return RefuseAtPipe(stage, "pipe " + WideToUtf8(pipe), error);
     }
-    console.Out("ready");
+    stage.Serving("ready");
     stop.Wait();
     const auto limit = stop.Limit(kStopLimit);
-    const StopWatchdog watchdog(stop, console, limit, [] { return "a service is still busy; giving up"; });
-    console.Out("stopping");
+    const StopWatchdog watchdog(stop, console, limit,
+                                [&] { return stage.GaveUp("a service is still busy; giving up"); });
+    stage.Stopping();
     records.Stop();
     db.Stop();
     log.Stop();
-    console.Out(CountersText(db.Counters(), records.Counters(), log.Counters()));
+    stage.Stopped(CountersText(db.Counters(), records.Counters(), log.Counters()));
     console.Drain(std::min(limit / 4, ConsoleQueue::kPatience));
     return kExitOk;
+}
+
+// An older store is brought forward before anybody uses it.
+void Migrate(const ServeOptions& options, const Stage& stage) {
+    const std::wstring address = Utf8ToWide(options.database);
+    if (const auto migration = MigrateStore(address)) {
+        stage.Tell(WRB_EVENT_STORE_MIGRATED, {Utf8ToWide(ParseSqlAddress(address).name),
+                                              std::to_wstring(migration->from), std::to_wstring(migration->to)});
+    }
+}
+
+int Serve(const ServeOptions& options, ConsoleQueue& console, const Stage& stage) {
+    LogSettings settings;
+    if (const std::string wrong = Settle(options, settings); !wrong.empty()) {
+        return stage.Refuse(StartFault::Settings, wrong, kExitUsage);
+    }
+    StopEvent stop;
+    if (!stop.Create(kBackEndStopEvent)) {
+        const DWORD error = GetLastError();
+        return error == ERROR_ALREADY_EXISTS
+                   ? stage.Refuse(StartFault::AlreadyRunning, "already running on this machine", kExitFailed)
+                   : stage.Refuse(StartFault::System, "cannot create the stop event: " + SystemText(error),
+                                  kExitFailed);
+    }
+    if (settings.enabled && LogFiles(settings.files).Write("") == LogWriteResult::Failed) {
+        const DWORD error = GetLastError();
+        return stage.Refuse(
+            StartFault::LogFolder,
+            "no log can be written to the folder " + WideToUtf8(settings.files.folder) + ": " + SystemText(error),
+            kExitFailed);
+    }
+    try {
+        Migrate(options, stage);
+        return RunServices(options, settings, stop, console, stage);
+    } catch (const SqlError& error) {
+        return stage.Refuse(StartFault::Store, error.what(), kExitFailed);
+    }
 }
 
 }  // namespace
 
 int Serve(const ServeOptions& options) {
-    LogSettings settings;
-    if (const std::string wrong = Settle(options, settings); !wrong.empty()) {
-        return Fail(wrong, kExitUsage);
-    }
-    StopEvent stop;
-    if (!stop.Create(kBackEndStopEvent)) {
-        const DWORD error = GetLastError();
-        return Fail(error == ERROR_ALREADY_EXISTS ? "already running on this machine"
-                                                  : "cannot create the stop event: " + SystemText(error),
-                    kExitFailed);
-    }
-    if (settings.enabled && LogFiles(settings.files).Write("") == LogWriteResult::Failed) {
-        const DWORD error = GetLastError();
-        return Fail(
-            "no log can be written to the folder " + WideToUtf8(settings.files.folder) + ": " + SystemText(error),
-            kExitFailed);
-    }
-    ConsoleQueue console("wrbback");
+    ConsoleQueue console(kBackEndService.program);
+    const Stage stage(kBackEndService, console);
+    stage.DumpOnCrash();
     try {
-        return RunServices(options, settings, stop, console);
-    } catch (const SqlError& error) {
-        return console.Fail(error.what(), kExitFailed);
+        return Serve(options, console, stage);
+    } catch (const std::exception& error) {
+        return stage.Refuse(StartFault::System, error.what(), kExitFailed);
     }
 }
 

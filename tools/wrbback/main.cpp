@@ -12,6 +12,7 @@
 #include "Commands.h"
 #include "Console.h"
 #include "ExitCode.h"
+#include "ServiceCommand.h"
 #include "StopEvent.h"
 #include "SystemText.h"
 
@@ -50,20 +51,20 @@ constexpr char kFooter[] =
     "  wrbback agents --filter reception                     agents with that text in a column\n"
     "  wrbback backup copy.db                                copy of agents.db, also while it is served\n"
     "  wrbback stop --timeout 10                             stop the running program; it ends after ten seconds\n"
+    "  wrbback service install                               as a Windows service\n"
     "\n"
     "Exit codes: 0 done, 1 failed, 2 wrong command line, log setting or seed file, 3 not running, 4 timed out";
 
 void AddStore(CLI::App* command, std::string& store) {
     command
         ->add_option("--store,--db", store,
-                     "Database: sqlite:FILE, odbc:CONNECTION STRING or a file (default: agents.db). The variable "
-                     "WRB_STORE gives it too, and shows no password on the command line")
+                     "Database: sqlite:FILE, odbc:CONNECTION STRING or a file. Default: the variable WRB_STORE, which "
+                     "shows no password on the command line; else BackEndStore of Private\\wrbserver.ini; else "
+                     "agents.db")
         ->envname("WRB_STORE");
 }
 
-void AddServe(CLI::App& app, ServeOptions& options) {
-    CLI::App* serve = app.add_subcommand("serve", "Run all services until they are stopped");
-    AddStore(serve, options.database);
+void AddServeOptions(CLI::App* serve, ServeOptions& options) {
     serve->add_option("--connections", options.connections, "Connections for reads (default: two for each processor)")
         ->check(CLI::Range(1u, 64u));
     serve->add_option("--workers", options.workers, "Questions answered at once (default: 8)")
@@ -78,6 +79,12 @@ void AddServe(CLI::App& app, ServeOptions& options) {
     serve->add_option("--max-logs", options.maxLogs, "Log files that are kept, the current one included; 0: all");
     serve->add_option("--max-rows", options.maxRows, "Rows kept of each log-pool and event table (1000000); 0: all")
         ->check(CLI::Range(int64_t{0}, int64_t{1} << 40));
+}
+
+void AddServe(CLI::App& app, ServeOptions& options) {
+    CLI::App* serve = app.add_subcommand("serve", "Run all services until they are stopped");
+    AddStore(serve, options.database);
+    AddServeOptions(serve, options);
 }
 
 CLI::App* AddShow(CLI::App& app, const char* name, const char* description, ShowOptions& options) {
@@ -95,7 +102,7 @@ using Command = std::pair<CLI::App*, std::function<int()>>;
 struct Options {
     ServeOptions serve;
     ShowOptions show;
-    std::string store = kDefaultDatabase;
+    std::string store;
     std::string file;
     std::string filter;
     bool json = false;
@@ -143,9 +150,17 @@ int Main() {
     stop->add_option("--timeout", options.timeoutSeconds, "Seconds that the stop may take (default: 60 to wait)")
         ->check(CLI::Range(1u, 86400u));
     commands.emplace_back(stop, [&options] { return Stop(options.timeoutSeconds); });
+    const ServiceCommand service(app, kBackEndService,
+                                 [&](CLI::App& command) { AddServeOptions(&command, options.serve); });
 
     if (const auto code = ParseArguments(app, Utf8Arguments())) {
         return *code;
+    }
+    for (std::string* store : {&options.store, &options.serve.database, &options.show.database}) {
+        *store = StoreOf(*store);
+    }
+    if (service.IsAsked()) {
+        return service.Run([&] { return Serve(options.serve); }, SettleServiceStore);
     }
     for (const auto& [command, run] : commands) {
         if (app.got_subcommand(command)) {

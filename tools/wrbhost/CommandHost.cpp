@@ -8,6 +8,7 @@
 
 #include "AnswerPipe.h"
 #include "CommandHead.h"
+#include "CrashDump.h"
 #include "DebugLog.h"
 #include "ServicePipes.h"
 #include "Text.h"
@@ -139,6 +140,7 @@ void CommandHost::Run(QueuedCommand command) noexcept {
 // Throws when there is no memory for the message as text.
 void CommandHost::Call(std::string message) {
     const std::wstring text = AsText(message);
+    const CrashNote note(text.c_str());
     const std::size_t bytes = message.size();
     std::string().swap(message);
     try {

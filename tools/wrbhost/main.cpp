@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "BackEndWatch.h"
 #include "CommandHost.h"
 #include "CommandLibrary.h"
 #include "CommandLine.h"
@@ -14,6 +15,7 @@
 #include "ConsoleQueue.h"
 #include "CounterSampling.h"
 #include "DebugLog.h"
+#include "EventMessages.h"
 #include "ExitCode.h"
 #include "HomeFolder.h"
 #include "HostBoard.h"
@@ -21,6 +23,9 @@
 #include "MailDelivery.h"
 #include "MailFolder.h"
 #include "ServerStopEvent.h"
+#include "ServiceCommand.h"
+#include "ServicePipes.h"
+#include "Stage.h"
 #include "StopEvent.h"
 #include "StopWatchdog.h"
 #include "SystemText.h"
@@ -46,57 +51,68 @@ int Fail(const std::string& text, int code = kExitFailed) {
     return code;
 }
 
+BackEndWatch::Listener TellOfBackEnd(const Stage& stage) {
+    return {[&stage] { stage.Tell(WRB_EVENT_BACK_END_LOST, {kDbServerPipe}); },
+            [&stage](unsigned seconds) { stage.Tell(WRB_EVENT_BACK_END_FOUND, {std::to_wstring(seconds)}); }};
+}
+
 int Serve(const EntryPoints& library, const Options& options, const CommandHostOptions& settings, const StopEvent& stop,
-          HostBoard& board, ConsoleQueue& console) {
+          HostBoard& board, ConsoleQueue& console, const Stage& stage) {
     const std::wstring home = HomeFolder();
     MailFolder(home).DeleteUnfinished();  // before a command can store a mail
     CommandHost host(library.process, settings, board, console);
     if (!host.Start()) {
         const DWORD error = GetLastError();
         library.finalize();
-        return console.Fail(error == ERROR_ALREADY_EXISTS ? "another program serves the command pipe"
-                                                          : "cannot create the command pipe: " + SystemText(error),
-                            kExitFailed);
+        return error == ERROR_ALREADY_EXISTS
+                   ? stage.Refuse(StartFault::PipeTaken, "another program serves the command pipe", kExitFailed)
+                   : stage.Refuse(StartFault::System, "cannot create the command pipe: " + SystemText(error),
+                                  kExitFailed);
     }
     MailDelivery mail(home);
     mail.Start();
     CounterSampling sampling;
     sampling.Start();
-    console.Out("serving with " + std::to_string(settings.lanes.workers) + " workers");
+    BackEndWatch backEnd(TellOfBackEnd(stage));
+    backEnd.Start();
+    stage.Serving("serving with " + std::to_string(settings.lanes.workers) + " workers");
     stop.Wait();
     const auto limit = stop.Limit(std::chrono::seconds(options.timeoutSeconds.value_or(kStopSeconds)));
     const StopWatchdog watchdog(stop, console, limit,
-                                [&] { return "a command is still running; giving up; " + board.Text(); });
-    console.Out("stopping");
+                                [&] { return stage.GaveUp("a command is still running; giving up; " + board.Text()); });
+    stage.Stopping();
+    backEnd.Stop();
     mail.Stop();  // first: then the commands have nearly all of the time
     host.Stop(limit);
     library.finalize();
-    console.Out("stopped; " + board.Text());
+    stage.Stopped(board.Text());
     console.Drain(std::min(limit / 4, ConsoleQueue::kPatience));
     return kExitOk;
 }
 
-int Host(const Options& options) {
+int Host(const Options& options, ConsoleQueue& console, const Stage& stage) {
     StopEvent stop;
     if (!stop.Create(kServerStopEvent)) {
         const DWORD error = GetLastError();
-        return Fail(error == ERROR_ALREADY_EXISTS ? "already running on this machine"
-                                                  : "cannot create the stop event: " + SystemText(error));
+        return error == ERROR_ALREADY_EXISTS
+                   ? stage.Refuse(StartFault::AlreadyRunning, "already running on this machine", kExitFailed)
+                   : stage.Refuse(StartFault::System, "cannot create the stop event: " + SystemText(error),
+                                  kExitFailed);
     }
     SharedHostBoard board;
     if (!board.Create(kBoard)) {
         const DWORD error = GetLastError();
-        return Fail("cannot create the section of the counters: " + SystemText(error));
+        return stage.Refuse(StartFault::System, "cannot create the section of the counters: " + SystemText(error),
+                            kExitFailed);
     }
-    ConsoleQueue console("wrbhost");
     CommandHostOptions settings;
     if (const std::string wrong = ReadHostSettings(options.host, settings); !wrong.empty()) {
-        return console.Fail(wrong, kExitUsage);
+        return stage.Refuse(StartFault::Settings, wrong, kExitUsage);
     }
     CommandLibrary library;
     const std::string wrong = library.Load(options.dll.empty() ? DefaultLibraryPath() : Utf8ToWide(options.dll));
     if (!wrong.empty()) {
-        return console.Fail(wrong, kExitFailed);
+        return stage.Refuse(StartFault::Library, wrong, kExitFailed);
     }
     const std::wstring debugIni = Utf8ToWide(options.debugIni);
     const std::wstring debugLibrary = Utf8ToWide(options.debugLibrary);
@@ -104,14 +120,27 @@ int Host(const Options& options) {
     try {
         library.Exports().initialize(debugIni.c_str(), debugLibrary.c_str(), nullptr);  // false is not an error
     } catch (const std::exception& error) {
-        return console.Fail(std::string("the command library does not start: ") + error.what(), kExitFailed);
+        return stage.Refuse(StartFault::Library, std::string("the command library does not start: ") + error.what(),
+                            kExitFailed);
     }
     if (!HasProtectionKey()) {
         console.Err(
             "Private\\wrbserver.ini has no protection key: agents with addresses get no web-threat settings. "
             "Make one with: wrbctl make-key");
     }
-    return Serve(library.Exports(), options, settings, stop, *board, console);
+    return Serve(library.Exports(), options, settings, stop, *board, console, stage);
+}
+
+// On a console, or as a service.
+int Run(const Options& options) {
+    ConsoleQueue console(kHostService.program);
+    const Stage stage(kHostService, console);
+    stage.DumpOnCrash();
+    try {
+        return Host(options, console, stage);
+    } catch (const std::exception& error) {
+        return stage.Refuse(StartFault::System, error.what(), kExitFailed);
+    }
 }
 
 int Stop(const Options& options) {
@@ -145,9 +174,7 @@ int Status() {
     return kExitOk;
 }
 
-int Main() {
-    Options options;
-    CLI::App app("Loads the command library and serves agents' commands on its pipe until it is stopped.", "wrbhost");
+void AddServeOptions(CLI::App& app, Options& options) {
     app.add_option("--dll", options.dll, "Command library (default: libCmdHndlrClient.dll beside this program)");
     app.add_option("--workers", options.host.workers, "Commands served at once (default: as wrbscan.ini says, else 20)")
         ->check(CLI::Range(1u, kMostWorkers));
@@ -161,6 +188,13 @@ int Main() {
         ->allow_extra_args(false);
     app.add_option("--debug-ini", options.debugIni, "Debug INI path handed to the library");
     app.add_option("--debug-library", options.debugLibrary, "Debug library path handed to the library");
+}
+
+int Main() {
+    Options options;
+    CLI::App app("Loads the command library and serves agents' commands on its pipe until it is stopped.", "wrbhost");
+    AddServeOptions(app, options);
+    const ServiceCommand service(app, kHostService, [&](CLI::App& command) { AddServeOptions(command, options); });
     app.add_flag("--stop", options.stop, "Stop the running host, and wait until it has gone");
     app.add_flag("--status", options.status, "Show the running host's counters");
     app.add_option("--timeout", options.timeoutSeconds, "Seconds that a stop may take (default: 60)")
@@ -171,15 +205,19 @@ int Main() {
         "  wrbhost --workers 8              with eight worker threads\n"
         "  wrbhost --allow \"IIS APPPOOL\\Agents\"  admit the account of a gateway program\n"
         "  wrbhost --stop --timeout 10      stop the running host; after ten seconds it ends with commands running\n"
+        "  wrbhost service install          as a Windows service\n"
         "\n"
         "Exit codes: 0 done, 1 failed, 2 wrong command line, 3 not running, 4 timed out");
     if (const auto code = ParseArguments(app, Utf8Arguments())) {
         return *code;
     }
+    if (service.IsAsked()) {
+        return service.Run([&] { return Run(options); });
+    }
     if (options.status) {
         return Status();
     }
-    return options.stop ? Stop(options) : Host(options);
+    return options.stop ? Stop(options) : Run(options);
 }
 
 }  // namespace

@@ -110,7 +110,8 @@ void AddBundleTables(SqlDb& db, const std::set<std::wstring>& present) {
     }
 }
 
-std::unique_ptr<SqlDb> Open(const std::wstring& address, Missing missing) {
+std::unique_ptr<SqlDb> Open(const std::wstring& address, Missing missing,
+                            std::optional<StoreMigration>* migration = nullptr) {
     try {
         const SqlAddress parsed = ParseSqlAddress(address);
         std::error_code ignored;
@@ -132,8 +133,11 @@ std::unique_ptr<SqlDb> Open(const std::wstring& address, Missing missing) {
             CreateTables(*db);
             return db;
         }
-        if (VersionOf(*db, address) != kStoreVersion) {
+        if (const int64_t version = VersionOf(*db, address); version != kStoreVersion) {
             Migrate(*db);
+            if (migration != nullptr) {
+                *migration = {version, kStoreVersion};
+            }
         }
         AddBundleTables(*db, tables);
         return db;
@@ -149,6 +153,12 @@ std::unique_ptr<SqlDb> OpenStore(const std::wstring& address) {
 }
 std::unique_ptr<SqlDb> CreateStore(const std::wstring& address) {
     return Open(address, Missing::kMade);
+}
+
+std::optional<StoreMigration> MigrateStore(const std::wstring& address) {
+    std::optional<StoreMigration> migration;
+    Open(address, Missing::kRefused, &migration);
+    return migration;
 }
 
 void VerifyStore(SqlDb& db, const std::wstring& address) {

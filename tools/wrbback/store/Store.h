@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,6 +27,13 @@ std::unique_ptr<SqlDb> OpenStore(const std::wstring& address);
 
 // The same for a database that may not be there yet, or be empty.
 std::unique_ptr<SqlDb> CreateStore(const std::wstring& address);
+
+// Brings a database of an older version forward, and tells from which version to which. Throws as OpenStore does.
+struct StoreMigration {
+    int64_t from;
+    int64_t to;
+};
+std::optional<StoreMigration> MigrateStore(const std::wstring& address);
 
 // Throws SqlError when a file of the database is damaged. Reads it whole.
 void VerifyStore(SqlDb& db, const std::wstring& address);

@@ -3,9 +3,9 @@
 
 #include <mutex>
 
-#include "AlertMessages.h"
 #include "AlertNotifier.h"
 #include "CapturedLog.h"
+#include "EventMessages.h"
 #include "FakeProfile.h"
 #include "Handle.h"
 #include "HomeFolder.h"

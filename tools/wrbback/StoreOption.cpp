@@ -1,0 +1,65 @@
+#include <windows.h>
+
+#include <filesystem>
+#include <system_error>
+
+#include "Commands.h"
+#include "Console.h"
+#include "ExitCode.h"
+#include "HomeFolder.h"
+#include "SqlAddress.h"
+#include "Store.h"
+#include "SystemText.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+constexpr wchar_t kSection[] = L"INI_SERVER_SECTION";
+constexpr wchar_t kKey[] = L"BackEndStore";
+constexpr wchar_t kServiceStore[] = L"sqlite:Data\\agents.db";
+constexpr DWORD kAddressCharacters = 4096;
+
+std::wstring ServerIni() {
+    return HomeFolder() + L"Private\\wrbserver.ini";
+}
+
+// Empty: the file does not name a store.
+std::wstring ConfiguredStore() {
+    std::wstring address(kAddressCharacters, L'\0');
+    address.resize(
+        GetPrivateProfileStringW(kSection, kKey, L"", address.data(), kAddressCharacters, ServerIni().c_str()));
+    const SqlAddress parsed = ParseSqlAddress(address);
+    if (address.empty() || parsed.isOdbc) {
+        return address;
+    }
+    return (std::filesystem::path(HomeFolder()) / parsed.target).wstring();  // a full path stays as it is
+}
+
+}  // namespace
+
+std::string StoreOf(const std::string& option) {
+    if (!option.empty()) {
+        return option;
+    }
+    const std::wstring configured = ConfiguredStore();
+    return configured.empty() ? kDefaultDatabase : WideToUtf8(configured);
+}
+
+int SettleServiceStore() {
+    if (ConfiguredStore().empty() && !WritePrivateProfileStringW(kSection, kKey, kServiceStore, ServerIni().c_str())) {
+        return Fail(
+            "cannot write the store of the service into " + WideToUtf8(ServerIni()) + ": " + SystemText(GetLastError()),
+            kExitFailed);
+    }
+    const std::wstring address = ConfiguredStore();
+    try {
+        CreateStore(address);
+    } catch (const SqlError& error) {
+        PrintErr("wrbback: the store is not there yet: " + std::string(error.what()) + "\n");
+    }
+    PrintOut("wrbback: its store is " + ParseSqlAddress(address).name + "\n");
+    return kExitOk;
+}
+
+}  // namespace wrb
