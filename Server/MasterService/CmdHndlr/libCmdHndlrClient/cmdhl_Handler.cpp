@@ -8,6 +8,7 @@
 #include "DebugLog.h"
 #include "HomeFolder.h"
 #include "INICache.h"
+#include "IniSchema.h"
 #include "Text.h"
 #include "cmdhl.h"
 
@@ -38,6 +39,15 @@ void InitialiseIniCaches() {
     SbaIniCache().init(sbaIni, 30);
 }
 
+// Without memory for it the start goes on without the warnings.
+void WarnOfUnknownKeys() {
+    try {
+        wrb::WarnOfUnknownIniKeys(ScanIniCache(), ServerIniCache());
+    } catch (const std::bad_alloc&) {
+        WRB_LOG(kLogError, L"%s - no memory to look for unknown keys", L"cmdhl_Initialize");
+    }
+}
+
 // A second start keeps the cache: a running command may be reading it.
 void CreatePolicyCache() {
     if (g_pBmPolicyCache != nullptr) {
@@ -57,6 +67,7 @@ bool cmdhl_Initialize(const wchar_t* debugIni, const wchar_t* debugLibrary, void
     wrb::AddCommands(g_commandMap, wrb::CommandTable());
     g_pReserved = reserved;
     InitialiseIniCaches();
+    WarnOfUnknownKeys();
     wrb::StartCounters();
     CreatePolicyCache();
     return externalLog;
