@@ -10,6 +10,7 @@
 #include "Console.h"
 #include "ExitCode.h"
 #include "Handle.h"
+#include "NearestName.h"
 #include "Text.h"
 #include "Version.h"
 
@@ -58,6 +59,29 @@ void TakeSlashesAsPaths(CLI::App& app) {
     }
 }
 
+// The subcommand that the command line has come to.
+const CLI::App& Deepest(const CLI::App& app) {
+    const std::vector<CLI::App*> parsed = app.get_subcommands();
+    return parsed.empty() ? app : Deepest(*parsed.front());
+}
+
+// What an unknown word may stand for.
+std::string Suggestion(const CLI::App& app, const std::string& word) {
+    const CLI::App& deepest = Deepest(app);
+    std::vector<std::wstring> names;
+    for (const CLI::App* subcommand : deepest.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(Utf8ToWide(subcommand->get_name()));
+    }
+    for (const CLI::Option* option : deepest.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            names.push_back(L"--" + Utf8ToWide(name));
+        }
+    }
+    const std::vector<std::wstring_view> candidates(names.begin(), names.end());
+    const std::wstring_view nearest = NearestName(Utf8ToWide(word), candidates);
+    return nearest.empty() ? std::string() : "Did you mean " + WideToUtf8(nearest) + "?\n";
+}
+
 int Report(const CLI::App& app, const CLI::ParseError& error) {
     std::ostringstream out;
     std::ostringstream err;
@@ -65,7 +89,8 @@ int Report(const CLI::App& app, const CLI::ParseError& error) {
         PrintOut(out.str());
         return kExitOk;
     }
-    PrintErr(app.get_name() + ": " + err.str());
+    const std::vector<std::string> unknown = app.remaining(true);
+    PrintErr(app.get_name() + ": " + err.str() + (unknown.empty() ? std::string() : Suggestion(app, unknown.front())));
     return kExitUsage;
 }
 

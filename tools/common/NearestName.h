@@ -1,0 +1,13 @@
+// What somebody may have meant by a name that does not exist.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+namespace wrb {
+
+// The candidate that is nearest to `text` by letters that are changed, added or left out, upper and lower case alike;
+// empty when none is near.
+std::wstring_view NearestName(std::wstring_view text, std::span<const std::wstring_view> candidates);
+
+}  // namespace wrb
