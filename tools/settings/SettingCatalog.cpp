@@ -1,10 +1,9 @@
 #include "SettingCatalog.h"
 
 #include <algorithm>
-#include <cwctype>
-#include <numeric>
 
 #include "IgnoringCase.h"
+#include "NearestName.h"
 #include "ScanRowText.h"
 
 namespace wrb {
@@ -36,21 +35,6 @@ std::vector<SettingInfo> MakeCatalog() {
         }
     }
     return all;
-}
-
-// The number of letters that are changed, added or left out between the two.
-std::size_t Distance(std::wstring_view left, std::wstring_view right) {
-    std::vector<std::size_t> row(right.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        std::size_t diagonal = row[0]++;
-        for (std::size_t j = 0; j < right.size(); ++j) {
-            const std::size_t changed = diagonal + (std::towlower(left[i]) == std::towlower(right[j]) ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
-        }
-    }
-    return row.back();
 }
 
 }  // namespace
@@ -128,18 +112,6 @@ SettingName ParseSettingName(std::wstring_view text) {
     const std::size_t point = text.rfind(L'.');
     return point == text.npos ? SettingName{std::wstring(text), {}}
                               : SettingName{std::wstring(text.substr(0, point)), std::wstring(text.substr(point + 1))};
-}
-
-std::wstring_view NearestName(std::wstring_view text, std::span<const std::wstring_view> candidates) {
-    std::size_t least = std::min<std::size_t>(3, text.size() / 3 + 1) + 1;
-    std::wstring_view nearest;
-    for (const std::wstring_view candidate : candidates) {
-        if (const std::size_t distance = Distance(text, candidate); distance < least) {
-            least = distance;
-            nearest = candidate;
-        }
-    }
-    return nearest;
 }
 
 std::wstring_view NearestSection(std::wstring_view text) {

@@ -61,10 +61,7 @@ struct SettingName {
 };
 SettingName ParseSettingName(std::wstring_view text);
 
-// The candidate that is nearest to `text` by changed letters; empty when none is near.
-std::wstring_view NearestName(std::wstring_view text, std::span<const std::wstring_view> candidates);
-
-// The same among the short names and sections, or the keys of a group.
+// The nearest (NearestName.h) of the short names and sections, or of the keys of a group.
 std::wstring_view NearestSection(std::wstring_view text);
 std::wstring_view NearestKey(const ScanGroup& group, std::wstring_view text);
 

@@ -13,6 +13,7 @@ struct SendOptions {
     std::string command;
     std::vector<std::string> fields;  // after the reply pipe, which wrbctl adds itself
     double timeoutSeconds = 10;       // from the start to the last byte of the answer
+    bool raw = false;                 // also a SET command with another number of fields than it has
     bool json = false;
 };
 
@@ -57,9 +58,11 @@ int RunPack(const PackOptions& options);
 struct FwlogWriteOptions {
     std::string out;
     std::optional<uint32_t> version;  // 0 or 1; without it the first record's, or 1
+    std::string in = {};              // a file; empty: the standard input
+    uint64_t* records = nullptr;      // gets their number
 };
 
-// Makes a firewall log file from the JSON lines on the standard input. No file is left when a line is wrong.
+// Makes a firewall log file from JSON lines. No file is left when a line is wrong.
 int RunFwlogWrite(const FwlogWriteOptions& options);
 
 struct FwlogReadOptions {

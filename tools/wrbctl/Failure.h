@@ -4,6 +4,7 @@
 
 #include "Console.h"
 #include "ExitCode.h"
+#include "SystemText.h"
 
 namespace wrb {
 
@@ -14,7 +15,7 @@ inline int Fail(ExitCode code, const std::string& message) {
 }
 
 inline int FailSystem(ExitCode code, const std::string& message, unsigned long error) {
-    return Fail(code, message + " (system error " + std::to_string(error) + ")");
+    return Fail(code, message + ": " + SystemText(error));
 }
 
 }  // namespace wrb

@@ -61,8 +61,9 @@ Json::Value Parse(const std::string& text) {
     return value;
 }
 
-// The message of an exception begins with the line number.
-void WriteRecords(std::istream& in, std::ostream& out, FileVersion version) {
+// The number of records. The message of an exception begins with the line number.
+uint64_t WriteRecords(std::istream& in, std::ostream& out, FileVersion version) {
+    uint64_t records = 0;
     std::string text;
     for (unsigned number = 1; std::getline(in, text); ++number) {
         if (text.find_first_not_of(" \t\r") == std::string::npos) {
@@ -76,10 +77,12 @@ void WriteRecords(std::istream& in, std::ostream& out, FileVersion version) {
             } else {
                 Append<SWRB_PFW_LOG_ITEM>(line, out);
             }
+            ++records;
         } catch (const std::exception& error) {  // also of the JSON reader, which throws no runtime_error
             throw std::runtime_error("line " + std::to_string(number) + ": " + error.what());
         }
     }
+    return records;
 }
 
 }  // namespace
@@ -92,13 +95,21 @@ int RunFwlogWrite(const FwlogWriteOptions& options) {
         return FailSystem(kExitFailed, "cannot create " + options.out, error);
     }
     std::string problem;
+    std::ifstream file;
+    if (!options.in.empty()) {
+        file.open(std::filesystem::path(Utf8ToWide(options.in)), std::ios::binary);
+    }
+    uint64_t records = 0;
     try {
-        WriteRecords(std::cin, out, FileVersion(options.version));
+        records = WriteRecords(options.in.empty() ? std::cin : file, out, FileVersion(options.version));
     } catch (const std::exception& error) {
         problem = error.what();
     }
     out.close();
     if (problem.empty() && out) {
+        if (options.records != nullptr) {
+            *options.records = records;
+        }
         return kExitOk;
     }
     std::error_code ignored;

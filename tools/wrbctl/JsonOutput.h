@@ -6,10 +6,11 @@
 
 namespace wrb {
 
-// The value on one line, as UTF-8 with non-ASCII characters as they are; fractions have six digits.
+// The value as UTF-8 with non-ASCII characters as they are, and a line end; fractions have six digits. On one line:
 std::string JsonLine(const Json::Value& value);
 
-// Prints the value, indented, as UTF-8 with non-ASCII characters as they are, and ends the line.
+// Indented:
+std::string JsonText(const Json::Value& value);
 void PrintJson(const Json::Value& value);
 
 }  // namespace wrb

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "CmdProtocol.h"
 #include "CommandCatalog.h"
@@ -12,6 +14,7 @@
 #include "Failure.h"
 #include "Handle.h"
 #include "JsonOutput.h"
+#include "NearestName.h"
 #include "PipeClient.h"
 #include "PipeServer.h"
 #include "ServicePipes.h"
@@ -44,6 +47,38 @@ std::wstring BuildMessage(const SendOptions& options, const CommandEntry& entry,
         message << Utf8ToWide(field);
     }
     return std::wstring(message.Text());
+}
+
+// The number of fields that follow the name, without the reply pipe; nothing when the layout is not settled.
+std::optional<std::size_t> FieldCount(const CommandEntry& entry) {
+    if (entry.fields == "-" || entry.fields == "none") {
+        return entry.fields == "-" ? std::nullopt : std::optional<std::size_t>(0);
+    }
+    const auto commas = static_cast<std::size_t>(std::ranges::count(entry.fields, ','));
+    return commas + (entry.Answers() ? 0 : 1);
+}
+
+// A field that is left out counts as empty: it would switch a setting off or clear a text.
+std::string WrongFieldCount(const SendOptions& options, const CommandEntry& entry) {
+    const std::optional<std::size_t> count = FieldCount(entry);
+    if (options.raw || !entry.name.starts_with("CMDHL_SET_") || !count || options.fields.size() == *count) {
+        return {};
+    }
+    return options.command + " has " + std::to_string(*count) + " fields, not " +
+           std::to_string(options.fields.size()) + ": " + std::string(entry.fields) +
+           "; fields that are left out would be cleared. 'wrbctl set' changes single settings, --raw sends it all the "
+           "same";
+}
+
+// The nearest command, also for a name without its beginning.
+std::string SuggestCommand(const std::string& name) {
+    std::vector<std::wstring> names;
+    for (const CommandEntry& entry : CommandCatalog()) {
+        names.push_back(Utf8ToWide(entry.name));
+    }
+    const std::vector<std::wstring_view> candidates(names.begin(), names.end());
+    const std::wstring_view nearest = NearestName(Utf8ToWide(name), candidates);
+    return nearest.empty() ? "; 'wrbctl commands' lists them" : "; did you mean " + WideToUtf8(nearest) + "?";
 }
 
 // 0, or the exit code of a failure that has been reported.
@@ -104,10 +139,13 @@ int Exchange(const SendOptions& options, const CommandEntry& entry) {
 int RunSend(const SendOptions& options) {
     const CommandEntry* const entry = FindCommand(options.command);
     if (entry == nullptr) {
-        return Fail(kExitUsage, "no command " + options.command + "; 'wrbctl commands' lists them");
+        return Fail(kExitUsage, "no command " + options.command + SuggestCommand(options.command));
     }
     if (std::ranges::any_of(options.fields, [](const std::string& field) { return field.find('\t') != field.npos; })) {
         return Fail(kExitUsage, "a field cannot hold a TAB");
+    }
+    if (const std::string wrong = WrongFieldCount(options, *entry); !wrong.empty()) {
+        return Fail(kExitUsage, wrong);
     }
     return Exchange(options, *entry);
 }

@@ -1,4 +1,4 @@
-// wrbctl: sends commands to the host and shows the server's counters and log level.
+// wrbctl: shows and changes how the server is and what its agents get.
 #include <exception>
 #include <map>
 
@@ -7,13 +7,17 @@
 #include "Console.h"
 #include "DebugLog.h"
 #include "ExitCode.h"
+#include "Subcommands.h"
 
 namespace {
 
 constexpr char kExamples[] = R"(Examples:
-  wrbctl send CMDHL_GET_MS_CFG 11111111-2222-3333-4444-555555555555
-  wrbctl send CMDHL_GET_MS_CFG ""            server-wide settings
-  wrbctl send CMDHL_ECHO hello --json
+  wrbctl status                              how each part of the server is
+  wrbctl get UID MSCfg                       manual-scan settings of an agent
+  wrbctl set UID MSCfg.ScanBoot=0            change one of them
+  wrbctl explain UID MSCfg.ScanBoot          where its value comes from
+  wrbctl check                               mistakes in the server's files
+  wrbctl send CMDHL_ECHO hello               any command, as an agent sends it
   wrbctl counters --interval 2               every two seconds, until Ctrl-C
   wrbctl log-level W                         errors and warnings only
   wrbctl fwlog write fw.log < records.jsonl  a firewall log file from JSON lines
@@ -40,12 +44,27 @@ void AddTimeout(CLI::App& app, double& seconds) {
         ->capture_default_str();
 }
 
+constexpr char kSendExamples[] = R"(Examples:
+  wrbctl send CMDHL_GET_MS_CFG 11111111-2222-3333-4444-555555555555
+  wrbctl send CMDHL_GET_MS_CFG ""            server-wide settings
+  wrbctl send CMDHL_ECHO hello --json
+
+Exit codes: 0 done, 1 failed, 2 wrong command line or number of fields, 3 the host does not run, 4 timed out.
+)";
+
+constexpr char kLogLevelExamples[] = R"(Examples:
+  wrbctl log-level
+  wrbctl log-level W                         errors and warnings only
+)";
+
 CLI::App* AddSend(CLI::App& app, Options& options) {
     CLI::App* const send = app.add_subcommand("send", "Send a command to the host and print its answer as UTF-8");
     send->add_option("command", options.send.command, "Command name, as 'wrbctl commands' lists it")->required();
     send->add_option("fields", options.send.fields, "Fields after the reply pipe, which wrbctl adds itself");
     AddTimeout(*send, options.send.timeoutSeconds);
+    send->add_flag("--raw", options.send.raw, "Send a SET command with any number of fields");
     send->add_flag("--json", options.json, "Print a JSON object");
+    send->footer(kSendExamples);
     return send;
 }
 
@@ -82,6 +101,7 @@ CLI::App* AddLogLevel(CLI::App& app, Options& options) {
     level->add_option("level", options.level, "F, E, W, I or D: lines up to that level are written; all or none");
     AddTimeout(*level, options.levelTimeout);
     level->add_flag("--json", options.json, "Print a JSON object");
+    level->footer(kLogLevelExamples);
     return level;
 }
 
@@ -159,6 +179,11 @@ int Run() {
     app.require_subcommand(1);
     app.footer(kExamples);
     Options options;
+    wrb::Run run;
+    for (const auto add : {wrb::AddStatus, wrb::AddGet, wrb::AddSet, wrb::AddExplain, wrb::AddDiff, wrb::AddCheck,
+                           wrb::AddUpload, wrb::AddDiagnostics, wrb::AddCompletion}) {
+        add(app, run);
+    }
     CLI::App* const send = AddSend(app, options);
     CLI::App* const commands = app.add_subcommand("commands", "List the 72 commands");
     commands->add_flag("--json", options.json, "Print a JSON array");
@@ -170,6 +195,9 @@ int Run() {
     CLI::App* const fwlog = AddFwlog(app, options);
     if (const auto code = wrb::ParseArguments(app, wrb::Utf8Arguments())) {
         return *code;
+    }
+    if (run) {
+        return run();
     }
     options.send.json = options.json;
     if (options.json) {

@@ -1,0 +1,291 @@
+#include <windows.h>
+
+#include <iostream>
+#include <map>
+#include <tuple>
+
+#include "Console.h"
+#include "Conversation.h"
+#include "DbListing.h"
+#include "Failure.h"
+#include "JsonOutput.h"
+#include "ScanChanges.h"
+#include "SettingTarget.h"
+#include "Subcommands.h"
+#include "Terminal.h"
+#include "Text.h"
+
+namespace wrb {
+namespace {
+
+constexpr char kExamples[] = R"(Examples:
+  wrbctl set 11111111-2222-3333-4444-555555555555 MSCfg.ScanBoot=0 MSCfg.CompressedLayer=3
+  wrbctl set 11111111-2222-3333-4444-555555555555 "RTCfg.MoveDir=C:\Quarantine" --dry-run
+  wrbctl set --server PSCfg.Hour=3 PSCfg.Minute=30 --yes
+  wrbctl set --all SpyMSCfg.ScanType=1
+
+Only the given keys change; 'wrbctl get' shows their names. --all changes every agent, one by one.
+
+Exit codes: 0 done, 1 failed or not confirmed, 2 wrong command line, key or value, 3 no back end runs, 4 sent, but
+not stored in time.
+)";
+
+constexpr uint64_t kStoreMilliseconds = 10'000;
+constexpr DWORD kPollMilliseconds = 10;
+
+struct SetOptions {
+    std::vector<std::string> arguments;
+    bool server = false;
+    bool all = false;
+    bool dryRun = false;
+    bool yes = false;
+    bool json = false;
+};
+
+// How many agents change a setting from one value to another.
+using Summary = std::map<std::tuple<const SettingInfo*, std::wstring, std::wstring>, std::size_t>;
+
+struct Plan {
+    std::vector<SettingAssignment> assignments;
+    std::vector<std::wstring> uids;     // an empty one: the server
+    std::vector<std::wstring> changed;  // those of them that change
+    std::size_t unreadable = 0;         // agents without settings of the group
+    Summary summary;
+};
+
+// 0, or the exit code of faults that have been reported.
+int ParseAssignments(const SetOptions& options, Plan& plan) {
+    int code = kExitOk;
+    for (std::size_t i = options.server || options.all ? 0 : 1; i < options.arguments.size(); ++i) {
+        std::string wrong;
+        if (const auto assignment = ParseAssignment(Utf8ToWide(options.arguments[i]), wrong)) {
+            plan.assignments.push_back(*assignment);
+        } else {
+            code = Fail(kExitUsage, wrong);
+        }
+    }
+    return code;
+}
+
+// Every agent that the database knows. False, reported, when it does not tell.
+bool ListAgents(std::vector<std::wstring>& uids) {
+    DbListQuery query{.table = L"agents", .search = {}, .order = 1, .first = 0, .rows = 500};
+    DbListing page;
+    do {
+        if (!ReadDbListing(query, page)) {
+            Fail(kExitFailed, "the database does not list its agents; the debug log says why");
+            return false;
+        }
+        for (std::size_t row = 0; row < page.Rows(); ++row) {
+            uids.push_back(page.Cell(row, 0));
+        }
+        query.first += static_cast<uint32_t>(page.Rows());
+    } while (page.Rows() != 0);
+    return true;
+}
+
+int FindTargets(const SetOptions& options, Plan& plan) {
+    BindIniCaches();
+    if (!options.all) {
+        plan.uids.push_back(options.server ? std::wstring() : Utf8ToWide(options.arguments[0]));
+        return CheckTarget(plan.uids.front());
+    }
+    if (const int code = CheckDatabaseServes(); code != kExitOk) {
+        return code;
+    }
+    if (!ListAgents(plan.uids)) {
+        return kExitFailed;
+    }
+    return plan.uids.empty() ? Fail(kExitFailed, "the database has no agents") : kExitOk;
+}
+
+int ReportFaults(const MergedChanges& merged) {
+    for (const SettingFault& fault : merged.faults) {
+        Fail(kExitUsage,
+             WideToUtf8(std::wstring(fault.setting->Section()) + L"." + std::wstring(fault.setting->Key())) + " " +
+                 fault.wrong);
+    }
+    return kExitUsage;
+}
+
+// Reads every target and sums up what would change.
+int Preview(Plan& plan) {
+    Progress progress("reading agents", plan.uids.size());
+    for (const std::wstring& uid : plan.uids) {
+        const MergedChanges merged = MergeChanges(plan.assignments, uid);
+        if (!merged.faults.empty()) {
+            return ReportFaults(merged);
+        }
+        if (merged.unreadable != nullptr) {
+            if (plan.uids.size() == 1) {
+                return FailUnreadable(uid, {std::wstring(merged.unreadable->section)});
+            }
+            ++plan.unreadable;
+        } else if (!merged.groups.empty()) {
+            plan.changed.push_back(uid);
+        }
+        for (const GroupChange& group : merged.groups) {
+            for (const SettingChange& change : group.changes) {
+                ++plan.summary[{change.setting, change.before, change.after}];
+            }
+        }
+        progress.Step();
+    }
+    return kExitOk;
+}
+
+void PrintPlan(const Plan& plan, bool all) {
+    TextTable table(all ? std::vector<std::wstring>{L"setting", L"old", L"new", L"agents"}
+                        : std::vector<std::wstring>{L"setting", L"old", L"new"});
+    for (const auto& [change, agents] : plan.summary) {
+        const auto& [setting, before, after] = change;
+        std::vector<std::wstring> cells{std::wstring(setting->Section()) + L"." + std::wstring(setting->Key()),
+                                        CutTo(before, 40), CutTo(after, 40)};
+        if (all) {
+            cells.push_back(std::to_wstring(agents));
+        }
+        table.Add(std::move(cells));
+    }
+    PrintOut(table.Text(TerminalColumns()));
+    if (plan.unreadable != 0) {
+        PrintOut(std::to_string(plan.unreadable) + " agents have no settings of the group and stay as they are\n");
+    }
+}
+
+void PrintPlanAsJson(const Plan& plan, bool written) {
+    Json::Value result;
+    Json::Value& changes = result["changes"] = Json::Value(Json::arrayValue);
+    for (const auto& [change, agents] : plan.summary) {
+        const auto& [setting, before, after] = change;
+        Json::Value row;
+        row["section"] = WideToUtf8(setting->Section());
+        row["key"] = WideToUtf8(setting->Key());
+        row["old"] = WideToUtf8(before);
+        row["new"] = WideToUtf8(after);
+        row["targets"] = static_cast<Json::UInt64>(agents);
+        changes.append(std::move(row));
+    }
+    result["unreadable"] = static_cast<Json::UInt64>(plan.unreadable);
+    result["written"] = written;
+    PrintJson(result);
+}
+
+bool IsConfirmed(const Plan& plan, const SetOptions& options) {
+    if (options.yes) {
+        return true;
+    }
+    const std::string target = options.server ? "the server-wide defaults"
+                               : options.all  ? std::to_string(plan.changed.size()) + " agents"
+                                              : "the agent " + options.arguments[0];
+    PrintErr("Write this to " + target + "? [y/N] ");
+    std::string answer;
+    std::getline(std::cin, answer);
+    return answer.starts_with('y') || answer.starts_with('Y');
+}
+
+std::wstring AccountName() {
+    wchar_t name[257];
+    auto capacity = static_cast<DWORD>(std::size(name));
+    return GetUserNameW(name, &capacity) ? name : L"";
+}
+
+// Who changed what. Without a database server there is no trail.
+void WriteAudit(const GroupChange& group, const std::wstring& uid) {
+    static const std::wstring user = AccountName();
+    for (const SettingChange& change : group.changes) {
+        const std::wstring setting = std::wstring(group.group->section) + L"." + std::wstring(change.setting->Key());
+        WriteDbAudit({user, uid.empty() ? L"server" : uid, setting, change.before, change.after});
+    }
+}
+
+bool AwaitStored(const GroupChange& change, const std::wstring& uid) {
+    const uint64_t deadline = GetTickCount64() + kStoreMilliseconds;
+    while (!IsStored(change, uid)) {
+        if (GetTickCount64() >= deadline) {
+            return false;
+        }
+        Sleep(kPollMilliseconds);
+    }
+    return true;
+}
+
+int Write(const Plan& plan) {
+    Progress progress("writing agents", plan.changed.size());
+    for (const std::wstring& uid : plan.changed) {
+        const std::string target = uid.empty() ? "the server-wide defaults" : WideToUtf8(uid);
+        for (const GroupChange& group : MergeChanges(plan.assignments, uid).groups) {
+            if (!StoreChange(group, uid)) {
+                return Fail(kExitFailed, "cannot write to " + target + "; the debug log says why");
+            }
+            if (!AwaitStored(group, uid)) {
+                return Fail(kExitTimedOut, target + " still has the old values of [" +
+                                               WideToUtf8(group.group->section) + "] after 10 s");
+            }
+            WriteAudit(group, uid);
+        }
+        progress.Step();
+    }
+    return kExitOk;
+}
+
+// The host's cache would give the old values for up to six seconds.
+void TellHost() {
+    CommandTally tally;
+    Tell(tally, L"CMDHL_CLEAR_INI_CACHE", {});
+}
+
+int WriteConfirmed(const Plan& plan, const SetOptions& options) {
+    if (!IsConfirmed(plan, options)) {
+        return Fail(kExitFailed, "nothing is written");
+    }
+    const int code = Write(plan);
+    if (options.server) {
+        TellHost();
+    }
+    if (options.json) {
+        PrintPlanAsJson(plan, code == kExitOk);
+    } else if (code == kExitOk) {
+        PrintOut("stored and read back\n");
+    }
+    return code;
+}
+
+int RunSet(const SetOptions& options) {
+    const bool noUid = options.server || options.all;
+    if ((options.server && options.all) ||
+        !CheckCount(options.arguments.size(), noUid ? 1 : 2, SIZE_MAX, "set UID|--server|--all SECTION.KEY=VALUE...")) {
+        return options.server && options.all ? Fail(kExitUsage, "take one of --server and --all") : kExitUsage;
+    }
+    Plan plan;
+    int code = ParseAssignments(options, plan);
+    code = code == kExitOk ? FindTargets(options, plan) : code;
+    code = code == kExitOk ? Preview(plan) : code;
+    if (code != kExitOk) {
+        return code;
+    }
+    if (!options.json) {
+        PrintPlan(plan, options.all);
+    }
+    if (plan.changed.empty() || options.dryRun) {
+        options.json ? PrintPlanAsJson(plan, false)
+                     : PrintOut(plan.changed.empty() ? "nothing to change\n" : "dry run: nothing is written\n");
+        return kExitOk;
+    }
+    return WriteConfirmed(plan, options);
+}
+
+}  // namespace
+
+void AddSet(CLI::App& app, Run& run) {
+    const auto options = std::make_shared<SetOptions>();
+    CLI::App* const set = AddSubcommand(app, "set", "Change settings of an agent, of all agents or of the server",
+                                        kExamples, options, RunSet, run);
+    set->add_option("arguments", options->arguments, "UID (without --server and --all), then SECTION.KEY=VALUE...");
+    set->add_flag("--server", options->server, "The server-wide defaults in wrbscan.ini");
+    set->add_flag("--all", options->all, "Every agent");
+    set->add_flag("--dry-run", options->dryRun, "Show what would change, and write nothing");
+    set->add_flag("--yes", options->yes, "Do not ask");
+    set->add_flag("--json", options->json, "Print a JSON object");
+}
+
+}  // namespace wrb
