@@ -1,10 +1,14 @@
 #include "CreatedFiles.h"
 
+#include "CancelAfter.h"
+
 namespace wrb {
 namespace {
 
 // A link, of whatever kind, could lead out of the target folder.
 constexpr DWORD kLink = FILE_ATTRIBUTE_REPARSE_POINT;
+
+constexpr uint32_t kDeleteMilliseconds = 10'000;  // whoever holds an oplock on a file decides how long it takes
 
 }  // namespace
 
@@ -15,6 +19,10 @@ bool IsFolder(const std::wstring& path, DWORD refused) noexcept {
 }
 
 CreatedFiles::~CreatedFiles() {
+    if (m_created.empty()) {
+        return;
+    }
+    const CancelAfter limit(kDeleteMilliseconds);
     for (auto created = m_created.rbegin(); created != m_created.rend(); ++created) {
         if (created->isFolder) {
             RemoveDirectoryW(created->path.c_str());

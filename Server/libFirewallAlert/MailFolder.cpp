@@ -6,6 +6,7 @@
 #include <atomic>
 #include <utility>
 
+#include "CancelAfter.h"
 #include "Handle.h"
 #include "HeldFolder.h"
 #include "SRWLock.h"
@@ -19,6 +20,7 @@ constexpr wchar_t kNew[] = L"Temp\\NewMail";
 constexpr wchar_t kMail[] = L"Temp\\Mail";
 constexpr std::wstring_view kWaiting = L".eml";
 constexpr std::wstring_view kFailed = L".failed";
+constexpr uint32_t kFileMilliseconds = 2'000;  // whoever holds an oplock on a file decides how long it takes
 
 CWrbSRWLock g_storing;  // held from the count of the files until the new one is there
 
@@ -64,11 +66,19 @@ uint32_t CreateFolder(const std::wstring& folder) {
     return error == ERROR_ALREADY_EXISTS ? ERROR_SUCCESS : error;
 }
 
+template <typename Work>
+uint32_t InTime(Work work) {
+    const CancelAfter limit(kFileMilliseconds);
+    return limit ? work() : limit.Error();
+}
+
 // The error of the folder, when it cannot be held, or what work() returns while it is.
 template <typename Work>
 uint32_t InHeldFolder(const std::wstring& home, const wchar_t* name, Work work) {
-    const HeldFolder held(home, name);
-    return held.Error() != ERROR_SUCCESS ? held.Error() : work();
+    return InTime([&] {
+        const HeldFolder held(home, name);
+        return held.Error() != ERROR_SUCCESS ? held.Error() : work();
+    });
 }
 
 uint32_t WriteNewFile(const std::wstring& path, std::string_view text) {
@@ -122,17 +132,18 @@ std::wstring MailFolder::NewName(int64_t seconds) {
 
 uint32_t MailFolder::Store(const std::wstring& name, std::string_view text) const {
     const ExclusiveGuard guard(g_storing);
-    for (const std::wstring& folder : {Below(m_home, kTemp), m_new, m_mail}) {
-        if (const uint32_t error = CreateFolder(folder); error != ERROR_SUCCESS) {
-            return error;
+    const auto write = [&] {
+        const std::wstring file = name + std::wstring(kWaiting);
+        const uint32_t error = MakeRoom();
+        return error != ERROR_SUCCESS ? error : WriteAndRename(m_new + file, m_mail + file, text);
+    };
+    return InTime([&] {
+        for (const std::wstring& folder : {Below(m_home, kTemp), m_new, m_mail}) {
+            if (const uint32_t error = CreateFolder(folder); error != ERROR_SUCCESS) {
+                return error;
+            }
         }
-    }
-    return InHeldFolder(m_home, kNew, [&] {
-        return InHeldFolder(m_home, kMail, [&] {
-            const std::wstring file = name + std::wstring(kWaiting);
-            const uint32_t error = MakeRoom();
-            return error != ERROR_SUCCESS ? error : WriteAndRename(m_new + file, m_mail + file, text);
-        });
+        return InHeldFolder(m_home, kNew, [&] { return InHeldFolder(m_home, kMail, write); });
     });
 }
 

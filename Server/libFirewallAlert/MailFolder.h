@@ -14,7 +14,8 @@
 
 namespace wrb {
 
-// Any thread; one process stores at a time. The functions that return a number return 0 or the Windows error.
+// Any thread; one process stores at a time. The functions that return a number return 0 or the Windows error. A
+// function that another process holds up by an oplock gives up after two seconds, with ERROR_OPERATION_ABORTED (995).
 class MailFolder {
   public:
     static constexpr std::size_t kMostFiles = 1000;

@@ -8,7 +8,8 @@
 
 namespace wrb {
 
-// Nothing when the file has no key of 64 hexadecimal digits. Read without a cache.
+// Nothing when the file has no key of 64 hexadecimal digits. Read without a cache, within two
+// seconds.
 std::optional<ProtectionKey> ReadProtectionKey(const std::wstring& serverIni);
 
 }  // namespace wrb

@@ -7,8 +7,8 @@
 
 #include "Clock.h"
 #include "DebugLog.h"
-#include "LastError.h"
 #include "ResultFile.h"
+#include "SpillDirectory.h"
 #include "SpillFile.h"
 
 std::wstring wrb::MakeMessageId(const std::wstring& name, uint32_t tickCount, uint32_t processId, uint32_t threadId) {
@@ -74,9 +74,8 @@ bool CMsgSerializer::Finalize() {
 }
 
 void CMsgSerializer::DiscardSentFile() noexcept {
-    const wrb::KeepLastError keep;
     if (!m_sentFile.empty()) {
-        DeleteFileW(m_sentFile.c_str());
+        wrb::DeleteSpillFile(m_sentFile);
         m_sentFile.clear();
     }
 }

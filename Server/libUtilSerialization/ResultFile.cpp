@@ -12,7 +12,6 @@ namespace {
 
 constexpr const wchar_t* kReader = L"CMsgSerializer::ReadFile";
 constexpr const wchar_t* kMapper = L"CreateIPCResultMapFile";
-constexpr uint32_t kFileMilliseconds = 10'000;  // whoever holds an oplock on the file decides how long it takes
 
 bool IsPlainFile(const BY_HANDLE_FILE_INFORMATION& file) {
     constexpr DWORD kNotPlain = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE;
@@ -26,8 +25,7 @@ ResultFile::~ResultFile() {
     m_mapping.Reset();
     m_file.Reset();
     if (!m_path.empty()) {
-        const CancelAfter limit(kFileMilliseconds);
-        DeleteFileW(m_path.c_str());
+        DeleteSpillFile(m_path);
     }
 }
 
@@ -43,7 +41,7 @@ bool ResultFile::Open(const std::wstring& path) {
 
 // The link itself is opened instead of its target, so that what is checked is what was named.
 bool ResultFile::OpenFor(DWORD access) {
-    const CancelAfter limit(kFileMilliseconds);
+    const CancelAfter limit(kSpillFileMilliseconds);
     m_file.Reset(CreateFileW(m_path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
                              FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
     if (!m_file) {

@@ -8,8 +8,10 @@
 #include <string_view>
 #include <vector>
 
+#include "CancelAfter.h"
 #include "HomeFolder.h"
 #include "IgnoringCase.h"
+#include "LastError.h"
 
 namespace wrb {
 namespace {
@@ -73,6 +75,12 @@ std::wstring CreateFileInSpillDirectory() {
         }
     }
     return {};
+}
+
+void DeleteSpillFile(const std::wstring& path) noexcept {
+    const KeepLastError keep;
+    const CancelAfter limit(kSpillFileMilliseconds);
+    DeleteFileW(path.c_str());
 }
 
 std::wstring AcceptedSpillPath(const std::wstring& path) {

@@ -11,6 +11,7 @@
 // installed ("Local_Path" is set) or when they run under the same account. Silent; any thread.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,13 @@ std::vector<std::wstring> SpillDirectories();
 // Makes a new, empty file in the first spill directory that lets it, and returns its full path; empty when none does
 // (GetLastError has the cause of the last).
 std::wstring CreateFileInSpillDirectory();
+
+// How long opening and deleting such a file may take: another process can hold them up with an oplock. Then they fail
+// with ERROR_OPERATION_ABORTED (995).
+inline constexpr uint32_t kSpillFileMilliseconds = 10'000;
+
+// Keeps the last error.
+void DeleteSpillFile(const std::wstring& path) noexcept;
 
 // The path in its full form when the rule above allows it, else empty. Looks at the text alone, never at the disk.
 std::wstring AcceptedSpillPath(const std::wstring& path);

@@ -25,7 +25,7 @@ SpillFile::~SpillFile() {
     const KeepLastError keep;
     m_stream.close();
     if (m_deleteFile && !m_path.empty()) {
-        DeleteFileW(m_path.c_str());
+        DeleteSpillFile(m_path);
     }
 }
 

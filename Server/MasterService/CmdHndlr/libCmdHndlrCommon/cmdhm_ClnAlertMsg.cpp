@@ -7,6 +7,7 @@
 
 #include "AlertFiles.h"
 #include "Base64.h"
+#include "CancelAfter.h"
 #include "DbAgent.h"
 #include "DebugLog.h"
 #include "Handle.h"
@@ -22,7 +23,8 @@ constexpr DWORD kBytesUsed = 4096;             // of a message file
 constexpr std::size_t kTextCharacters = 4096;  // of the zeroed buffer, so that a NUL always follows
 constexpr uint32_t kVirusTypesCharacters = 4096;
 constexpr std::wstring_view kMark = L" !BASE64ED! ";
-constexpr uint32_t kAlertMessageBit = 32;  // of the agent's configuration-changed bits
+constexpr uint32_t kFileMilliseconds = 2'000;  // whoever holds an oplock on a file decides how long it takes
+constexpr uint32_t kAlertMessageBit = 32;      // of the agent's configuration-changed bits
 constexpr wchar_t kGlobalSetting[] = L"Global Setting";
 
 void AppendWithLineFeeds(std::wstring& output, std::wstring_view text) {
@@ -47,11 +49,29 @@ bool ReadMessageFile(std::wstring& output, const std::wstring& home, const wchar
         CreateFileW(path, FILE_READ_DATA, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     wchar_t text[kTextCharacters] = {};
     DWORD bytesRead = 0;
-    if (file) {  // a missing file is an empty message: the administrator may remove a text
+    if (file) {
         ReadFile(file.Get(), text, kBytesUsed, &bytesRead, nullptr);
+    } else if (const DWORD error = GetLastError(); error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND) {
+        // A missing file is an empty message without a line: the administrator may remove a text.
+        WRB_LOG(kLogWarning, L"%s - cannot open %s, the text is empty, err=%d", L"cmdhm_GetClnAlertMsgIni", path,
+                error);
     }
     AppendWithLineFeeds(output, text);
     return true;
+}
+
+using AlertMessages = std::array<std::wstring, std::size(wrb::kAlertFiles)>;
+
+// Reads the home folder once for all files: it is in the registry, which costs as much as a file. The files share the
+// time.
+bool ReadMessageFiles(AlertMessages& messages) {
+    const std::wstring home = wrb::HomeFolder();
+    const wrb::CancelAfter limit(kFileMilliseconds);
+    bool anyRead = false;
+    for (std::size_t i = 0; limit && i < messages.size(); ++i) {
+        anyRead |= ReadMessageFile(messages[i], home, wrb::kAlertFiles[i].name);
+    }
+    return anyRead;
 }
 
 // Appends the encoded text and returns its length in characters.
@@ -99,18 +119,17 @@ bool MakeOneMessage(std::wstring& output, int32_t alertType, bool encode) {
 }  // namespace
 
 bool cmdhm_GetClnAlertMsgIni(std::wstring& output, const wchar_t* fileName) {
-    return ReadMessageFile(output, wrb::HomeFolder(), fileName);
+    output.clear();
+    const wrb::CancelAfter limit(kFileMilliseconds);
+    return limit && ReadMessageFile(output, wrb::HomeFolder(), fileName);
 }
 
-// Reads the home folder once for all files: it is in the registry, which costs as much as a file.
 bool wrb::MakeAlertSection(std::wstring& output) {
-    const std::wstring home = wrb::HomeFolder();
-    std::array<std::wstring, std::size(kAlertFiles)> messages;
-    bool anyRead = false;
+    AlertMessages messages;
+    const bool anyRead = ReadMessageFiles(messages);
     std::size_t characters = 0;
-    for (std::size_t i = 0; i < messages.size(); ++i) {
-        anyRead |= ReadMessageFile(messages[i], home, kAlertFiles[i].name);
-        characters += messages[i].size();
+    for (const std::wstring& message : messages) {
+        characters += message.size();
     }
     output.clear();
     output.reserve(characters * 3 + 4096);  // each character becomes at most three

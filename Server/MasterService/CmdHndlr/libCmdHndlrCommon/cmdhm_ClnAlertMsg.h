@@ -10,18 +10,18 @@ inline constexpr int32_t kAllAlertMessages = 128;
 
 // Puts the text of one alert type, or the section with all of them, alone into `output` and, after a success, clears
 // the agent's alert-message bit. A type that is not known has the text of type 0. With `encode` 0 a single text comes
-// as it is; the section is always encoded. Returns 1, or 0 when there is no home folder; a file that cannot be read is
-// an empty text. A failure to clear the bit does not change the result.
+// as it is; the section is always encoded. Returns 1, or 0 when there is no home folder; a file that cannot be opened
+// within two seconds, all files together, is an empty text with a log line. A failure to clear the bit does not change
+// the result.
 int cmdhm_GetClnAlertMsg(std::wstring& output, const wchar_t* uid, int32_t alertType, int encode);
 
-// The text of one file up to its first NUL, with line feeds for line ends, alone in `output`. False only when there is
-// no home folder: a file that is missing or unreadable is an empty text and a success.
+// The text of one file up to its first NUL, with line feeds for line ends, alone in `output`. False when there is no
+// home folder, or no memory for the timer: a file that is missing or unreadable is an empty text and a success.
 bool cmdhm_GetClnAlertMsgIni(std::wstring& output, const wchar_t* fileName);
 
 namespace wrb {
 
-// The section "Alert Message" with the texts of all files, alone in `output`. False, with empty texts, when there is no
-// home folder.
+// The section "Alert Message" with the texts of all files, alone in `output`. False, with empty texts, as above.
 bool MakeAlertSection(std::wstring& output);
 
 }  // namespace wrb

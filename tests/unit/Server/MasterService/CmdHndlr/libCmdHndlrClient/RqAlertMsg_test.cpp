@@ -123,4 +123,13 @@ TEST_F(RqAlertMsg, AbsentFileIsAnEmptyTextAndTheAgentsBitIsCleared) {
                             std::wstring(L"cmdhl_GetClnAlertMsg <<< (1\t") + kMark + L")"));
 }
 
+TEST_F(RqAlertMsg, AHeldFileIsAnEmptyTextWithAWarning) {
+    const std::wstring path = (m_home / L"admin\\ALERTM.MSG").wstring();
+    m_home.Write(L"admin\\ALERTM.MSG", WideBytes(L"text"));
+    const wrb::FileHandle held(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    EXPECT_EQ(AskFor(L"10"), std::wstring(L"1\t") + kMark);
+    EXPECT_THAT(TakeCapturedLog(), testing::Contains(CapturedLine{'W', L"cmdhm_GetClnAlertMsgIni - cannot open " +
+                                                                           path + L", the text is empty, err=32"}));
+}
+
 }  // namespace
