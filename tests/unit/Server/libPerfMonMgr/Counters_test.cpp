@@ -183,7 +183,7 @@ TEST_F(CounterScope, AProcessThatCannotAttachSaysSoOnce) {
     const wrb::KernelHandle other(CreateEventW(nullptr, TRUE, FALSE, wrb::kCounterSectionName));
     TakeCapturedLog();
     wrb::StartCounters();
-    wrb::CounterCall(5, clock);
+    Call(5, 0);
     EXPECT_THAT(TakeCapturedLog(), testing::ElementsAre(testing::Field(&CapturedLine::level, kLogWarning)));
 }
 
