@@ -146,6 +146,7 @@ StatusItem CheckSpillFolders() {
     }
     if (folders.empty() || !folders[0]["exists"].asBool()) {
         item.health = Health::Warning;
+        item.text += "; make the first one, and give every account of the server the right to write there";
     }
     return item;
 }

@@ -71,7 +71,8 @@ void PrintOne(const Explanation& line) {
     };
     if (const SettingInfo* const info = InfoOf(line); info != nullptr) {
         add(L"meaning", std::string(info->help->label) + ": " + info->help->text);
-        add(L"kind", std::string(NameOf(info->kind)) + ", " + info->Range());
+        const std::string kind = NameOf(info->kind);
+        add(L"kind", info->kind == SettingKind::Text ? kind : kind + ", " + info->Range());
         add(L"default", WideToUtf8(info->Default()));
     }
     add(L"source", NameOf(line.source) + (line.from.empty() ? std::string() : ": " + WideToUtf8(line.from)));
