@@ -4,6 +4,7 @@
 
 #include "LastError.h"
 #include "ServerAccess.h"
+#include "SharedMemory.h"
 
 namespace wrb {
 namespace {
@@ -39,6 +40,9 @@ LogFilter::LogFilter() noexcept {
     m_section = OpenSection();
     if (m_section) {
         m_view = MappedView(MapViewOfFile(m_section.Get(), kAccess, 0, 0, sizeof(uint32_t)));
+    }
+    if (m_view && UsableBytes(m_view.Get()) < sizeof(uint32_t)) {
+        m_view.Reset();
     }
     if (m_view) {
         m_word = static_cast<uint32_t*>(m_view.Get());

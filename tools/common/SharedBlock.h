@@ -8,6 +8,7 @@
 
 #include "AccessList.h"
 #include "Handle.h"
+#include "SharedMemory.h"
 
 namespace wrb {
 
@@ -44,6 +45,10 @@ class SharedBlock {
   private:
     bool Map() {
         m_view.Reset(MapViewOfFile(m_section.Get(), FILE_MAP_READ | FILE_MAP_WRITE, 0, 0, sizeof(Block)));
+        if (m_view && UsableBytes(m_view.Get()) < sizeof(Block)) {
+            m_view.Reset();
+            SetLastError(ERROR_INVALID_ADDRESS);
+        }
         return static_cast<bool>(m_view);
     }
 

@@ -5,6 +5,7 @@
 #include "CounterUpdates.h"
 #include "NamedMutex.h"
 #include "ServerAccess.h"
+#include "SharedMemory.h"
 
 namespace wrb {
 namespace {
@@ -15,15 +16,10 @@ uint32_t Number(const uint32_t& shared) noexcept {
     return std::atomic_ref<uint32_t>(const_cast<uint32_t&>(shared)).load(std::memory_order_acquire);
 }
 
-std::size_t BytesFrom(const void* view) noexcept {
-    MEMORY_BASIC_INFORMATION region{};
-    return VirtualQuery(view, &region, sizeof region) != 0 ? region.RegionSize : 0;
-}
-
 // The section of that name may have any size and content. The smallest is one page, which holds the header.
 bool IsCounterBlock(const void* view) noexcept {
     const auto& block = *static_cast<const HandlerCounterBlock*>(view);
-    return BytesFrom(view) >= sizeof block && Number(block.signature) == kCounterSignature &&
+    return UsableBytes(view) >= sizeof block && Number(block.signature) == kCounterSignature &&
            Number(block.version) == kCounterVersion && Number(block.size) == sizeof(HandlerCounterBlock) &&
            Number(block.slotCount) == kCounterSlots;
 }
@@ -31,7 +27,7 @@ bool IsCounterBlock(const void* view) noexcept {
 // What a process makes without the mutex may be seen before its header is written.
 bool IsBeingMade(const void* view) noexcept {
     const auto& block = *static_cast<const HandlerCounterBlock*>(view);
-    return BytesFrom(view) >= sizeof block &&
+    return UsableBytes(view) >= sizeof block &&
            (Number(block.signature) | Number(block.version) | Number(block.size) | Number(block.slotCount)) == 0;
 }
 

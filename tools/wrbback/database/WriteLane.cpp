@@ -6,7 +6,7 @@
 namespace wrb {
 namespace {
 
-constexpr std::chrono::seconds kHeldAfter{5};
+constexpr std::chrono::milliseconds kHeldAfter{2500};
 constexpr std::chrono::seconds kLongestWait{10};
 
 }  // namespace
@@ -15,13 +15,13 @@ void WriteLane::Start() {
     m_threads.Start(1, [this] { Work(); });
 }
 
-// With the lock. False: a change is held, or it takes too long.
+// With the lock. False: the lane is stuck, or it takes too long.
 template <typename Ready>
 bool WriteLane::WaitWhileMoving(std::unique_lock<std::mutex>& lock, const Ready& ready) {
     const Clock::time_point end = Clock::now() + kLongestWait;
     while (!ready()) {
         const Clock::time_point until = m_running ? std::min(end, m_begun + kHeldAfter) : end;
-        if (Clock::now() >= until) {
+        if (m_stuck || Clock::now() >= until) {
             return false;
         }
         m_changed.wait_until(lock, until);
@@ -75,7 +75,8 @@ void WriteLane::Work() {
         lock.lock();
         m_running = false;
         ++m_done;
-        if (m_finishing && !taken && Clock::now() >= m_begun + kHeldAfter) {
+        m_stuck = !taken && (m_stuck || Clock::now() >= m_begun + kHeldAfter);
+        if (m_finishing && m_stuck) {
             m_dropped += m_queue.size();
             m_queue.clear();
         }

@@ -13,9 +13,9 @@
 
 namespace wrb {
 
-// A change that takes longer than five seconds is held: the engine waits for a lock, or does not answer. SQLite gives
-// up by then. While changes move on, what must see them or needs room for one waits for them; a held change is waited
-// for by nobody.
+// A change that takes longer than 2.5 seconds is held: the engine waits for a lock, or does not answer. SQLite gives up
+// after twice that. The lane is then stuck until the engine takes a change. While changes move on, what must see them
+// or needs room for one waits for them; nobody waits for a lane that is stuck.
 class WriteLane {
   public:
     static constexpr std::size_t kMostQueued = 1000;
@@ -27,17 +27,17 @@ class WriteLane {
 
     void Start();
 
-    // One thread. False: kMostQueued changes wait for one that is held.
+    // One thread. False: kMostQueued changes wait in a lane that is stuck.
     bool Put(Change change);
 
     // How many changes have been put so far.
     uint64_t Number() const;
 
-    // Any thread. Returns when that many changes have been carried out, at the latest when one of them is held, or
+    // Any thread. Returns when that many changes have been carried out, at the latest when the lane is stuck, or
     // after ten seconds.
     void WaitFor(uint64_t number);
 
-    // Carries out what is queued, then ends the thread. No Put may follow. When a held change fails meanwhile, the rest
+    // Carries out what is queued, then ends the thread. No Put may follow. When the lane is stuck meanwhile, the rest
     // is dropped. Returns how many changes were.
     uint64_t Finish();
 
@@ -55,6 +55,7 @@ class WriteLane {
     uint64_t m_done = 0;
     Clock::time_point m_begun{};  // the change that is carried out
     bool m_running = false;       // one is
+    bool m_stuck = false;         // the last change that was held has failed, and none was taken since
     bool m_finishing = false;
     uint64_t m_dropped = 0;
     WorkerThreads m_threads;

@@ -7,6 +7,7 @@
 #include "LocalPath.h"
 #include "NamedMutex.h"
 #include "OnThreads.h"
+#include "SharedMemory.h"
 #include "Text.h"
 #include "UniqueName.h"
 
@@ -118,6 +119,16 @@ TEST(LocalPath, OnlyFilesBelowADriveLetterPass) {
         EXPECT_FALSE(wrb::IsDrivePath(path)) << wrb::WideToUtf8(path);
     }
     EXPECT_FALSE(wrb::IsDrivePath({L"C:\\a\0b", 6}));
+}
+
+TEST(SharedMemory, PagesThatAreReservedOnlyCannotBeUsed) {
+    for (const auto& [pages, usable] : {std::pair<DWORD, bool>{SEC_COMMIT, true}, {SEC_RESERVE, false}}) {
+        const wrb::KernelHandle section(
+            CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE | pages, 0, 5000, nullptr));
+        const wrb::MappedView view(MapViewOfFile(section.Get(), FILE_MAP_READ, 0, 0, 0));
+        ASSERT_TRUE(view);
+        EXPECT_EQ(wrb::UsableBytes(view.Get()) >= 5000, usable);
+    }
 }
 
 TEST(LocalPath, AFolderHoldsWhatIsBelowIt) {
