@@ -1,4 +1,5 @@
-# cmake --install: the public headers, the import library, the DLLs, the programs, and a package config, so that
+# cmake --install: the public headers, the import library, the DLLs, the programs, pages, samples, examples, and a package
+# config, so that
 #
 #   find_package(Warrenby CONFIG REQUIRED)
 #   target_link_libraries(my_service PRIVATE Warrenby::CmdHndlrClient)
@@ -23,6 +24,10 @@ install(TARGETS libPerfMonMgr WrbPfwCommon RUNTIME DESTINATION ${CMAKE_INSTALL_B
 if(WRB_BUILD_TOOLS)
   install(TARGETS wrbhost wrbback wrbctl cgiConsole RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
+
+install(FILES Server/MasterService/CmdHndlr/libCmdHndlrClient/libCmdHndlrClient.def DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(FILES LICENSE README.md CHANGELOG.md DESTINATION .)
+install(DIRECTORY docs samples examples DESTINATION .)
 
 install(EXPORT WarrenbyTargets NAMESPACE Warrenby:: DESTINATION ${wrb_package_dir})
 configure_package_config_file(cmake/WarrenbyConfig.cmake.in ${CMAKE_BINARY_DIR}/WarrenbyConfig.cmake

@@ -65,6 +65,15 @@ build_sqlite_amalgamation() {
     cp "$repo_root/cmake/deps/sqlite3/"* "$1/"
 }
 
+# keep_notice NAME SOURCE: what the packages tell of a library: its licences and its version.
+keep_notice() {
+    local folder=$deps_prefix/share/notices/$1
+    [ -f "$2/debian/copyright" ] || return 0
+    mkdir -p "$folder"
+    cp "$2/debian/copyright" "$folder/copyright"
+    dpkg-parsechangelog -l "$2/debian/changelog" -S Version >"$folder/version"
+}
+
 # cmake_install NAME SOURCE: configures, builds and installs one library.
 cmake_install() {
     local name=$1 source=$2 log=$deps_dir/$1.log build=$deps_dir/build/$1 options
@@ -90,6 +99,7 @@ build_dependency() {
     fi
     [ "$name" != sqlite3 ] || build_sqlite_amalgamation "$source"
     (cmake_install "$name" "$source")
+    keep_notice "$name" "$source"
     mkdir -p "$deps_dir/stamps"
     dependency_key "$name" >"$deps_dir/stamps/$name"
     rm -rf "$deps_dir/build/$name" "$deps_dir/src/$name"

@@ -228,8 +228,9 @@ int UninstallService(const ServiceSpec& spec, bool purge) {
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, (kSourcesKey + std::wstring(spec.eventSource)).c_str());
     PrintOut(std::string(spec.program) + ": the service is uninstalled\n");
     if (purge && !DeleteData(spec, HomeFolder())) {
-        return FailAtService(spec, "not all data below " + WideToUtf8(HomeFolder()) + " could be deleted",
-                             GetLastError());
+        PrintErr(std::string(spec.program) + ": some data below " + WideToUtf8(HomeFolder()) +
+                 " is in use and stays\n");
+        return kExitFailed;
     }
     return kExitOk;
 }

@@ -46,6 +46,18 @@ ServiceHandle OpenOwnService(const ServiceSpec& spec, DWORD access) {
     return ServiceHandle(manager ? OpenServiceW(manager.Get(), spec.name, access) : nullptr);
 }
 
+// The manager refuses while it starts another service.
+bool AskToStart(SC_HANDLE service) {
+    const ULONGLONG begin = GetTickCount64();
+    while (!StartServiceW(service, 0, nullptr)) {
+        if (GetLastError() != ERROR_SERVICE_DATABASE_LOCKED || GetTickCount64() - begin >= kSilenceMilliseconds) {
+            return false;
+        }
+        Sleep(kPollMilliseconds);
+    }
+    return true;
+}
+
 }  // namespace
 
 int FailAtService(const ServiceSpec& spec, const std::string& what, DWORD error) {
@@ -82,8 +94,7 @@ bool WaitForService(SC_HANDLE service, DWORD pending, SERVICE_STATUS_PROCESS& st
 int StartService(const ServiceSpec& spec) {
     const ServiceHandle service = OpenOwnService(spec, SERVICE_START | SERVICE_QUERY_STATUS);
     SERVICE_STATUS_PROCESS status{};
-    if (!service || !StartServiceW(service.Get(), 0, nullptr) ||
-        !WaitForService(service.Get(), SERVICE_START_PENDING, status)) {
+    if (!service || !AskToStart(service.Get()) || !WaitForService(service.Get(), SERVICE_START_PENDING, status)) {
         return FailAtService(spec, "cannot start the service", GetLastError());
     }
     if (status.dwCurrentState == SERVICE_RUNNING) {
@@ -100,8 +111,12 @@ int StopService(const ServiceSpec& spec) {
         service && QueryService(service.Get(), status) ? OpenProcess(SYNCHRONIZE, FALSE, status.dwProcessId) : nullptr);
     if (!service || !ControlService(service.Get(), SERVICE_CONTROL_STOP, &asked)) {
         const DWORD error = GetLastError();
-        return error == ERROR_SERVICE_NOT_ACTIVE ? Say(spec, "does not run", kExitServiceNotRunning)
-                                                 : FailAtService(spec, "cannot stop the service", error);
+        if (error == ERROR_SERVICE_NOT_ACTIVE) {
+            return Say(spec, "does not run", kExitServiceNotRunning);
+        }
+        if (error != ERROR_SERVICE_CANNOT_ACCEPT_CTRL || status.dwCurrentState != SERVICE_STOP_PENDING) {
+            return FailAtService(spec, "cannot stop the service", error);
+        }
     }
     if (!WaitForService(service.Get(), SERVICE_STOP_PENDING, status)) {
         const DWORD error = GetLastError();
