@@ -1,11 +1,13 @@
 #include "LogMirror.h"
 
+#include "CancelAfter.h"
 #include "Text.h"
 
 namespace wrb {
 namespace {
 
 constexpr std::size_t kLineCharacters = 5120;  // the longest text (4095), its stamp, and a long path
+constexpr uint32_t kOpenMilliseconds = 2'000;  // whoever holds an oplock on the file decides how long it takes
 
 void WriteWhole(HANDLE file, const wchar_t* text, std::size_t characters) noexcept {
     DWORD written = 0;
@@ -14,9 +16,10 @@ void WriteWhole(HANDLE file, const wchar_t* text, std::size_t characters) noexce
 
 }  // namespace
 
-LogMirror::LogMirror(const wchar_t* path) noexcept
-    : m_file(CreateFileW(path, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                         OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)) {
+LogMirror::LogMirror(const wchar_t* path) noexcept {
+    const CancelAfter limit(kOpenMilliseconds);
+    m_file.Reset(CreateFileW(path, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                             OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (m_file && GetLastError() != ERROR_ALREADY_EXISTS) {
         WriteWhole(m_file.Get(), L"\xFEFF", 1);
     }
