@@ -150,17 +150,19 @@ TEST(Hostile, AnAnswerToTheHostOrToAServiceIsRefusedHoweverTheNameIsSpelled) {
     const FakePipeService events(L"WrbServerNamePipe");
     const FakePipeService rows(L"Global\\LogPoolCommandManager");
     const FakePipeService database(L"DbServerNamePipe");
+    const FakePipeService question(L"DbCln_4711");
+    const FakePipeService message(L"0105DB_GET-17_4321_987");
     const Host host({L"--workers", L"1"});
     const std::wstring self = kHostPipe;
     for (const std::wstring& name :
          {self, L"x/..//" + self, self + L". ", std::wstring(L"CALLOWAY systems WRBY Command Handler Manager"),
-          std::wstring(L"wrbservernamepipe"), std::wstring(L"global/LogPoolCommandManager"),
-          std::wstring(L"\\.\\DbServerNamePipe")}) {
+          std::wstring(L"wrbservernamepipe"), std::wstring(L"x/../dbcln_4711"), std::wstring(L"0105DB_get-17_4321_987"),
+          std::wstring(L"global/LogPoolCommandManager"), std::wstring(L"\\.\\DbServerNamePipe")}) {
         EXPECT_TRUE(SendText(L"CMDHL_ECHO\t" + name + L"\tforged"));
     }
     EXPECT_EQ(Ask(L"CMDHL_ECHO", L"hello"), L"hello");
-    host.ExpectEnd(0, {"handled 8, refused 0, "});
-    for (const FakePipeService* service : {&events, &rows, &database}) {
+    host.ExpectEnd(0, {"handled 10, refused 0, "});
+    for (const FakePipeService* service : {&events, &rows, &database, &question, &message}) {
         EXPECT_TRUE(service->WaitFor(0).empty());
     }
 }

@@ -110,7 +110,7 @@ void CommandHost::TurnAway(const std::string& message) noexcept {
         CommandHead head = ReadCommandHead(message);
         told = head.failure == FailureAnswer::None || m_sideline.Put([this, head = std::move(head)] {
             const auto answer = head.failure == FailureAnswer::Zero ? std::span(kZero) : std::span<const uint8_t>();
-            if (WriteAnswer(head.replyPipe, answer, kRefusal) != 0) {
+            if (IsClosedToAnswers(head.replyPipe.c_str()) || WriteAnswer(head.replyPipe, answer, kRefusal) != 0) {
                 m_board.Count(HostCount::Unanswered);
             }
         });

@@ -49,11 +49,36 @@ bool IsSame(std::wstring_view a, std::wstring_view b) noexcept {
            CSTR_EQUAL;
 }
 
+bool BeginsWith(std::wstring_view text, std::wstring_view beginning) noexcept {
+    return text.size() >= beginning.size() && IsSame(text.substr(0, beginning.size()), beginning);
+}
+
+// Cuts "_" and a number off the end, or returns false.
+bool CutNumber(std::wstring_view& text) noexcept {
+    const std::size_t digits = text.find_last_not_of(L"0123456789") + 1;
+    const std::size_t number = digits > 0 && text[digits - 1] == L'-' ? digits - 1 : digits;
+    if (digits == text.size() || number == 0 || text[number - 1] != L'_') {
+        return false;
+    }
+    text = text.substr(0, number - 1);
+    return true;
+}
+
+// "0105", the message's name and a number, then the ids of a process and of a thread.
+bool IsMessageId(std::wstring_view text) noexcept {
+    return BeginsWith(text, L"0105") && CutNumber(text) && CutNumber(text);
+}
+
 }  // namespace
 
 bool NamesServicePipe(const wchar_t* name) noexcept {
     const PlainName plain(name == nullptr ? std::wstring_view() : std::wstring_view(name));
     return std::ranges::any_of(kServicePipes, [&](std::wstring_view pipe) { return IsSame(pipe, plain.Text()); });
+}
+
+bool IsClosedToAnswers(const wchar_t* name) noexcept {
+    const PlainName plain(name == nullptr ? std::wstring_view() : std::wstring_view(name));
+    return NamesServicePipe(name) || BeginsWith(plain.Text(), L"DbCln_") || IsMessageId(plain.Text());
 }
 
 }  // namespace wrb

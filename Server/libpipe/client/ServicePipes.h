@@ -15,4 +15,8 @@ inline constexpr wchar_t kWrbServerPipe[] = L"WrbServerNamePipe";
 // an answer to such a pipe would be a command or a request in the name of this process.
 bool NamesServicePipe(const wchar_t* name) noexcept;
 
+// True also for a pipe on which a program awaits an answer of the database server: "DbCln_" and a number, or the id of
+// a serialized message. A command's answer to such a pipe would be the database server's.
+bool IsClosedToAnswers(const wchar_t* name) noexcept;
+
 }  // namespace wrb

@@ -34,7 +34,7 @@ int WriteAnswer(const wchar_t* pipeName, Write write) {
     peer.timeoutKey = "ReplyTimeoutSeconds";
     wrb::Patience patience(slowReplies, MostSlowReplies);
     peer.patience = &patience;
-    if (wrb::NamesServicePipe(pipeName)) {
+    if (wrb::IsClosedToAnswers(pipeName)) {
         SetLastError(ERROR_ACCESS_DENIED);
         return wrb::ReportDelivery(peer, WRB_HERE, wrb::Delivery::NotOpened);
     }
