@@ -124,8 +124,8 @@ void ParseRecords(benchmark::State& state) {
     const std::filesystem::path& file = ParsedFile();
     const AllocationCounter counter(state);
     while (state.KeepRunningBatch(kParsed)) {
-        Undelivered lost;
-        if (ForwardCfwLogFile(kSampleUid, file.c_str(), {Take, Take}, lost) != 1) {
+        CfwUpload upload(kSampleUid, {Take, Take}, 600'000);
+        if (ForwardCfwLogFile(upload, file.c_str()) != 1) {
             state.SkipWithError("a record was lost");
         }
     }

@@ -248,11 +248,20 @@ TEST(Hostile, UploadsReachTheirFoldersOnly) {
     EXPECT_FALSE(std::filesystem::exists(package));
 }
 
-// No service takes the records: the agent has its "1", and the counters say what is lost.
+// One service hangs, the other is absent: the agent has its "1", the hung one is waited for once only, and the counters
+// say what is lost.
 TEST(Hostile, RecordsThatNoServiceTakesAreCounted) {
     const ServerHome home;
     const std::string record = BytesOf(SampleRecord<SWRB_PFW_LOG_ITEM>());
-    home.Write(L"Upload\\package", BuildCabinet({{"a.log", record}}));
+    std::string records;
+    for (int i = 0; i < 100; ++i) {
+        records += record;
+    }
+    home.Write(L"Upload\\package", BuildCabinet({{"a.log", records}}));
+    home.Write(L"Private\\wrbserver.ini", "[INI_SERVER_SECTION]\r\nServiceTimeoutSeconds=1\r\n");
+    const FakePipeService agent(L"QMAgentServerNamePipe");
+    const FileHandle holder = OpenPipeForWriting(L"QMAgentServerNamePipe");
+    ASSERT_TRUE(holder);
     const Host host({});
     CounterReader counters;
     uint32_t error = 0;
@@ -260,8 +269,8 @@ TEST(Hostile, RecordsThatNoServiceTakesAreCounted) {
     const std::wstring fields = FirewallUpload(home / L"Upload\\package", home / L"Upload\\dir-");
     EXPECT_EQ(Ask(L"CMDHL_PFW_SET_LOG", fields.c_str()), L"1");
     host.ExpectEnd(0, {"handled 1, "});
-    EXPECT_EQ(counters.Undelivered().rows, 1u);
-    EXPECT_EQ(counters.Undelivered().events, 1u);
+    EXPECT_EQ(counters.Undelivered().rows, 100u);
+    EXPECT_EQ(counters.Undelivered().events, 100u);
 }
 
 // Uids of half a megabyte: the ticket's lists keep 36 characters of each.

@@ -1,6 +1,6 @@
 // The central-management agent's client. Each call is one message, without an answer; docs/wire-formats.md has its
-// fields. Every function returns 1 when the message was written and 0 otherwise, with one log line; none throws. Any
-// thread.
+// fields. Every function returns 1 when the message was written and 0 otherwise, with one log line and the cause in
+// GetLastError; none throws. Any thread.
 #pragma once
 
 #include <cstdint>

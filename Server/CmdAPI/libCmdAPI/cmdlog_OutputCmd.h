@@ -1,6 +1,6 @@
 // The log pool's client. A log row travels as one JSON text in a serialized message, without an answer;
 // docs/wire-formats.md has the columns. Every function returns 1 when the message was written and 0 otherwise, with a
-// log line; none throws. Any thread.
+// log line and the cause in GetLastError; none throws. Any thread.
 #pragma once
 
 #include <cstdint>

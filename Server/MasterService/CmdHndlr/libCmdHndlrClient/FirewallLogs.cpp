@@ -74,7 +74,6 @@ struct Upload {
     std::wstring fileName;
     std::wstring directory;
     uint32_t logType = 0;
-    wrb::Undelivered lost;
 };
 
 Upload ReadUpload(CCmdProtocol& message) {
@@ -86,17 +85,18 @@ Upload ReadUpload(CCmdProtocol& message) {
 }
 
 bool ProcessFirewallLog(const char* entry, const char* directory, unsigned event, void* context) {
-    Upload& upload = *static_cast<Upload*>(context);
-    return cmdhl_ProcessExtractedLog(entry, directory, event, &upload.uid, [&upload](auto& uid, auto* fileName) {
-        return processCFWLogFile(uid, fileName, &upload.lost);
+    wrb::CfwUpload& records = *static_cast<wrb::CfwUpload*>(context);
+    std::wstring uid = records.Uid();
+    return cmdhl_ProcessExtractedLog(entry, directory, event, &uid, [&records](auto&, auto* fileName) {
+        return wrb::ForwardCfwLogFile(records, fileName);
     });
 }
 
 // False when it was to be unpacked and could not.
-bool ProcessPackage(Upload& upload, const wrb::UploadPackage& package) {
+bool ProcessPackage(const Upload& upload, const wrb::UploadPackage& package, wrb::CfwUpload& records) {
     if (upload.logType != kFirewallLogs) {
         WRB_LOG(kLogDebug8, L"cmdhl_SetCFWLog: unknown log type");
-    } else if (!package.Unpack(ProcessFirewallLog, &upload)) {
+    } else if (!package.Unpack(ProcessFirewallLog, &records)) {
         WRB_LOG(kLogDebug8, L"cmdhl_SetCFWLog: fpkExtract fail");
         return false;
     }
@@ -136,7 +136,7 @@ bool wrb::GetPfwLogQueryCondition(std::wstring& output, const wchar_t* uid) {
 
 void cmdhl_SetCFWLog(CCmdProtocol& message) {
     wrb::CounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_PFW_SET_LOG));
-    Upload upload = ReadUpload(message);
+    const Upload upload = ReadUpload(message);
     const std::wstring folder = wrb::ExtractionDirectory(upload.directory, upload.replyPipe, kReplyPipePrefix);
     // These run in reverse order: package, folder, ticket.
     const AtEnd freePlace([&] { cmdhl_RemoveClientFromLogUploadingList(upload.uid); });
@@ -150,8 +150,9 @@ void cmdhl_SetCFWLog(CCmdProtocol& message) {
     const AtEnd deletePackage([&] { LogFailure(package.Delete(), L"DeleteFile", upload.fileName); });
     const bool isGood = package.Test();
     wrb::ReplyOrLog(kSetCfwLog, upload.replyPipe, isGood ? L"1" : L"0");
-    const AtEnd report([&] { wrb::ReportUndelivered(call, kSetCfwLog, upload.uid, upload.lost); });
-    if (!ProcessPackage(upload, package) && isGood) {
+    wrb::CfwUpload records(upload.uid);
+    const AtEnd report([&] { wrb::ReportUndelivered(call, kSetCfwLog, upload.uid, records.lost); });
+    if (!ProcessPackage(upload, package, records) && isGood) {
         call.ReportResult(false);
         WRB_LOG(kLogError, L"%s - not handed over: a package that was answered 1, uid=%s", kSetCfwLog,
                 upload.uid.c_str());

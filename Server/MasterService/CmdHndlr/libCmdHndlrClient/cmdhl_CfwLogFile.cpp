@@ -11,9 +11,7 @@
 #include "INICache.h"
 #include "PfwLogReader.h"
 #include "PfwLogText.h"
-#include "QmAgentClient.h"
 #include "UploadFile.h"
-#include "cmdlog_OutputCmd.h"
 
 namespace wrb {
 namespace {
@@ -36,8 +34,9 @@ void LogFormatError(const Item& item) {
 
 class RecordForwarder {
   public:
-    RecordForwarder(const wchar_t* uid, const CfwLogTargets& targets, Undelivered& lost)
-        : m_uid(uid), m_targets(targets), m_lost(lost) {}
+    explicit RecordForwarder(CfwUpload& upload) : m_uid(upload.Uid().c_str()), m_upload(upload), m_lost(upload.lost) {}
+
+    bool IsOver() const noexcept { return m_upload.IsOver(); }
 
     // All records count as lost until they are handed over: an exception leaves the rest counted.
     void Expect(uint32_t records) {
@@ -69,12 +68,12 @@ class RecordForwarder {
     static bool ShowsAllPaths() { return ServerIniCache().readINIInt("INI_SERVER_SECTION", "CFWShowAllPV", 0) != 0; }
 
     bool Send(const FirewallLogEntry& entry) const {
-        if (m_targets.agentClient(entry) == 1) {
+        if (m_upload.SendToAgentClient(entry)) {
             --m_lost.events;
         } else {
             WRB_LOG(kLogDebug8, L"qmaSendFirewallLog: send agent log failed(%s)", m_uid);
         }
-        if (m_targets.logPool(entry) != 1) {
+        if (!m_upload.SendToLogPool(entry)) {
             WRB_LOG(kLogDebug8, L"processCFWLogFile:uid=%s fail", m_uid);
             return false;
         }
@@ -83,7 +82,7 @@ class RecordForwarder {
     }
 
     const wchar_t* m_uid;
-    const CfwLogTargets& m_targets;
+    CfwUpload& m_upload;
     Undelivered& m_lost;
     LocalTimeText m_time;
     PfwLogTexts m_texts;
@@ -115,6 +114,9 @@ int32_t ForwardRecords(HANDLE file, uint32_t size, RecordForwarder& forwarder) {
     int32_t result = kForwarded;
     PfwLogReader reader(file, sizeof(Item));
     while (const void* const record = reader.Next()) {
+        if (forwarder.IsOver()) {
+            return kRecordLost;
+        }
         if (!forwarder.Forward(*static_cast<const Item*>(record))) {
             result = kRecordLost;
         }
@@ -130,10 +132,9 @@ PfwLogVersion VersionOf(HANDLE file, uint32_t size) {
 
 }  // namespace
 
-int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, const CfwLogTargets& targets,
-                          Undelivered& lost) {
+int32_t ForwardCfwLogFile(CfwUpload& upload, const wchar_t* fileName) {
     WRB_LOG(kLogDebug8, L"processCFWLogFile: FileName=%s", fileName);
-    RecordForwarder forwarder(uid.c_str(), targets, lost);
+    RecordForwarder forwarder(upload);
     const FileHandle file = OpenLog(fileName);
     if (!file) {
         const DWORD error = GetLastError();
@@ -159,8 +160,7 @@ int32_t ForwardCfwLogFile(const std::wstring& uid, const wchar_t* fileName, cons
 
 }  // namespace wrb
 
-int32_t processCFWLogFile(const std::wstring& uid, const wchar_t* fileName, wrb::Undelivered* lost) {
-    wrb::Undelivered uncounted;
-    return wrb::ForwardCfwLogFile(uid, fileName, {qmaSendFirewallLog, cmdlog_SendCfwLog},
-                                  lost != nullptr ? *lost : uncounted);
+int32_t processCFWLogFile(const std::wstring& uid, const wchar_t* fileName) {
+    wrb::CfwUpload upload(uid);
+    return wrb::ForwardCfwLogFile(upload, fileName);
 }

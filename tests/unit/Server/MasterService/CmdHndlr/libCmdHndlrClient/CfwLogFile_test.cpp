@@ -25,6 +25,7 @@ using V1 = SWRB_PFW_LOG_ITEM;
 enum { kAgent, kPool };
 std::vector<std::wstring> g_sent[2];
 int g_results[2];
+DWORD g_error;
 
 template <int service>
 int Take(const wrb::FirewallLogEntry& entry) noexcept {
@@ -32,6 +33,7 @@ int Take(const wrb::FirewallLogEntry& entry) noexcept {
                                               entry.time, entry.localHost, entry.remoteHost, entry.protocol, entry.type,
                                               entry.subType, entry.port, entry.direction, entry.logType,
                                               entry.processPath, entry.processInfo));
+    SetLastError(g_error);
     return g_results[service];
 }
 
@@ -49,6 +51,7 @@ class CfwLogFile : public testing::Test {
     void SetUp() override {
         std::fill_n(g_sent, 2, std::vector<std::wstring>());
         std::fill_n(g_results, 2, 1);
+        g_error = 0;
         wrb::test::WriteAll(m_folder / L"server.ini", "[INI_SERVER_SECTION]\r\n");
         ServerIniCache().init((m_folder / L"server.ini").c_str(), 3600);
         TakeCapturedLog();
@@ -56,7 +59,15 @@ class CfwLogFile : public testing::Test {
 
     int32_t Forward(const std::string& bytes) {
         wrb::test::WriteAll(m_folder / L"fw.log", bytes);
-        return wrb::ForwardCfwLogFile(L"uid", (m_folder / L"fw.log").c_str(), {Take<kAgent>, Take<kPool>}, m_lost);
+        return ForwardFile(m_folder / L"fw.log");
+    }
+
+    int32_t ForwardFile(const std::filesystem::path& path, uint32_t milliseconds = 600'000) {
+        wrb::CfwUpload upload(L"uid", {Take<kAgent>, Take<kPool>}, milliseconds);
+        const int32_t result = wrb::ForwardCfwLogFile(upload, path.c_str());
+        m_lost.rows += upload.lost.rows;
+        m_lost.events += upload.lost.events;
+        return result;
     }
 
     static bool HasLogged(uint32_t level, const std::wstring& text) {
@@ -202,12 +213,24 @@ TEST_F(CfwLogFile, AServiceThatTakesNothingStopsNothing) {
     EXPECT_EQ(m_lost.events, 4u);
 }
 
+// A service that does not take a record in time gets no other one. When the time is up, none is sent.
+TEST_F(CfwLogFile, AHungServiceIsAskedOnceAnUpload) {
+    std::fill_n(g_results, 2, 0);
+    g_error = ERROR_SEM_TIMEOUT;
+    EXPECT_EQ(Forward(BytesOf(SampleRecord<V1>()) + BytesOf(SampleRecord<V1>())), -2);
+    EXPECT_EQ(g_sent[kAgent].size() + g_sent[kPool].size(), 2u);
+    EXPECT_EQ(ForwardFile(m_folder / L"fw.log", 0), -2);
+    EXPECT_EQ(g_sent[kAgent].size() + g_sent[kPool].size(), 2u);
+    EXPECT_EQ(m_lost.rows, 4u);
+    EXPECT_EQ(m_lost.events, 4u);
+}
+
 // Held open, or gone: the agent has its "1", and what the size tells is lost.
 TEST_F(CfwLogFile, AFileThatCannotBeOpenedIsLost) {
     const std::wstring path = (m_folder / L"fw.log").wstring();
     const auto forward = [&] {
         m_lost = {};
-        EXPECT_EQ(wrb::ForwardCfwLogFile(L"uid", path.c_str(), {Take<kAgent>, Take<kPool>}, m_lost), 1);
+        EXPECT_EQ(ForwardFile(path), 1);
         EXPECT_EQ(m_lost.rows, m_lost.events);
         return m_lost.rows;
     };
