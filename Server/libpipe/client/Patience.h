@@ -2,39 +2,66 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string_view>
 
 #include "Deadline.h"
 
 namespace wrb {
 
-// The places of those that wait long. Any thread; nothing waits or allocates.
+// The places of those that wait long, each with a number for its peer. Any thread; nothing waits or allocates.
 class LongWaits {
   public:
-    // False when `most` have a place.
-    bool Enter(unsigned most) noexcept {
-        unsigned inside = m_inside.load(std::memory_order_relaxed);
-        while (inside < most) {
-            if (m_inside.compare_exchange_weak(inside, inside + 1, std::memory_order_relaxed)) {
+    static constexpr unsigned kMostPlaces = 254;
+
+    // Takes one of the first `most` places. False when there is none.
+    bool Enter(unsigned most, uint64_t peer) noexcept {
+        for (unsigned i = 0; i < std::min(most, kMostPlaces); ++i) {
+            uint64_t free = 0;
+            if (m_peers[i].compare_exchange_strong(free, peer, std::memory_order_relaxed)) {
                 return true;
             }
         }
+        m_isFull.store(true, std::memory_order_relaxed);
         return false;
     }
-    void Leave() noexcept { m_inside.fetch_sub(1, std::memory_order_relaxed); }
+    void Leave(uint64_t peer) noexcept {
+        m_isFull.store(false, std::memory_order_relaxed);
+        for (std::atomic<uint64_t>& place : m_peers) {
+            uint64_t taken = peer;
+            if (place.compare_exchange_strong(taken, 0, std::memory_order_relaxed)) {
+                return;
+            }
+        }
+    }
+
+    // Whether somebody has found no place since the last one was left.
+    bool IsFull() const noexcept { return m_isFull.load(std::memory_order_relaxed); }
+    bool WaitsFor(uint64_t peer) const noexcept {
+        return std::ranges::any_of(m_peers, [peer](const std::atomic<uint64_t>& place) {
+            return place.load(std::memory_order_relaxed) == peer;
+        });
+    }
 
   private:
-    std::atomic<unsigned> m_inside{0};
+    std::array<std::atomic<uint64_t>, kMostPlaces> m_peers{};  // 0: free
+    std::atomic<bool> m_isFull{false};
 };
 
-// What one call waits: half a second, and longer only with a place, which it then keeps. One thread.
+// What one call waits: half a second, or 50 ms while all places are taken; longer only with a place, which it then
+// keeps; not at all for a peer that keeps another call waiting long. One thread.
 class Patience {
   public:
-    // `most` is asked once, when the half second is over; it must not throw.
-    Patience(LongWaits& waits, unsigned (*most)()) noexcept : m_waits(waits), m_most(most) {}
+    // `most` is asked once, when the first time is over; it must not throw.
+    Patience(LongWaits& waits, unsigned (*most)(), std::wstring_view peer) noexcept
+        : m_waits(waits), m_most(most), m_peer(std::hash<std::wstring_view>()(peer) | 1) {}
     ~Patience() {
         if (m_isLong) {
-            m_waits.Leave();
+            m_waits.Leave(m_peer);
         }
     }
     Patience(const Patience&) = delete;
@@ -42,19 +69,27 @@ class Patience {
 
     // How much of `milliseconds` the next wait may take; 0: the call gives up.
     DWORD Allow(DWORD milliseconds) noexcept {
-        if (const DWORD brief = m_brief.Remaining(); brief != 0) {
+        if (m_isLong) {
+            return milliseconds;
+        }
+        if (!m_brief) {
+            m_brief.emplace(m_waits.WaitsFor(m_peer) ? 0 : m_waits.IsFull() ? kFullMilliseconds : kBriefMilliseconds);
+        }
+        if (const DWORD brief = m_brief->Remaining(); brief != 0) {
             return std::min(brief, milliseconds);
         }
-        m_isLong = m_isLong || (milliseconds != 0 && m_waits.Enter(m_most()));
+        m_isLong = milliseconds != 0 && !m_waits.WaitsFor(m_peer) && m_waits.Enter(m_most(), m_peer);
         return m_isLong ? milliseconds : 0;
     }
 
   private:
     static constexpr uint32_t kBriefMilliseconds = 500;
+    static constexpr uint32_t kFullMilliseconds = 50;
 
     LongWaits& m_waits;
     unsigned (*m_most)();
-    const Deadline m_brief{kBriefMilliseconds};
+    const uint64_t m_peer;            // never 0
+    std::optional<Deadline> m_brief;  // from the first wait
     bool m_isLong = false;
 };
 

@@ -17,7 +17,7 @@ constinit wrb::LongWaits slowReplies;
 
 unsigned MostSlowReplies() noexcept {
     constexpr uint32_t kDefaultWorkers = 20;
-    constexpr uint32_t kMost = 254;
+    constexpr uint32_t kMost = wrb::LongWaits::kMostPlaces;
     try {
         const uint32_t most = ServerIniCache().readINIInt("INI_SERVER_SECTION", "SlowReplies", 0);
         const uint32_t workers =
@@ -32,7 +32,7 @@ template <typename Write>
 int WriteAnswer(const wchar_t* pipeName, Write write) {
     wrb::Service peer = wrb::ServiceWithPipeLines(pipeName, kLogNotice5);
     peer.timeoutKey = "ReplyTimeoutSeconds";
-    wrb::Patience patience(slowReplies, MostSlowReplies);
+    wrb::Patience patience(slowReplies, MostSlowReplies, pipeName == nullptr ? L"" : pipeName);
     peer.patience = &patience;
     if (wrb::IsClosedToAnswers(pipeName)) {
         SetLastError(ERROR_ACCESS_DENIED);
