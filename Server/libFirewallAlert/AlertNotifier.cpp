@@ -57,6 +57,10 @@ std::optional<AlertSums> AlertNotifier::Add(const AlertCounts& counts, const wch
     }
     const AlertLimits limits = m_settings.Limits();
     const AlertState state = m_window.Add(counts, limits);
+    if (m_publish) {
+        m_publish({m_clock.CalendarSeconds(), state.sums.reports, limits.windowSeconds, limits.thresholds,
+                   state.sums.counts});
+    }
     if (state.reached.any()) {
         Notify(state, limits, ShownTime(timeStamp));
     }

@@ -10,6 +10,7 @@
 #include "AlertSettings.h"
 #include "AlertWindow.h"
 #include "Clock.h"
+#include "LiveState.h"
 
 namespace wrb {
 
@@ -18,9 +19,17 @@ class AlertNotifier {
   public:
     using EventWriter = std::function<uint32_t(const AlertEvent&)>;  // as WriteAlertEvent
 
+    using Publisher = std::function<void(const LiveAlerts&)>;  // of the sums after each report
+
     // `caller` begins the log lines. Everything must outlive the notifier.
-    AlertNotifier(const wchar_t* caller, const IClock& clock, CINICache& scanIni, EventWriter writeEvent)
-        : m_caller(caller), m_clock(clock), m_settings(scanIni), m_window(clock), m_writeEvent(std::move(writeEvent)) {}
+    AlertNotifier(const wchar_t* caller, const IClock& clock, CINICache& scanIni, EventWriter writeEvent,
+                  Publisher publish = nullptr)
+        : m_caller(caller),
+          m_clock(clock),
+          m_settings(scanIni),
+          m_window(clock),
+          m_writeEvent(std::move(writeEvent)),
+          m_publish(std::move(publish)) {}
 
     // The sums of the window; nothing while alerts are off. `timeStamp` is an agent's text: it shows when it is 14
     // digits, YYYYMMDDHHMMSS. Logs what fails.
@@ -35,6 +44,7 @@ class AlertNotifier {
     const AlertSettings m_settings;
     AlertWindow m_window;
     const EventWriter m_writeEvent;
+    const Publisher m_publish;
 };
 
 }  // namespace wrb

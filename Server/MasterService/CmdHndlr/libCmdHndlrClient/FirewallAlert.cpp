@@ -5,13 +5,15 @@
 #include "AlertNotifier.h"
 #include "DebugLog.h"
 #include "INICache.h"
+#include "LiveBoard.h"
 
 namespace {
 
 constexpr wchar_t kFunction[] = L"InsertOneLog";
 
 wrb::AlertNotifier& TheNotifier() {
-    static wrb::AlertNotifier notifier(kFunction, wrb::SystemClock(), ScanIniCache(), wrb::WriteAlertEvent);
+    static wrb::AlertNotifier notifier(kFunction, wrb::SystemClock(), ScanIniCache(), wrb::WriteAlertEvent,
+                                       [](const wrb::LiveAlerts& alerts) { wrb::TheLiveBoard().Show(alerts); });
     return notifier;
 }
 

@@ -32,9 +32,18 @@ void CleanList(ClientList& clients, int64_t earliest, int64_t latest) {
     WRB_LOG(kLogDebug, L"%s - [LogTicket] Remove client(%d)  <<", kCleanList, Logged(removed));
 }
 
-LogTicket& TheTicket() {
-    static LogTicket ticket(SystemClock(), ScanIniCache(), ServerIniCache());
-    return ticket;
+// The first clients of a list, with calendar times: `offset` is the calendar second 0 of the list's clock.
+template <typename ClientList>
+void ShowClients(const ClientList& clients, int64_t offset, std::array<LiveClient, kLiveClients>& shown) {
+    auto place = shown.begin();
+    for (const auto& [uid, until] : clients) {
+        if (place == shown.end()) {
+            break;
+        }
+        uid.copy(place->uid, std::size(place->uid) - 1);
+        place->until = until + offset;
+        ++place;
+    }
 }
 
 }  // namespace
@@ -62,6 +71,7 @@ int32_t LogTicket::Request(const std::wstring& uid) {
     {
         const ExclusiveGuard guard(m_lock);
         waitingTime = Decide(uid);
+        Publish();
     }
     WRB_LOG(kLogDebug, L"%s - <<", kRequest);
     return waitingTime;
@@ -142,6 +152,20 @@ int32_t LogTicket::PutOff(const std::wstring& uid, int64_t now, int32_t waitingT
     return waitingTime;
 }
 
+void LogTicket::Publish() {
+    if (!m_publish) {
+        return;
+    }
+    LiveUploads uploads;
+    uploads.changed = m_clock.CalendarSeconds();
+    const int64_t offset = uploads.changed - m_clock.MonotonicSeconds();
+    uploads.uploading = static_cast<uint32_t>(m_uploading.size());
+    uploads.waiting = static_cast<uint32_t>(m_waiting.size());
+    ShowClients(m_uploading, offset, uploads.firstUploading);
+    ShowClients(m_waiting, offset, uploads.firstWaiting);
+    m_publish(uploads);
+}
+
 void LogTicket::CleanUp(int64_t now) {
     if (m_lastCleanUp && now - *m_lastCleanUp <= Setting(TicketSetting::CleanUpInterval)) {
         return;
@@ -167,6 +191,7 @@ bool LogTicket::Release(const std::wstring& uid) {
                 kRelease, uid.c_str());
     }
     const bool wasWaiting = m_waiting.erase(uid) != 0;
+    Publish();
     if (wasWaiting) {
         WRB_LOG(kLogDebug,
                 L"%s - [LogTicket] error handling. find the cleint in waiting list! remove client[%s] from log "
@@ -177,12 +202,3 @@ bool LogTicket::Release(const std::wstring& uid) {
 }
 
 }  // namespace wrb
-
-bool cmdhl_RequestToUploadPFWLog(const std::wstring& uid, int32_t& waitingSeconds) {
-    waitingSeconds = wrb::TheTicket().Request(uid);
-    return true;
-}
-
-bool cmdhl_RemoveClientFromLogUploadingList(const std::wstring& uid) {
-    return wrb::TheTicket().Release(uid);
-}

@@ -11,8 +11,10 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "Clock.h"
+#include "LiveState.h"
 #include "SRWLock.h"
 #include "TicketSettings.h"
 
@@ -24,9 +26,12 @@ namespace wrb {
 // settings, so neither may call back.
 class LogTicket {
   public:
-    // All three must outlive the ticket.
-    LogTicket(const IClock& clock, CINICache& scanIni, CINICache& serverIni)
-        : m_clock(clock), m_settings(scanIni, serverIni) {}
+    // Gets the lists after each change, with the lock held.
+    using Publisher = std::function<void(const LiveUploads& uploads)>;
+
+    // All must outlive the ticket.
+    LogTicket(const IClock& clock, CINICache& scanIni, CINICache& serverIni, Publisher publish = nullptr)
+        : m_clock(clock), m_settings(scanIni, serverIni), m_publish(std::move(publish)) {}
     LogTicket(const LogTicket&) = delete;
     LogTicket& operator=(const LogTicket&) = delete;
 
@@ -55,9 +60,11 @@ class LogTicket {
     int32_t Admit(const std::wstring& uid, int64_t now, const wchar_t* lineFormat) WRB_REQUIRES(m_lock);
     int32_t PutOff(const std::wstring& uid, int64_t now, int32_t waitingTime) WRB_REQUIRES(m_lock);
     void CleanUp(int64_t now) WRB_REQUIRES(m_lock);
+    void Publish() WRB_REQUIRES(m_lock);
 
     const IClock& m_clock;
     const TicketSettings m_settings;
+    const Publisher m_publish;
     CWrbSRWLock m_lock;
     ClientList m_uploading WRB_GUARDED_BY(m_lock);
     ClientList m_waiting WRB_GUARDED_BY(m_lock);

@@ -7,6 +7,7 @@
 
 #include "CapturedLog.h"
 #include "FakeProfile.h"
+#include "LiveBoard.h"
 #include "ManualClock.h"
 #include "OnThreads.h"
 #include "cmdhl_LogTicket.h"
@@ -14,6 +15,8 @@
 namespace {
 
 struct Stage {
+    explicit Stage(wrb::LogTicket::Publisher publish = nullptr) : ticket{clock, scanIni, serverIni, publish} {}
+
     // "N=2 a:0 +61 b:3 -b:1": a setting by its initial, which holds at once; the client a asks and is told so many
     // seconds; time passes; the client is released, with that result. "@-3600": the calendar is set back.
     void Play(const std::string& script) {
@@ -56,7 +59,7 @@ struct Stage {
     FakeProfile serverProfile;
     CINICache scanIni{clock, scanProfile};
     CINICache serverIni{clock, serverProfile};
-    wrb::LogTicket ticket{clock, scanIni, serverIni};
+    wrb::LogTicket ticket;
 };
 
 TEST(LogTicket, Decides) {
@@ -86,6 +89,22 @@ TEST(LogTicket, Decides) {
           "N=0 X=0 R=1 C=0 a:1 @-7200 b:2 @9999 c:3 +61 d:3"}) {
         Stage().Play("E=1 " + script);
     }
+}
+
+TEST(LogTicket, ShowsItsListsToOtherProcesses) {
+    Stage stage([](const wrb::LiveUploads& uploads) { wrb::TheLiveBoard().Show(uploads); });
+    stage.Play("E=1 N=2 X=2 R=1 U=30 a:0 b:0 c:1 d:2 +5 -a:0");
+    const std::optional<wrb::LiveState> state = wrb::ReadLiveState();
+    ASSERT_TRUE(state);
+    const wrb::LiveUploads& uploads = state->uploads;
+    EXPECT_EQ(uploads.changed, 1'700'000'005);
+    EXPECT_EQ(uploads.uploading, 1u);
+    EXPECT_EQ(uploads.waiting, 2u);
+    EXPECT_STREQ(uploads.firstUploading[0].uid, L"b");
+    EXPECT_EQ(uploads.firstUploading[0].until, 1'700'000'030);
+    EXPECT_STREQ(uploads.firstWaiting[1].uid, L"d");
+    EXPECT_EQ(uploads.firstWaiting[1].until, 1'700'000'002);
+    EXPECT_STREQ(uploads.firstWaiting[2].uid, L"");
 }
 
 TEST(LogTicket, EightThousandWaitingClientsMeetTheCeiling) {
