@@ -1,0 +1,38 @@
+// The level of the debug log: one word for all processes, which the log service sets when it is asked to.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace wrb {
+
+struct LogLevelRow {
+    std::string_view level;  // as in "LOG_SET_LEVEL"
+    uint32_t word;           // the filter word
+    std::string_view meaning;
+};
+
+// From the fewest lines to all, then none.
+std::span<const LogLevelRow> LogLevels();
+
+// Null for a level, or a word, that is none of them.
+const LogLevelRow* FindLogLevel(std::string_view level);
+const LogLevelRow* LogLevelOfWord(uint32_t word);
+
+uint32_t CurrentLogWord();
+
+// Checks without connecting: the service would treat a connection as a message.
+bool LogServiceRuns();
+
+enum class LogLevelChange : uint8_t {
+    Done,
+    CannotConnect,  // GetLastError tells
+    CannotSend,
+    NotInTime,  // the service has the message and did not change the word
+};
+
+// Waits until the word has changed: the log service sets it some time after it has received the message.
+LogLevelChange ChangeLogLevel(const LogLevelRow& row, double timeoutSeconds);
+
+}  // namespace wrb
