@@ -4,6 +4,7 @@
 #include <ws2tcpip.h>
 
 #include <algorithm>
+#include <cwchar>
 #include <iterator>
 
 namespace wrb {
@@ -55,6 +56,15 @@ std::wstring FormatIpAddress(const IpAddress& address) {
     }
     InetNtopW(AF_INET6, address.bytes.data(), text, std::size(text));
     return address.scope.empty() ? text : std::wstring(text) + L'%' + address.scope;
+}
+
+std::wstring FormatHexIpAddress(const std::wstring& digits) {
+    IpAddress address;
+    for (std::size_t i = 0; i < address.bytes.size(); ++i) {
+        const std::wstring byte = digits.substr(std::min(2 * i, digits.size()), 2);
+        address.bytes[i] = static_cast<uint8_t>(std::wcstoul(byte.c_str(), nullptr, 16));
+    }
+    return FormatIpAddress(address);
 }
 
 }  // namespace wrb

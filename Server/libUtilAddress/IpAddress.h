@@ -32,4 +32,7 @@ std::optional<IpAddress> ParseIpAddress(std::wstring_view text);
 // their scope id behind "%". ParseIpAddress reads it back.
 std::wstring FormatIpAddress(const IpAddress& address);
 
+// The same of an address that is 32 hexadecimal digits, as log rows have it. Digits that are missing count as 0.
+std::wstring FormatHexIpAddress(const std::wstring& digits);
+
 }  // namespace wrb

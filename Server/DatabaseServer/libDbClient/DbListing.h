@@ -11,7 +11,7 @@ namespace wrb {
 
 struct DbListQuery {
     std::wstring table;
-    std::wstring search;        // rows with this text in a column; for some tables an exact key. Empty: every row
+    std::wstring search{};      // rows with this text in a column; for some tables an exact key. Empty: every row
     uint32_t order = 0;         // the column, from 1; 0: the table's own order
     bool isDescending = false;  // of the column
     uint32_t first = 0;         // rows that are left out

@@ -3,7 +3,6 @@
 #include <json/writer.h>
 
 #include <algorithm>
-#include <cwchar>
 
 #include "IpAddress.h"
 #include "SqlDb.h"
@@ -29,18 +28,8 @@ std::size_t WidthOf(const RecordColumn& column) {
     }
 }
 
-// The address of a row, which has it as 32 hexadecimal digits, in its usual form.
-std::wstring AddressText(const std::wstring& digits) {
-    IpAddress address;
-    for (std::size_t i = 0; i < address.bytes.size(); ++i) {
-        const std::wstring byte = digits.substr(std::min(2 * i, digits.size()), 2);
-        address.bytes[i] = static_cast<uint8_t>(std::wcstoul(byte.c_str(), nullptr, 16));
-    }
-    return FormatIpAddress(address);
-}
-
 std::wstring CellText(const RecordColumn& column, const std::wstring& text) {
-    return column.kind == ColumnKind::Address ? AddressText(text) : VisibleText(text);
+    return column.kind == ColumnKind::Address ? FormatHexIpAddress(text) : VisibleText(text);
 }
 
 class Piecewise {

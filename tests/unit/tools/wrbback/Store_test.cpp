@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "ChildProcess.h"
+#include "Listing.h"
 #include "OnThreads.h"
 #include "ScanTable.h"
 #include "SeedFile.h"
@@ -149,6 +150,31 @@ TEST_F(SharedStore, EightConnectionsChangeOneAgentAndNoBitIsLost) {
     EXPECT_EQ(db->NumberOf("SELECT changed FROM agent"), 0xFFFFFFFF);
     EXPECT_EQ(db->NumberOf("SELECT flags FROM scan WHERE type = 0"), 0xFFFFFFFF);
     EXPECT_EQ(db->NumberOf("SELECT count(*) FROM scan"), 4);
+}
+
+TEST_F(SharedStore, EveryListIsSearchedAndOrderedByEachEngine) {
+    const auto db = OpenStore(address);
+    Write(*db, DbCommand::SetMsFlg, L"5\t7");
+    Write(*db, DbCommand::AddAudit, L"target\tsetting\told\tnew");
+    const struct {
+        const wchar_t* request;
+        const wchar_t* answer;  // its begin
+    } cases[] = {
+        {L"agents\t3F2A\t2\t1\t0\t5", L"1\t7\t3f2a6c10"},
+        {L"agent\t3F2A6C10-5b1e-4d27-9a64-0c8e7d51b2f3\t0\t0\t0\t5", L"1\t23\t3f2a6c10"},
+        {L"restore_session\tx\t0\t0\t0\t5", L"0\t1"},
+        {L"firewall_log\tx\t1\t1\t0\t5", L"0\t10"},
+        {L"restore_log\tx\t1\t0\t0\t5", L"0\t6"},
+        {L"event\tx\t0\t0\t0\t5", L"0\t5"},
+        {L"audit\tTARGET\t3\t1\t0\t5", L"1\t7\t1\t"},
+        {L"scan.flags\t0\t0\t0\t0\t5", L"1\t2\t"},
+        {L"scan.ext_list\t3\t0\t0\t0\t5", L"1\t2\t.EXE"},
+    };
+    for (const auto& test : cases) {
+        CCmdProtocol request(test.request);
+        const std::optional<std::wstring> answer = ListRows(*db, request);
+        EXPECT_TRUE(answer && answer->starts_with(test.answer)) << testing::PrintToString(answer.value_or(L"none"));
+    }
 }
 
 TEST_F(SharedStore, AConnectionThatTheServerEndsIsMadeAnew) {
