@@ -19,6 +19,13 @@ std::string Render(const char* resource, const Data& data) {
     return text;
 }
 
+// Parts of templates, which pages name as partials.
+void AddPartials(Data& data) {
+    for (const char* const name : {"chart", "listhead", "listheads", "listfoot"}) {
+        data[name] = std::string(ResourceText(name));
+    }
+}
+
 std::wstring ComputerName() {
     wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = {};
     DWORD size = MAX_COMPUTERNAME_LENGTH + 1;
@@ -29,11 +36,11 @@ std::wstring ComputerName() {
 Data MenuData(const Page* current) {
     Data menu = ListData();
     for (const Page& page : Pages()) {
-        if (page.isInMenu) {
+        if (page.name == page.menu) {
             Data row;
             row["href"] = "?page=" + WideToUtf8(page.name);
             row["title"] = page.title;
-            row["current"] = &page == current;
+            row["current"] = current != nullptr && page.name == current->menu;
             menu.push_back(row);
         }
     }
@@ -64,6 +71,7 @@ std::string RenderPage(const Frame& frame, View& view) {
         view.data["self"] = SelfAddress();
         view.data["token"] = frame.token;
         view.data["mayWrite"] = !frame.user.empty() && !frame.token.empty();
+        AddPartials(view.data);
         data["body"] = Render(frame.page->resource, view.data);
     }
     return Render("frame", data);

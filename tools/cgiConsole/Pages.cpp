@@ -7,9 +7,13 @@ namespace wrb {
 namespace {
 
 constexpr Page kPages[] = {
-    {L"overview", "Overview", "overview", true, true, ShowOverview, nullptr},
-    {L"settings", "Settings", "settings", true, false, ShowSettings, ChangeSettings},
-    {L"uploads", "Uploads and alerts", "uploads", true, true, ShowUploads, nullptr},
+    {L"overview", "Overview", "overview", L"overview", true, ShowOverview, nullptr},
+    {L"agents", "Agents", "agents", L"agents", false, ShowAgents, nullptr},
+    {L"agent", "Agent", "agent", L"agents", false, ShowAgent, nullptr},
+    {L"settings", "Settings", "settings", L"settings", false, ShowSettings, ChangeSettings},
+    {L"uploads", "Uploads and alerts", "uploads", L"uploads", true, ShowUploads, nullptr},
+    {L"log", "Log", "log", L"log", true, ShowLog, ChangeLog},
+    {L"audit", "Audit", "audit", L"audit", false, ShowAudit, nullptr},
 };
 
 }  // namespace

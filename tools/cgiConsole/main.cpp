@@ -3,6 +3,7 @@
 #include <exception>
 #include <iterator>
 #include <optional>
+#include <stdexcept>
 #include <string>
 
 #include "Answer.h"
@@ -77,10 +78,18 @@ bool ReadsNeedUser() {
     return ServerIniCache().readINIInt(L"Console", L"RequireUser", 1) != 0;
 }
 
+// Nothing without the key of the forms: then pages can be read, and have no forms.
+std::optional<Session> SessionOf(const Request& request, const std::wstring& home) try {
+    return Session(request, home);
+} catch (const std::runtime_error& error) {
+    WRB_LOG(kLogError, L"%s - %S", kModule, error.what());
+    return std::nullopt;
+}
+
 constexpr wchar_t kNobody[] = L"Sign in first: the web server names no user for this request.";
 
 // Why a request is not served; nothing when it may be.
-std::optional<View> AccessRefusal(const Request& request, const Session& session) {
+std::optional<View> AccessRefusal(const Request& request, const std::optional<Session>& session) {
     if (request.User().empty() && (request.IsPost() || ReadsNeedUser())) {
         return Refusal("403 Forbidden", kNobody);
     }
@@ -94,7 +103,10 @@ std::optional<View> AccessRefusal(const Request& request, const Session& session
     if (!request.Has(L"complete")) {
         return Refusal("400 Bad Request", L"The form is incomplete, or longer than allowed.");
     }
-    if (!session.Admits(request)) {
+    if (!session) {
+        return Refusal("500 Internal Server Error", L"The console has no key for its forms. The debug log says why.");
+    }
+    if (!session->Admits(request)) {
         return Refusal("403 Forbidden", L"The form is of another session or user. Nothing was stored; send it again.");
     }
     return std::nullopt;
@@ -138,16 +150,16 @@ Answer AnswerRequest(const std::wstring& home) {
     if (std::optional<Answer> asset = AssetAnswer(request)) {
         return *asset;
     }
-    const Session session(request, home);
+    const std::optional<Session> session = SessionOf(request, home);
     if (std::optional<View> refusal = AccessRefusal(request, session)) {
         return NoteAnswer(refusal->status, refusal->note);
     }
-    Frame frame{.page = FindPage(request), .user = request.User(), .token = session.Token()};
+    Frame frame{.page = FindPage(request), .user = request.User(), .token = session ? session->Token() : ""};
     if (frame.page == nullptr) {
         return NoteAnswer("404 Not Found", L"The console has no such page.");
     }
     View view = Serve(request, *frame.page);
-    return AnswerOf(frame, view, session.CookieHeader());
+    return AnswerOf(frame, view, session ? session->CookieHeader() : "");
 }
 
 Answer SafeAnswer() try {

@@ -1,0 +1,44 @@
+// A table of the database as part of a page: searched, ordered and turned by links, so that it needs no script.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "DbListing.h"
+#include "Request.h"
+#include "View.h"
+
+namespace wrb {
+
+// Text for a query: percent-encoded.
+std::string UrlText(std::wstring_view text);
+
+struct ListColumn {
+    const char* title;
+    uint32_t column;        // of the database's table, from 1
+    bool isNumber = false;  // right-aligned
+};
+
+struct ListSource {
+    const wchar_t* table;     // of DB_LIST_ROWS
+    std::wstring_view page;   // whose links turn the table
+    const char* name;         // for people: "agents"
+    const char* searchLabel;  // null: no search
+    const char* empty;        // what to do when there is nothing
+    std::span<const ListColumn> columns;
+    uint32_t rows = 50;  // on a page
+};
+
+// Reads the rows that the request's parameters ("q", "sort", "desc", "from") ask for.
+struct ListPage {
+    DbListing listing;
+    bool isAnswered = false;  // else the database server does not answer
+    Data data;                // for the template "list": heads, links, counts; without rows
+};
+ListPage ReadList(const ListSource& source, const Request& request);
+
+// "2 min ago" is for people near the server; tables have the time itself, "2024-01-31 23:59:59" in local time.
+std::string TimeText(int64_t calendarSeconds);
+
+}  // namespace wrb

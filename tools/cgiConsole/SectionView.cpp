@@ -1,0 +1,135 @@
+#include "SectionView.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "AgentSections.h"
+#include "AllScanValues.h"
+#include "DbScanCfg.h"
+#include "Listing.h"
+#include "ScanChanges.h"
+#include "ScanRowText.h"
+#include "cmdhm_ScanCfg.h"
+
+namespace wrb {
+namespace {
+
+constexpr std::wstring_view kEverySection = L"*";
+
+std::string ShownText(const SettingInfo& setting, const std::wstring& text) {
+    if (setting.kind == SettingKind::Switch) {
+        return text == L"1" ? "on" : "off";
+    }
+    return text.empty() ? "empty" : WideToUtf8(text);
+}
+
+// The scan setting that a line shows; null for other lines.
+const SettingInfo* SettingOf(const Explanation& line) {
+    const ScanGroup* const group = FindScanSection(line.section);
+    return group == nullptr ? nullptr : FindSetting(*group, line.key);
+}
+
+Data LineData(const Explanation& line) {
+    const SettingInfo* const setting = SettingOf(line);
+    Data row;
+    row["key"] = TextData(line.key);
+    row["value"] = TextData(line.value);
+    row["meaning"] = setting == nullptr ? "" : setting->help->label;
+    row["kind"] = setting == nullptr ? "" : NameOf(setting->kind);
+    row["source"] = NameOf(line.source);
+    row["from"] = TextData(line.from);
+    row["hasWord"] = line.word.has_value();
+    row["word"] = TextData(line.word ? FormatWide(L"0x%08X & 0x%08X", *line.word, line.mask) : L"");
+    return row;
+}
+
+// Consecutive lines of a section, under its name.
+Data SectionsData(const std::vector<Explanation>& lines) {
+    Data sections = ListData();
+    for (auto first = lines.begin(); first != lines.end();) {
+        const auto last =
+            std::find_if(first, lines.end(), [&](const Explanation& line) { return line.section != first->section; });
+        Data rows = ListData();
+        std::for_each(first, last, [&](const Explanation& line) { rows.push_back(LineData(line)); });
+        Data section;
+        section["name"] = TextData(first->section);
+        section["changed"] = first->isChanged;
+        section["rows"] = std::move(rows);
+        sections.push_back(section);
+        first = last;
+    }
+    return sections;
+}
+
+// All groups in two requests. Nothing for an agent that is unknown or has no settings.
+std::optional<AllScanValues> ReadAllGroups(const std::wstring& uid) {
+    constexpr wchar_t kCaller[] = L"cgiConsole";
+    AllScanConfig config;
+    AllScanLists lists;
+    if (!dbGetClnAllScanCfgW(uid.c_str(), config, kCaller) || !config.hasConfig ||
+        (config.hasExtra && !dbGetClnAllScanExW(uid.c_str(), lists, kCaller))) {
+        return std::nullopt;
+    }
+    AllScanValues values = TakeAllScanValues(std::move(config), std::move(lists));
+    // The complete reply takes this word from the prescheduled scan; what is stored is the main group's.
+    values[ScanGroupIndex(ScanType::SN, ScanGroupKind::Exclusion)].flags =
+        values[ScanGroupIndex(ScanType::SN, ScanGroupKind::Main)].flags;
+    return values;
+}
+
+Data Difference(const SettingChange& change) {
+    Data row;
+    row["section"] = TextData(change.setting->group->section);
+    row["label"] = change.setting->help->label;
+    row["key"] = TextData(change.setting->Key());
+    row["server"] = ShownText(*change.setting, change.before);
+    row["agent"] = ShownText(*change.setting, change.after);
+    return row;
+}
+
+}  // namespace
+
+void AddDifferences(const std::wstring& uid, Data& data) {
+    Data rows = ListData();
+    const std::optional<AllScanValues> agent = ReadAllGroups(uid);
+    for (std::size_t i = 0; agent && i < kScanGroupCount; ++i) {
+        ScanGroupValues server;
+        GetStoredScanGroup(kScanGroups[i], server, L"");
+        for (const SettingChange& change : CompareGroups(kScanGroups[i], server, (*agent)[i])) {
+            if (change.setting->IsSetFor(true)) {
+                rows.push_back(Difference(change));
+            }
+        }
+    }
+    data["hasSettings"] = agent.has_value();
+    data["hasDifferences"] = !rows.is_empty_list();
+    data["differences"] = std::move(rows);
+}
+
+void AddSectionLines(const std::wstring& uid, const std::wstring& section, Data& data) {
+    Data menu = ListData();
+    const std::string base = "?page=agent&uid=" + UrlText(uid) + "&section=";
+    const auto add = [&](std::wstring_view name, const char* title) {
+        Data entry;
+        entry["title"] = title == nullptr ? TextData(name) : Data(title);
+        entry["href"] = base + UrlText(name) + "#lines";
+        entry["current"] = name == section;
+        menu.push_back(entry);
+    };
+    add(kEverySection, "All sections");
+    for (const std::wstring_view name : KnownSections()) {
+        const ScanGroup* const group = FindScanSection(name);
+        if (group == nullptr || group->section == name) {
+            add(name, nullptr);
+        }
+    }
+    data["sectionMenu"] = std::move(menu);
+    data["isAsked"] = !section.empty();
+    if (!section.empty()) {
+        const AgentExplanation all = ExplainAgent(uid, section == kEverySection ? L"" : section);
+        data["lines"] = SectionsData(all.lines);
+        data["anyLines"] = !all.lines.empty();
+    }
+}
+
+}  // namespace wrb
