@@ -28,6 +28,11 @@ start_wine() {
         stop_wine
     fi
     rm -f "$log"
+    # Services start with the prefix: those of an interrupted test would take the pipes.
+    if grep -qiE 'Services\\\\Warrenby(Host|BackEnd)\]' "$WINEPREFIX/system.reg" 2>/dev/null; then
+        say "the prefix has services of an interrupted run: making it anew"
+        rm -rf "$WINEPREFIX"
+    fi
     # system.reg is what Wine writes last: without it an earlier start was cut short.
     if [ ! -f "$WINEPREFIX/system.reg" ]; then
         say "preparing the Wine prefix $WINEPREFIX"
