@@ -13,6 +13,7 @@
 #include "ReceivedMessage.h"
 #include "SerializedCommands.h"
 #include "ServicePipes.h"
+#include "SystemText.h"
 #include "Text.h"
 #include "TextCommands.h"
 
@@ -229,8 +230,8 @@ bool DbServer::Reply(const std::wstring& replyPipe, std::span<const uint8_t> ans
     const DWORD error = WriteAnswer(replyPipe, answer, m_options.answer);
     if (error != 0) {
         ++m_failed;
-        m_options.note(FormatWide(L"database server: the answer to %s could not be delivered, error %u",
-                                  Shown(replyPipe).c_str(), static_cast<unsigned>(error)));
+        m_options.note(FormatWide(L"database server: the answer to %s could not be delivered: %s",
+                                  Shown(replyPipe).c_str(), Utf8ToWide(SystemText(error)).c_str()));
     }
     return error == 0;
 }

@@ -9,6 +9,7 @@
 #include "ReceivedLine.h"
 #include "ReceivedMessage.h"
 #include "ServicePipes.h"
+#include "SystemText.h"
 #include "Text.h"
 #include "VisibleText.h"
 #include "logcl_command.h"
@@ -125,7 +126,7 @@ void LogServer::TellLost(uint64_t lines) {
         const DWORD error = m_lossReason;
         m_note(FormatWide(L"log service: %llu lines are lost, ", static_cast<unsigned long long>(lines)) +
                (error == 0 ? L"the disk is short of space"
-                           : FormatWide(L"the file cannot be written, error %u", static_cast<unsigned>(error))));
+                           : L"the file cannot be written: " + Utf8ToWide(SystemText(error))));
     }
 }
 
