@@ -38,7 +38,7 @@ int32_t NewDbReplyId();
 int Send(const CCmdProtocol& request, const wchar_t* caller);
 
 // Text form with answer: opens the reply pipe "DbCln_%d" on `server`, then sends. The caller takes the answer with
-// FetchCmd of the same server, which gives up `timeoutSeconds` after the last byte.
+// FetchCmd of the same server, which gives up after `timeoutSeconds`.
 int SendAndRecv(const CCmdProtocol& request, int32_t replyId, CPipeServer& server, uint32_t timeoutSeconds,
                 const wchar_t* caller);
 

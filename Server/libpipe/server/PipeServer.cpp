@@ -15,8 +15,8 @@ constexpr DWORD kBusyRetryMilliseconds = 100;
 constexpr DWORD kClientWaitMilliseconds = 1000;  // how long clients of a busy pipe wait by default
 constexpr int64_t kTimerUnitsPerSecond = 10'000'000;
 
-// Armed or expired: a server with a time-out arms its timer before each wait, which starts it anew. A server without
-// one never does, so it takes none of these.
+// Armed or expired: a server with a time-out arms its timer before the first wait for a message, which starts it anew.
+// A server without one never does, so it takes none of these.
 constinit wrb::Spares<wrb::KernelObjectTraits> spareTimers;
 
 HANDLE MakeTimer() noexcept {
@@ -141,7 +141,8 @@ wrb::FileHandle CPipeServer::CreatePipeInstance(uint32_t count, SECURITY_ATTRIBU
 }
 
 void CPipeServer::EndWith(const CPipeClient& client) noexcept {
-    m_peer = wrb::ServerProcess(client);
+    m_peerId = client.ServerProcessId();
+    m_peer = wrb::ServerProcess(m_peerId);
     if (m_peer != nullptr && m_waitHandles != nullptr) {
         m_waitHandles[m_instanceCount + 1] = m_peer->Get();
     }
@@ -165,6 +166,7 @@ bool CPipeServer::Fetch(String& out, DWORD* clientPid, const wchar_t* appendFail
         WRB_LOG(kLogError, L"[CPipeServer::FetchCmd] m_buf == NULL");
         return false;
     }
+    m_isTimed = false;
     DWORD readBytes = kReadBytes;
     for (DWORD fill = 0;;) {
         DWORD length = std::min(readBytes, wrb::ReceiveBuffer::kBytes - fill);
@@ -212,17 +214,14 @@ bool CPipeServer::AppendBuffer(String& out, DWORD bytes, const wchar_t* appendFa
 
 CPipeServer::ReadResult CPipeServer::ReadPipe(uint8_t* buffer, DWORD& length, DWORD* clientPid) {
     uint32_t instance = 0;
-    bool waited = false;
-    const ReadResult ready = AwaitInstance(instance, waited);
+    const ReadResult ready = AwaitInstance(instance);
     if (ready != ReadResult::Data) {
         return ready;
     }
     wrb::ReplyPipe& pipe = m_instances[instance];
     ReadResult result = pipe.Read(buffer, length);
     if (result == ReadResult::Pending) {
-        if (!waited) {
-            ArmTimer();
-        }
+        ArmTimer();
         // A client that connects and never writes must not hold its reader beyond the object that ends the wait.
         result = pipe.FinishRead(length, m_userObject, m_peer == nullptr ? nullptr : m_peer->Get());
     }
@@ -234,7 +233,7 @@ CPipeServer::ReadResult CPipeServer::ReadPipe(uint8_t* buffer, DWORD& length, DW
 
 // Data: `instance` has a client to read from. The user-defined object wins over data: it says that no answer is wanted
 // any more, even one that has arrived.
-CPipeServer::ReadResult CPipeServer::AwaitInstance(uint32_t& instance, bool& waited) {
+CPipeServer::ReadResult CPipeServer::AwaitInstance(uint32_t& instance) {
     if (m_instanceCount == 1 && m_instances[0].IsReading()) {
         return WasUserObjectSignalled() ? ReadResult::Cancelled : ReadResult::Data;
     }
@@ -243,7 +242,22 @@ CPipeServer::ReadResult CPipeServer::AwaitInstance(uint32_t& instance, bool& wai
     }
     ReconnectSpentInstances();
     ArmTimer();
-    waited = true;
+    for (bool isFirst = true;; isFirst = false) {
+        const ReadResult result = AwaitClient(instance);
+        if (result != ReadResult::Data || !IsStranger(m_instances[instance].Pipe())) {
+            return result;
+        }
+        if (isFirst) {
+            WRB_LOG(kLogWarning,
+                    L"[CPipeServer::FetchCmd] Another process than the one that was asked is turned away!");
+        }
+        if (!DisconnectAndReconnect(instance)) {
+            return ReadResult::Ended;
+        }
+    }
+}
+
+CPipeServer::ReadResult CPipeServer::AwaitClient(uint32_t& instance) {
     const DWORD signalled =
         WaitForMultipleObjects(m_instanceCount + (m_peer == nullptr ? 1 : 2), m_waitHandles.get(), FALSE, INFINITE);
     if (signalled == WAIT_OBJECT_0) {
@@ -267,11 +281,12 @@ void CPipeServer::ReconnectSpentInstances() {
     }
 }
 
-// Armed anew for every wait: the time-out is the longest silence, not the longest answer.
+// Once a message: a client that writes a little now and then must not hold its reader longer than a silent one.
 void CPipeServer::ArmTimer() {
-    if (m_timeoutSeconds == 0) {
+    if (m_timeoutSeconds == 0 || m_isTimed) {
         return;
     }
+    m_isTimed = true;
     LARGE_INTEGER due;
     due.QuadPart = -static_cast<int64_t>(m_timeoutSeconds) * kTimerUnitsPerSecond;  // negative: from now
     if (!SetWaitableTimer(m_userObject, &due, 0, nullptr, nullptr, FALSE)) {
@@ -283,6 +298,11 @@ void CPipeServer::ArmTimer() {
 bool CPipeServer::WasUserObjectSignalled() const {
     const bool ownTimer = m_timeoutSeconds != 0 && m_userObject == m_ownedUserObject.Get();
     return !ownTimer && WaitForSingleObject(m_userObject, 0) == WAIT_OBJECT_0;
+}
+
+bool CPipeServer::IsStranger(HANDLE pipe) const {
+    ULONG id = 0;
+    return m_peerId != 0 && m_getClientPid != nullptr && m_getClientPid(pipe, &id) && id != m_peerId;
 }
 
 bool CPipeServer::DisconnectAndReconnect(uint32_t instance, DWORD* clientPid) {

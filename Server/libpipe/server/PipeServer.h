@@ -20,6 +20,7 @@
 #include <string>
 
 #include "Handle.h"
+#include "PipeClient.h"
 #include "ReceiveBuffer.h"
 #include "ReplyPipe.h"
 #include "ServerProcess.h"
@@ -36,7 +37,7 @@ class CPipeServer {
 
     // The two short forms make one instance that every local account may connect to.
 
-    // Gives up when no data has come for `timeoutSeconds`; 0 waits for ever.
+    // A fetch gives up when the message has not come whole in `timeoutSeconds`; 0 waits for ever.
     bool Initial(const wchar_t* name, uint32_t timeoutSeconds);
 
     // Gives up when `userEvent`, which stays the caller's, is signalled. A null event waits for ever.
@@ -49,7 +50,8 @@ class CPipeServer {
                  HANDLE userObject);
 
     // To be called after Initial, with the open connection of the request: every wait also ends when the process that
-    // serves it ends, because nobody else answers. Without effect where the system does not tell that process.
+    // serves it ends, because nobody else answers. A client that the system knows to be another process is turned away
+    // with one log line. Without effect where the system does not tell that process.
     void EndWith(const CPipeClient& client) noexcept;
 
     // Reads one whole message, which may be empty. The wide form takes the bytes as UTF-16 and drops an odd last one.
@@ -81,7 +83,9 @@ class CPipeServer {
     template <typename String>
     bool AppendBuffer(String& out, DWORD bytes, const wchar_t* appendFailure) const;
     ReadResult ReadPipe(uint8_t* buffer, DWORD& length, DWORD* clientPid);
-    ReadResult AwaitInstance(uint32_t& instance, bool& waited);
+    ReadResult AwaitInstance(uint32_t& instance);
+    ReadResult AwaitClient(uint32_t& instance);
+    bool IsStranger(HANDLE pipe) const;
     void ReconnectSpentInstances();
     void ArmTimer();
     bool WasUserObjectSignalled() const;
@@ -92,10 +96,12 @@ class CPipeServer {
     wrb::ReceiveBuffer m_buffer;
     wchar_t m_path[kPathCharacters] = {};
     uint32_t m_timeoutSeconds = 0;
+    bool m_isTimed = false;               // the timer runs for the present message
     wrb::KernelHandle m_ownedUserObject;  // when the server made the object itself
     HANDLE m_userObject = nullptr;
     uint32_t m_instanceCount = 0;
-    wrb::ProcessHandle m_peer;                // of EndWith
+    DWORD m_peerId = 0;                       // of EndWith
+    wrb::ProcessHandle m_peer;                // the same
     std::unique_ptr<HANDLE[]> m_waitHandles;  // the user-defined object, then the instances' events, then the peer
     std::unique_ptr<wrb::ReplyPipe[]> m_instances;
 };

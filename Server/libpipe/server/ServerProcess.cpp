@@ -26,8 +26,7 @@ ProcessHandle Open(DWORD id) noexcept {
 
 }  // namespace
 
-ProcessHandle ServerProcess(const CPipeClient& client) noexcept {
-    const DWORD id = client.ServerProcessId();
+ProcessHandle ServerProcess(DWORD id) noexcept {
     if (id == 0) {
         return nullptr;
     }

@@ -143,13 +143,18 @@ TEST_F(PipeServer, FetchesTheWholeMessageNarrowAndWide) {
 
 // What a peer may do to hold up a fetch. Each must end with the time-out, not later.
 TEST_F(PipeServer, TheTimeOutEndsAFetchWhateverThePeerDoes) {
-    enum { Absent, ConnectsAndIsSilent, WritesOnceAndIsSilent };
-    OnThreads(3, [](unsigned peer) {
+    enum { Absent, ConnectsAndIsSilent, WritesOnceAndIsSilent, WritesNowAndThen };
+    OnThreads(4, [](unsigned peer) {
         const std::wstring name = UniqueName();
         CPipeServer server;
         ASSERT_TRUE(server.Initial(name.c_str(), 1u));
         const auto pipe = peer == Absent ? FileHandle() : OpenPipeForWriting(name);
         EXPECT_TRUE(peer != WritesOnceAndIsSilent || WritePiece(pipe, "half"));
+        const std::jthread drip([&](const std::stop_token& stop) {
+            while (peer == WritesNowAndThen && !stop.stop_requested() && WritePiece(pipe, "x")) {
+                Sleep(100);
+            }
+        });
         const auto start = std::chrono::steady_clock::now();
         std::string fetched;
         EXPECT_FALSE(server.FetchCmd(fetched));
@@ -160,7 +165,7 @@ TEST_F(PipeServer, TheTimeOutEndsAFetchWhateverThePeerDoes) {
 
 // The time-out is longer than this test may take.
 TEST_F(PipeServer, AServiceThatIsKilledEndsTheWaitForItsAnswer) {
-    for (const bool peerIsSilent : {false, true}) {
+    for (const bool isForestalled : {false, true}) {
         const std::wstring service = UniqueName(L"service");
         const ChildProcess child(L"pipe_child.exe", {service});
         ASSERT_TRUE(child.WaitForOutput("serving"));
@@ -171,13 +176,15 @@ TEST_F(PipeServer, AServiceThatIsKilledEndsTheWaitForItsAnswer) {
             ASSERT_TRUE(client.Initial(service.c_str()));
             server.EndWith(client);
         }
-        const FileHandle peer = peerIsSilent ? OpenPipeForWriting(m_name) : FileHandle();
+        const FileHandle stranger = isForestalled ? OpenPipeForWriting(m_name) : FileHandle();
+        EXPECT_TRUE(!isForestalled || WritePiece(stranger, "forged"));
         const std::jthread killer([&] {
             EXPECT_TRUE(child.WaitForOutput("asked"));
             TerminateProcess(child.Handle(), 1);
         });
         std::string fetched;
         EXPECT_FALSE(server.FetchCmd(fetched));
+        EXPECT_EQ(fetched, "");
     }
 }
 
@@ -242,7 +249,7 @@ TEST_F(PipeServer, ServersOnTwelveThreadsDoNotShareWhatIsHandedOn) {
 // It takes longer than the time-out, which must not end it: there is no second of silence.
 TEST_F(PipeServer, RefusesAMessageWithoutEnd) {
     CPipeServer server;
-    ASSERT_TRUE(server.Initial(m_name.c_str(), 1u));
+    ASSERT_TRUE(server.Initial(m_name.c_str(), 600u));
     const std::string piece(1u << 20, 'x');
     std::thread client([&] {
         const auto pipe = OpenPipeForWriting(m_name);
