@@ -12,6 +12,7 @@
  *   - two entries of one name; an entry where the folder has a file already (nothing is ever overwritten) or a link;
  *   - an entry whose path, folder included, is longer than 259 bytes;
  *   - more than 10,000 entries, an entry of more than 256 MiB, more than 1 GiB in all;
+ *   - wanted entries that would leave less than 40 MiB, or less than two percent, of the disk free;
  *   - a cabinet that is part of a set, and one that makes its reader go over the same data again and again;
  *   - anything that the system's cabinet library finds damaged.
  * Dates, attributes and "run me" marks of entries are not carried over. Any thread may call, with any number of calls

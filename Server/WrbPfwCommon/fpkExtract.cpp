@@ -10,6 +10,7 @@
 
 #include "CabinetReader.h"
 #include "CreatedFiles.h"
+#include "DiskReserve.h"
 #include "EntryName.h"
 #include "IgnoringCase.h"
 #include "Text.h"
@@ -95,6 +96,18 @@ class Unpacker final : public ICabinetVisitor {
     int64_t m_missing = 0;
 };
 
+// True also where the system does not tell.
+bool FitsOnDisk(const std::vector<PlannedEntry>& plan, const std::wstring& folder) {
+    uint64_t bytes = 0;
+    for (const PlannedEntry& entry : plan) {
+        bytes += entry.wanted ? static_cast<uint64_t>(entry.bytes) : 0;
+    }
+    ULARGE_INTEGER available;
+    ULARGE_INTEGER total;
+    return !GetDiskFreeSpaceExW(folder.c_str(), &available, &total, nullptr) ||
+           LeavesReserve(bytes, available.QuadPart, total.QuadPart);
+}
+
 bool UnpackAll(CabinetReader& reader, const std::vector<PlannedEntry>& plan, const std::wstring& folder) {
     CreatedFiles files(folder);
     Unpacker unpacker(plan, files);  // destroyed first: it may still hold a file open
@@ -119,7 +132,7 @@ bool ExtractPackage(HANDLE package, const char* directory, fpkCallback callback,
             entry.wanted = callback(entry.name.narrow.c_str(), directory, FPK_ENTRY_FOUND, context);
         }
     }
-    if (!UnpackAll(reader, planner.plan, folder)) {
+    if (!FitsOnDisk(planner.plan, folder) || !UnpackAll(reader, planner.plan, folder)) {
         return false;
     }
     if (callback != nullptr) {

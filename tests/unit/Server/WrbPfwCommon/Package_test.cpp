@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "CabinetBuilder.h"
+#include "DiskReserve.h"
 #include "EntryName.h"
 #include "FakePipeService.h"
 #include "OnThreads.h"
@@ -170,6 +171,16 @@ TEST(HostilePackage, PromisesBeyondTheLimitsAreRefused) {
         }
         const bool isShorterThanItsData = bytes == 3;  // legal: nobody refers to the last byte
         EXPECT_EQ(folder.Extract(cabinet), isShorterThanItsData) << bytes;
+    }
+}
+
+TEST(HostilePackage, TheDiskKeepsAReserve) {
+    constexpr uint64_t kMiB = 1 << 20;
+    EXPECT_TRUE(wrb::LeavesReserve(0, 0, 1000 * kMiB));
+    for (const auto& [available, total] : {std::pair(40 * kMiB, 1000 * kMiB), {80 * kMiB, 4000 * kMiB}}) {
+        EXPECT_TRUE(wrb::LeavesReserve(5, available + 5, total));
+        EXPECT_FALSE(wrb::LeavesReserve(5, available + 4, total));
+        EXPECT_FALSE(wrb::LeavesReserve(5, 4, total));
     }
 }
 
