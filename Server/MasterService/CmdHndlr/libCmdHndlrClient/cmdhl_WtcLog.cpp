@@ -5,6 +5,7 @@
 #include <share.h>
 
 #include <array>
+#include <atomic>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -29,6 +30,39 @@ constexpr wchar_t kMutexName[] = L"wrby_wtc_mutex";
 constexpr wchar_t kSection[] = L"GLN_FEEDBACK_SECTION";
 constexpr int32_t kDefaultMaxSizeInK = 65'536;
 constexpr uint32_t kFileMilliseconds = 2'000;
+
+// Commands wait for the mutex side by side. Once one has waited in vain, one at a time waits until somebody gets it: a
+// process that holds the mutex must not take all workers.
+class BusyWait {
+  public:
+    explicit BusyWait(uint32_t milliseconds) noexcept
+        : m_isHeld(s_isHeld),
+          m_isAllowed(!m_isHeld || !s_isTried.exchange(true)),
+          m_limit(m_isAllowed ? milliseconds : 0) {}
+    ~BusyWait() {
+        if (m_isHeld && m_isAllowed) {
+            s_isTried = false;
+        }
+    }
+    BusyWait(const BusyWait&) = delete;
+    BusyWait& operator=(const BusyWait&) = delete;
+
+    uint32_t Limit() const noexcept { return m_limit; }
+
+    void NoteResult(bool isLocked) const noexcept {
+        if (isLocked || m_limit != 0) {
+            s_isHeld = !isLocked;
+        }
+    }
+
+  private:
+    static constinit inline std::atomic<bool> s_isHeld{false};
+    static constinit inline std::atomic<bool> s_isTried{false};
+
+    const bool m_isHeld;
+    const bool m_isAllowed;
+    const uint32_t m_limit;
+};
 
 struct WtcRecord {
     std::array<char, 129> entryName;
@@ -106,7 +140,9 @@ wrb::WtcAppend cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* gu
         return WtcAppend::NoHome;
     }
     const wrb::KernelHandle mutex = wrb::OpenNamedMutex(kMutexName);
-    const wrb::NamedMutexLock lock(mutex.Get(), waitMilliseconds);
+    const BusyWait wait(waitMilliseconds);
+    const wrb::NamedMutexLock lock(mutex.Get(), wait.Limit());
+    wait.NoteResult(static_cast<bool>(lock));
     if (!lock) {
         WRB_LOG(kLogDebug8, L"%s - the feedback log is busy", kFunction);
         return WtcAppend::Busy;
@@ -124,9 +160,10 @@ wrb::WtcAppend cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* gu
 }
 
 void cmdhl_AddWtcLog(CCmdProtocol& message) {
-    const wrb::CounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_ADD_WTC_LOG));
+    wrb::CounterCall call(static_cast<uint32_t>(wrb::CommandSlot::CMDHL_ADD_WTC_LOG));
     std::wstring entryName;
     std::wstring guid;
     message >> entryName >> guid;
-    cmdhl_AppendWtcRecord(entryName.c_str(), guid.c_str());
+    const bool isWritten = cmdhl_AppendWtcRecord(entryName.c_str(), guid.c_str()) == WtcAppend::Done;
+    call.ReportUndelivered({.rows = isWritten ? 0u : 1u});
 }
