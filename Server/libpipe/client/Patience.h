@@ -52,8 +52,8 @@ class LongWaits {
     std::atomic<bool> m_isFull{false};
 };
 
-// What one call waits: half a second, or 50 ms while all places are taken; longer only with a place, which it then
-// keeps; not at all for a peer that keeps another call waiting long. One thread.
+// What one call waits: half a second in all, or, while all places are taken, 50 ms without progress; longer only with a
+// place, which it then keeps; not at all for a peer that keeps another call waiting long. One thread.
 class Patience {
   public:
     // `most` is asked once, when the first time is over; it must not throw.
@@ -72,15 +72,21 @@ class Patience {
         if (m_isLong) {
             return milliseconds;
         }
+        if (!m_all) {
+            m_all.emplace(kBriefMilliseconds);
+        }
         if (!m_brief) {
             m_brief.emplace(m_waits.WaitsFor(m_peer) ? 0 : m_waits.IsFull() ? kFullMilliseconds : kBriefMilliseconds);
         }
-        if (const DWORD brief = m_brief->Remaining(); brief != 0) {
+        if (const DWORD brief = std::min(m_brief->Remaining(), m_all->Remaining()); brief != 0) {
             return std::min(brief, milliseconds);
         }
         m_isLong = milliseconds != 0 && !m_waits.WaitsFor(m_peer) && m_waits.Enter(m_most(), m_peer);
         return m_isLong ? milliseconds : 0;
     }
+
+    // The peer has taken something: the 50 ms begin anew.
+    void NoteProgress() noexcept { m_brief.reset(); }
 
   private:
     static constexpr uint32_t kBriefMilliseconds = 500;
@@ -89,7 +95,8 @@ class Patience {
     LongWaits& m_waits;
     unsigned (*m_most)();
     const uint64_t m_peer;            // never 0
-    std::optional<Deadline> m_brief;  // from the first wait
+    std::optional<Deadline> m_all;    // from the first wait
+    std::optional<Deadline> m_brief;  // from the first wait since the last progress
     bool m_isLong = false;
 };
 

@@ -72,6 +72,9 @@ bool CPipeClient::Send(const void* data, uint64_t& byteCount) {
         DWORD written = 0;
         if (WritePiece(bytes + byteCount, piece, written, deadline)) {
             byteCount += written;
+            if (m_patience != nullptr) {
+                m_patience->NoteProgress();
+            }
         } else if (GetLastError() != ERROR_NO_SYSTEM_RESOURCES || deadline.Remaining() == 0) {
             return false;  // when the system lacks memory for the moment, the write is tried again
         }
