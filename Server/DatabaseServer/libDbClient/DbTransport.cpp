@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 
+#include "CallFacts.h"
 #include "CallGuard.h"
 #include "Clock.h"
 #include "CmdProtocol.h"
@@ -26,6 +27,9 @@ constexpr wrb::Service kMessageService = {wrb::kDbServerPipe, L"[dbSend] Initial
                                           L"[dbSend] pipe send failed!. err=%d"};
 
 wrb::Delivery WriteFramed(CPipeClient& client, const wchar_t* caller, std::span<const uint8_t> request) {
+    if (wrb::CallFacts* const facts = wrb::CurrentCallFacts()) {
+        ++facts->requests;
+    }
     bool requestSent = false;
     if (SendDbApiHeader(client, caller, request, requestSent) != 1) {
         return wrb::Delivery::Logged;

@@ -1,5 +1,6 @@
 #include "CounterScope.h"
 
+#include "CallFacts.h"
 #include "CounterUpdates.h"
 #include "DebugLog.h"
 #include "NamedMutex.h"
@@ -61,6 +62,9 @@ CounterCall::~CounterCall() {
 void CounterCall::ReportResult(bool succeeded) noexcept {
     if (!succeeded && m_slot != nullptr) {
         CountFailure(*m_slot);
+    }
+    if (CallFacts* const facts = CurrentCallFacts()) {
+        facts->hasFailed |= !succeeded;
     }
 }
 

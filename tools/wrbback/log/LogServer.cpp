@@ -1,5 +1,6 @@
 #include "LogServer.h"
 
+#include <algorithm>
 #include <cstring>
 #include <ctime>
 #include <optional>
@@ -51,6 +52,7 @@ LogServer::LogServer(const LogSettings& settings, Note note)
                                 }}) {}
 
 bool LogServer::Start() {
+    m_feed.Create(kLogFeedSection);
     if (!m_listener.Start()) {
         return false;
     }
@@ -110,7 +112,11 @@ void LogServer::WriteLine(const ReceivedLine& line) {
     if (!m_settings.enabled) {
         return;
     }
-    const LogWriteResult result = m_files.Write(FormatLogLine(line));
+    const std::string text = FormatLogLine(line);
+    if (m_feed && m_feed->IsWatched()) {
+        Show(line, text);
+    }
+    const LogWriteResult result = m_files.Write(text);
     const DWORD error = GetLastError();
     if (result == LogWriteResult::Written) {
         ++m_lines;
@@ -119,6 +125,13 @@ void LogServer::WriteLine(const ReceivedLine& line) {
     ++m_lost;
     m_lossReason = result == LogWriteResult::NoSpace ? 0 : error;
     TellLost(m_untold.Add());
+}
+
+void LogServer::Show(const ReceivedLine& line, std::string_view text) {
+    FeedLine shown{.level = line.level, .process = line.process, .thread = line.thread, .bytes = 0, .text = {}};
+    text.remove_suffix(std::min<std::size_t>(text.size(), 2));  // CR and LF
+    shown.bytes = static_cast<uint32_t>(text.copy(shown.text, sizeof shown.text));
+    m_feed->Write(shown);
 }
 
 void LogServer::TellLost(uint64_t lines) {

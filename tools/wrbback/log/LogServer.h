@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "LogFeed.h"
 #include "LogFiles.h"
 #include "LogSettings.h"
 #include "LossCount.h"
@@ -44,11 +45,13 @@ class LogServer {
     void Accept(const std::string& message, const PipePeer& peer);
     void SetLevel(const std::wstring& level);
     void WriteLine(const ReceivedLine& line);
+    void Show(const ReceivedLine& line, std::string_view text);
     void TellLost(uint64_t lines);
 
     const LogSettings m_settings;
     const Note m_note;
     LogFiles m_files;
+    SharedLogFeed m_feed;  // none: the system has refused it
     std::atomic<uint64_t> m_lines{0};
     std::atomic<uint64_t> m_badMessages{0};
     std::atomic<uint64_t> m_lost{0};

@@ -3,13 +3,13 @@
 #include <new>
 
 #include "BmPolicyCache.h"
-#include "CommandMap.h"
 #include "CounterScope.h"
 #include "DebugLog.h"
 #include "HomeFolder.h"
 #include "INICache.h"
 #include "IniSchema.h"
 #include "Text.h"
+#include "TracedDispatch.h"
 #include "cmdhl.h"
 
 namespace {
@@ -69,12 +69,13 @@ bool cmdhl_Initialize(const wchar_t* debugIni, const wchar_t* debugLibrary, void
     InitialiseIniCaches();
     WarnOfUnknownKeys();
     wrb::StartCounters();
+    wrb::StartTrace();
     CreatePolicyCache();
     return externalLog;
 }
 
 unsigned cmdhl_Process(const wchar_t* message, unsigned long long bytes) {
-    return wrb::DispatchCommand(g_commandMap, message, bytes);
+    return wrb::TracedDispatch(g_commandMap, message, bytes);
 }
 
 bool cmdhl_Finalize(void) {

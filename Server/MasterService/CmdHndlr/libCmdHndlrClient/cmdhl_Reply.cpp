@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "CallFacts.h"
 #include "Deadline.h"
 #include "INICache.h"
 #include "Patience.h"
@@ -44,6 +45,15 @@ int WriteAnswer(const wchar_t* pipeName, Write write) {
     });
 }
 
+// The result, once the trace of the command has it.
+int Traced(int sent, uint64_t bytes) noexcept {
+    if (wrb::CallFacts* const facts = wrb::CurrentCallFacts()) {
+        facts->answerBytes += bytes;
+        facts->hasFailed |= sent != 1;
+    }
+    return sent;
+}
+
 // Nothing to send opens no write.
 bool SendAndAwaitReader(CPipeClient& client, const wrb::Deadline& deadline, std::wstring_view text) {
     uint64_t bytes = text.size() * sizeof(wchar_t);
@@ -61,16 +71,18 @@ bool SendAndAwaitReader(CPipeClient& client, const wrb::Deadline& deadline, std:
 }  // namespace
 
 unsigned cmdhl_OutputCommand(const wchar_t* pipeName, const void* body, uint64_t byteCount) {
-    return static_cast<unsigned>(
-        WriteAnswer(pipeName, [&](CPipeClient& client, const wrb::Deadline&) { return client.Send(body, byteCount); }));
+    return static_cast<unsigned>(Traced(
+        WriteAnswer(pipeName, [&](CPipeClient& client, const wrb::Deadline&) { return client.Send(body, byteCount); }),
+        byteCount));
 }
 
 bool wrb::ReplyAndAwaitReader(const wchar_t* pipeName, std::wstring_view text) {
     // The last piece follows when all others have been read: one more write, which fails, tells a peer that has ended
     // without reading from one that has read everything.
     const std::size_t rest = text.size() - std::min<std::size_t>(text.size(), kPipePieceBytes / sizeof(wchar_t));
-    return WriteAnswer(pipeName, [&](CPipeClient& client, const wrb::Deadline& deadline) {
-               return SendAndAwaitReader(client, deadline, text.substr(0, rest)) &&
-                      SendAndAwaitReader(client, deadline, text.substr(rest));
-           }) == 1;
+    const int sent = WriteAnswer(pipeName, [&](CPipeClient& client, const wrb::Deadline& deadline) {
+        return SendAndAwaitReader(client, deadline, text.substr(0, rest)) &&
+               SendAndAwaitReader(client, deadline, text.substr(rest));
+    });
+    return Traced(sent, text.size() * sizeof(wchar_t)) == 1;
 }
