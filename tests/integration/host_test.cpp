@@ -33,6 +33,24 @@ TEST(Host, ServesTheLibraryUntilItIsStopped) {
     ExpectRun(kHost, {L"--stop"}, 3, "not running");
 }
 
+TEST(Host, ATraceShowsTheCommandsThatPassItsFilters) {
+    ExpectRun(L"wrbctl.exe", {L"trace"}, 3, "the host does not run");
+    const Host host({});
+    const ChildProcess trace(L"wrbctl.exe", {L"trace", L"--command", L"ms_cfg", L"--uid", L"AGENT", L"--count", L"2"});
+    ASSERT_TRUE(trace.WaitForOutput("result\n"));
+    EXPECT_EQ(Ask(L"CMDHL_ECHO", L"an-agent"), L"an-agent");
+    EXPECT_NE(Ask(L"CMDHL_GET_MS_CFG", L""), L"");
+    for (const wchar_t* const uid : {L"an-agent", L"agent\x1B[31m"}) {
+        EXPECT_EQ(Ask(L"CMDHL_GET_MS_CFG", uid), L"");
+    }
+    EXPECT_EQ(trace.WaitForExit(), 0u);
+    for (const char* const part :
+         {"CMDHL_GET_MS_CFG                       an-agent  ", "0    0  ok\n", "agent\\u001B[31m"}) {
+        EXPECT_NE(trace.Output().find(part), std::string::npos) << part << trace.Output();
+    }
+    EXPECT_EQ(trace.Output().find("ECHO"), std::string::npos);
+}
+
 // What was sent before the stop is answered, though the one worker is busy when the stop comes.
 TEST(Host, DrainsWhatItHasAccepted) {
     const Host host({L"--workers", L"2"});

@@ -9,6 +9,7 @@
 #include "CmdProtocol.h"
 #include "Conversation.h"
 #include "DbRequest.h"
+#include "FaultBoard.h"
 #include "PipeClient.h"
 #include "PipePath.h"
 #include "PipeServer.h"
@@ -84,6 +85,21 @@ StatusItem ItemOf(const char* name, const std::optional<RunningProgram>& program
     return item;
 }
 
+// A back end that may spoil its answers is never good.
+void AddFaults(StatusItem& item) {
+    SharedFaultBoard board;
+    if (!board.Open(kFaultBoard)) {
+        return;
+    }
+    item.health = Health::Warning;
+    item.text += ", FAULTS ARE ALLOWED";
+    item.details["faults"] = Json::Value(Json::arrayValue);
+    for (const FaultBoard::Entry& entry : board->Entries()) {
+        item.text += ", FAULT " + FaultText(entry.rule);
+        item.details["faults"].append(FaultText(entry.rule));
+    }
+}
+
 StatusItem DownItem(const char* name, std::string text) {
     return {.name = name, .health = Health::Down, .text = std::move(text), .details = {}};
 }
@@ -107,8 +123,12 @@ StatusItem CheckHost() {
 
 StatusItem CheckBackEnd() {
     const std::optional<RunningProgram> program = FindRunningProgram(kBackEndStopEvent);
-    return program || IsServed(kDbServerPipe) ? ItemOf("back end", program)
-                                              : DownItem("back end", "not running; start wrbback serve");
+    if (!program && !IsServed(kDbServerPipe)) {
+        return DownItem("back end", "not running; start wrbback serve");
+    }
+    StatusItem item = ItemOf("back end", program);
+    AddFaults(item);
+    return item;
 }
 
 StatusItems CheckPipes() {

@@ -20,6 +20,8 @@ struct ServeOptions {
     std::optional<unsigned> maxLogs;
     std::vector<std::string> allowed;  // SIDs and names of the accounts that may connect
     int64_t maxRows = 1'000'000;       // of each record table; 0: all
+    bool allowFaults = false;
+    std::vector<std::string> faults;  // FaultRule.h; only with allowFaults
 };
 
 struct ShowOptions {

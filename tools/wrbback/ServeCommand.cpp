@@ -10,6 +10,7 @@
 #include "DebugLog.h"
 #include "EventMessages.h"
 #include "ExitCode.h"
+#include "FaultBoard.h"
 #include "LogFiles.h"
 #include "LogServer.h"
 #include "LogSettings.h"
@@ -71,9 +72,28 @@ std::string CountersText(const DbServerCounters& db, const RecordServerCounters&
            std::to_string(log.badMessages) + " refused, " + std::to_string(log.lost) + " lost";
 }
 
+// Empty, or a description of the error. Nothing is made unless faults are allowed.
+std::string SettleFaults(const ServeOptions& options, SharedFaultBoard& board, ConsoleQueue& console) {
+    if (!options.allowFaults) {
+        return {};
+    }
+    if (!board.Create(kFaultBoard)) {
+        return "cannot create the section of the faults: " + SystemText(GetLastError());
+    }
+    console.Err("FAULTS ARE ALLOWED: answers can be delayed, spoilt and left out");
+    for (const std::string& text : options.faults) {
+        const FaultRule rule = ParseFaultRule(text);
+        if (!board->Set(rule)) {
+            return "too many faults";
+        }
+        console.Err("FAULT " + FaultText(rule));
+    }
+    return {};
+}
+
 // Starts and stops all services. The log service starts first and stops last, so that it gets every line.
-int RunServices(const ServeOptions& options, const LogSettings& settings, const StopEvent& stop, ConsoleQueue& console,
-                const Stage& stage) {
+int RunServices(const ServeOptions& options, const LogSettings& settings, const StopEvent& stop, FaultBoard* faults,
+                ConsoleQueue& console, const Stage& stage) {
     Notes screen([&console](const std::wstring& note) { console.Err(WideToUtf8(VisibleText(note))); });
     LogServer log(settings, [&screen](const std::wstring& note) { screen.Write(note); });
     const auto write = [&](wchar_t level, const std::wstring& note) {
@@ -86,7 +106,8 @@ int RunServices(const ServeOptions& options, const LogSettings& settings, const 
                  .connections = options.connections,
                  .answer = {},
                  .note = [&notes](const std::wstring& note) { notes.Write(note); },
-                 .allowed = settings.allowed});
+                 .allowed = settings.allowed,
+                 .faults = faults});
     RecordServer records({.database = Utf8ToWide(options.database),
                           .keep = options.maxRows,
                           .note = [&notes](const std::wstring& note) { notes.Write(note); },
@@ -145,9 +166,15 @@ int Serve(const ServeOptions& options, ConsoleQueue& console, const Stage& stage
             "no log can be written to the folder " + WideToUtf8(settings.files.folder) + ": " + SystemText(error),
             kExitFailed);
     }
+    SharedFaultBoard faults;
     try {
+        if (const std::string wrong = SettleFaults(options, faults, console); !wrong.empty()) {
+            return stage.Refuse(StartFault::System, wrong, kExitFailed);
+        }
         Migrate(options, stage);
-        return RunServices(options, settings, stop, console, stage);
+        return RunServices(options, settings, stop, faults ? &*faults : nullptr, console, stage);
+    } catch (const std::invalid_argument& error) {
+        return stage.Refuse(StartFault::Settings, error.what(), kExitUsage);
     } catch (const SqlError& error) {
         return stage.Refuse(StartFault::Store, error.what(), kExitFailed);
     }

@@ -79,6 +79,11 @@ void AddServeOptions(CLI::App* serve, ServeOptions& options) {
     serve->add_option("--max-logs", options.maxLogs, "Log files that are kept, the current one included; 0: all");
     serve->add_option("--max-rows", options.maxRows, "Rows kept of each log-pool and event table (1000000); 0: all")
         ->check(CLI::Range(int64_t{0}, int64_t{1} << 40));
+    CLI::Option* const allow =
+        serve->add_flag("--allow-faults", options.allowFaults, "Let wrbctl fault spoil answers, for tests");
+    serve->add_option("--fault", options.faults, "COMMAND:KIND[=TIME][:every=N], as wrbctl fault takes it; repeatable")
+        ->allow_extra_args(false)
+        ->needs(allow);
 }
 
 void AddServe(CLI::App& app, ServeOptions& options) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 
 #include "CommandLine.h"
 
@@ -19,6 +20,9 @@ void AddCheck(CLI::App& app, Run& run);
 void AddDiagnostics(CLI::App& app, Run& run);
 void AddUpload(CLI::App& app, Run& run);
 void AddCompletion(CLI::App& app, Run& run);
+void AddFault(CLI::App& app, Run& run);
+void AddTail(CLI::App& app, Run& run);
+void AddTrace(CLI::App& app, Run& run);
 
 // Adds a subcommand with its own examples. `options` lives as long as `run`.
 template <typename Options>

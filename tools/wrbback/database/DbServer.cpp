@@ -1,6 +1,7 @@
 #include "DbServer.h"
 
 #include <algorithm>
+#include <random>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -32,6 +33,23 @@ std::wstring Shown(std::wstring_view text) {
     return std::wstring(text.substr(0, kShownCharacters));
 }
 
+// Nothing: no answer is sent.
+std::optional<std::vector<uint8_t>> Spoilt(FaultKind kind, std::span<const uint8_t> answer) {
+    constexpr std::size_t kLeastGarbage = 64;
+    std::vector<uint8_t> bytes;
+    if (kind == FaultKind::Silence) {
+        return std::nullopt;
+    }
+    if (kind == FaultKind::Truncate) {
+        bytes.assign(answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(answer.size() / 2));
+    } else if (kind == FaultKind::Garbage) {
+        std::minstd_rand random;
+        bytes.resize(std::max(answer.size(), kLeastGarbage));
+        std::ranges::generate(bytes, [&] { return static_cast<uint8_t>(random() >> 8); });
+    }
+    return bytes;
+}
+
 unsigned ConnectionsOf(const DbServerOptions& options) {
     return options.connections != 0 ? options.connections : 2 * std::max(1u, std::thread::hardware_concurrency());
 }
@@ -51,6 +69,7 @@ PipeListenerOptions ListenerOptions(const DbServerOptions& server,
 
 DbServer::DbServer(DbServerOptions options)
     : m_options(std::move(options)),
+      m_stop(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
       m_writer(m_options.database, 1),
       m_readers(m_options.database, ConnectionsOf(m_options)),
       m_listener(ListenerOptions(m_options, [this](PipeDrop reason, std::size_t bytes,
@@ -67,6 +86,7 @@ bool DbServer::Start() {
 }
 
 void DbServer::Stop() {
+    SetEvent(m_stop.Get());
     m_listener.Stop();
     if (const uint64_t dropped = m_writes.Finish(); dropped != 0) {
         m_failed += dropped;
@@ -161,6 +181,9 @@ void DbServer::PutWrite(DbCommand command, CCmdProtocol request, const std::stri
 
 bool DbServer::Write(DbCommand command, CCmdProtocol& request, const std::string& from) {
     try {
+        if (const auto fault = TakeFault(command); fault && fault->kind == FaultKind::Silence) {
+            return true;
+        }
         if (m_writer.Run([&](SqlDb& db) { return RunTextCommand(db, command, request); }) == 0) {
             m_options.note(FormatWide(L"database server: %s of %S changed nothing", DescribeDbCommand(command).name,
                                       from.c_str()));
@@ -181,7 +204,7 @@ void DbServer::AnswerText(DbCommand command, CCmdProtocol& request, const std::w
     } catch (const std::exception& error) {
         NoteFailure(command, error);
     }
-    Reply(replyPipe, BytesOf(answer.value_or(std::wstring())));
+    ReplyTo(command, replyPipe, BytesOf(answer.value_or(std::wstring())));
 }
 
 Job DbServer::AcceptSerialized(std::span<const uint8_t> bytes, const std::string& from) {
@@ -221,9 +244,34 @@ void DbServer::AnswerSerialized(DbCommand command, const std::wstring& uid, CMsg
         NoteFailure(command, error);
     }
     const std::span<const uint8_t> none;
-    if (!Reply(replyPipe, known ? std::span<const uint8_t>(message.Data(), message.GetSize()) : none)) {
+    if (!ReplyTo(command, replyPipe, known ? std::span<const uint8_t>(message.Data(), message.GetSize()) : none)) {
         message.DiscardSentFile();  // no other program knows its path
     }
+}
+
+// With the fault that the command has, of which a delay is over when this returns.
+std::optional<FaultRule> DbServer::TakeFault(DbCommand command) {
+    const std::optional<FaultRule> fault =
+        m_options.faults != nullptr ? m_options.faults->Take(command) : std::optional<FaultRule>();
+    if (fault) {
+        m_options.note(L"database server: FAULT " + Utf8ToWide(FaultText(*fault)) + L" of " + DbName(command));
+        if (fault->kind == FaultKind::Delay) {
+            WaitForSingleObject(m_stop.Get(), fault->milliseconds);
+        }
+    }
+    return fault;
+}
+
+// False also when a fault spoils the answer.
+bool DbServer::ReplyTo(DbCommand command, const std::wstring& replyPipe, std::span<const uint8_t> answer) {
+    const std::optional<FaultRule> fault = TakeFault(command);
+    if (!fault || fault->kind == FaultKind::Delay) {
+        return Reply(replyPipe, answer);
+    }
+    if (const auto spoilt = Spoilt(fault->kind, answer)) {
+        Reply(replyPipe, *spoilt);
+    }
+    return false;
 }
 
 bool DbServer::Reply(const std::wstring& replyPipe, std::span<const uint8_t> answer) {

@@ -19,6 +19,7 @@
 
 #include "AnswerPipe.h"
 #include "DbCommands.h"
+#include "FaultBoard.h"
 #include "PipeListener.h"
 #include "Store.h"
 #include "WriteLane.h"
@@ -38,6 +39,7 @@ struct DbServerOptions {
     std::function<void(const std::wstring& note)> note = [](const std::wstring&) {};
 
     std::vector<std::wstring> allowed = {};  // SIDs; see PipeListener.h
+    FaultBoard* faults = nullptr;            // null: nothing is made to fail. Must outlive the server
 };
 
 struct DbServerCounters {
@@ -72,13 +74,16 @@ class DbServer {
     bool Write(DbCommand command, CCmdProtocol& request, const std::string& from);
     void AnswerText(DbCommand command, CCmdProtocol& request, const std::wstring& replyPipe);
     void AnswerSerialized(DbCommand command, const std::wstring& uid, CMsgSerializer& message);
+    std::optional<FaultRule> TakeFault(DbCommand command);
+    bool ReplyTo(DbCommand command, const std::wstring& replyPipe, std::span<const uint8_t> answer);
     bool Reply(const std::wstring& replyPipe, std::span<const uint8_t> answer);
     Job Refuse(const std::string& from, const std::wstring& why);
     void NoteFailure(DbCommand command, const std::exception& error) noexcept;
     void NoteDrop(PipeDrop reason, std::size_t bytes, uint32_t pid);
 
     const DbServerOptions m_options;
-    StorePool m_writer;  // one connection, of the lane's thread
+    const KernelHandle m_stop;  // an event: ends the delays
+    StorePool m_writer;         // one connection, of the lane's thread
     StorePool m_readers;
     std::atomic<uint64_t> m_reads{0};
     std::atomic<uint64_t> m_written{0};

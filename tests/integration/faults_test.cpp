@@ -1,0 +1,85 @@
+// Faults that are switched on in the back end, seen by commands.
+#include <thread>
+
+#include "Ask.h"
+#include "BackEnd.h"
+#include "DbAgent.h"
+
+namespace wrb::test {
+namespace {
+
+constexpr wchar_t kControl[] = L"wrbctl.exe";
+constexpr wchar_t kAddress[] = L"192.0.2.17";
+
+std::wstring Address() {
+    return Ask(L"CMDHL_GET_IP_BY_UID", kFullAgent);
+}
+
+class Faults : public testing::Test {
+  protected:
+    void SetUp() override { cmdhl_Initialize(L"", L"", nullptr); }
+    void TearDown() override { cmdhl_Finalize(); }
+};
+
+TEST_F(Faults, SpoilAnswersWhileTheyAreSwitchedOn) {
+    BackEnd backEnd({L"--allow-faults", L"--fault", L"DB_GET_IP:close"});
+    EXPECT_EQ(Address(), L"");
+    const std::pair<const wchar_t*, std::vector<std::wstring>> kRules[] = {
+        {L"DB_GET_IP:truncate", {L"192.0", L"192.0"}},
+        {L"DB_GET_IP:delay=1ms:every=2", {kAddress, kAddress}},
+        {L"DB_GET_IP:close:every=3", {kAddress, kAddress, L"", kAddress}},
+    };
+    for (const auto& [rule, answers] : kRules) {
+        ExpectRun(kControl, {L"fault", rule}, 0, ", applied 0 times\n");
+        for (const std::wstring& answer : answers) {
+            EXPECT_EQ(Address(), answer) << std::wstring(rule);
+        }
+    }
+    ExpectRun(kControl, {L"fault", L"--json"}, 0, "\"rule\" : \"DB_GET_IP:close:every=3\"");
+    ExpectRun(kControl, {L"fault", L"--clear", L"*:garbage", L"DB_SET_CONF_FLAG:silence"}, 0, "FAULT *:garbage");
+    EXPECT_EQ(Address().size(), 32u);
+    ExpectRun(kControl, {L"status"}, 3, "FAULTS ARE ALLOWED, FAULT *:garbage");
+    EXPECT_TRUE(dbSetConfFlagW(kBareAgent, 1, 0));
+    ExpectRun(kControl, {L"fault", L"--clear"}, 0, "none is switched on");
+    EXPECT_EQ(Address(), kAddress);
+    EXPECT_EQ(Ask(L"CMDHL_IS_CONFIGFLAGSET", std::wstring(kBareAgent) + L"\t1"), L"0");
+    EXPECT_NE(backEnd.Stop().find("FAULTS ARE ALLOWED"), std::string::npos);
+}
+
+TEST_F(Faults, SilenceLastsUntilTheBackEndEnds) {
+    BackEnd backEnd({L"--allow-faults", L"--fault", L"DB_GET_IP:silence"});
+    std::wstring answer = L"old";
+    std::thread asker([&] { answer = Address(); });
+    while (ExpectRun(kControl, {L"fault"}, 0).find("applied 1 times") == std::string::npos) {
+    }
+    backEnd.Stop();
+    asker.join();
+    EXPECT_EQ(answer, L"");
+}
+
+TEST_F(Faults, WhatIsRefused) {
+    const struct {
+        const wchar_t* rule;
+        const char* output;
+    } kRows[] = {
+        {L"DB_GET_NOTHING:close", "\"DB_GET_NOTHING\": no command of the database server"},
+        {L"DB_GET_IP", "\"\": not delay=TIME, close, garbage"},
+        {L"DB_GET_IP:delay", "\"\": not a time up to an hour"},
+        {L"DB_GET_IP:delay=2h", "\"2h\": not a time"},
+        {L"DB_GET_IP:delay=3601s", "\"3601s\": not a time"},
+        {L"DB_GET_IP:close=1s", "\"close=1s\": only a delay has a time"},
+        {L"DB_GET_IP:close:every=0", "\"every=0\": not every=N"},
+        {L"DB_GET_IP:close:every=2x", "\"every=2x\": not every=N"},
+        {L"DB_SET_CONF_FLAG:truncate", "a write can only be delayed and silenced"},
+    };
+    for (const auto& [rule, output] : kRows) {
+        ExpectRun(kControl, {L"fault", rule}, 2, output);
+    }
+    ExpectRun(kBackEnd, {L"serve", L"--fault", L"DB_GET_IP:close"}, 2, "--allow-faults");
+    const BackEnd backEnd;
+    ExpectRun(kControl, {L"fault", L"DB_GET_IP:close"}, 3, "started without --allow-faults");
+    EXPECT_EQ(Address(), kAddress);
+}
+
+}  // namespace
+}  // namespace wrb::test
