@@ -74,7 +74,7 @@ class ConsoleTest(unittest.TestCase):
         connection.close()
         if answer.status == 303:
             return self.ask("GET", query=answer.headers["Location"].removeprefix(PAGE))
-        self.assertEqual(answer.headers["Content-Type"], "text/html; charset=utf-8")
+        self.assertEqual(answer.headers["Content-Type"], "text/html; charset=utf-8", (answer.status, page))
         self.assertTrue(page.rstrip().endswith("</html>"), page)
         return answer.status, page
 

@@ -1,8 +1,13 @@
 #include "Request.h"
 
+#include <windows.h>
+
+#include <algorithm>
 #include <string_view>
+#include <vector>
 
 #include "RequestOrigin.h"
+#include "Text.h"
 
 namespace wrb {
 
@@ -10,6 +15,26 @@ Request::Request() : m_isPost(GatewayVariable(L"REQUEST_METHOD") == L"POST"), m_
 
 Request::~Request() {
     m_parameters.DeleteUploadFiles();
+}
+
+void Request::DropUnreadBody() const {
+    constexpr int64_t kPipeBytes = 64 * 1024;  // a shorter body fits into the pipe
+    constexpr int64_t kMostBytes = 64 * 1024 * 1024;
+    const int64_t length = ParseInt64(GatewayVariable(L"CONTENT_LENGTH"));
+    const int status = Status();
+    const bool isUnread = status == kCgiBadMethod || status == kCgiBadContentType || status == kCgiMultipartTooLong ||
+                          (status == kCgiFetched && m_isPost && !Has(L"complete"));
+    if (!isUnread || length <= kPipeBytes) {
+        return;
+    }
+    std::vector<char> bytes(kPipeBytes);
+    DWORD read = 1;
+    for (int64_t left = std::min(length, kMostBytes); left > 0 && read != 0; left -= read) {
+        if (!ReadFile(GetStdHandle(STD_INPUT_HANDLE), bytes.data(), static_cast<DWORD>(std::min(left, kPipeBytes)),
+                      &read, nullptr)) {
+            read = 0;
+        }
+    }
 }
 
 std::wstring Request::Cookie(const std::wstring& name) {

@@ -26,6 +26,10 @@ class Request {
     const wchar_t* Find(const wchar_t* name) const { return m_parameters.GetValueByName(name, nullptr); }
     std::wstring UploadPath(const wchar_t* name) const { return m_parameters.GetUploadFile(name); }
 
+    // Reads and drops a body that was refused unread. A web server may drop the answer of a program that ends while the
+    // server still writes to it.
+    void DropUnreadBody() const;
+
     // A cookie's value; empty when there is none.
     static std::wstring Cookie(const std::wstring& name);
 

@@ -144,6 +144,7 @@ Answer NoteAnswer(const char* status, std::wstring note) {
 
 Answer AnswerRequest(const std::wstring& home) {
     const Request request;
+    request.DropUnreadBody();
     if (std::optional<View> refusal = ReaderRefusal(request.Status())) {
         return NoteAnswer(refusal->status, refusal->note);
     }
