@@ -165,17 +165,22 @@ unsigned FailEachCallOnce(const std::vector<std::string>& functions, FailsOn whe
 
 unsigned FailEachCall(const std::vector<std::string>& functions, FailsOn where, const std::function<void()>& work,
                       const std::function<void()>& check) {
-    const unsigned failures = FailEachCallOnce(functions, where, work, check);
-    const ResourceUse before = CurrentResourceUse();
-    const unsigned more = FailEachCallOnce(functions, where, work, check);
+    unsigned failures = FailEachCallOnce(functions, where, work, check);
+    ResourceUse before{};
     ResourceUse after = CurrentResourceUse();
-    for (int i = 0; i < 500 && after.handles > before.handles; ++i) {  // a peer's thread may not be done yet
-        Sleep(10);
+    // A leak grows with each pass. What another thread makes once and keeps, such as a spare event, does not.
+    for (int pass = 0; pass < 3 && (pass == 0 || after.handles > before.handles); ++pass) {
+        before = after;
+        failures += FailEachCallOnce(functions, where, work, check);
         after = CurrentResourceUse();
+        for (int i = 0; i < 500 && after.handles > before.handles; ++i) {  // a peer's thread may not be done yet
+            Sleep(10);
+            after = CurrentResourceUse();
+        }
     }
     EXPECT_LE(after.handles, before.handles);
     EXPECT_LT(after.committedBytes, before.committedBytes + kNoiseBytes);
-    return failures + more;
+    return failures;
 }
 
 }  // namespace wrb::test
