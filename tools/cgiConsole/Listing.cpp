@@ -86,18 +86,24 @@ std::string UrlText(std::wstring_view text) {
     return encoded;
 }
 
-ListPage ReadList(const ListSource& source, const Request& request) {
+View ShowList(const ListSource& source, const Request& request, Data (*rowOf)(const Cells& cell)) {
     const Position position = PositionOf(request);
-    ListPage list;
-    list.isAnswered = ReadDbListing({.table = source.table,
-                                     .search = position.search,
-                                     .order = position.order,
-                                     .isDescending = position.isDescending,
-                                     .first = position.first,
-                                     .rows = source.rows},
-                                    list.listing);
-    list.data = ListFrame(source, position, list.listing, list.isAnswered);
-    return list;
+    DbListing listing;
+    const bool isAnswered = ReadDbListing({.table = source.table,
+                                           .search = position.search,
+                                           .order = position.order,
+                                           .isDescending = position.isDescending,
+                                           .first = position.first,
+                                           .rows = source.rows},
+                                          listing);
+    View view;
+    view.data = ListFrame(source, position, listing, isAnswered);
+    Data rows = ListData();
+    for (std::size_t i = 0; i < listing.Rows(); ++i) {
+        rows.push_back(rowOf([&](std::size_t column) -> const std::wstring& { return listing.Cell(i, column); }));
+    }
+    view.data["rows"] = std::move(rows);
+    return view;
 }
 
 std::string TimeText(int64_t calendarSeconds) {

@@ -1,6 +1,8 @@
 // A table of the database as part of a page: searched, ordered and turned by links, so that it needs no script.
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -30,13 +32,12 @@ struct ListSource {
     uint32_t rows = 50;  // on a page
 };
 
-// Reads the rows that the request's parameters ("q", "sort", "desc", "from") ask for.
-struct ListPage {
-    DbListing listing;
-    bool isAnswered = false;  // else the database server does not answer
-    Data data;                // for the template "list": heads, links, counts; without rows
-};
-ListPage ReadList(const ListSource& source, const Request& request);
+// The cells of one row, by their column in the database's table, from 0.
+using Cells = std::function<const std::wstring&(std::size_t column)>;
+
+// The page of the rows that the request's parameters ("q", "sort", "desc", "from") ask for. `rowOf` makes the
+// template's values of a row.
+View ShowList(const ListSource& source, const Request& request, Data (*rowOf)(const Cells& cell));
 
 // "2 min ago" is for people near the server; tables have the time itself, "2024-01-31 23:59:59" in local time.
 std::string TimeText(int64_t calendarSeconds);
