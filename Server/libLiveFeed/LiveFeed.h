@@ -50,8 +50,6 @@ class LiveFeed {
         return place.number.load(std::memory_order_relaxed) == number + 1;
     }
 
-    static constexpr std::size_t Capacity() noexcept { return kPlaces; }
-
   private:
     struct Place {
         std::atomic<uint64_t> number;  // of the record, counted from 1; 0 while it is written

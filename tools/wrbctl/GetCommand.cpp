@@ -16,7 +16,7 @@ constexpr char kExamples[] = R"(Examples:
   wrbctl get --server MSCfg --json
 
 Short names of the scan sections: MSCfg, RTCfg, PSCfg, SNCfg (manual, real time, prescheduled, scan now), each
-also with Ex behind it (exclusions) and Spy before it (spyware).
+also with the suffix Ex (exclusions) and the prefix Spy (spyware).
 
 Exit codes: 0 done, 1 unknown agent or no settings, 2 wrong command line or name, 3 no back end runs.
 )";
