@@ -5,6 +5,7 @@
 #include "PipeClient.h"
 #include "ProfileAccess.h"
 #include "ResultFile.h"
+#include "SpillDirectory.h"
 #include "SpillFile.h"
 #include "SqlConnection.h"
 #include "SystemText.h"
@@ -45,6 +46,8 @@ bool wrb::SpillFile::Close() {
 bool wrb::SpillFile::OpenToReceivers() const {
     return false;
 }
+
+void wrb::DeleteSpillFile(const std::wstring&) noexcept {}
 
 wrb::ResultFile::~ResultFile() = default;
 bool wrb::ResultFile::Open(const std::wstring&) {
