@@ -22,6 +22,7 @@
 #include "HostSettings.h"
 #include "MailDelivery.h"
 #include "MailFolder.h"
+#include "PerformanceMonitor.h"
 #include "ServerStopEvent.h"
 #include "ServiceCommand.h"
 #include "ServicePipes.h"
@@ -41,6 +42,7 @@ struct Options {
     std::string debugIni;
     std::string debugLibrary;
     HostOptions host;
+    bool performanceMonitor = false;
     bool stop = false;
     bool status = false;
     std::optional<unsigned> timeoutSeconds;
@@ -73,6 +75,10 @@ int Serve(const EntryPoints& library, const Options& options, const CommandHostO
     mail.Start();
     CounterSampling sampling;
     sampling.Start();
+    PerformanceMonitor monitor;
+    if (const DWORD error = options.performanceMonitor ? monitor.Publish() : ERROR_SUCCESS; error != ERROR_SUCCESS) {
+        console.Err("the performance monitor does not show the counters: " + SystemText(error));
+    }
     BackEndWatch backEnd(TellOfBackEnd(stage));
     backEnd.Start();
     stage.Serving("serving with " + std::to_string(settings.lanes.workers) + " workers");
@@ -186,6 +192,8 @@ void AddServeOptions(CLI::App& app, Options& options) {
         ->check(CLI::Range(1u, kMostMemoryMiB));
     app.add_option("--allow", options.host.allowed, "SID or name of an account that may send commands; repeatable")
         ->allow_extra_args(false);
+    app.add_flag("--performance-monitor", options.performanceMonitor,
+                 "Show the command counters in the Windows performance monitor, where their manifest is registered");
     app.add_option("--debug-ini", options.debugIni, "Debug INI path handed to the library");
     app.add_option("--debug-library", options.debugLibrary, "Debug library path handed to the library");
 }
