@@ -12,6 +12,7 @@
 #include "Handle.h"
 #include "NearestName.h"
 #include "Text.h"
+#include "Terminal.h"
 #include "Version.h"
 
 namespace wrb {
@@ -86,7 +87,7 @@ int Report(const CLI::App& app, const CLI::ParseError& error) {
     std::ostringstream out;
     std::ostringstream err;
     if (app.exit(error, out, err) == 0) {
-        PrintOut(out.str());
+        PrintOut(WrapText(out.str(), TerminalColumns()));
         return kExitOk;
     }
     const std::vector<std::string> unknown = app.remaining(true);

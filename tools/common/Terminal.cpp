@@ -35,6 +35,42 @@ std::vector<std::size_t> WidthsOf(const std::vector<std::vector<std::wstring>>& 
     return widths;
 }
 
+// Where the text goes on after a break: under the last column that leaves half of the width, if there is one.
+std::size_t HangOf(const std::wstring& line, std::size_t columns) {
+    std::size_t hang = 0;
+    for (std::size_t gap = line.find(L"  "); gap != line.npos; gap = line.find(L"  ", hang)) {
+        const std::size_t start = line.find_first_not_of(L' ', gap);
+        if (start > columns / 2) {
+            return std::max<std::size_t>(hang, 4);
+        }
+        hang = start;
+    }
+    return hang;
+}
+
+// The last place that is no further than the columns and behind the hanging indentation.
+std::size_t BreakOf(const std::wstring& line, std::size_t columns, std::size_t hang) {
+    for (const wchar_t* between : {L"  ", L" "}) {
+        const std::size_t at = line.rfind(between, columns);
+        if (at != line.npos && at > hang) {
+            return at;
+        }
+    }
+    return columns;
+}
+
+void WrapLine(std::wstring line, std::size_t columns, std::wstring& out) {
+    line.resize(line.find_last_not_of(L' ') + 1);
+    const std::size_t hang = HangOf(line, columns);
+    while (line.size() > columns) {
+        const std::size_t at = BreakOf(line, columns, hang);
+        out.append(line, 0, line.find_last_not_of(L' ', at - 1) + 1);
+        out += L'\n';
+        line.replace(0, line.find_first_not_of(L' ', at), hang, L' ');
+    }
+    out += line + L'\n';
+}
+
 }  // namespace
 
 std::optional<std::size_t> TerminalColumns() {
@@ -42,7 +78,8 @@ std::optional<std::size_t> TerminalColumns() {
     if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info)) {
         return std::nullopt;
     }
-    return static_cast<std::size_t>(std::max(info.srWindow.Right - info.srWindow.Left + 1, 20));
+    // The last column stays free: some consoles go on to the next line when it is filled.
+    return static_cast<std::size_t>(std::max(info.srWindow.Right - info.srWindow.Left, 20));
 }
 
 bool UsesColour() {
@@ -64,6 +101,20 @@ std::wstring CutTo(std::wstring text, std::size_t columns) {
     return text;
 }
 
+std::string WrapText(const std::string& text, std::optional<std::size_t> columns) {
+    if (!columns) {
+        return text;
+    }
+    std::wstring wrapped;
+    std::wstring rest = Utf8ToWide(text);
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find(L'\n'), rest.size());
+        WrapLine(rest.substr(0, end), *columns, wrapped);
+        rest.erase(0, end + 1);
+    }
+    return WideToUtf8(wrapped);
+}
+
 std::string TextTable::Text(std::optional<std::size_t> columns) const {
     std::vector<std::vector<std::wstring>> rows;
     if (!m_heads.empty()) {
@@ -82,28 +133,33 @@ std::string TextTable::Text(std::optional<std::size_t> columns) const {
             line.append(i + 1 < row.size() ? widths[i] - row[i].size() + 2 : 0, L' ');
         }
         line.resize(line.find_last_not_of(L' ') + 1);
-        text += WideToUtf8(columns ? CutTo(std::move(line), *columns - 1) : line) + "\n";
+        text += WideToUtf8(line) + "\n";
     }
-    return text;
+    return WrapText(text, columns);
+}
+
+StatusLine::StatusLine() : m_isShown(IsConsole(STD_ERROR_HANDLE)) {}
+
+StatusLine::~StatusLine() {
+    if (m_width != 0) {
+        PrintErr("\r" + std::string(m_width, ' ') + "\r");
+    }
+}
+
+void StatusLine::Show(const std::string& text) {
+    if (m_isShown) {
+        PrintErr("\r" + text + std::string(m_width - std::min(m_width, text.size()), ' '));
+        m_width = text.size();
+    }
 }
 
 Progress::Progress(std::string what, std::size_t total)
-    : m_what(std::move(what)),
-      m_total(total),
-      m_isShown(IsConsole(STD_ERROR_HANDLE)),
-      m_next(GetTickCount64() + 1000) {}
-
-Progress::~Progress() {
-    if (m_hasLine) {
-        PrintErr("\r" + std::string(m_what.size() + 30, ' ') + "\r");
-    }
-}
+    : m_what(std::move(what)), m_total(total), m_next(GetTickCount64() + 1000) {}
 
 void Progress::Step() {
     ++m_done;
-    if (m_isShown && GetTickCount64() >= m_next) {
-        PrintErr("\r" + m_what + " " + std::to_string(m_done) + " of " + std::to_string(m_total));
-        m_hasLine = true;
+    if (GetTickCount64() >= m_next) {
+        m_line.Show(m_what + " " + std::to_string(m_done) + " of " + std::to_string(m_total));
         m_next = GetTickCount64() + kProgressMilliseconds;
     }
 }

@@ -8,7 +8,7 @@
 
 namespace wrb {
 
-// The width of the console that the standard output leads to; nothing when it leads elsewhere.
+// The characters of a line of the console that the standard output leads to; nothing when it leads elsewhere.
 std::optional<std::size_t> TerminalColumns();
 
 // Whether the standard output is a console that takes escape sequences, and the variable NO_COLOR is unset or empty.
@@ -22,6 +22,11 @@ std::string Coloured(const std::string& text, Colour colour);
 // The first letters that fit, with "..." at the end of a text that is cut.
 std::wstring CutTo(std::wstring text, std::size_t columns);
 
+// The lines of the text, UTF-8, none of them longer than the columns, if any. A line breaks between two of its columns
+// (which have two blanks or more between them) or at a blank, and goes on under its last column that leaves half of
+// the width.
+std::string WrapText(const std::string& text, std::optional<std::size_t> columns);
+
 // Rows of cells in aligned columns, two blanks between them. Control characters are shown as escapes.
 class TextTable {
   public:
@@ -30,7 +35,7 @@ class TextTable {
     void Add(std::vector<std::wstring> cells) { m_rows.push_back(std::move(cells)); }
     bool IsEmpty() const { return m_rows.empty(); }
 
-    // UTF-8, each row cut to the columns, if any.
+    // UTF-8, wrapped to the columns, if any.
     std::string Text(std::optional<std::size_t> columns) const;
 
   private:
@@ -38,24 +43,34 @@ class TextTable {
     std::vector<std::vector<std::wstring>> m_rows;
 };
 
-// How far a work has come, on one line of the standard error, from its second second on. Prints nothing when that is no
-// console.
+// One line of the standard error that each text replaces. Nothing when that is no console.
+class StatusLine {
+  public:
+    StatusLine();
+    ~StatusLine();  // clears it
+    StatusLine(const StatusLine&) = delete;
+    StatusLine& operator=(const StatusLine&) = delete;
+
+    void Show(const std::string& text);
+
+  private:
+    const bool m_isShown;
+    std::size_t m_width = 0;  // of what stands there
+};
+
+// How far a work has come, from its second second on.
 class Progress {
   public:
     Progress(std::string what, std::size_t total);
-    ~Progress();  // clears the line
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
 
     void Step();
 
   private:
     const std::string m_what;
     const std::size_t m_total;
-    const bool m_isShown;
     std::size_t m_done = 0;
     unsigned long long m_next;  // on the tick clock
-    bool m_hasLine = false;
+    StatusLine m_line;
 };
 
 }  // namespace wrb

@@ -5,6 +5,7 @@
 #include "Console.h"
 #include "ExitCode.h"
 #include "JsonOutput.h"
+#include "Terminal.h"
 
 namespace wrb {
 namespace {
@@ -47,7 +48,7 @@ int RunCommands(bool json) {
     if (json) {
         PrintJson(rows);
     } else {
-        PrintOut(text);
+        PrintOut(WrapText(text, TerminalColumns()));
     }
     return kExitOk;
 }

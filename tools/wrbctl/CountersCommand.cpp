@@ -8,6 +8,7 @@
 #include "CounterLook.h"
 #include "ExitCode.h"
 #include "SystemText.h"
+#include "Terminal.h"
 #include "Text.h"
 
 namespace wrb {
@@ -28,7 +29,7 @@ std::string InFormat(CounterFormat format, const CounterLook& look, const Counte
         case CounterFormat::Table:
             break;
     }
-    return CounterTable(look, earlier);
+    return WrapText(CounterTable(look, earlier), TerminalColumns());
 }
 
 }  // namespace

@@ -26,15 +26,20 @@ void PrintTable(const StatusItems& items) {
     for (const StatusItem& item : items) {
         table.Add({Utf8ToWide(NameOf(item.health)), Utf8ToWide(item.name), Utf8ToWide(item.text)});
     }
-    std::string text = table.Text(TerminalColumns());
+    const std::string text = table.Text(TerminalColumns());
     std::string coloured;
-    for (const StatusItem& item : items) {
-        constexpr Colour kColours[] = {Colour::Green, Colour::Yellow, Colour::Red};
-        const std::string word = NameOf(item.health);
-        const std::size_t end = text.find('\n') + 1;
-        coloured += Coloured(word, kColours[static_cast<std::size_t>(item.health)]) +
-                    text.substr(word.size(), end - word.size());
-        text.erase(0, end);
+    auto item = items.begin();
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = text.find('\n', at) + 1;
+        std::string line = text.substr(at, end - at);
+        if (line.front() != ' ') {  // else an item goes on
+            constexpr Colour kColours[] = {Colour::Green, Colour::Yellow, Colour::Red};
+            const std::string word = NameOf(item->health);
+            line.replace(0, word.size(), Coloured(word, kColours[static_cast<std::size_t>(item->health)]));
+            ++item;
+        }
+        coloured += line;
+        at = end;
     }
     PrintOut(coloured);
 }
