@@ -1,5 +1,6 @@
 // The catalogue of settings against the command library: explained, changed and read back, for every key.
 #include <algorithm>
+#include <iterator>
 
 #include "AgentSections.h"
 #include "Ask.h"
@@ -85,6 +86,12 @@ TEST_F(Settings, EverySectionOfAnAgentIsExplained) {
     for (std::size_t i = 0; i < answered.size(); ++i) {
         EXPECT_EQ(explained.lines[i].section + L"." + explained.lines[i].key,
                   answered[i].section + L"." + answered[i].key);
+    }
+    for (const ScanGroup& group : kScanGroups) {  // which are read together here
+        std::vector<Explanation> lines;
+        std::ranges::copy_if(explained.lines, std::back_inserter(lines),
+                             [&](const Explanation& line) { return line.section == group.section; });
+        EXPECT_EQ(TextOf(lines), Fetch(group, kFullAgent));
     }
     EXPECT_FALSE(ExplainAgent(kUnknownAgent).unreadable.empty());
 }

@@ -4,10 +4,9 @@
 #include <optional>
 
 #include "AgentSections.h"
-#include "AllScanValues.h"
-#include "DbScanCfg.h"
 #include "Listing.h"
 #include "ScanChanges.h"
+#include "ScanExplanation.h"
 #include "ScanRowText.h"
 #include "cmdhm_ScanCfg.h"
 
@@ -61,22 +60,6 @@ Data SectionsData(const std::vector<Explanation>& lines) {
     return sections;
 }
 
-// All groups in two requests. Nothing for an agent that is unknown or has no settings.
-std::optional<AllScanValues> ReadAllGroups(const std::wstring& uid) {
-    constexpr wchar_t kCaller[] = L"cgiConsole";
-    AllScanConfig config;
-    AllScanLists lists;
-    if (!dbGetClnAllScanCfgW(uid.c_str(), config, kCaller) || !config.hasConfig ||
-        (config.hasExtra && !dbGetClnAllScanExW(uid.c_str(), lists, kCaller))) {
-        return std::nullopt;
-    }
-    AllScanValues values = TakeAllScanValues(std::move(config), std::move(lists));
-    // The complete reply takes this word from the prescheduled scan; what is stored is the main group's.
-    values[ScanGroupIndex(ScanType::SN, ScanGroupKind::Exclusion)].flags =
-        values[ScanGroupIndex(ScanType::SN, ScanGroupKind::Main)].flags;
-    return values;
-}
-
 Data Difference(const SettingChange& change) {
     Data row;
     row["section"] = TextData(change.setting->group->section);
@@ -91,7 +74,7 @@ Data Difference(const SettingChange& change) {
 
 void AddDifferences(const std::wstring& uid, Data& data) {
     Data rows = ListData();
-    const std::optional<AllScanValues> agent = ReadAllGroups(uid);
+    const std::optional<AllScanValues> agent = ReadAllScanGroups(uid);
     for (std::size_t i = 0; agent && i < kScanGroupCount; ++i) {
         ScanGroupValues server;
         GetStoredScanGroup(kScanGroups[i], server, L"");

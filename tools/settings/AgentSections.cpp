@@ -1,6 +1,8 @@
 #include "AgentSections.h"
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 #include "BmPolicyCache.h"
 #include "DbBundle.h"
@@ -11,12 +13,27 @@
 #include "SettingCatalog.h"
 #include "cmdhm_Bundles.h"
 #include "cmdhm_Common.h"
+#include "cmdhm_ScanCfg.h"
 #include "cmdhm_Vexor.h"
 
 namespace wrb {
 namespace {
 
 using Lines = std::vector<Explanation>;
+
+// The agent that is explained, or without a uid the server. What several sections need is asked for once.
+struct Subject {
+    std::wstring uid;
+    uint32_t changedBits = 0;
+    std::optional<DbPrivilege> privilege{};
+
+    bool ReadPrivilege() {
+        if (DbPrivilege read; !privilege && dbGetPrivilegeW(uid.c_str(), read)) {
+            privilege = read;
+        }
+        return privilege.has_value();
+    }
+};
 
 // Whether the key is the format with a number in the place of its "%d".
 bool HasFormat(std::wstring_view key, std::wstring_view format) {
@@ -65,20 +82,20 @@ void ExplainRow(const BundleContent<Values>& content, Explanation& line) {
 }
 
 template <typename Values>
-bool ExplainBundle(const std::wstring& uid, uint32_t changedBits, Lines& out) {
+bool ExplainBundle(Subject& subject, Lines& out) {
     std::wstring text;
-    BundleContent<Values> content;
-    DbPrivilege privilege;
-    if (!ReadBundle<Values>(text, uid.c_str()) || !AskDbBundle<Values>(uid.c_str(), content, L"ExplainBundle") ||
-        !dbGetPrivilegeW(uid.c_str(), privilege)) {
+    BundleContent<Values> content;  // for its words; lists have none
+    if (!ReadBundle<Values>(text, subject.uid.c_str()) ||
+        (!kHasItems<Values> && !AskDbBundle<Values>(subject.uid.c_str(), content, L"ExplainBundle")) ||
+        !subject.ReadPrivilege()) {
         return false;
     }
     for (IniLine& line : SplitSections(text)) {
         Explanation each(std::move(line));
         const std::optional<DbPrivilegeBit> bit = FindPrivilege(each.key);
-        bit ? ExplainPrivilege(privilege, *bit, each) : ExplainRow<Values>(content, each);
+        bit ? ExplainPrivilege(*subject.privilege, *bit, each) : ExplainRow<Values>(content, each);
         each.groupBit = kBundle<Values>.configBit;
-        each.isChanged = (changedBits & each.groupBit) != 0;
+        each.isChanged = (subject.changedBits & each.groupBit) != 0;
         out.push_back(std::move(each));
     }
     return true;
@@ -89,18 +106,18 @@ void ExplainIniKey(Explanation& line) {
     line.source = IsInScanIni(line.section, line.key) ? SettingSource::ScanIni : SettingSource::Default;
 }
 
-bool ExplainCritical(const std::wstring& uid, uint32_t, Lines& out) {
+bool ExplainCritical(Subject& subject, Lines& out) {
     std::wstring text;
-    DbPrivilege privilege;
-    if (!GetCriticalSetting(text, uid.c_str()) || (!uid.empty() && !dbGetPrivilegeW(uid.c_str(), privilege))) {
+    const bool ofAgent = !subject.uid.empty();
+    if (!GetCriticalSetting(text, subject.uid.c_str()) || (ofAgent && !subject.ReadPrivilege())) {
         return false;
     }
     for (IniLine& line : SplitSections(text)) {
         Explanation each(std::move(line));
         const std::optional<DbPrivilegeBit> bit = FindPrivilege(each.key);
-        if (!uid.empty() && bit) {
-            ExplainPrivilege(privilege, *bit, each);
-        } else if (!uid.empty() && (each.key == L"Uninstall_Pwd" || each.key == L"Unload_Pwd")) {
+        if (ofAgent && bit) {
+            ExplainPrivilege(*subject.privilege, *bit, each);
+        } else if (ofAgent && (each.key == L"Uninstall_Pwd" || each.key == L"Unload_Pwd")) {
             each.source = SettingSource::DatabaseText;
             each.from = L"DB_GET_CLIENT_PASSWORD";
         } else {
@@ -118,19 +135,19 @@ bool ExplainIniText(const std::wstring& text, Lines& out) {
     return true;
 }
 
-bool ExplainVersions(const std::wstring&, uint32_t, Lines& out) {
+bool ExplainVersions(Subject&, Lines& out) {
     std::wstring text;
     return GetComponentVersions(text) && ExplainIniText(text, out);
 }
 
-bool ExplainGlobal(const std::wstring&, uint32_t, Lines& out) {
+bool ExplainGlobal(Subject&, Lines& out) {
     std::wstring text;
     return GetIniSection(text, L"Global Setting") && ExplainIniText(text, out);
 }
 
-bool ExplainVexor(const std::wstring& uid, uint32_t, Lines& out) {
+bool ExplainVexor(Subject& subject, Lines& out) {
     std::wstring text;
-    if (!cmdhm_GetVexorSetting(text, uid.c_str(), BmPolicyCache().Policies())) {
+    if (!cmdhm_GetVexorSetting(text, subject.uid.c_str(), BmPolicyCache().Policies())) {
         return false;
     }
     for (IniLine& line : SplitSections(text)) {
@@ -148,7 +165,7 @@ struct Part {
     std::wstring_view section;  // its first one; all its sections begin with `stem`
     std::wstring_view stem;
     bool ofAgents;
-    bool (*explain)(const std::wstring& uid, uint32_t changedBits, Lines& out);
+    bool (*explain)(Subject& subject, Lines& out);
 };
 
 template <typename Values>
@@ -178,17 +195,39 @@ bool BeginsWith(std::wstring_view text, std::wstring_view stem) {
     return text.size() >= stem.size() && EqualIgnoringCase(text.substr(0, stem.size()), stem);
 }
 
-void ExplainParts(const std::wstring& uid, const std::wstring& section, uint32_t changedBits, AgentExplanation& all) {
+// The twelve groups, or the one that is asked for.
+void ExplainScanGroups(const Subject& subject, const ScanGroup* asked, AgentExplanation& all) {
+    std::optional<AllScanValues> together;
+    if (asked == nullptr && !subject.uid.empty()) {
+        together = ReadAllScanGroups(subject.uid);
+    }
+    for (std::size_t i = 0; i < kScanGroupCount; ++i) {
+        const ScanGroup& group = kScanGroups[i];
+        if (asked != nullptr && &group != asked) {
+            continue;
+        }
+        ScanGroupValues stored;
+        if (together) {
+            stored = std::move((*together)[i]);
+        } else if (!GetStoredScanGroup(group, stored, subject.uid.c_str())) {
+            all.unreadable.emplace_back(group.section);
+            continue;
+        }
+        ExplainScanGroup(group, subject.uid, subject.changedBits, stored, all.lines);
+    }
+}
+
+void ExplainParts(Subject& subject, const std::wstring& section, AgentExplanation& all) {
     const Part* previous = nullptr;
     for (const Part& part : kParts) {
         const bool isAsked = section.empty() || BeginsWith(section, part.stem);
         const bool isDone = section.empty() && previous != nullptr && previous->explain == part.explain;
         previous = &part;
-        if (!isAsked || isDone || (uid.empty() && part.ofAgents)) {
+        if (!isAsked || isDone || (subject.uid.empty() && part.ofAgents)) {
             continue;
         }
         Lines lines;
-        if (!part.explain(uid, changedBits, lines)) {
+        if (!part.explain(subject, lines)) {
             all.unreadable.emplace_back(part.section);
         }
         for (Explanation& line : lines) {
@@ -224,18 +263,16 @@ std::vector<IniLine> SplitSections(std::wstring_view text) {
 
 AgentExplanation ExplainAgent(const std::wstring& uid, const std::wstring& section) {
     AgentExplanation all;
-    uint32_t changedBits = 0;
+    Subject subject{uid};
     if (!uid.empty()) {
-        dbGetConfFlagW(uid.c_str(), changedBits, 0);
+        dbGetConfFlagW(uid.c_str(), subject.changedBits, 0);
     }
     const ScanGroup* const asked = FindScanSection(section);
-    for (const ScanGroup& group : kScanGroups) {
-        if ((section.empty() || &group == asked) && !ExplainScanGroup(group, uid, changedBits, all.lines)) {
-            all.unreadable.emplace_back(group.section);
-        }
+    if (asked != nullptr || section.empty()) {
+        ExplainScanGroups(subject, asked, all);
     }
     if (asked == nullptr) {
-        ExplainParts(uid, section, changedBits, all);
+        ExplainParts(subject, section, all);
     }
     return all;
 }

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "CustomAction.h"
+#include "DbScanCfg.h"
 #include "ExportScanCfg.h"
 #include "INICache.h"
-#include "cmdhm_ScanCfg.h"
 
 namespace wrb {
 namespace {
@@ -63,12 +63,23 @@ bool IsInScanIni(const std::wstring& section, const std::wstring& key) {
     return std::wstring_view(text) != kAbsent;
 }
 
-bool ExplainScanGroup(const ScanGroup& group, const std::wstring& uid, uint32_t changedBits,
-                      std::vector<Explanation>& out) {
-    ScanGroupValues stored;
-    if (!GetStoredScanGroup(group, stored, uid.c_str())) {
-        return false;
+std::optional<AllScanValues> ReadAllScanGroups(const std::wstring& uid) {
+    constexpr wchar_t kCaller[] = L"ReadAllScanGroups";
+    AllScanConfig config;
+    AllScanLists lists;
+    if (!dbGetClnAllScanCfgW(uid.c_str(), config, kCaller) || !config.hasConfig ||
+        (config.hasExtra && !dbGetClnAllScanExW(uid.c_str(), lists, kCaller))) {
+        return std::nullopt;
     }
+    AllScanValues values = TakeAllScanValues(std::move(config), std::move(lists));
+    // The complete reply takes this word from the prescheduled scan; what is stored is the main group's.
+    values[ScanGroupIndex(ScanType::SN, ScanGroupKind::Exclusion)].flags =
+        values[ScanGroupIndex(ScanType::SN, ScanGroupKind::Main)].flags;
+    return values;
+}
+
+void ExplainScanGroup(const ScanGroup& group, const std::wstring& uid, uint32_t changedBits,
+                      const ScanGroupValues& stored, std::vector<Explanation>& out) {
     ScanGroupValues shown = stored;
     if (group.kind == ScanGroupKind::Main && !uid.empty()) {
         CompleteCustomAction(ScanIniCache(), shown.custAction);
@@ -91,7 +102,6 @@ bool ExplainScanGroup(const ScanGroup& group, const std::wstring& uid, uint32_t 
         each.isChanged = (changedBits & each.groupBit) != 0;
         out.push_back(std::move(each));
     }
-    return true;
 }
 
 }  // namespace wrb
