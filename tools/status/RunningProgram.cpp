@@ -1,6 +1,8 @@
 #include "RunningProgram.h"
 
 #include <windows.h>
+// After windows.h, whose types it uses.
+#include <psapi.h>
 
 #include "Handle.h"
 #include "OwnModule.h"
@@ -34,6 +36,14 @@ std::optional<RunningProgram> FindRunningProgram(const wchar_t* stopEvent) {
     FILETIME now{};
     GetSystemTimeAsFileTime(&now);
     program.upSeconds = (Ticks(now) - Ticks(start)) / kTicksPerSecond;
+    PROCESS_MEMORY_COUNTERS memory{};
+    DWORD handles = 0;
+    if (GetProcessMemoryInfo(process.Get(), &memory, sizeof memory)) {
+        program.bytes = memory.PagefileUsage;
+    }
+    if (GetProcessHandleCount(process.Get(), &handles)) {
+        program.handles = handles;
+    }
     constexpr DWORD kPathCapacity = 32768;  // the longest path that Windows has
     std::wstring path(kPathCapacity, L'\0');
     DWORD length = kPathCapacity;

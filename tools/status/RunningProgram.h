@@ -12,6 +12,8 @@ struct RunningProgram {
     std::wstring path;
     std::wstring version;   // of its version resource; empty: it has none
     int64_t upSeconds = 0;  // since its start
+    uint64_t bytes = 0;     // of private memory
+    uint32_t handles = 0;   // 0: the system does not tell
 };
 
 // The program that owns the stop event. Nothing when it does not run or this account may not look at it.

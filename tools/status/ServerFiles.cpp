@@ -8,7 +8,7 @@
 
 #include "CounterSection.h"
 #include "HomeFolder.h"
-#include "LogFilter.h"
+#include "LogLevel.h"
 #include "MailFolder.h"
 #include "ProtectionKeyFile.h"
 #include "SpillDirectory.h"
@@ -114,17 +114,11 @@ StatusItem CheckCounters() {
 }
 
 StatusItem CheckLogLevel() {
-    constexpr struct {
-        int16_t rank;
-        const char* name;
-    } kLevels[] = {{kRankFatal, "F"}, {kRankError, "E"}, {kRankWarning, "W"},
-                   {kRankInfo, "I"},  {kRankDebug, "D"}, {INT16_MIN, "none"}};
-    const uint32_t word = LogFilter::Shared().Word();
-    StatusItem item = Item("log level", Health::Good, word == 0 ? "all" : "a threshold of its own");
-    for (const auto& [rank, name] : kLevels) {
-        if (word == LogFilterWord(rank)) {
-            item.text = name;
-        }
+    const uint32_t word = CurrentLogWord();
+    const LogLevelRow* const row = LogLevelOfWord(word);
+    StatusItem item = Item("log level", Health::Good, "a threshold of its own");
+    if (row != nullptr) {
+        item.text = std::string(row->level) + ": " + std::string(row->meaning);
     }
     item.details["word"] = word;
     return item;

@@ -76,10 +76,14 @@ StatusItem ItemOf(const char* name, const std::optional<RunningProgram>& program
     StatusItem item{.name = name, .health = Health::Good, .text = "running", .details = {}};
     if (program) {
         item.text += program->version.empty() ? "" : ", version " + WideToUtf8(program->version);
-        item.text += ", up " + DurationText(program->upSeconds) + ", process " + std::to_string(program->processId);
+        item.text += ", up " + DurationText(program->upSeconds) + ", process " + std::to_string(program->processId) +
+                     ", " + std::to_string(program->bytes >> 20) + " MiB";
+        item.text += program->handles == 0 ? "" : ", " + std::to_string(program->handles) + " handles";
         item.details["version"] = WideToUtf8(program->version);
         item.details["upSeconds"] = static_cast<Json::Int64>(program->upSeconds);
         item.details["processId"] = program->processId;
+        item.details["bytes"] = static_cast<Json::UInt64>(program->bytes);
+        item.details["handles"] = program->handles;
         item.details["path"] = WideToUtf8(program->path);
     }
     return item;
