@@ -147,8 +147,10 @@ void SoakRun::Load(Result& result) {
 
 void SoakRun::Round(const char* name, uint64_t commands, const Meanwhile& meanwhile) {
     PrintOut(std::string("soak: ") + name + "\n");
-    LoadRun load(static_cast<unsigned>(m_workers.size()), commands,
-                 [this](unsigned thread) { RunOne(m_workers[thread], m_tally); });
+    LoadRun load(static_cast<unsigned>(m_workers.size()), commands, [this](unsigned thread) {
+        RunOne(m_workers[thread], m_tally);
+        return true;
+    });
     meanwhile(load);
     load.Wait();
     Settle();

@@ -30,6 +30,7 @@ TEST(Ctl, SeesExplainsAndChangesTheRunningServer) {
         L"wrbscan.ini",
         "[Manual Scan Configuration]\r\nScanBot=0\r\nScanSpeed=7\r\n[Firewall Alert]\r\nSmtpPassword=secret\r\n");
     home.Write(L"records.jsonl", "{\"time\":1700000000,\"port\":443}\n{\"time\":1700000001,\"port\":80}\n");
+    home.Write(L"mix", "1 CMDHL_PFW_SET_POLICY_ID UID p1\n");
     std::filesystem::create_directories(home / L"Upload");
     BackEnd backEnd;
     const Host host({L"--workers", L"3"});
@@ -80,6 +81,12 @@ TEST(Ctl, SeesExplainsAndChangesTheRunningServer) {
         {{L"send", L"CMDHL_SET_MS_CFG_EX", uid, L"1"}, 2, {"has 5 fields, not 2: uid, Exclude"}},
         {{L"send", L"CMDHL_SET_MS_CFG_EX", uid, L"1", L"--raw"}, 0, {}},
         {{L"send", L"CMDHL_ECO", L"x"}, 2, {"did you mean CMDHL_ECHO?"}},
+        {{L"load", L"--agents", L"3", L"--rate", L"50", L"--for", L"1"},
+         0,
+         {"\n50 commands of 3 agents in ", " 0 errors"}},
+        {{L"load", L"--for", L"0.1", L"--json", L"--mix", (home / L"mix").wstring()},
+         0,
+         {R"("command" : "CMDHL_PFW_SET_POLICY_ID")", R"("errors" : 0)", R"("p999Ms" : )", R"("back end" :)"}},
         {{L"upload", L"firewall", uid, (home / L"records.jsonl").wstring()}, 0, {"2 of 2 records arrived"}},
         {{L"diagnostics", (home / L"all.zip").wstring()}, 0, {}},
         {{L"statsu"}, 2, {"Did you mean status?"}},
@@ -102,7 +109,8 @@ TEST(Ctl, SeesExplainsAndChangesTheRunningServer) {
     }
     EXPECT_EQ(zip.find("secret"), zip.npos);
     host.ExpectEnd(0, {});
-    ExpectRows({{{L"status"}, 3, {"down     host", "not running; start wrbhost", "ok       store"}}});
+    ExpectRows({{{L"load"}, 3, {"the host does not answer"}},
+                {{L"status"}, 3, {"down     host", "not running; start wrbhost", "ok       store"}}});
     backEnd.Stop();
     ExpectRows({{{L"status"}, 3, {"down     database server"}},
                 {{L"get", uid}, 3, {"does wrbback serve?"}},

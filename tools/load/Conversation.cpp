@@ -16,8 +16,7 @@ namespace {
 
 constexpr uint32_t kAnswerSeconds = 60;
 
-template <typename Fields>
-std::wstring Message(CCmdProtocol& message, const Fields& fields) {
+std::wstring Message(CCmdProtocol& message, std::span<const std::wstring> fields) {
     for (const std::wstring& field : fields) {
         message << field;
     }
@@ -56,7 +55,7 @@ std::wstring NewReplyPipe() {
     return L"agent-reply" + std::wstring(text + 1, 36);
 }
 
-Answer Ask(CommandTally& tally, const std::wstring& command, std::initializer_list<std::wstring> fields,
+Answer Ask(CommandTally& tally, const std::wstring& command, std::span<const std::wstring> fields,
            const std::wstring& replyPipe) {
     Answer answer;
     CCmdProtocol head;
@@ -82,7 +81,7 @@ Answer Ask(CommandTally& tally, const std::wstring& command, std::initializer_li
     return answer;
 }
 
-bool Tell(CommandTally& tally, const std::wstring& command, std::initializer_list<std::wstring> fields) {
+bool Tell(CommandTally& tally, const std::wstring& command, std::span<const std::wstring> fields) {
     CCmdProtocol head;
     head << command;
     if (!DeliverToHost(Message(head, fields))) {

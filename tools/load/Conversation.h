@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <initializer_list>
+#include <span>
 #include <string>
 
 #include "CommandTable.h"
@@ -43,10 +44,17 @@ std::wstring NewReplyPipe();
 
 // Sends a command with an answer and waits for it: one minute at most, and no longer than the host's process lives.
 // `fields` follow the reply pipe.
-Answer Ask(CommandTally& tally, const std::wstring& command, std::initializer_list<std::wstring> fields,
+Answer Ask(CommandTally& tally, const std::wstring& command, std::span<const std::wstring> fields,
            const std::wstring& replyPipe = NewReplyPipe());
+inline Answer Ask(CommandTally& tally, const std::wstring& command, std::initializer_list<std::wstring> fields,
+                  const std::wstring& replyPipe = NewReplyPipe()) {
+    return Ask(tally, command, std::span(fields.begin(), fields.size()), replyPipe);
+}
 
 // Sends a command without one.
-bool Tell(CommandTally& tally, const std::wstring& command, std::initializer_list<std::wstring> fields);
+bool Tell(CommandTally& tally, const std::wstring& command, std::span<const std::wstring> fields);
+inline bool Tell(CommandTally& tally, const std::wstring& command, std::initializer_list<std::wstring> fields) {
+    return Tell(tally, command, std::span(fields.begin(), fields.size()));
+}
 
 }  // namespace wrb

@@ -4,7 +4,8 @@
 
 namespace wrb {
 
-LoadRun::LoadRun(unsigned threads, uint64_t commands, OneCommand run) : m_commands(commands), m_run(std::move(run)) {
+LoadRun::LoadRun(unsigned threads, uint64_t commands, OneCommand run)
+    : m_commands(commands), m_run(std::move(run)), m_atWork(threads) {
     m_threads.reserve(threads);
     for (unsigned thread = 0; thread < threads; ++thread) {
         m_threads.emplace_back([this, thread] { Work(thread); });
@@ -24,10 +25,9 @@ void LoadRun::Wait() {
 }
 
 void LoadRun::Work(unsigned thread) {
-    while (m_begun++ < m_commands) {
-        m_run(thread);
-        ++m_ended;
+    while (m_begun++ < m_commands && m_run(thread)) {
     }
+    --m_atWork;
 }
 
 }  // namespace wrb

@@ -1,4 +1,4 @@
-// Threads that act as agents, one command at a time each, until a number of commands is done.
+// Threads that act as agents, one command at a time each, until a number of commands is done or each has had enough.
 #pragma once
 
 #include <atomic>
@@ -11,19 +11,18 @@ namespace wrb {
 
 class LoadRun {
   public:
-    // Does one command, on the thread of that number, counted from 0. Must not throw.
-    using OneCommand = std::function<void(unsigned thread)>;
+    // Does one command, on the thread of that number, counted from 0. False: this thread does no more. Must not throw.
+    using OneCommand = std::function<bool(unsigned thread)>;
+
+    static constexpr uint64_t kAnyNumber = uint64_t{1} << 63;
 
     LoadRun(unsigned threads, uint64_t commands, OneCommand run);  // starts
     ~LoadRun();                                                    // begins no more commands, and waits
     LoadRun(const LoadRun&) = delete;
     LoadRun& operator=(const LoadRun&) = delete;
 
-    uint64_t Done() const { return m_ended; }
-    uint64_t Commands() const { return m_commands; }
-    bool IsOver() const { return m_ended >= m_commands; }
+    bool IsOver() const { return m_atWork == 0; }
 
-    // Until all commands are done.
     void Wait();
 
   private:
@@ -32,7 +31,7 @@ class LoadRun {
     const uint64_t m_commands;
     const OneCommand m_run;
     std::atomic<uint64_t> m_begun{0};
-    std::atomic<uint64_t> m_ended{0};
+    std::atomic<unsigned> m_atWork;      // threads
     std::vector<std::thread> m_threads;  // last: they use the members above
 };
 

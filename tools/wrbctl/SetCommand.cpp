@@ -67,23 +67,6 @@ int ParseAssignments(const SetOptions& options, Plan& plan) {
     return code;
 }
 
-// Every agent that the database knows. False, reported, when it does not tell.
-bool ListAgents(std::vector<std::wstring>& uids) {
-    DbListQuery query{.table = L"agents", .search = {}, .order = 1, .first = 0, .rows = 500};
-    DbListing page;
-    do {
-        if (!ReadDbListing(query, page)) {
-            Fail(kExitFailed, "the database does not list its agents; the debug log says why");
-            return false;
-        }
-        for (std::size_t row = 0; row < page.Rows(); ++row) {
-            uids.push_back(page.Cell(row, 0));
-        }
-        query.first += static_cast<uint32_t>(page.Rows());
-    } while (page.Rows() != 0);
-    return true;
-}
-
 int FindTargets(const SetOptions& options, Plan& plan) {
     BindIniCaches();
     if (!options.all) {

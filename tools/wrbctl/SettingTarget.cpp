@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "DbAgent.h"
+#include "DbListing.h"
 #include "Failure.h"
 #include "HomeFolder.h"
 #include "INICache.h"
@@ -57,6 +58,22 @@ void BindIniCaches() {
 int CheckDatabaseServes() {
     const StatusItem store = CheckDatabase();
     return store.health == Health::Down ? Fail(kExitServiceNotRunning, store.text + "; does wrbback serve?") : kExitOk;
+}
+
+bool ListAgents(std::vector<std::wstring>& uids, std::size_t most) {
+    DbListQuery query{.table = L"agents", .search = {}, .order = 1, .first = 0, .rows = 500};
+    DbListing page;
+    do {
+        if (!ReadDbListing(query, page)) {
+            Fail(kExitFailed, "the database does not list its agents; the debug log says why");
+            return false;
+        }
+        for (std::size_t row = 0; row < page.Rows() && uids.size() < most; ++row) {
+            uids.push_back(page.Cell(row, 0));
+        }
+        query.first += static_cast<uint32_t>(page.Rows());
+    } while (page.Rows() != 0 && uids.size() < most);
+    return true;
 }
 
 int CheckTarget(const std::wstring& uid) {

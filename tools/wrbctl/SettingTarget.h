@@ -1,6 +1,8 @@
 // Whose settings a subcommand is about, as it stands on the command line.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -18,6 +20,9 @@ int CheckTarget(const std::wstring& uid);
 
 // 0, or the exit code of a database that does not answer, which has been reported.
 int CheckDatabaseServes();
+
+// The agents that the database knows, at most so many. False, reported, when it does not tell.
+bool ListAgents(std::vector<std::wstring>& uids, std::size_t most = SIZE_MAX);
 
 // Reports what could not be read.
 int FailUnreadable(const std::wstring& uid, const std::vector<std::wstring>& sections);

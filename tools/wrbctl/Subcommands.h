@@ -23,6 +23,7 @@ void AddCompletion(CLI::App& app, Run& run);
 void AddFault(CLI::App& app, Run& run);
 void AddTail(CLI::App& app, Run& run);
 void AddTrace(CLI::App& app, Run& run);
+void AddLoad(CLI::App& app, Run& run);
 
 // Adds a subcommand with its own examples. `options` lives as long as `run`.
 template <typename Options>

@@ -19,6 +19,7 @@ constexpr char kExamples[] = R"(Examples:
   wrbctl check                               mistakes in the server's files
   wrbctl send CMDHL_ECHO hello               any command, as an agent sends it
   wrbctl counters --interval 2               every two seconds, until Ctrl-C
+  wrbctl load --agents 1000 --for 60         how fast simulated agents are answered
   wrbctl log-level W                         errors and warnings only
   wrbctl fwlog write fw.log < records.jsonl  a firewall log file from JSON lines
   wrbctl pack upload.cab fw.log              a package as agents upload it
@@ -54,6 +55,7 @@ Exit codes: 0 done, 1 failed, 2 wrong command line or number of fields, 3 the ho
 
 constexpr char kLogLevelExamples[] = R"(Examples:
   wrbctl log-level
+  wrbctl load --agents 1000 --for 60         how fast simulated agents are answered
   wrbctl log-level W                         errors and warnings only
 )";
 
@@ -182,7 +184,7 @@ int Run() {
     wrb::Run run;
     for (const auto add :
          {wrb::AddStatus, wrb::AddGet, wrb::AddSet, wrb::AddExplain, wrb::AddDiff, wrb::AddCheck, wrb::AddUpload,
-          wrb::AddFault, wrb::AddTail, wrb::AddTrace, wrb::AddDiagnostics, wrb::AddCompletion}) {
+          wrb::AddFault, wrb::AddTail, wrb::AddTrace, wrb::AddLoad, wrb::AddDiagnostics, wrb::AddCompletion}) {
         add(app, run);
     }
     CLI::App* const send = AddSend(app, options);
