@@ -84,6 +84,11 @@ std::string BackEnd::Stop() {
     return output;
 }
 
+void BackEnd::WaitForFault() const {
+    while (ExpectRun(L"wrbctl.exe", {L"fault"}, 0).find("applied 1 times") == std::string::npos) {
+    }
+}
+
 void BackEnd::Kill() {
     TerminateProcess(m_process->Handle(), 9);
     EXPECT_EQ(m_process->WaitForExit(), 9u);

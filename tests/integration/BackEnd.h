@@ -27,6 +27,9 @@ class BackEnd {
     // Stops it; what it has printed. Once.
     std::string Stop();
 
+    // Until the only fault that is switched on has been applied.
+    void WaitForFault() const;
+
     // Ends it with no warning.
     void Kill();
 

@@ -1,8 +1,10 @@
 // Faults that are switched on in the back end, seen by commands.
+#include <algorithm>
 #include <thread>
 
 #include "Ask.h"
 #include "BackEnd.h"
+#include "CapturedLog.h"
 #include "DbAgent.h"
 
 namespace wrb::test {
@@ -46,12 +48,46 @@ TEST_F(Faults, SpoilAnswersWhileTheyAreSwitchedOn) {
     EXPECT_NE(backEnd.Stop().find("FAULTS ARE ALLOWED"), std::string::npos);
 }
 
+// A question in text form and a serialized one.
+TEST_F(Faults, EachGivesItsAnswerAndItsLineAndTheNextCommandWorks) {
+    const BackEnd backEnd({L"--allow-faults"});
+    constexpr wchar_t kOne[] = L"CMDHL_GET_PS_CFG";
+    constexpr wchar_t kAll[] = L"CMDHL_GET_ALL_SCAN_CFG";
+    const struct {
+        const wchar_t* command;
+        const wchar_t* rule;
+        bool isSound;
+        const wchar_t* logged;
+    } kRows[] = {
+        {kOne, L"DB_GET_PSCF:close", false, L"DB_GET_PSCF - empty answer"},
+        {kOne, L"DB_GET_PSCF:delay=1s", true, nullptr},
+        {kAll, L"DBV2_CLIENT_GET_ALL_SCAN_CFG:close", false,
+         L"dbSendAndRecv - empty answer to DBV2_CLIENT_GET_ALL_SCAN_CFG"},
+        {kAll, L"DBV2_CLIENT_GET_ALL_SCAN_CFG:delay=1s", true, nullptr},
+        {kAll, L"DBV2_CLIENT_GET_ALL_SCAN_CFG:truncate", false, L"Out of range"},
+        {kAll, L"DBV2_CLIENT_GET_ALL_SCAN_CFG:garbage", false, nullptr},
+    };
+    for (const auto& [command, rule, isSound, logged] : kRows) {
+        SCOPED_TRACE(std::wstring(rule));
+        const std::wstring sound = Ask(command, kFullAgent);
+        EXPECT_GT(sound.size(), 100u);
+        ExpectRun(kControl, {L"fault", rule}, 0);
+        TakeCapturedLog();
+        EXPECT_EQ(Ask(command, kFullAgent), isSound ? sound : L"");
+        const std::vector<std::wstring> lines = TakeCapturedTexts();
+        EXPECT_TRUE(logged == nullptr ||
+                    std::ranges::any_of(lines, [&](const auto& line) { return line.find(logged) != line.npos; }))
+            << testing::PrintToString(lines);
+        ExpectRun(kControl, {L"fault", L"--clear"}, 0);
+        EXPECT_EQ(Ask(command, kFullAgent), sound);
+    }
+}
+
 TEST_F(Faults, SilenceLastsUntilTheBackEndEnds) {
     BackEnd backEnd({L"--allow-faults", L"--fault", L"DB_GET_IP:silence"});
     std::wstring answer = L"old";
     std::thread asker([&] { answer = Address(); });
-    while (ExpectRun(kControl, {L"fault"}, 0).find("applied 1 times") == std::string::npos) {
-    }
+    backEnd.WaitForFault();
     backEnd.Stop();
     asker.join();
     EXPECT_EQ(answer, L"");

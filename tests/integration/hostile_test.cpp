@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "AccessOf.h"
+#include "BackEnd.h"
 #include "CabinetBuilder.h"
 #include "CounterSection.h"
 #include "HandlerCounterBlock.h"
@@ -168,14 +169,13 @@ TEST(Hostile, AnAnswerToTheHostOrToAServiceIsRefusedHoweverTheNameIsSpelled) {
 }
 
 TEST(Hostile, ABackEndThatIsKilledLetsGoOfItsQuestions) {
-    const ChildProcess backEnd(L"pipe_child.exe", {L"DbServerNamePipe"});
-    ASSERT_TRUE(backEnd.WaitForOutput("serving"));
+    BackEnd backEnd({L"--allow-faults", L"--fault", L"DB_GET_MSCF:silence"});
     const Host host({L"--workers", L"1"});
     const std::jthread killer([&] {
-        EXPECT_TRUE(backEnd.WaitForOutput("asked"));
-        TerminateProcess(backEnd.Handle(), 1);
+        backEnd.WaitForFault();
+        backEnd.Kill();
     });
-    EXPECT_EQ(Ask(L"CMDHL_GET_MS_CFG", L"an agent"), L"");
+    EXPECT_EQ(Ask(L"CMDHL_GET_MS_CFG", kFullAgent), L"");
     ExpectSettings();
     host.ExpectEnd(0, {"handled 2, "});
 }
