@@ -106,6 +106,12 @@ class ConsoleTest(unittest.TestCase):
                            ("MaxWaitTime", 4294967295), ("MaxUploadTime", 60)):
             self.assertIn(f'<th scope="row">{key}</th><td class="n">{value}</td>', page)
 
+    def test_tells_a_person_its_version_and_a_browser_nothing_of_it(self):
+        for method, first in (({}, "cgiConsole "), ({"REQUEST_METHOD": "GET"}, "Status: 403 ")):
+            output = self.site.run(f"{self.site.programs}/cgiConsole.exe", "--version", env=os.environ | method,
+                                   stdout=subprocess.PIPE).stdout.decode()
+            self.assertTrue(output.startswith(first), output)
+
     def test_stores_the_form(self):
         hostile = '.EXE, <script>"&\''
         form = self.form(ScanBoot=0, ScanSpeed=2, CompressedLayer=255, ExtList=hostile)

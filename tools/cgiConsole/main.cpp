@@ -5,8 +5,10 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "Answer.h"
+#include "CommandLine.h"
 #include "DebugLog.h"
 #include "Frame.h"
 #include "INICache.h"
@@ -175,10 +177,24 @@ Answer SafeAnswer() try {
     return NoteAnswer("500 Internal Server Error", L"The request could not be served. The debug log says why.");
 }
 
+// The exit code for a person who asks for the version or help; nothing for a web server, which may pass words of the
+// query as arguments.
+std::optional<int> AnswerPerson() {
+    const std::vector<std::string> arguments = Utf8Arguments();
+    if (arguments.empty() || !GatewayVariable(L"REQUEST_METHOD").empty()) {
+        return std::nullopt;
+    }
+    CLI::App app{"The server's console in the browser: a web server runs it as a gateway program", "cgiConsole"};
+    return ParseArguments(app, arguments);
+}
+
 }  // namespace
 }  // namespace wrb
 
 int main() try {
+    if (const std::optional<int> code = wrb::AnswerPerson()) {
+        return *code;
+    }
     cmdhl_ReloadDebugSetting(L"", L"");  // for the library's lines; the next call is for our own
     DebugLogSetup(L"", L"", "CONSOLE", true);
     CPutStream out(false);
