@@ -1,9 +1,7 @@
 #include "ServiceClient.h"
 
-#include <new>
-
 #include "CmdProtocol.h"
-#include "INICache.h"
+#include "IniValues.h"
 #include "LastError.h"
 #include "MsgSerializer.h"
 
@@ -37,12 +35,7 @@ Delivery WriteMessage(CPipeClient& client, SourcePlace from, CMsgSerializer& mes
 }  // namespace
 
 uint32_t TimeoutMilliseconds(const Service& service) noexcept {
-    uint32_t seconds = kDefaultSeconds;
-    try {
-        seconds = ServerIniCache().readINIInt("INI_SERVER_SECTION", service.timeoutKey, kDefaultSeconds);
-    } catch (const std::bad_alloc&) {  // the default, then
-    }
-    return (seconds >= 1 && seconds <= kMostSeconds ? seconds : kDefaultSeconds) * 1000;
+    return ServerIniNumber(service.timeoutKey, kDefaultSeconds, kMostSeconds) * 1000;
 }
 
 int ReportDelivery(const Service& service, SourcePlace from, Delivery delivery) noexcept {

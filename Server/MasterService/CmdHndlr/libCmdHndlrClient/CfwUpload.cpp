@@ -1,7 +1,7 @@
 #include "CfwUpload.h"
 
 #include "DebugLog.h"
-#include "INICache.h"
+#include "IniValues.h"
 #include "QmAgentClient.h"
 #include "ServerStopEvent.h"
 #include "cmdlog_OutputCmd.h"
@@ -14,11 +14,6 @@ constexpr uint32_t kDefaultSeconds = 600;
 constexpr uint32_t kMostSeconds = 3600;
 constexpr uint32_t kStopMilliseconds = 5'000;
 constexpr uint32_t kLookMilliseconds = 100;  // between two looks at the stop event, which cost a call of the system
-
-uint32_t UploadMilliseconds() {
-    const uint32_t seconds = ServerIniCache().readINIInt("INI_SERVER_SECTION", "UploadSeconds", kDefaultSeconds);
-    return (seconds >= 1 && seconds <= kMostSeconds ? seconds : kDefaultSeconds) * 1000;
-}
 
 // Only a time-out leaves a service out: every other failure comes at once, and the service may be back soon.
 template <typename Target>
@@ -38,7 +33,8 @@ bool Send(Target& target, const wchar_t* name, const FirewallLogEntry& entry) no
 }  // namespace
 
 CfwUpload::CfwUpload(const std::wstring& uid)
-    : CfwUpload(uid, {qmaSendFirewallLog, cmdlog_SendCfwLog}, UploadMilliseconds()) {}
+    : CfwUpload(uid, {qmaSendFirewallLog, cmdlog_SendCfwLog},
+                ServerIniNumber("UploadSeconds", kDefaultSeconds, kMostSeconds) * 1000) {}
 
 CfwUpload::CfwUpload(const std::wstring& uid, const CfwLogTargets& targets, uint32_t milliseconds)
     : m_uid(uid),

@@ -6,6 +6,7 @@
 #include "CallFacts.h"
 #include "Deadline.h"
 #include "INICache.h"
+#include "IniValues.h"
 #include "Patience.h"
 #include "PipePath.h"
 #include "ServiceClient.h"
@@ -19,11 +20,13 @@ constinit wrb::LongWaits slowReplies;
 unsigned MostSlowReplies() noexcept {
     constexpr uint32_t kDefaultWorkers = 20;
     constexpr uint32_t kMost = wrb::LongWaits::kMostPlaces;
+    if (const uint32_t most = wrb::ServerIniNumber("SlowReplies", 0, kMost)) {
+        return most;
+    }
     try {
-        const uint32_t most = ServerIniCache().readINIInt("INI_SERVER_SECTION", "SlowReplies", 0);
         const uint32_t workers =
             ScanIniCache().readINIInt("INI_SERVER_SECTION", "Command_Handler_Static_Thread_Number", kDefaultWorkers);
-        return most >= 1 && most <= kMost ? most : std::clamp(workers, 2u, kMost) / 2;
+        return std::clamp(workers, 2u, kMost) / 2;
     } catch (const std::bad_alloc&) {
         return kDefaultWorkers / 2;
     }
