@@ -11,6 +11,7 @@
 #include "CmdProtocol.h"
 #include "DbApiHeader.h"
 #include "DebugLog.h"
+#include "IniValues.h"
 #include "MsgSerializer.h"
 #include "PipeServer.h"
 #include "ServiceClient.h"
@@ -25,6 +26,18 @@ constexpr wrb::Service kAskedService = {wrb::kDbServerPipe,
                                         L"%s - pipe send failed with win32 error code [%d]", L"SendAndRecv"};
 constexpr wrb::Service kMessageService = {wrb::kDbServerPipe, L"[dbSend] Initial pipe client failed! err=%d",
                                           L"[dbSend] pipe send failed!. err=%d"};
+
+// How much memory the answers of all requests may take, as AnswerMemory counts it.
+uint64_t SharedAnswerBytes() noexcept {
+    constexpr uint32_t kMostMiB = 1024;
+    return uint64_t{wrb::ServerIniNumber("AnswerMemoryInM", wrb::AnswerMemory::kTogether >> 20, kMostMiB)} << 20;
+}
+
+// Before the request: the reply pipe stands before it can be answered.
+bool OpenReplyPipe(CPipeServer& server, const wchar_t* name, uint32_t timeoutSeconds) {
+    server.LimitOthers(SharedAnswerBytes());
+    return server.Initial(name, timeoutSeconds);
+}
 
 wrb::Delivery WriteFramed(CPipeClient& client, const wchar_t* caller, std::span<const uint8_t> request) {
     if (wrb::CallFacts* const facts = wrb::CurrentCallFacts()) {
@@ -92,7 +105,7 @@ int wrb::Send(const CCmdProtocol& request, const wchar_t* caller) {
 int wrb::SendAndRecv(const CCmdProtocol& request, int32_t replyId, CPipeServer& server, uint32_t timeoutSeconds,
                      const wchar_t* caller) {
     WRB_LOG(kLogDebug, L"[DbClient] SendAndRecv %s", request.Text().data());
-    if (!server.Initial(FormatWide(L"DbCln_%d", replyId).c_str(), timeoutSeconds)) {
+    if (!OpenReplyPipe(server, FormatWide(L"DbCln_%d", replyId).c_str(), timeoutSeconds)) {
         WRB_LOG(kLogError, L"%s - Initial pipe server failed", L"SendAndRecv");
         return 0;
     }
@@ -108,7 +121,7 @@ int dbSend(CMsgSerializer& message, const wchar_t* caller) noexcept {
 
 int wrb::SendAndRecv(CMsgSerializer& message, const wchar_t* caller, uint32_t timeoutSeconds) {
     CPipeServer server;
-    if (!server.Initial(message.Id().c_str(), timeoutSeconds)) {
+    if (!OpenReplyPipe(server, message.Id().c_str(), timeoutSeconds)) {
         WRB_LOG(kLogError, L"[PipeSendAndRecvW] Initial pipe server failed!");
         return 0;
     }

@@ -166,6 +166,7 @@ bool CPipeServer::Fetch(String& out, DWORD* clientPid, const wchar_t* appendFail
         WRB_LOG(kLogError, L"[CPipeServer::FetchCmd] m_buf == NULL");
         return false;
     }
+    m_memory.Release();
     m_isTimed = false;
     DWORD readBytes = kReadBytes;
     for (DWORD fill = 0;;) {
@@ -196,11 +197,18 @@ bool CPipeServer::Fetch(String& out, DWORD* clientPid, const wchar_t* appendFail
 }
 
 template <typename String>
-bool CPipeServer::AppendBuffer(String& out, DWORD bytes, const wchar_t* appendFailure) const {
+bool CPipeServer::AppendBuffer(String& out, DWORD bytes, const wchar_t* appendFailure) {
     using Character = typename String::value_type;
     if (bytes > kLargestMessageBytes - out.size() * sizeof(Character)) {
         WRB_LOG(kLogError, L"[CPipeServer::FetchCmd] The message on %s is longer than %u bytes!", m_path,
                 static_cast<unsigned>(kLargestMessageBytes));
+        return false;
+    }
+    if (!m_memory.Grow(bytes)) {
+        WRB_LOG(kLogWarning,
+                L"[CPipeServer::FetchCmd] The message on %s is refused, others take more than %u bytes! %u refused so "
+                L"far",
+                m_path, static_cast<unsigned>(m_memory.Limit()), wrb::AnswerMemory::Refused());
         return false;
     }
     try {

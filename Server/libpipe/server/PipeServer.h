@@ -19,6 +19,7 @@
 #include <memory>
 #include <string>
 
+#include "AnswerMemory.h"
 #include "Handle.h"
 #include "PipeClient.h"
 #include "ReceiveBuffer.h"
@@ -27,8 +28,9 @@
 
 class CPipeServer {
   public:
-    // A message longer than this is refused: a peer must not be able to use up the service's memory.
-    static constexpr uint64_t kLargestMessageBytes = 256u << 20;
+    // A message longer than this is refused: a peer must not be able to use up the service's memory. A command message
+    // cannot store a longer text, and large serialized messages travel in files.
+    static constexpr uint64_t kLargestMessageBytes = 16u << 20;
 
     CPipeServer();
     ~CPipeServer();  // cancels what is pending and waits for it before anything is freed or handed on
@@ -54,8 +56,13 @@ class CPipeServer {
     // with one log line. Without effect where the system does not tell that process.
     void EndWith(const CPipeClient& client) noexcept;
 
+    // How many bytes the messages that other servers of this process read may take together; AnswerMemory::kTogether
+    // without this call. Beyond that a message is refused with one log line at level 'W'. It counts from its arrival to
+    // the next fetch or the end of its server.
+    void LimitOthers(uint64_t bytes) noexcept { m_memory.SetLimit(bytes); }
+
     // Reads one whole message, which may be empty. The wide form takes the bytes as UTF-16 and drops an odd last one.
-    // False when the user-defined object was signalled, the process of EndWith has ended or the message is too long;
+    // False when the user-defined object was signalled, the process of EndWith has ended or the message is refused;
     // `out` is then of no use. `clientPid` receives the writer's process id, or 0 where it cannot be told.
     bool FetchCmd(std::string& out, DWORD* clientPid = nullptr);
     bool FetchCmd(std::wstring& out, DWORD* clientPid = nullptr);
@@ -81,7 +88,7 @@ class CPipeServer {
     template <typename String>
     bool Fetch(String& out, DWORD* clientPid, const wchar_t* appendFailure);
     template <typename String>
-    bool AppendBuffer(String& out, DWORD bytes, const wchar_t* appendFailure) const;
+    bool AppendBuffer(String& out, DWORD bytes, const wchar_t* appendFailure);
     ReadResult ReadPipe(uint8_t* buffer, DWORD& length, DWORD* clientPid);
     ReadResult AwaitInstance(uint32_t& instance);
     ReadResult AwaitClient(uint32_t& instance);
@@ -94,6 +101,7 @@ class CPipeServer {
     wrb::ModuleHandle m_kernel32;
     GetClientPid* m_getClientPid = nullptr;  // null where the system lacks it
     wrb::ReceiveBuffer m_buffer;
+    wrb::AnswerMemory m_memory;  // of the present message
     wchar_t m_path[kPathCharacters] = {};
     uint32_t m_timeoutSeconds = 0;
     bool m_isTimed = false;               // the timer runs for the present message

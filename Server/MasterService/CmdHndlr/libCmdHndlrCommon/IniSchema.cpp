@@ -115,6 +115,7 @@ std::vector<IniSection> OtherSections() {
           Number(L"ServiceTimeoutSeconds", 1, 3600),
           Number(L"SlowReplies", 1, 254),
           Number(L"UploadSeconds", 1, 3600),
+          Number(L"AnswerMemoryInM", 1, 1024),
           {L"BackEndStore"}}},
         {IniFile::Server, L"Console", {Switch(L"RequireUser"), {L"LogFolder"}}},
         {IniFile::Server, L"INI_PRODUCT_SECTION", {{L"ProductName"}, {L"ProductVersion"}, {L"BuildNumber"}}},

@@ -264,6 +264,26 @@ TEST_F(PipeServer, RefusesAMessageWithoutEnd) {
     client.join();
 }
 
+// What one server has read counts until it fetches again or ends; a single message is never refused.
+TEST_F(PipeServer, MessagesShareTheirMemory) {
+    std::string fetched;
+    const auto fetch = [&](CPipeServer& server, std::size_t bytes, const std::wstring& name) {
+        EXPECT_TRUE(server.Initial(name.c_str(), 30u));
+        server.LimitOthers(999);
+        const std::jthread peer([&] { WritePiece(OpenPipeForWriting(name), std::string(bytes, 'x')); });
+        return server.FetchCmd(fetched) && fetched.size() == bytes;
+    };
+    CPipeServer large;
+    EXPECT_TRUE(fetch(large, 1'000, m_name));
+    for (const bool isAlone : {false, true}) {
+        CPipeServer server;
+        const std::wstring name = UniqueName();
+        EXPECT_EQ(fetch(server, 1, name), isAlone);
+        const std::jthread peer([&] { WritePiece(OpenPipeForWriting(m_name), "short"); });
+        EXPECT_TRUE(large.FetchCmd(fetched));
+    }
+}
+
 TEST_F(PipeServer, TwoThousandRequestsLeaveNothingBehind) {
     const std::wstring service = UniqueName(L"service");
     const FakePipeService upper(

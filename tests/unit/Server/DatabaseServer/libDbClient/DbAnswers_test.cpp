@@ -2,6 +2,8 @@
 // silent.
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "CapturedLog.h"
 #include "CmdProtocol.h"
 #include "DbAgent.h"
@@ -9,8 +11,10 @@
 #include "DbTransport.h"
 #include "DbVexor.h"
 #include "FakeDbService.h"
+#include "INICache.h"
 #include "MsgSerializer.h"
 #include "PipeServer.h"
+#include "TempFolder.h"
 
 namespace {
 
@@ -111,6 +115,21 @@ TEST(DbFailures, AnswerThatNeverComesEndsWithTheTimeOut) {
     CMsgSerializer message(L"DBV2_TEST");
     EXPECT_THAT(LogOf([&] { EXPECT_EQ(dbSendAndRecv(message, L"caller", 1), 0); }),
                 testing::Contains(L"[dbSendAndRecv] PipeServer.FetchCmd Failed!"));
+}
+
+TEST(DbFailures, AnAnswerForWhichNoMemoryIsLeftIsRefused) {
+    const wrb::test::TempFolder folder;
+    wrb::test::WriteAll(folder / L"server.ini", "[INI_SERVER_SECTION]\r\nAnswerMemoryInM=1\r\n");
+    ServerIniCache().init((folder / L"server.ini").c_str(), 3600);
+    const FakeDbService service([](const DbRequest&) { return WideBytes(L"answer"); });
+    std::wstring text;
+    for (const uint32_t bytes : {1u << 20, (1u << 20) + 1}) {
+        wrb::AnswerMemory others;
+        EXPECT_TRUE(others.Grow(bytes));
+        const auto lines = LogOf([&] { EXPECT_EQ(dbGetIpW(L"uid", text, 0), bytes == 1u << 20); });
+        EXPECT_EQ(std::ranges::count(lines, L"PipeServer.FetchCmd Failed!"), bytes == 1u << 20 ? 0 : 1);
+    }
+    ServerIniCache().init((folder / L"none").c_str(), 3600);
 }
 
 // The file of a request is deleted when nobody reads it: the answer is a time-out, or empty.
