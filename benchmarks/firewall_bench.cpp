@@ -125,7 +125,7 @@ void ParseRecords(benchmark::State& state) {
     const AllocationCounter counter(state);
     while (state.KeepRunningBatch(kParsed)) {
         CfwUpload upload(kSampleUid, {Take, Take}, 600'000);
-        if (ForwardCfwLogFile(upload, file.c_str()) != 1) {
+        if (processCFWLogFile(upload.Uid(), file.c_str(), upload) != 1) {
             state.SkipWithError("a record was lost");
         }
     }

@@ -87,8 +87,8 @@ Upload ReadUpload(CCmdProtocol& message) {
 bool ProcessFirewallLog(const char* entry, const char* directory, unsigned event, void* context) {
     wrb::CfwUpload& records = *static_cast<wrb::CfwUpload*>(context);
     std::wstring uid = records.Uid();
-    return cmdhl_ProcessExtractedLog(entry, directory, event, &uid, [&records](auto&, auto* fileName) {
-        return wrb::ForwardCfwLogFile(records, fileName);
+    return cmdhl_ProcessExtractedLog(entry, directory, event, &uid, [&records](auto& agent, auto* fileName) {
+        return processCFWLogFile(agent, fileName, records);
     });
 }
 

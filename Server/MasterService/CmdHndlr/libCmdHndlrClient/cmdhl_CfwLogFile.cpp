@@ -34,7 +34,8 @@ void LogFormatError(const Item& item) {
 
 class RecordForwarder {
   public:
-    explicit RecordForwarder(CfwUpload& upload) : m_uid(upload.Uid().c_str()), m_upload(upload), m_lost(upload.lost) {}
+    RecordForwarder(const std::wstring& uid, CfwUpload& upload)
+        : m_uid(uid.c_str()), m_upload(upload), m_lost(upload.lost) {}
 
     bool IsOver() const noexcept { return m_upload.IsOver(); }
 
@@ -131,10 +132,12 @@ PfwLogVersion VersionOf(HANDLE file, uint32_t size) {
 }
 
 }  // namespace
+}  // namespace wrb
 
-int32_t ForwardCfwLogFile(CfwUpload& upload, const wchar_t* fileName) {
+int32_t processCFWLogFile(const std::wstring& uid, const wchar_t* fileName, wrb::CfwUpload& upload) {
+    using namespace wrb;
     WRB_LOG(kLogDebug8, L"processCFWLogFile: FileName=%s", fileName);
-    RecordForwarder forwarder(upload);
+    RecordForwarder forwarder(uid, upload);
     const FileHandle file = OpenLog(fileName);
     if (!file) {
         const DWORD error = GetLastError();
@@ -156,11 +159,4 @@ int32_t ForwardCfwLogFile(CfwUpload& upload, const wchar_t* fileName) {
             L"(sizeof(SWRB_PFW_LOG_ITEM)=(%d)",
             size, PfwLogRecordSize(PfwLogVersion::kV0), PfwLogRecordSize(PfwLogVersion::kV1));
     return kForwarded;
-}
-
-}  // namespace wrb
-
-int32_t processCFWLogFile(const std::wstring& uid, const wchar_t* fileName) {
-    wrb::CfwUpload upload(uid);
-    return wrb::ForwardCfwLogFile(upload, fileName);
 }

@@ -64,7 +64,7 @@ class CfwLogFile : public testing::Test {
 
     int32_t ForwardFile(const std::filesystem::path& path, uint32_t milliseconds = 600'000) {
         wrb::CfwUpload upload(L"uid", {Take<kAgent>, Take<kPool>}, milliseconds);
-        const int32_t result = wrb::ForwardCfwLogFile(upload, path.c_str());
+        const int32_t result = processCFWLogFile(L"uid", path.c_str(), upload);
         m_lost.rows += upload.lost.rows;
         m_lost.events += upload.lost.events;
         return result;
@@ -244,7 +244,7 @@ TEST_F(CfwLogFile, AFileThatCannotBeOpenedIsLost) {
 
 TEST_F(CfwLogFile, AMissingFileIsOnlyLogged) {
     const std::wstring name = (m_folder / L"none").wstring();
-    EXPECT_EQ(processCFWLogFile(L"uid", name.c_str()), 1);
+    EXPECT_EQ(ForwardFile(name), 1);
     EXPECT_EQ(CheckPFWLogVersion(INVALID_HANDLE_VALUE), -1);
     EXPECT_EQ(TakeCapturedLog(),
               (std::vector<CapturedLine>{{8, L"processCFWLogFile: FileName=" + name},
