@@ -14,6 +14,7 @@
 #include "INICache.h"
 #include "ManualClock.h"
 #include "OSException.h"
+#include "OnThreads.h"
 #include "ServerHome.h"
 #include "UniqueName.h"
 #include "cmdhl_Reply.h"
@@ -62,6 +63,21 @@ TEST_F(EntryPoints, SleepLogsItsContentAndSleepsAsItsSeedSays) {
     Tell(L"CMDHL_SLEEP\tsome content\tspare");
     EXPECT_GE(GetTickCount64() - start, milliseconds() - 50);
     EXPECT_THAT(TakeCapturedTexts(), testing::ElementsAre(L"content:[some content]"));
+}
+
+// Two threads sleep as often as they may, until one finds the other asleep.
+TEST_F(EntryPoints, OneCommandSleepsAtATime) {
+    std::atomic<bool> isRefused{false};
+    TakeCapturedLog();
+    wrb::test::OnThreads(2, [&](unsigned) {
+        while (!isRefused) {
+            Tell(L"CMDHL_SLEEP\tcontent");
+            for (const CapturedLine& line : TakeCapturedLog()) {
+                isRefused =
+                    isRefused || line == CapturedLine{kLogWarning, L"cmdhl_Sleep - refused, another command sleeps."};
+            }
+        }
+    });
 }
 
 // A body that does not fit into the pipe, so that the write is still under way when the reader goes.
