@@ -1,7 +1,8 @@
 // WrbPfwCommon_64x.dll (WrbPfwCommon.h), which unpacks packages. It is loaded at its first use, from the folder of this
 // library (of the program, where the code is linked into one) only, and stays loaded. When it is not there, or has no
 // fpkExtractFile, or no trusted signature although the server INI wants one (RequireSignedLibraries), one line is
-// logged and every unpacking fails until the process starts anew.
+// logged and every unpacking fails until the process starts anew. While another process holds the file, the
+// unpacking fails, too, and a later one tries again.
 #pragma once
 
 #include <windows.h>

@@ -123,11 +123,11 @@ void OpenMade(UploadFile& folder) {
 
 UploadFile OpenUploadedPackage(const std::wstring& path) {
     UploadFile package;
+    const CancelAfter limit(kUploadFileMilliseconds);
     if (!IsLocalPath(path)) {
         Refuse(package, kNoLocalPath);
         return package;
     }
-    const CancelAfter limit(kUploadFileMilliseconds);
     if (!limit) {
         package.error = limit.Error();
         return package;
@@ -146,11 +146,11 @@ UploadFile OpenUploadedPackage(const std::wstring& path) {
 UploadFile MakeUploadFolder(const std::wstring& path) {
     UploadFile folder;
     const std::size_t name = path.find_last_of(L"\\/") + 1;
+    const CancelAfter limit(kUploadFileMilliseconds);
     if (!IsLocalPath(path) || !IsPlainFileName(std::wstring_view(path).substr(name))) {
         Refuse(folder, kNoLocalPath);
         return folder;
     }
-    const CancelAfter limit(kUploadFileMilliseconds);
     const FileHandle parent = limit ? OpenFolder(path.substr(0, name)) : FileHandle();
     if (!parent) {
         folder.error = limit ? GetLastError() : limit.Error();
