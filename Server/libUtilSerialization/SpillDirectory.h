@@ -25,8 +25,8 @@ std::vector<std::wstring> SpillDirectories();
 // (GetLastError has the cause of the last).
 std::wstring CreateFileInSpillDirectory();
 
-// How long opening and deleting such a file may take: another process can hold them up with an oplock. Then they fail
-// with ERROR_OPERATION_ABORTED (995).
+// How long opening, granting and deleting such a file may take each: another process can hold them up with an oplock.
+// Then they fail with ERROR_OPERATION_ABORTED (995).
 inline constexpr uint32_t kSpillFileMilliseconds = 10'000;
 
 // Keeps the last error.

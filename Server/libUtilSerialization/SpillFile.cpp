@@ -6,6 +6,7 @@
 
 #include <filesystem>
 
+#include "CancelAfter.h"
 #include "Handle.h"
 #include "LastError.h"
 #include "SpillDirectory.h"
@@ -13,6 +14,7 @@
 namespace wrb {
 std::unique_ptr<SpillFile> SpillFile::Create() {
     std::unique_ptr<SpillFile> file(new SpillFile);  // first, so that there is always an owner of what is created
+    const CancelAfter limit(kSpillFileMilliseconds);
     file->m_path = CreateFileInSpillDirectory();
     if (file->m_path.empty()) {
         return nullptr;
@@ -40,6 +42,7 @@ bool SpillFile::Close() {
 
 bool SpillFile::OpenToReceivers() const {
     LocalMemory descriptor;
+    const CancelAfter limit(kSpillFileMilliseconds);
     return ConvertStringSecurityDescriptorToSecurityDescriptorW(kReceiverAccess, SDDL_REVISION_1, descriptor.Receive(),
                                                                 nullptr) != FALSE &&
            SetFileSecurityW(m_path.c_str(), DACL_SECURITY_INFORMATION, descriptor.Get()) != FALSE;
