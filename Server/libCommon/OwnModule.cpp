@@ -10,6 +10,7 @@ namespace wrb {
 namespace {
 
 constexpr DWORD kModulePathCapacity = 32768;
+const LPCWSTR kVersionResource = MAKEINTRESOURCEW(16);  // RT_VERSION, for wide functions
 
 // The value in the version resource, or null. It lies in `resource`.
 template <typename Value>
@@ -31,24 +32,9 @@ std::wstring QueryText(const std::vector<BYTE>& resource, const wchar_t* name) {
     return text != nullptr ? text : L"";
 }
 
-}  // namespace
-
-std::wstring OwnModulePath() {
-    static const wchar_t here = L'\0';
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, &here,
-                       &module);
-    std::wstring path(kModulePathCapacity, L'\0');
-    path.resize(GetModuleFileNameW(module, path.data(), kModulePathCapacity));
-    return path;
-}
-
-ModuleVersion ReadModuleVersion(const std::wstring& path) {
+ModuleVersion VersionIn(const std::vector<BYTE>& resource) {
     ModuleVersion version;
-    DWORD ignored = 0;
-    std::vector<BYTE> resource(GetFileVersionInfoSizeW(path.c_str(), &ignored));
-    if (resource.empty() ||
-        !GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data())) {
+    if (resource.empty()) {
         return version;
     }
     if (const auto* const fixed = Query<VS_FIXEDFILEINFO>(resource, L"\\", sizeof(VS_FIXEDFILEINFO))) {
@@ -57,6 +43,38 @@ ModuleVersion ReadModuleVersion(const std::wstring& path) {
     version.productName = QueryText(resource, L"ProductName");
     version.productVersion = QueryText(resource, L"ProductVersion");
     return version;
+}
+
+HMODULE OwnModule() noexcept {
+    static const wchar_t here = L'\0';
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, &here,
+                       &module);
+    return module;
+}
+
+}  // namespace
+
+std::wstring OwnModulePath() {
+    std::wstring path(kModulePathCapacity, L'\0');
+    path.resize(GetModuleFileNameW(OwnModule(), path.data(), kModulePathCapacity));
+    return path;
+}
+
+ModuleVersion ReadModuleVersion(const std::wstring& path) {
+    DWORD ignored = 0;
+    std::vector<BYTE> resource(GetFileVersionInfoSizeW(path.c_str(), &ignored));
+    const bool isRead = !resource.empty() && GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(resource.size()),
+                                                                 resource.data()) != FALSE;
+    return isRead ? VersionIn(resource) : ModuleVersion();
+}
+
+ModuleVersion OwnModuleVersion() {
+    const HMODULE module = OwnModule();
+    const HRSRC found = FindResourceW(module, MAKEINTRESOURCEW(VS_VERSION_INFO), kVersionResource);
+    const HGLOBAL loaded = found != nullptr ? LoadResource(module, found) : nullptr;
+    const auto* const bytes = static_cast<const BYTE*>(loaded != nullptr ? LockResource(loaded) : nullptr);
+    return bytes != nullptr ? VersionIn({bytes, bytes + SizeofResource(module, found)}) : ModuleVersion();
 }
 
 }  // namespace wrb

@@ -18,4 +18,7 @@ struct ModuleVersion {
 
 ModuleVersion ReadModuleVersion(const std::wstring& path);
 
+// That of OwnModulePath, from memory: nobody can hold it up.
+ModuleVersion OwnModuleVersion();
+
 }  // namespace wrb

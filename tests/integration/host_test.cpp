@@ -11,6 +11,7 @@ TEST(Host, ServesTheLibraryUntilItIsStopped) {
     EXPECT_EQ(Ask(L"CMDHL_ECHO", L"hello"), L"hello");
     EXPECT_EQ(Ask(L"CMDHL_GET_MS_CFG", L"an-agent"), L"") << "no database server runs";
     EXPECT_TRUE(Ask(L"CMDHL_GET_MS_CFG", L"").starts_with(L"[Manual Scan Configuration]\n"));
+    EXPECT_TRUE(Ask(L"CMDHL_GET_PRODUCT_INFO", L"").starts_with(L"Warrenby\t")) << "of the library's resource";
     EXPECT_TRUE(SendText(L"CMDHL_NO_SUCH_COMMAND"));
     ExpectRun(kHost, {}, 1, "already running");
     const struct {
@@ -29,7 +30,7 @@ TEST(Host, ServesTheLibraryUntilItIsStopped) {
         ExpectRun(L"wrbctl.exe", all, 0, output);
     }
     EXPECT_EQ(Ask(L"CMDHL_ECHO", L"still here"), L"still here");
-    host.ExpectEnd(0, {"wrbhost: serving with 3 workers", "handled 4, refused 1, threw 0, dropped 0"});
+    host.ExpectEnd(0, {"wrbhost: serving with 3 workers", "handled 5, refused 1, threw 0, dropped 0"});
     ExpectRun(kHost, {L"--stop"}, 3, "not running");
 }
 

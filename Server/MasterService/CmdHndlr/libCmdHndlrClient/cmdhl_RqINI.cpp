@@ -57,7 +57,7 @@ bool GetServerName(std::wstring& output) {
 }
 
 bool GetProductInfo(std::wstring& output, const wchar_t* uid) {
-    static const ModuleVersion own = ReadModuleVersion(OwnModulePath());
+    static const ModuleVersion own = OwnModuleVersion();
     const std::wstring agent = CutUid(uid);
     uint32_t platform = 0;
     uint32_t architecture = 0;
