@@ -273,6 +273,48 @@ TEST(Hostile, RecordsThatNoServiceTakesAreCounted) {
     EXPECT_EQ(counters.Undelivered().events, 100u);
 }
 
+// A service that is slow and not hung: the upload is cut short when the host stops, and every record is accounted for.
+TEST(Hostile, AStopCutsAnUploadShortAndCountsTheRest) {
+    constexpr unsigned kRecords = 20'000;
+    const ServerHome home;
+    const std::string record = BytesOf(SampleRecord<SWRB_PFW_LOG_ITEM>());
+    std::string records;
+    for (unsigned i = 0; i < kRecords; ++i) {
+        records += record;
+    }
+    home.Write(L"Upload\\package", BuildCabinet({{"a.log", records}}));
+    const FakePipeService pool(kLogPoolPipe, [](const Received&) { Sleep(10); });
+    const Host host({});
+    CounterReader counters;
+    uint32_t error = 0;
+    ASSERT_EQ(counters.Attach(error), CounterAttach::Attached) << error;
+    const std::wstring fields = FirewallUpload(home / L"Upload\\package", home / L"Upload\\dir-");
+    EXPECT_EQ(Ask(L"CMDHL_PFW_SET_LOG", fields.c_str()), L"1");
+    EXPECT_FALSE(pool.WaitFor(1).empty());
+    host.ExpectEnd(0, {"handled 1, "});
+    EXPECT_EQ(counters.Undelivered().rows + pool.WaitFor(0).size(), kRecords);
+    EXPECT_GT(counters.Undelivered().rows, 0u);
+    EXPECT_EQ(counters.Undelivered().events, kRecords) << "nobody takes them";
+}
+
+// Whoever has it open keeps the upload from being read, and no worker.
+TEST(Hostile, AHeldPackageEndsItsUploadAtOnce) {
+    const ServerHome home;
+    home.Write(L"Upload\\package", BuildCabinet({{"a.log", BytesOf(SampleRecord<SWRB_PFW_LOG_ITEM>())}}));
+    const std::filesystem::path package = home / L"Upload\\package";
+    const std::wstring fields = FirewallUpload(package, home / L"Upload\\dir-");
+    const Host host({L"--workers", L"1"});
+    {
+        const FileHandle held(CreateFileW(package.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        ASSERT_TRUE(held);
+        EXPECT_EQ(Ask(L"CMDHL_PFW_SET_LOG", fields.c_str()), L"0");
+    }
+    EXPECT_TRUE(std::filesystem::exists(package));
+    EXPECT_EQ(Ask(L"CMDHL_PFW_SET_LOG", fields.c_str()), L"1");
+    host.ExpectEnd(0, {"handled 2, "});
+    EXPECT_FALSE(std::filesystem::exists(package));
+}
+
 // Uids of half a megabyte: the ticket's lists keep 36 characters of each.
 TEST(Hostile, LongUidsAreNotKept) {
     const ServerHome home;
