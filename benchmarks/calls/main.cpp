@@ -38,8 +38,10 @@ constexpr struct {
     {"unknown command", Unknown, 0, "nothing", Nothing},
     {"CMDHL_ECHO", Echo, 6, "one bare message", BareEcho},
     {"CMDHL_GET_MS_CFG, server-wide", GetServerScan, 10, "one bare message of two pieces", BareReply},
-    // Four of them ask for the process that serves each request, so that its end ends the wait; Wine makes two of one.
-    {"CMDHL_GET_MS_CFG", GetManualScan, 48, "five bare connections", FiveConnections},
+    // Eight of them ask for the process that serves each request, whose end ends the wait, and for the one that
+    // answers: no other may. Windows makes one call of each question, Wine two. The processes are not kept from the
+    // request before: the service may have a new one while the former still runs, and its answers would be refused.
+    {"CMDHL_GET_MS_CFG", GetManualScan, 50, "five bare connections", FiveConnections},
     {"CMDHL_SET_MS_CFG", SetManualScan, 14, "two bare messages", TwoMessages},
     {"CMDHL_PFW_UPDATE_CFW_COUNT", CountFirewall, 8, "one bare message", OneMessage},
 };

@@ -13,10 +13,11 @@ namespace {
 constexpr int kBusyRetries = 5;
 constexpr DWORD kBusyRetryMilliseconds = 100;
 constexpr DWORD kClientWaitMilliseconds = 1000;  // how long clients of a busy pipe wait by default
-constexpr int64_t kTimerUnitsPerSecond = 10'000'000;
+constexpr int64_t kTimerUnitsPerMillisecond = 10'000;
+constexpr DWORD kUntimedMilliseconds = 100;  // most answers are there sooner, and need no timer
 
-// Armed or expired: a server with a time-out arms its timer before the first wait for a message, which starts it anew.
-// A server without one never does, so it takes none of these.
+// Armed or expired: a server with a time-out arms its timer before it waits for it, which starts it anew. A server
+// without one never does, so it takes none of these.
 constinit wrb::Spares<wrb::KernelObjectTraits> spareTimers;
 
 HANDLE MakeTimer() noexcept {
@@ -167,6 +168,7 @@ bool CPipeServer::Fetch(String& out, DWORD* clientPid, const wchar_t* appendFail
         return false;
     }
     m_memory.Release();
+    m_waitStart = 0;
     m_isTimed = false;
     DWORD readBytes = kReadBytes;
     for (DWORD fill = 0;;) {
@@ -249,7 +251,6 @@ CPipeServer::ReadResult CPipeServer::AwaitInstance(uint32_t& instance) {
         return ReadResult::Ended;
     }
     ReconnectSpentInstances();
-    ArmTimer();
     for (bool isFirst = true;; isFirst = false) {
         const ReadResult result = AwaitClient(instance);
         if (result != ReadResult::Data || !IsStranger(m_instances[instance].Pipe())) {
@@ -266,8 +267,7 @@ CPipeServer::ReadResult CPipeServer::AwaitInstance(uint32_t& instance) {
 }
 
 CPipeServer::ReadResult CPipeServer::AwaitClient(uint32_t& instance) {
-    const DWORD signalled =
-        WaitForMultipleObjects(m_instanceCount + (m_peer == nullptr ? 1 : 2), m_waitHandles.get(), FALSE, INFINITE);
+    const DWORD signalled = Wait();
     if (signalled == WAIT_OBJECT_0) {
         return ReadResult::Cancelled;
     }
@@ -277,6 +277,20 @@ CPipeServer::ReadResult CPipeServer::AwaitClient(uint32_t& instance) {
     instance = signalled - WAIT_OBJECT_0 - 1;
     const bool connected = instance < m_instanceCount && m_instances[instance].FinishConnect();
     return connected ? ReadResult::Data : ReadResult::Ended;
+}
+
+DWORD CPipeServer::Wait() {
+    const DWORD count = m_instanceCount + (m_peer == nullptr ? 1 : 2);
+    if (HasOwnTimer() && m_waitStart == 0) {
+        m_waitStart = GetTickCount64();
+        const DWORD others = count - 1;  // without the timer, which comes first and may be signalled still
+        const DWORD signalled = WaitForMultipleObjects(others, m_waitHandles.get() + 1, FALSE, kUntimedMilliseconds);
+        if (signalled != WAIT_TIMEOUT) {
+            return signalled < WAIT_OBJECT_0 + others ? signalled + 1 : signalled;
+        }
+    }
+    ArmTimer();
+    return WaitForMultipleObjects(count, m_waitHandles.get(), FALSE, INFINITE);
 }
 
 // Called before a wait, not at the end of a message: most servers are destroyed after their one message, and starting
@@ -289,14 +303,20 @@ void CPipeServer::ReconnectSpentInstances() {
     }
 }
 
+bool CPipeServer::HasOwnTimer() const {
+    return m_timeoutSeconds != 0 && m_userObject == m_ownedUserObject.Get();
+}
+
 // Once a message: a client that writes a little now and then must not hold its reader longer than a silent one.
 void CPipeServer::ArmTimer() {
     if (m_timeoutSeconds == 0 || m_isTimed) {
         return;
     }
     m_isTimed = true;
+    const ULONGLONG waited = m_waitStart == 0 ? 0 : GetTickCount64() - m_waitStart;
     LARGE_INTEGER due;
-    due.QuadPart = -static_cast<int64_t>(m_timeoutSeconds) * kTimerUnitsPerSecond;  // negative: from now
+    due.QuadPart = static_cast<int64_t>(waited - m_timeoutSeconds * 1'000ull) * kTimerUnitsPerMillisecond;
+    due.QuadPart = std::min<LONGLONG>(due.QuadPart, 0);  // negative: from now
     if (!SetWaitableTimer(m_userObject, &due, 0, nullptr, nullptr, FALSE)) {
         WRB_LOG(kLogWarning, L"SetWaitableTimer failed (%d)\n", GetLastError());
     }
@@ -304,8 +324,7 @@ void CPipeServer::ArmTimer() {
 
 // The server's own timer counts only during a wait.
 bool CPipeServer::WasUserObjectSignalled() const {
-    const bool ownTimer = m_timeoutSeconds != 0 && m_userObject == m_ownedUserObject.Get();
-    return !ownTimer && WaitForSingleObject(m_userObject, 0) == WAIT_OBJECT_0;
+    return !HasOwnTimer() && WaitForSingleObject(m_userObject, 0) == WAIT_OBJECT_0;
 }
 
 bool CPipeServer::IsStranger(HANDLE pipe) const {

@@ -94,6 +94,8 @@ class CPipeServer {
     ReadResult AwaitClient(uint32_t& instance);
     bool IsStranger(HANDLE pipe) const;
     void ReconnectSpentInstances();
+    DWORD Wait();
+    bool HasOwnTimer() const;
     void ArmTimer();
     bool WasUserObjectSignalled() const;
     DWORD QueryClientPid(HANDLE pipe) const;
@@ -104,7 +106,8 @@ class CPipeServer {
     wrb::AnswerMemory m_memory;  // of the present message
     wchar_t m_path[kPathCharacters] = {};
     uint32_t m_timeoutSeconds = 0;
-    bool m_isTimed = false;               // the timer runs for the present message
+    ULONGLONG m_waitStart = 0;            // for the present message, on the 64-bit tick clock; 0: no wait yet
+    bool m_isTimed = false;               // the timer runs for it
     wrb::KernelHandle m_ownedUserObject;  // when the server made the object itself
     HANDLE m_userObject = nullptr;
     uint32_t m_instanceCount = 0;
