@@ -74,6 +74,7 @@ def identity(text):
 # files are still there (3500). A service that does not start leaves the installation as it is: the event log has the reason.
 INSTALLS = 'NOT (REMOVE="ALL")'
 FIRST = "NOT Installed AND NOT WIX_UPGRADE_DETECTED"
+INSTALL = 'service install --account "[SERVICEACCOUNT]"'  # empty: as it is, else the default
 REMOVES = '(REMOVE="ALL") AND NOT UPGRADINGPRODUCTCODE'
 ACTIONS = (
     ("UninstallHost", "wrbhost.exe", "service uninstall", "ignore", 1910, f"{REMOVES} AND NOT PURGE"),
@@ -81,9 +82,9 @@ ACTIONS = (
     ("PurgeHost", "wrbhost.exe", "service uninstall --purge", "ignore", 1930, f"{REMOVES} AND PURGE"),
     ("PurgeBackEnd", "wrbback.exe", "service uninstall --purge", "ignore", 1940, f"{REMOVES} AND PURGE"),
     ("UndoBackEnd", "wrbback.exe", "service uninstall", "rollback", 5100, FIRST),
-    ("InstallBackEnd", "wrbback.exe", "service install", "check", 5110, INSTALLS),
+    ("InstallBackEnd", "wrbback.exe", INSTALL, "check", 5110, INSTALLS),
     ("UndoHost", "wrbhost.exe", "service uninstall", "rollback", 5120, FIRST),
-    ("InstallHost", "wrbhost.exe", "service install", "check", 5130, INSTALLS),
+    ("InstallHost", "wrbhost.exe", INSTALL, "check", 5130, INSTALLS),
     ("StartBackEnd", "wrbback.exe", "service start", "ignore", 5910, INSTALLS),
     ("StartHost", "wrbhost.exe", "service start", "ignore", 5920, INSTALLS),
 )
@@ -121,7 +122,7 @@ def make_wxs(options):
                                                  f'Source={quoteattr(name)} KeyPath="yes"/>\n', 8)
                        for name in ("LICENSE", "THIRD-PARTY-NOTICES.txt"))
     names += ["Home", "File.LICENSE", "File.THIRD-PARTY-NOTICES.txt"]
-    actions = "".join(f'    <CustomAction Id="{name}" FileKey="{file}" ExeCommand="{arguments}" Impersonate="no" '
+    actions = "".join(f'    <CustomAction Id="{name}" FileKey="{file}" ExeCommand={quoteattr(arguments)} Impersonate="no" '
                       f'Execute="{"rollback" if when == "rollback" else "deferred"}" '
                       f'Return="{"check" if when == "check" else "ignore"}"/>\n'
                       for name, file, arguments, when, _, _ in ACTIONS)
@@ -129,8 +130,8 @@ def make_wxs(options):
                     for name, _, _, _, place, condition in ACTIONS)
     options.output.write_text(f"""<?xml version="1.0" encoding="utf-8"?>
 <Wix xmlns="http://schemas.microsoft.com/wix/2006/wi">
-  <Product Id="*" Name="Warrenby" Language="1033" Version="{options.version}" Manufacturer="Calloway Systems"
-           UpgradeCode="{UPGRADE_CODE}">
+  <Product Id="{identity("product " + options.version)}" Name="Warrenby" Language="1033" Version="{options.version}"
+           Manufacturer="Calloway Systems" UpgradeCode="{UPGRADE_CODE}">
     <Package InstallerVersion="500" Compressed="yes" InstallScope="perMachine"
              Description="Warrenby command host and back end" Manufacturer="Calloway Systems"/>
     <Media Id="1" Cabinet="warrenby.cab" EmbedCab="yes"/>

@@ -37,7 +37,7 @@ class Package(unittest.TestCase):
     def setUpClass(cls):
         package("--version", "0.0.1", "--msi")
         package()
-        cls.folder = options.work / "installed"
+        cls.folder = options.work / "a folder with blanks"
         cls.home = cls.folder / "Server"
         cls.msi = {path.name.split("-")[1] == "0.0.1": path for path in options.work.glob("*.msi")}
 
@@ -54,10 +54,13 @@ class Package(unittest.TestCase):
     def msiexec(self, *arguments):
         self.wine("msiexec", *arguments, "/qn", "/l*v", windows(options.work / "msi.log"))
 
-    def install(self, old, choose=True):
-        self.msiexec("/i", windows(self.msi[old]), *(["INSTALLDIR=" + windows(self.folder)] if choose else []))
+    def install(self, old, account="LocalService", choose=True):
+        chosen = ["INSTALLDIR=" + windows(self.folder), "SERVICEACCOUNT=NT AUTHORITY\\" + account] if choose else []
+        self.msiexec("/i", windows(self.msi[old]), *chosen)
         for name in ("wrbback", "wrbhost"):
-            self.assertIn("state:   running", self.program(name, "service", "status"))
+            status = self.program(name, "service", "status")
+            self.assertIn("state:   running", status)
+            self.assertIn(account, status)
 
     def answer_with(self, part, *command):
         """A change is stored some time after its command."""
@@ -69,19 +72,20 @@ class Package(unittest.TestCase):
         self.fail(answer)
 
     def test_the_server_is_installed_upgraded_and_removed(self):
-        self.install(old=True)
+        self.install(old=True, account="NetworkService")
         self.assertIn("hello", self.program("wrbctl", "send", "CMDHL_ECHO", "hello"))
         self.program("wrbback", "seed", self.folder / "samples" / "agents.json")
         self.program("wrbctl", "send", "CMDHL_SET_MS_CFG_EX", AGENT, "0", r"C:\kept", "", "")
         self.answer_with(r"ExcludedFolder=C:\kept", "CMDHL_GET_MS_CFG_EX", AGENT)
 
-        self.install(old=False, choose=False)
+        self.install(old=False, choose=False)  # Wine does not tell the removal that it is an upgrade: the account goes
         self.answer_with(r"ExcludedFolder=C:\kept", "CMDHL_GET_MS_CFG_EX", AGENT)
         self.examples_answer()
 
         self.msiexec("/x", windows(self.msi[False]))
         self.assertFalse((self.folder / "bin").exists())
-        self.assertTrue((self.home / "Data" / "agents.db").is_file())
+        for kept in ("Data/agents.db", "Private/wrbserver.ini"):
+            self.assertTrue((self.home / kept).is_file(), kept)
         self.assertNotIn("Local_Path", self.wine("reg", "query", HOME_KEY, check=False))
 
         self.install(old=False)

@@ -85,6 +85,14 @@ TEST_F(Services, SayWhyTheyDoNotServe) {
     Service(kHost, {L"run"}, 1, "only the service manager can run the service");
 }
 
+TEST_F(Services, DoNotStartBesideOneOnAConsole) {
+    const Host host({});
+    Service(kBack, {L"install"}, 0);
+    Service(kHost, {L"install"}, 0);
+    Service(kHost, {L"start"}, 1, "the program runs already (service-specific code 2)");
+    EXPECT_EQ(Ask(L"CMDHL_ECHO", L"hello"), L"hello");
+}
+
 // Of eleven old dumps and the new one, ten stay.
 TEST_F(Services, ACrashLeavesADump) {
     for (int i = 0; i < 11; ++i) {
