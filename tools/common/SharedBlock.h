@@ -7,6 +7,7 @@
 #include <new>
 
 #include "AccessList.h"
+#include "AnySession.h"
 #include "Handle.h"
 #include "SharedMemory.h"
 
@@ -32,9 +33,10 @@ class SharedBlock {
         return true;
     }
 
-    // The other side. False: GetLastError tells; ERROR_FILE_NOT_FOUND when there is no owner.
+    // The other side, in any session. False: GetLastError tells; ERROR_FILE_NOT_FOUND when there is no owner.
     bool Open(const wchar_t* name) {
-        m_section.Reset(OpenFileMappingW(FILE_MAP_READ | FILE_MAP_WRITE, FALSE, name));
+        m_section = OpenInAnySession(
+            name, [](const wchar_t* each) { return OpenFileMappingW(FILE_MAP_READ | FILE_MAP_WRITE, FALSE, each); });
         return m_section && Map();
     }
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "AccessList.h"
+#include "AnySession.h"
 
 namespace wrb {
 namespace {
@@ -31,7 +32,7 @@ BOOL WINAPI OnConsoleEvent(DWORD event) {
 }
 
 KernelHandle OpenStopEvent(const wchar_t* name, DWORD access) {
-    return KernelHandle(OpenEventW(access, FALSE, name));
+    return OpenInAnySession(name, [access](const wchar_t* each) { return OpenEventW(access, FALSE, each); });
 }
 
 std::wstring TermsName(const wchar_t* name) {

@@ -18,7 +18,9 @@
 #include "PipeClient.h"
 #include "PipeServer.h"
 #include "ServicePipes.h"
+#include "Terminal.h"
 #include "Text.h"
+#include "VisibleText.h"
 
 namespace wrb {
 namespace {
@@ -96,9 +98,20 @@ int SendToHost(const std::wstring& message) {
     return kExitOk;
 }
 
+// An agent's text must not steer a terminal. Files and pipes get the answer as it is.
+std::wstring ForTerminal(std::wstring_view answer) {
+    std::wstring text;
+    while (!answer.empty()) {
+        const std::wstring_view line = answer.substr(0, answer.find(L'\n'));
+        answer.remove_prefix(std::min(answer.size(), line.size() + 1));
+        text += VisibleText(line.ends_with(L'\r') ? line.substr(0, line.size() - 1) : line) + L"\n";
+    }
+    return text;
+}
+
 void PrintAnswer(const SendOptions& options, const CommandEntry& entry, const std::wstring& answer, double ms) {
     if (!options.json) {
-        const std::string text = WideToUtf8(answer);
+        const std::string text = WideToUtf8(TerminalColumns() ? ForTerminal(answer) : answer);
         PrintOut(text.ends_with('\n') ? text : text + "\n");
         return;
     }

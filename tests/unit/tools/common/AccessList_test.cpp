@@ -44,5 +44,15 @@ TEST(AccessList, AStopEventIsForItsOwnersAndTheAdministrators) {
     event.Wait();
 }
 
+TEST(StopEvent, IsFoundFromASessionOtherThanThatOfTheServices) {
+    const std::wstring name = UniqueName();
+    EXPECT_EQ(RunningProcess(name.c_str()), 0u);
+    StopEvent event;
+    ASSERT_TRUE(event.Create((L"Global\\" + name).c_str()));
+    EXPECT_EQ(RunningProcess(name.c_str()), GetCurrentProcessId());
+    EXPECT_EQ(StopRunning(name.c_str(), 0u), StopResult::TimedOut);
+    event.Wait();
+}
+
 }  // namespace
 }  // namespace wrb::test
