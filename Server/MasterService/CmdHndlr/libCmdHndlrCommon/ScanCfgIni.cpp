@@ -1,5 +1,6 @@
 #include "ScanCfgIni.h"
 
+#include <algorithm>
 #include <string>
 
 #include "DebugLog.h"
@@ -54,7 +55,18 @@ bool IsText(const ScanRow& row) {
 }  // namespace
 
 bool FitsAnIniLine(std::wstring_view text) noexcept {
-    return text.find_first_of(std::wstring_view(L"\r\n\0", 3)) == text.npos;
+    return text.size() <= kLongestText && text.find_first_of(std::wstring_view(L"\r\n\0", 3)) == text.npos;
+}
+
+bool TextsFitLines(const ScanGroup& group, const ScanGroupValues& values, const wchar_t* caller) {
+    const auto wrong = std::ranges::find_if(
+        group.rows, [&](const ScanRow& row) { return IsText(row) && !FitsAnIniLine(values.*row.text); });
+    if (wrong == group.rows.end()) {
+        return true;
+    }
+    WRB_LOG(kLogError, L"%s - no line of a file can hold the text for [%s] %s", caller, group.section.data(),
+            wrong->key.data());
+    return false;
 }
 
 bool SurvivesAnIniFile(std::wstring_view text) {
@@ -70,12 +82,8 @@ bool SurvivesAnIniFile(std::wstring_view text) {
 
 ScanIniWrite WriteScanGroupIni(CINICache& ini, const ScanGroup& group, const ScanGroupValues& values,
                                const ScanGroupValues* before) {
-    for (const ScanRow& row : group.rows) {
-        if (IsText(row) && !FitsAnIniLine(values.*row.text)) {
-            WRB_LOG(kLogError, L"%s - no line of a file can hold the text for [%s] %s", L"WriteScanGroupIni",
-                    group.section.data(), row.key.data());
-            return {};
-        }
+    if (!TextsFitLines(group, values, L"WriteScanGroupIni")) {
+        return {};
     }
     ScanIniWrite result{.complete = true};
     for (const ScanRow& row : group.rows) {

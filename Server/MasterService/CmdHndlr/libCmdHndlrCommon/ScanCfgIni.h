@@ -15,8 +15,12 @@ namespace wrb {
 // Throws only for lack of memory.
 void ReadScanGroupIni(CINICache& ini, const ScanGroup& group, ScanGroupValues& values);
 
-// A line of the file cannot hold a line break or a NUL.
+// A line of the file cannot hold a line break or a NUL, nor more than 65535 characters.
 bool FitsAnIniLine(std::wstring_view text) noexcept;
+
+// Whether every text of the group fits; false with a log line that names `caller`. What an agent gets are such lines,
+// too: a text with a line break would begin a key or a section of its own there.
+bool TextsFitLines(const ScanGroup& group, const ScanGroupValues& values, const wchar_t* caller);
 
 // Whether the text fits and is read back as it was. The file loses blanks and TABs at either end, a pair of quotes
 // around the text, characters that the ANSI code page lacks, and what is beyond 65535 bytes in that code page.

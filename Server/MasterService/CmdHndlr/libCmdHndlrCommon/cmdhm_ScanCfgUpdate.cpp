@@ -79,7 +79,7 @@ bool SetScanGroupIni(const ScanGroup& group, const ScanWrite& update, const Scan
 
 bool SetScanGroupInDb(const ScanGroup& group, DbTarget target, const ScanWrite& update, const ScanGroupValues& values) {
     const bool sent =
-        SetDbScanGroup(group, target, update, values) &&
+        TextsFitLines(group, values, L"SetScanGroupInDb") && SetDbScanGroup(group, target, update, values) &&
         (group.kind != ScanGroupKind::Exclusion || SetDbScanFlags(group.type, target, update.value, update.mask)) &&
         (target ? dbSetConfFlagW(*target, group.configFlag, 0) : dbSetAllConfFlgW(group.configFlag, 0));
     LogScanUpdate(group, target ? ScanUpdateLevel::Agent : ScanUpdateLevel::All, target.value_or(L""), update, values);

@@ -179,10 +179,13 @@ TEST(ScanCfgUpdate, ALevelThatFails) {
     EXPECT_EQ(profile.values.size(), realTime.updateRows.size());  // all but the first, and one that no update has
     EXPECT_FALSE(Set(realTime, L"1", kUid, false, true)) << "the last level counts, and no database server runs";
     const FakeDbService db;
-    EXPECT_TRUE(Set(exclusion, L"1\tC:\\a\nb", kUid, false, true)) << "the last level counts";
+    for (const std::wstring& text : {std::wstring(L"a\r[b]"), std::wstring(L"a\n[b]"), std::wstring(65'536, L'a')}) {
+        EXPECT_FALSE(Set(exclusion, L"1\t" + text, kUid, false, false)) << "an agent's line would end early";
+    }
+    EXPECT_TRUE(Set(exclusion, L"1\tC:\\a", kUid, false, true)) << "the last level counts";
     const std::wstring agent = std::wstring(L"|") + kUid;
     EXPECT_EQ(RequestLines(db, 3),
-              (std::vector{L"DB_SET_EXCLUDE_LIST" + agent + L"|16384|C:\\a\nb||",
+              (std::vector{L"DB_SET_EXCLUDE_LIST" + agent + L"|16384|C:\\a||",
                            L"DB_SET_RT_FLG" + agent + L"|65536|65536", L"DB_SET_CONF_FLAG" + agent + L"|16384|0|0"}));
 }
 
