@@ -3,10 +3,12 @@
 #include <cstdlib>
 #include <new>
 
+#include "Compiler.h"
+
 namespace wrb::bench {
 namespace {
 
-thread_local uint64_t allocations = 0;
+WRB_THREAD_LOCAL uint64_t allocations = 0;
 
 void* Allocate(std::size_t size) noexcept {
     ++allocations;

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "BarePipe.h"
+#include "Compiler.h"
 #include "PipeFixture.h"
 #include "PipePath.h"
 #include "SampleAgent.h"
@@ -35,7 +36,7 @@ std::string Write(const wchar_t* command, const std::wstring& fields) {
 
 // Unique a thread and a call, as the product's reply ids are.
 std::wstring NextReplyId() {
-    thread_local uint32_t calls = 0;
+    WRB_THREAD_LOCAL uint32_t calls = 0;
     return std::to_wstring(static_cast<int32_t>((GetCurrentThreadId() & 0xFFFF) << 16 | (++calls & 0xFFFF)));
 }
 

@@ -23,6 +23,10 @@ else()
     # GCC 12 sees overlapping copies in its own std::string when it optimises (assignments and operator+ of literals).
     target_compile_options(wrb_compiler INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
   endif()
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    # Its -Wconversion has what GCC leaves out.
+    target_compile_options(wrb_compiler INTERFACE -Wno-sign-conversion)
+  endif()
   if(WRB_WARNINGS_AS_ERRORS)
     target_compile_options(wrb_compiler INTERFACE -Werror)
   endif()

@@ -9,6 +9,7 @@
 #include <memory>
 #include <new>
 
+#include "Compiler.h"
 #include "Handle.h"
 
 namespace wrb {
@@ -91,7 +92,7 @@ struct Package {
     HANDLE file = INVALID_HANDLE_VALUE;
     int64_t size = 0;
 };
-thread_local Package t_package;
+WRB_THREAD_LOCAL Package t_package;
 
 // Wine closes a cabinet once more by a handle of 0 when a reading ends early.
 IFdiFile& File(INT_PTR handle) noexcept {

@@ -19,3 +19,11 @@
 #define WRB_REQUIRES(...) WRB_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
 #define WRB_REQUIRES_SHARED(...) WRB_THREAD_ANNOTATION(requires_shared_capability(__VA_ARGS__))
 #define WRB_EXCLUDES(...) WRB_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
+
+// A thread-local variable. The C++ library of MinGW has emulated ones, which clang cannot describe in CodeView: the
+// object file would refer to a symbol that is nowhere.
+#if defined(__clang__) && defined(__MINGW32__)
+#define WRB_THREAD_LOCAL __attribute__((nodebug)) thread_local
+#else
+#define WRB_THREAD_LOCAL thread_local
+#endif

@@ -1,9 +1,11 @@
 #include "CallFacts.h"
 
+#include "Compiler.h"
+
 namespace wrb {
 namespace {
 
-thread_local CallFacts* t_facts = nullptr;
+WRB_THREAD_LOCAL CallFacts* t_facts = nullptr;
 
 }  // namespace
 

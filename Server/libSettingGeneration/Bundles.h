@@ -339,7 +339,7 @@ using Bundles = std::tuple<WtpValues, FARestoreValues, NcieValues, SampleSubmiss
 template <typename Values, typename... All>
 constexpr std::size_t BundlePlace(const std::tuple<All...>*) {
     std::size_t place = 0;
-    ((std::is_same_v<Values, All> || (++place, false)) || ...);
+    static_cast<void>(((std::is_same_v<Values, All> || (++place, false)) || ...));
     return place;
 }
 

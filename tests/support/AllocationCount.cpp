@@ -4,11 +4,13 @@
 #include <cstdlib>
 #include <new>
 
+#include "Compiler.h"
+
 namespace {
 
-thread_local std::size_t t_allocations = 0;
-thread_local std::size_t t_leastFailing = 0;
-thread_local bool t_spared = false;
+WRB_THREAD_LOCAL std::size_t t_allocations = 0;
+WRB_THREAD_LOCAL std::size_t t_leastFailing = 0;
+WRB_THREAD_LOCAL bool t_spared = false;
 std::atomic<long long> g_untilFailure = -1;  // 0: it has happened; negative: none is due
 
 bool Fails(std::size_t size) {
