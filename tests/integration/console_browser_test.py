@@ -9,6 +9,7 @@ import sys
 import unittest
 
 from selenium import webdriver
+from selenium.common.exceptions import StaleElementReferenceException
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
@@ -44,6 +45,7 @@ class ConsoleBrowserTest(unittest.TestCase):
     def setUpClass(cls):
         cls.site = site = console_site.Site(options, cls.addClassCleanup)
         site.copy_samples()
+        (site.home / "temp").mkdir()  # of large messages
         site.program("wrbback", "seed", str(options.samples / "agents.json"), "--db", "agents.db", cwd=site.folder)
         site.start("wrbback", b"ready", "serve", "--db", "agents.db", "--log-folder", "home/Log", "--log-level", "I",
                    stop=("stop",))
@@ -253,6 +255,35 @@ class ConsoleBrowserTest(unittest.TestCase):
         self.assertIn("RECEPTION-01", self.find("main").text)
         self.open(f"?page=agent&uid={UNKNOWN}")
         self.assertIn("no such agent", self.find("#note").text)
+
+    def test_numbers_change_without_a_reload(self):
+        self.show(1280, "light")
+        self.open()
+        self.assertNotIn("CMDHL_GET_IP_BY_UID", self.find("#counters").text)
+        self.browser.execute_script("window.isOldPage = true")
+        self.site.program("wrbctl", "send", "CMDHL_GET_IP_BY_UID", AGENT)
+        WebDriverWait(self.browser, 120, ignored_exceptions=[StaleElementReferenceException]).until(
+            lambda browser: "CMDHL_GET_IP_BY_UID" in self.find("#counters").text
+            and browser.find_elements(By.CSS_SELECTOR, "svg polyline"))
+        self.assertTrue(self.browser.execute_script("return window.isOldPage"))
+        self.assert_accessible()
+        for width in WIDTHS:
+            self.show(width, "dark")
+            self.screenshot(f"overview-charts-{width}", width)
+
+    def test_a_page_without_its_script_shows_the_same(self):
+        self.browser.execute_cdp_cmd("Network.enable", {})
+        self.browser.execute_cdp_cmd("Network.setBlockedURLs", {"urls": ["*page=script*"]})
+        self.addCleanup(self.browser.execute_cdp_cmd, "Network.setBlockedURLs", {"urls": []})
+        self.show(1280, "light")
+        self.open()
+        self.assertIn("CMDHL_GET_MS_CFG", self.find("#counters").text)
+        self.assertEqual(len(self.browser.find_elements(By.CSS_SELECTOR, ".chart")), 3)
+        self.to_next_page(self.find('a[href="?page=log"]').click)
+        Select(self.find("#level")).select_by_value("I")
+        self.submit(".search button")
+        self.assertIn("cmdhl_Initialize", self.find(".log").text)
+        self.browser.get_log("browser")  # has the script that was blocked
 
     def test_a_stopped_service_cannot_be_overlooked(self):
         self.show(390, "light")

@@ -14,7 +14,7 @@ namespace {
 void AddHealth(Data& data) {
     const StatusItems items = ReadServerStatus();
     Data parts = ListData();
-    std::string down;
+    std::string named[3];  // by health
     for (const StatusItem& item : items) {
         Data part;
         part["name"] = item.name;
@@ -23,13 +23,13 @@ void AddHealth(Data& data) {
         part["warn"] = item.health == Health::Warning;
         part["down"] = item.health == Health::Down;
         parts.push_back(part);
-        if (item.health == Health::Down) {
-            down += (down.empty() ? "" : ", ") + item.name;
-        }
+        std::string& names = named[static_cast<std::size_t>(item.health)];
+        names += (names.empty() ? "" : ", ") + item.name;
     }
     data["parts"] = std::move(parts);
-    data["isDown"] = !down.empty();
-    data["down"] = down;
+    data["isDown"] = WorstOf(items) == Health::Down;
+    data["down"] = named[static_cast<std::size_t>(Health::Down)];
+    data["warned"] = named[static_cast<std::size_t>(Health::Warning)];
     data["isGood"] = WorstOf(items) == Health::Good;
     data["hasWarning"] = WorstOf(items) == Health::Warning;
 }

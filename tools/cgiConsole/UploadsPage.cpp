@@ -1,3 +1,5 @@
+#include <iterator>
+
 #include "AlertSettings.h"
 #include "Clock.h"
 #include "INICache.h"
@@ -108,12 +110,15 @@ View ShowUploads(const Request& /*request*/) {
     const TicketSettings settings(ScanIniCache(), ServerIniCache());
     const TicketThreads threads = settings.Threads();
     View view;
+    constexpr const char* kUnits[] = {"agents", "agents", "agents a second", "s", "s", "s"};
+    static_assert(std::size(kUnits) == static_cast<std::size_t>(TicketSetting::kCount));
     Data rows = ListData();
-    for (uint32_t i = 0; i < static_cast<uint32_t>(TicketSetting::kCount); ++i) {
+    for (std::size_t i = 0; i < std::size(kUnits); ++i) {
         const auto setting = static_cast<TicketSetting>(i);
         Data row;
         row["key"] = TicketSettings::Key(setting);
         row["value"] = NumberData(settings.Read(setting, threads));
+        row["unit"] = kUnits[i];
         rows.push_back(row);
     }
     view.data["ticket"] = std::move(rows);

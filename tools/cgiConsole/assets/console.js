@@ -1,4 +1,5 @@
-// Refreshes the live parts of a page every ten seconds. A part keeps its place, so nothing jumps.
+// Refreshes the live parts of a page every ten seconds. A part keeps its place, so nothing jumps; one that somebody uses
+// or has unfolded stays as it is.
 (() => {
   'use strict';
   const parts = () => document.querySelectorAll('[data-live]');
@@ -9,7 +10,8 @@
     const fresh = new DOMParser().parseFromString(await answer.text(), 'text/html');
     for (const part of parts()) {
       const next = fresh.querySelector(`[data-live="${part.dataset.live}"]`);
-      if (next && next.innerHTML !== part.innerHTML && !part.contains(document.activeElement)) {
+      if (next && next.innerHTML !== part.innerHTML && !part.contains(document.activeElement) &&
+          !part.querySelector('details[open]')) {
         part.replaceWith(document.adoptNode(next));
       }
     }
