@@ -51,7 +51,8 @@ constexpr const char* kAgentColumns[] = {
     "firewall_count6",
     "firewall_time",
 };
-constexpr Columns kShortAgentColumns = Columns(kAgentColumns).first(7);
+constexpr Columns kShortAgentColumns =
+    Columns(kAgentColumns).first(6);  // no count of other rows: a page sorts all agents
 constexpr const char* kSessionColumns[] = {"session"};
 constexpr const char* kFirewallColumns[] = {"id",       "UID",  "DATE",    "LOCAL_HOST", "REMOTEHOST",
                                             "PROTOCOL", "TYPE", "SUBTYPE", "PORT",       "DIRECTION"};
