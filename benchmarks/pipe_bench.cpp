@@ -1,6 +1,9 @@
+#include "CallFacts.h"
+#include "CommandTrace.h"
 #include "PipeFixture.h"
 #include "PipeWork.h"
 #include "Ratio.h"
+#include "TracedDispatch.h"
 
 namespace wrb::bench {
 namespace {
@@ -16,11 +19,21 @@ void Repeat(benchmark::State& state) {
     }
 }
 
+// What an echo costs more while nobody traces: the look for a watcher, and one where the reply is sent.
+void TraceUnwatched(benchmark::State& state) {
+    StartTrace();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(WatchedFeed());
+        benchmark::DoNotOptimize(CurrentCallFacts());
+    }
+}
+
 }  // namespace
 
 void AddPipeBenchmarks() {
     AddRatio("CMDHL_ECHO", Repeat<Echo>, "connect, set the mode, write, close", Repeat<BareEcho>, Goal::AtMost, 1.10,
              {1, 2, 8});
+    AddRatio("the trace while nobody looks", TraceUnwatched, "one CMDHL_ECHO", Repeat<Echo>, Goal::FasterBy, 100);
     AddRatio("CMDHL_GET_MS_CFG", Repeat<GetManualScan>, "five bare connections", Repeat<FiveConnections>, Goal::AtMost,
              1.15, {1, 2, 8});
     AddRatio("CMDHL_SET_MS_CFG", Repeat<SetManualScan>, "two bare messages", Repeat<TwoMessages>, Goal::AtMost, 1.15,

@@ -8,7 +8,6 @@
 #include "CallFacts.h"
 #include "Clock.h"
 #include "CmdProtocol.h"
-#include "CommandTrace.h"
 
 namespace wrb {
 namespace {
@@ -71,9 +70,14 @@ void StartTrace() noexcept {
     g_feed = OpenTraceFeed();
 }
 
-unsigned TracedDispatch(const CommandMap& map, const wchar_t* message, uint64_t bytes) {
+TraceFeed* WatchedFeed() noexcept {
     TraceFeed* const feed = g_feed.load(std::memory_order_relaxed);
-    if (feed == nullptr || !feed->IsWatched()) {
+    return feed != nullptr && feed->IsWatched() ? feed : nullptr;
+}
+
+unsigned TracedDispatch(const CommandMap& map, const wchar_t* message, uint64_t bytes) {
+    TraceFeed* const feed = WatchedFeed();
+    if (feed == nullptr) {
         return DispatchCommand(map, message, bytes);
     }
     TracedCall call;
