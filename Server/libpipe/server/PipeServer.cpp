@@ -20,6 +20,10 @@ constexpr DWORD kUntimedMilliseconds = 100;  // most answers are there sooner, a
 // without one never does, so it takes none of these.
 constinit wrb::Spares<wrb::KernelObjectTraits> spareTimers;
 
+bool HasEnded(const wrb::ProcessHandle& process) {
+    return process != nullptr && WaitForSingleObject(process->Get(), 0) == WAIT_OBJECT_0;
+}
+
 HANDLE MakeTimer() noexcept {
     return CreateWaitableTimerW(nullptr, TRUE, nullptr);
 }
@@ -173,10 +177,15 @@ bool CPipeServer::Fetch(String& out, DWORD* clientPid, const wchar_t* appendFail
     DWORD readBytes = kReadBytes;
     for (DWORD fill = 0;;) {
         DWORD length = std::min(readBytes, wrb::ReceiveBuffer::kBytes - fill);
-        const ReadResult result = ReadPipe(m_buffer.Get() + fill, length, clientPid);
+        ReadResult result = ReadPipe(m_buffer.Get() + fill, length, clientPid);
         if (result == ReadResult::Data) {
             fill += length;
             readBytes = length < readBytes ? readBytes : wrb::ReceiveBuffer::kBytes;
+        }
+        // What a process that dies has written looks like a whole message. It consists of whole pieces, or of none.
+        if (result == ReadResult::Ended && (out.size() * sizeof out[0] + fill) % wrb::kPipePieceBytes == 0 &&
+            HasEnded(m_peer)) {
+            result = ReadResult::Abandoned;
         }
         if (result == ReadResult::Cancelled) {
             WRB_LOG(kLogWarning, L"[CPipeServer::FetchCmd] User define object is signaled!");

@@ -165,9 +165,9 @@ TEST_F(PipeServer, TheTimeOutEndsAFetchWhateverThePeerDoes) {
 
 // The time-out is longer than this test may take.
 TEST_F(PipeServer, AServiceThatIsKilledEndsTheWaitForItsAnswer) {
-    for (const bool isForestalled : {false, true}) {
+    for (const auto& [isForestalled, connects] : {std::pair(false, false), {true, false}, {false, true}}) {
         const std::wstring service = UniqueName(L"service");
-        const ChildProcess child(L"pipe_child.exe", {service});
+        const ChildProcess child(L"pipe_child.exe", connects ? std::vector{service, m_name} : std::vector{service});
         ASSERT_TRUE(child.WaitForOutput("serving"));
         CPipeServer server;
         ASSERT_TRUE(server.Initial(m_name.c_str(), 600u));
