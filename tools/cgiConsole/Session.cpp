@@ -10,6 +10,7 @@
 
 #include "Handle.h"
 #include "RequestOrigin.h"
+#include "SystemText.h"
 #include "Text.h"
 
 namespace wrb {
@@ -21,15 +22,20 @@ constexpr std::size_t kHashBytes = 32;
 
 using Key = std::array<unsigned char, kHashBytes>;
 
-[[noreturn]] void Fail(const char* what, long code) {
-    throw std::runtime_error(std::string(what) + " failed, code " + std::to_string(code));
+[[noreturn]] void Fail(const char* what, const std::string& why) {
+    throw std::runtime_error(std::string(what) + " failed: " + why);
+}
+
+// The system has no texts for these.
+std::string StatusText(NTSTATUS status) {
+    return WideToUtf8(FormatWide(L"status 0x%08X", static_cast<unsigned>(status)));
 }
 
 void FillRandom(std::span<unsigned char> bytes) {
     const NTSTATUS status =
         BCryptGenRandom(nullptr, bytes.data(), static_cast<ULONG>(bytes.size()), BCRYPT_USE_SYSTEM_PREFERRED_RNG);
     if (status != 0) {
-        Fail("BCryptGenRandom", status);
+        Fail("BCryptGenRandom", StatusText(status));
     }
 }
 
@@ -70,17 +76,17 @@ Key LoadKey(const std::wstring& homeFolder) {
         const DWORD error = GetLastError();
         DWORD written = 0;
         if (!file) {
-            Fail("making Private\\console.key", static_cast<long>(error));
+            Fail("making Private\\console.key", SystemText(error));
         }
         if (!WriteFile(file.Get(), key.data(), static_cast<DWORD>(key.size()), &written, nullptr)) {
-            Fail("writing Private\\console.key", static_cast<long>(GetLastError()));
+            Fail("writing Private\\console.key", SystemText(GetLastError()));
         }
     }
     if (!MoveFileExW(fresh.c_str(), path.c_str(), MOVEFILE_WRITE_THROUGH)) {
         DeleteFileW(fresh.c_str());
     }
     if (!ReadKey(path, key)) {
-        Fail("reading Private\\console.key", static_cast<long>(GetLastError()));
+        Fail("reading Private\\console.key", SystemText(GetLastError()));
     }
     return key;
 }
@@ -97,7 +103,7 @@ std::string KeyedHash(Key key, const std::string& text) {
         BCryptCloseAlgorithmProvider(algorithm, 0);
     }
     if (status != 0) {
-        Fail("BCryptHash", status);
+        Fail("BCryptHash", StatusText(status));
     }
     return Hex(hash);
 }

@@ -4,11 +4,13 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
 #include <memory>
+#include <system_error>
 
 #include "AgentColumns.h"
 #include "Text.h"
@@ -195,7 +197,7 @@ SeedData ParseSeed(const std::string& utf8) {
 SeedData ReadSeedFile(const std::wstring& path) {
     std::ifstream file(std::filesystem::path(path), std::ios::binary);
     if (!file) {
-        throw SeedError("cannot be opened");
+        throw SeedError("cannot be opened: " + std::generic_category().message(errno));
     }
     std::error_code error;
     if (std::filesystem::file_size(path, error) > kMostFileBytes && !error) {
