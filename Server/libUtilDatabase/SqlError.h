@@ -18,7 +18,7 @@ enum class SqlFailure : uint8_t {
     Damaged,       // the file is corrupt
     Constraint,    // a key, a check or a trigger refused the row
     Conflict,      // another transaction came first; this one was rolled back
-    Disconnected,  // the server ended the connection
+    Disconnected,  // the connection is of no use any more: the server ended it, or the database takes no writes by it
 };
 
 class SqlError : public std::runtime_error {

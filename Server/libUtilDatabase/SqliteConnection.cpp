@@ -33,6 +33,8 @@ SqlFailure FailureOf(int code) {
             return SqlFailure::Damaged;
         case SQLITE_CONSTRAINT:
             return SqlFailure::Constraint;
+        case SQLITE_READONLY:  // as long as this connection lives, also when the file is no longer
+            return SqlFailure::Disconnected;
         default:
             return SqlFailure::Other;
     }

@@ -9,6 +9,7 @@ import contextlib
 import os
 import pathlib
 import shutil
+import signal
 import socket
 import subprocess
 import sys
@@ -53,6 +54,21 @@ class Engine:
 
     def stop(self, mode="fast"):
         self.control("-m", mode, "stop")
+
+    @contextlib.contextmanager
+    def hung(self):
+        """Meanwhile the server and all of its sessions take connections, and do nothing."""
+        server = int((self.folder / "data" / "postmaster.pid").read_text().split()[0])
+        stopped = [server]
+        os.kill(server, signal.SIGSTOP)  # it makes no further process
+        try:
+            for process in pathlib.Path(f"/proc/{server}/task/{server}/children").read_text().split():
+                os.kill(int(process), signal.SIGSTOP)
+                stopped.append(int(process))
+            yield
+        finally:
+            for process in stopped:
+                os.kill(process, signal.SIGCONT)
 
     def psql(self, database):
         """The command line of a session, and its environment."""

@@ -10,6 +10,7 @@
 #include "FakePipeService.h"
 #include "LogFilter.h"
 #include "MsgSerializer.h"
+#include "Store.h"
 
 namespace wrb::test {
 namespace {
@@ -80,6 +81,22 @@ TEST(BackHostile, RequestersThatDoNotReadAndClientsThatDoNotWriteKeepNobodyWaiti
     const auto received = requester.WaitFor(1);
     ASSERT_EQ(received.size(), 1u);
     EXPECT_EQ(received[0].bytes, "") << "an unknown command";
+}
+
+TEST(BackHostile, WritesThatAStopDropsAreCountedAndTold) {
+    BackEnd backEnd;
+    const auto lock = OpenStore(backEnd.Database());
+    lock->Execute("BEGIN IMMEDIATE");  // as another program may, for longer than the back end waits
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_TRUE(dbSetConfFlagW(kFullAgent, 1, 0));
+    }
+    EXPECT_TRUE(Serves());
+    const std::string output = backEnd.Stop();
+    for (const char* text :
+         {"DB_SET_CONF_FLAG failed: ", "agents.db: database is locked",
+          "writes are dropped, the database holds one: ", "1 reads, 0 writes, 0 refused, 20 failed"}) {
+        EXPECT_NE(output.find(text), std::string::npos) << output;
+    }
 }
 
 TEST(BackHostile, LogLinesArriveInOrderAndTheLevelIsSetAtTheStartAndAtRunTime) {

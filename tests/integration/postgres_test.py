@@ -115,21 +115,22 @@ class Postgres(unittest.TestCase):
         self.assertNotIn("SKIPPED", result.stdout)
 
     @contextlib.contextmanager
-    def serving(self, more=""):
-        """wrbback over the samples, and wrbhost; yields what reads the back end's lines after its stop."""
+    def serving(self, more="", *serve):
+        """wrbback over the samples, and wrbhost; yields what reads the lines of the back end."""
         self.expect("seed", "Z:" + str(options.bin / SAMPLES), store=self.store())
         environment = {**os.environ, "WRB_STORE": self.store() + more}
         log = "Z:" + str(self.folder / self.name)
         with contextlib.ExitStack() as stack:
-            for ready, stop, *arguments in (("ready", ["stop"], "wrbback.exe", "serve", "--log-folder", log),
+            errors = stack.enter_context((self.folder / (self.name + ".errors")).open("w"))
+            for ready, stop, *arguments in (("ready", ["stop"], "wrbback.exe", "serve", *serve, "--log-folder", log),
                                             ("serving", ["--stop"], "wrbhost.exe")):
                 process = subprocess.Popen([options.runner, str(options.bin / arguments[0]), *arguments[1:]],
-                                           stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, env=environment)
+                                           stdout=subprocess.PIPE, stderr=errors, text=True, env=environment)
                 stack.callback(process.communicate)
                 stack.callback(run, arguments[0], *stop)
                 while ready not in (line := process.stdout.readline()):
                     self.assertTrue(line, arguments[0] + " has ended")
-            yield lambda: (self.folder / self.name / "wrbdebug.log").read_text(encoding="utf-8")
+            yield lambda: (self.folder / (self.name + ".errors")).read_text(encoding="utf-8")
 
     def send(self, *fields, timeout=PATIENCE):
         result = run("wrbctl.exe", "send", *fields, "--timeout", str(timeout))
@@ -153,6 +154,66 @@ class Postgres(unittest.TestCase):
             finally:
                 self.engine.start()
             self.wait_for(ADDRESS, ask)
+
+    def test_an_engine_that_hangs_keeps_nobody_waiting_and_comes_back(self):
+        def ask(*_):
+            return self.send("CMDHL_GET_IP_BY_UID", AGENT)
+        with self.serving(";StatementTimeout=1;LoginTimeout=1", "--connections", "2") as log:
+            with self.engine.hung():
+                with concurrent.futures.ThreadPoolExecutor(6) as askers:
+                    self.assertEqual(set(askers.map(ask, range(12))), {""})
+                self.wait_for(True, lambda: ask() == "" and "the database holds all connections" in log())
+                self.assertEqual(self.send("CMDHL_ECHO", "hello"), "hello")
+                self.send("CMDHL_PFW_SET_POLICY_ID", AGENT, "kept")
+                self.wait_for(True, lambda: "DB_SET_CFW_ACTID is held: " in log())
+            self.wait_for(ADDRESS, ask)
+            policy = f"SELECT firewall_policy FROM agent WHERE uid = '{AGENT}'"
+            self.wait_for("kept", lambda: self.query(policy))
+            with self.engine.hung():
+                self.send("CMDHL_PFW_SET_POLICY_ID", AGENT, "lost")
+                self.wait_for(2, lambda: log().count("DB_SET_CFW_ACTID is held: "))
+                self.assertEqual(run("wrbback.exe", "stop", "--timeout", "3").returncode, 4)
+        for words in ("DB_GET_IP failed: odbc:", ": no answer for 6 seconds",
+                      "giving up; not known to be stored: 1 DB_SET_CFW_ACTID"):
+            self.assertIn(words, log())
+
+    def test_what_goes_wrong_while_it_serves_is_said_and_passes(self):
+        def ask():
+            return self.send("CMDHL_GET_IP_BY_UID", AGENT)
+        end_sessions = ("SELECT count(pg_terminate_backend(pid)) FROM pg_stat_activity "
+                        f"WHERE datname = '{self.name}' AND pid <> pg_backend_pid()")
+        arguments, environment = self.engine.psql("postgres")
+        with self.serving() as log, subprocess.Popen(arguments, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                                     text=True, env=environment) as session:
+            def tell(sql):
+                session.stdin.write(sql + "; SELECT 'done';\n")
+                session.stdin.flush()
+                while (line := session.stdout.readline()) != "done\n":
+                    self.assertTrue(line, "the session has ended")
+            role, database = f"ALTER ROLE {postgres.USER} VALID UNTIL ", f"ALTER DATABASE {self.name} "
+            store = "UPDATE wrb_store SET "
+            for change, spoilt, sound, words in (
+                    (tell, role + "'2000-01-01'", role + "'infinity'", "password authentication failed"),
+                    (tell, database + "ALLOW_CONNECTIONS false", database + "ALLOW_CONNECTIONS true",
+                     "not currently accepting connections"),
+                    (self.query, store + "version = 99", store + "version = 4", "has version 99, this program knows 4"),
+                    (self.query, store + "application = 1", store + "application = 1465008708",
+                     "is a database of another program")):
+                with self.subTest(words):
+                    change(spoilt)
+                    tell(end_sessions)
+                    try:
+                        self.wait_for("", ask)
+                        self.wait_for(True, lambda words=words: words in log())
+                    finally:
+                        change(sound)
+                    self.wait_for(ADDRESS, ask)
+            tell(database + "SET default_transaction_read_only = on")
+            tell(end_sessions)
+            self.wait_for(ADDRESS, ask)
+            self.send("CMDHL_PFW_SET_POLICY_ID", AGENT, "refused")
+            self.wait_for(True, lambda: "in a read-only transaction" in log())
+            self.assertEqual(ask(), ADDRESS)
 
     def test_a_locked_table_holds_up_no_other(self):
         def policies():

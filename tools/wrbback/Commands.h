@@ -11,7 +11,7 @@ inline constexpr char kDefaultDatabase[] = "agents.db";  // an address, see SqlA
 
 struct ServeOptions {
     std::string database;
-    unsigned workers = 8;
+    unsigned workers = 8;      // beside those that the database holds
     unsigned connections = 0;  // 0: two for each processor
     std::string debugIni;
     std::optional<std::string> logFolder;  // this and the next three override the INI file

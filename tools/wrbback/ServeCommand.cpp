@@ -21,7 +21,9 @@
 #include "Stage.h"
 #include "StopEvent.h"
 #include "StopWatchdog.h"
+#include "Store.h"
 #include "SystemText.h"
+#include "Tally.h"
 #include "Text.h"
 #include "VisibleText.h"
 
@@ -126,8 +128,14 @@ int RunServices(const ServeOptions& options, const LogSettings& settings, const 
     stage.Serving("ready");
     stop.Wait();
     const auto limit = stop.Limit(kStopLimit);
-    const StopWatchdog watchdog(stop, console, limit,
-                                [&] { return stage.GaveUp("a service is still busy; giving up"); });
+    const auto lastWords = [&] {
+        Tally lost = db.Waiting();
+        lost.merge(records.Waiting());
+        return stage.GaveUp("a service is still busy; giving up; not known to be stored: " +
+                            (lost.empty() ? "nothing" : WideToUtf8(TallyText(lost))) + "; " +
+                            CountersText(db.Counters(), records.Counters(), log.Counters()));
+    };
+    const StopWatchdog watchdog(stop, console, limit, lastWords);
     stage.Stopping();
     records.Stop();
     db.Stop();

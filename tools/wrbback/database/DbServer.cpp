@@ -14,6 +14,7 @@
 #include "ReceivedMessage.h"
 #include "SerializedCommands.h"
 #include "ServicePipes.h"
+#include "Store.h"
 #include "SystemText.h"
 #include "Text.h"
 #include "TextCommands.h"
@@ -58,7 +59,7 @@ PipeListenerOptions ListenerOptions(const DbServerOptions& server,
                                     std::function<void(PipeDrop, std::size_t, uint32_t)> onDrop) {
     PipeListenerOptions options;
     options.name = kDbServerPipe;
-    options.instances = kInstances;
+    options.instances = kInstances + ConnectionsOf(server);  // the engine may hold one for each connection
     options.allowed = server.allowed;
     options.maxMessageBytes = kMaxRequestBytes;
     options.onDrop = std::move(onDrop);
@@ -72,11 +73,12 @@ DbServer::DbServer(DbServerOptions options)
       m_stop(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
       m_writer(m_options.database, 1),
       m_readers(m_options.database, ConnectionsOf(m_options)),
+      m_files(std::max(1u, m_options.workers / 2)),
       m_listener(ListenerOptions(m_options, [this](PipeDrop reason, std::size_t bytes,
                                                    uint32_t pid) { NoteDrop(reason, bytes, pid); }),
-                 PipeListener::InOrder{m_options.workers, [this](const std::string& message, const PipePeer& peer) {
-                                           return Accept(message, peer);
-                                       }}) {
+                 PipeListener::InOrder{
+                     m_options.workers + ConnectionsOf(m_options),
+                     [this](std::string message, const PipePeer& peer) { return Accept(std::move(message), peer); }}) {
     VerifyStore(m_writer.Lend().Db(), m_options.database);
 }
 
@@ -88,10 +90,9 @@ bool DbServer::Start() {
 void DbServer::Stop() {
     SetEvent(m_stop.Get());
     m_listener.Stop();
-    if (const uint64_t dropped = m_writes.Finish(); dropped != 0) {
-        m_failed += dropped;
-        m_options.note(FormatWide(L"database server: %llu writes are dropped, the database holds one",
-                                  static_cast<unsigned long long>(dropped)));
+    if (const Tally dropped = m_writes.Finish(); !dropped.empty()) {
+        m_failed += SumOf(dropped);
+        m_options.note(L"database server: writes are dropped, the database holds one: " + TallyText(dropped));
     }
 }
 
@@ -121,14 +122,21 @@ Job DbServer::Refuse(const std::string& from, const std::wstring& why) {
     return {};
 }
 
-Job DbServer::Accept(const std::string& message, const PipePeer& peer) {
-    std::span<const uint8_t> request(reinterpret_cast<const uint8_t*>(message.data()), message.size());
+// With the empty answer, so that the asker does not wait for ten minutes.
+Job DbServer::RefuseAsker(const std::string& from, const std::wstring& replyPipe, const std::wstring& why) {
+    Refuse(from, why);
+    return replyPipe.empty() ? Job() : [this, replyPipe] { Reply(replyPipe, {}); };
+}
+
+Job DbServer::Accept(std::string message, const PipePeer& peer) {
+    std::span<const uint8_t> request = BytesOf(message);
     const std::string from = "process " + std::to_string(peer.Pid());
     CDbApiHeaderContent header;
     if (const auto status = ReadDbApiHeader(request, header); status != DbApiHeaderStatus::Ok) {
         return Refuse(from, std::wstring(L"header frame: ") + DescribeDbApiHeaderStatus(status));
     }
-    return IsSerialized(request) ? AcceptSerialized(request, from) : AcceptText(request, from, peer);
+    const std::size_t begin = message.size() - request.size();
+    return IsSerialized(request) ? AcceptSerialized(std::move(message), begin, from) : AcceptText(request, from, peer);
 }
 
 // The read sees what has been accepted before it.
@@ -160,33 +168,34 @@ Job DbServer::AcceptText(std::span<const uint8_t> bytes, const std::string& from
     }
     const std::wstring replyPipe = FormatWide(L"DbCln_%d", replyId);
     if (shape == DbAnswer::Message) {
-        Refuse(from, L"no such command: " + Shown(name));
-        return [this, replyPipe] { Reply(replyPipe, {}); };  // or the requester waits ten minutes
+        return RefuseAsker(from, replyPipe, L"no such command: " + Shown(name));
     }
-    return AfterWrites(
-        [this, command = *command, request, replyPipe]() mutable { AnswerText(command, request, replyPipe); });
+    return AfterWrites([this, command = *command, request, replyPipe] { AnswerText(command, request, replyPipe); });
 }
 
 // The write keeps its share of the listener's memory until it is carried out.
 void DbServer::PutWrite(DbCommand command, CCmdProtocol request, const std::string& from, const PipePeer& peer) {
     const auto memory = std::make_shared<MemoryShare>(peer.TakeMemory());
-    if (!m_writes.Put([this, command, request = std::move(request), from, memory]() mutable {
+    const std::size_t bytes = request.Text().size() * sizeof(wchar_t);
+    if (!m_writes.Put(DbName(command), bytes, [this, command, request = std::move(request), from, memory]() mutable {
             return Write(command, request, from);
         })) {
         ++m_failed;
-        m_options.note(FormatWide(L"database server: %s of %S is refused: the database holds an earlier write",
-                                  DescribeDbCommand(command).name, from.c_str()));
+        m_options.note(FormatWide(L"database server: %s of %S is refused: too many writes wait for the database",
+                                  DbName(command), from.c_str()));
     }
 }
 
 bool DbServer::Write(DbCommand command, CCmdProtocol& request, const std::string& from) {
+    const auto onHeld = [&](const SqlError& why) {
+        m_options.note(FormatWide(L"database server: %s is held: %s", DbName(command), Utf8ToWide(why.what()).c_str()));
+    };
     try {
         if (const auto fault = TakeFault(command); fault && fault->kind == FaultKind::Silence) {
             return true;
         }
-        if (m_writer.Run([&](SqlDb& db) { return RunTextCommand(db, command, request); }) == 0) {
-            m_options.note(FormatWide(L"database server: %s of %S changed nothing", DescribeDbCommand(command).name,
-                                      from.c_str()));
+        if (m_writer.Run([&](SqlDb& db) { return RunTextCommand(db, command, request); }, onHeld) == 0) {
+            m_options.note(FormatWide(L"database server: %s of %S changed nothing", DbName(command), from.c_str()));
         }
         ++m_written;
         return true;
@@ -196,55 +205,91 @@ bool DbServer::Write(DbCommand command, CCmdProtocol& request, const std::string
     }
 }
 
-void DbServer::AnswerText(DbCommand command, CCmdProtocol& request, const std::wstring& replyPipe) {
-    std::optional<std::wstring> answer;
+// Runs `work` with a connection. False: the engine has held it for too long. The asker has then got an empty answer,
+// and must get no other.
+template <typename Work>
+bool DbServer::Ask(DbCommand command, const std::wstring& replyPipe, const Work& work) {
+    std::atomic<bool> gaveUp{false};
+    const auto onHeld = [&](const SqlError& why) {
+        if (!gaveUp.exchange(true)) {
+            NoteFailure(command, why);
+            Reply(replyPipe, {});
+        }
+    };
     try {
-        answer = m_readers.Run([&](SqlDb& db) { return AnswerTextCommand(db, command, request); });
-        ++m_reads;
+        m_readers.Run(work, onHeld);
+        m_reads += gaveUp ? 0 : 1;
     } catch (const std::exception& error) {
-        NoteFailure(command, error);
+        if (!gaveUp) {
+            NoteFailure(command, error);
+        }
     }
-    ReplyTo(command, replyPipe, BytesOf(answer.value_or(std::wstring())));
+    return !gaveUp;
 }
 
-Job DbServer::AcceptSerialized(std::span<const uint8_t> bytes, const std::string& from) {
-    const auto message = std::make_shared<CMsgSerializer>();
-    const std::wstring noReplyPipe = message->Id();  // until the message has named one
-    const auto refuse = [&](const std::wstring& why) -> Job {
+void DbServer::AnswerText(DbCommand command, const CCmdProtocol& request, const std::wstring& replyPipe) {
+    std::optional<std::wstring> answer;
+    const auto work = [&](SqlDb& db) {
+        CCmdProtocol fields = request;
+        answer = AnswerTextCommand(db, command, fields);
+    };
+    if (Ask(command, replyPipe, work)) {
+        ReplyTo(command, replyPipe, BytesOf(answer.value_or(std::wstring())));
+    }
+}
+
+// A worker takes the message apart: it may name a file, which another program may hold.
+Job DbServer::AcceptSerialized(std::string message, std::size_t begin, const std::string& from) {
+    const auto request = BytesOf(message).subspan(begin);
+    const bool mayNameFile = MayNameFile(request);
+    const std::wstring replyPipe = mayNameFile ? ReplyPipeOf(request) : std::wstring();
+    Job read = AfterWrites(
+        [this, message = std::move(message), begin, from] { ServeSerialized(BytesOf(message).subspan(begin), from); });
+    if (!mayNameFile) {
+        return read;
+    }
+    read = m_files.Admit(std::move(read));
+    if (!read) {
+        return RefuseAsker(from, replyPipe, kNoFilePlace);
+    }
+    return read;
+}
+
+void DbServer::ServeSerialized(std::span<const uint8_t> bytes, const std::string& from) {
+    CMsgSerializer message;
+    const std::wstring noReplyPipe = message.Id();  // until the message has named one
+    const auto refuse = [&](const std::wstring& why) {
         Refuse(from, why);
-        if (message->Id() == noReplyPipe) {
-            return {};
+        if (message.Id() != noReplyPipe) {
+            Reply(message.Id(), {});
         }
-        return [this, replyPipe = message->Id()] { Reply(replyPipe, {}); };
     };
     std::wstring uid;
     try {
-        LoadReceivedMessage(bytes, *message);
-        *message >> uid;
+        LoadReceivedMessage(bytes, message);
+        message >> uid;
     } catch (const std::exception& error) {
         return refuse(L"a malformed message: " + Utf8ToWide(error.what()));
     }
-    const std::optional<DbCommand> command = FindDbCommand(message->Name());
+    const std::optional<DbCommand> command = FindDbCommand(message.Name());
     if (!command || DescribeDbCommand(*command).answer != DbAnswer::Message) {
-        return refuse(L"no such command: " + Shown(message->Name()));
+        return refuse(L"no such command: " + Shown(message.Name()));
     }
     uid.resize(std::min(uid.size(), kUidCharacters));
-    return AfterWrites([this, command = *command, uid, message] { AnswerSerialized(command, uid, *message); });
+    AnswerSerialized(*command, uid, message);
 }
 
 void DbServer::AnswerSerialized(DbCommand command, const std::wstring& uid, CMsgSerializer& message) {
     const std::wstring replyPipe = message.Id();
     message.Reset();  // the answer has the request's name and id
     bool known = false;
-    try {
-        known = m_readers.Run([&](SqlDb& db) { return AnswerSerializedCommand(db, command, uid, message); }) &&
-                message.Finalize();
-        ++m_reads;
-    } catch (const std::exception& error) {
-        NoteFailure(command, error);
-    }
+    const auto work = [&](SqlDb& db) {
+        known = AnswerSerializedCommand(db, command, uid, message) && message.Finalize();
+    };
+    const bool waits = Ask(command, replyPipe, work);
     const std::span<const uint8_t> none;
-    if (!ReplyTo(command, replyPipe, known ? std::span<const uint8_t>(message.Data(), message.GetSize()) : none)) {
+    const auto answer = known ? std::span<const uint8_t>(message.Data(), message.GetSize()) : none;
+    if (!waits || !ReplyTo(command, replyPipe, answer)) {
         message.DiscardSentFile();  // no other program knows its path
     }
 }

@@ -2,9 +2,12 @@
 //
 // Writes are carried out one after the other, in the order of their connections, on one thread; reads run on workers,
 // each with a connection of its own to the database, and see every write that was there before them. A write that the
-// engine holds for more than five seconds is an exception: reads pass it, and writes for which there is no room behind
-// it are refused. A request that cannot be read is noted, counted and dropped; a request whose answer cannot be
-// delivered likewise.
+// engine holds for more than 2.5 seconds is an exception: reads pass it. Writes for which there is no room are refused.
+// A request that cannot be read is noted, counted and dropped; a request whose answer cannot be delivered likewise.
+//
+// An engine that hangs keeps nobody waiting for longer than StorePool's limit: the asker then gets an empty answer. The
+// worker that waits for the engine is lost until it answers. There is a further worker for each connection, so that
+// `workers` are left.
 #pragma once
 
 #include <atomic>
@@ -20,8 +23,9 @@
 #include "AnswerPipe.h"
 #include "DbCommands.h"
 #include "FaultBoard.h"
+#include "FilePlaces.h"
 #include "PipeListener.h"
-#include "Store.h"
+#include "StorePool.h"
 #include "WriteLane.h"
 
 class CCmdProtocol;
@@ -30,8 +34,8 @@ class CMsgSerializer;
 namespace wrb {
 
 struct DbServerOptions {
-    std::wstring database;  // its address, see SqlAddress.h
-    unsigned workers = 8;
+    std::wstring database;     // its address, see SqlAddress.h
+    unsigned workers = 8;      // beside those that the engine holds
     unsigned connections = 0;  // for reads; 0: two for each processor
     AnswerLimits answer;
 
@@ -63,21 +67,28 @@ class DbServer {
     // Answers and carries out what it has accepted, then returns; see WriteLane::Finish.
     void Stop();
 
+    // See WriteLane.
+    Tally Waiting() const { return m_writes.Waiting(); }
+
     DbServerCounters Counters() const;
 
   private:
-    Job Accept(const std::string& message, const PipePeer& peer);
+    Job Accept(std::string message, const PipePeer& peer);
     Job AcceptText(std::span<const uint8_t> request, const std::string& from, const PipePeer& peer);
+    Job AcceptSerialized(std::string message, std::size_t begin, const std::string& from);
     Job AfterWrites(Job read);
-    Job AcceptSerialized(std::span<const uint8_t> request, const std::string& from);
     void PutWrite(DbCommand command, CCmdProtocol request, const std::string& from, const PipePeer& peer);
     bool Write(DbCommand command, CCmdProtocol& request, const std::string& from);
-    void AnswerText(DbCommand command, CCmdProtocol& request, const std::wstring& replyPipe);
+    template <typename Work>
+    bool Ask(DbCommand command, const std::wstring& replyPipe, const Work& work);
+    void AnswerText(DbCommand command, const CCmdProtocol& request, const std::wstring& replyPipe);
+    void ServeSerialized(std::span<const uint8_t> request, const std::string& from);
     void AnswerSerialized(DbCommand command, const std::wstring& uid, CMsgSerializer& message);
     std::optional<FaultRule> TakeFault(DbCommand command);
     bool ReplyTo(DbCommand command, const std::wstring& replyPipe, std::span<const uint8_t> answer);
     bool Reply(const std::wstring& replyPipe, std::span<const uint8_t> answer);
     Job Refuse(const std::string& from, const std::wstring& why);
+    Job RefuseAsker(const std::string& from, const std::wstring& replyPipe, const std::wstring& why);
     void NoteFailure(DbCommand command, const std::exception& error) noexcept;
     void NoteDrop(PipeDrop reason, std::size_t bytes, uint32_t pid);
 
@@ -89,6 +100,7 @@ class DbServer {
     std::atomic<uint64_t> m_written{0};
     std::atomic<uint64_t> m_badRequests{0};
     std::atomic<uint64_t> m_failed{0};
+    FilePlaces m_files;
     WriteLane m_writes;
     PipeListener m_listener;  // last: its threads use the members above
 };

@@ -15,27 +15,14 @@ void WriteLane::Start() {
     m_threads.Start(1, [this] { Work(); });
 }
 
-// With the lock. False: the lane is stuck, or it takes too long.
-template <typename Ready>
-bool WriteLane::WaitWhileMoving(std::unique_lock<std::mutex>& lock, const Ready& ready) {
-    const Clock::time_point end = Clock::now() + kLongestWait;
-    while (!ready()) {
-        const Clock::time_point until = m_running ? std::min(end, m_begun + kHeldAfter) : end;
-        if (m_stuck || Clock::now() >= until) {
-            return false;
-        }
-        m_changed.wait_until(lock, until);
-    }
-    return true;
-}
-
-bool WriteLane::Put(Change change) {
+bool WriteLane::Put(const wchar_t* name, std::size_t bytes, Change change) {
     {
-        std::unique_lock lock(m_lock);
-        if (!WaitWhileMoving(lock, [this] { return m_queue.size() < kMostQueued; })) {
+        const std::lock_guard guard(m_lock);
+        if (m_queue.size() >= kMostQueued || bytes > kMostBytes - m_bytes) {
             return false;
         }
-        m_queue.push_back(std::move(change));
+        m_queue.push_back({name, bytes, std::move(change)});
+        m_bytes += bytes;
         ++m_put;
     }
     m_changed.notify_all();
@@ -49,12 +36,44 @@ uint64_t WriteLane::Number() const {
 
 void WriteLane::WaitFor(uint64_t number) {
     std::unique_lock lock(m_lock);
-    WaitWhileMoving(lock, [this, number] { return m_done >= number; });
+    const Clock::time_point end = Clock::now() + kLongestWait;
+    while (m_done < number) {
+        const Clock::time_point until = m_running != nullptr ? std::min(end, m_begun + kHeldAfter) : end;
+        if (m_stuck || Clock::now() >= until) {
+            return;
+        }
+        m_changed.wait_until(lock, until);
+    }
 }
 
-uint64_t WriteLane::Finish() {
+Tally WriteLane::TallyOf(const std::deque<Entry>& entries) {
+    Tally tally;
+    for (const Entry& entry : entries) {
+        ++tally[entry.name];
+    }
+    return tally;
+}
+
+Tally WriteLane::Waiting() const {
+    const std::lock_guard guard(m_lock);
+    Tally waiting = TallyOf(m_queue);
+    if (m_running != nullptr) {
+        ++waiting[m_running];
+    }
+    return waiting;
+}
+
+Tally WriteLane::Finish() {
     m_threads.Finish(m_lock, m_finishing, m_changed);
-    return m_dropped;
+    return TallyOf(m_dropped);
+}
+
+// What the changes hold is given back now: it does not outlive the listener.
+void WriteLane::DropQueue() noexcept {
+    for (Entry& entry : m_queue) {
+        entry.change = nullptr;
+    }
+    m_dropped.swap(m_queue);
 }
 
 void WriteLane::Work() {
@@ -64,21 +83,21 @@ void WriteLane::Work() {
         if (m_queue.empty()) {
             return;
         }
-        Change change = std::move(m_queue.front());
+        Entry entry = std::move(m_queue.front());
         m_queue.pop_front();
+        m_bytes -= entry.bytes;
         m_begun = Clock::now();
-        m_running = true;
+        m_running = entry.name;
         lock.unlock();
-        m_changed.notify_all();  // there is room, and a time from which the change counts as held
-        const bool taken = change();
-        change = nullptr;  // what it holds is given back
+        m_changed.notify_all();  // there is a time from which the change counts as held
+        const bool taken = entry.change();
+        entry.change = nullptr;  // what it holds is given back
         lock.lock();
-        m_running = false;
+        m_running = nullptr;
         ++m_done;
         m_stuck = !taken && (m_stuck || Clock::now() >= m_begun + kHeldAfter);
         if (m_finishing && m_stuck) {
-            m_dropped += m_queue.size();
-            m_queue.clear();
+            DropQueue();
         }
         m_changed.notify_all();
     }

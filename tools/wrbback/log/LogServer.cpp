@@ -21,6 +21,8 @@ namespace {
 constexpr wchar_t kSetLevelCommand[] = L"LOG_SET_LEVEL";
 constexpr std::size_t kMaxMessageBytes = 64 * 1024;  // a line is at most 4095 characters and its source's name
 constexpr std::size_t kShownCharacters = 32;
+constexpr unsigned kFileWorkers = 1;
+constexpr unsigned kMostFiles = 8;
 
 PipeListenerOptions ListenerOptions(const std::vector<std::wstring>& allowed,
                                     std::function<void(PipeDrop, std::size_t, uint32_t)> onDrop) {
@@ -40,15 +42,15 @@ LogServer::LogServer(const LogSettings& settings, Note note)
     : m_settings(settings),
       m_note(std::move(note)),
       m_files(settings.files),
+      m_messageFiles(kMostFiles),
       m_listener(
           ListenerOptions(settings.allowed,
                           [this](PipeDrop reason, std::size_t bytes, uint32_t pid) {
                               m_note(FormatWide(L"log service: a message of process %u is dropped after %u bytes: %s",
                                                 pid, static_cast<unsigned>(bytes), PipeDropText(reason)));
                           }),
-          PipeListener::InOrder{0, [this](const std::string& message, const PipePeer& peer) {
-                                    Accept(message, peer);
-                                    return Job();
+          PipeListener::InOrder{kFileWorkers, [this](std::string message, const PipePeer& peer) {
+                                    return Accept(std::move(message), peer);
                                 }}) {}
 
 bool LogServer::Start() {
@@ -71,8 +73,15 @@ LogServerCounters LogServer::Counters() const {
     return {m_lines, m_badMessages + m_listener.Counters().dropped, m_lost};
 }
 
-void LogServer::Accept(const std::string& message, const PipePeer& peer) {
-    DiscardSerialized({reinterpret_cast<const uint8_t*>(message.data()), message.size()});
+// A message that is no text is refused in any case; a file that it names is deleted on a worker.
+Job LogServer::Accept(std::string message, const PipePeer& peer) {
+    Take(message, peer);
+    return MayNameFile(BytesOf(message))
+               ? m_messageFiles.Admit([message = std::move(message)] { DiscardSerialized(BytesOf(message)); })
+               : Job();
+}
+
+void LogServer::Take(const std::string& message, const PipePeer& peer) {
     std::wstring text(message.size() / sizeof(wchar_t), L'\0');
     std::memcpy(text.data(), message.data(), text.size() * sizeof(wchar_t));
     text.resize(std::min(text.size(), text.find(L'\0')));

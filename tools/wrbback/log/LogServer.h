@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "FilePlaces.h"
 #include "LogFeed.h"
 #include "LogFiles.h"
 #include "LogSettings.h"
@@ -42,7 +43,8 @@ class LogServer {
     LogServerCounters Counters() const;
 
   private:
-    void Accept(const std::string& message, const PipePeer& peer);
+    Job Accept(std::string message, const PipePeer& peer);
+    void Take(const std::string& message, const PipePeer& peer);
     void SetLevel(const std::wstring& level);
     void WriteLine(const ReceivedLine& line);
     void Show(const ReceivedLine& line, std::string_view text);
@@ -51,6 +53,7 @@ class LogServer {
     const LogSettings m_settings;
     const Note m_note;
     LogFiles m_files;
+    FilePlaces m_messageFiles;
     SharedLogFeed m_feed;  // none: the system has refused it
     std::atomic<uint64_t> m_lines{0};
     std::atomic<uint64_t> m_badMessages{0};

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "QmAgentClient.h"
+#include "ReceivedMessage.h"
 #include "RecordParser.h"
 #include "ServicePipes.h"
 #include "Text.h"
@@ -15,6 +16,8 @@ namespace {
 
 constexpr unsigned kInstances = 64;
 constexpr std::size_t kMaxMessageBytes = 64 * 1024;  // the two long texts of a row are 16 KiB, escapes make them more
+constexpr unsigned kFileWorkers = 1;                 // of each service
+constexpr unsigned kMostFiles = 8;                   // messages with files under way, of all
 
 }  // namespace
 
@@ -31,7 +34,9 @@ const RecordServer::Service RecordServer::kServices[] = {
 };
 
 RecordServer::RecordServer(RecordServerOptions options)
-    : m_options(std::move(options)), m_writer({m_options.database, m_options.keep, m_options.note, m_options.alarm}) {
+    : m_options(std::move(options)),
+      m_writer({m_options.database, m_options.keep, m_options.note, m_options.alarm}),
+      m_files(kMostFiles) {
     for (const Service& service : kServices) {
         PipeListenerOptions listener;
         listener.name = service.pipe;
@@ -41,11 +46,10 @@ RecordServer::RecordServer(RecordServerOptions options)
         listener.onDrop = [this, &service](PipeDrop reason, std::size_t bytes, uint32_t pid) {
             NoteDrop(service, reason, bytes, pid);
         };
-        const auto accept = [this, &service](const std::string& message, const PipePeer& peer) {
-            Accept(service, message, peer);
-            return Job();
+        const auto accept = [this, &service](std::string message, const PipePeer& peer) {
+            return Accept(service, std::move(message), peer);
         };
-        m_listeners.push_back(std::make_unique<PipeListener>(listener, PipeListener::InOrder{0, accept}));
+        m_listeners.push_back(std::make_unique<PipeListener>(listener, PipeListener::InOrder{kFileWorkers, accept}));
     }
 }
 
@@ -74,14 +78,29 @@ RecordServerCounters RecordServer::Counters() const {
     return counters;
 }
 
-void RecordServer::Accept(const Service& service, const std::string& message, const PipePeer& peer) {
-    try {
-        m_writer.Put(service.parse({reinterpret_cast<const uint8_t*>(message.data()), message.size()}));
-    } catch (const std::exception& error) {
-        ++m_badMessages;
-        m_options.note(FormatWide(L"%s: refused a message of process %u: %s", service.name, peer.Pid(),
-                                  Utf8ToWide(error.what()).c_str()));
+Job RecordServer::Accept(const Service& service, std::string message, const PipePeer& peer) {
+    if (!MayNameFile(BytesOf(message))) {
+        Take(service, message, peer);
+        return {};
     }
+    Job job = m_files.Admit([this, &service, message = std::move(message), peer] { Take(service, message, peer); });
+    if (!job) {
+        Refuse(service, peer, kNoFilePlace);
+    }
+    return job;
+}
+
+void RecordServer::Take(const Service& service, const std::string& message, const PipePeer& peer) {
+    try {
+        m_writer.Put(service.parse(BytesOf(message)));
+    } catch (const std::exception& error) {
+        Refuse(service, peer, Utf8ToWide(error.what()));
+    }
+}
+
+void RecordServer::Refuse(const Service& service, const PipePeer& peer, const std::wstring& why) {
+    ++m_badMessages;
+    m_options.note(FormatWide(L"%s: refused a message of process %u: ", service.name, peer.Pid()) + why);
 }
 
 void RecordServer::NoteDrop(const Service& service, PipeDrop reason, std::size_t bytes, uint32_t pid) const {

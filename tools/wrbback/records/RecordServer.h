@@ -1,5 +1,6 @@
 // The three services that take and never answer: the log pool, the central-management agent and the agent-command
-// service. What they are sent becomes rows of the database, in the order of the connections of each service.
+// service. What they are sent becomes rows of the database, in the order of the connections of each service; a message
+// whose body is in a file may be overtaken.
 //
 // A message is taken when its sender has closed the pipe: from then on it is stored, also when the service is being
 // stopped. Messages that cannot be read are noted, counted and dropped.
@@ -12,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "FilePlaces.h"
 #include "PipeListener.h"
 #include "RecordWriter.h"
 
@@ -51,16 +53,22 @@ class RecordServer {
 
     RecordServerCounters Counters() const;
 
+    // See RecordWriter.
+    Tally Waiting() { return m_writer.Waiting(); }
+
   private:
     struct Service;
     static const Service kServices[];
 
-    void Accept(const Service& service, const std::string& message, const PipePeer& peer);
+    Job Accept(const Service& service, std::string message, const PipePeer& peer);
+    void Take(const Service& service, const std::string& message, const PipePeer& peer);
+    void Refuse(const Service& service, const PipePeer& peer, const std::wstring& why);
     void NoteDrop(const Service& service, PipeDrop reason, std::size_t bytes, uint32_t pid) const;
 
     const RecordServerOptions m_options;
     RecordWriter m_writer;
     std::atomic<uint64_t> m_badMessages{0};
+    FilePlaces m_files;
     std::vector<std::unique_ptr<PipeListener>> m_listeners;  // last: their threads use the members above
 };
 

@@ -9,6 +9,7 @@
 #include <set>
 #include <utility>
 
+#include "Store.h"
 #include "Text.h"
 
 namespace wrb {
@@ -49,6 +50,12 @@ void Tell(const RecordWriter::Note& note, uint64_t rows, const wchar_t* what, co
         note(FormatWide(L"records: %u rows %s: %s", static_cast<unsigned>(rows), what, why.c_str()));
     } catch (const std::exception&) {
         // No memory for a note either. Rows that are lost are counted all the same.
+    }
+}
+
+void AddTo(Tally& tally, std::span<const Record> rows) {
+    for (const Record& row : rows) {
+        ++tally[L"rows of " + Utf8ToWide(row.table->name)];
     }
 }
 
@@ -139,6 +146,19 @@ void RecordWriter::Finish() {
     TellRefused(m_refused.Rest());
 }
 
+Tally RecordWriter::Waiting() {
+    Tally waiting;
+    {
+        const std::lock_guard lock(m_lock);
+        AddTo(waiting, m_underWay);
+        AddTo(waiting, m_queue);
+    }
+    if (const uint64_t refused = m_refused.Rest(); refused != 0) {
+        waiting[L"refused rows"] = refused;
+    }
+    return waiting;
+}
+
 void RecordWriter::Work() {
     for (;;) {
         Batch batch;
@@ -149,9 +169,12 @@ void RecordWriter::Work() {
                 return;
             }
             batch.swap(m_queue);
+            m_underWay = batch;
         }
         m_changed.notify_all();  // there is room again
         StoreOrLose(batch);
+        const std::lock_guard lock(m_lock);
+        m_underWay = {};
     }
 }
 
@@ -169,9 +192,15 @@ void RecordWriter::StoreOrLose(const Batch& batch) {
 
 // All of the rows or, for the reason that `why` then tells, none of them.
 bool RecordWriter::Store(std::span<const Record> rows, std::wstring& why) {
-    for (bool noted = false;;) {
+    bool noted = false;
+    const auto noteWait = [&](const std::exception& error) {
+        if (!std::exchange(noted, true)) {
+            Tell(m_options.note, rows.size(), L"have to wait", Utf8ToWide(error.what()));
+        }
+    };
+    for (;;) {
         try {
-            m_store.Run([rows, this](SqlDb& db) { StoreOnce(db, rows); });
+            m_store.Run([rows, this](SqlDb& db) { StoreOnce(db, rows); }, noteWait);
             m_stored += rows.size();
             TakeAgain();
             return true;
@@ -181,9 +210,7 @@ bool RecordWriter::Store(std::span<const Record> rows, std::wstring& why) {
                 why = Utf8ToWide(error.what());
                 return false;
             }
-            if (!std::exchange(noted, true)) {
-                Tell(m_options.note, rows.size(), L"have to wait", Utf8ToWide(error.what()));
-            }
+            noteWait(error);
             if (IsFull(error)) {
                 RefuseFromNowOn(error);
             }

@@ -15,7 +15,8 @@
 
 #include "LossCount.h"
 #include "RecordTable.h"
-#include "Store.h"
+#include "StorePool.h"
+#include "Tally.h"
 
 namespace wrb {
 
@@ -49,6 +50,10 @@ class RecordWriter {
     // follow.
     void Finish();
 
+    // What has been taken and is not known to be stored, by table; the database may have stored rows that it holds. And
+    // the refused rows that have not been told: they count as told now. For a stop that cannot wait for Finish.
+    Tally Waiting();
+
     uint64_t Stored() const { return m_stored; }
     uint64_t Lost() const { return m_lost; }
 
@@ -69,6 +74,7 @@ class RecordWriter {
     std::mutex m_lock;
     std::condition_variable m_changed;
     Batch m_queue;
+    std::span<const Record> m_underWay;  // rows that the thread is storing
     bool m_finishing = false;
     bool m_refusing = false;
     std::wstring m_why;  // records are refused, or were the last time

@@ -1,7 +1,6 @@
 #include "Store.h"
 
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
 #include <set>
 #include <system_error>
@@ -14,10 +13,6 @@
 
 namespace wrb {
 namespace {
-
-constexpr uint32_t kFirstPauseMilliseconds = 100;
-constexpr uint32_t kLongestPauseMilliseconds = 5000;
-constexpr std::chrono::seconds kLongestLend{60};
 
 [[noreturn]] void Refuse(SqlFailure failure, const std::wstring& address, const std::string& why) {
     throw SqlError(failure, ParseSqlAddress(address).name + ": " + why);
@@ -176,87 +171,6 @@ void VerifyStore(SqlDb& db, const std::wstring& address) {
 void KeepLatest(SqlDb& db, const std::string& table, int64_t keep) {
     SqlStatement trim = db.Use("DELETE FROM " + table + " WHERE id <= (SELECT max(id) FROM " + table + ") - @keep");
     trim.Bind("@keep", keep).Run();
-}
-
-StorePool::StorePool(const std::wstring& address, unsigned connections, const IClock& clock)
-    : m_address(address), m_clock(clock) {
-    for (unsigned i = 0; i < connections; ++i) {
-        m_free.push_back(OpenStore(address));
-    }
-}
-
-StorePool::Lease StorePool::Lend() {
-    std::unique_lock lock(m_lock);
-    if (!m_returned.wait_for(lock, kLongestLend, [this] { return !m_free.empty(); })) {
-        Refuse(SqlFailure::Busy, m_address, "all connections are in use");
-    }
-    std::unique_ptr<SqlDb> db = std::move(m_free.back());
-    m_free.pop_back();
-    lock.unlock();
-    return {*this, db ? std::move(db) : Connect()};
-}
-
-std::unique_ptr<SqlDb> StorePool::Connect() {
-    try {
-        RefuseDuringPause();
-        auto db = TryToOpen();
-        const std::lock_guard lock(m_lock);
-        m_pause = 0;
-        return db;
-    } catch (...) {
-        Return(nullptr);
-        throw;
-    }
-}
-
-void StorePool::RefuseDuringPause() {
-    const std::lock_guard lock(m_lock);
-    if (m_pause != 0 && m_clock.TickMilliseconds() - m_tried < m_pause) {
-        throw SqlError(SqlFailure::Disconnected, m_failure);
-    }
-}
-
-std::unique_ptr<SqlDb> StorePool::TryToOpen() {
-    try {
-        return OpenStore(m_address);
-    } catch (const SqlError& error) {
-        const std::lock_guard lock(m_lock);
-        m_tried = m_clock.TickMilliseconds();
-        m_pause = std::clamp(m_pause * 2, kFirstPauseMilliseconds, kLongestPauseMilliseconds);
-        m_failure = error.what();
-        throw;
-    }
-}
-
-void StorePool::Return(std::unique_ptr<SqlDb> db) {
-    {
-        const std::lock_guard lock(m_lock);
-        m_free.push_back(std::move(db));
-    }
-    m_returned.notify_one();
-}
-
-void StorePool::DropFree() {
-    const std::lock_guard lock(m_lock);
-    for (auto& db : m_free) {
-        db.reset();
-    }
-}
-
-bool StorePool::Lease::MayRepeat(const SqlError& error) {
-    switch (error.Failure()) {
-        case SqlFailure::Disconnected: {
-            const bool nothingDone = !m_db->CommitIsOpen();
-            m_db.reset();
-            m_pool.DropFree();  // a server that has gone has left them all
-            return nothingDone;
-        }
-        case SqlFailure::Conflict:
-        case SqlFailure::Constraint:  // both may have made the same row
-            return true;
-        default:
-            return false;
-    }
 }
 
 }  // namespace wrb

@@ -9,6 +9,7 @@
 #include "SeedStore.h"
 #include "SerializedCommands.h"
 #include "Store.h"
+#include "StorePool.h"
 #include "TempFolder.h"
 #include "TextCommands.h"
 
@@ -67,6 +68,36 @@ TEST(StoreFaults, AFailureAtAnyCallOfTheFileLayerChangesNothing) {
             }
             EXPECT_GT(call, 1) << what << ": no call has failed";
             EXPECT_FALSE(failed) << what;
+        }
+    }
+}
+
+TEST(StoreFaults, WhatGoesWrongWhileTheFileIsServedIsSaidAndPasses) {
+    const std::pair<int, const char*> kCases[] = {
+        {SQLITE_FULL, "database or disk is full"}, {SQLITE_IOERR, "disk I/O error"},
+        {SQLITE_BUSY, "database is locked"},       {SQLITE_READONLY, "readonly database"},
+        {SQLITE_CANTOPEN, "unable to open"},       {SQLITE_CORRUPT, "malformed"},
+    };
+    FaultyDisk disk;
+    const test::TempFolder folder;
+    const std::wstring path = (folder / L"agents.db").wstring();
+    StoreSeed(*CreateStore(path), ParseSeed(kSeed));
+    StorePool pool(path, 1);
+    const auto whyNot = [&pool]() -> std::string {
+        try {
+            EXPECT_EQ(pool.Run([](SqlDb& db) { return Write(db, DbCommand::SetSpecialLog, L"1\ttext"); }), 1);
+            return {};
+        } catch (const SqlError& error) {
+            return error.what();
+        }
+    };
+    for (const auto& [code, words] : kCases) {
+        disk.FailAfter(0, code, true);
+        const std::string why = whyNot();
+        EXPECT_NE(why.find(words), std::string::npos) << why;
+        EXPECT_TRUE(disk.Work());
+        while (!whyNot().empty()) {
+            Sleep(1);
         }
     }
 }

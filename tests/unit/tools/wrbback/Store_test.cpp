@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <functional>
+#include <future>
 
 #include "ChildProcess.h"
 #include "Listing.h"
@@ -13,6 +14,7 @@
 #include "SeedStore.h"
 #include "SqlAddress.h"
 #include "Store.h"
+#include "StorePool.h"
 #include "TempFolder.h"
 #include "Text.h"
 #include "TextCommands.h"
@@ -52,6 +54,7 @@ TEST(SqlAddress, OurKeywordsAreTakenOutOfTheConnectionString) {
 TEST(Store, AFileThatCannotBeUsedIsNamedWithTheReason) {
     const TempFolder folder;
     const std::wstring path = (folder / L"b\xfcro.db").wstring();
+    std::unique_ptr<SqlDb> other;
     const std::tuple<const char*, std::function<void()>, const char*> kCases[] = {
         {"missing", [] {}, "there is no such file; make it with: wrbback seed"},
         {"empty", [&] { WriteAll(path, ""); }, "is empty; fill it with"},
@@ -70,6 +73,13 @@ TEST(Store, AFileThatCannotBeUsedIsNamedWithTheReason) {
              WriteAll(path, bytes);
          },
          "is damaged"},
+        {"locked",
+         [&] {
+             CreateStore(path);
+             other = std::make_unique<SqlDb>(path);
+             other->Execute("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE");
+         },
+         "is locked by another program"},
     };
     for (const auto& [what, prepare, reason] : kCases) {
         std::filesystem::remove(path);
@@ -78,8 +88,7 @@ TEST(Store, AFileThatCannotBeUsedIsNamedWithTheReason) {
         EXPECT_TRUE(why.starts_with(WideToUtf8(path) + ": ")) << what << ": " << why;
         EXPECT_NE(why.find(reason), std::string::npos) << what << ": " << why;
     }
-    std::filesystem::remove(path);
-    CreateStore(path);
+    other.reset();
     EXPECT_EQ(WhyNot(path), "");
 }
 
@@ -117,6 +126,28 @@ TEST(Store, ThePoolLendsEachConnectionToOneThreadAndReadersGoOnWhileAWriterIsInT
     });
     transaction.Commit();
     EXPECT_EQ(pool.Lend().Db().NumberOf("SELECT count(*) FROM agent"), 1);
+}
+
+TEST(Store, AnEngineThatHangsKeepsTheConnectionsAndNobodyElseWaits) {
+    const TempFolder folder;
+    const std::wstring path = (folder / L"agents.db").wstring();
+    CreateStore(path);
+    StorePool pool(path, 2, std::chrono::milliseconds(50));
+    std::promise<void> engine;
+    const std::shared_future<void> goesOn = engine.get_future().share();
+    std::promise<std::string> told[2];
+    test::OnThreads(3, [&](unsigned thread) {
+        if (thread < 2) {
+            pool.Run([&](SqlDb&) { goesOn.wait(); }, [&](const SqlError& why) { told[thread].set_value(why.what()); });
+            return;
+        }
+        for (std::promise<std::string>& one : told) {
+            EXPECT_NE(one.get_future().get().find("agents.db: no answer for "), std::string::npos);
+        }
+        EXPECT_THROW(pool.Lend(), SqlError);
+        engine.set_value();
+    });
+    EXPECT_EQ(pool.Lend().Db().NumberOf("SELECT count(*) FROM agent"), 0);
 }
 
 // A file, or the database that the variable WRB_TEST_STORE names.
