@@ -6,9 +6,10 @@ namespace wrb {
 namespace {
 
 // SU is every account that the system has logged on as a service, S-1-3-4 the owner of the object.
-#define WRB_SERVER_ACCOUNTS L"D:P(A;;GA;;;SY)(A;;GA;;;BA)(A;;GA;;;SU)(A;;GA;;;S-1-3-4)"
+#define WRB_OWN_ACCOUNTS L"D:P(A;;GA;;;SY)(A;;GA;;;BA)(A;;GA;;;S-1-3-4)"
+#define WRB_SERVER_ACCOUNTS WRB_OWN_ACCOUNTS L"(A;;GA;;;SU)"
 
-constexpr const wchar_t* kLists[] = {WRB_SERVER_ACCOUNTS, WRB_SERVER_ACCOUNTS L"(A;;GR;;;WD)",
+constexpr const wchar_t* kLists[] = {WRB_OWN_ACCOUNTS, WRB_SERVER_ACCOUNTS, WRB_SERVER_ACCOUNTS L"(A;;GR;;;WD)",
                                      WRB_SERVER_ACCOUNTS L"(A;;GRGW;;;WD)"};
 
 }  // namespace

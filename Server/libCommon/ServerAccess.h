@@ -7,8 +7,9 @@
 
 namespace wrb {
 
-// What accounts may do beside SYSTEM, the administrators, services and the object's owner, who may do everything.
-enum class OtherAccounts { Nothing, Read, ReadAndWrite };
+// What accounts may do beside SYSTEM, the administrators and the object's owner, who may do everything. Services may do
+// everything too, but for NothingNorServices.
+enum class OtherAccounts { NothingNorServices, Nothing, Read, ReadAndWrite };
 
 // Security attributes for a Create function. Never logs, so that the log itself can use it.
 class ServerAccess {

@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cwchar>
+#include <span>
 #include <string_view>
 
 #include "CallFacts.h"
 #include "Clock.h"
 #include "CmdProtocol.h"
+#include "RecordingFeed.h"
 
 namespace wrb {
 namespace {
@@ -43,31 +46,80 @@ void FillNames(const wchar_t* message, uint64_t bytes, TracedCommand& record) {
     Copy(uid, record.uid);
 }
 
+int64_t CalendarMicroseconds() {
+    using namespace std::chrono;
+    return floor<microseconds>(system_clock::now()).time_since_epoch().count();
+}
+
+// As the library reads it: see cmdhl_Process.
+std::span<const uint8_t> MessageBytes(const wchar_t* message, uint64_t bytes) noexcept {
+    const auto size = static_cast<int32_t>(static_cast<uint32_t>(bytes));
+    const std::size_t characters = message == nullptr ? 0
+                                   : size == -1       ? std::wcslen(message)
+                                                      : static_cast<std::size_t>(std::max(size, 0)) / sizeof(wchar_t);
+    return {reinterpret_cast<const uint8_t*>(message), characters * sizeof(wchar_t)};
+}
+
+// One command that is traced or recorded, from its start.
 class TracedCall {
   public:
-    // For a command that has ended.
-    void Write(TraceFeed& feed, const wchar_t* message, uint64_t bytes) const {
-        using namespace std::chrono;
+    TracedCall(const wchar_t* message, uint64_t bytes, bool isRecorded) : m_message(message), m_bytes(bytes) {
+        m_facts.mostAnswer = isRecorded ? RecordingFeed::kQueueBytes : 0;
+    }
+
+    // The command has ended.
+    void Trace(TraceFeed& feed) const {
         TracedCommand record{};
-        record.microseconds = static_cast<uint32_t>(SystemClock().MonotonicMicroseconds() - m_start);
-        record.endMilliseconds = floor<milliseconds>(system_clock::now()).time_since_epoch().count();
+        record.microseconds = Elapsed();
+        record.endMilliseconds = CalendarMicroseconds() / 1000;
         record.answerBytes = m_facts.answerBytes;
         record.requests = m_facts.requests;
         record.hasFailed = m_facts.hasFailed ? 1 : 0;
-        FillNames(message, bytes, record);
+        FillNames(m_message, m_bytes, record);
         feed.Write(record);
+    }
+    void Record(RecordingFeed& feed, uint32_t flags) const noexcept {
+        if (m_facts.isAnswerCut) {
+            feed.CountMissed();
+            return;
+        }
+        RecordedCommand record;
+        record.runMicroseconds = Elapsed();
+        record.beginMicroseconds = m_begin;
+        record.flags =
+            flags | (m_facts.hasFailed ? kRecordedFailed : 0) | (m_facts.hasAnswered ? kRecordedAnswered : 0);
+        WriteRecord(feed, record, MessageBytes(m_message, m_bytes),
+                    {reinterpret_cast<const uint8_t*>(m_facts.answer.data()), m_facts.answer.size()});
     }
 
   private:
+    uint32_t Elapsed() const { return static_cast<uint32_t>(SystemClock().MonotonicMicroseconds() - m_start); }
+
+    const wchar_t* m_message;
+    const uint64_t m_bytes;
     CallFacts m_facts;
     const CallFactsScope m_scope{m_facts};
+    const int64_t m_begin = CalendarMicroseconds();
     const uint64_t m_start = SystemClock().MonotonicMicroseconds();
 };
+
+unsigned DispatchRecorded(const CommandMap& map, const wchar_t* message, uint64_t bytes, const TracedCall& call,
+                          RecordingFeed& feed) {
+    try {
+        const unsigned result = DispatchCommand(map, message, bytes);
+        call.Record(feed, result == 1 ? 0 : kRecordedRefused);
+        return result;
+    } catch (...) {
+        call.Record(feed, kRecordedThrew);
+        throw;
+    }
+}
 
 }  // namespace
 
 void StartTrace() noexcept {
     g_feed = OpenTraceFeed();
+    OpenRecordingFeed();
 }
 
 TraceFeed* WatchedFeed() noexcept {
@@ -77,13 +129,15 @@ TraceFeed* WatchedFeed() noexcept {
 
 unsigned TracedDispatch(const CommandMap& map, const wchar_t* message, uint64_t bytes) {
     TraceFeed* const feed = WatchedFeed();
-    if (feed == nullptr) {
+    RecordingFeed* const recording = WatchedRecordingFeed();
+    if (feed == nullptr && recording == nullptr) {
         return DispatchCommand(map, message, bytes);
     }
-    TracedCall call;
-    const unsigned result = DispatchCommand(map, message, bytes);
-    if (result == 1) {
-        call.Write(*feed, message, bytes);
+    const TracedCall call(message, bytes, recording != nullptr);
+    const unsigned result = recording == nullptr ? DispatchCommand(map, message, bytes)
+                                                 : DispatchRecorded(map, message, bytes, call, *recording);
+    if (feed != nullptr && result == 1) {
+        call.Trace(*feed);
     }
     return result;
 }

@@ -48,11 +48,10 @@ int WriteAnswer(const wchar_t* pipeName, Write write) {
     });
 }
 
-// The result, once the trace of the command has it.
-int Traced(int sent, uint64_t bytes) noexcept {
+// The result, once the trace and the recording of the command have it.
+int Traced(int sent, const void* body, uint64_t bytes) noexcept {
     if (wrb::CallFacts* const facts = wrb::CurrentCallFacts()) {
-        facts->answerBytes += bytes;
-        facts->hasFailed |= sent != 1;
+        facts->NoteAnswer(body, bytes, sent == 1);
     }
     return sent;
 }
@@ -76,7 +75,7 @@ bool SendAndAwaitReader(CPipeClient& client, const wrb::Deadline& deadline, std:
 unsigned cmdhl_OutputCommand(const wchar_t* pipeName, const void* body, uint64_t byteCount) {
     return static_cast<unsigned>(Traced(
         WriteAnswer(pipeName, [&](CPipeClient& client, const wrb::Deadline&) { return client.Send(body, byteCount); }),
-        byteCount));
+        body, byteCount));
 }
 
 bool wrb::ReplyAndAwaitReader(const wchar_t* pipeName, std::wstring_view text) {
@@ -87,5 +86,5 @@ bool wrb::ReplyAndAwaitReader(const wchar_t* pipeName, std::wstring_view text) {
         return SendAndAwaitReader(client, deadline, text.substr(0, rest)) &&
                SendAndAwaitReader(client, deadline, text.substr(rest));
     });
-    return Traced(sent, text.size() * sizeof(wchar_t)) == 1;
+    return Traced(sent, text.data(), text.size() * sizeof(wchar_t)) == 1;
 }
