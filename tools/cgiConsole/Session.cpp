@@ -1,14 +1,11 @@
 #include "Session.h"
 
 #include <windows.h>
-// After windows.h, whose types it uses.
-#include <bcrypt.h>
 
-#include <array>
-#include <span>
 #include <stdexcept>
 
 #include "Handle.h"
+#include "KeyedHash.h"
 #include "RequestOrigin.h"
 #include "SystemText.h"
 #include "Text.h"
@@ -18,35 +15,9 @@ namespace {
 
 constexpr wchar_t kCookie[] = L"wrb_session";
 constexpr std::size_t kSessionBytes = 16;
-constexpr std::size_t kHashBytes = 32;
-
-using Key = std::array<unsigned char, kHashBytes>;
 
 [[noreturn]] void Fail(const char* what, const std::string& why) {
     throw std::runtime_error(std::string(what) + " failed: " + why);
-}
-
-// The system has no texts for these.
-std::string StatusText(NTSTATUS status) {
-    return WideToUtf8(FormatWide(L"status 0x%08X", static_cast<unsigned>(status)));
-}
-
-void FillRandom(std::span<unsigned char> bytes) {
-    const NTSTATUS status =
-        BCryptGenRandom(nullptr, bytes.data(), static_cast<ULONG>(bytes.size()), BCRYPT_USE_SYSTEM_PREFERRED_RNG);
-    if (status != 0) {
-        Fail("BCryptGenRandom", StatusText(status));
-    }
-}
-
-std::string Hex(std::span<const unsigned char> bytes) {
-    constexpr char kDigits[] = "0123456789abcdef";
-    std::string text;
-    for (const unsigned char byte : bytes) {
-        text += kDigits[byte >> 4];
-        text += kDigits[byte & 15];
-    }
-    return text;
 }
 
 FileHandle OpenKey(const std::wstring& path, DWORD access, DWORD disposition) {
@@ -54,7 +25,7 @@ FileHandle OpenKey(const std::wstring& path, DWORD access, DWORD disposition) {
         CreateFileW(path.c_str(), access, FILE_SHARE_READ, nullptr, disposition, FILE_ATTRIBUTE_HIDDEN, nullptr));
 }
 
-bool ReadKey(const std::wstring& path, Key& key) {
+bool ReadKey(const std::wstring& path, HashKey& key) {
     const FileHandle file = OpenKey(path, GENERIC_READ, OPEN_EXISTING);
     DWORD read = 0;
     return file && ReadFile(file.Get(), key.data(), static_cast<DWORD>(key.size()), &read, nullptr) &&
@@ -63,9 +34,9 @@ bool ReadKey(const std::wstring& path, Key& key) {
 
 // Two processes may make the key at the same time: it is written under a name of its own and renamed, which only the
 // first one can do. Both use what is there then.
-Key LoadKey(const std::wstring& homeFolder) {
+HashKey LoadKey(const std::wstring& homeFolder) {
     const std::wstring path = homeFolder + L"Private\\console.key";
-    Key key;
+    HashKey key;
     if (ReadKey(path, key)) {
         return key;
     }
@@ -91,23 +62,6 @@ Key LoadKey(const std::wstring& homeFolder) {
     return key;
 }
 
-std::string KeyedHash(Key key, const std::string& text) {
-    Key hash;
-    const auto bytes = reinterpret_cast<PUCHAR>(const_cast<char*>(text.data()));
-    BCRYPT_ALG_HANDLE algorithm = nullptr;
-    NTSTATUS status =
-        BCryptOpenAlgorithmProvider(&algorithm, BCRYPT_SHA256_ALGORITHM, nullptr, BCRYPT_ALG_HANDLE_HMAC_FLAG);
-    if (status == 0) {
-        status = BCryptHash(algorithm, key.data(), static_cast<ULONG>(key.size()), bytes,
-                            static_cast<ULONG>(text.size()), hash.data(), static_cast<ULONG>(hash.size()));
-        BCryptCloseAlgorithmProvider(algorithm, 0);
-    }
-    if (status != 0) {
-        Fail("BCryptHash", StatusText(status));
-    }
-    return Hex(hash);
-}
-
 bool IsSessionId(const std::wstring& text) {
     return text.size() == 2 * kSessionBytes && text.find_first_not_of(L"0123456789abcdef") == text.npos;
 }
@@ -127,14 +81,14 @@ Session::Session(const Request& request, const std::wstring& homeFolder) {
     std::string id = WideToUtf8(Request::Cookie(kCookie));
     m_isNew = !IsSessionId(Utf8ToWide(id));
     if (m_isNew) {
-        std::array<unsigned char, kSessionBytes> random;
+        std::array<uint8_t, kSessionBytes> random;
         FillRandom(random);
-        id = Hex(random);
+        id = HexDigits(random);
         const bool isTls = GatewayVariable(L"HTTPS") == L"on" || GatewayVariable(L"REQUEST_SCHEME") == L"https";
         m_header = "Set-Cookie: " + WideToUtf8(kCookie) + "=" + id + "; HttpOnly; SameSite=Strict; Path=/" +
                    (isTls ? "; Secure" : "");
     }
-    m_token = KeyedHash(LoadKey(homeFolder), id + "\n" + WideToUtf8(request.User()));
+    m_token = HexDigits(KeyedHash(LoadKey(homeFolder), id + "\n" + WideToUtf8(request.User())));
 }
 
 bool Session::Admits(const Request& request) const {

@@ -13,7 +13,7 @@ namespace wrb {
 
 class Session {
   public:
-    // Continues the session of the request's cookie, or begins one. Throws std::runtime_error when the key can be
+    // Continues the session of the request's cookie, or begins one. Throws a std::exception when the key can be
     // neither read nor made.
     Session(const Request& request, const std::wstring& homeFolder);
 
