@@ -11,7 +11,7 @@ namespace wrb::test {
 inline std::string ExpectRun(const wchar_t* program, const std::vector<std::wstring>& arguments, DWORD code,
                              const char* part = "") {
     const ChildProcess process(program, arguments);
-    EXPECT_EQ(process.WaitForExit(), code);
+    EXPECT_EQ(process.WaitForExit(), code) << process.Output();
     EXPECT_NE(process.Output().find(part), std::string::npos) << process.Output();
     return process.Output();
 }

@@ -55,12 +55,8 @@ std::wstring NewReplyPipe() {
     return L"agent-reply" + std::wstring(text + 1, 36);
 }
 
-Answer Ask(CommandTally& tally, const std::wstring& command, std::span<const std::wstring> fields,
-           const std::wstring& replyPipe) {
+Answer Exchange(const std::wstring& message, const std::wstring& replyPipe) {
     Answer answer;
-    CCmdProtocol head;
-    head << command << replyPipe;
-    const std::wstring message = Message(head, fields);
     CPipeServer server;
     if (!server.Initial(replyPipe.c_str(), kAnswerSeconds)) {
         return answer;
@@ -71,12 +67,20 @@ Answer Ask(CommandTally& tally, const std::wstring& command, std::span<const std
         answer.delivered = Send(client, message);
         client.Close();
     }
+    answer.answered = answer.delivered && server.FetchCmd(answer.text);
+    return answer;
+}
+
+Answer Ask(CommandTally& tally, const std::wstring& command, std::span<const std::wstring> fields,
+           const std::wstring& replyPipe) {
+    CCmdProtocol head;
+    head << command << replyPipe;
+    Answer answer = Exchange(Message(head, fields), replyPipe);
     if (answer.delivered) {
         tally.CountDelivered(command);
-        answer.answered = server.FetchCmd(answer.text);
-        if (answer.answered) {
-            tally.CountAnswered(command);
-        }
+    }
+    if (answer.answered) {
+        tally.CountAnswered(command);
     }
     return answer;
 }

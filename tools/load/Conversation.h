@@ -42,8 +42,11 @@ bool DeliverToHost(const std::wstring& message);
 // Unique on the machine, and 47 characters long: some upload commands cut up to 33 characters off the name.
 std::wstring NewReplyPipe();
 
-// Sends a command with an answer and waits for it: one minute at most, and no longer than the host's process lives.
-// `fields` follow the reply pipe.
+// Sends a message that names the reply pipe and waits for the answer: one minute at most, and no longer than the host's
+// process lives.
+Answer Exchange(const std::wstring& message, const std::wstring& replyPipe);
+
+// The same for a command and the fields that follow the reply pipe.
 Answer Ask(CommandTally& tally, const std::wstring& command, std::span<const std::wstring> fields,
            const std::wstring& replyPipe = NewReplyPipe());
 inline Answer Ask(CommandTally& tally, const std::wstring& command, std::initializer_list<std::wstring> fields,

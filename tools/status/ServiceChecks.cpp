@@ -26,11 +26,6 @@ constexpr uint32_t kPatienceSeconds = 2;
 constexpr wchar_t kEcho[] = L"status";
 constexpr wchar_t kNobody[] = L"00000000-0000-0000-0000-000000000000";
 
-bool IsServed(const wchar_t* pipe) {
-    wchar_t path[MAX_PATH];
-    return FormatPipePath(path, MAX_PATH, pipe) && (WaitNamedPipeW(path, 1) || GetLastError() != ERROR_FILE_NOT_FOUND);
-}
-
 // The milliseconds that it takes; nothing when it fails.
 std::optional<double> Timed(const std::function<bool()>& work) {
     const auto start = std::chrono::steady_clock::now();
@@ -109,6 +104,11 @@ StatusItem DownItem(const char* name, std::string text) {
 }
 
 }  // namespace
+
+bool IsServed(const wchar_t* pipe) {
+    wchar_t path[MAX_PATH];
+    return FormatPipePath(path, MAX_PATH, pipe) && (WaitNamedPipeW(path, 1) || GetLastError() != ERROR_FILE_NOT_FOUND);
+}
 
 StatusItem CheckHost() {
     if (!IsServed(kHostPipe)) {

@@ -24,6 +24,8 @@ void AddFault(CLI::App& app, Run& run);
 void AddTail(CLI::App& app, Run& run);
 void AddTrace(CLI::App& app, Run& run);
 void AddLoad(CLI::App& app, Run& run);
+void AddRecord(CLI::App& app, Run& run);
+void AddReplay(CLI::App& app, Run& run);
 
 // Adds a subcommand with its own examples. `options` lives as long as `run`.
 template <typename Options>

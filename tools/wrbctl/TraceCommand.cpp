@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <ctime>
 
+#include "CommandFilter.h"
 #include "CommandTrace.h"
 #include "Console.h"
 #include "ExitCode.h"
@@ -28,8 +29,7 @@ Exit codes: 0 done, 1 failed, 2 wrong command line, 3 the host does not run.
 )";
 
 struct TraceOptions {
-    std::string command;
-    std::string uid;
+    CommandFilter filter;
     double slowerThan = 0;  // milliseconds
     uint64_t count = 0;     // 0: until Ctrl-C
     bool json = false;
@@ -41,13 +41,6 @@ double MillisecondsOf(const TracedCommand& traced) {
 
 const char* ResultOf(const TracedCommand& traced) {
     return traced.hasFailed != 0 ? "failed" : "ok";
-}
-
-// In any case.
-bool Contains(std::wstring_view text, const std::string& part) {
-    const std::wstring wide = Utf8ToWide(part);
-    return part.empty() || FindStringOrdinal(FIND_FROMSTART, text.data(), static_cast<int>(text.size()), wide.data(),
-                                             static_cast<int>(wide.size()), TRUE) >= 0;
 }
 
 std::string TextLine(const TracedCommand& traced) {
@@ -91,8 +84,7 @@ int RunTrace(const TraceOptions& options) {
         *feed, [&] { options.json ? PrintErr("wrbctl: tracing until Ctrl-C\n") : PrintOut(kHeads); },
         [&](TracedCommand traced) {
             *std::rbegin(traced.command) = *std::rbegin(traced.uid) = L'\0';
-            if (Contains(traced.command, options.command) && Contains(traced.uid, options.uid) &&
-                MillisecondsOf(traced) >= options.slowerThan) {
+            if (options.filter.Admits(traced.command, traced.uid) && MillisecondsOf(traced) >= options.slowerThan) {
                 PrintOut(options.json ? JsonRecord(traced) : TextLine(traced));
                 ++shown;
             }
@@ -107,8 +99,7 @@ void AddTrace(CLI::App& app, Run& run) {
     const auto options = std::make_shared<TraceOptions>();
     CLI::App* const trace =
         AddSubcommand(app, "trace", "Show each command as it ends", kExamples, options, RunTrace, run);
-    trace->add_option("--command", options->command, "Commands with this text in their name");
-    trace->add_option("--uid", options->uid, "Commands of agents with this text in their uid");
+    AddFilter(*trace, options->filter);
     trace->add_option("--slower-than", options->slowerThan, "Commands that take so many milliseconds or more");
     trace->add_option("--count", options->count, "End after so many commands (default: at Ctrl-C)");
     trace->add_flag("--json", options->json, "Print a JSON object a line");

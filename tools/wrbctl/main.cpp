@@ -182,9 +182,9 @@ int Run() {
     app.footer(kExamples);
     Options options;
     wrb::Run run;
-    for (const auto add :
-         {wrb::AddStatus, wrb::AddGet, wrb::AddSet, wrb::AddExplain, wrb::AddDiff, wrb::AddCheck, wrb::AddUpload,
-          wrb::AddFault, wrb::AddTail, wrb::AddTrace, wrb::AddLoad, wrb::AddDiagnostics, wrb::AddCompletion}) {
+    for (const auto add : {wrb::AddStatus, wrb::AddGet, wrb::AddSet, wrb::AddExplain, wrb::AddDiff, wrb::AddCheck,
+                           wrb::AddUpload, wrb::AddFault, wrb::AddTail, wrb::AddTrace, wrb::AddLoad, wrb::AddRecord,
+                           wrb::AddReplay, wrb::AddDiagnostics, wrb::AddCompletion}) {
         add(app, run);
     }
     CLI::App* const send = AddSend(app, options);
