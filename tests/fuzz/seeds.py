@@ -89,12 +89,26 @@ policy_names = sorted(set(re.findall(r"<(\w+)|(\w+)=", agents.decode())))
 policy_names = [element + attribute for element, attribute in policy_names]
 cfw_row = CFW_ROW % ",".join(f'"{name}":{row_values.get(kind, "1")}' for name, kind in columns[:11])
 frame = message("NULL", number(1) + number(7) + number(8) + text("C:\\wrbhost.exe") + text("dbGetMscfW"))
+echo = fields("CMDHL_ECHO", "pipe", "hello"), wide("hello")
+recording = (struct.pack("<4sIIIq", b"WRBR", 1, 24, 0, 1) +
+             struct.pack("<IIqIIII", 32 + sum(map(len, echo)), 1, 2, 3, 8, *map(len, echo)) + b"".join(echo) +
+             struct.pack("<IIQ", 16, 2, 1) + struct.pack("<IIQ", 16, 3, 1))
 
 # target: (seeds, words of the dictionary)
 TARGETS = {
     "command": (
         [fields("CMDHL_ECHO", "pipe", "content"), fields("CMDHL_SLEEP"), fields("CMDHL_ECHO", "-1", "", "4294967295")],
         map(wide, ["\t", "CMDHL_ECHO", "CMDHL_", "\0", "-", "2147483648"])),
+    "decode": (
+        [fields("CMDHL_PFW_UPDATE_CFW_COUNT", UID, *"1234567890"), fields("DB_SET_STATUS", "-1", UID, "1", "2\0"),
+         fields("LOG_WRITE", "1", "2", "3", "4", "a.cpp", "5", "text\tmore\0"), wide("[Section]\nKey=1\r\n"),
+         struct.pack("<II", 0x0E1A0703, len(frame)) + frame + message("DBV2_GET_SABLEX_CFG", text(UID)),
+         message("DBV2_CLIENT_GET_ALL_SCAN_CFG", all_scan_config()), message("DBV2_CLIENT_GET_ALL_SCAN_EX", all_scan_lists()),
+         message("DBV2_GET_FA_RESTORE_ITEM", struct.pack("<I", 1) + text("a") * 5), message("CMDLOGV2_SEND_CFWLOG", text(cfw_row)),
+         message("DBV2_GET_VEXOR_CUSTOM_BM_CFG", struct.pack("<I", 1) + text("p") + number(1) + boolean(1)),
+         firewall_file(0, 1), firewall_file(1, 2), recording, b"a=1&b=%41+c\r\nd:e", MULTIPART[MULTIPART.index(b"--xyz"):]],
+        [b"WRBR", message("NULL")[:28], number(0), number(1), text(""), struct.pack("<I", 0x0E1A0703), wide("\t"), b"\xEF",
+         b"--xyz\r\n", b"\r\n\r\n", b"Content-Disposition:", wide("CMDHL_ECHO"), b"\0\0"]),
     "entry_name": (
         [b"dir\\file.log", b"../a", b"C:\\a", b"a/b.", b"con.txt", "\u00e9.log".encode(), b"file:stream"],
         [b"..", b"\\", b"/", b":", b"aux", b"com1", b"lpt9.", b"\xc3\xa9", b"\0", b"*", b"?"]),

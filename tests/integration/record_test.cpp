@@ -75,8 +75,12 @@ TEST(Record, ARecordingIsReplayedComparedAndDecoded) {
     ExpectRun(kCtl, {L"replay", plain, L"--compare", L"--uid", kUnknownAgent}, 0);
     ExpectRun(kCtl, {L"replay", plain, L"--compare", L"--json"}, 1, R"("differ":1)");
 
+    ExpectRun(kCtl, {L"decode", plain}, 0, "#2 answer: line 1");
+    ExpectRun(kCtl, {L"decode", L"0400", L"--json"}, 1, R"("problem" : "none of the formats)");
+    ExpectRun(kCtl, {L"decode", L"12 3"}, 2, "neither a file nor hexadecimal digits");
     const std::string bytes = ReadAll(plain);
     WriteAll(plain, bytes.substr(0, bytes.size() - 1));
+    ExpectRun(kCtl, {L"decode", plain}, 1, "is cut short");
     ExpectRun(kCtl, {L"replay", plain, L"--command", L"none"}, 0, "the recording lacks its end");
     ExpectRun(kCtl, {L"replay", kCtl}, 2);
     const Recorder last(home / L"last.wrbrec", {});

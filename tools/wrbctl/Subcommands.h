@@ -26,6 +26,7 @@ void AddTrace(CLI::App& app, Run& run);
 void AddLoad(CLI::App& app, Run& run);
 void AddRecord(CLI::App& app, Run& run);
 void AddReplay(CLI::App& app, Run& run);
+void AddDecode(CLI::App& app, Run& run);
 
 // Adds a subcommand with its own examples. `options` lives as long as `run`.
 template <typename Options>

@@ -184,7 +184,7 @@ int Run() {
     wrb::Run run;
     for (const auto add : {wrb::AddStatus, wrb::AddGet, wrb::AddSet, wrb::AddExplain, wrb::AddDiff, wrb::AddCheck,
                            wrb::AddUpload, wrb::AddFault, wrb::AddTail, wrb::AddTrace, wrb::AddLoad, wrb::AddRecord,
-                           wrb::AddReplay, wrb::AddDiagnostics, wrb::AddCompletion}) {
+                           wrb::AddReplay, wrb::AddDecode, wrb::AddDiagnostics, wrb::AddCompletion}) {
         add(app, run);
     }
     CLI::App* const send = AddSend(app, options);
