@@ -81,6 +81,13 @@ TEST(BackRecords, WhatTheClientsSendIsShownAsItWasSent) {
     EXPECT_EQ(one.find("TBL_CFW_LOG"), std::string::npos);
     ExpectRun(kBackEnd, {L"log-pool", L"--db", database, L"--table", L"TBL_CFW_LOG"}, 0,
               "  192.0.2.17                               2001:db8::1  ");
+    for (const auto& [uid, line] : {std::pair(kFullAgent, "LOG: 1 of 1 rows"), std::pair(kBareAgent, "LOG: 0 of 0")}) {
+        ExpectRun(kBackEnd, {L"log-pool", L"--db", database, L"--table", L"TBL_RESTORE_LOG", L"--uid", uid}, 0, line);
+    }
+    SetEnvironmentVariableW(L"WRB_STORE", L"elsewhere.db");  // the option goes before it, and it before the default
+    ExpectRun(kBackEnd, {L"agents", L"--db", database}, 0, "3f2a6c10-");
+    ExpectRun(kBackEnd, {L"agents"}, 1, "elsewhere.db: there is no such file");
+    SetEnvironmentVariableW(L"WRB_STORE", nullptr);
     ExpectRun(kBackEnd, {L"log-pool", L"--db", database, L"--table", L"agent"}, 2);
     ExpectRun(kBackEnd, {L"events", L"--db", database + L"x"}, 1);
 }

@@ -27,13 +27,17 @@ struct ServeOptions {
 struct ShowOptions {
     std::string database;
     std::string table;  // empty: all of the log pool
+    std::string uid;    // rows of this agent only; empty: of all
     uint64_t limit = 100;
     bool json = false;
 };
 
-// The store of the option; else that of the key BackEndStore in Private\\wrbserver.ini, whose relative file lies in the
-// home folder; else agents.db in the current folder.
+// The store of the option; else of the variable WRB_STORE; else that of a service.
 std::string StoreOf(const std::string& option);
+
+// The store of the key BackEndStore in Private\\wrbserver.ini, whose relative file lies in the home folder; else
+// agents.db in the current folder.
+std::string StoreOfService();
 
 // For a service that has been installed: names its store in that file, where none is named, and makes it.
 int SettleServiceStore();

@@ -98,6 +98,9 @@ int ShowAgents(const std::string& store, const std::string& filter, bool json) {
     return WithStore(store, [&](SqlDb& db) {
         const std::vector<AgentRow> agents = FindAgents(db, Utf8ToWide(filter));
         (json ? PrintAgentsAsJson : PrintAgents)(agents);
+        if (agents.empty()) {
+            PrintErr("wrbback: no agent\n");
+        }
         return kExitOk;
     });
 }
@@ -110,8 +113,11 @@ int Export(const std::string& store) {
 }
 
 int Backup(const std::string& store, const std::string& file) {
+    const std::wstring copy = Utf8ToWide(file);
+    if (GetFileAttributesW(copy.c_str()) != INVALID_FILE_ATTRIBUTES) {
+        return Fail(file + ": exists already", kExitFailed);
+    }
     return WithStore(store, [&](SqlDb& db) {
-        const std::wstring copy = Utf8ToWide(file);
         db.BackUp(copy);
         SqlDb(copy).Execute(DialectOf(SqlEngine::Sqlite).prepareFile);
         return kExitOk;

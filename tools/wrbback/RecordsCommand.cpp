@@ -13,7 +13,7 @@ void Print(const std::string& utf8) {
 }
 
 void ShowTable(SqlDb& db, const RecordTable& table, const ShowOptions& options) {
-    (options.json ? ListAsJson : ListAsText)(db, table, options.limit, Print);
+    (options.json ? ListAsJson : ListAsText)(db, table, {Utf8ToWide(options.uid), options.limit}, Print);
 }
 
 }  // namespace

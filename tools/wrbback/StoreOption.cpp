@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -24,6 +25,14 @@ std::wstring ServerIni() {
     return HomeFolder() + L"Private\\wrbserver.ini";
 }
 
+// Empty: the variable is not set.
+std::wstring EnvironmentStore() {
+    std::wstring address(kAddressCharacters, L'\0');
+    address.resize(
+        std::min(GetEnvironmentVariableW(L"WRB_STORE", address.data(), kAddressCharacters), kAddressCharacters - 1));
+    return address;
+}
+
 // Empty: the file does not name a store.
 std::wstring ConfiguredStore() {
     std::wstring address(kAddressCharacters, L'\0');
@@ -39,9 +48,11 @@ std::wstring ConfiguredStore() {
 }  // namespace
 
 std::string StoreOf(const std::string& option) {
-    if (!option.empty()) {
-        return option;
-    }
+    const std::string named = option.empty() ? WideToUtf8(EnvironmentStore()) : option;
+    return named.empty() ? StoreOfService() : named;
+}
+
+std::string StoreOfService() {
     const std::wstring configured = ConfiguredStore();
     return configured.empty() ? kDefaultDatabase : WideToUtf8(configured);
 }

@@ -47,6 +47,7 @@ constexpr char kFooter[] =
     "  wrbback serve --db agents.db --log-folder log         serve it until Ctrl-C or wrbback stop\n"
     "  wrbback serve --db agents.db --log-level W --split-size 1000000 --max-logs 5\n"
     "  wrbback log-pool --db agents.db --table TBL_CFW_LOG   the latest firewall-log rows, also while it serves\n"
+    "  wrbback log-pool --uid UID                            rows of one agent\n"
     "  wrbback events --limit 0 --json                       every event in agents.db, for a program\n"
     "  wrbback agents --filter reception                     agents with that text in a column\n"
     "  wrbback backup copy.db                                copy of agents.db, also while it is served\n"
@@ -56,12 +57,11 @@ constexpr char kFooter[] =
     "Exit codes: 0 done, 1 failed, 2 wrong command line, log setting or seed file, 3 not running, 4 timed out";
 
 void AddStore(CLI::App* command, std::string& store) {
-    command
-        ->add_option("--store,--db", store,
-                     "Database: sqlite:FILE, odbc:CONNECTION STRING or a file. Default: the variable WRB_STORE, which "
-                     "shows no password on the command line; else BackEndStore of Private\\wrbserver.ini; else "
-                     "agents.db")
-        ->envname("WRB_STORE");
+    // The variable is read by StoreOf: CLI11 would let it replace an option that several subcommands share.
+    command->add_option("--store,--db", store,
+                        "Database: sqlite:FILE, odbc:CONNECTION STRING or a file. Default: the variable WRB_STORE, "
+                        "which shows no password on the command line; else BackEndStore of Private\\wrbserver.ini; "
+                        "else agents.db");
 }
 
 void AddServeOptions(CLI::App* serve, ServeOptions& options) {
@@ -116,6 +116,7 @@ struct Options {
 
 std::vector<Command> AddRecordCommands(CLI::App& app, Options& options) {
     CLI::App* logPool = AddShow(app, "log-pool", "Show the log rows that were received", options.show);
+    logPool->add_option("--uid", options.show.uid, "Rows of this agent only");
     logPool->add_option("--table", options.show.table, "This table only")
         ->check(CLI::IsMember({"TBL_CFW_LOG", "TBL_RESTORE_LOG"}));
     CLI::App* events = AddShow(app, "events", "Show the messages to the other services", options.show);
@@ -165,6 +166,7 @@ int Main() {
         *store = StoreOf(*store);
     }
     if (service.IsAsked()) {
+        options.serve.database = StoreOfService();
         return service.Run([&] { return Serve(options.serve); }, SettleServiceStore);
     }
     for (const auto& [command, run] : commands) {

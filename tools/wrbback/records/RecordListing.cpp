@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "Dialect.h"
 #include "IpAddress.h"
 #include "SqlDb.h"
 #include "Text.h"
@@ -55,11 +56,15 @@ class Piecewise {
 
 using Visit = std::function<void(const SqlStatement& row)>;
 
-uint64_t ForEachRow(SqlDb& db, const RecordTable& table, uint64_t limit, const Visit& visit) {
-    const std::string latest =
-        limit == 0 ? "" : std::string(" WHERE id > (SELECT max(id) FROM ") + table.name + ") - :limit";
-    SqlStatement select = db.Use(SelectSql(table) + latest + " ORDER BY id");
-    select.Bind(":limit", static_cast<int64_t>(std::min<uint64_t>(limit, INT64_MAX)));
+std::string FromOf(const RecordTable& table, const RecordChoice& choice) {
+    return std::string(" FROM ") + table.name + (choice.uid.empty() ? "" : " WHERE UID = :uid");
+}
+
+uint64_t ForEachRow(SqlDb& db, const RecordTable& table, const RecordChoice& choice, const Visit& visit) {
+    const uint64_t most = choice.limit == 0 ? INT64_MAX : std::min<uint64_t>(choice.limit, INT64_MAX);
+    SqlStatement select = db.Use(SelectSql(table) + " WHERE id IN (SELECT id" + FromOf(table, choice) +
+                                 " ORDER BY id DESC" + DialectOf(db.Engine()).page + ") ORDER BY id");
+    select.Bind(":uid", choice.uid).Bind("@first", int64_t{0}).Bind("@rows", static_cast<int64_t>(most));
     uint64_t rows = 0;
     for (; select.Step(); ++rows) {
         visit(select);
@@ -91,26 +96,28 @@ Json::Value JsonRow(const RecordTable& table, const SqlStatement& row) {
 
 }  // namespace
 
-void ListAsText(SqlDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print) {
+void ListAsText(SqlDb& db, const RecordTable& table, const RecordChoice& choice, const ListingSink& print) {
     Piecewise out(print);
     out.Add(Line(table, [&](int i) { return Utf8ToWide(table.columns[static_cast<std::size_t>(i)].name); }));
-    const uint64_t shown = ForEachRow(db, table, limit, [&](const SqlStatement& row) {
+    const uint64_t shown = ForEachRow(db, table, choice, [&](const SqlStatement& row) {
         out.Add(Line(table, [&](int column) {
             return CellText(table.columns[static_cast<std::size_t>(column)], row.Text(column));
         }));
     });
-    const int64_t all = db.NumberOf(std::string("SELECT count(*) FROM ") + table.name);
-    out.Add(std::string(table.name) + ": " + std::to_string(shown) + " of " + std::to_string(all) + " rows\n");
+    SqlStatement count = db.Use("SELECT count(*)" + FromOf(table, choice));
+    count.Bind(":uid", choice.uid);
+    out.Add(std::string(table.name) + ": " + std::to_string(shown) + " of " +
+            std::to_string(count.Step() ? count.Number(0) : 0) + " rows\n");
     out.Flush();
 }
 
-void ListAsJson(SqlDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print) {
+void ListAsJson(SqlDb& db, const RecordTable& table, const RecordChoice& choice, const ListingSink& print) {
     Json::StreamWriterBuilder writer;
     writer["indentation"] = "";
     writer["emitUTF8"] = true;
     Piecewise out(print);
     const char* between = "[\n  ";
-    const uint64_t shown = ForEachRow(db, table, limit, [&](const SqlStatement& row) {
+    const uint64_t shown = ForEachRow(db, table, choice, [&](const SqlStatement& row) {
         out.Add(between + Json::writeString(writer, JsonRow(table, row)));
         between = ",\n  ";
     });

@@ -14,12 +14,18 @@ class SqlDb;
 
 using ListingSink = std::function<void(const std::string& utf8)>;
 
-// The latest `limit` rows, 0: all, in the order of their coming. Throw SqlError.
+struct RecordChoice {
+    std::wstring uid;    // empty: rows of every agent; else the table has a column "UID"
+    uint64_t limit = 0;  // the latest so many rows; 0: all
+};
 
-// Head line, a line a row, and a line that counts them. Control characters are shown as escapes.
-void ListAsText(SqlDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print);
+// The chosen rows in the order of their coming. Throw SqlError.
+
+// Head line, a line a row, and a line that counts them and all that could be chosen. Control characters are shown as
+// escapes.
+void ListAsText(SqlDb& db, const RecordTable& table, const RecordChoice& choice, const ListingSink& print);
 
 // A JSON array of objects with the column names as keys, one row a line.
-void ListAsJson(SqlDb& db, const RecordTable& table, uint64_t limit, const ListingSink& print);
+void ListAsJson(SqlDb& db, const RecordTable& table, const RecordChoice& choice, const ListingSink& print);
 
 }  // namespace wrb

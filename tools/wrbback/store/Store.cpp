@@ -112,7 +112,8 @@ std::unique_ptr<SqlDb> Open(const std::wstring& address, Missing missing,
         std::error_code ignored;
         if (missing == Missing::kRefused && !parsed.isOdbc && !std::filesystem::exists(parsed.target, ignored)) {
             Refuse(SqlFailure::CannotOpen, address,
-                   "there is no such file; make it with: wrbback seed AGENTS.json --store STORE");
+                   "there is no such file; make it with: wrbback seed AGENTS.json --store STORE, or name another one "
+                   "with --store");
         }
         auto db = std::make_unique<SqlDb>(address);
         const Dialect& dialect = DialectOf(db->Engine());
