@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
@@ -47,21 +48,28 @@ std::optional<std::string> ReadFrom(const std::filesystem::path& path, std::stre
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-// Keys, passwords and accounts.
-bool IsSecret(std::string key) {
-    std::ranges::transform(key, key.begin(),
+// Keys, passwords and accounts, also those inside a connection string.
+bool IsSecret(std::string line) {
+    std::ranges::transform(line, line.begin(),
                            [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return std::ranges::any_of(std::initializer_list<const char*>{"key", "pwd", "password", "login", "user"},
-                               [&](const char* part) { return key.find(part) != key.npos; });
+    const std::string key = line.substr(0, line.find('='));
+    const auto holds = [](const std::string& text, std::initializer_list<const char*> parts) {
+        return std::ranges::any_of(parts, [&](const char* part) { return text.find(part) != text.npos; });
+    };
+    return holds(key, {"key", "pwd", "pass", "login", "user", "account", "token", "secret"}) ||
+           holds(line, {"odbc:", "pwd=", "password="});
 }
 
 std::string MaskSecrets(std::string_view ini) {
     std::string masked;
+    if (ini.find('\0') != ini.npos) {
+        return "left out: it is UTF-16 or binary\n";
+    }
     while (!ini.empty()) {
         const std::string_view line = ini.substr(0, ini.find('\n'));
         ini.remove_prefix(std::min(ini.size(), line.size() + 1));
         const std::size_t equals = line.find('=');
-        const bool hides = equals != line.npos && IsSecret(std::string(line.substr(0, equals)));
+        const bool hides = equals != line.npos && IsSecret(std::string(line));
         masked.append(hides ? line.substr(0, equals + 1) : line).append(hides ? "********\n" : "\n");
     }
     return masked;
@@ -104,7 +112,11 @@ int RunDiagnostics(const DiagnosticsOptions& options) {
     std::ofstream out(std::filesystem::path(Utf8ToWide(options.file)), std::ios::binary | std::ios::trunc);
     out << zip.Bytes();
     out.close();
-    return out ? kExitOk : Fail(kExitFailed, "cannot write " + options.file);
+    if (const unsigned long error = _doserrno; !out) {
+        return FailSystem(kExitFailed, "cannot write " + options.file, error);
+    }
+    PrintOut("wrote " + options.file + "; look at it before you give it away\n");
+    return kExitOk;
 }
 
 }  // namespace
