@@ -198,7 +198,7 @@ class ConsoleBrowserTest(unittest.TestCase):
         self.submit("form.sheet button")
         self.assertIn("2 settings stored", self.find("#note").text)
         self.assertEqual(self.stored(AGENT, "CMDHL_GET_SN_CFG", "OleLayer"), "9")
-        self.assertIn(["operator", AGENT, "SNCfg.OleLayer", "7", "9"], self.audit())
+        self.assertIn(["operator", AGENT, "Scan Now Configuration.OleLayer", "7", "9"], self.audit())
         self.browser.switch_to.window(second)
         self.browser.close()
         self.browser.switch_to.window(first)

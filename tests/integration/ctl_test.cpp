@@ -29,8 +29,11 @@ TEST(Ctl, SeesExplainsAndChangesTheRunningServer) {
     home.Write(
         L"wrbscan.ini",
         "[Manual Scan Configuration]\r\nScanBot=0\r\nScanSpeed=7\r\n[Firewall Alert]\r\nSmtpPassword=secret\r\n");
+    home.Write(L"Private\\wrbserver.ini",
+               "[INI_SERVER_SECTION]\r\n; Pwd=secret\r\nX=odbc:A=b;P={secret}\r\nStringProtectionKey=12\r\n");
     home.Write(L"records.jsonl", "{\"time\":1700000000,\"port\":443}\n{\"time\":1700000001,\"port\":80}\n");
     home.Write(L"mix", "1 CMDHL_PFW_SET_POLICY_ID UID p1\n");
+    home.Write(L"empty.jsonl", "");
     std::filesystem::create_directories(home / L"Upload");
     BackEnd backEnd;
     const Host host({L"--workers", L"3"});
@@ -41,7 +44,8 @@ TEST(Ctl, SeesExplainsAndChangesTheRunningServer) {
     ExpectRows({
         {{L"status"},
          0,
-         {"ok       host", "echo in ", "ok       store", "Local_Path", "warning  Private\\wrbserver.ini"}},
+         {"ok       host", "echo in ", "ok       store", "Local_Path", "warning  Private\\wrbSbaSvr.ini",
+          "not 64 hexadecimal digits", "ok       upload folder"}},
         {{L"status", L"--json"}, 0, {R"("health" : "warning")", R"("name" : "host")", R"("processId" : )"}},
         {{L"get", uid, L"MSCfg.OleLayer"}, 0, {"3\n"}},
         {{L"get", uid, L"manual scan configuration"}, 0, {"[Manual Scan Configuration]\nUID=3f2a", "\nMoveDir=\\m\n"}},
@@ -66,10 +70,14 @@ TEST(Ctl, SeesExplainsAndChangesTheRunningServer) {
          0,
          {"Enable    1    0", "stored and read back"}},
         {{L"set", uid, L"MSCfg.OleLayer=5", L"--yes"}, 0, {"nothing to change"}},
+        {{L"set", uid, L"MSCfg.OleLayer=5", L"mscfg.OleLayer=6"}, 2, {"the setting is given twice"}},
+        {{L"set", uid, L"ServiceSwitch.x=1"}, 2, {"[ServiceSwitch] cannot be changed here"}},
+        {{L"audit", uid, L"--limit", L"1"}, 0, {"Manual Scan Configuration.OleLayer  3    5", "1 of 2 changes"}},
+        {{L"send", L"CMDHL_GET_MS_CFG", kUnknownAgent}, 0, {"the answer is empty; "}},
         {{L"set", L"--server", L"MSCfg.OleLayer=4", L"--yes", L"--json"}, 0, {R"("written" : true)", R"("old" : "3")"}},
         {{L"set", L"--all", L"SpySNCfg.ScanType=1", L"RTCfg.OleLayer=9", L"--yes"},
          0,
-         {"agents have no settings", "stored and"}},
+         {"no settings of the group", "stored and"}},
         {{L"get", other, L"RTCfg.OleLayer"}, 0, {"9\n"}},
         {{L"diff", uid, other}, 0, {"Manual Scan Configuration.OleLayer"}},
         {{L"diff", uid, L"--server"}, 0, {"Manual Scan Configuration.OleLayer "}},
@@ -88,7 +96,8 @@ TEST(Ctl, SeesExplainsAndChangesTheRunningServer) {
          0,
          {R"("command" : "CMDHL_PFW_SET_POLICY_ID")", R"("errors" : 0)", R"("p999Ms" : )", R"("back end" :)"}},
         {{L"upload", L"firewall", uid, (home / L"records.jsonl").wstring()}, 0, {"2 of 2 records arrived"}},
-        {{L"diagnostics", (home / L"all.zip").wstring()}, 0, {}},
+        {{L"upload", L"firewall", uid, (home / L"empty.jsonl").wstring()}, 2, {"has no record"}},
+        {{L"diagnostics", (home / L"all.zip").wstring()}, 0, {"wrote "}},
         {{L"statsu"}, 2, {"Did you mean status?"}},
         {{L"get", L"--jsn"}, 2, {"Did you mean --json?"}},
         {{L"completion", L"bash"}, 0, {"status) words=\"--help --json\" ;;"}},

@@ -99,7 +99,7 @@ TEST_F(Faults, WhatIsRefused) {
         const char* output;
     } kRows[] = {
         {L"DB_GET_NOTHING:close", "\"DB_GET_NOTHING\": no command of the database server"},
-        {L"DB_GET_IP", "\"\": not delay=TIME, close, garbage"},
+        {L"DB_GET_IP", "\"\": no kind of fault; take delay=TIME, close, garbage"},
         {L"DB_GET_IP:delay", "\"\": not a time up to an hour"},
         {L"DB_GET_IP:delay=2h", "\"2h\": not a time"},
         {L"DB_GET_IP:delay=3601s", "\"3601s\": not a time"},

@@ -124,7 +124,7 @@ View ShowAgent(const Request& request) {
         return Refusal("503 Service Unavailable", L"The database server does not answer.");
     }
     if (agent.Rows() == 0) {
-        return Refusal("404 Not Found", L"The store has no such agent.");
+        return Refusal("404 Not Found", L"The store has no such agent: " + uid);
     }
     const auto changed = static_cast<uint32_t>(ParseInt64(agent.Cell(0, Changed)));
     View view;
@@ -139,7 +139,7 @@ View ShowAgent(const Request& request) {
     view.data["changed"] = ChangedGroups(changed);
     AddFirewall(agent, view.data);
     AddSessions(uid, view.data);
-    AddDifferences(uid, view.data);
+    AddDifferences(uid, request.Text(L"with"), view.data);
     AddSectionLines(uid, request.Text(L"section"), view.data);
     return view;
 }

@@ -11,7 +11,7 @@ constexpr ListSource kAudit = {
     .page = L"audit",
     .name = "changes",
     .searchLabel = "User, agent, setting or value",
-    .empty = "Nobody has changed anything by the console yet.",
+    .empty = "Nobody has changed a setting yet.",
     .columns = kColumns,
 };
 

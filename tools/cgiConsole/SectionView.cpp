@@ -60,30 +60,40 @@ Data SectionsData(const std::vector<Explanation>& lines) {
     return sections;
 }
 
+AllScanValues ReadDefaults() {
+    AllScanValues values;
+    for (std::size_t i = 0; i < kScanGroupCount; ++i) {
+        GetStoredScanGroup(kScanGroups[i], values[i], L"");
+    }
+    return values;
+}
+
 Data Difference(const SettingChange& change) {
     Data row;
     row["section"] = TextData(change.setting->group->section);
     row["label"] = change.setting->help->label;
     row["key"] = TextData(change.setting->Key());
-    row["server"] = ShownText(*change.setting, change.before);
+    row["other"] = ShownText(*change.setting, change.before);
     row["agent"] = ShownText(*change.setting, change.after);
     return row;
 }
 
 }  // namespace
 
-void AddDifferences(const std::wstring& uid, Data& data) {
+void AddDifferences(const std::wstring& uid, const std::wstring& with, Data& data) {
     Data rows = ListData();
     const std::optional<AllScanValues> agent = ReadAllScanGroups(uid);
-    for (std::size_t i = 0; agent && i < kScanGroupCount; ++i) {
-        ScanGroupValues server;
-        GetStoredScanGroup(kScanGroups[i], server, L"");
-        for (const SettingChange& change : CompareGroups(kScanGroups[i], server, (*agent)[i])) {
+    const std::optional<AllScanValues> other = with.empty() ? ReadDefaults() : ReadAllScanGroups(with);
+    for (std::size_t i = 0; agent && other && i < kScanGroupCount; ++i) {
+        for (const SettingChange& change : CompareGroups(kScanGroups[i], (*other)[i], (*agent)[i])) {
             if (change.setting->IsSetFor(true)) {
                 rows.push_back(Difference(change));
             }
         }
     }
+    data["with"] = TextData(with);
+    data["isWithAgent"] = !with.empty();
+    data["hasOther"] = other.has_value();
     data["hasSettings"] = agent.has_value();
     data["hasDifferences"] = !rows.is_empty_list();
     data["differences"] = std::move(rows);
@@ -112,6 +122,11 @@ void AddSectionLines(const std::wstring& uid, const std::wstring& section, Data&
         const AgentExplanation all = ExplainAgent(uid, section == kEverySection ? L"" : section);
         data["lines"] = SectionsData(all.lines);
         data["anyLines"] = !all.lines.empty();
+        data["unread"] =
+            all.unreadable.empty() ? "The agent has nothing in this section."
+            : section == L"Web Threat Protection"
+                ? "This cannot be read: the server has no valid protection key. The agent gets an empty answer."
+                : "This cannot be read: the agent has no settings of its own here. It gets an empty answer.";
     }
 }
 

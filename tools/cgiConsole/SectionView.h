@@ -1,4 +1,5 @@
-// What one agent is told: its sections, key by key, and where it differs from the server-wide defaults.
+// What one agent is told: its sections, key by key, and where it differs from the server-wide defaults or another
+// agent.
 #pragma once
 
 #include <string>
@@ -7,9 +8,9 @@
 
 namespace wrb {
 
-// "differences": the settings of the twelve scan groups that are not the server-wide defaults; "hasSettings": the agent
-// has any. A few requests to the database server.
-void AddDifferences(const std::wstring& uid, Data& data);
+// "differences": the settings of the twelve scan groups that are not those of the agent `with`, or, when that is empty,
+// the server-wide defaults; "hasSettings", "hasOther": the two have any. A few requests to the database server.
+void AddDifferences(const std::wstring& uid, const std::wstring& with, Data& data);
 
 // "sectionMenu": every section by name; "lines": the keys of the one that is asked for, "*" for all sections. No lines
 // without one.

@@ -218,7 +218,7 @@ std::wstring TargetOf(const Subject& subject) {
 }
 
 std::wstring NameOf(const SettingInfo& setting) {
-    return std::wstring(setting.group->name) + L"." + std::wstring(setting.Key());
+    return std::wstring(setting.Section()) + L"." + std::wstring(setting.Key());
 }
 
 View StoredView(const Subject& subject, std::size_t count) {

@@ -53,7 +53,7 @@ void ReadKind(std::string_view text, FaultRule& rule) {
     std::string_view time = text;
     const auto* const kind = std::ranges::find(kKinds, TakePart(time, '='), [](const auto& row) { return row.name; });
     if (kind == std::end(kKinds)) {
-        Refuse(text, "not delay=TIME, close, garbage, truncate or silence");
+        Refuse(text, "no kind of fault; take delay=TIME, close, garbage, truncate or silence");
     }
     rule.kind = kind->kind;
     if (rule.kind == FaultKind::Delay) {

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "AgentSections.h"
 #include "INICache.h"
+#include "IgnoringCase.h"
 #include "ScanRowText.h"
 #include "SettingValue.h"
 #include "Text.h"
@@ -28,7 +30,10 @@ std::optional<SettingAssignment> ParseAssignment(std::wstring_view text, std::st
     }
     const ScanGroup* const group = FindScanSection(name.section);
     if (group == nullptr) {
-        wrong = "no section \"" + WideToUtf8(name.section) + "\"" + Suggest(NearestSection(name.section));
+        const bool isKnown = std::ranges::any_of(
+            KnownSections(), [&](std::wstring_view known) { return EqualIgnoringCase(known, name.section); });
+        wrong = isKnown ? "[" + WideToUtf8(name.section) + "] cannot be changed here, only the twelve scan sections"
+                        : "no section \"" + WideToUtf8(name.section) + "\"" + Suggest(NearestSection(name.section));
         return std::nullopt;
     }
     const SettingInfo* const setting = FindSetting(*group, name.key);

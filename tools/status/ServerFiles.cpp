@@ -19,8 +19,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr wchar_t kServerIni[] = L"Private\\wrbserver.ini";
+
 StatusItem Item(const char* name, Health health, std::string text) {
     return {.name = name, .health = health, .text = std::move(text), .details = Json::Value(Json::objectValue)};
+}
+
+// Whether the server INI gives the key a value.
+bool HasServerKey(const std::wstring& home, const wchar_t* key) {
+    wchar_t first[2];
+    return GetPrivateProfileStringW(kProtectionKeySection, key, L"", first, 2, (home + kServerIni).c_str()) != 0;
 }
 
 StatusItem CheckIni(const std::wstring& home, const wchar_t* file, int64_t cachedSeconds) {
@@ -83,15 +91,30 @@ StatusItem CheckHome(const std::wstring& home) {
 }
 
 StatusItems CheckInis(const std::wstring& home) {
-    return {CheckIni(home, L"wrbscan.ini", 6), CheckIni(home, L"Private\\wrbserver.ini", 6),
+    return {CheckIni(home, L"wrbscan.ini", 6), CheckIni(home, kServerIni, 6),
             CheckIni(home, L"Private\\wrbSbaSvr.ini", 30)};
 }
 
 StatusItem CheckKey(const std::wstring& home) {
-    return ReadProtectionKey(home + L"Private\\wrbserver.ini")
-               ? Item("protection key", Health::Good, "there")
-               : Item("protection key", Health::Warning,
-                      "missing: agents with addresses get no web-threat settings; make one with wrbctl make-key");
+    if (ReadProtectionKey(home + kServerIni)) {
+        return Item("protection key", Health::Good, "there");
+    }
+    const bool isWrong = HasServerKey(home, kProtectionKeyName);
+    return Item("protection key", Health::Warning,
+                std::string(isWrong ? "not 64 hexadecimal digits" : "missing") +
+                    ": agents with addresses get no web-threat settings; make one with wrbctl make-key" +
+                    (isWrong ? " --force" : ""));
+}
+
+StatusItem CheckUploads(const std::wstring& home) {
+    const fs::path folder = fs::path(home) / L"Upload";
+    std::error_code error;
+    const bool isThere = fs::is_directory(folder, error);
+    const bool isGood = isThere || HasServerKey(home, L"UploadFolders");
+    return Item("upload folder", isGood ? Health::Good : Health::Warning,
+                WideToUtf8(folder.wstring()) + (isThere  ? ""
+                                                : isGood ? " is missing; UploadFolders names others"
+                                                         : " is missing: every upload is refused; make it"));
 }
 
 StatusItem CheckCounters() {

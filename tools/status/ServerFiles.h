@@ -14,8 +14,11 @@ StatusItem CheckHome(const std::wstring& home);
 // in it before.
 StatusItems CheckInis(const std::wstring& home);
 
-// A warning without a protection key.
+// A warning without a valid protection key.
 StatusItem CheckKey(const std::wstring& home);
+
+// The folder that agents' packages are put into. A warning when it is missing.
+StatusItem CheckUploads(const std::wstring& home);
 
 // A warning when they cannot be read, or when rows or events of agents were lost.
 StatusItem CheckCounters();

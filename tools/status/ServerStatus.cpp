@@ -17,7 +17,8 @@ StatusItems ReadServerStatus() {
     append(CheckPipes());
     append({CheckDatabase(), CheckHome(home)});
     append(CheckInis(home));
-    append({CheckKey(home), CheckCounters(), CheckLogLevel(), CheckSpillFolders(), CheckMails(home)});
+    append(
+        {CheckKey(home), CheckCounters(), CheckLogLevel(), CheckSpillFolders(), CheckUploads(home), CheckMails(home)});
     return items;
 }
 

@@ -23,6 +23,7 @@ namespace wrb {
 namespace {
 
 constexpr uint32_t kPatienceSeconds = 2;
+constexpr double kSlowMilliseconds = 1000;  // more needs somebody to look
 constexpr wchar_t kEcho[] = L"status";
 constexpr wchar_t kNobody[] = L"00000000-0000-0000-0000-000000000000";
 
@@ -38,6 +39,15 @@ std::optional<double> Timed(const std::function<bool()>& work) {
 
 std::string MillisecondsText(double milliseconds) {
     return WideToUtf8(FormatWide(L"%.1f ms", milliseconds));
+}
+
+// A part that answers, but late, is not good.
+void AddTime(StatusItem& item, const char* what, double milliseconds) {
+    item.text += what + MillisecondsText(milliseconds);
+    if (milliseconds > kSlowMilliseconds) {
+        item.health = Health::Warning;
+        item.text += ", which is slow; 'wrbctl trace' shows the slow commands";
+    }
 }
 
 bool EchoComesBack() {
@@ -116,7 +126,7 @@ StatusItem CheckHost() {
     }
     StatusItem item = ItemOf("host", FindRunningProgram(kServerStopEvent));
     if (const std::optional<double> milliseconds = Timed(EchoComesBack)) {
-        item.text += ", echo in " + MillisecondsText(*milliseconds);
+        AddTime(item, ", echo in ", *milliseconds);
         item.details["echoMilliseconds"] = *milliseconds;
     } else {
         item.health = Health::Down;
@@ -165,7 +175,7 @@ StatusItem CheckDatabase() {
         return DownItem("store", "no answer from the database within 2 s, or an empty one");
     }
     StatusItem item{.name = "store", .health = Health::Good, .text = {}, .details = {}};
-    item.text = "answers in " + MillisecondsText(*milliseconds);
+    AddTime(item, "answers in ", *milliseconds);
     item.details["milliseconds"] = *milliseconds;
     return item;
 }

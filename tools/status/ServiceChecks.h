@@ -5,6 +5,8 @@
 
 namespace wrb {
 
+// The host and the database are a warning when they take more than a second.
+
 // Down when it does not run, or does not answer an echo within two seconds. The echo is a command like any other.
 StatusItem CheckHost();
 

@@ -17,17 +17,26 @@ double Milliseconds(const TimeCounts& times, double part) {
     return static_cast<double>(PercentileOf(times, part)) / 1000;
 }
 
+constexpr struct {
+    double part;
+    const char* key;  // in JSON
+} kPercentiles[] = {{0.5, "p50Ms"}, {0.9, "p90Ms"}, {0.95, "p95Ms"}, {0.99, "p99Ms"}};
+constexpr char kPercentileHeads[] = "   p50 ms   p90 ms   p95 ms   p99 ms\n";
+
 std::string Percentiles(const TimeCounts& times) {
-    return Format(" %9.2f %9.2f %9.2f\n", Milliseconds(times, 0.5), Milliseconds(times, 0.9),
-                  Milliseconds(times, 0.99));
+    std::string text;
+    for (const auto& percentile : kPercentiles) {
+        text += Format(" %8.2f", Milliseconds(times, percentile.part));
+    }
+    return text + "\n";
 }
 
 std::string TotalsTable(const CounterLook& look) {
     std::string text =
-        "command                                    calls    failed   avg ms   max ms     total ms    p50 ms    p90 ms"
-        "    p99 ms\n";
+        std::string("command                                   calls  failed  avg ms  max ms   total ms") +
+        kPercentileHeads;
     for (const auto& [name, slot, times] : look.commands) {
-        text += Format("%-38s %9u %9u %8u %8u %12llu", name.c_str(), slot.calls, slot.failures, slot.average,
+        text += Format("%-38s %8u %7u %7u %7u %10llu", name.c_str(), slot.calls, slot.failures, slot.average,
                        slot.maximum, static_cast<unsigned long long>(slot.total)) +
                 Percentiles(times);
     }
@@ -36,7 +45,7 @@ std::string TotalsTable(const CounterLook& look) {
 
 std::string IntervalTable(const CounterLook& look, const CounterLook& earlier) {
     std::string text =
-        "command                                new calls     per s    failed    p50 ms    p90 ms    p99 ms\n";
+        std::string("command                                new calls     per s    failed") + kPercentileHeads;
     for (const CommandCounters& command : look.commands) {
         const CommandInterval interval = Between(earlier, look, command);
         if (interval.calls != 0 || CountOf(interval.times) != 0) {
@@ -49,9 +58,9 @@ std::string IntervalTable(const CounterLook& look, const CounterLook& earlier) {
 }
 
 void SetPercentiles(Json::Value& row, const TimeCounts& times) {
-    row["p50Ms"] = Milliseconds(times, 0.5);
-    row["p90Ms"] = Milliseconds(times, 0.9);
-    row["p99Ms"] = Milliseconds(times, 0.99);
+    for (const auto& percentile : kPercentiles) {
+        row[percentile.key] = Milliseconds(times, percentile.part);
+    }
 }
 
 Json::Value CommandJson(const CommandCounters& command) {
@@ -93,9 +102,9 @@ std::string TimeMetric(const CounterLook& look) {
     constexpr char kName[] = "command_seconds";
     std::string text = Metric(kName, "summary", "Run times of calls that ended, without the reply.");
     for (const CommandCounters& command : look.commands) {
-        for (const double part : {0.5, 0.9, 0.99}) {
-            text += Format("warrenby_%s{command=\"%s\",quantile=\"%g\"} %g\n", kName, command.name.c_str(), part,
-                           Milliseconds(command.times, part) / 1000);
+        for (const auto& percentile : kPercentiles) {
+            text += Format("warrenby_%s{command=\"%s\",quantile=\"%g\"} %g\n", kName, command.name.c_str(),
+                           percentile.part, Milliseconds(command.times, percentile.part) / 1000);
         }
         text += Format("warrenby_%s_sum{command=\"%s\"} %.3f\n", kName, command.name.c_str(),
                        static_cast<double>(command.counters.total) / 1000);

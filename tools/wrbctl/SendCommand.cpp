@@ -144,6 +144,9 @@ int Exchange(const SendOptions& options, const CommandEntry& entry) {
     }
     const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start;
     PrintAnswer(options, entry, answer, elapsed.count());
+    if (entry.Answers() && answer.empty()) {
+        PrintErr("wrbctl: the answer is empty; 'wrbctl get UID' and 'wrbctl status' tell why\n");
+    }
     return kExitOk;
 }
 

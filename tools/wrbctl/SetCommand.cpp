@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include <algorithm>
 #include <iostream>
 #include <map>
 #include <tuple>
@@ -58,10 +59,13 @@ int ParseAssignments(const SetOptions& options, Plan& plan) {
     int code = kExitOk;
     for (std::size_t i = options.server || options.all ? 0 : 1; i < options.arguments.size(); ++i) {
         std::string wrong;
-        if (const auto assignment = ParseAssignment(Utf8ToWide(options.arguments[i]), wrong)) {
-            plan.assignments.push_back(*assignment);
-        } else {
+        const auto assignment = ParseAssignment(Utf8ToWide(options.arguments[i]), wrong);
+        if (!assignment) {
             code = Fail(kExitUsage, wrong);
+        } else if (std::ranges::count(plan.assignments, assignment->setting, &SettingAssignment::setting) != 0) {
+            code = Fail(kExitUsage, "\"" + options.arguments[i] + "\": the setting is given twice");
+        } else {
+            plan.assignments.push_back(*assignment);
         }
     }
     return code;
@@ -131,7 +135,8 @@ void PrintPlan(const Plan& plan, bool all) {
     }
     PrintOut(table.Text(TerminalColumns()));
     if (plan.unreadable != 0) {
-        PrintOut(std::to_string(plan.unreadable) + " agents have no settings of the group and stay as they are\n");
+        PrintOut(std::to_string(plan.unreadable) + (plan.unreadable == 1 ? " agent has" : " agents have") +
+                 " no settings of the group: nothing changes there\n");
     }
 }
 
@@ -228,7 +233,9 @@ int WriteConfirmed(const Plan& plan, const SetOptions& options) {
     if (options.json) {
         PrintPlanAsJson(plan, code == kExitOk);
     } else if (code == kExitOk) {
-        PrintOut("stored and read back\n");
+        PrintOut(options.server
+                     ? "stored and read back; agents with settings of their own keep them, --all changes those\n"
+                     : "stored and read back\n");
     }
     return code;
 }

@@ -36,6 +36,13 @@ int FailUnknownSection(const std::wstring& section) {
                : Fail(kExitUsage, "no section \"" + WideToUtf8(section) + "\"" + Suggestion(nearest));
 }
 
+const char* WhyUnreadable(const std::wstring& uid, const std::wstring& section) {
+    return uid.empty()                           ? ""
+           : FindScanSection(section) != nullptr ? ": the agent has no settings of its own"
+           : section == L"Web Threat Protection" ? ": the server has no valid protection key; see 'wrbctl status'"
+                                                 : "; the debug log says why";
+}
+
 // Keeps the lines of the key. 0, or the exit code of a failure that has been reported.
 int KeepKey(const SettingName& name, std::vector<Explanation>& lines) {
     std::vector<std::wstring> keys;
@@ -57,7 +64,9 @@ void BindIniCaches() {
 
 int CheckDatabaseServes() {
     const StatusItem store = CheckDatabase();
-    return store.health == Health::Down ? Fail(kExitServiceNotRunning, store.text + "; does wrbback serve?") : kExitOk;
+    return store.health == Health::Down
+               ? Fail(kExitServiceNotRunning, "the store: " + store.text + "; does wrbback serve?")
+               : kExitOk;
 }
 
 bool ListAgents(std::vector<std::wstring>& uids, std::size_t most) {
@@ -89,12 +98,13 @@ int CheckTarget(const std::wstring& uid) {
 }
 
 int FailUnreadable(const std::wstring& uid, const std::vector<std::wstring>& sections) {
-    for (const std::wstring& section : sections) {
-        Fail(kExitFailed, "[" + WideToUtf8(section) + "] cannot be read" +
-                              (uid.empty()                           ? std::string()
-                               : FindScanSection(section) != nullptr ? ": the agent has no settings of this group"
-                               : section == L"Web Threat Protection" ? ": is there a protection key?"
-                                                                     : "; the debug log says why"));
+    for (auto section = sections.begin(); section != sections.end();) {
+        const std::string why = WhyUnreadable(uid, *section);
+        std::string names;
+        for (; section != sections.end() && WhyUnreadable(uid, *section) == why; ++section) {
+            names += (names.empty() ? "[" : ", [") + WideToUtf8(*section) + "]";
+        }
+        Fail(kExitFailed, names + " cannot be read" + why);
     }
     return kExitFailed;
 }

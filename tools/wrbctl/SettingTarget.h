@@ -24,7 +24,7 @@ int CheckDatabaseServes();
 // The agents that the database knows, at most so many. False, reported, when it does not tell.
 bool ListAgents(std::vector<std::wstring>& uids, std::size_t most = SIZE_MAX);
 
-// Reports what could not be read.
+// Reports what could not be read, a line for each reason.
 int FailUnreadable(const std::wstring& uid, const std::vector<std::wstring>& sections);
 
 // The settings that a command line selects, and what was read of them.

@@ -15,6 +15,7 @@ void AddStatus(CLI::App& app, Run& run);
 void AddGet(CLI::App& app, Run& run);
 void AddExplain(CLI::App& app, Run& run);
 void AddSet(CLI::App& app, Run& run);
+void AddAudit(CLI::App& app, Run& run);
 void AddDiff(CLI::App& app, Run& run);
 void AddCheck(CLI::App& app, Run& run);
 void AddDiagnostics(CLI::App& app, Run& run);

@@ -81,8 +81,9 @@ int RunTail(const TailOptions& options) {
     SharedLogFeed feed;
     if (!feed.Open(kLogFeedSection)) {
         const DWORD error = GetLastError();
-        return error == ERROR_FILE_NOT_FOUND ? Fail(kExitServiceNotRunning, "the log service does not run")
-                                             : Fail(kExitFailed, "cannot follow the log: " + SystemText(error));
+        return error == ERROR_FILE_NOT_FOUND
+                   ? Fail(kExitServiceNotRunning, "the log service does not run; start wrbback serve")
+                   : Fail(kExitFailed, "cannot follow the log: " + SystemText(error));
     }
     uint64_t shown = 0;
     FollowFeed(
@@ -107,7 +108,8 @@ void AddTail(CLI::App& app, Run& run) {
     tail->add_option("--level", options->level, "Lines of that class and more severe ones: F, E, W, I or D");
     tail->add_option("--text", options->text, "Lines with this text");
     tail->add_option("--thread", options->thread, "Lines of the thread with this number, as the lines show it");
-    tail->add_option("--count", options->count, "End after so many lines (default: at Ctrl-C)");
+    tail->add_option("--count", options->count, "End after so many lines (default: at Ctrl-C)")
+        ->check(CLI::PositiveNumber);
 }
 
 }  // namespace wrb

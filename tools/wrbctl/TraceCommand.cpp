@@ -76,7 +76,7 @@ int RunTrace(const TraceOptions& options) {
     SharedBlock<TraceFeed> feed;
     if (!feed.Open(kTraceSection)) {
         const DWORD error = GetLastError();
-        return error == ERROR_FILE_NOT_FOUND ? Fail(kExitServiceNotRunning, "the host does not run")
+        return error == ERROR_FILE_NOT_FOUND ? Fail(kExitServiceNotRunning, "the host does not run; start wrbhost")
                                              : Fail(kExitFailed, "cannot trace commands: " + SystemText(error));
     }
     uint64_t shown = 0;
@@ -100,8 +100,10 @@ void AddTrace(CLI::App& app, Run& run) {
     CLI::App* const trace =
         AddSubcommand(app, "trace", "Show each command as it ends", kExamples, options, RunTrace, run);
     AddFilter(*trace, options->filter);
-    trace->add_option("--slower-than", options->slowerThan, "Commands that take so many milliseconds or more");
-    trace->add_option("--count", options->count, "End after so many commands (default: at Ctrl-C)");
+    trace->add_option("--slower-than", options->slowerThan, "Commands that take so many milliseconds or more")
+        ->check(CLI::NonNegativeNumber);
+    trace->add_option("--count", options->count, "End after so many commands (default: at Ctrl-C)")
+        ->check(CLI::PositiveNumber);
     trace->add_flag("--json", options->json, "Print a JSON object a line");
 }
 

@@ -107,7 +107,11 @@ int RunUpload(const UploadOptions& options) {
     if (const int code = CheckTarget(uid); code != kExitOk) {
         return code;
     }
-    const std::wstring stem = HomeFolder() + L"Upload\\" + NewReplyPipe();
+    const std::wstring folder = HomeFolder() + L"Upload\\";
+    if (std::error_code error; !std::filesystem::is_directory(folder, error)) {
+        return Fail(kExitFailed, "there is no folder " + WideToUtf8(folder) + "; make it, and let wrbhost write there");
+    }
+    const std::wstring stem = folder + NewReplyPipe();
     const TemporaryFile log(stem + L".log");
     const TemporaryFile package(stem + L".cab");  // of which the server leaves nothing when all goes well
     uint64_t records = 0;
@@ -115,6 +119,9 @@ int RunUpload(const UploadOptions& options) {
         .out = WideToUtf8(log.Path()), .version = {}, .in = options.file, .records = &records};
     if (const int code = RunFwlogWrite(write); code != kExitOk) {
         return code;
+    }
+    if (records == 0) {
+        return Fail(kExitUsage, options.file + " has no record");
     }
     WriteCabinet(package.Path(), {{"firewall.log", log.Path()}});
     const std::optional<uint64_t> before = CountRows(uid);

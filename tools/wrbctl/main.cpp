@@ -1,6 +1,5 @@
 // wrbctl: shows and changes how the server is and what its agents get.
 #include <exception>
-#include <map>
 
 #include "CommandLine.h"
 #include "Commands.h"
@@ -15,6 +14,7 @@ constexpr char kExamples[] = R"(Examples:
   wrbctl status                              how each part of the server is
   wrbctl get UID MSCfg                       manual-scan settings of an agent
   wrbctl set UID MSCfg.ScanBoot=0            change one of them
+  wrbctl audit UID                           who changed its settings
   wrbctl explain UID MSCfg.ScanBoot          where its value comes from
   wrbctl check                               mistakes in the server's files
   wrbctl send CMDHL_ECHO hello               any command, as an agent sends it
@@ -36,6 +36,7 @@ struct Options {
     wrb::FwlogReadOptions fwlogRead;
     std::optional<std::string> level;
     double levelTimeout = 10;
+    std::string format = "table";
     bool json = false;
 };
 
@@ -87,11 +88,8 @@ CLI::App* AddCounters(CLI::App& app, Options& options) {
         counters->add_option("--interval", options.counters.interval, "Read again after this many seconds");
     interval->check(CLI::Range(0.1, 86400.0));
     counters->add_option("--times", options.counters.times, "Number of reads (default: until Ctrl-C)")->needs(interval);
-    const std::map<std::string, wrb::CounterFormat> formats = {{"table", wrb::CounterFormat::Table},
-                                                               {"json", wrb::CounterFormat::Json},
-                                                               {"prometheus", wrb::CounterFormat::Prometheus}};
-    counters->add_option("--format", options.counters.format, "table; json, an object a line; or prometheus")
-        ->transform(CLI::CheckedTransformer(formats));
+    counters->add_option("--format", options.format, "table; json, an object a line; or prometheus")
+        ->check(CLI::IsMember({"table", "json", "prometheus"}));
     counters->add_flag("--json", options.json, "The same as --format json");
     counters->footer(kCountersExamples);
     return counters;
@@ -182,9 +180,9 @@ int Run() {
     app.footer(kExamples);
     Options options;
     wrb::Run run;
-    for (const auto add : {wrb::AddStatus, wrb::AddGet, wrb::AddSet, wrb::AddExplain, wrb::AddDiff, wrb::AddCheck,
-                           wrb::AddUpload, wrb::AddFault, wrb::AddTail, wrb::AddTrace, wrb::AddLoad, wrb::AddRecord,
-                           wrb::AddReplay, wrb::AddDecode, wrb::AddDiagnostics, wrb::AddCompletion}) {
+    for (const auto add : {wrb::AddStatus, wrb::AddGet, wrb::AddSet, wrb::AddAudit, wrb::AddExplain, wrb::AddDiff,
+                           wrb::AddCheck, wrb::AddUpload, wrb::AddFault, wrb::AddTail, wrb::AddTrace, wrb::AddLoad,
+                           wrb::AddRecord, wrb::AddReplay, wrb::AddDecode, wrb::AddDiagnostics, wrb::AddCompletion}) {
         add(app, run);
     }
     CLI::App* const send = AddSend(app, options);
@@ -203,9 +201,9 @@ int Run() {
         return run();
     }
     options.send.json = options.json;
-    if (options.json) {
-        options.counters.format = wrb::CounterFormat::Json;
-    }
+    options.counters.format = options.json || options.format == "json" ? wrb::CounterFormat::Json
+                              : options.format == "prometheus"         ? wrb::CounterFormat::Prometheus
+                                                                       : wrb::CounterFormat::Table;
     if (*send) {
         return wrb::RunSend(options.send);
     }

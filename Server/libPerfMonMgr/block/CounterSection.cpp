@@ -58,7 +58,7 @@ const wchar_t* CounterAttachText(CounterAttach result) noexcept {
         case CounterAttach::Attached:
             return L"attached";
         case CounterAttach::Missing:
-            return L"no counter block exists: the service is not running";
+            return L"no counter block exists: the host is not running";
         case CounterAttach::Foreign:
             return L"the counter block is of another version, or is none";
         case CounterAttach::Failed:
