@@ -192,6 +192,9 @@ int FindAgents(unsigned most, std::vector<std::wstring>& uids) {
     if (!ListAgents(uids, most)) {
         return kExitFailed;
     }
+    if (!uids.empty() && uids.size() < most) {
+        PrintErr("wrbctl: the database has only " + std::to_string(uids.size()) + " agents; they send every command\n");
+    }
     return uids.empty() ? Fail(kExitFailed, "the database has no agents") : kExitOk;
 }
 
