@@ -109,7 +109,7 @@ void AddTail(CLI::App& app, Run& run) {
     tail->add_option("--text", options->text, "Lines with this text");
     tail->add_option("--thread", options->thread, "Lines of the thread with this number, as the lines show it");
     tail->add_option("--count", options->count, "End after so many lines (default: at Ctrl-C)")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Range(uint64_t{1}, uint64_t{1} << 40));
 }
 
 }  // namespace wrb

@@ -101,9 +101,9 @@ void AddTrace(CLI::App& app, Run& run) {
         AddSubcommand(app, "trace", "Show each command as it ends", kExamples, options, RunTrace, run);
     AddFilter(*trace, options->filter);
     trace->add_option("--slower-than", options->slowerThan, "Commands that take so many milliseconds or more")
-        ->check(CLI::NonNegativeNumber);
+        ->check(CLI::Range(0.0, 86'400'000.0));
     trace->add_option("--count", options->count, "End after so many commands (default: at Ctrl-C)")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Range(uint64_t{1}, uint64_t{1} << 40));
     trace->add_flag("--json", options->json, "Print a JSON object a line");
 }
 
