@@ -10,15 +10,28 @@
 namespace wrb::soak {
 namespace {
 
+std::wstring LineAt(const std::wstring& text, std::size_t place) {
+    const std::size_t start = place == 0 ? 0 : text.rfind(L'\n', place - 1) + 1;
+    return L'"' + text.substr(start, text.find(L'\n', place) - start) + L'"';
+}
+
+// The first line in which they differ.
+std::wstring Difference(const std::wstring& answer, const std::wstring& wanted) {
+    const auto place = static_cast<std::size_t>(std::ranges::mismatch(answer, wanted).in1 - answer.begin());
+    return LineAt(answer, place) + L" in place of " + LineAt(wanted, place);
+}
+
 Verdict AskKnown(Worker& worker, std::span<const Question> questions) {
     const Question& question = worker.Pick(questions);
     const Worker::Marks marks = worker.MarksNow();
     const Answer answer = question.AskAgain(worker.field.commands);
-    const bool right = worker.field.questions.Readable(answer.text) == question.answer;
+    const std::wstring text = worker.field.questions.Readable(answer.text);
+    const bool right = text == question.answer;
     if (question.inParts && answer.answered && !right && !worker.field.presence.BackEndStayed(marks)) {
         return Verdict::Empty;
     }
-    return worker.Judge(marks, question.command + L' ' + question.uid + L' ' + question.parameter, answer, right);
+    const std::wstring what = question.command + L' ' + question.uid + L' ' + question.parameter;
+    return worker.Judge(marks, right ? what : what + L": " + Difference(text, question.answer), answer, right);
 }
 
 // The wait that the agent is told is checked, too.

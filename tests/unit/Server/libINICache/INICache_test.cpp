@@ -203,6 +203,27 @@ TEST(INICacheFile, AFileThatIsHeldTakesNoValueAway) {
     EXPECT_EQ(TakeCapturedLog().size(), 1u) << "once a minute";
 }
 
+class HinderedProfile final : public FakeProfile {
+  public:
+    uint32_t WhileReadable(const char*, const std::function<void()>& read) override {
+        read();
+        return failures > 0 ? failures--, ERROR_OPERATION_ABORTED : ERROR_SUCCESS;
+    }
+
+    int failures = 0;
+};
+
+TEST(INICacheTries, OneFailureMakesNoDefaultOfAValueThatWasNeverRead) {
+    ManualClock clock;
+    HinderedProfile profile;
+    profile.values["S/k"] = "1";
+    for (const auto& [failures, wanted] : {std::pair(0, 1u), std::pair(1, 1u), std::pair(2, 7u)}) {
+        CINICache cache(clock, profile);
+        profile.failures = failures;
+        EXPECT_EQ(cache.readINIInt("S", "k", 7), wanted);
+    }
+}
+
 // Its reads succeed, or fail with an error, when the test says so.
 class StuckProfile final : public FakeProfile {
   public:
