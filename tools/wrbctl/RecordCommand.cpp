@@ -177,7 +177,10 @@ int RunRecord(const RecordOptions& options) {
     head.isMasked = options.mask ? 1 : 0;
     head.beginMicroseconds = CalendarMicroseconds();
     if (!file.Create(Utf8ToWide(options.file), options.replaces, head)) {
-        return FailSystem(kExitFailed, "cannot make " + options.file, GetLastError());
+        const DWORD error = GetLastError();
+        return FailSystem(kExitFailed,
+                          "cannot make " + options.file + (error == ERROR_FILE_EXISTS ? "; --force replaces it" : ""),
+                          error);
     }
     SetConsoleCtrlHandler(OnControl, TRUE);
     Recorder recorder(options, *feed, file);
