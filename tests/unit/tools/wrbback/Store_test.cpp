@@ -191,7 +191,7 @@ TEST_F(SharedStore, EveryListIsSearchedAndOrderedByEachEngine) {
         const wchar_t* request;
         const wchar_t* answer;  // its begin
     } cases[] = {
-        {L"agents\t3F2A\t2\t1\t0\t5", L"1\t7\t3f2a6c10"},
+        {L"agents\t3F2A\t2\t1\t0\t5", L"1\t6\t3f2a6c10"},
         {L"agent\t3F2A6C10-5b1e-4d27-9a64-0c8e7d51b2f3\t0\t0\t0\t5", L"1\t23\t3f2a6c10"},
         {L"restore_session\tx\t0\t0\t0\t5", L"0\t1"},
         {L"firewall_log\tx\t1\t1\t0\t5", L"0\t10"},
