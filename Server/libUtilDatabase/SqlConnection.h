@@ -5,6 +5,7 @@
 // handle, which SOCI offers, in UTF-16.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -52,6 +53,7 @@ class SqlConnection {
     virtual std::unique_ptr<PreparedSql> Prepare(const std::string& sql) = 0;
     virtual SqlEngine Engine() const = 0;
     virtual void BackUp(const std::wstring& file) = 0;
+    virtual void EndStatementsAt(std::chrono::steady_clock::time_point /*end*/) {}
 };
 
 std::unique_ptr<SqlConnection> ConnectSqlite(const SqlAddress& address);

@@ -83,6 +83,10 @@ void SqlDb::BackUp(const std::wstring& file) {
     m_connection->BackUp(file);
 }
 
+void SqlDb::EndStatementsAt(std::chrono::steady_clock::time_point end) {
+    m_connection->EndStatementsAt(end);
+}
+
 void SqlDb::Execute(const std::string& sql) {
     m_connection->Execute(sql);
 }

@@ -4,6 +4,7 @@
 // belong to one thread at a time.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -76,6 +77,9 @@ class SqlDb {
 
     // The last commit has failed in a way that leaves open whether it was carried out.
     bool CommitIsOpen() const { return m_commitIsOpen; }
+
+    // Statements fail that run then, whatever limit the address has. SQLite only: others have the limit of the address.
+    void EndStatementsAt(std::chrono::steady_clock::time_point end);
 
     // Copies the database into a new file while it is in use. SQLite only.
     void BackUp(const std::wstring& file);

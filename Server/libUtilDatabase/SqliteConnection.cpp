@@ -154,8 +154,17 @@ class SqliteConnection final : public SqlConnection {
         vacuum->Bind(1, file);
         vacuum->Execute();
     }
+    void EndStatementsAt(std::chrono::steady_clock::time_point end) override {
+        constexpr int kInstructions = 1000;  // of SQLite's machine, between two looks at the clock
+        m_end = end;
+        sqlite3_progress_handler(Handle(*m_session), kInstructions, IsOver, this);
+    }
 
   private:
+    static int IsOver(void* self) {
+        return std::chrono::steady_clock::now() >= static_cast<SqliteConnection*>(self)->m_end ? 1 : 0;
+    }
+
     void Check(int code) const {
         if (code != SQLITE_OK) {
             Throw(m_file, code, sqlite3_errmsg(Handle(*m_session)));
@@ -164,6 +173,7 @@ class SqliteConnection final : public SqlConnection {
 
     const std::string m_file;
     const std::unique_ptr<soci::session> m_session;
+    std::chrono::steady_clock::time_point m_end;
 };
 
 }  // namespace

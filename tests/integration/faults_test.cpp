@@ -1,11 +1,16 @@
 // Faults that are switched on in the back end, seen by commands.
 #include <algorithm>
+#include <atomic>
+#include <cstring>
 #include <thread>
+#include <vector>
 
 #include "Ask.h"
 #include "BackEnd.h"
 #include "CapturedLog.h"
 #include "DbAgent.h"
+#include "DbListing.h"
+#include "FaultBoard.h"
 
 namespace wrb::test {
 namespace {
@@ -91,6 +96,27 @@ TEST_F(Faults, SilenceLastsUntilTheBackEndEnds) {
     backEnd.Stop();
     asker.join();
     EXPECT_EQ(answer, L"");
+}
+
+TEST_F(Faults, ListsHoldUpNoQuestion) {
+    BackEnd backEnd({L"--allow-faults", L"--fault", L"DB_LIST_ROWS:delay=3600s"});
+    constexpr unsigned kAskers = 20;
+    std::atomic<unsigned> refused{0};
+    std::vector<std::jthread> askers;
+    for (unsigned i = 0; i < kAskers; ++i) {
+        askers.emplace_back([&refused] {
+            DbListing rows;
+            refused += ReadDbListing({.table = L"agents"}, rows) ? 0 : 1;
+            refused.notify_all();
+        });
+    }
+    for (unsigned now = refused; now < kAskers - 16; now = refused) {
+        refused.wait(now);
+    }
+    EXPECT_EQ(Address(), kAddress);
+    backEnd.Stop();
+    askers.clear();
+    EXPECT_EQ(refused, kAskers - 1) << "at the stop the list that runs is given, and no other";
 }
 
 TEST_F(Faults, WhatIsRefused) {

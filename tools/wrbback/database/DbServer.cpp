@@ -1,6 +1,7 @@
 #include "DbServer.h"
 
 #include <algorithm>
+#include <chrono>
 #include <random>
 #include <string_view>
 #include <thread>
@@ -25,6 +26,8 @@ namespace {
 constexpr unsigned kInstances = 64;
 constexpr std::size_t kMaxRequestBytes = 4u << 20;
 constexpr std::size_t kShownCharacters = 64;
+constexpr unsigned kMostLists = 16;
+constexpr std::chrono::seconds kListLimit{30};
 
 std::span<const uint8_t> BytesOf(const std::wstring& text) {
     return {reinterpret_cast<const uint8_t*>(text.data()), text.size() * sizeof(wchar_t)};
@@ -73,7 +76,9 @@ DbServer::DbServer(DbServerOptions options)
       m_stop(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
       m_writer(m_options.database, 1),
       m_readers(m_options.database, ConnectionsOf(m_options)),
+      m_lister(m_options.database, 1),
       m_files(std::max(1u, m_options.workers / 2)),
+      m_listPlaces(kMostLists),
       m_listener(ListenerOptions(m_options, [this](PipeDrop reason, std::size_t bytes,
                                                    uint32_t pid) { NoteDrop(reason, bytes, pid); }),
                  PipeListener::InOrder{
@@ -84,12 +89,14 @@ DbServer::DbServer(DbServerOptions options)
 
 bool DbServer::Start() {
     m_writes.Start();
+    m_lists.Start(1);
     return m_listener.Start();
 }
 
 void DbServer::Stop() {
     SetEvent(m_stop.Get());
     m_listener.Stop();
+    m_lists.Finish();
     if (const Tally dropped = m_writes.Finish(); !dropped.empty()) {
         m_failed += SumOf(dropped);
         m_options.note(L"database server: writes are dropped, the database holds one: " + TallyText(dropped));
@@ -170,7 +177,18 @@ Job DbServer::AcceptText(std::span<const uint8_t> bytes, const std::string& from
     if (shape == DbAnswer::Message) {
         return RefuseAsker(from, replyPipe, L"no such command: " + Shown(name));
     }
-    return AfterWrites([this, command = *command, request, replyPipe] { AnswerText(command, request, replyPipe); });
+    Job read = AfterWrites([this, command = *command, request, replyPipe] { AnswerText(command, request, replyPipe); });
+    return *command == DbCommand::ListRows ? PutList(std::move(read), from, replyPipe) : read;
+}
+
+// Agents' questions do not wait for a list, which may read whole tables.
+Job DbServer::PutList(Job list, const std::string& from, const std::wstring& replyPipe) {
+    list = m_listPlaces.Admit(std::move(list));
+    if (!list) {
+        return RefuseAsker(from, replyPipe, L"too many lists wait");
+    }
+    m_lists.Push(std::move(list));
+    return {};
 }
 
 // The write keeps its share of the listener's memory until it is carried out.
@@ -208,7 +226,7 @@ bool DbServer::Write(DbCommand command, CCmdProtocol& request, const std::string
 // Runs `work` with a connection. False: the engine has held it for too long. The asker has then got an empty answer,
 // and must get no other.
 template <typename Work>
-bool DbServer::Ask(DbCommand command, const std::wstring& replyPipe, const Work& work) {
+bool DbServer::Ask(StorePool& pool, DbCommand command, const std::wstring& replyPipe, const Work& work) {
     std::atomic<bool> gaveUp{false};
     const auto onHeld = [&](const SqlError& why) {
         if (!gaveUp.exchange(true)) {
@@ -217,7 +235,7 @@ bool DbServer::Ask(DbCommand command, const std::wstring& replyPipe, const Work&
         }
     };
     try {
-        m_readers.Run(work, onHeld);
+        pool.Run(work, onHeld);
         m_reads += gaveUp ? 0 : 1;
     } catch (const std::exception& error) {
         if (!gaveUp) {
@@ -229,11 +247,18 @@ bool DbServer::Ask(DbCommand command, const std::wstring& replyPipe, const Work&
 
 void DbServer::AnswerText(DbCommand command, const CCmdProtocol& request, const std::wstring& replyPipe) {
     std::optional<std::wstring> answer;
+    const bool isList = command == DbCommand::ListRows;
     const auto work = [&](SqlDb& db) {
+        if (isList && WaitForSingleObject(m_stop.Get(), 0) == WAIT_OBJECT_0) {
+            return;  // all that wait would take too long
+        }
+        if (isList) {
+            db.EndStatementsAt(std::chrono::steady_clock::now() + kListLimit);
+        }
         CCmdProtocol fields = request;
         answer = AnswerTextCommand(db, command, fields);
     };
-    if (Ask(command, replyPipe, work)) {
+    if (Ask(isList ? m_lister : m_readers, command, replyPipe, work)) {
         ReplyTo(command, replyPipe, BytesOf(answer.value_or(std::wstring())));
     }
 }
@@ -286,7 +311,7 @@ void DbServer::AnswerSerialized(DbCommand command, const std::wstring& uid, CMsg
     const auto work = [&](SqlDb& db) {
         known = AnswerSerializedCommand(db, command, uid, message) && message.Finalize();
     };
-    const bool waits = Ask(command, replyPipe, work);
+    const bool waits = Ask(m_readers, command, replyPipe, work);
     const std::span<const uint8_t> none;
     const auto answer = known ? std::span<const uint8_t>(message.Data(), message.GetSize()) : none;
     if (!waits || !ReplyTo(command, replyPipe, answer)) {

@@ -8,6 +8,8 @@
 // An engine that hangs keeps nobody waiting for longer than StorePool's limit: the asker then gets an empty answer. The
 // worker that waits for the engine is lost until it answers. There is a further worker for each connection, so that
 // `workers` are left.
+//
+// Lists for people have a thread and a connection of their own, and end after half a minute.
 #pragma once
 
 #include <atomic>
@@ -24,6 +26,7 @@
 #include "DbCommands.h"
 #include "FaultBoard.h"
 #include "FilePlaces.h"
+#include "JobQueue.h"
 #include "PipeListener.h"
 #include "StorePool.h"
 #include "WriteLane.h"
@@ -79,8 +82,9 @@ class DbServer {
     Job AfterWrites(Job read);
     void PutWrite(DbCommand command, CCmdProtocol request, const std::string& from, const PipePeer& peer);
     bool Write(DbCommand command, CCmdProtocol& request, const std::string& from);
+    Job PutList(Job list, const std::string& from, const std::wstring& replyPipe);
     template <typename Work>
-    bool Ask(DbCommand command, const std::wstring& replyPipe, const Work& work);
+    bool Ask(StorePool& pool, DbCommand command, const std::wstring& replyPipe, const Work& work);
     void AnswerText(DbCommand command, const CCmdProtocol& request, const std::wstring& replyPipe);
     void ServeSerialized(std::span<const uint8_t> request, const std::string& from);
     void AnswerSerialized(DbCommand command, const std::wstring& uid, CMsgSerializer& message);
@@ -96,12 +100,15 @@ class DbServer {
     const KernelHandle m_stop;  // an event: ends the delays
     StorePool m_writer;         // one connection, of the lane's thread
     StorePool m_readers;
+    StorePool m_lister;  // one connection, of the thread of the lists
     std::atomic<uint64_t> m_reads{0};
     std::atomic<uint64_t> m_written{0};
     std::atomic<uint64_t> m_badRequests{0};
     std::atomic<uint64_t> m_failed{0};
     FilePlaces m_files;
+    FilePlaces m_listPlaces;  // of those that wait and the one that runs
     WriteLane m_writes;
+    JobQueue m_lists;
     PipeListener m_listener;  // last: its threads use the members above
 };
 

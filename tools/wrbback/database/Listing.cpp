@@ -16,6 +16,9 @@ namespace {
 
 using Columns = std::span<const char* const>;
 
+constexpr std::size_t kLongestCell = 8192;   // characters; the longest text that people can set
+constexpr std::size_t kLongestSearch = 256;  // the rest is not looked for
+
 struct ListedTable {
     std::wstring_view name;  // in the request
     const char* from;
@@ -108,6 +111,7 @@ std::optional<Query> TakeQuery(CCmdProtocol& request) {
         return std::nullopt;
     }
     query.table = found;
+    query.search.resize(std::min(query.search.size(), kLongestSearch));
     query.order = order <= found->columns.size() && *found->group == '\0' ? order : 0;
     query.isDescending = descending != 0;
     query.first = first;
@@ -165,8 +169,8 @@ void AppendRows(SqlStatement& select, std::wstring& answer) {
     while (select.Step()) {
         for (int column = 0; column < select.Columns(); ++column) {
             answer += L'\t';
-            answer +=
-                select.IsNumber(column) ? std::to_wstring(select.Number(column)) : VisibleText(select.Text(column));
+            answer += select.IsNumber(column) ? std::to_wstring(select.Number(column))
+                                              : VisibleText(select.Text(column).substr(0, kLongestCell));
         }
     }
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <functional>
 #include <future>
@@ -148,6 +149,16 @@ TEST(Store, AnEngineThatHangsKeepsTheConnectionsAndNobodyElseWaits) {
         engine.set_value();
     });
     EXPECT_EQ(pool.Lend().Db().NumberOf("SELECT count(*) FROM agent"), 0);
+}
+
+TEST(Store, AStatementEndsAtItsTime) {
+    const TempFolder folder;
+    const auto db = CreateStore((folder / L"agents.db").wstring());
+    db->EndStatementsAt(std::chrono::steady_clock::now());
+    EXPECT_THROW(db->NumberOf("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT count(*) FROM n"),
+                 SqlError);
+    db->EndStatementsAt(std::chrono::steady_clock::now() + std::chrono::hours(1));
+    EXPECT_EQ(db->NumberOf("SELECT count(*) FROM service_switch"), 11);
 }
 
 // A file, or the database that the variable WRB_TEST_STORE names.
