@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <iterator>
 #include <new>
 
 #include "ServerAccess.h"
@@ -33,6 +34,15 @@ bool IsLiveState(Block& block) noexcept {
     return UsableBytes(&block) >= sizeof block &&
            std::atomic_ref<uint32_t>(block.signature).load(std::memory_order_acquire) == kLiveStateSignature &&
            block.version == kLiveStateVersion && block.size == sizeof(Block);
+}
+
+// Whoever made the section may have written texts without an end.
+void EndTexts(LiveUploads& uploads) noexcept {
+    for (auto* const clients : {&uploads.firstUploading, &uploads.firstWaiting}) {
+        for (LiveClient& client : *clients) {
+            *std::rbegin(client.uid) = L'\0';
+        }
+    }
 }
 
 }  // namespace
@@ -104,6 +114,7 @@ std::optional<LiveState> ReadLiveState() {
             break;
         }
     }
+    EndTexts(state->uploads);
     return state;
 }
 

@@ -137,6 +137,9 @@ TEST_F(Faults, WhatIsRefused) {
     for (const auto& [rule, output] : kRows) {
         ExpectRun(kControl, {L"fault", rule}, 2, output);
     }
+    FaultBoard foreign;
+    std::memset(static_cast<void*>(&foreign), 'x', sizeof foreign);
+    EXPECT_TRUE(foreign.Entries().empty());
     ExpectRun(kBackEnd, {L"serve", L"--fault", L"DB_GET_IP:close"}, 2, "--allow-faults");
     const BackEnd backEnd;
     ExpectRun(kControl, {L"fault", L"DB_GET_IP:close"}, 3, "started without --allow-faults");

@@ -61,9 +61,11 @@ ChartSeries Series(const char* name, const std::vector<Point>& points, ValueOf v
 }
 
 Data Charts(const std::vector<Point>& points) {
+    constexpr std::size_t kClockAt = 11;  // of the text of a time; other texts are shorter
     std::vector<std::string> times;
     for (const Point& point : points) {
-        times.push_back(TimeText(point.second).substr(11, 5));
+        const std::string time = TimeText(point.second);
+        times.push_back(time.size() < kClockAt ? time : time.substr(kClockAt, 5));
     }
     const auto time = [](uint32_t Point::*part) {
         return [part](const Point& point) { return Milliseconds(point.*part); };

@@ -12,8 +12,11 @@ uint32_t NumberOf(std::optional<DbCommand> command) noexcept {
 }  // namespace
 
 FaultRule FaultBoard::Place::Rule() const noexcept {
-    FaultRule rule{.command = {}, .kind = static_cast<FaultKind>(kind.load()), .milliseconds = milliseconds};
+    FaultRule rule{.command = {}, .kind = FaultKind::None, .milliseconds = milliseconds};
     rule.every = every;
+    if (const uint32_t number = kind; number <= static_cast<uint32_t>(FaultKind::Silence)) {
+        rule.kind = static_cast<FaultKind>(number);  // any other is not ours: somebody else has made the section
+    }
     if (const uint32_t number = command; number < std::size(kDbCommands)) {
         rule.command = static_cast<DbCommand>(number);
     }
@@ -58,8 +61,8 @@ void FaultBoard::Clear() noexcept {
 std::vector<FaultBoard::Entry> FaultBoard::Entries() const {
     std::vector<Entry> entries;
     for (const Place& place : m_places) {
-        if (place.kind != 0) {
-            entries.push_back({place.Rule(), place.applied});
+        if (const FaultRule rule = place.Rule(); rule.kind != FaultKind::None) {
+            entries.push_back({rule, place.applied});
         }
     }
     return entries;

@@ -105,6 +105,10 @@ TEST(LogTicket, ShowsItsListsToOtherProcesses) {
     EXPECT_STREQ(uploads.firstWaiting[1].uid, L"d");
     EXPECT_EQ(uploads.firstWaiting[1].until, 1'700'000'002);
     EXPECT_STREQ(uploads.firstWaiting[2].uid, L"");
+    wrb::LiveUploads endless;
+    std::ranges::fill(endless.firstWaiting[49].uid, L'x');
+    wrb::TheLiveBoard().Show(endless);
+    EXPECT_EQ(std::wstring(wrb::ReadLiveState()->uploads.firstWaiting[49].uid).size(), 36u);
 }
 
 TEST(LogTicket, EightThousandWaitingClientsMeetTheCeiling) {
