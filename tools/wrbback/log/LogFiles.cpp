@@ -64,7 +64,7 @@ std::vector<uint64_t> FinishedNumbers(const LogFileOptions& options) {
 
 }  // namespace
 
-LogFiles::LogFiles(LogFileOptions options) : m_options(Complete(std::move(options))) {}
+LogFiles::LogFiles(LogFileOptions options) : m_options(Complete(std::move(options))), m_splitAt(m_options.splitBytes) {}
 
 std::wstring LogFiles::CurrentPath() const {
     return m_options.folder + m_options.name + L".log";
@@ -84,7 +84,7 @@ LogWriteResult LogFiles::Write(std::string_view line) {
     if (!HasSpace()) {
         return LogWriteResult::NoSpace;
     }
-    const uint64_t room = m_options.splitBytes - std::min(m_size, m_options.splitBytes);
+    const uint64_t room = m_splitAt - std::min(m_size, m_splitAt);
     if (m_options.splitBytes != 0 && m_size != 0 && line.size() > room) {
         Split();
         if (!Open()) {
@@ -137,7 +137,8 @@ void LogFiles::NumberAnew(std::vector<uint64_t>& numbers) const {
     }
 }
 
-// When the file cannot be renamed it goes on growing: a log that is too long is better than none.
+// When the file cannot be renamed it goes on growing: a log that is too long is better than none. The next try, which
+// reads the folder again, comes when it has grown by as much once more.
 void LogFiles::Split() {
     m_file.Reset();
     std::vector<uint64_t> numbers = FinishedNumbers(m_options);
@@ -146,7 +147,8 @@ void LogFiles::Split() {
         NumberAnew(numbers);
     }
     numbers.push_back(numbers.empty() ? 1 : numbers.back() + 1);
-    MoveFileExW(CurrentPath().c_str(), FinishedPath(numbers.back()).c_str(), 0);
+    const bool isRenamed = MoveFileExW(CurrentPath().c_str(), FinishedPath(numbers.back()).c_str(), 0);
+    m_splitAt = (isRenamed ? 0 : m_size) + m_options.splitBytes;
     if (m_options.maxFiles != 0 && numbers.size() >= m_options.maxFiles) {
         numbers.resize(numbers.size() - (m_options.maxFiles - 1));  // the current one counts
         for (const uint64_t number : numbers) {

@@ -61,6 +61,7 @@ class LogFiles {
     CWrbSRWLock m_lock;
     FileHandle m_file WRB_GUARDED_BY(m_lock);
     uint64_t m_size WRB_GUARDED_BY(m_lock) = 0;
+    uint64_t m_splitAt WRB_GUARDED_BY(m_lock);              // bytes
     uint64_t m_sinceSpaceCheck WRB_GUARDED_BY(m_lock) = 0;  // bytes
     bool m_hasSpace WRB_GUARDED_BY(m_lock) = false;
 };

@@ -21,7 +21,8 @@
 namespace wrb {
 namespace {
 
-constexpr int kDeepestJson = 4;  // a row is an object in an object
+constexpr int kDeepestJson = 4;             // a row is an object in an object
+constexpr uint32_t kLongestRow = 1u << 20;  // bytes; more than the longest texts of all columns, escaped
 constexpr std::size_t kShownCharacters = 64;
 
 // What a log row's frame must say, by the command that brings it.
@@ -166,6 +167,9 @@ Record ParseLogPoolMessage(std::span<const uint8_t> bytes) {
     LoadReceivedMessage(bytes, message);
     for (const auto& [command, table, frame] : kLogCommands) {
         if (message.Name() == command) {
+            if (message.Remaining() > kLongestRow) {
+                Refuse("the row is too long");
+            }
             std::wstring text;
             message >> text;
             RequireEnd(message);

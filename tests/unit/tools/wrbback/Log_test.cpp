@@ -84,6 +84,21 @@ TEST(LogFiles, AShortDiskLosesLinesUntilThereIsSpaceAgain) {
     EXPECT_EQ(LogFiles(options).Write("line\n"), LogWriteResult::Failed);
 }
 
+TEST(LogFiles, AFileThatSomebodyHoldsGrowsByAsMuchOnceMore) {
+    const TempFolder folder;
+    LogFiles files({.folder = folder.Path(), .splitBytes = 4, .diskSpace = {}});
+    files.Write("1111");
+    {
+        const FileHandle reader(CreateFileW((folder / L"wrbdebug.log").c_str(), GENERIC_READ,
+                                            FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
+        files.Write("2");
+    }
+    files.Write("333");
+    files.Write("4");
+    EXPECT_EQ(test::ReadAll(folder / L"wrbdebug.000001.log"), "11112333");
+    EXPECT_EQ(test::ReadAll(folder / L"wrbdebug.log"), "4");
+}
+
 TEST(LogSettings, KeysAreReadInTheirUnitsAndNonsenseIsNamed) {
     // The section, the level, and: folder, split size, largest count, reserve in bytes.
     const std::tuple<const char*, const wchar_t*, const wchar_t*> kCases[] = {
