@@ -26,9 +26,9 @@ void ExpectRows(const std::vector<Row>& rows) {
 
 TEST(Ctl, SeesExplainsAndChangesTheRunningServer) {
     const ServerHome home;
-    home.Write(
-        L"wrbscan.ini",
-        "[Manual Scan Configuration]\r\nScanBot=0\r\nScanSpeed=7\r\n[Firewall Alert]\r\nSmtpPassword=secret\r\n");
+    home.Write(L"wrbscan.ini",
+               "[Manual Scan Configuration]\r\nScanBot=0\r\nScanSpeed=7\r\n[Firewall "
+               "Alert]\r\nMail=0\rSmtpPassword=secret\r\n");
     home.Write(L"Private\\wrbserver.ini",
                "[INI_SERVER_SECTION]\r\n; Pwd=secret\r\nX=odbc:A=b;P={secret}\r\nStringProtectionKey=12\r\n");
     home.Write(L"records.jsonl", "{\"time\":1700000000,\"port\":443}\n{\"time\":1700000001,\"port\":80}\n");

@@ -44,8 +44,13 @@ std::optional<std::string> ReadFrom(const std::filesystem::path& path, std::stre
     if (!file) {
         return std::nullopt;
     }
-    file.seekg(std::max<std::streamoff>(0, static_cast<std::streamoff>(file.tellg()) - most));
-    return std::string(std::istreambuf_iterator<char>(file), {});
+    const std::streamoff start = std::max<std::streamoff>(0, static_cast<std::streamoff>(file.tellg()) - most);
+    file.seekg(start);
+    std::string text(std::istreambuf_iterator<char>(file), {});
+    if (start != 0) {
+        text.erase(0, text.find_first_of("\r\n"));  // without its begin nobody knows what the line says
+    }
+    return text;
 }
 
 // Keys, passwords and accounts, also those inside a connection string.
@@ -66,8 +71,9 @@ std::string MaskSecrets(std::string_view ini) {
         return "left out: it is UTF-16 or binary\n";
     }
     while (!ini.empty()) {
-        const std::string_view line = ini.substr(0, ini.find('\n'));
-        ini.remove_prefix(std::min(ini.size(), line.size() + 1));
+        const std::string_view line = ini.substr(0, ini.find_first_of("\r\n"));
+        ini.remove_prefix(line.size());
+        ini.remove_prefix(ini.starts_with("\r\n") ? 2 : std::min<std::size_t>(1, ini.size()));
         const std::size_t equals = line.find('=');
         const bool hides = equals != line.npos && IsSecret(std::string(line));
         masked.append(hides ? line.substr(0, equals + 1) : line).append(hides ? "********\n" : "\n");

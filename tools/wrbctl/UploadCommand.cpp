@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -96,7 +97,7 @@ int AwaitRows(const std::wstring& uid, uint64_t before, uint64_t records) {
     uint64_t rows = 0;
     while (rows < records && GetTickCount64() < deadline) {
         Sleep(kPollMilliseconds);
-        rows = CountRows(uid).value_or(before) - before;
+        rows = std::max(CountRows(uid).value_or(before), before) - before;  // old rows may have been deleted
     }
     PrintOut(std::to_string(rows) + " of " + std::to_string(records) + " records arrived in the log pool\n");
     return rows >= records ? kExitOk : kExitTimedOut;
