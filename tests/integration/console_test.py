@@ -155,6 +155,7 @@ class ConsoleTest(unittest.TestCase):
             (403, "POST", self.form(ScanBoot=0, token=other_token), FORM, {"Cookie": other_session}),
             (403, "POST", self.form(ScanBoot=0), FORM, {"path": OPEN_PAGE}),
             (403, "GET", None, None, {"path": OPEN_PAGE}),
+            (403, "GET", None, None, {"Sec-Fetch-Site": "cross-site", "Sec-Fetch-Dest": "image"}),
             (400, "POST", self.form(ScanBoot=2), FORM, {}),
             (400, "POST", self.form(ScanSpeed=3), FORM, {}),
             (400, "POST", self.form(CompressedLayer=256), FORM, {}),

@@ -8,6 +8,11 @@ std::wstring GatewayVariable(const wchar_t* name) {
     return ReadEnvironment(name).value_or(L"");
 }
 
+bool IsPartOfAnotherSite() {
+    return GatewayVariable(L"HTTP_SEC_FETCH_SITE") == L"cross-site" &&
+           GatewayVariable(L"HTTP_SEC_FETCH_DEST") != L"document";
+}
+
 bool ComesFromThisSite() {
     const std::wstring site = GatewayVariable(L"HTTP_SEC_FETCH_SITE");
     if (!site.empty()) {

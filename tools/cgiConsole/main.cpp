@@ -96,7 +96,8 @@ std::optional<View> AccessRefusal(const Request& request, const std::optional<Se
         return Refusal("403 Forbidden", kNobody);
     }
     if (!request.IsPost()) {
-        return std::nullopt;
+        return IsPartOfAnotherSite() ? std::optional(Refusal("403 Forbidden", L"Another site asks for this page."))
+                                     : std::nullopt;
     }
     if (!ComesFromThisSite()) {
         return Refusal("403 Forbidden", L"The form was sent by another site.");
