@@ -18,7 +18,7 @@ TEST(Host, ServesTheLibraryUntilItIsStopped) {
         std::vector<std::wstring> arguments;
         const char* output;
     } kCounters[] = {
-        {{}, "\nCMDHL_GET_MS_CFG                               2         0"},
+        {{}, "\nCMDHL_GET_MS_CFG                              2       0"},
         {{L"--interval", L"0.1", L"--times", L"2"}, "p99 ms\ncalls in progress: 0\n"},  // nothing new
         {{L"--json"}, "\"calls\":2,\"failures\":0,"},
         {{L"--json", L"--interval", L"0.1", L"--times", L"2"}, "\"interval\":{\"calls\":0,"},
