@@ -8,9 +8,9 @@
 //
 // A file that cannot be read, because another process has opened it without sharing or holds an oplock, takes no value
 // away: what was read before is served on, dropped or not, and a value that was never read is tried once more, then
-// the caller's default and not kept. A try takes two seconds at most, the next one follows after a second, and a line at
-// level 'W' says so once a minute. A file that can be read, but only slowly, is left alone for that second, too, except for values that were
-// never read.
+// the caller's default and not kept. A try takes two seconds at most, the next one follows after a second, and a line
+// at level 'W' says so once a minute. A file that can be read, but only slowly, is left alone for that second, too,
+// except for values that were never read.
 #pragma once
 
 #include <cstdint>

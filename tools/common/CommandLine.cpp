@@ -11,8 +11,8 @@
 #include "ExitCode.h"
 #include "Handle.h"
 #include "NearestName.h"
-#include "Text.h"
 #include "Terminal.h"
+#include "Text.h"
 #include "Version.h"
 
 namespace wrb {
