@@ -80,8 +80,9 @@ TEST_F(Faults, EachGivesItsAnswerAndItsLineAndTheNextCommandWorks) {
         TakeCapturedLog();
         EXPECT_EQ(Ask(command, kFullAgent), isSound ? sound : L"");
         const std::vector<std::wstring> lines = TakeCapturedTexts();
-        EXPECT_TRUE(logged == nullptr ||
-                    std::ranges::any_of(lines, [&](const auto& line) { return line.find(logged) != line.npos; }))
+        EXPECT_TRUE(
+            logged == nullptr ||
+            std::ranges::any_of(lines, [text = logged](const auto& line) { return line.find(text) != line.npos; }))
             << testing::PrintToString(lines);
         ExpectRun(kControl, {L"fault", L"--clear"}, 0);
         EXPECT_EQ(Ask(command, kFullAgent), sound);
