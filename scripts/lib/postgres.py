@@ -67,7 +67,7 @@ class Engine:
                 stopped.append(int(process))
             yield
         finally:
-            for process in stopped:
+            for process in reversed(stopped):  # the server last: it forgets the sessions that have ended
                 os.kill(process, signal.SIGCONT)
 
     def psql(self, database):
