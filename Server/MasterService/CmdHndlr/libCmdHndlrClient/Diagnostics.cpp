@@ -1,6 +1,7 @@
 // The commands that test the connection and clear the INI caches.
 #include <windows.h>
 
+#include <atomic>
 #include <random>
 #include <string>
 
@@ -9,7 +10,6 @@
 #include "CommandTable.h"
 #include "DebugLog.h"
 #include "INICache.h"
-#include "Patience.h"
 #include "cmdhl_Reply.h"
 
 // Log lines name this module.
@@ -19,8 +19,7 @@
 namespace {
 
 // One command sleeps at a time: sleeping commands must not take all workers.
-constinit wrb::LongWaits sleeper;
-constexpr uint64_t kSleeper = 1;
+constinit std::atomic_flag isSleeping;
 
 }  // namespace
 
@@ -28,13 +27,13 @@ void cmdhl_Sleep(CCmdProtocol& message) {
     std::wstring content;
     message >> content;
     WRB_LOG(kLogDebug8, L"content:[%s]", content.c_str());
-    if (!sleeper.Enter(1, kSleeper)) {
+    if (isSleeping.test_and_set()) {
         WRB_LOG(kLogWarning, L"%s - refused, another command sleeps.", L"cmdhl_Sleep");
         return;
     }
     std::minstd_rand random(wrb::SystemClock().TickMilliseconds() + GetCurrentThreadId());
     Sleep(static_cast<DWORD>(random() % 3000));
-    sleeper.Leave(kSleeper);
+    isSleeping.clear();
 }
 
 void cmdhl_Echo(CCmdProtocol& message) {
