@@ -13,6 +13,7 @@ namespace wrb {
 namespace {
 
 constexpr unsigned kMostWeight = 1'000'000;
+constexpr std::size_t kMostCommands = 1'000;  // the sum of the weights stays in 32 bits
 
 constexpr char kDefaultMix[] = R"(
 60 CMDHL_IS_CONFIGFLAGSET UID 4294967295
@@ -62,6 +63,9 @@ LoadMix ParseLoadMix(std::string_view text) {
         line = line.substr(0, line.find('\r'));
         try {
             if (const std::optional<MixEntry> entry = ParseLine(line)) {
+                if (mix.size() == kMostCommands) {
+                    throw std::invalid_argument("more than " + std::to_string(kMostCommands) + " commands");
+                }
                 mix.push_back(*entry);
             }
         } catch (const std::invalid_argument& error) {

@@ -19,7 +19,8 @@ using LoadMix = std::vector<MixEntry>;
 inline constexpr wchar_t kMixUid[] = L"UID";
 
 // Lines "WEIGHT COMMAND [FIELD...]", UTF-8; a field with blanks stands in quotes. Empty lines and lines that begin with
-// "#" are skipped. Throws std::invalid_argument, whose text names the line and says what is wrong.
+// "#" are skipped. A thousand commands at most. Throws std::invalid_argument, whose text names the line and says what
+// is wrong.
 LoadMix ParseLoadMix(std::string_view text);
 
 // What agents of a quiet day ask. Nothing of it changes the server or clears a configuration-changed bit.

@@ -4,6 +4,7 @@
 
 #include <map>
 #include <stdexcept>
+#include <string>
 
 namespace wrb {
 namespace {
@@ -21,7 +22,12 @@ TEST(LoadMix, LinesAreEntriesAndMistakesNameTheirLine) {
     EXPECT_TRUE(mix[0].weight == 2 && mix[0].answers && mix[1].weight == 3 && !mix[1].answers);
     EXPECT_EQ(mix[0].fields, (std::vector<std::wstring>{L"a b", L""}));
     EXPECT_EQ(mix[1].fields, (std::vector<std::wstring>{kMixUid, L"1"}));
+    std::string tooMany;
+    for (int i = 0; i <= 1000; ++i) {
+        tooMany += "1000000 CMDHL_ECHO x\n";
+    }
     const std::pair<const char*, const char*> kRows[] = {
+        {tooMany.c_str(), "line 1001: more than 1000 commands"},
         {"", "no line names a command"},
         {"1 CMDHL_ECHO x\n0 CMDHL_ECHO x", "line 2: \"0\" is no weight from 1 to 1000000"},
         {"1x CMDHL_ECHO", "line 1: \"1x\" is no weight from 1 to 1000000"},
