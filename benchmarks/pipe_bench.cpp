@@ -3,6 +3,7 @@
 #include "PipeFixture.h"
 #include "PipeWork.h"
 #include "Ratio.h"
+#include "RecordingFeed.h"
 #include "TracedDispatch.h"
 
 namespace wrb::bench {
@@ -19,11 +20,12 @@ void Repeat(benchmark::State& state) {
     }
 }
 
-// What an echo costs more while nobody traces: the look for a watcher, and one where the reply is sent.
+// What an echo costs more while nobody traces or records: the look for each, and one where the reply is sent.
 void TraceUnwatched(benchmark::State& state) {
     StartTrace();
     for (auto _ : state) {
         benchmark::DoNotOptimize(WatchedFeed());
+        benchmark::DoNotOptimize(WatchedRecordingFeed());
         benchmark::DoNotOptimize(CurrentCallFacts());
     }
 }
@@ -33,7 +35,8 @@ void TraceUnwatched(benchmark::State& state) {
 void AddPipeBenchmarks() {
     AddRatio("CMDHL_ECHO", Repeat<Echo>, "connect, set the mode, write, close", Repeat<BareEcho>, Goal::AtMost, 1.10,
              {1, 2, 8});
-    AddRatio("the trace while nobody looks", TraceUnwatched, "one CMDHL_ECHO", Repeat<Echo>, Goal::FasterBy, 100);
+    AddRatio("trace and recording while nobody looks", TraceUnwatched, "one CMDHL_ECHO", Repeat<Echo>, Goal::FasterBy,
+             100);
     AddRatio("CMDHL_GET_MS_CFG", Repeat<GetManualScan>, "five bare connections", Repeat<FiveConnections>, Goal::AtMost,
              1.15, {1, 2, 8});
     AddRatio("CMDHL_SET_MS_CFG", Repeat<SetManualScan>, "two bare messages", Repeat<TwoMessages>, Goal::AtMost, 1.15,
