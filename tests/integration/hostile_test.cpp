@@ -223,6 +223,18 @@ std::wstring FirewallUpload(const std::wstring& package, const std::filesystem::
     return L"uid\t" + package + L"\t" + base.wstring() + L"\t1";
 }
 
+// An agent's firewall log, which the host takes.
+void UploadRecords(const ServerHome& home, unsigned count) {
+    const std::string record = BytesOf(SampleRecord<SWRB_PFW_LOG_ITEM>());
+    std::string records;
+    for (unsigned i = 0; i < count; ++i) {
+        records += record;
+    }
+    home.Write(L"Upload\\package", BuildCabinet({{"a.log", records}}));
+    const std::wstring fields = FirewallUpload(home / L"Upload\\package", home / L"Upload\\dir-");
+    EXPECT_EQ(Ask(L"CMDHL_PFW_SET_LOG", fields.c_str()), L"1");
+}
+
 // Whoever may send a command reaches the folders for uploads, and nothing else.
 TEST(Hostile, UploadsReachTheirFoldersOnly) {
     const ServerHome home;
@@ -252,12 +264,6 @@ TEST(Hostile, UploadsReachTheirFoldersOnly) {
 // say what is lost.
 TEST(Hostile, RecordsThatNoServiceTakesAreCounted) {
     const ServerHome home;
-    const std::string record = BytesOf(SampleRecord<SWRB_PFW_LOG_ITEM>());
-    std::string records;
-    for (int i = 0; i < 100; ++i) {
-        records += record;
-    }
-    home.Write(L"Upload\\package", BuildCabinet({{"a.log", records}}));
     home.Write(L"Private\\wrbserver.ini", "[INI_SERVER_SECTION]\r\nServiceTimeoutSeconds=1\r\n");
     const FakePipeService agent(L"QMAgentServerNamePipe");
     const FileHandle holder = OpenPipeForWriting(L"QMAgentServerNamePipe");
@@ -266,8 +272,7 @@ TEST(Hostile, RecordsThatNoServiceTakesAreCounted) {
     CounterReader counters;
     uint32_t error = 0;
     ASSERT_EQ(counters.Attach(error), CounterAttach::Attached) << error;
-    const std::wstring fields = FirewallUpload(home / L"Upload\\package", home / L"Upload\\dir-");
-    EXPECT_EQ(Ask(L"CMDHL_PFW_SET_LOG", fields.c_str()), L"1");
+    UploadRecords(home, 100);
     host.ExpectEnd(0, {"handled 1, "});
     EXPECT_EQ(counters.Undelivered().rows, 100u);
     EXPECT_EQ(counters.Undelivered().events, 100u);
@@ -277,19 +282,12 @@ TEST(Hostile, RecordsThatNoServiceTakesAreCounted) {
 TEST(Hostile, AStopCutsAnUploadShortAndCountsTheRest) {
     constexpr unsigned kRecords = 20'000;
     const ServerHome home;
-    const std::string record = BytesOf(SampleRecord<SWRB_PFW_LOG_ITEM>());
-    std::string records;
-    for (unsigned i = 0; i < kRecords; ++i) {
-        records += record;
-    }
-    home.Write(L"Upload\\package", BuildCabinet({{"a.log", records}}));
     const FakePipeService pool(kLogPoolPipe, [](const Received&) { Sleep(10); });
     const Host host({});
     CounterReader counters;
     uint32_t error = 0;
     ASSERT_EQ(counters.Attach(error), CounterAttach::Attached) << error;
-    const std::wstring fields = FirewallUpload(home / L"Upload\\package", home / L"Upload\\dir-");
-    EXPECT_EQ(Ask(L"CMDHL_PFW_SET_LOG", fields.c_str()), L"1");
+    UploadRecords(home, kRecords);
     EXPECT_FALSE(pool.WaitFor(1).empty());
     host.ExpectEnd(0, {"handled 1, "});
     EXPECT_EQ(counters.Undelivered().rows + pool.WaitFor(0).size(), kRecords);
