@@ -1,6 +1,7 @@
 // The records of a recording, as they lie in the live feed and in a file. docs/wire-formats.md has the layout.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -11,6 +12,12 @@ namespace wrb {
 
 inline constexpr uint32_t kRecordingSignature = 0x52425257;  // "WRBR"
 inline constexpr uint32_t kRecordingVersion = 1;
+
+// Now, as recordings have it: microseconds since 1970-01-01 00:00 UTC.
+inline int64_t RecordingTime() {
+    using namespace std::chrono;
+    return floor<microseconds>(system_clock::now()).time_since_epoch().count();
+}
 
 // At the start of a file.
 struct RecordingHead {

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 
+#include "Bytes.h"
 #include "Formats.h"
 #include "PfwLogRecord.h"
 #include "Text.h"
@@ -92,7 +93,7 @@ void TakeField(FieldCursor& record, const char* name, std::size_t count, Form fo
             record.Take(name, count, AnsiToWide(TextIn(std::string(bytes.begin(), bytes.end()))));
             break;
         case Form::Wide:
-            record.Take(name, count, TextIn(Utf16At(bytes)));
+            record.Take(name, count, TextIn(WideTextOf(bytes)));
             break;
     }
 }

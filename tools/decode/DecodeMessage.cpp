@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "BundleRecord.h"
+#include "Bytes.h"
 #include "DbAllScanRecord.h"
 #include "DbApiHeader.h"
 #include "DbCommands.h"
@@ -145,7 +146,7 @@ bool IsOneText(std::span<const uint8_t> body) {
         return false;
     }
     std::memcpy(&bytes, body.data(), sizeof bytes);
-    const std::wstring text = Utf16At(body.subspan(sizeof bytes));
+    const std::wstring text = WideTextOf(body.subspan(sizeof bytes));
     return bytes == body.size() - sizeof bytes && text.back() == L'\0' &&
            std::all_of(text.begin(), text.end() - 1, [](wchar_t c) { return c >= L' '; });
 }

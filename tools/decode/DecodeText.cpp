@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "Bytes.h"
 #include "CommandMessage.h"
 #include "DbCommands.h"
 #include "Formats.h"
@@ -66,7 +67,7 @@ void TakeFields(FieldCursor& cursor, std::wstring_view text, const std::vector<s
 }  // namespace
 
 bool IsText(std::span<const uint8_t> bytes) {
-    const std::wstring text = Utf16At(bytes);
+    const std::wstring text = WideTextOf(bytes);
     const auto isOther = [](wchar_t c) {
         return (c < L' ' && c != L'\t' && c != L'\r' && c != L'\n') || c == 0x7F || c >= 0xFFFE;
     };
@@ -76,7 +77,7 @@ bool IsText(std::span<const uint8_t> bytes) {
 }
 
 std::string DecodeText(FieldCursor& cursor) {
-    const std::wstring text = Utf16At(cursor.Rest());
+    const std::wstring text = WideTextOf(cursor.Rest());
     const Layout layout = LayoutOf(text.substr(0, text.find_first_of(std::wstring_view(L"\t\0", 2))));
     std::string kind = "text";
     if (layout.kind != nullptr) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "Bytes.h"
 #include "Text.h"
 
 namespace wrb {
@@ -13,14 +14,6 @@ constexpr std::size_t kWord = 4;
 constexpr std::size_t kMostFields = 1'000'000;
 
 }  // namespace
-
-std::wstring Utf16At(std::span<const uint8_t> bytes) {
-    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
-    if (!text.empty()) {  // else `bytes` may be null
-        std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
-    }
-    return text;
-}
 
 std::wstring HexText(std::span<const uint8_t> bytes) {
     std::wstring text;
@@ -93,7 +86,7 @@ bool FieldCursor::TakeBool(std::string_view name) {
 std::wstring FieldCursor::TakeText(std::string_view name) {
     const std::size_t bytes = WordAt(0, name);
     Require(kWord + bytes, name);
-    std::wstring text = Utf16At(m_rest.subspan(kWord, bytes));
+    std::wstring text = WideTextOf(m_rest.subspan(kWord, bytes));
     text.resize(text.size() - std::min<std::size_t>(text.size(), 1));
     Take(name, kWord + bytes, text);
     return text;

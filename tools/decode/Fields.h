@@ -73,9 +73,6 @@ class FieldCursor {
     std::string m_prefix;
 };
 
-// UTF-16; an odd last byte is left out.
-std::wstring Utf16At(std::span<const uint8_t> bytes);
-
 std::wstring HexText(std::span<const uint8_t> bytes);
 
 }  // namespace wrb

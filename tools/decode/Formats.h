@@ -9,7 +9,7 @@ namespace wrb {
 
 bool BeginsWith(std::span<const uint8_t> bytes, std::initializer_list<uint8_t> start);
 
-// A message with its header and body; `prefix` of the names. Returns its name.
+// A serialized message: its header and its body.
 bool IsMessage(std::span<const uint8_t> bytes);
 void DecodeMessage(FieldCursor& cursor);
 

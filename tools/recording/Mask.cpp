@@ -4,6 +4,7 @@
 #include <cwctype>
 
 #include "AgentUid.h"
+#include "Bytes.h"
 #include "CommandMessage.h"
 #include "RecordingFile.h"
 #include "Text.h"

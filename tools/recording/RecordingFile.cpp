@@ -10,7 +10,7 @@ namespace wrb {
 namespace {
 
 template <typename Record>
-std::span<const uint8_t> BytesOf(const Record& record) {
+std::span<const uint8_t> RawBytes(const Record& record) {
     return {reinterpret_cast<const uint8_t*>(&record), sizeof record};
 }
 
@@ -36,7 +36,7 @@ bool RecordingWriter::Create(const std::wstring& path, bool replaces, const Reco
     }
     m_file.Reset(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, access.Attributes(),
                              replaces ? CREATE_ALWAYS : CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
-    return m_file && WriteRecord(BytesOf(head));
+    return m_file && WriteRecord(RawBytes(head));
 }
 
 bool RecordingWriter::WriteRecord(std::span<const uint8_t> record) {
@@ -50,7 +50,7 @@ bool RecordingWriter::WriteCount(RecordKind kind, uint64_t count) {
         RecordHead head;
         uint64_t count;
     } record = {{sizeof record, kind}, count};
-    return WriteRecord(BytesOf(record));
+    return WriteRecord(RawBytes(record));
 }
 
 FileView::FileView(const std::wstring& path)
@@ -81,14 +81,6 @@ std::span<const uint8_t> FirstRecord(std::span<const uint8_t> bytes) noexcept {
     }
     std::memcpy(&head, bytes.data(), sizeof head);
     return head.bytes < sizeof head || head.bytes > bytes.size() ? std::span<const uint8_t>() : bytes.first(head.bytes);
-}
-
-std::wstring WideTextOf(std::span<const uint8_t> bytes) {
-    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
-    if (!text.empty()) {  // else `bytes` may be null
-        std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
-    }
-    return text;
 }
 
 Recording ReadRecording(std::span<const uint8_t> bytes) {

@@ -45,9 +45,6 @@ class FileView {
 // The record at the start of `bytes`, with its head. Empty: there is no whole one.
 std::span<const uint8_t> FirstRecord(std::span<const uint8_t> bytes) noexcept;
 
-// The text that the bytes are; an odd last byte is left out.
-std::wstring WideTextOf(std::span<const uint8_t> bytes);
-
 struct Recording {
     RecordingHead head;
     std::vector<RecordView> commands;  // in the order of their ends

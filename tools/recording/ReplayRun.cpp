@@ -6,6 +6,7 @@
 #include <cwchar>
 #include <functional>
 
+#include "Bytes.h"
 #include "Conversation.h"
 #include "RecordingFile.h"
 #include "ServicePipes.h"

@@ -1,7 +1,6 @@
 #include "ReceivedMessage.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <stdexcept>
 #include <vector>
@@ -21,8 +20,7 @@ constexpr uint8_t kBodyInFile = 0x02;
 }  // namespace
 
 std::wstring ReceivedText(std::span<const uint8_t> bytes) {
-    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
-    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
+    std::wstring text = WideTextOf(bytes);
     text.resize(std::min(text.size(), text.find(L'\0')));
     return text;
 }

@@ -5,13 +5,11 @@
 #include <span>
 #include <string>
 
+#include "Bytes.h"
+
 class CMsgSerializer;
 
 namespace wrb {
-
-inline std::span<const uint8_t> BytesOf(const std::string& message) {
-    return {reinterpret_cast<const uint8_t*>(message.data()), message.size()};
-}
 
 // UTF-16 up to the first NUL; an odd last byte is left out.
 std::wstring ReceivedText(std::span<const uint8_t> bytes);

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "Bytes.h"
 #include "CommandFilter.h"
 #include "CommandMessage.h"
 #include "Console.h"
@@ -103,10 +104,6 @@ class Recorder {
     bool Finish() { return m_file.WriteCount(RecordKind::End, m_commands); }
 
   private:
-    static std::span<const uint8_t> BytesOf(const std::string& record) {
-        return {reinterpret_cast<const uint8_t*>(record.data()), record.size()};
-    }
-
     bool Take(const RecordView& view) {
         const std::wstring message = WideTextOf(view.message);
         const CommandMessage parts = ReadCommandMessage(message);
@@ -154,11 +151,6 @@ int Follow(FeedClaim& claim, Recorder& recorder, HANDLE host, const RecordOption
     return hostRuns ? code : Fail(kExitServiceNotRunning, "the host has ended");
 }
 
-int64_t CalendarMicroseconds() {
-    using namespace std::chrono;
-    return floor<microseconds>(system_clock::now()).time_since_epoch().count();
-}
-
 int RunRecord(const RecordOptions& options) {
     const uint32_t processId = RunningProcess(kServerStopEvent);
     const KernelHandle host(processId != 0 ? OpenProcess(SYNCHRONIZE, FALSE, processId) : nullptr);
@@ -175,7 +167,7 @@ int RunRecord(const RecordOptions& options) {
     RecordingWriter file;
     RecordingHead head;
     head.isMasked = options.mask ? 1 : 0;
-    head.beginMicroseconds = CalendarMicroseconds();
+    head.beginMicroseconds = RecordingTime();
     if (!file.Create(Utf8ToWide(options.file), options.replaces, head)) {
         const DWORD error = GetLastError();
         return FailSystem(kExitFailed,

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "AnswerDiff.h"
+#include "Bytes.h"
 #include "CommandFilter.h"
 #include "Console.h"
 #include "Failure.h"

@@ -29,10 +29,6 @@ constexpr std::size_t kShownCharacters = 64;
 constexpr unsigned kMostLists = 16;
 constexpr std::chrono::seconds kListLimit{30};
 
-std::span<const uint8_t> BytesOf(const std::wstring& text) {
-    return {reinterpret_cast<const uint8_t*>(text.data()), text.size() * sizeof(wchar_t)};
-}
-
 std::wstring Shown(std::wstring_view text) {
     return std::wstring(text.substr(0, kShownCharacters));
 }

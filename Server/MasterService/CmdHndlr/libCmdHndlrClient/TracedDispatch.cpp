@@ -7,6 +7,7 @@
 #include <span>
 #include <string_view>
 
+#include "Bytes.h"
 #include "CallFacts.h"
 #include "Clock.h"
 #include "CmdProtocol.h"
@@ -46,11 +47,6 @@ void FillNames(const wchar_t* message, uint64_t bytes, TracedCommand& record) {
     Copy(uid, record.uid);
 }
 
-int64_t CalendarMicroseconds() {
-    using namespace std::chrono;
-    return floor<microseconds>(system_clock::now()).time_since_epoch().count();
-}
-
 // As the library reads it: see cmdhl_Process.
 std::span<const uint8_t> MessageBytes(const wchar_t* message, uint64_t bytes) noexcept {
     const auto size = static_cast<int32_t>(static_cast<uint32_t>(bytes));
@@ -71,7 +67,7 @@ class TracedCall {
     void Trace(TraceFeed& feed) const {
         TracedCommand record{};
         record.microseconds = Elapsed();
-        record.endMilliseconds = CalendarMicroseconds() / 1000;
+        record.endMilliseconds = RecordingTime() / 1000;
         record.answerBytes = m_facts.answerBytes;
         record.requests = m_facts.requests;
         record.hasFailed = m_facts.hasFailed ? 1 : 0;
@@ -88,8 +84,7 @@ class TracedCall {
         record.beginMicroseconds = m_begin;
         record.flags =
             flags | (m_facts.hasFailed ? kRecordedFailed : 0) | (m_facts.hasAnswered ? kRecordedAnswered : 0);
-        WriteRecord(feed, record, MessageBytes(m_message, m_bytes),
-                    {reinterpret_cast<const uint8_t*>(m_facts.answer.data()), m_facts.answer.size()});
+        WriteRecord(feed, record, MessageBytes(m_message, m_bytes), BytesOf(m_facts.answer));
     }
 
   private:
@@ -99,7 +94,7 @@ class TracedCall {
     const uint64_t m_bytes;
     CallFacts m_facts;
     const CallFactsScope m_scope{m_facts};
-    const int64_t m_begin = CalendarMicroseconds();
+    const int64_t m_begin = RecordingTime();
     const uint64_t m_start = SystemClock().MonotonicMicroseconds();
 };
 
