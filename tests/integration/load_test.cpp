@@ -12,7 +12,7 @@ namespace {
 
 constexpr unsigned kThreads = 8;
 constexpr unsigned kCommandsOfARound = 250;
-constexpr int kRounds = 4;
+constexpr std::size_t kRounds = 6;
 
 constexpr const wchar_t* kScanCommands[] = {
     L"CMDHL_GET_ALL_SCAN_CFG", L"CMDHL_GET_MS_CFG",          L"CMDHL_GET_MS_CFG_EX",  L"CMDHL_GET_SPY_MS_CFG",
@@ -50,6 +50,14 @@ void AskARound(const std::vector<Question>& questions, unsigned thread) {
     }
 }
 
+std::size_t LeastCommitted(const std::vector<ResourceUse>& use, std::size_t from) {
+    std::size_t least = use[from].committedBytes;
+    for (std::size_t i = from; i < from + kRounds / 2; ++i) {
+        least = std::min(least, use[i].committedBytes);
+    }
+    return least;
+}
+
 TEST(Load, EveryAnswerIsThatOfAQuietServerAndNothingIsLeftBehind) {
     BackEnd backEnd({L"--log-level", L"W"});
     cmdhl_Initialize(L"", L"", nullptr);
@@ -66,7 +74,7 @@ TEST(Load, EveryAnswerIsThatOfAQuietServerAndNothingIsLeftBehind) {
     std::vector<ResourceUse> use;  // after each round, while no thread has anything to do
     std::barrier rounds(kThreads, [&]() noexcept { use.push_back(CurrentResourceUse()); });
     OnThreads(kThreads, [&](unsigned thread) {
-        for (int round = 0; round < kRounds; ++round) {
+        for (std::size_t round = 0; round < kRounds; ++round) {
             AskARound(questions, thread);
             rounds.arrive_and_wait();
         }
@@ -74,13 +82,10 @@ TEST(Load, EveryAnswerIsThatOfAQuietServerAndNothingIsLeftBehind) {
     // A thread that blocks may hold a handle of the threading library meanwhile, so the counts of two rounds differ by
     // some of the threads' number: one handle lost in 750 commands is more.
     EXPECT_LE(use.back().handles, use[0].handles + kThreads);
-    // What more threads at once make once, such as a buffer, is kept. A loss of 90 bytes a command grows in every
-    // round.
-    int64_t least = INT64_MAX;
-    for (std::size_t i = 1; i < use.size(); ++i) {
-        least = std::min(least, static_cast<int64_t>(use[i].committedBytes - use[i - 1].committedBytes));
-    }
-    EXPECT_LT(least, 90 * kThreads * kCommandsOfARound);
+    // One look in six sees 1 or 2 MiB more, gone in the next. Of three looks, the least tells what is kept.
+    EXPECT_LT(LeastCommitted(use, kRounds / 2),
+              LeastCommitted(use, 0) + 90 * kThreads * kCommandsOfARound * kRounds / 2)
+        << "a command loses less than 90 bytes";
     cmdhl_Finalize();
     backEnd.Stop();
     EXPECT_EQ(backEnd.Log().find("[E]"), std::string::npos) << "no error was logged";
