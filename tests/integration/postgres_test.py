@@ -11,9 +11,11 @@ import json
 import os
 import pathlib
 import shutil
+import socket
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 
@@ -75,8 +77,25 @@ class Postgres(unittest.TestCase):
         self.assertEqual([agent["computer"] for agent in agents], ["RECEPTION-01"])
         self.assertIn("no fault found", self.expect("check", store=self.store()))
 
+    def mute_engine(self):
+        """The port of an engine that admits everybody, and answers no statement."""
+        def admit():
+            with contextlib.suppress(OSError):  # the end of the test closes the server
+                while True:
+                    session, _ = server.accept()
+                    self.addCleanup(session.close)
+                    session.recv(4096)
+                    session.sendall(b"R\0\0\0\x08\0\0\0\0" b"Z\0\0\0\x05I")
+        server = socket.create_server(("127.0.0.1", 0))
+        self.addCleanup(server.close)
+        self.addCleanup(server.shutdown, socket.SHUT_RDWR)
+        threading.Thread(target=admit, daemon=True).start()
+        return server.getsockname()[1]
+
     def test_what_is_wrong_is_said_in_the_drivers_words_without_the_password(self):
-        for store, words in ((self.store(password="wr;ng"), "password authentication failed"),
+        mute = self.store().replace(str(self.engine.port), str(self.mute_engine()))
+        for store, words in ((mute + ";SSLMode=disable;LoginTimeout=1;StatementTimeout=1", "no answer for 7 seconds"),
+                             (self.store(password="wr;ng"), "password authentication failed"),
                              (self.store(driver="No Such Driver"), "Driver"),
                              (self.store().replace(str(self.engine.port), "1"), "onnect"),
                              (self.store(), "is empty; fill it with")):

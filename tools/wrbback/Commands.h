@@ -32,7 +32,8 @@ struct ShowOptions {
     bool json = false;
 };
 
-// The store of the option; else of the variable WRB_STORE; else that of a service.
+// The store of the option; else of the variable WRB_STORE; else that of a service. Throws std::invalid_argument for one
+// that SQLite would keep in memory.
 std::string StoreOf(const std::string& option);
 
 // The store of the key BackEndStore in Private\\wrbserver.ini, whose relative file lies in the home folder; else
@@ -51,6 +52,10 @@ int ShowAgents(const std::string& store, const std::string& filter, bool json);
 int Export(const std::string& store);
 int Backup(const std::string& store, const std::string& file);
 int Check(const std::string& store);
+
+// Throws std::invalid_argument when SQLite would take the name for a database in memory, which ends with the program,
+// or would cut it.
+void RequireFileName(const std::wstring& name);
 
 // Prints "wrbback: TEXT" to the standard error and returns the code.
 int Fail(const std::string& text, int code);

@@ -114,13 +114,19 @@ int Export(const std::string& store) {
 
 int Backup(const std::string& store, const std::string& file) {
     const std::wstring copy = Utf8ToWide(file);
+    RequireFileName(copy);
     if (GetFileAttributesW(copy.c_str()) != INVALID_FILE_ATTRIBUTES) {
         return Fail(file + ": exists already", kExitFailed);
     }
     return WithStore(store, [&](SqlDb& db) {
-        db.BackUp(copy);
-        SqlDb(copy).Execute(DialectOf(SqlEngine::Sqlite).prepareFile);
-        return kExitOk;
+        try {
+            db.BackUp(copy);
+            SqlDb(copy).Execute(DialectOf(SqlEngine::Sqlite).prepareFile);
+            return kExitOk;
+        } catch (const SqlError&) {
+            DeleteFileW(copy.c_str());  // nobody takes the part for a copy
+            throw;
+        }
     });
 }
 

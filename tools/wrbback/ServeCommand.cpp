@@ -146,8 +146,11 @@ int RunServices(const ServeOptions& options, const LogSettings& settings, const 
 }
 
 // An older store is brought forward before anybody uses it.
-void Migrate(const ServeOptions& options, const Stage& stage) {
+void Migrate(const ServeOptions& options, ConsoleQueue& console, const Stage& stage) {
     const std::wstring address = Utf8ToWide(options.database);
+    if (const SqlAddress store = ParseSqlAddress(address); store.isOdbc) {
+        console.Out("connecting to " + store.name);
+    }
     if (const auto migration = MigrateStore(address)) {
         stage.Tell(WRB_EVENT_STORE_MIGRATED, {Utf8ToWide(ParseSqlAddress(address).name),
                                               std::to_wstring(migration->from), std::to_wstring(migration->to)});
@@ -179,7 +182,7 @@ int Serve(const ServeOptions& options, ConsoleQueue& console, const Stage& stage
         if (const std::string wrong = SettleFaults(options, faults, console); !wrong.empty()) {
             return stage.Refuse(StartFault::System, wrong, kExitFailed);
         }
-        Migrate(options, stage);
+        Migrate(options, console, stage);
         return RunServices(options, settings, stop, faults ? &*faults : nullptr, console, stage);
     } catch (const std::invalid_argument& error) {
         return stage.Refuse(StartFault::Settings, error.what(), kExitUsage);

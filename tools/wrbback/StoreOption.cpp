@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <stdexcept>
 #include <system_error>
 
 #include "Commands.h"
@@ -47,9 +48,19 @@ std::wstring ConfiguredStore() {
 
 }  // namespace
 
+void RequireFileName(const std::wstring& name) {
+    if (name.empty() || name.starts_with(L':') || name.find(L'"') != std::wstring::npos) {
+        throw std::invalid_argument("'" + WideToUtf8(name) + "' is no name of a file");
+    }
+}
+
 std::string StoreOf(const std::string& option) {
     const std::string named = option.empty() ? WideToUtf8(EnvironmentStore()) : option;
-    return named.empty() ? StoreOfService() : named;
+    const std::string store = named.empty() ? StoreOfService() : named;
+    if (const SqlAddress address = ParseSqlAddress(Utf8ToWide(store)); !address.isOdbc) {
+        RequireFileName(address.target);
+    }
+    return store;
 }
 
 std::string StoreOfService() {

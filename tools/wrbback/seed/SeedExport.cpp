@@ -1,6 +1,10 @@
 #include "SeedStore.h"
 
+#include <iterator>
+#include <string>
+
 #include "AgentColumns.h"
+#include "Bundles.h"
 #include "SqlDb.h"
 
 namespace wrb {
@@ -79,6 +83,11 @@ SeedData ReadSeed(SqlDb& db) {
     }
     for (SqlStatement read = db.Use("SELECT enabled FROM service_switch ORDER BY position"); read.Step();) {
         seed.serviceSwitches->push_back(read.Number(0) != 0);
+    }
+    if (seed.serviceSwitches->size() != std::size(kServiceSwitchRows)) {
+        throw SqlError(SqlFailure::Damaged, "the table service_switch has " +
+                                                std::to_string(seed.serviceSwitches->size()) + " rows, not " +
+                                                std::to_string(std::size(kServiceSwitchRows)));
     }
     return seed;
 }

@@ -46,7 +46,7 @@ constexpr Dialect kPostgreSql = {
     .application = "SELECT max(application) FROM wrb_store",
     .version = "SELECT max(version) FROM wrb_store",
     .writeVersion = "UPDATE wrb_store SET version = ",
-    .check = "SELECT 'ok'",
+    .check = nullptr,
 };
 
 constexpr Dialect kSqlServer = {

@@ -25,7 +25,7 @@ struct Dialect {
     const char* application;   // kStoreApplicationId is there
     const char* version;       // and kStoreVersion there
     const char* writeVersion;  // the number follows
-    const char* check;         // one text, "ok" when the files of the database are whole
+    const char* check;  // one text, "ok" when the files of the database are whole. Null: the engine looks after them
 };
 
 const Dialect& DialectOf(SqlEngine engine);

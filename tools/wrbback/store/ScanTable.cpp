@@ -1,5 +1,7 @@
 #include "ScanTable.h"
 
+#include <string>
+
 #include "SqlDb.h"
 
 namespace wrb {
@@ -119,7 +121,11 @@ std::optional<AgentScans> ReadScans(SqlDb& db, const std::wstring& uid) {
         if (!agent->scans) {
             agent->scans.emplace();
         }
-        StoredScan& scan = agent->scans->at(static_cast<std::size_t>(read.Number(0)));
+        const auto type = static_cast<std::size_t>(read.Number(0));
+        if (type >= agent->scans->size()) {
+            throw SqlError(SqlFailure::Damaged, "the table scan has a row of type " + std::to_string(read.Number(0)));
+        }
+        StoredScan& scan = (*agent->scans)[type];
         int column = 1;
         scan.spywareFlags = static_cast<uint32_t>(read.Number(column++));
         for (const NumberColumn& number : kNumberColumns) {

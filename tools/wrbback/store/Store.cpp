@@ -1,9 +1,13 @@
 #include "Store.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <filesystem>
+#include <future>
 #include <set>
 #include <system_error>
+#include <thread>
 
 #include "BundleTables.h"
 #include "Dialect.h"
@@ -20,6 +24,11 @@ namespace {
 
 // For a database that is not there, or is empty.
 enum class Missing : uint8_t { kRefused, kMade };
+
+struct OpenedStore {
+    std::unique_ptr<SqlDb> db;
+    std::optional<StoreMigration> migration;
+};
 
 // What SQLite says about a file that it cannot use is short; these cases come up most, so they get a sentence.
 [[noreturn]] void Explain(const SqlError& error, const std::wstring& address) {
@@ -105,8 +114,7 @@ void AddBundleTables(SqlDb& db, const std::set<std::wstring>& present) {
     }
 }
 
-std::unique_ptr<SqlDb> Open(const std::wstring& address, Missing missing,
-                            std::optional<StoreMigration>* migration = nullptr) {
+OpenedStore OpenHere(const std::wstring& address, Missing missing) {
     try {
         const SqlAddress parsed = ParseSqlAddress(address);
         std::error_code ignored;
@@ -127,39 +135,67 @@ std::unique_ptr<SqlDb> Open(const std::wstring& address, Missing missing,
         }
         if (tables.empty()) {
             CreateTables(*db);
-            return db;
+            return {std::move(db), std::nullopt};
         }
+        std::optional<StoreMigration> migration;
         if (const int64_t version = VersionOf(*db, address); version != kStoreVersion) {
             Migrate(*db);
-            if (migration != nullptr) {
-                *migration = {version, kStoreVersion};
-            }
+            migration = {version, kStoreVersion};
         }
         AddBundleTables(*db, tables);
-        return db;
+        return {std::move(db), migration};
     } catch (const SqlError& error) {
         Explain(error, address);
     }
 }
 
+// An engine that hangs holds the thread that waits for it. The thread is given up, and ends when the engine goes on.
+OpenedStore OpenOnThread(const std::wstring& address, Missing missing, std::chrono::seconds limit) {
+    constexpr unsigned kMostThreads = 128;  // one for each connection, and as many again that are given up
+    static std::atomic<unsigned> threads = 0;
+    if (threads >= kMostThreads) {
+        Refuse(SqlFailure::CannotOpen, address, "too many connections wait for an answer");
+    }
+    std::packaged_task<OpenedStore()> open([address, missing] { return OpenHere(address, missing); });
+    std::future<OpenedStore> opened = open.get_future();
+    std::thread([open = std::move(open)]() mutable {
+        ++threads;
+        open();
+        --threads;
+    }).detach();
+    if (opened.wait_for(limit) == std::future_status::timeout) {
+        Refuse(SqlFailure::CannotOpen, address, "no answer for " + std::to_string(limit.count()) + " seconds");
+    }
+    return opened.get();
+}
+
+OpenedStore Open(const std::wstring& address, Missing missing) {
+    constexpr unsigned kMoreSeconds = 5;  // in which an engine that works ends the statement itself
+    const SqlAddress parsed = ParseSqlAddress(address);
+    const std::chrono::seconds limit(parsed.loginSeconds + parsed.statementSeconds + kMoreSeconds);
+    return parsed.isOdbc ? OpenOnThread(address, missing, limit) : OpenHere(address, missing);
+}
+
 }  // namespace
 
 std::unique_ptr<SqlDb> OpenStore(const std::wstring& address) {
-    return Open(address, Missing::kRefused);
+    return Open(address, Missing::kRefused).db;
 }
 std::unique_ptr<SqlDb> CreateStore(const std::wstring& address) {
-    return Open(address, Missing::kMade);
+    return Open(address, Missing::kMade).db;
 }
 
 std::optional<StoreMigration> MigrateStore(const std::wstring& address) {
-    std::optional<StoreMigration> migration;
-    Open(address, Missing::kRefused, &migration);
-    return migration;
+    return Open(address, Missing::kRefused).migration;
 }
 
 void VerifyStore(SqlDb& db, const std::wstring& address) {
+    const char* const sql = DialectOf(db.Engine()).check;
+    if (sql == nullptr) {
+        return;
+    }
     try {
-        SqlStatement check = db.Use(DialectOf(db.Engine()).check);
+        SqlStatement check = db.Use(sql);
         if (check.Step() && check.Text(0) != L"ok") {
             Refuse(SqlFailure::Damaged, address, "is damaged: " + WideToUtf8(check.Text(0)));
         }

@@ -319,6 +319,23 @@ TEST(Seed, ExportIsTheInverse) {
     EXPECT_EQ(WriteSeed(ParseSeed(text)), text);
 }
 
+TEST(Seed, ADamagedStoreIsNotExported) {
+    for (const auto& [damage, words] :
+         {std::pair("PRAGMA ignore_check_constraints = ON; INSERT INTO agent (uid) VALUES "
+                    "('u'); INSERT INTO scan (uid, type) VALUES ('u', 99)",
+                    "the table scan has a row of type 99"),
+          std::pair("DELETE FROM service_switch WHERE position = 4", "the table service_switch has 10 rows, not 11")}) {
+        const auto db = CreateStore(L":memory:");
+        db->Execute(damage);
+        try {
+            ReadSeed(*db);
+            ADD_FAILURE() << damage;
+        } catch (const SqlError& error) {
+            EXPECT_STREQ(error.what(), words);
+        }
+    }
+}
+
 TEST(Seed, ScanKeysSetTheBitsOfTheirOwnSection) {
     const SeedData seed = ParseSeed("\xEF\xBB\xBF" + Agent(R"("scan": {
         "manual": {"Flags": 0, "IntelliScan": true, "ScanSpeed": 2, "OleLayer": -1, "MoveDir": "\\m",
