@@ -5,19 +5,25 @@
 #include <sddl.h>
 
 #include <cstdio>
-#include <stdexcept>
 #include <string>
+#include <system_error>
 
 namespace {
 
 const std::wstring kPipes = L"\\\\.\\pipe\\";
 const std::wstring kHostPipe = L"Calloway Systems WRBY Command Handler Manager";
 
+// With what the system says about its last error.
+[[noreturn]] void Fail(const char* what) {
+    const auto error = static_cast<int>(GetLastError());
+    throw std::system_error(error, std::system_category(), what);
+}
+
 class Handle {
   public:
-    Handle(HANDLE handle, const char* what) : m_handle(handle) {
+    Handle(HANDLE handle, const char* failure) : m_handle(handle) {
         if (handle == INVALID_HANDLE_VALUE) {
-            throw std::runtime_error(std::string("cannot open ") + what + ", error " + std::to_string(GetLastError()));
+            Fail(failure);
         }
     }
     ~Handle() { CloseHandle(m_handle); }
@@ -37,7 +43,7 @@ class ReplyAccess {
         if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(L"D:(A;;FA;;;OW)(A;;FA;;;SY)(A;;FA;;;BA)(A;;FW;;;LS)",
                                                                   SDDL_REVISION_1, &m_attributes.lpSecurityDescriptor,
                                                                   nullptr)) {
-            throw std::runtime_error("no access list for the reply pipe");
+            Fail("no access list for the reply pipe");
         }
     }
     ~ReplyAccess() { LocalFree(m_attributes.lpSecurityDescriptor); }
@@ -53,11 +59,11 @@ class ReplyAccess {
 void SendToHost(const std::wstring& message) {
     const Handle pipe(CreateFileW((kPipes + kHostPipe).c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                   SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr),
-                      "the host's pipe");
+                      "cannot open the host's pipe");
     const auto bytes = static_cast<DWORD>(message.size() * sizeof(wchar_t));
     DWORD written = 0;
     if (!WriteFile(pipe.Get(), message.data(), bytes, &written, nullptr) || written != bytes) {
-        throw std::runtime_error("the host does not take the message");
+        Fail("the host does not take the message");
     }
 }
 
@@ -67,7 +73,7 @@ std::wstring ReadAnswer(HANDLE pipe) {
     wchar_t piece[8192];
     DWORD bytes = 0;
     if (!ConnectNamedPipe(pipe, nullptr) && GetLastError() != ERROR_PIPE_CONNECTED) {
-        throw std::runtime_error("nobody answers");
+        Fail("nobody answers");
     }
     while (ReadFile(pipe, piece, sizeof piece, &bytes, nullptr) || GetLastError() == ERROR_MORE_DATA) {
         answer.append(piece, bytes / sizeof(wchar_t));
@@ -84,7 +90,7 @@ int wmain(int count, wchar_t** arguments) {
         const Handle reply(CreateNamedPipeW((kPipes + name).c_str(), PIPE_ACCESS_INBOUND,
                                             PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_REJECT_REMOTE_CLIENTS, 1,
                                             0, 65536, 0, access.Get()),
-                           "the reply pipe");
+                           "cannot make the reply pipe");
         SendToHost(L"CMDHL_GET_MS_CFG\t" + name + L"\t" + (count > 1 ? arguments[1] : L""));
         std::wprintf(L"%ls", ReadAnswer(reply.Get()).c_str());
         return 0;

@@ -24,6 +24,14 @@ static DWORD WINAPI ReadAnswer(void* pipe) {
     return 0;
 }
 
+/* With what the system says about its last error. */
+static void Complain(const wchar_t* what) {
+    wchar_t text[512] = L"";
+    FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, NULL, GetLastError(), 0, text, 512,
+                   NULL);
+    fwprintf(stderr, L"%ls: %ls\n", what, text);
+}
+
 int wmain(int count, wchar_t** arguments) {
     wchar_t message[256];
     /* Command, reply pipe, fields: TAB between them. */
@@ -34,7 +42,7 @@ int wmain(int count, wchar_t** arguments) {
                          PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_REJECT_REMOTE_CLIENTS, 1, 0, 65536, 0, NULL);
     const HANDLE reader = pipe != INVALID_HANDLE_VALUE ? CreateThread(NULL, 0, ReadAnswer, pipe, 0, NULL) : NULL;
     if (reader == NULL || characters < 0) {
-        fwprintf(stderr, L"cannot make the reply pipe, error %lu\n", GetLastError());
+        Complain(L"cannot make the reply pipe");
         return 1;
     }
     cmdhl_Initialize(L"", L"", NULL); /* false is no failure */

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "PipePath.h"
+#include "SystemText.h"
 
 namespace wrb::soak {
 namespace {
@@ -24,7 +25,7 @@ HungPipe::HungPipe(const wchar_t* name) {
                                          PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, kInstances, kPipePieceBytes,
                                          kPipePieceBytes, 0, nullptr));
         if (!pipe) {
-            throw std::runtime_error("a pipe's name is taken, error " + std::to_string(GetLastError()));
+            throw std::runtime_error("a pipe's name is taken: " + SystemText(GetLastError()));
         }
         m_instances.push_back(std::move(pipe));
     }

@@ -10,6 +10,7 @@
 #include "DebugLog.h"
 #include "Handle.h"
 #include "IgnoringCase.h"
+#include "SystemText.h"
 #include "Text.h"
 
 namespace wrb {
@@ -68,7 +69,7 @@ std::wstring UploadFolder::Store(std::string_view bytes, const wchar_t* function
         error = WriteNewFile(path, bytes, function);
     }
     if (error != ERROR_SUCCESS) {
-        WRB_LOG(kLogError, L"%s - Fail to store an upload, error = [%ld]", function, static_cast<long>(error));
+        WRB_LOG(kLogError, L"%s - Fail to store an upload: %s", function, WideSystemText(error).c_str());
         path.clear();
     }
     return path;

@@ -8,6 +8,7 @@
 #include "HomeFolder.h"
 #include "MailFolder.h"
 #include "MailText.h"
+#include "SystemText.h"
 #include "Text.h"
 
 namespace wrb {
@@ -73,7 +74,8 @@ void AlertNotifier::Notify(const AlertState& state, const AlertLimits& limits, c
         const AlertEvent event{std::to_wstring(limits.windowSeconds),
                                Join(L", ", reached, [&](std::size_t i) { return Sum(state, limits, i); }), timeStamp};
         if (const uint32_t error = m_writeEvent(event); error != 0) {
-            WRB_LOG(kLogError, L"%s - cannot write the event of a firewall alert, err=%d", m_caller, error);
+            WRB_LOG(kLogError, L"%s - cannot write the event of a firewall alert: %s", m_caller,
+                    WideSystemText(error).c_str());
         }
     }
     if (m_settings.SendsMail()) {
@@ -110,7 +112,8 @@ void AlertNotifier::StoreMail(const AlertState& state, const AlertLimits& limits
                         L".\n\nThe next mail about the same threshold comes when as many seconds have passed, at the "
                         L"earliest.\n"};
     if (const uint32_t error = MailFolder(HomeFolder()).Store(name, MailText(mail)); error != 0) {
-        WRB_LOG(kLogError, L"%s - cannot store the mail of a firewall alert, err=%d", m_caller, error);
+        WRB_LOG(kLogError, L"%s - cannot store the mail of a firewall alert: %s", m_caller,
+                WideSystemText(error).c_str());
     }
 }
 

@@ -239,7 +239,7 @@ uint32_t CINICache::ReadInTurn(Table<Value> CINICache::*table, std::string_view 
     }
     if (isDue) {
         WRB_LOG(kLogWarning, L"CINICache - cannot read %S, earlier values stay in force: %s", path.c_str(),
-                wrb::Utf8ToWide(wrb::SystemText(error)).c_str());
+                wrb::WideSystemText(error).c_str());
     }
     return result;
 }

@@ -1,11 +1,10 @@
 #include "CryptoFailure.h"
 
-#include <cstdio>
+#include <string>
 
 #include "OSException.h"
+#include "SystemText.h"
 
 void wrb::ThrowCryptoFailure(uint32_t code, const char* call) {
-    char text[80];
-    std::snprintf(text, sizeof text, "%s failed, status=0x%08x", call, static_cast<unsigned>(code));
-    throw OS::CException(code, text);
+    throw OS::CException(code, std::string(call) + " failed: " + SystemText(code));
 }

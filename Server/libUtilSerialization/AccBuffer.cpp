@@ -8,6 +8,7 @@
 #include "DebugLog.h"
 #include "IPCMsgBufferException.h"
 #include "SpillFile.h"
+#include "SystemText.h"
 
 CAccBuffer::CAccBuffer(uint32_t increment) noexcept : m_increment(increment == 0 ? kDefaultIncrement : increment) {}
 
@@ -69,9 +70,9 @@ bool CAccBuffer::CreateFileModeFile() {
     m_spill = wrb::SpillFile::Create();
     m_spillFailed = !m_spill;
     if (!m_spill) {
-        const auto error = static_cast<int>(GetLastError());
-        WRB_LOG(kLogError, L"%s - [File mode] No temporary file, the message stays in memory. err = %d",
-                L"CAccBuffer::CreateFileModeFile", error);
+        const DWORD error = GetLastError();
+        WRB_LOG(kLogError, L"%s - [File mode] No temporary file, the message stays in memory: %s",
+                L"CAccBuffer::CreateFileModeFile", wrb::WideSystemText(error).c_str());
         return false;
     }
     WRB_LOG(kLogDebug, L"%s - [File mode] File = %s", L"CAccBuffer::CreateFileModeFile", m_spill->Path().c_str());

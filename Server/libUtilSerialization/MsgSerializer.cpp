@@ -10,6 +10,7 @@
 #include "ResultFile.h"
 #include "SpillDirectory.h"
 #include "SpillFile.h"
+#include "SystemText.h"
 
 std::wstring wrb::MakeMessageId(const std::wstring& name, uint32_t tickCount, uint32_t processId, uint32_t threadId) {
     const auto text = [](uint32_t number) { return std::to_wstring(static_cast<int32_t>(number)); };
@@ -61,8 +62,9 @@ bool CMsgSerializer::Finalize() {
     const std::unique_ptr<wrb::SpillFile> file = std::move(m_spill);
     if (!file->OpenToReceivers()) {
         // A receiver under the same account still gets it.
-        WRB_LOG(kLogWarning, L"%s - [File mode] Failed to set the access of %s. err = %d", L"CMsgSerializer::Finalize",
-                file->Path().c_str(), static_cast<int>(GetLastError()));
+        const DWORD error = GetLastError();
+        WRB_LOG(kLogWarning, L"%s - [File mode] Failed to set the access of %s: %s", L"CMsgSerializer::Finalize",
+                file->Path().c_str(), wrb::WideSystemText(error).c_str());
     }
     Reset();
     Buffer() << file->Path();

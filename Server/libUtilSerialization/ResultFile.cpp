@@ -5,6 +5,7 @@
 #include "CancelAfter.h"
 #include "DebugLog.h"
 #include "SpillDirectory.h"
+#include "SystemText.h"
 #include "Text.h"
 
 namespace wrb {
@@ -45,7 +46,9 @@ bool ResultFile::OpenFor(DWORD access) {
     m_file.Reset(CreateFileW(m_path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
                              FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
     if (!m_file) {
-        WRB_LOG(kLogError, L"%s - [File mode] Failed to open %s. err = %d", kReader, m_path.c_str(), GetLastError());
+        const DWORD error = GetLastError();
+        WRB_LOG(kLogError, L"%s - [File mode] Failed to open %s: %s", kReader, m_path.c_str(),
+                WideSystemText(error).c_str());
         return false;
     }
     return TakeSize();
@@ -75,7 +78,9 @@ Block ResultFile::Read() {
     DWORD read = 0;
     if (!block || !::ReadFile(m_file.Get(), block.get(), static_cast<DWORD>(m_size), &read, nullptr) ||
         read != m_size) {
-        WRB_LOG(kLogError, L"%s - [File mode] Failed to read %s. err = %d", kReader, m_path.c_str(), GetLastError());
+        const DWORD error = GetLastError();
+        WRB_LOG(kLogError, L"%s - [File mode] Failed to read %s: %s", kReader, m_path.c_str(),
+                WideSystemText(error).c_str());
         return nullptr;
     }
     m_file.Reset();

@@ -140,7 +140,7 @@ std::wstring LeaveDump(const Recorder& recorder) {
     DeleteOldDumps(recorder.folder);
     const std::wstring path = DumpPath(recorder);
     const DWORD error = RunWriter(recorder.fault, path);
-    return error == ERROR_SUCCESS ? path : L"none, " + Utf8ToWide(SystemText(error));
+    return error == ERROR_SUCCESS ? path : L"none, " + WideSystemText(error);
 }
 
 void Record(Recorder& recorder) noexcept {

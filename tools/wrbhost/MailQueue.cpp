@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "DebugLog.h"
+#include "SystemText.h"
 
 namespace wrb {
 namespace {
@@ -40,7 +41,8 @@ void MailQueue::Try(const std::wstring& file, Attempts& attempts, const std::fun
     }
     if (const uint32_t error = m_folder.Delete(file); error != 0) {
         attempts.nextSecond = m_clock.MonotonicSeconds() + kRetrySeconds[0];
-        WRB_LOG(kLogWarning, L"%s - the mail %s is sent and cannot be deleted, err=%d", kModule, file.c_str(), error);
+        WRB_LOG(kLogWarning, L"%s - the mail %s is sent and cannot be deleted: %s", kModule, file.c_str(),
+                WideSystemText(error).c_str());
     }
 }
 
@@ -54,8 +56,9 @@ void MailQueue::NoteFailure(const std::wstring& file, Attempts& attempts, const 
         return;
     }
     const uint32_t error = m_folder.MarkFailed(file);
-    WRB_LOG(kLogError, L"%s - the mail %s is given up after %d attempts, renamed with err=%d: %S", kModule,
-            file.c_str(), static_cast<int>(attempts.failed), error, reason.c_str());
+    const std::wstring kept = error == 0 ? L"" : L", and cannot be renamed: " + WideSystemText(error);
+    WRB_LOG(kLogError, L"%s - the mail %s is given up after %d attempts: %S%s", kModule, file.c_str(),
+            static_cast<int>(attempts.failed), reason.c_str(), kept.c_str());
 }
 
 }  // namespace wrb

@@ -4,6 +4,7 @@
 
 #include "CalendarTime.h"
 #include "DebugLog.h"
+#include "SystemText.h"
 #include "Text.h"
 
 using wrb::DbName;
@@ -71,7 +72,8 @@ bool dbSetSpecialLogA(const wchar_t* uid, uint32_t logType, const char* text, ui
         std::wstring wide(static_cast<std::size_t>(count), L'\0');
         if (count == 0 || MultiByteToWideChar(codePage, 0, bytes, -1, wide.data(), count) == 0) {
             const DWORD error = GetLastError();
-            WRB_LOG(kLogError, L"%s - cannot convert from code page %u, err=%d", L"dbSetSpecialLogA", codePage, error);
+            WRB_LOG(kLogError, L"%s - cannot convert from code page %u: %s", L"dbSetSpecialLogA", codePage,
+                    wrb::WideSystemText(error).c_str());
             return false;
         }
         return dbSetSpecialLogW(uid, logType, wide.c_str());

@@ -6,6 +6,7 @@
 #include "NamedMutex.h"
 #include "OSException.h"
 #include "PerfMonMgr.h"
+#include "SystemText.h"
 #include "UnbookedCalls.h"
 
 namespace wrb {
@@ -78,8 +79,8 @@ void CounterCall::ReportUndelivered(const Undelivered& lost) noexcept {
 void StartCounters() {
     if (!CWrbyPerfMonMgr::Initialize()) {
         const DWORD error = GetLastError();
-        WRB_LOG(kLogWarning, L"%s - The call counters cannot be attached, calls go uncounted. err=%d",
-                L"cmdhl_Initialize", error);
+        WRB_LOG(kLogWarning, L"%s - The call counters cannot be attached, calls go uncounted: %s", L"cmdhl_Initialize",
+                WideSystemText(error).c_str());
     }
     Manager();
 }

@@ -345,7 +345,7 @@ bool DbServer::Reply(const std::wstring& replyPipe, std::span<const uint8_t> ans
     if (error != 0) {
         ++m_failed;
         m_options.note(FormatWide(L"database server: the answer to %s could not be delivered: %s",
-                                  Shown(replyPipe).c_str(), Utf8ToWide(SystemText(error)).c_str()));
+                                  Shown(replyPipe).c_str(), WideSystemText(error).c_str()));
     }
     return error == 0;
 }

@@ -147,8 +147,7 @@ void LogServer::TellLost(uint64_t lines) {
     if (lines != 0) {
         const DWORD error = m_lossReason;
         m_note(FormatWide(L"log service: %llu lines are lost, ", static_cast<unsigned long long>(lines)) +
-               (error == 0 ? L"the disk is short of space"
-                           : L"the file cannot be written: " + Utf8ToWide(SystemText(error))));
+               (error == 0 ? L"the disk is short of space" : L"the file cannot be written: " + WideSystemText(error)));
     }
 }
 

@@ -13,6 +13,7 @@
 #include "INICache.h"
 #include "OwnModule.h"
 #include "SRWLock.h"
+#include "SystemText.h"
 #include "Text.h"
 #include "UploadFile.h"
 
@@ -50,13 +51,15 @@ bool CheckSignature(const std::wstring& path, const FileHandle& file, DWORD erro
     }
     const auto result = static_cast<unsigned>(file ? VerifyFileSignature(file.Get(), path) : error);
     if (result != ERROR_SUCCESS) {
-        WRB_LOG(kLogError, L"%s - no trusted signature of %s, result=0x%08x", L"ExtractPackage", path.c_str(), result);
+        WRB_LOG(kLogError, L"%s - no trusted signature of %s: %s", L"ExtractPackage", path.c_str(),
+                WideSystemText(result).c_str());
     }
     return result == ERROR_SUCCESS;
 }
 
 void LogUnbound(const std::wstring& path, DWORD error) {
-    WRB_LOG(kLogError, L"%s - cannot bind fpkExtract of %s, err=%d", L"ExtractPackage", path.c_str(), error);
+    WRB_LOG(kLogError, L"%s - cannot bind fpkExtract of %s: %s", L"ExtractPackage", path.c_str(),
+            WideSystemText(error).c_str());
 }
 
 // Loads by a full path, and the library's own dependencies from its folder and the system's only: never from the

@@ -12,6 +12,7 @@
 #include "INICache.h"
 #include "IniValues.h"
 #include "OwnModule.h"
+#include "SystemText.h"
 #include "Text.h"
 
 namespace wrb {
@@ -23,7 +24,7 @@ std::wstring DnsHostName() {
     auto length = static_cast<DWORD>(std::size(name));
     if (!GetComputerNameExW(ComputerNameDnsHostname, name, &length)) {
         const DWORD error = GetLastError();
-        WRB_LOG(kLogError, L"%s - no host name, err=%d", L"cmdhl_GetServerName", error);
+        WRB_LOG(kLogError, L"%s - no host name: %s", L"cmdhl_GetServerName", WideSystemText(error).c_str());
         return {};
     }
     return name;

@@ -114,8 +114,7 @@ bool SpywareLogWalk::RecordLog(const std::wstring& path) {
         ReadNames(path);
     });
     if (error != ERROR_SUCCESS) {
-        WRB_LOG(kLogWarning, L"%s - cannot read %s: %s", kFunction, path.c_str(),
-                wrb::Utf8ToWide(wrb::SystemText(error)).c_str());
+        WRB_LOG(kLogWarning, L"%s - cannot read %s: %s", kFunction, path.c_str(), wrb::WideSystemText(error).c_str());
         ++m_lost;
         return error != ERROR_OPERATION_ABORTED;
     }

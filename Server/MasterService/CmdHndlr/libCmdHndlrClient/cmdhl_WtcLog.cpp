@@ -19,6 +19,7 @@
 #include "HomeFolder.h"
 #include "INICache.h"
 #include "NamedMutex.h"
+#include "SystemText.h"
 #include "Text.h"
 
 namespace {
@@ -153,7 +154,8 @@ wrb::WtcAppend cmdhl_AppendWtcRecord(const wchar_t* entryName, const wchar_t* gu
     const std::wstring path = WtcLogPath(home);
     const wrb::CancelAfter limit(kFileMilliseconds);
     if (DWORD error = 0; !MakeRoom(path, error) || !AppendToFile(path, record, error)) {
-        WRB_LOG(kLogError, L"%s - cannot append to %s, err=%d", kFunction, path.c_str(), error);
+        WRB_LOG(kLogError, L"%s - cannot append to %s: %s", kFunction, path.c_str(),
+                wrb::WideSystemText(error).c_str());
         return WtcAppend::Lost;
     }
     return WtcAppend::Done;

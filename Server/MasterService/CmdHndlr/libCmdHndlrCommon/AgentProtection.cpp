@@ -6,6 +6,7 @@
 #include "DebugLog.h"
 #include "INICache.h"
 #include "OSException.h"
+#include "Text.h"
 
 namespace wrb {
 namespace {
@@ -58,7 +59,7 @@ std::wstring AgentProtection::Protect(std::wstring_view text) {
         }
     } catch (const OS::CException& error) {
         m_failed = true;
-        WRB_LOG(kLogError, L"%s - cannot protect the addresses: %S", m_caller, error.what());
+        WRB_LOG(kLogError, L"%s - cannot protect the addresses: %s", m_caller, Utf8ToWide(error.what()).c_str());
     }
     return {};
 }

@@ -14,6 +14,7 @@
 #include "HomeFolder.h"
 #include "INICache.h"
 #include "OSException.h"
+#include "SystemText.h"
 #include "Text.h"
 
 namespace {
@@ -53,8 +54,8 @@ bool ReadMessageFile(std::wstring& output, const std::wstring& home, const wchar
         ReadFile(file.Get(), text, kBytesUsed, &bytesRead, nullptr);
     } else if (const DWORD error = GetLastError(); error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND) {
         // A missing file is an empty message without a line: the administrator may remove a text.
-        WRB_LOG(kLogWarning, L"%s - cannot open %s, the text is empty, err=%d", L"cmdhm_GetClnAlertMsgIni", path,
-                error);
+        WRB_LOG(kLogWarning, L"%s - cannot open %s, the text is empty: %s", L"cmdhm_GetClnAlertMsgIni", path,
+                wrb::WideSystemText(error).c_str());
     }
     AppendWithLineFeeds(output, text);
     return true;
@@ -83,7 +84,7 @@ std::size_t AppendEncoded(std::wstring& output, std::wstring_view message) {
     try {
         wrb::AppendBase64(output, {reinterpret_cast<const uint8_t*>(plain.data()), plain.size() * sizeof(wchar_t)});
     } catch (const OS::CException& error) {
-        WRB_LOG(kLogError, L"%s - cannot encode, err=%d", L"cmdhm_GetClnAlertMsg", error.GetCode());
+        WRB_LOG(kLogError, L"%s - cannot encode: %s", L"cmdhm_GetClnAlertMsg", wrb::Utf8ToWide(error.what()).c_str());
     }
     return output.size() - start;
 }

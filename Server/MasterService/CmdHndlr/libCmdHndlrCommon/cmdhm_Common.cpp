@@ -12,6 +12,7 @@
 #include "KeyedSettings.h"
 #include "LegacyText.h"
 #include "OSException.h"
+#include "Text.h"
 
 namespace wrb {
 namespace {
@@ -105,7 +106,8 @@ bool GetCriticalSetting(std::wstring& out, const wchar_t* uid) {
     try {
         HidePasswords(settings);
     } catch (const OS::CException& error) {
-        WRB_LOG(kLogError, L"%s - cannot encode the passwords: %S", L"GetCriticalSetting", error.what());
+        WRB_LOG(kLogError, L"%s - cannot encode the passwords: %s", L"GetCriticalSetting",
+                Utf8ToWide(error.what()).c_str());
         return false;
     }
     settings.ExportToIni(out);

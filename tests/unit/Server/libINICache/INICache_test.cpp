@@ -173,7 +173,7 @@ TEST(INICacheFile, AFileThatIsHeldTakesNoValueAway) {
         return held;
     };
     const std::wstring warning = L"CINICache - cannot read " + path + L", earlier values stay in force: " +
-                                 wrb::Utf8ToWide(wrb::SystemText(ERROR_SHARING_VIOLATION));
+                                 wrb::WideSystemText(ERROR_SHARING_VIOLATION);
     wrb::test::WriteAll(path, "[S]\r\nk=1\r\n");
     cache.init(path.c_str(), 6);
     EXPECT_EQ(read("k", 0), 1u);

@@ -10,14 +10,19 @@
 #include "Handle.h"
 #include "INICache.h"
 #include "PackageLibrary.h"
+#include "SystemText.h"
 #include "TempFolder.h"
 
 namespace {
 
+std::wstring Tail(uint32_t error) {
+    return L"\\WrbPfwCommon_64x.dll: " + wrb::WideSystemText(error);
+}
+
 #ifdef WRB_TEST_REQUIRES_SIGNATURE
 constexpr char kRequires[] = "1";
 constexpr wchar_t kHead[] = L"ExtractPackage - no trusted signature of ";
-constexpr wchar_t kTail[] = L"\\WrbPfwCommon_64x.dll, result=0x800b0100";
+constexpr uint32_t kError = 0x800B0100;  // TRUST_E_NOSIGNATURE
 
 // Before the library is bound. The test that follows tries it again.
 TEST(HeldPackageLibrary, IsTriedAgainAfterAWhile) {
@@ -27,12 +32,12 @@ TEST(HeldPackageLibrary, IsTriedAgainAfterAWhile) {
     EXPECT_FALSE(wrb::ExtractPackage(INVALID_HANDLE_VALUE, L"C:\\", nullptr, nullptr));
     const auto lines = TakeCapturedTexts();
     ASSERT_EQ(lines.size(), 1u);
-    EXPECT_TRUE(lines[0].ends_with(L"\\WrbPfwCommon_64x.dll, err=32"));
+    EXPECT_TRUE(lines[0].ends_with(Tail(ERROR_SHARING_VIOLATION)));
 }
 #else
 constexpr char kRequires[] = "0";
 constexpr wchar_t kHead[] = L"ExtractPackage - cannot bind fpkExtract of ";
-constexpr wchar_t kTail[] = L"\\WrbPfwCommon_64x.dll, err=126";
+constexpr uint32_t kError = ERROR_MOD_NOT_FOUND;
 #endif
 
 TEST(NoPackageLibrary, EveryUnpackingFailsAndTheLogSaysSoOnce) {
@@ -47,7 +52,7 @@ TEST(NoPackageLibrary, EveryUnpackingFailsAndTheLogSaysSoOnce) {
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_EQ(lines[0].level, static_cast<uint32_t>('E'));
     EXPECT_TRUE(lines[0].text.starts_with(kHead)) << lines[0].text.size();
-    EXPECT_TRUE(lines[0].text.ends_with(kTail));
+    EXPECT_TRUE(lines[0].text.ends_with(Tail(kError)));
 }
 
 }  // namespace

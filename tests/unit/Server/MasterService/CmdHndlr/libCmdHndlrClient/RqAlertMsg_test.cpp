@@ -7,6 +7,7 @@
 #include "FakeDbService.h"
 #include "INICache.h"
 #include "ServerHome.h"
+#include "SystemText.h"
 
 namespace {
 
@@ -128,8 +129,10 @@ TEST_F(RqAlertMsg, AHeldFileIsAnEmptyTextWithAWarning) {
     m_home.Write(L"admin\\ALERTM.MSG", WideBytes(L"text"));
     const wrb::FileHandle held(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     EXPECT_EQ(AskFor(L"10"), std::wstring(L"1\t") + kMark);
-    EXPECT_THAT(TakeCapturedLog(), testing::Contains(CapturedLine{'W', L"cmdhm_GetClnAlertMsgIni - cannot open " +
-                                                                           path + L", the text is empty, err=32"}));
+    EXPECT_THAT(TakeCapturedLog(),
+                testing::Contains(CapturedLine{'W', L"cmdhm_GetClnAlertMsgIni - cannot open " + path +
+                                                        L", the text is empty: " +
+                                                        wrb::WideSystemText(ERROR_SHARING_VIOLATION)}));
 }
 
 }  // namespace

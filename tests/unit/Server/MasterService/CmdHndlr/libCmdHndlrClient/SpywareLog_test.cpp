@@ -157,7 +157,7 @@ TEST_F(SpywareLog, WalkEndsAtItsLimits) {
         CreateFileW((m_home / L"few\\a").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     EXPECT_EQ(scan(L"few"),
               Result(2 * 166, {L"cmdhl_ScanSpywareLogDir - cannot read " + (m_home / L"few\\a").wstring() + L": " +
-                               wrb::Utf8ToWide(wrb::SystemText(ERROR_SHARING_VIOLATION))}));
+                               wrb::WideSystemText(ERROR_SHARING_VIOLATION)}));
     EXPECT_EQ(lost.rows, 1u);
     m_home.Write(L"wrbscan.ini", "");  // without the records: ten thousand take seconds
     ScanIniCache().clear();
