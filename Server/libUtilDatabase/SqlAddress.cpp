@@ -38,6 +38,17 @@ void Append(std::wstring& parts, std::wstring_view part) {
     parts += (parts.empty() ? L"" : L";") + std::wstring(part);
 }
 
+// Of "KEY=SECONDS".
+void TakeSeconds(std::wstring_view part, unsigned& seconds, std::string& wrong) {
+    const std::size_t equals = std::min(part.size(), part.find(L'='));
+    const int64_t number = ParseInt64(part.substr(std::min(part.size(), equals + 1)));
+    if (number >= 1 && number <= kMostSeconds) {
+        seconds = static_cast<unsigned>(number);
+    } else {
+        wrong = WideToUtf8(Trimmed(part.substr(0, equals))) + " takes a number from 1 to 3600";
+    }
+}
+
 // The parts that are ours go into `address`, the others are the driver's. Shown are only keys that are known to be no
 // secret: drivers have many names for a password.
 SqlAddress ParseConnection(std::wstring_view connection) {
@@ -52,8 +63,7 @@ SqlAddress ParseConnection(std::wstring_view connection) {
         const auto isKey = [key](std::wstring_view known) { return EqualIgnoringCase(key, known); };
         if (const auto* const own = std::ranges::find_if(ours, [&](const auto& row) { return isKey(row.first); });
             own != std::end(ours)) {
-            const int64_t seconds = ParseInt64(part.substr(std::min(part.size(), part.find(L'=') + 1)));
-            *own->second = seconds >= 1 && seconds <= kMostSeconds ? static_cast<unsigned>(seconds) : *own->second;
+            TakeSeconds(part, *own->second, address.wrong);
         } else {
             Append(address.target, part);
         }
@@ -63,6 +73,9 @@ SqlAddress ParseConnection(std::wstring_view connection) {
         connection.remove_prefix(std::min(connection.size(), part.size() + 1));
     }
     address.name = WideToUtf8(std::wstring(kOdbc) + shown);
+    if (address.target.empty()) {
+        address.wrong = "names no connection";
+    }
     return address;
 }
 

@@ -144,6 +144,8 @@ TEST(BackHostile, ExitCodes) {
         {{L"serve", L"--db", db, L"--log-level", L"loud"}, 2, "no log level loud"},
         {{L"serve", L"--db", db, L"--debug-ini", json + L"x"}, 2, "no such file"},
         {{L"serve", L"--db", db}, 1, "no such file"},
+        {{L"serve", L"--db", L"odbc:Dsn=d;LoginTimeout=x"}, 2, "LoginTimeout takes a number from 1 to 3600"},
+        {{L"check", L"--db", L"sqlite:"}, 2, "is no name of a file"},
         {{L"seed", L"/no/file", L"--db", db}, 2, "/no/file: cannot be opened"},  // no option, though it has a slash
         {{L"seed", json, L"--db", db}, 2, "agents[0].uid: must be a GUID"},
         {{L"stop"}, 3, "not running"},

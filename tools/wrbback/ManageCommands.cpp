@@ -2,9 +2,11 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 #include <vector>
 
+#include "BundleTables.h"
 #include "Commands.h"
 #include "Console.h"
 #include "Dialect.h"
@@ -29,8 +31,13 @@ constexpr struct {
 using AgentRow = std::vector<std::wstring>;  // by kAgentColumns
 
 // Of these tables a row without its agent is an orphan.
-constexpr const char* kTablesOfAgents[] = {"scan", "spyware_approved", "restore_session", "behaviour_policy",
-                                           "special_log"};
+std::vector<std::string> TablesOfAgents() {
+    std::vector<std::string> tables{"scan", "spyware_approved", "restore_session", "behaviour_policy", "special_log"};
+    for (const BundleTable& bundle : BundleTables()) {
+        tables.emplace_back(bundle.name);
+    }
+    return tables;
+}
 
 bool Contains(const std::wstring& text, std::wstring_view part) {
     return FindStringOrdinal(FIND_FROMSTART, text.data(), static_cast<int>(text.size()), part.data(),
@@ -132,11 +139,11 @@ int Backup(const std::string& store, const std::string& file) {
 
 int Check(const std::string& store) {
     return WithStore(store, [&](SqlDb& db) -> int {
-        VerifyStore(db, Utf8ToWide(store));
+        VerifyStore(db, Utf8ToWide(store), VerifyDepth::kIndexesToo);
         const std::string name = ParseSqlAddress(Utf8ToWide(store)).name;
-        for (const char* table : kTablesOfAgents) {
+        for (const std::string& table : TablesOfAgents()) {
             const int64_t orphans =
-                db.NumberOf(std::string("SELECT count(*) FROM ") + table + " WHERE uid NOT IN (SELECT uid FROM agent)");
+                db.NumberOf("SELECT count(*) FROM " + table + " WHERE uid NOT IN (SELECT uid FROM agent)");
             if (orphans != 0) {
                 return Fail(name + ": " + std::to_string(orphans) + " rows of " + table + " belong to no agent",
                             kExitFailed);

@@ -5,6 +5,7 @@
 #include <exception>
 #include <functional>
 #include <iterator>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -54,7 +55,7 @@ constexpr char kFooter[] =
     "  wrbback stop --timeout 10                             stop the running program; it ends after ten seconds\n"
     "  wrbback service install                               as a Windows service\n"
     "\n"
-    "Exit codes: 0 done, 1 failed, 2 wrong command line, log setting or seed file, 3 not running, 4 timed out";
+    "Exit codes: 0 done, 1 failed, 2 wrong command line, store, log setting or seed file, 3 not running, 4 timed out";
 
 void AddStore(CLI::App* command, std::string& store) {
     // The variable is read by StoreOf: CLI11 would let it replace an option that several subcommands share.
@@ -162,12 +163,14 @@ int Main() {
     if (const auto code = ParseArguments(app, Utf8Arguments())) {
         return *code;
     }
-    for (std::string* store : {&options.store, &options.serve.database, &options.show.database}) {
-        *store = StoreOf(*store);
-    }
     if (service.IsAsked()) {
         options.serve.database = StoreOfService();
         return service.Run([&] { return Serve(options.serve); }, SettleServiceStore);
+    }
+    if (!app.got_subcommand(stop)) {  // which needs none
+        for (std::string* store : {&options.store, &options.serve.database, &options.show.database}) {
+            *store = StoreOf(*store);
+        }
     }
     for (const auto& [command, run] : commands) {
         if (app.got_subcommand(command)) {
@@ -183,6 +186,8 @@ int Main() {
 int main() {
     try {
         return wrb::Main();
+    } catch (const std::invalid_argument& error) {  // a store that makes no sense
+        return wrb::Fail(error.what(), wrb::kExitUsage);
     } catch (const std::exception& error) {
         return wrb::Fail(error.what(), wrb::kExitFailed);
     }

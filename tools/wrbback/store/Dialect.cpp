@@ -26,6 +26,7 @@ constexpr Dialect kSqlite = {
     .version = "PRAGMA user_version",
     .writeVersion = "PRAGMA user_version = ",
     .check = "PRAGMA quick_check(1)",
+    .checkIndexes = "PRAGMA integrity_check(1)",
 };
 
 constexpr Dialect kPostgreSql = {
@@ -47,6 +48,7 @@ constexpr Dialect kPostgreSql = {
     .version = "SELECT max(version) FROM wrb_store",
     .writeVersion = "UPDATE wrb_store SET version = ",
     .check = nullptr,
+    .checkIndexes = nullptr,
 };
 
 constexpr Dialect kSqlServer = {
@@ -66,6 +68,7 @@ constexpr Dialect kSqlServer = {
     .version = kPostgreSql.version,
     .writeVersion = kPostgreSql.writeVersion,
     .check = kPostgreSql.check,
+    .checkIndexes = kPostgreSql.check,
 };
 
 #undef WRB_VERSION_TABLE

@@ -26,6 +26,7 @@ struct Dialect {
     const char* version;       // and kStoreVersion there
     const char* writeVersion;  // the number follows
     const char* check;  // one text, "ok" when the files of the database are whole. Null: the engine looks after them
+    const char* checkIndexes;  // the same, and the indexes fit their tables; takes longer
 };
 
 const Dialect& DialectOf(SqlEngine engine);

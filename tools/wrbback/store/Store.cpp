@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <future>
 #include <set>
+#include <stdexcept>
 #include <system_error>
 #include <thread>
 
@@ -172,6 +173,9 @@ OpenedStore OpenOnThread(const std::wstring& address, Missing missing, std::chro
 OpenedStore Open(const std::wstring& address, Missing missing) {
     constexpr unsigned kMoreSeconds = 5;  // in which an engine that works ends the statement itself
     const SqlAddress parsed = ParseSqlAddress(address);
+    if (!parsed.wrong.empty()) {
+        throw std::invalid_argument(parsed.name + ": " + parsed.wrong);
+    }
     const std::chrono::seconds limit(parsed.loginSeconds + parsed.statementSeconds + kMoreSeconds);
     return parsed.isOdbc ? OpenOnThread(address, missing, limit) : OpenHere(address, missing);
 }
@@ -189,18 +193,21 @@ std::optional<StoreMigration> MigrateStore(const std::wstring& address) {
     return Open(address, Missing::kRefused).migration;
 }
 
-void VerifyStore(SqlDb& db, const std::wstring& address) {
-    const char* const sql = DialectOf(db.Engine()).check;
+void VerifyStore(SqlDb& db, const std::wstring& address, VerifyDepth depth) {
+    const Dialect& dialect = DialectOf(db.Engine());
+    const char* const sql = depth == VerifyDepth::kFiles ? dialect.check : dialect.checkIndexes;
     if (sql == nullptr) {
         return;
     }
+    std::wstring found;
     try {
         SqlStatement check = db.Use(sql);
-        if (check.Step() && check.Text(0) != L"ok") {
-            Refuse(SqlFailure::Damaged, address, "is damaged: " + WideToUtf8(check.Text(0)));
-        }
+        found = check.Step() ? check.Text(0) : L"";
     } catch (const SqlError& error) {
         Explain(error, address);
+    }
+    if (found != L"ok") {
+        Refuse(SqlFailure::Damaged, address, "is damaged: " + WideToUtf8(found));
     }
 }
 

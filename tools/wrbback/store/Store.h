@@ -17,7 +17,7 @@ namespace wrb {
 
 // Opens a database that CreateStore has made, by its address (SqlAddress.h); one of an older version is brought
 // forward. Throws SqlError for one that is missing, damaged, locked, of another program or of a newer version, and says
-// which.
+// which; std::invalid_argument for an address that makes no sense.
 std::unique_ptr<SqlDb> OpenStore(const std::wstring& address);
 
 // The same for a database that may not be there yet, or be empty.
@@ -30,8 +30,9 @@ struct StoreMigration {
 };
 std::optional<StoreMigration> MigrateStore(const std::wstring& address);
 
-// Throws SqlError when a file of the database is damaged. Reads it whole.
-void VerifyStore(SqlDb& db, const std::wstring& address);
+// Throws SqlError when a file of the database is damaged, or when an index does not fit its table. Reads it whole.
+enum class VerifyDepth : uint8_t { kFiles, kIndexesToo };
+void VerifyStore(SqlDb& db, const std::wstring& address, VerifyDepth depth = VerifyDepth::kFiles);
 
 // Deletes all but the latest `keep` rows of a table whose ids count up.
 void KeepLatest(SqlDb& db, const std::string& table, int64_t keep);

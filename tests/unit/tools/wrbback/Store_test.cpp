@@ -30,7 +30,7 @@ using test::WriteAll;
 std::string WhyNot(const std::wstring& path) {
     try {
         const auto db = OpenStore(path);
-        VerifyStore(*db, path);
+        VerifyStore(*db, path, VerifyDepth::kIndexesToo);
         return {};
     } catch (const SqlError& error) {
         return error.what();
@@ -38,14 +38,19 @@ std::string WhyNot(const std::wstring& path) {
 }
 
 TEST(SqlAddress, OurKeywordsAreTakenOutOfTheConnectionString) {
-    const std::tuple<const wchar_t*, const wchar_t*, unsigned, unsigned> kCases[] = {
-        {L"odbc:Driver={a;LoginTimeout=1};Pwd=x", L"Driver={a;LoginTimeout=1};Pwd=x", 10, 30},
-        {L"odbc:LOGINTIMEOUT=2;Dsn=d; StatementTimeout =3600", L"Dsn=d", 2, 3600},
-        {L"odbc:Dsn=d;LoginTimeout=0;StatementTimeout=3601;LoginTimeout", L"Dsn=d", 10, 30},
-        {L"sqlite:LoginTimeout=2", L"LoginTimeout=2", 10, 30},
+    constexpr char kSeconds[] = "Timeout takes a number from 1 to 3600";
+    const std::tuple<const wchar_t*, const wchar_t*, unsigned, unsigned, std::string> kCases[] = {
+        {L"odbc:Driver={a;LoginTimeout=1};Pwd=x", L"Driver={a;LoginTimeout=1};Pwd=x", 10, 30, ""},
+        {L"odbc:LOGINTIMEOUT=2;Dsn=d; StatementTimeout =3600", L"Dsn=d", 2, 3600, ""},
+        {L"odbc:Dsn=d;LoginTimeout=0", L"Dsn=d", 10, 30, std::string("Login") + kSeconds},
+        {L"odbc:StatementTimeout=3601;Dsn=d", L"Dsn=d", 10, 30, std::string("Statement") + kSeconds},
+        {L"odbc:Dsn=d;LoginTimeout", L"Dsn=d", 10, 30, std::string("Login") + kSeconds},
+        {L"odbc:LoginTimeout=1", L"", 1, 30, "names no connection"},
+        {L"sqlite:LoginTimeout=2", L"LoginTimeout=2", 10, 30, ""},
     };
-    for (const auto& [text, target, login, statement] : kCases) {
+    for (const auto& [text, target, login, statement, wrong] : kCases) {
         const SqlAddress address = ParseSqlAddress(text);
+        EXPECT_EQ(address.wrong, wrong);
         EXPECT_EQ(address.target, target);
         EXPECT_EQ(address.loginSeconds, login);
         EXPECT_EQ(address.statementSeconds, statement);
@@ -74,6 +79,14 @@ TEST(Store, AFileThatCannotBeUsedIsNamedWithTheReason) {
              WriteAll(path, bytes);
          },
          "is damaged"},
+        {"an index that lacks a row",
+         [&] {
+             CreateStore(path)->Execute(
+                 "INSERT INTO agent (uid) VALUES ('u'); INSERT INTO special_log (uid, log_type, text, received) VALUES "
+                 "('u', 1, 't', 0); PRAGMA writable_schema = ON; UPDATE sqlite_master SET sql = 'CREATE INDEX "
+                 "special_log_of_agent ON special_log (log_type)' WHERE name = 'special_log_of_agent'");
+         },
+         "is damaged: row 1 missing from index"},
         {"locked",
          [&] {
              CreateStore(path);
