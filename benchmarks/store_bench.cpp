@@ -1,14 +1,19 @@
-// A question from the agent's message to its answer, with the reference database server over a real database.
+// A question from the agent's message to its answer, with the reference database server over a real database; and the
+// rows of the log pool.
+#include <windows.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <variant>
 
 #include "DbServer.h"
 #include "PipeFixture.h"
 #include "PipeWork.h"
 #include "Ratio.h"
+#include "RecordWriter.h"
 #include "SampleAgent.h"
 #include "SeedStore.h"
 #include "Store.h"
@@ -81,16 +86,56 @@ void FromMemory(benchmark::State& state) {
     }
 }
 
+constexpr std::size_t kRows = 1000;
+
+Record SampleRow() {
+    return {&kEventRecords, {L"2024-01-31 23:59:59", L"service", L"name", L"fields of a usual length"}};
+}
+
+void RowsByBatches(benchmark::State& state) {
+    CreateStore(OtherStore());
+    RecordWriter writer({OtherStore(), 0, [](const std::wstring&) {}, [](const std::wstring&) {}});
+    while (state.KeepRunningBatch(kRows)) {
+        const uint64_t wanted = writer.Stored() + kRows;
+        for (std::size_t i = 0; i < kRows; ++i) {
+            writer.Put(SampleRow());
+        }
+        while (writer.Stored() < wanted && writer.Lost() == 0) {
+            Sleep(1);
+        }
+    }
+    if (writer.Lost() != 0) {
+        state.SkipWithError("rows are lost");
+    }
+}
+
+void RowsOneByOne(benchmark::State& state) {
+    const auto db = CreateStore(OtherStore());
+    const std::string sql = InsertSql(kEventRecords, 1);
+    const Record row = SampleRow();
+    for (auto _ : state) {
+        SqlTransaction transaction(*db);
+        SqlStatement insert = db->Use(sql);
+        for (std::size_t i = 0; i < row.values.size(); ++i) {
+            insert.Bind(static_cast<int>(i) + 1, std::get<std::wstring>(row.values[i]));
+        }
+        insert.Run();
+        transaction.Commit();
+    }
+}
+
 }  // namespace
 
 void AddStoreBenchmarks() {
     AddRatio("CMDHL_GET_MS_CFG over SQLite", OverSqlite, "the same, answered from memory", FromMemory, Goal::AtMost,
              1.5);
     if (OtherStore() == nullptr) {
-        std::fputs("CMDHL_GET_MS_CFG over PostgreSQL is left out: WRB_STORE names no database\n", stderr);
+        std::fputs("the rows over PostgreSQL are left out: WRB_STORE names no database\n", stderr);
         return;
     }
     AddRatio("CMDHL_GET_MS_CFG over PostgreSQL", OverOtherStore, "the same over SQLite", OverSqlite, Goal::AtMost, 2);
+    AddRatio("log row over PostgreSQL, in batches", RowsByBatches, "a transaction for each row", RowsOneByOne,
+             Goal::AtMost, 0.67);
 }
 
 }  // namespace wrb::bench

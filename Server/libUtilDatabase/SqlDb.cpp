@@ -42,6 +42,15 @@ SqlStatement& SqlStatement::Bind(std::string_view name, std::wstring_view text) 
     return BindAll(name, text);
 }
 
+SqlStatement& SqlStatement::Bind(int place, int64_t number) {
+    m_prepared.sql->Bind(place, number);
+    return *this;
+}
+SqlStatement& SqlStatement::Bind(int place, std::wstring_view text) {
+    m_prepared.sql->Bind(place, text);
+    return *this;
+}
+
 bool SqlStatement::Step() {
     if (m_executed) {
         return m_prepared.sql->Fetch();

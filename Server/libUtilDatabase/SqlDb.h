@@ -37,6 +37,10 @@ class SqlStatement {
     SqlStatement& Bind(std::string_view name, int64_t number);
     SqlStatement& Bind(std::string_view name, std::wstring_view text);
 
+    // By the place of the parameter in the text, from 1. Texts are copied.
+    SqlStatement& Bind(int place, int64_t number);
+    SqlStatement& Bind(int place, std::wstring_view text);
+
     bool Step();  // true: there is a row
     void Run();   // to its end
 

@@ -93,9 +93,13 @@ std::string SelectSql(const RecordTable& table) {
     return "SELECT " + Joined(table, "") + " FROM " + table.name;
 }
 
-std::string InsertSql(const RecordTable& table) {
-    return std::string("INSERT INTO ") + table.name + " (" + Joined(table, "") + ") VALUES (" + Joined(table, ":") +
-           ")";
+std::string InsertSql(const RecordTable& table, std::size_t rows) {
+    const std::string row = "(" + Joined(table, ":") + ")";
+    std::string sql = std::string("INSERT INTO ") + table.name + " (" + Joined(table, "") + ") VALUES " + row;
+    for (std::size_t i = 1; i < rows; ++i) {
+        sql += ", " + row;
+    }
+    return sql;
 }
 
 }  // namespace wrb

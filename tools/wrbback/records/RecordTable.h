@@ -49,8 +49,8 @@ bool FitsColumn(ColumnKind kind, const RecordValue& value);
 
 const char* DescribeColumnKind(ColumnKind kind);
 
-// "SELECT column, ... FROM table" and "INSERT INTO table (column, ...) VALUES (:column, ...)".
+// "SELECT column, ... FROM table" and "INSERT INTO table (column, ...) VALUES (:column, ...), ..." for so many rows.
 std::string SelectSql(const RecordTable& table);
-std::string InsertSql(const RecordTable& table);
+std::string InsertSql(const RecordTable& table, std::size_t rows);
 
 }  // namespace wrb

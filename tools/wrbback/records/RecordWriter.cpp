@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <bit>
 #include <chrono>
 #include <exception>
 #include <new>
@@ -16,6 +17,7 @@ namespace wrb {
 namespace {
 
 constexpr std::size_t kMostQueued = 500;
+constexpr std::size_t kMostRowsOfStatement = 32;  // each statement costs a server two messages or more
 constexpr std::chrono::seconds kLongestPut{10};
 constexpr ULONGLONG kLastMilliseconds = 60'000;
 constexpr std::chrono::milliseconds kRest{500};
@@ -59,15 +61,22 @@ void AddTo(Tally& tally, std::span<const Record> rows) {
     }
 }
 
-void Bind(SqlStatement& statement, const char* column, const RecordValue& value) {
-    const std::string name = std::string(":") + column;
-    std::visit([&](const auto& bound) { statement.Bind(name.c_str(), bound); }, value);
+// How many of the rows, from the first on, one statement takes. They are of one table, and a power of two: few
+// statements are prepared.
+std::size_t RowsOfStatement(std::span<const Record> rows) {
+    const auto isOther = [first = rows.front().table](const Record& row) { return row.table != first; };
+    const auto candidates = rows.first(std::min(rows.size(), kMostRowsOfStatement));
+    return std::bit_floor(static_cast<std::size_t>(std::ranges::find_if(candidates, isOther) - candidates.begin()));
 }
 
-void Insert(SqlDb& db, const Record& record) {
-    SqlStatement insert = db.Use(InsertSql(*record.table));
-    for (std::size_t i = 0; i < record.values.size(); ++i) {
-        Bind(insert, record.table->columns[i].name, record.values[i]);
+void Insert(SqlDb& db, std::span<const Record> rows) {
+    SqlStatement insert = db.Use(InsertSql(*rows.front().table, rows.size()));
+    int place = 0;
+    for (const Record& row : rows) {
+        for (const RecordValue& value : row.values) {
+            ++place;
+            std::visit([&](const auto& bound) { insert.Bind(place, bound); }, value);
+        }
     }
     insert.Run();
 }
@@ -222,9 +231,11 @@ bool RecordWriter::Store(std::span<const Record> rows, std::wstring& why) {
 void RecordWriter::StoreOnce(SqlDb& db, std::span<const Record> rows) const {
     SqlTransaction transaction(db);
     std::set<const RecordTable*> touched;
-    for (const Record& record : rows) {
-        Insert(db, record);
-        touched.insert(record.table);
+    while (!rows.empty()) {
+        const std::size_t count = RowsOfStatement(rows);
+        Insert(db, rows.first(count));
+        touched.insert(rows.front().table);
+        rows = rows.subspan(count);
     }
     for (const RecordTable* table : touched) {
         if (m_options.keep != 0) {
