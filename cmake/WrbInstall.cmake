@@ -27,7 +27,10 @@ endif()
 
 install(FILES Server/MasterService/CmdHndlr/libCmdHndlrClient/libCmdHndlrClient.def DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES LICENSE README.md CHANGELOG.md DESTINATION .)
-install(DIRECTORY docs samples examples DESTINATION .)
+install(DIRECTORY docs samples examples DESTINATION . PATTERN .gitattributes EXCLUDE)
+foreach(program wrbhost wrbback wrbctl cgiConsole)  # the pages refer to them
+  install(FILES tools/${program}/README.md DESTINATION tools/${program})
+endforeach()
 
 install(EXPORT WarrenbyTargets NAMESPACE Warrenby:: DESTINATION ${wrb_package_dir})
 configure_package_config_file(cmake/WarrenbyConfig.cmake.in ${CMAKE_BINARY_DIR}/WarrenbyConfig.cmake

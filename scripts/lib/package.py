@@ -5,6 +5,7 @@ import hashlib
 import json
 import os
 import pathlib
+import struct
 import time
 import uuid
 import zipfile
@@ -20,10 +21,10 @@ def files_of(folder):
 
 
 def make_sbom(options):
-    def element(name, version, licence):
+    def element(name, version, licence, **more):
         return {"SPDXID": "SPDXRef-Package-" + name, "name": name, "versionInfo": version,
-                "downloadLocation": "NOASSERTION", "filesAnalyzed": False, "licenseConcluded": licence,
-                "licenseDeclared": licence, "copyrightText": "NOASSERTION"}
+                "downloadLocation": "NOASSERTION", "filesAnalyzed": bool(more), "licenseConcluded": licence,
+                "licenseDeclared": licence, "copyrightText": "NOASSERTION", **more}
 
     rows = [line.split("\t") for line in options.components.read_text().splitlines()]
     digest = hashlib.sha1()
@@ -36,13 +37,16 @@ def make_sbom(options):
                                     {"algorithm": "SHA256", "checksumValue": hashlib.sha256(content).hexdigest()}],
                       "licenseConcluded": "NOASSERTION", "copyrightText": "NOASSERTION"})
     own = "SPDXRef-Package-warrenby"
+    sums = "".join(sorted(file["checksums"][0]["checksumValue"] for file in files))
+    verification = {"packageVerificationCodeValue": hashlib.sha1(sums.encode()).hexdigest(),
+                    "packageVerificationCodeExcludedFiles": ["./" + options.output.name]}
     document = {
         "spdxVersion": "SPDX-2.3", "dataLicense": "CC0-1.0", "SPDXID": "SPDXRef-DOCUMENT",
         "name": f"warrenby-{options.version}",
         "documentNamespace": f"urn:uuid:{uuid.uuid5(uuid.NAMESPACE_URL, 'warrenby/' + digest.hexdigest())}",
         "creationInfo": {"created": time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime(EPOCH)),
                          "creators": ["Tool: scripts/package"]},
-        "packages": [element("warrenby", options.version, "Apache-2.0")] +
+        "packages": [element("warrenby", options.version, "Apache-2.0", packageVerificationCode=verification)] +
                     [element(name, version, "NOASSERTION") for name, version in rows],
         "files": files,
         "relationships":
@@ -92,8 +96,9 @@ SERVICES = ("WarrenbyHost", "WarrenbyBackEnd")  # in the order of their stop
 HOME_KEY = r"SOFTWARE\CallowaySystems\Warrenby\service\Information"
 
 
-def component(name, inner, indent=10):
-    return (" " * indent + f'<Component Id="{name}" Guid="{identity(name)}" Win64="yes">\n' + inner +
+def component(name, inner, indent=10, of=None):
+    """`of`: what the component is known by in every version, when that is not its name here."""
+    return (" " * indent + f'<Component Id="{name}" Guid="{identity(of or name)}" Win64="yes">\n' + inner +
             " " * indent + "</Component>\n")
 
 
@@ -109,7 +114,8 @@ def make_wxs(options):
             names.append(name)
             identifier = path.name if folder == "bin" else name
             inner += component(name, f'            <File Id="{identifier}" Name={quoteattr(path.name)} '
-                                     f'Source={quoteattr(str(path.relative_to(options.folder)))} KeyPath="yes"/>\n')
+                                     f'Source={quoteattr(str(path.relative_to(options.folder)))} KeyPath="yes"/>\n',
+                               of=f"{folder}/{path.name}")
         folders += f'        <Directory Id="{directory}" Name="{folder}">\n{inner}        </Directory>\n'
     home = component("Home", f'            <CreateFolder/>\n            <RegistryKey Root="HKLM" Key="{HOME_KEY}">\n'
                              '              <RegistryValue Name="Local_Path" Type="string" Value="[HOMEDIR]" '
@@ -156,15 +162,29 @@ def make_wxs(options):
 """)
 
 
+def set_times(options):
+    """The times of creation and of the last change in an MSI's summary: wixl takes those of the clock."""
+    content = bytearray(options.output.read_bytes())
+    form = bytes.fromhex("E0859FF2F94F6810AB9108002B27B3D9")  # of a summary
+    section = content.index(form) - 28 + struct.unpack_from("<I", content, content.index(form) + 16)[0]
+    _, count = struct.unpack_from("<II", content, section)
+    properties = [struct.unpack_from("<II", content, section + 8 + 8 * i) for i in range(count)]
+    for place in [section + offset for number, offset in properties if number in (12, 13)]:
+        if struct.unpack_from("<I", content, place) != (64,):
+            raise SystemExit("the summary of the MSI has another form")
+        struct.pack_into("<Q", content, place + 4, (EPOCH + 11644473600) * 10_000_000)  # FILETIME
+    options.output.write_bytes(content)
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("what", choices=("sbom", "zip", "wxs"))
+    parser.add_argument("what", choices=("sbom", "zip", "wxs", "times"))
     parser.add_argument("--version")
     parser.add_argument("--name")
     for path in ("components", "folder", "output"):
         parser.add_argument("--" + path, type=pathlib.Path)
     options = parser.parse_args()
-    {"sbom": make_sbom, "zip": make_zip, "wxs": make_wxs}[options.what](options)
+    {"sbom": make_sbom, "zip": make_zip, "wxs": make_wxs, "times": set_times}[options.what](options)
 
 
 main()

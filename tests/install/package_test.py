@@ -2,6 +2,7 @@
 
 import argparse
 import pathlib
+import re
 import subprocess
 import sys
 import time
@@ -75,6 +76,7 @@ class Package(unittest.TestCase):
         self.install(old=True, account="NetworkService")
         self.assertIn("hello", self.program("wrbctl", "send", "CMDHL_ECHO", "hello"))
         self.program("wrbback", "seed", self.folder / "samples" / "agents.json")
+        self.program("wrbctl", "status")  # ends with 0 when all that serves does
         self.program("wrbctl", "send", "CMDHL_SET_MS_CFG_EX", AGENT, "0", r"C:\kept", "", "")
         self.answer_with(r"ExcludedFolder=C:\kept", "CMDHL_GET_MS_CFG_EX", AGENT)
 
@@ -105,12 +107,15 @@ class Package(unittest.TestCase):
             answer = self.wine(tree / "bin" / f"{program}.exe", AGENT)
             self.assertTrue(answer.startswith("[Manual Scan Configuration]\n"), answer)
 
-    def test_the_same_sources_make_the_same_zip_files(self):
-        before = {path.name: path.read_bytes() for path in options.work.glob("*.zip")}
+    def test_the_same_sources_make_the_same_packages(self):
+        def content(path):
+            return re.sub(rb"[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}", b"", path.read_bytes())  # the package code
+        made = [*options.work.glob("*.zip"), self.msi[False]]
+        before = {path: content(path) for path in made}
         package()
-        for name, content in before.items():
-            self.assertEqual(content, (options.work / name).read_bytes(), name)
-        self.assertEqual(2, len(before))
+        for path in made:
+            self.assertEqual(before[path], content(path), path)
+        self.assertEqual(3, len(made))
 
 
 def main():
