@@ -156,6 +156,14 @@ TEST(BackHostile, ExitCodes) {
     EXPECT_FALSE(std::filesystem::exists(db));  // a bad seed file makes no database
     BackEnd backEnd;
     ExpectRun(kBackEnd, {L"serve", L"--db", backEnd.Database()}, 1, "already running");
+    const std::vector<std::wstring> check{L"check", L"--db", backEnd.Database()};
+    ExpectRun(kBackEnd, check, 0, "version 4, ");
+    // Rows of setting bundles stay.
+    SqlDb(backEnd.Database())
+        .Execute(
+            "DELETE FROM agent; DELETE FROM scan; DELETE FROM spyware_approved; DELETE FROM restore_session;"
+            "DELETE FROM behaviour_policy");
+    ExpectRun(kBackEnd, check, 1, " belong to no agent");
 }
 
 }  // namespace
