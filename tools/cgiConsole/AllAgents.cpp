@@ -73,6 +73,7 @@ std::vector<ValueCount> Counted(const ScanRow& row, const DbListing& listing) {
             static_cast<uint64_t>(ParseInt64(listing.Cell(i, 1)));
     }
     std::vector<ValueCount> counts;
+    counts.reserve(sums.size());
     for (const auto& [value, agents] : sums) {
         counts.push_back({value, agents});
     }

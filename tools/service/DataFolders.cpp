@@ -18,12 +18,13 @@ bool DeleteEntry(const std::wstring& path, DWORD attributes) {
 
 bool DeleteContents(const std::wstring& folder) {
     bool done = true;
+    const std::wstring prefix = folder + L'\\';
     WIN32_FIND_DATAW entry{};
-    const SearchHandle search(FindFirstFileW((folder + L"\\*").c_str(), &entry));
+    const SearchHandle search(FindFirstFileW((prefix + L'*').c_str(), &entry));
     for (BOOL found = static_cast<bool>(search); found; found = FindNextFileW(search.Get(), &entry)) {
         const std::wstring name = entry.cFileName;
         if (name != L"." && name != L"..") {
-            done = DeleteEntry(folder + L"\\" + name, entry.dwFileAttributes) && done;
+            done = DeleteEntry(prefix + name, entry.dwFileAttributes) && done;
         }
     }
     return done;

@@ -10,7 +10,7 @@
 namespace wrb {
 namespace {
 
-constexpr DWORD kReadRights = FILE_GENERIC_READ | FILE_GENERIC_EXECUTE;
+constexpr DWORD kReadRights = FILE_GENERIC_READ | FILE_EXECUTE;
 constexpr DWORD kChangeRights = kReadRights | FILE_GENERIC_WRITE | DELETE;
 
 }  // namespace

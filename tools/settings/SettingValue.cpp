@@ -44,7 +44,7 @@ std::string SetSetting(const SettingInfo& setting, std::wstring_view text, bool 
         return setting.kind == SettingKind::Fixed ? "cannot be set" : "is MoveDir for an agent; set that";
     }
     if (setting.kind == SettingKind::Text) {
-        const std::string wrong = CheckText(text, agent);
+        std::string wrong = CheckText(text, agent);
         if (wrong.empty()) {
             values.*row.text = text;
         }

@@ -188,11 +188,11 @@ Job DbServer::PutList(Job list, const std::string& from, const std::wstring& rep
 }
 
 // The write keeps its share of the listener's memory until it is carried out.
-void DbServer::PutWrite(DbCommand command, CCmdProtocol request, const std::string& from, const PipePeer& peer) {
+void DbServer::PutWrite(DbCommand command, const CCmdProtocol& request, const std::string& from, const PipePeer& peer) {
     const auto memory = std::make_shared<MemoryShare>(peer.TakeMemory());
     const std::size_t bytes = request.Text().size() * sizeof(wchar_t);
-    if (!m_writes.Put(DbName(command), bytes, [this, command, request = std::move(request), from, memory]() mutable {
-            return Write(command, request, from);
+    if (!m_writes.Put(DbName(command), bytes, [this, command, fields = request, from, memory]() mutable {
+            return Write(command, fields, from);
         })) {
         ++m_failed;
         m_options.note(FormatWide(L"database server: %s of %S is refused: too many writes wait for the database",

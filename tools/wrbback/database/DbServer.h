@@ -80,7 +80,7 @@ class DbServer {
     Job AcceptText(std::span<const uint8_t> request, const std::string& from, const PipePeer& peer);
     Job AcceptSerialized(std::string message, std::size_t begin, const std::string& from);
     Job AfterWrites(Job read);
-    void PutWrite(DbCommand command, CCmdProtocol request, const std::string& from, const PipePeer& peer);
+    void PutWrite(DbCommand command, const CCmdProtocol& request, const std::string& from, const PipePeer& peer);
     bool Write(DbCommand command, CCmdProtocol& request, const std::string& from);
     Job PutList(Job list, const std::string& from, const std::wstring& replyPipe);
     template <typename Work>
