@@ -1,16 +1,26 @@
 #include <string>
 
 #include "CommandCatalog.h"
-#include "Commands.h"
 #include "Console.h"
 #include "ExitCode.h"
 #include "JsonOutput.h"
+#include "Subcommands.h"
 #include "Terminal.h"
 
 namespace wrb {
 namespace {
 
+constexpr char kExamples[] = R"(Examples:
+  wrbctl commands
+  wrbctl commands --json
+
+Exit codes: 0 done, 2 wrong command line.
+)";
 constexpr std::size_t kNameColumn = 42;
+
+struct CommandsOptions {
+    bool json = false;
+};
 
 std::string TextLine(std::size_t number, const CommandEntry& entry) {
     std::string line = std::to_string(number);
@@ -31,26 +41,33 @@ Json::Value JsonRow(std::size_t number, const CommandEntry& entry) {
     return row;
 }
 
-}  // namespace
-
-int RunCommands(bool json) {
+int RunCommands(const CommandsOptions& options) {
     Json::Value rows(Json::arrayValue);
     std::string text;
     std::size_t number = 0;
     for (const CommandEntry& entry : CommandCatalog()) {
-        if (json) {
+        if (options.json) {
             rows.append(JsonRow(number, entry));
         } else {
             text += TextLine(number, entry);
         }
         ++number;
     }
-    if (json) {
+    if (options.json) {
         PrintJson(rows);
     } else {
         PrintOut(WrapText(text, TerminalColumns()));
     }
     return kExitOk;
+}
+
+}  // namespace
+
+void AddCommands(CLI::App& app, Run& run) {
+    const auto options = std::make_shared<CommandsOptions>();
+    CLI::App* const commands =
+        AddSubcommand(app, "commands", "List the 72 commands", kExamples, options, RunCommands, run);
+    commands->add_flag("--json", options->json, "Print a JSON array");
 }
 
 }  // namespace wrb

@@ -7,9 +7,9 @@
 #include <string>
 
 #include "CheckPFWLogVersion.h"
-#include "Commands.h"
 #include "Console.h"
 #include "Failure.h"
+#include "Fwlog.h"
 #include "Handle.h"
 #include "PfwLogJson.h"
 #include "PfwLogReader.h"
@@ -18,6 +18,18 @@
 
 namespace wrb {
 namespace {
+
+constexpr char kExamples[] = R"(Examples:
+  wrbctl fwlog read fw.log
+  wrbctl fwlog read fw.log --json | wrbctl fwlog write copy.log
+
+Exit codes: 0 done, 1 records with wrong markers were read, 2 wrong command line or no such file.
+)";
+
+struct FwlogReadOptions {
+    std::string file;
+    bool json = false;  // JSON lines, as RunFwlogWrite takes them
+};
 
 std::string UtcTime(uint32_t seconds) {
     const auto time = static_cast<std::time_t>(seconds);
@@ -65,8 +77,6 @@ unsigned PrintRecords(HANDLE file, bool json) {
     return wrong;
 }
 
-}  // namespace
-
 int RunFwlogRead(const FwlogReadOptions& options) {
     const FileHandle file(CreateFileW(Utf8ToWide(options.file).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -88,6 +98,23 @@ int RunFwlogRead(const FwlogReadOptions& options) {
         PrintErr("wrbctl: the last record has only " + std::to_string(rest) + " bytes\n");
     }
     return wrong == 0 ? kExitOk : Fail(kExitFailed, std::to_string(wrong) + " record(s) with wrong markers");
+}
+
+}  // namespace
+
+void AddFwlogRead(CLI::App& fwlog, Run& run) {
+    const auto options = std::make_shared<FwlogReadOptions>();
+    CLI::App* const read =
+        AddSubcommand(fwlog, "read", "Show the records of a file", kExamples, options, RunFwlogRead, run);
+    read->add_option("file", options->file, "Firewall log file of either version")->required();
+    read->add_flag("--json", options->json, "Print JSON lines, as write takes them");
+}
+
+void AddFwlog(CLI::App& app, Run& run) {
+    CLI::App* const fwlog = app.add_subcommand("fwlog", "Write and read firewall log files");
+    fwlog->require_subcommand(1);
+    AddFwlogWrite(*fwlog, run);
+    AddFwlogRead(*fwlog, run);
 }
 
 }  // namespace wrb

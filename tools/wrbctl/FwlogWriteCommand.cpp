@@ -10,13 +10,23 @@
 #include <stdexcept>
 #include <string>
 
-#include "Commands.h"
 #include "Failure.h"
+#include "Fwlog.h"
 #include "PfwLogJson.h"
 #include "Text.h"
 
 namespace wrb {
 namespace {
+
+constexpr char kExamples[] = R"(Examples:
+  wrbctl fwlog write fw.log < records.jsonl
+  wrbctl fwlog write --version 0 old.log < records.jsonl
+
+A line of records.jsonl:
+  {"time":1700000000,"port":443,"localHost":"10.0.0.5","path":"C:\\a.exe"}
+
+Exit codes: 0 done, 1 cannot write the file, 2 wrong command line or input.
+)";
 
 // The version of the whole file: the requested one, else that of the first record.
 class FileVersion {
@@ -115,6 +125,15 @@ int RunFwlogWrite(const FwlogWriteOptions& options) {
     std::error_code ignored;
     std::filesystem::remove(path, ignored);
     return problem.empty() ? Fail(kExitFailed, "cannot write " + options.out) : Fail(kExitUsage, problem);
+}
+
+void AddFwlogWrite(CLI::App& fwlog, Run& run) {
+    const auto options = std::make_shared<FwlogWriteOptions>();
+    CLI::App* const write = AddSubcommand(fwlog, "write", "Make a file from JSON lines on the standard input",
+                                          kExamples, options, RunFwlogWrite, run);
+    write->add_option("--version", options->version, "Version of the records (default: that of the first, or 1)")
+        ->check(CLI::Range(0u, 1u));
+    write->add_option("out", options->out, "File to make")->required();
 }
 
 }  // namespace wrb

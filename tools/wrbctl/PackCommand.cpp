@@ -6,12 +6,24 @@
 #include <vector>
 
 #include "CabinetWriter.h"
-#include "Commands.h"
 #include "Failure.h"
 #include "IgnoringCase.h"
+#include "Subcommands.h"
 #include "Text.h"
 
 namespace wrb {
+namespace {
+
+constexpr char kExamples[] = R"(Example:
+  wrbctl pack upload.cab fw1.log fw2.log
+
+Exit codes: 0 done, 1 cannot make the package, 2 wrong command line or no such file.
+)";
+
+struct PackOptions {
+    std::string package;
+    std::vector<std::string> files;
+};
 
 int RunPack(const PackOptions& options) {
     std::vector<CabinetSource> sources;
@@ -33,6 +45,16 @@ int RunPack(const PackOptions& options) {
         return Fail(kExitFailed, options.package + ": " + error.what());
     }
     return kExitOk;
+}
+
+}  // namespace
+
+void AddPack(CLI::App& app, Run& run) {
+    const auto options = std::make_shared<PackOptions>();
+    CLI::App* const pack =
+        AddSubcommand(app, "pack", "Make a package (a cabinet) as agents upload it", kExamples, options, RunPack, run);
+    pack->add_option("package", options->package, "File to make; an existing one is replaced")->required();
+    pack->add_option("files", options->files, "Files to pack, under their names without folders")->required();
 }
 
 }  // namespace wrb

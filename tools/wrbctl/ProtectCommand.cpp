@@ -2,17 +2,28 @@
 #include <optional>
 #include <string>
 
-#include "Commands.h"
 #include "Console.h"
 #include "Failure.h"
 #include "HomeFolder.h"
 #include "OSException.h"
 #include "ProtectionKeyFile.h"
+#include "Subcommands.h"
 #include "Text.h"
 
 namespace wrb {
+namespace {
 
-int RunProtect() {
+constexpr char kExamples[] = R"(Example:
+  wrbctl protect < password.txt
+
+The text is read from the standard input so that it shows in no list of processes and in no history of commands.
+
+Exit codes: 0 done, 1 there is no key, or the text cannot be protected, 2 wrong command line or no text.
+)";
+
+struct ProtectOptions {};
+
+int RunProtect(const ProtectOptions&) {
     const std::wstring ini = HomeFolder() + L"Private\\wrbserver.ini";
     const std::optional<ProtectionKey> key = ReadProtectionKey(ini);
     if (!key) {
@@ -31,6 +42,14 @@ int RunProtect() {
         return Fail(kExitFailed, std::string("cannot protect the text: ") + error.what());
     }
     return kExitOk;
+}
+
+}  // namespace
+
+void AddProtect(CLI::App& app, Run& run) {
+    AddSubcommand(app, "protect",
+                  "Print the first line of the standard input protected with the server's key, for an INI file",
+                  kExamples, std::make_shared<ProtectOptions>(), RunProtect, run);
 }
 
 }  // namespace wrb

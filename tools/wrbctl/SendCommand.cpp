@@ -8,7 +8,6 @@
 
 #include "CmdProtocol.h"
 #include "CommandCatalog.h"
-#include "Commands.h"
 #include "Console.h"
 #include "Conversation.h"
 #include "Failure.h"
@@ -18,12 +17,29 @@
 #include "PipeClient.h"
 #include "PipeServer.h"
 #include "ServicePipes.h"
+#include "Subcommands.h"
 #include "Terminal.h"
 #include "Text.h"
 #include "VisibleText.h"
 
 namespace wrb {
 namespace {
+
+constexpr char kExamples[] = R"(Examples:
+  wrbctl send CMDHL_GET_MS_CFG 11111111-2222-3333-4444-555555555555
+  wrbctl send CMDHL_GET_MS_CFG ""            server-wide settings
+  wrbctl send CMDHL_ECHO hello --json
+
+Exit codes: 0 done, 1 failed, 2 wrong command line or number of fields, 3 the host does not run, 4 timed out.
+)";
+
+struct SendOptions {
+    std::string command;
+    std::vector<std::string> fields;  // after the reply pipe, which wrbctl adds itself
+    double timeoutSeconds = 10;       // from the start to the last byte of the answer
+    bool raw = false;                 // also a SET command with another number of fields than it has
+    bool json = false;
+};
 
 KernelHandle StartTimer(double seconds) {
     KernelHandle timer(CreateWaitableTimerW(nullptr, TRUE, nullptr));
@@ -150,8 +166,6 @@ int Exchange(const SendOptions& options, const CommandEntry& entry) {
     return kExitOk;
 }
 
-}  // namespace
-
 int RunSend(const SendOptions& options) {
     const CommandEntry* const entry = FindCommand(options.command);
     if (entry == nullptr) {
@@ -164,6 +178,19 @@ int RunSend(const SendOptions& options) {
         return Fail(kExitUsage, wrong);
     }
     return Exchange(options, *entry);
+}
+
+}  // namespace
+
+void AddSend(CLI::App& app, Run& run) {
+    const auto options = std::make_shared<SendOptions>();
+    CLI::App* const send = AddSubcommand(app, "send", "Send a command to the host and print its answer as UTF-8",
+                                         kExamples, options, RunSend, run);
+    send->add_option("command", options->command, "Command name, as 'wrbctl commands' lists it")->required();
+    send->add_option("fields", options->fields, "Fields after the reply pipe, which wrbctl adds itself");
+    AddTimeout(*send, options->timeoutSeconds);
+    send->add_flag("--raw", options->raw, "Send a SET command with any number of fields");
+    send->add_flag("--json", options->json, "Print a JSON object");
 }
 
 }  // namespace wrb

@@ -7,11 +7,11 @@
 
 #include "CabinetWriter.h"
 #include "CmdProtocol.h"
-#include "Commands.h"
 #include "Console.h"
 #include "Conversation.h"
 #include "DbListing.h"
 #include "Failure.h"
+#include "Fwlog.h"
 #include "HomeFolder.h"
 #include "SettingTarget.h"
 #include "Subcommands.h"
