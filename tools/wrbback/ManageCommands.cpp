@@ -1,4 +1,3 @@
-#include <json/writer.h>
 #include <windows.h>
 
 #include <algorithm>
@@ -11,6 +10,7 @@
 #include "Console.h"
 #include "Dialect.h"
 #include "ExitCode.h"
+#include "JsonText.h"
 #include "SeedStore.h"
 #include "SqlAddress.h"
 #include "Store.h"
@@ -83,10 +83,7 @@ void PrintAgentsAsJson(const std::vector<AgentRow>& agents) {
             object[kAgentColumns[i].column] = WideToUtf8(agent[i]);
         }
     }
-    Json::StreamWriterBuilder writer;
-    writer["indentation"] = "  ";
-    writer["emitUTF8"] = true;
-    PrintOut(Json::writeString(writer, list) + "\n");
+    PrintJson(list);
 }
 
 // Runs `work`; a database that fails is an exit code.

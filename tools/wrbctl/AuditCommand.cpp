@@ -1,7 +1,7 @@
 #include "Console.h"
 #include "DbListing.h"
 #include "Failure.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 #include "LogPoolRecord.h"
 #include "SettingTarget.h"
 #include "Subcommands.h"

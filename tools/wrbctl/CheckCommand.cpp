@@ -4,7 +4,7 @@
 #include "ExitCode.h"
 #include "HomeFolder.h"
 #include "IniCheck.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 #include "Subcommands.h"
 #include "Terminal.h"
 #include "Text.h"

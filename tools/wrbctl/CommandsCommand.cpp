@@ -3,7 +3,7 @@
 #include "CommandCatalog.h"
 #include "Console.h"
 #include "ExitCode.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 #include "Subcommands.h"
 #include "Terminal.h"
 

@@ -1,7 +1,7 @@
 #include <cstdio>
 
 #include "CounterLook.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 
 namespace wrb {
 namespace {
@@ -138,7 +138,7 @@ std::string CounterJson(const CounterLook& look, const CounterLook* earlier) {
             row["interval"] = IntervalJson(Between(*earlier, look, command));
         }
     }
-    return JsonLine(result);
+    return JsonLine(result) + "\n";
 }
 
 std::string CounterMetrics(const CounterLook& look) {

@@ -7,7 +7,7 @@
 #include "Console.h"
 #include "Decode.h"
 #include "Failure.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 #include "RecordingFile.h"
 #include "Subcommands.h"
 #include "Terminal.h"

@@ -12,7 +12,7 @@
 #include "Failure.h"
 #include "HomeFolder.h"
 #include "IniCheck.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 #include "ServerStatus.h"
 #include "Subcommands.h"
 #include "Text.h"

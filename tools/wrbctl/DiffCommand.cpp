@@ -5,7 +5,7 @@
 
 #include "Console.h"
 #include "ExitCode.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 #include "SettingTarget.h"
 #include "Subcommands.h"
 #include "Terminal.h"

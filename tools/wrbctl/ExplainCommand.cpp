@@ -1,7 +1,7 @@
 #include "Console.h"
 #include "ExitCode.h"
 #include "HomeFolder.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 #include "ServerFiles.h"
 #include "SettingTarget.h"
 #include "Subcommands.h"

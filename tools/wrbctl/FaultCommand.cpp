@@ -6,7 +6,7 @@
 #include "ExitCode.h"
 #include "Failure.h"
 #include "FaultBoard.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 #include "Subcommands.h"
 #include "SystemText.h"
 

@@ -1,7 +1,5 @@
 #include <windows.h>
 
-#include <json/writer.h>
-
 #include <cstdio>
 #include <ctime>
 #include <string>
@@ -11,6 +9,7 @@
 #include "Failure.h"
 #include "Fwlog.h"
 #include "Handle.h"
+#include "JsonText.h"
 #include "PfwLogJson.h"
 #include "PfwLogReader.h"
 #include "Text.h"
@@ -54,16 +53,6 @@ std::string TextLine(const Json::Value& line) {
     return text + (line.isMember("head") ? "  WRONG MARKERS\n" : "\n");
 }
 
-std::string JsonLine(const Json::Value& line) {
-    static const Json::StreamWriterBuilder writer = [] {
-        Json::StreamWriterBuilder oneLine;
-        oneLine["indentation"] = "";
-        oneLine["emitUTF8"] = true;
-        return oneLine;
-    }();
-    return Json::writeString(writer, line) + "\n";
-}
-
 // Returns how many records have wrong markers.
 template <typename Item>
 unsigned PrintRecords(HANDLE file, bool json) {
@@ -71,7 +60,7 @@ unsigned PrintRecords(HANDLE file, bool json) {
     PfwLogReader reader(file, sizeof(Item));
     while (const void* const record = reader.Next()) {
         const Json::Value line = DecodePfwLogRecord(*static_cast<const Item*>(record));
-        PrintOut(json ? JsonLine(line) : TextLine(line));
+        PrintOut(json ? JsonLine(line) + "\n" : TextLine(line));
         wrong += line.isMember("head") ? 1 : 0;
     }
     return wrong;

@@ -11,7 +11,7 @@
 #include "Console.h"
 #include "Conversation.h"
 #include "Failure.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 #include "RunningProgram.h"
 #include "ServerStopEvent.h"
 #include "SettingTarget.h"

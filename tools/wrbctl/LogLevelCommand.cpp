@@ -7,7 +7,7 @@
 
 #include "Console.h"
 #include "Failure.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 #include "LogLevel.h"
 #include "Subcommands.h"
 

@@ -10,7 +10,7 @@
 #include "CommandFilter.h"
 #include "Console.h"
 #include "Failure.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 #include "Latencies.h"
 #include "RecordingFile.h"
 #include "ReplayRun.h"
@@ -88,7 +88,7 @@ class ReplayReport {
                                    [](const auto& row) { return row.second.failed + row.second.differ == 0; });
     }
 
-    void PrintSummary() const { m_json ? PrintOut(JsonLine(SummaryJson())) : PrintOut(SummaryTable()); }
+    void PrintSummary() const { m_json ? PrintOut(JsonLine(SummaryJson()) + "\n") : PrintOut(SummaryTable()); }
 
   private:
     // `recorded` is null for an answer that did not come.
@@ -103,7 +103,7 @@ class ReplayReport {
             row["uid"] = uid;
             row["recorded"] = WideToUtf8(WideTextOf(item.record.answer));
             row["replayed"] = recorded != nullptr ? Json::Value(WideToUtf8(replayed.answer)) : Json::Value();
-            PrintOut(JsonLine(row));
+            PrintOut(JsonLine(row) + "\n");
             return;
         }
         const std::string head = " " + std::to_string(item.number) + " " + name + (uid.empty() ? "" : " " + uid);

@@ -12,7 +12,7 @@
 #include "Conversation.h"
 #include "Failure.h"
 #include "Handle.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 #include "NearestName.h"
 #include "PipeClient.h"
 #include "PipeServer.h"

@@ -9,7 +9,7 @@
 #include "Conversation.h"
 #include "DbListing.h"
 #include "Failure.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 #include "ScanChanges.h"
 #include "SettingTarget.h"
 #include "Subcommands.h"

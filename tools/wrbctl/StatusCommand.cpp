@@ -1,6 +1,6 @@
 #include "Console.h"
 #include "ExitCode.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 #include "ServerStatus.h"
 #include "Subcommands.h"
 #include "Terminal.h"

@@ -9,7 +9,7 @@
 #include "ExitCode.h"
 #include "Failure.h"
 #include "FeedReader.h"
-#include "JsonOutput.h"
+#include "JsonText.h"
 #include "SharedBlock.h"
 #include "Subcommands.h"
 #include "SystemText.h"
@@ -65,7 +65,7 @@ std::string JsonRecord(const TracedCommand& traced) {
     row["answerBytes"] = static_cast<Json::UInt64>(traced.answerBytes);
     row["databaseRequests"] = traced.requests;
     row["result"] = ResultOf(traced);
-    return JsonLine(row);
+    return JsonLine(row) + "\n";
 }
 
 constexpr char kHeads[] =

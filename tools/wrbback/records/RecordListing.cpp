@@ -1,11 +1,10 @@
 #include "RecordListing.h"
 
-#include <json/writer.h>
-
 #include <algorithm>
 
 #include "Dialect.h"
 #include "IpAddress.h"
+#include "JsonText.h"
 #include "SqlDb.h"
 #include "Text.h"
 #include "VisibleText.h"
@@ -112,13 +111,10 @@ void ListAsText(SqlDb& db, const RecordTable& table, const RecordChoice& choice,
 }
 
 void ListAsJson(SqlDb& db, const RecordTable& table, const RecordChoice& choice, const ListingSink& print) {
-    Json::StreamWriterBuilder writer;
-    writer["indentation"] = "";
-    writer["emitUTF8"] = true;
     Piecewise out(print);
     const char* between = "[\n  ";
     const uint64_t shown = ForEachRow(db, table, choice, [&](const SqlStatement& row) {
-        out.Add(between + Json::writeString(writer, JsonRow(table, row)));
+        out.Add(between + JsonLine(JsonRow(table, row)));
         between = ",\n  ";
     });
     out.Add(shown == 0 ? "[]" : "\n]");

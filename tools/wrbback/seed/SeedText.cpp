@@ -1,5 +1,4 @@
-#include <json/writer.h>
-
+#include "JsonText.h"
 #include "ScanGroup.h"
 #include "SeedFile.h"
 #include "SettingContainer.h"
@@ -62,10 +61,7 @@ std::string WriteSeed(const SeedData& seed) {
             root["serviceSwitch"][WideToUtf8(row.key)] = static_cast<bool>(seed.serviceSwitches->at(i++));
         }
     }
-    Json::StreamWriterBuilder writer;
-    writer["indentation"] = "  ";
-    writer["emitUTF8"] = true;
-    return Json::writeString(writer, root) + "\n";
+    return JsonText(root);
 }
 
 }  // namespace wrb
