@@ -37,7 +37,7 @@ const LogLevelRow* Find(const Value& value, Member member) {
 // The message ends with the connection.
 LogLevelChange SendLevel(const LogLevelRow& row) {
     CCmdProtocol message;
-    message << L"LOG_SET_LEVEL" << Utf8ToWide(row.level);
+    message << kLogSetLevelCommand << Utf8ToWide(row.level);
     const std::wstring text(message.Text());
     uint64_t bytes = (text.size() + 1) * sizeof(wchar_t);
     CPipeClient client;

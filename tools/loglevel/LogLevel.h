@@ -7,8 +7,11 @@
 
 namespace wrb {
 
+// The message to the log service that sets the level, its one field.
+inline constexpr wchar_t kLogSetLevelCommand[] = L"LOG_SET_LEVEL";
+
 struct LogLevelRow {
-    std::string_view level;  // as in "LOG_SET_LEVEL"
+    std::string_view level;  // as in kLogSetLevelCommand
     uint32_t word;           // the filter word
     std::string_view meaning;
 };

@@ -12,10 +12,10 @@
 #include "ExitCode.h"
 #include "FaultBoard.h"
 #include "LogFiles.h"
+#include "LogLevel.h"
 #include "LogServer.h"
 #include "LogSettings.h"
 #include "Notes.h"
-#include "ReceivedLine.h"
 #include "RecordServer.h"
 #include "SqlAddress.h"
 #include "Stage.h"
@@ -43,7 +43,7 @@ std::string Settle(const ServeOptions& options, LogSettings& settings) {
     }
     if (options.logLevel) {
         settings.level = Utf8ToWide(*options.logLevel);
-        if (!ParseLogLevel(settings.level)) {
+        if (FindLogLevel(*options.logLevel) == nullptr) {
             return "no log level " + *options.logLevel + "; take F, E, W, I, D, all or none";
         }
     }

@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include <charconv>
+#include <optional>
 #include <string_view>
 
 #include "Console.h"
@@ -9,11 +10,10 @@
 #include "FeedReader.h"
 #include "LogFeed.h"
 #include "LogFilter.h"
-#include "ReceivedLine.h"
+#include "LogLevel.h"
 #include "Subcommands.h"
 #include "SystemText.h"
 #include "Terminal.h"
-#include "Text.h"
 
 namespace wrb {
 namespace {
@@ -31,7 +31,7 @@ Exit codes: 0 done, 1 failed, 2 wrong command line, 3 the log service does not r
 )";
 
 struct TailOptions {
-    std::string level;
+    std::string level = "all";
     std::string text;
     std::string thread;  // hexadecimal, as in the lines
     uint64_t count = 0;  // 0: until Ctrl-C
@@ -51,8 +51,8 @@ struct LineFilter {
 
 // False for a level or a thread that cannot be.
 bool MakeFilter(const TailOptions& options, LineFilter& filter) {
-    const std::optional<uint32_t> levels = ParseLogLevel(options.level.empty() ? L"all" : Utf8ToWide(options.level));
-    filter.levels = levels.value_or(0);
+    const LogLevelRow* const row = FindLogLevel(options.level);
+    filter.levels = row != nullptr ? row->word : 0;
     filter.text = options.text;
     const char* const end = options.thread.data() + options.thread.size();
     if (!options.thread.empty()) {
@@ -63,7 +63,7 @@ bool MakeFilter(const TailOptions& options, LineFilter& filter) {
         }
         filter.thread = thread;
     }
-    return levels.has_value();
+    return row != nullptr;
 }
 
 std::string InColourOf(uint32_t level, const std::string& text) {

@@ -1,12 +1,13 @@
 #include "LogServer.h"
 
 #include <algorithm>
-#include <cstring>
 #include <ctime>
 #include <optional>
 #include <utility>
 
+#include "Bytes.h"
 #include "LogFilter.h"
+#include "LogLevel.h"
 #include "ReceivedLine.h"
 #include "ReceivedMessage.h"
 #include "ServicePipes.h"
@@ -18,7 +19,6 @@
 namespace wrb {
 namespace {
 
-constexpr wchar_t kSetLevelCommand[] = L"LOG_SET_LEVEL";
 constexpr std::size_t kMaxMessageBytes = 64 * 1024;  // a line is at most 4095 characters and its source's name
 constexpr std::size_t kShownCharacters = 32;
 constexpr unsigned kFileWorkers = 1;
@@ -82,9 +82,7 @@ Job LogServer::Accept(std::string message, const PipePeer& peer) {
 }
 
 void LogServer::Take(const std::string& message, const PipePeer& peer) {
-    std::wstring text(message.size() / sizeof(wchar_t), L'\0');
-    std::memcpy(text.data(), message.data(), text.size() * sizeof(wchar_t));
-    text.resize(std::min(text.size(), text.find(L'\0')));
+    const std::wstring text = ReceivedText(BytesOf(message));
     const std::size_t end = std::min(text.size(), text.find(L'\t'));
     const std::wstring_view command = std::wstring_view(text).substr(0, end);
     const std::wstring_view fields = std::wstring_view(text).substr(std::min(text.size(), end + 1));
@@ -93,18 +91,20 @@ void LogServer::Take(const std::string& message, const PipePeer& peer) {
             WriteLine(*line);
             return;
         }
-    } else if (command == kSetLevelCommand && ParseLogLevel(fields)) {
-        SetLevel(std::wstring(fields));
-        return;
+    } else if (command == kLogSetLevelCommand) {
+        if (const LogLevelRow* const row = FindLogLevel(WideToUtf8(fields)); row != nullptr) {
+            SetLevel(*row);
+            return;
+        }
     }
     ++m_badMessages;
     m_note(FormatWide(L"log service: refused a message of process %u: ", peer.Pid()) +
            VisibleText(std::wstring_view(text).substr(0, kShownCharacters)));
 }
 
-void LogServer::SetLevel(const std::wstring& level) {
-    const bool shared = LogFilter::Shared().Set(*ParseLogLevel(level));
-    WriteOwn(L'N', (shared ? L"the log level is now " : L"the log level cannot be set to ") + level);
+void LogServer::SetLevel(const LogLevelRow& row) {
+    const bool shared = LogFilter::Shared().Set(row.word);
+    WriteOwn(L'N', (shared ? L"the log level is now " : L"the log level cannot be set to ") + Utf8ToWide(row.level));
 }
 
 void LogServer::WriteOwn(wchar_t level, std::wstring_view text) {

@@ -18,6 +18,7 @@
 
 namespace wrb {
 
+struct LogLevelRow;
 struct ReceivedLine;
 
 struct LogServerCounters {
@@ -45,7 +46,7 @@ class LogServer {
   private:
     Job Accept(std::string message, const PipePeer& peer);
     void Take(const std::string& message, const PipePeer& peer);
-    void SetLevel(const std::wstring& level);
+    void SetLevel(const LogLevelRow& row);
     void WriteLine(const ReceivedLine& line);
     void Show(const ReceivedLine& line, std::string_view text);
     void TellLost(uint64_t lines);

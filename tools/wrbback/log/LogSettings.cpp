@@ -6,8 +6,8 @@
 #include <functional>
 #include <utility>
 
-#include "LogFilter.h"
-#include "ReceivedLine.h"
+#include "LogLevel.h"
+#include "Text.h"
 
 namespace wrb {
 namespace {
@@ -37,7 +37,7 @@ bool ReadNumber(const std::wstring& path, const wchar_t* key, Number& number, ui
 bool ReadLevel(const std::wstring& path, const wchar_t* key, std::wstring& level) {
     const std::wstring text = ReadValue(path, key);
     level = text.empty() ? level : text;
-    return ParseLogLevel(level).has_value();
+    return FindLogLevel(WideToUtf8(level)) != nullptr;
 }
 
 }  // namespace
@@ -76,7 +76,8 @@ std::wstring ReadLogSettings(const std::wstring& iniPath, LogSettings& settings)
 }
 
 uint32_t FilterWordOf(const LogSettings& settings) {
-    return ParseLogLevel(settings.enabled ? settings.level : L"none").value_or(0);
+    const LogLevelRow* const row = FindLogLevel(settings.enabled ? WideToUtf8(settings.level) : "none");
+    return row != nullptr ? row->word : 0;
 }
 
 }  // namespace wrb

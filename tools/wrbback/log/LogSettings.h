@@ -11,7 +11,7 @@ namespace wrb {
 
 struct LogSettings {
     bool enabled = true;          // DebugFlags: without it no line is wanted, and none is written
-    std::wstring level = L"all";  // DebugLevel: see ParseLogLevel
+    std::wstring level = L"all";  // DebugLevel: one of LogLevel.h
     LogFileOptions files;
     std::vector<std::wstring> allowed;  // SIDs of the accounts that may send lines; see PipeListener.h
 };

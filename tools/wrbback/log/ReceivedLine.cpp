@@ -15,15 +15,6 @@ constexpr std::size_t kFieldsBeforeText = 6;
 constexpr std::size_t kSourceCharacters = 260;
 constexpr std::size_t kTextCharacters = 8191;
 
-constexpr struct {
-    const wchar_t* level;
-    uint32_t word;
-} kLevels[] = {
-    {L"F", LogFilterWord(kRankFatal)},   {L"E", LogFilterWord(kRankError)}, {L"W", LogFilterWord(kRankWarning)},
-    {L"I", LogFilterWord(kRankInfo)},    {L"D", LogFilterWord(kRankDebug)}, {L"all", 0},
-    {L"none", LogFilterWord(INT16_MIN)},
-};
-
 std::wstring ClassOf(uint32_t level) {
     switch (level < kLogRanks.size() ? kLogRanks[level] : INT8_MIN) {
         case kRankAlways:
@@ -85,15 +76,6 @@ std::string FormatLogLine(const ReceivedLine& line) {
     text += VisibleText(line.text);
     text += L" - [" + VisibleText(line.sourceFile) + L"(" + std::to_wstring(line.line) + L")]\r\n";
     return WideToUtf8(text);
-}
-
-std::optional<uint32_t> ParseLogLevel(std::wstring_view level) {
-    for (const auto& row : kLevels) {
-        if (level == row.level) {
-            return row.word;
-        }
-    }
-    return std::nullopt;
 }
 
 }  // namespace wrb

@@ -30,8 +30,4 @@ std::optional<ReceivedLine> ParseLogLine(std::wstring_view fields);
 // made visible (VisibleText.h).
 std::string FormatLogLine(const ReceivedLine& line);
 
-// The filter word for the level that a setting or a "LOG_SET_LEVEL" message names: F, E, W, I or D for lines of that
-// class and the weightier ones, "all" for no filter, "none" for no line but those that no filter can stop.
-std::optional<uint32_t> ParseLogLevel(std::wstring_view level);
-
 }  // namespace wrb

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "LogFiles.h"
+#include "LogLevel.h"
 #include "LogSettings.h"
 #include "LossCount.h"
 #include "ManualClock.h"
@@ -111,7 +112,7 @@ TEST(LogSettings, KeysAreReadInTheirUnitsAndNonsenseIsNamed) {
         test::WriteAll(folder / L"debug.ini", std::string("[Debug]\n") + body);
         LogSettings settings;
         EXPECT_EQ(ReadLogSettings((folder / L"debug.ini").wstring(), settings), L"");
-        EXPECT_EQ(FilterWordOf(settings), ParseLogLevel(level));
+        EXPECT_EQ(FilterWordOf(settings), FindLogLevel(WideToUtf8(level))->word);
         const LogFileOptions& files = settings.files;
         EXPECT_EQ(
             FormatWide(L"%s %llu %u %llu", files.folder.c_str(), files.splitBytes, files.maxFiles, files.reserveBytes),
