@@ -7,6 +7,8 @@
 #include "LogLevel.h"
 #include "LogTail.h"
 #include "Pages.h"
+#include "ServedPipe.h"
+#include "ServicePipes.h"
 
 namespace wrb {
 namespace {
@@ -73,7 +75,7 @@ View ShowLog(const Request& request) {
     view.data["any"] = !tail.lines.empty();
     view.data["readable"] = tail.isReadable;
     view.data["folder"] = TextData(folder);
-    view.data["runs"] = LogServiceRuns();
+    view.data["runs"] = IsServed(kLogServicePipe);
     view.data["current"] = LevelName(CurrentLogWord());
     view.data["levels"] = LevelOptions(LevelName(CurrentLogWord()));
     return view;
@@ -87,7 +89,7 @@ View ChangeLog(const Request& request) {
     if (row == nullptr) {
         view.status = "400 Bad Request";
         view.note = L"There is no such log level.";
-    } else if (!LogServiceRuns() || ChangeLogLevel(*row, kLevelSeconds) != LogLevelChange::Done) {
+    } else if (!IsServed(kLogServicePipe) || ChangeLogLevel(*row, kLevelSeconds) != LogLevelChange::Done) {
         view.status = "503 Service Unavailable";
         view.note = L"The log service did not change the level. Start wrbback serve.";
     } else {

@@ -9,7 +9,6 @@
 #include "CmdProtocol.h"
 #include "LogFilter.h"
 #include "PipeClient.h"
-#include "PipePath.h"
 #include "ServicePipes.h"
 #include "Text.h"
 
@@ -74,12 +73,6 @@ const LogLevelRow* LogLevelOfWord(uint32_t word) {
 
 uint32_t CurrentLogWord() {
     return LogFilter::Shared().Word();
-}
-
-bool LogServiceRuns() {
-    wchar_t path[MAX_PATH];
-    return FormatPipePath(path, MAX_PATH, kLogServicePipe) &&
-           (WaitNamedPipeW(path, 1) || GetLastError() != ERROR_FILE_NOT_FOUND);
 }
 
 LogLevelChange ChangeLogLevel(const LogLevelRow& row, double timeoutSeconds) {

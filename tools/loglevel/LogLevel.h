@@ -25,9 +25,6 @@ const LogLevelRow* LogLevelOfWord(uint32_t word);
 
 uint32_t CurrentLogWord();
 
-// Checks without connecting: the service would treat a connection as a message.
-bool LogServiceRuns();
-
 enum class LogLevelChange : uint8_t {
     Done,
     CannotConnect,  // GetLastError tells

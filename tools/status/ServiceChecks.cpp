@@ -11,9 +11,9 @@
 #include "DbRequest.h"
 #include "FaultBoard.h"
 #include "PipeClient.h"
-#include "PipePath.h"
 #include "PipeServer.h"
 #include "RunningProgram.h"
+#include "ServedPipe.h"
 #include "ServerStopEvent.h"
 #include "ServicePipes.h"
 #include "StopEvent.h"
@@ -114,11 +114,6 @@ StatusItem DownItem(const char* name, std::string text) {
 }
 
 }  // namespace
-
-bool IsServed(const wchar_t* pipe) {
-    wchar_t path[MAX_PATH];
-    return FormatPipePath(path, MAX_PATH, pipe) && (WaitNamedPipeW(path, 1) || GetLastError() != ERROR_FILE_NOT_FOUND);
-}
 
 StatusItem CheckHost() {
     if (!IsServed(kHostPipe)) {

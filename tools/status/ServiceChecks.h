@@ -16,9 +16,6 @@ StatusItem CheckBackEnd();
 // One item each for the five pipes of the services: down when nobody serves it. Looks without connecting.
 StatusItems CheckPipes();
 
-// Whether somebody serves the pipe of that bare name. Looks without connecting.
-bool IsServed(const wchar_t* pipe);
-
 // Down when the database server does not answer a question within two seconds, or answers it empty.
 StatusItem CheckDatabase();
 

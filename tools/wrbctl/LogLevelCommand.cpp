@@ -9,6 +9,8 @@
 #include "Failure.h"
 #include "JsonText.h"
 #include "LogLevel.h"
+#include "ServedPipe.h"
+#include "ServicePipes.h"
 #include "Subcommands.h"
 
 namespace wrb {
@@ -63,7 +65,7 @@ int RunLogLevel(const LogLevelOptions& options) {
         return Fail(kExitUsage, "no log level " + *options.level + "; take F, E, W, I, D, all or none");
     }
     // Without the service every line is lost, at every level.
-    if (!LogServiceRuns()) {
+    if (!IsServed(kLogServicePipe)) {
         return Fail(kExitServiceNotRunning, "the log service is not running; start wrbback serve");
     }
     return row != nullptr ? Set(*row, options.timeoutSeconds, options.json) : Show(CurrentLogWord(), options.json);

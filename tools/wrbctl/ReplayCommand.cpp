@@ -14,7 +14,7 @@
 #include "Latencies.h"
 #include "RecordingFile.h"
 #include "ReplayRun.h"
-#include "ServiceChecks.h"
+#include "ServedPipe.h"
 #include "ServicePipes.h"
 #include "Subcommands.h"
 #include "Terminal.h"

@@ -5,19 +5,13 @@
 #include <algorithm>
 #include <chrono>
 
+#include "ServedPipe.h"
 #include "ServicePipes.h"
 
 namespace wrb {
 namespace {
 
 constexpr std::chrono::seconds kPoll{2};
-
-// A pipe without a free instance is there, too: the system then answers that the time is up.
-bool PipeExists(const wchar_t* name) {
-    constexpr DWORD kShortestWait = 1;
-    return WaitNamedPipeW((L"\\\\.\\pipe\\" + std::wstring(name)).c_str(), kShortestWait) ||
-           GetLastError() != ERROR_FILE_NOT_FOUND;
-}
 
 }  // namespace
 
@@ -40,7 +34,7 @@ void BackEndWatch::Run() noexcept {
 
 void BackEndWatch::Look() {
     const uint64_t now = GetTickCount64();
-    if (PipeExists(kDbServerPipe)) {
+    if (IsServed(kDbServerPipe)) {
         if (m_told) {
             m_listener.found(static_cast<unsigned>((now - m_missingSince) / 1'000));
         }
