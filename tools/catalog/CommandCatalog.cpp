@@ -22,4 +22,10 @@ const CommandEntry* FindCommand(std::string_view name) {
     return row == std::end(kCatalog) ? nullptr : &*row;
 }
 
+const CommandEntry* FindCommand(std::wstring_view name) {
+    const auto isNamed = [name](const CommandEntry& entry) { return std::ranges::equal(entry.name, name); };
+    const auto row = std::ranges::find_if(kCatalog, isNamed);
+    return row == std::end(kCatalog) ? nullptr : &*row;
+}
+
 }  // namespace wrb

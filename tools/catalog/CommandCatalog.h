@@ -27,6 +27,8 @@ struct CommandEntry {
 // In the table's order, which is also the order of the counter slots.
 std::span<const CommandEntry> CommandCatalog();
 
+// Null for a name that the table does not have.
 const CommandEntry* FindCommand(std::string_view name);
+const CommandEntry* FindCommand(std::wstring_view name);
 
 }  // namespace wrb

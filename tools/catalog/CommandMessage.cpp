@@ -28,12 +28,6 @@ int NumberOf(std::string_view name) {
     return number;
 }
 
-const CommandEntry* EntryOf(std::wstring_view name) {
-    return std::ranges::all_of(name, [](wchar_t c) { return c < 0x80; })
-               ? FindCommand(std::string(name.begin(), name.end()))
-               : nullptr;
-}
-
 }  // namespace
 
 std::vector<std::string> FieldNames(std::string_view layout) {
@@ -59,7 +53,7 @@ CommandMessage ReadCommandMessage(std::wstring_view message) {
     CommandMessage parts;
     parts.fields = Split(message.substr(0, message.find(L'\0')), std::wstring_view(L"\t"));
     parts.name = parts.fields[0];
-    parts.entry = EntryOf(parts.name);
+    parts.entry = FindCommand(parts.name);
     if (parts.entry != nullptr) {
         const std::size_t place = parts.entry->Answers() ? 2 : 1;
         const std::string_view before = parts.entry->Answers() ? "reply pipe, uid" : "uid";

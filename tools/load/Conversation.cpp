@@ -31,7 +31,7 @@ bool Send(CPipeClient& client, const std::wstring& message) {
 }  // namespace
 
 void CommandTally::Count(Counts& counts, const std::wstring& command) {
-    if (const CommandEntry* const entry = FindCommand(WideToUtf8(command)); entry != nullptr) {
+    if (const CommandEntry* const entry = FindCommand(command); entry != nullptr) {
         ++counts[static_cast<std::size_t>(entry - CommandCatalog().data())];
     }
 }

@@ -43,7 +43,7 @@ std::optional<MixEntry> ParseLine(std::string_view line) {
     if (error != std::errc() || *end != '\0' || entry.weight == 0 || entry.weight > kMostWeight) {
         throw std::invalid_argument("\"" + weight + "\" is no weight from 1 to 1000000");
     }
-    const CommandEntry* const command = words.size() < 2 ? nullptr : FindCommand(WideToUtf8(words[1]));
+    const CommandEntry* const command = words.size() < 2 ? nullptr : FindCommand(words[1]);
     if (command == nullptr) {
         throw std::invalid_argument("no such command; 'wrbctl commands' lists them");
     }

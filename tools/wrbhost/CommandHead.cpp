@@ -16,17 +16,6 @@ std::wstring_view TakeField(std::wstring_view& text) {
     return field;
 }
 
-const CommandEntry* FindEntry(std::wstring_view name) {
-    std::string narrow;
-    for (const wchar_t c : name) {
-        if (c > 0x7F) {
-            return nullptr;
-        }
-        narrow += static_cast<char>(c);
-    }
-    return FindCommand(narrow);
-}
-
 }  // namespace
 
 CommandHead ReadCommandHead(std::string_view message) {
@@ -34,7 +23,7 @@ CommandHead ReadCommandHead(std::string_view message) {
     const std::size_t count = std::min(message.size() / sizeof(wchar_t), kHeadCharacters);
     std::memcpy(characters, message.data(), count * sizeof(wchar_t));
     std::wstring_view text(characters, count);
-    const CommandEntry* const entry = FindEntry(TakeField(text));
+    const CommandEntry* const entry = FindCommand(TakeField(text));
     if (entry == nullptr) {
         return {};
     }
