@@ -93,8 +93,9 @@ AllAgentsValues ReadAllAgents(const ScanGroup& group) {
         const std::wstring table = TableOf(*setting.row, group.kind);
         const auto [listing, isNew] = listings.try_emplace(table);
         if (isNew &&
-            !ReadDbListing({.table = table, .search = std::to_wstring(static_cast<int>(group.type)), .rows = 500},
-                           listing->second)) {
+            !ReadDbListing(
+                {.table = table, .search = std::to_wstring(static_cast<int>(group.type)), .rows = kMostListedRows},
+                listing->second)) {
             return {};
         }
         all.settings.push_back({&setting, Counted(*setting.row, listing->second)});

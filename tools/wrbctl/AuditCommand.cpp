@@ -19,8 +19,6 @@ constexpr char kExamples[] = R"(Examples:
 Exit codes: 0 done, 1 the database does not list its audit, 2 wrong command line, 3 no back end runs.
 )";
 
-constexpr uint32_t kMostRows = 500;  // of one answer of the database server
-
 struct AuditOptions {
     std::string text;
     uint32_t limit = 50;
@@ -88,7 +86,7 @@ void AddAudit(CLI::App& app, Run& run) {
                                           options, RunAudit, run);
     audit->add_option("text", options->text, "Only rows with this text: an agent, a setting, a user or a value");
     audit->add_option("--limit", options->limit, "Latest rows that are shown")
-        ->check(CLI::Range(uint32_t{1}, kMostRows))
+        ->check(CLI::Range(uint32_t{1}, kMostListedRows))
         ->capture_default_str();
     audit->add_flag("--json", options->json, "Print a JSON array");
 }

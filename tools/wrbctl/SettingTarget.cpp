@@ -70,7 +70,7 @@ int CheckDatabaseServes() {
 }
 
 bool ListAgents(std::vector<std::wstring>& uids, std::size_t most) {
-    DbListQuery query{.table = L"agents", .search = {}, .order = 1, .first = 0, .rows = 500};
+    DbListQuery query{.table = L"agents", .search = {}, .order = 1, .first = 0, .rows = kMostListedRows};
     DbListing page;
     do {
         if (!ReadDbListing(query, page)) {

@@ -9,13 +9,16 @@
 
 namespace wrb {
 
+// The most rows of one answer.
+inline constexpr uint32_t kMostListedRows = 500;
+
 struct DbListQuery {
     std::wstring table;
     std::wstring search{};      // rows with this text in a column; for some tables an exact key. Empty: every row
     uint32_t order = 0;         // the column, from 1; 0: the table's own order
     bool isDescending = false;  // of the column
     uint32_t first = 0;         // rows that are left out
-    uint32_t rows = 50;         // at most; the server gives no more than 500
+    uint32_t rows = 50;         // at most; no more than kMostListedRows come
 };
 
 struct DbListing {

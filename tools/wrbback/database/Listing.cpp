@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "CmdProtocol.h"
+#include "DbListing.h"
 #include "Dialect.h"
 #include "SqlDb.h"
 #include "Text.h"

@@ -11,8 +11,6 @@ namespace wrb {
 
 class SqlDb;
 
-inline constexpr int64_t kMostListedRows = 500;  // of one answer
-
 // `request` stands at the first field after the reply id. Nothing for a table that is not listed. Control characters of
 // the cells are shown as escapes. Throws SqlError.
 std::optional<std::wstring> ListRows(SqlDb& db, CCmdProtocol& request);
