@@ -1,3 +1,4 @@
+#include "AgentUid.h"
 #include "Listing.h"
 #include "Pages.h"
 
@@ -20,7 +21,7 @@ Data RowOf(const Cells& cell) {
     row["time"] = TimeText(ParseInt64(cell(1)));
     row["user"] = TextData(cell(2));
     row["target"] = TextData(cell(3));
-    row["isAgent"] = cell(3).size() == 36;
+    row["isAgent"] = HasUidForm(cell(3));
     row["setting"] = TextData(cell(4));
     row["before"] = TextData(cell(5));
     row["after"] = TextData(cell(6));

@@ -1,7 +1,6 @@
 #include "Mask.h"
 
 #include <algorithm>
-#include <cwctype>
 
 #include "AgentUid.h"
 #include "Bytes.h"
@@ -21,20 +20,6 @@ bool IsNumber(std::wstring_view field) {
     constexpr std::size_t kMostDigits = 20;
     field.remove_prefix(field.starts_with(L'-') ? 1 : 0);
     return field.size() <= kMostDigits && field.find_first_not_of(L"0123456789") == field.npos;
-}
-
-bool IsUid(std::wstring_view field) {
-    constexpr std::wstring_view kForm = L"xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
-    return std::ranges::equal(field, kForm, [](wchar_t c, wchar_t form) {
-        return form == L'-' ? c == L'-' : c < 0x80 && std::iswxdigit(c) != 0;
-    });
-}
-
-std::wstring Lower(std::wstring_view text) {
-    std::wstring lower(text);
-    std::ranges::transform(lower, lower.begin(),
-                           [](wchar_t c) { return c >= L'A' && c <= L'Z' ? wchar_t(c + 32) : c; });
-    return lower;
 }
 
 // Applies `mask` to what is between TABs and line ends.
@@ -101,8 +86,8 @@ std::wstring Mask::Field(std::wstring_view field) {
     if (IsNumber(field)) {  // an empty one is
         return std::wstring(field);
     }
-    const bool isUid = IsUid(field);
-    const std::wstring text = isUid ? Lower(field) : std::wstring(field);
+    const bool isUid = HasUidForm(field);
+    const std::wstring text = isUid ? FoldedUid(field) : std::wstring(field);
     if (const auto known = m_masks.find(text); known != m_masks.end()) {
         return known->second;
     }

@@ -13,23 +13,17 @@
 #include <system_error>
 
 #include "AgentColumns.h"
+#include "AgentUid.h"
 #include "Text.h"
 
 namespace wrb {
 namespace {
 
 constexpr std::size_t kMostFileBytes = 256u << 20;
-constexpr std::string_view kUidForm = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
-
-bool IsUid(const std::wstring& text) {
-    return std::ranges::equal(text, kUidForm, [](wchar_t c, char form) {
-        return form == '-' ? c == L'-' : c < 0x80 && std::isxdigit(static_cast<int>(c)) != 0;
-    });
-}
 
 std::wstring ReadUid(const JsonNode& node) {
     std::wstring uid = node.Text();
-    if (!IsUid(uid)) {
+    if (!HasUidForm(uid)) {
         node.Fail("must be a GUID of the form " + std::string(kUidForm) + ", x a hexadecimal digit");
     }
     return uid;
@@ -140,11 +134,6 @@ std::vector<bool> ReadServiceSwitches(const JsonNode& node) {
     return switches;
 }
 
-std::wstring Folded(std::wstring uid) {
-    std::ranges::transform(uid, uid.begin(), [](wchar_t c) { return c >= L'A' && c <= L'Z' ? c + (L'a' - L'A') : c; });
-    return uid;
-}
-
 bool IsUtf8(const std::string& bytes) {
     return bytes.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(),
                                                 static_cast<int>(bytes.size()), nullptr, 0) != 0;
@@ -183,7 +172,7 @@ SeedData ParseSeed(const std::string& utf8) {
     std::map<std::wstring, std::size_t> seen;
     root.Required("agents").ForEachElement([&](const JsonNode& node) {
         const SeedAgent& agent = seed.agents.emplace_back(ReadAgent(node));
-        const auto [first, isNew] = seen.emplace(Folded(agent.uid), seed.agents.size() - 1);
+        const auto [first, isNew] = seen.emplace(FoldedUid(agent.uid), seed.agents.size() - 1);
         if (!isNew) {
             node.Required("uid").Fail("is the uid of agents[" + std::to_string(first->second) + "] too");
         }
