@@ -70,7 +70,7 @@ void DecodePfwLogTexts(const SWRB_PFW_LOG_ITEM& item, PfwLogTexts& texts) noexce
     CopyInfo(item.wszPVInfo, texts.pvInfo);
 }
 
-void LocalTimeText::Set(uint32_t seconds) noexcept {
+void LocalTimeDigits::Set(uint32_t seconds) noexcept {
     const uint32_t second = seconds % kMinute;
     if (seconds / kMinute != m_minute) {
         const auto time = static_cast<std::time_t>(seconds - second);

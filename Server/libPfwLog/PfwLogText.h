@@ -22,7 +22,7 @@ void DecodePfwLogTexts(const SWRB_PFW_LOG_ITEM& item, PfwLogTexts& texts) noexce
 
 // Times as the server's local time. Converting a time zone costs more than all the rest of a record, and records of one
 // file lie close together: the minute converted last is kept. One thread at a time.
-class LocalTimeText {
+class LocalTimeDigits {
   public:
     // Seconds since 1970-01-01 00:00 UTC.
     void Set(uint32_t seconds) noexcept;

@@ -1,9 +1,9 @@
 #include "Listing.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <cstdio>
+
+#include "CalendarTime.h"
 
 namespace wrb {
 namespace {
@@ -107,20 +107,8 @@ View ShowList(const ListSource& source, const Request& request, Data (*rowOf)(co
 }
 
 std::string TimeText(int64_t calendarSeconds) {
-    constexpr int64_t kTicksPerSecond = 10'000'000;
-    constexpr int64_t kSecondsTo1970 = 11'644'473'600;  // from 1601, the begin of file times
-    const auto ticks = static_cast<uint64_t>((calendarSeconds + kSecondsTo1970) * kTicksPerSecond);
-    const FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
-    SYSTEMTIME universal{};
-    SYSTEMTIME local{};
-    if (calendarSeconds <= 0 || !FileTimeToSystemTime(&time, &universal) ||
-        !SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local)) {
-        return "never";
-    }
-    char text[32];
-    std::snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u", local.wYear, local.wMonth, local.wDay,
-                  local.wHour, local.wMinute, local.wSecond);
-    return text;
+    const std::wstring text = calendarSeconds > 0 ? LocalTimeText(calendarSeconds) : std::wstring();
+    return text.empty() ? "never" : WideToUtf8(text);
 }
 
 }  // namespace wrb

@@ -39,7 +39,7 @@ using Cells = std::function<const std::wstring&(std::size_t column)>;
 // template's values of a row.
 View ShowList(const ListSource& source, const Request& request, Data (*rowOf)(const Cells& cell));
 
-// "2 min ago" is for people near the server; tables have the time itself, "2024-01-31 23:59:59" in local time.
+// "2024-01-31 23:59:59" in local time; "never" for a time before 1970, 0, or one that the calendar cannot hold.
 std::string TimeText(int64_t calendarSeconds);
 
 }  // namespace wrb

@@ -2,7 +2,6 @@
 
 #include <json/writer.h>
 
-#include <ctime>
 #include <iterator>
 #include <memory>
 #include <sstream>
@@ -88,16 +87,6 @@ void AppendAddress(std::wstring& row, const wchar_t* key, const wchar_t* address
 }
 
 }  // namespace
-
-std::wstring LocalTimeText(int64_t seconds) {
-    const auto time = static_cast<std::time_t>(seconds);
-    std::tm local{};
-    if (localtime_s(&local, &time) != 0) {
-        return {};
-    }
-    return FormatWide(L"%04d-%02d-%02d %02d:%02d:%02d", local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
-                      local.tm_hour, local.tm_min, local.tm_sec);
-}
 
 std::wstring CfwLogRow(const FirewallLogEntry& entry) {
     CCmdProtocol process;

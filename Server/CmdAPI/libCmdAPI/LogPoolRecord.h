@@ -34,7 +34,4 @@ std::wstring CfwLogRow(const FirewallLogEntry& entry);
 // The same by the JSON writer: 0, or what the writer reports.
 int RestoreLogRow(const RestoreLog& log, std::wstring& text);
 
-// Local time as "2024-01-31 23:59:59"; seconds that the calendar cannot hold are an empty text.
-std::wstring LocalTimeText(int64_t seconds);
-
 }  // namespace wrb

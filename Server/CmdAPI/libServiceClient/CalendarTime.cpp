@@ -47,3 +47,13 @@ int64_t ConvertDateTime(const wchar_t* date, const wchar_t* time, int standardTi
     const std::time_t seconds = std::mktime(&local);
     return seconds == -1 ? 0 : seconds;
 }
+
+std::wstring wrb::LocalTimeText(int64_t seconds) {
+    const auto time = static_cast<std::time_t>(seconds);
+    std::tm local{};
+    if (localtime_s(&local, &time) != 0) {
+        return {};
+    }
+    return FormatWide(L"%04d-%02d-%02d %02d:%02d:%02d", local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
+                      local.tm_hour, local.tm_min, local.tm_sec);
+}

@@ -18,7 +18,7 @@ std::wstring Calendar(uint32_t seconds, const char* format) {
 template <typename Item>
 std::size_t ReadAll(MemoryFile& file) {
     wrb::PfwLogReader reader(&file, sizeof(Item));
-    wrb::LocalTimeText time;
+    wrb::LocalTimeDigits time;
     wrb::PfwLogTexts texts;
     std::size_t records = 0;
     for (; const void* record = reader.Next(); ++records) {

@@ -1,6 +1,6 @@
 // Log rows and events for the store. What is accepted fits its columns.
+#include "CalendarTime.h"
 #include "Fuzz.h"
-#include "LogPoolRecord.h"
 #include "RecordParser.h"
 
 namespace {

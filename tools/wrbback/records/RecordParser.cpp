@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "AgentUid.h"
+#include "CalendarTime.h"
 #include "Clock.h"
 #include "LogPoolRecord.h"
 #include "MsgSerializer.h"

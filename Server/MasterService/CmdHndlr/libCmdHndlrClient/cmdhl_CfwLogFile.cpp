@@ -85,7 +85,7 @@ class RecordForwarder {
     const wchar_t* m_uid;
     CfwUpload& m_upload;
     Undelivered& m_lost;
-    LocalTimeText m_time;
+    LocalTimeDigits m_time;
     PfwLogTexts m_texts;
 };
 
