@@ -5,6 +5,7 @@
 
 #include "Base64.h"
 #include "CryptoFailure.h"
+#include "KeyedHash.h"
 #include "Text.h"
 
 namespace wrb {
@@ -51,17 +52,10 @@ std::optional<ProtectionKey> ParseProtectionKey(std::wstring_view hex) noexcept 
 
 std::wstring MakeProtectionKey() {
     ProtectionKey key;
-    Check(BCryptGenRandom(nullptr, key.data(), static_cast<ULONG>(key.size()), BCRYPT_USE_SYSTEM_PREFERRED_RNG),
-          "BCryptGenRandom");
-    std::wstring digits;
-    for (const uint8_t byte : key) {
-        digits += FormatWide(L"%02x", byte);
-    }
-    return digits;
+    FillRandom(key);
+    return Utf8ToWide(HexDigits(key));
 }
 
-// The key by value: the system takes a pointer to what it does not change. It is not wiped, for the INI cache that it
-// comes from keeps it as long as the process lives.
 StringProtection::StringProtection(ProtectionKey key) {
     Check(BCryptOpenAlgorithmProvider(m_algorithm.Receive(), BCRYPT_AES_ALGORITHM, nullptr, 0),
           "BCryptOpenAlgorithmProvider");

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "Mask.h"
+#include "StringProtection.h"
 #include "Text.h"
 #include "VisibleText.h"
 
@@ -40,16 +41,15 @@ bool IsSameField(std::wstring_view recorded, std::wstring_view replayed) {
 }
 
 bool IsSameLine(std::wstring_view recorded, std::wstring_view replayed, bool isMasked) {
-    constexpr std::wstring_view kProtected = L"!CRYPT!";
     if (recorded == replayed) {
         return true;
     }
     if (isMasked) {
         return std::ranges::equal(SplitAt(recorded, L'\t'), SplitAt(replayed, L'\t'), IsSameField);
     }
-    const std::size_t at = recorded.find(kProtected);
-    return at != recorded.npos &&
-           recorded.substr(0, at + kProtected.size()) == replayed.substr(0, at + kProtected.size());
+    const std::size_t at = recorded.find(kProtectedPrefix);
+    return at != recorded.npos && recorded.substr(0, at) == replayed.substr(0, at) &&
+           replayed.substr(at).starts_with(kProtectedPrefix);
 }
 
 struct Edit {

@@ -13,6 +13,7 @@
 #include "IgnoringCase.h"
 #include "NearestName.h"
 #include "SettingCatalog.h"
+#include "StringProtection.h"
 #include "Text.h"
 #include "TicketSettings.h"
 
@@ -139,8 +140,7 @@ class IniChecker {
     }
 
     void CheckValue(const IniKey& known, const std::wstring& key, std::wstring_view value) {
-        if (key == L"StringProtectionKey" &&
-            (value.size() != 64 || value.find_first_not_of(L"0123456789abcdefABCDEF") != value.npos)) {
+        if (EqualIgnoringCase(key, kProtectionKeyName) && !ParseProtectionKey(value)) {
             Error(Quoted(key) + " is not 64 hexadecimal digits: the server has no protection key");
         }
         if (known.isText || value.empty()) {

@@ -7,6 +7,7 @@
 #include "ExitCode.h"
 #include "JsonText.h"
 #include "SettingTarget.h"
+#include "StringProtection.h"
 #include "Subcommands.h"
 #include "Terminal.h"
 #include "Text.h"
@@ -40,7 +41,7 @@ struct Comparison {
 
     void Add(std::size_t side, const std::vector<Explanation>& lines) {
         for (const Explanation& line : lines) {
-            if (line.source == SettingSource::Request || line.value.starts_with(L"!CRYPT!")) {
+            if (line.source == SettingSource::Request || line.value.starts_with(kProtectedPrefix)) {
                 continue;
             }
             const auto [place, isNew] = values.try_emplace({line.section, line.key});
