@@ -5,6 +5,8 @@
 #include <numeric>
 #include <vector>
 
+#include "Text.h"
+
 namespace wrb {
 namespace {
 
@@ -35,6 +37,10 @@ std::wstring_view NearestName(std::wstring_view text, std::span<const std::wstri
         }
     }
     return nearest;
+}
+
+std::string DidYouMean(std::wstring_view nearest) {
+    return nearest.empty() ? std::string() : "; did you mean \"" + WideToUtf8(nearest) + "\"?";
 }
 
 }  // namespace wrb

@@ -33,10 +33,6 @@ std::string Quoted(std::wstring_view text) {
     return "\"" + WideToUtf8(text) + "\"";
 }
 
-std::string Suggest(std::wstring_view nearest) {
-    return nearest.empty() ? std::string() : "; did you mean " + Quoted(nearest) + "?";
-}
-
 bool IsUtf8(std::string_view bytes) {
     return MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(), static_cast<int>(bytes.size()), nullptr,
                                0) > 0;
@@ -113,7 +109,7 @@ class IniChecker {
                     names.push_back(section.name);
                 }
             }
-            Warn("the server does not read the section " + Quoted(name) + Suggest(NearestName(name, names)));
+            Warn("the server does not read the section " + Quoted(name) + DidYouMean(NearestName(name, names)));
         }
     }
 
@@ -133,7 +129,8 @@ class IniChecker {
         if (known == nullptr) {
             std::vector<std::wstring_view> names;
             std::ranges::transform(m_section->keys, std::back_inserter(names), &IniKey::name);
-            Error("[" + WideToUtf8(m_section->name) + "] has no key " + Quoted(key) + Suggest(NearestName(key, names)));
+            Error("[" + WideToUtf8(m_section->name) + "] has no key " + Quoted(key) +
+                  DidYouMean(NearestName(key, names)));
         } else {
             CheckValue(*known, key, value);
         }

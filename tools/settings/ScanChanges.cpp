@@ -5,6 +5,7 @@
 #include "AgentSections.h"
 #include "INICache.h"
 #include "IgnoringCase.h"
+#include "NearestName.h"
 #include "ScanRowText.h"
 #include "SettingValue.h"
 #include "Text.h"
@@ -12,13 +13,6 @@
 #include "cmdhm_ScanCfgUpdate.h"
 
 namespace wrb {
-namespace {
-
-std::string Suggest(std::wstring_view nearest) {
-    return nearest.empty() ? std::string() : "; did you mean \"" + WideToUtf8(nearest) + "\"?";
-}
-
-}  // namespace
 
 std::optional<SettingAssignment> ParseAssignment(std::wstring_view text, std::string& wrong) {
     const std::size_t equals = text.find(L'=');
@@ -33,13 +27,13 @@ std::optional<SettingAssignment> ParseAssignment(std::wstring_view text, std::st
         const bool isKnown = std::ranges::any_of(
             KnownSections(), [&](std::wstring_view known) { return EqualIgnoringCase(known, name.section); });
         wrong = isKnown ? "[" + WideToUtf8(name.section) + "] cannot be changed here, only the twelve scan sections"
-                        : "no section \"" + WideToUtf8(name.section) + "\"" + Suggest(NearestSection(name.section));
+                        : "no section \"" + WideToUtf8(name.section) + "\"" + DidYouMean(NearestSection(name.section));
         return std::nullopt;
     }
     const SettingInfo* const setting = FindSetting(*group, name.key);
     if (setting == nullptr) {
         wrong = "[" + WideToUtf8(group->section) + "] has no key \"" + WideToUtf8(name.key) + "\"" +
-                Suggest(NearestKey(*group, name.key));
+                DidYouMean(NearestKey(*group, name.key));
         return std::nullopt;
     }
     return SettingAssignment{setting, std::wstring(text.substr(equals + 1))};

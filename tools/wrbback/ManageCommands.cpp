@@ -16,6 +16,7 @@
 #include "Store.h"
 #include "StoreSchema.h"
 #include "Text.h"
+#include "TextSearch.h"
 #include "VisibleText.h"
 
 namespace wrb {
@@ -39,11 +40,6 @@ std::vector<std::string> TablesOfAgents() {
     return tables;
 }
 
-bool Contains(const std::wstring& text, std::wstring_view part) {
-    return FindStringOrdinal(FIND_FROMSTART, text.data(), static_cast<int>(text.size()), part.data(),
-                             static_cast<int>(part.size()), TRUE) >= 0;
-}
-
 std::vector<AgentRow> FindAgents(SqlDb& db, const std::wstring& filter) {
     std::string columns;
     for (const auto& column : kAgentColumns) {
@@ -55,7 +51,7 @@ std::vector<AgentRow> FindAgents(SqlDb& db, const std::wstring& filter) {
         for (int i = 0; i < read.Columns(); ++i) {
             row.push_back(read.Text(i));
         }
-        if (std::ranges::any_of(row, [&](const std::wstring& text) { return Contains(text, filter); })) {
+        if (std::ranges::any_of(row, [&](const std::wstring& text) { return ContainsIgnoringCase(text, filter); })) {
             agents.push_back(std::move(row));
         }
     }

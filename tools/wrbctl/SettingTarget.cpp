@@ -16,10 +16,6 @@
 namespace wrb {
 namespace {
 
-std::string Suggestion(std::wstring_view nearest) {
-    return nearest.empty() ? std::string() : "; did you mean \"" + WideToUtf8(nearest) + "\"?";
-}
-
 // A section's name may have a point.
 SettingName NameOf(const std::wstring& text) {
     const std::vector<std::wstring_view> known = KnownSections();
@@ -33,7 +29,7 @@ int FailUnknownSection(const std::wstring& section) {
     const std::wstring_view nearest = NearestName(section, known);
     return EqualIgnoringCase(nearest, section)
                ? Fail(kExitFailed, "[" + WideToUtf8(section) + "] is empty for this agent, or has no server-wide form")
-               : Fail(kExitUsage, "no section \"" + WideToUtf8(section) + "\"" + Suggestion(nearest));
+               : Fail(kExitUsage, "no section \"" + WideToUtf8(section) + "\"" + DidYouMean(nearest));
 }
 
 const char* WhyUnreadable(const std::wstring& uid, const std::wstring& section) {
@@ -50,7 +46,7 @@ int KeepKey(const SettingName& name, std::vector<Explanation>& lines) {
     std::erase_if(lines, [&](const Explanation& line) { return !EqualIgnoringCase(line.key, name.key); });
     const std::vector<std::wstring_view> candidates(keys.begin(), keys.end());
     return lines.empty() ? Fail(kExitUsage, "[" + WideToUtf8(name.section) + "] has no key \"" + WideToUtf8(name.key) +
-                                                "\"" + Suggestion(NearestName(name.key, candidates)))
+                                                "\"" + DidYouMean(NearestName(name.key, candidates)))
                          : kExitOk;
 }
 
