@@ -16,6 +16,7 @@
 #include "StringProtection.h"
 #include "Text.h"
 #include "TicketSettings.h"
+#include "Utf8.h"
 
 namespace wrb {
 namespace {
@@ -31,11 +32,6 @@ std::wstring_view Trim(std::wstring_view text) {
 
 std::string Quoted(std::wstring_view text) {
     return "\"" + WideToUtf8(text) + "\"";
-}
-
-bool IsUtf8(std::string_view bytes) {
-    return MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(), static_cast<int>(bytes.size()), nullptr,
-                               0) > 0;
 }
 
 bool HasOtherThanAscii(std::string_view bytes) {

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "CounterSection.h"
+#include "Handle.h"
 #include "HomeFolder.h"
 #include "LogLevel.h"
 #include "MailFolder.h"
@@ -58,12 +59,9 @@ StatusItem CheckIni(const std::wstring& home, const wchar_t* file, int64_t cache
 Json::UInt64 FilesIn(const std::wstring& pattern) {
     WIN32_FIND_DATAW found{};
     Json::UInt64 count = 0;
-    const HANDLE search = FindFirstFileW(pattern.c_str(), &found);
-    if (search != INVALID_HANDLE_VALUE) {
-        do {
-            ++count;
-        } while (FindNextFileW(search, &found));
-        FindClose(search);
+    const SearchHandle search(FindFirstFileW(pattern.c_str(), &found));
+    for (BOOL more = static_cast<bool>(search); more; more = FindNextFileW(search.Get(), &found)) {
+        ++count;
     }
     return count;
 }

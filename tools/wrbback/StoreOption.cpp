@@ -1,12 +1,12 @@
 #include <windows.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
 
 #include "Commands.h"
 #include "Console.h"
+#include "Environment.h"
 #include "ExitCode.h"
 #include "HomeFolder.h"
 #include "SqlAddress.h"
@@ -24,14 +24,6 @@ constexpr DWORD kAddressCharacters = 4096;
 
 std::wstring ServerIni() {
     return HomeFolder() + L"Private\\wrbserver.ini";
-}
-
-// Empty: the variable is not set.
-std::wstring EnvironmentStore() {
-    std::wstring address(kAddressCharacters, L'\0');
-    address.resize(
-        std::min(GetEnvironmentVariableW(L"WRB_STORE", address.data(), kAddressCharacters), kAddressCharacters - 1));
-    return address;
 }
 
 // Empty: the file does not name a store.
@@ -55,7 +47,7 @@ void RequireFileName(const std::wstring& name) {
 }
 
 std::string StoreOf(const std::string& option) {
-    const std::string named = option.empty() ? WideToUtf8(EnvironmentStore()) : option;
+    const std::string named = option.empty() ? WideToUtf8(ReadEnvironment(L"WRB_STORE").value_or(L"")) : option;
     const std::string store = named.empty() ? StoreOfService() : named;
     if (const SqlAddress address = ParseSqlAddress(Utf8ToWide(store)); !address.isOdbc) {
         RequireFileName(address.target);

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "HomeFolder.h"
 #include "SystemText.h"
 #include "Text.h"
 
@@ -15,12 +16,6 @@ bool Bind(HMODULE module, const char* name, Function& function) {
     // By way of void*: a function pointer may not be cast to one of another type without a warning.
     function = reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
     return function != nullptr;
-}
-
-std::wstring ProgramPath() {
-    std::wstring path(32768, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return path;
 }
 
 }  // namespace
@@ -43,7 +38,7 @@ std::string CommandLibrary::Load(const std::wstring& path) {
 }
 
 std::wstring DefaultLibraryPath() {
-    return std::filesystem::path(ProgramPath()).replace_filename(L"libCmdHndlrClient.dll").wstring();
+    return ProgramFolder() + L"libCmdHndlrClient.dll";
 }
 
 }  // namespace wrb

@@ -15,6 +15,7 @@
 #include "AgentColumns.h"
 #include "AgentUid.h"
 #include "Text.h"
+#include "Utf8.h"
 
 namespace wrb {
 namespace {
@@ -132,11 +133,6 @@ std::vector<bool> ReadServiceSwitches(const JsonNode& node) {
         switches.push_back(!member || member->Bool());
     }
     return switches;
-}
-
-bool IsUtf8(const std::string& bytes) {
-    return bytes.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(),
-                                                static_cast<int>(bytes.size()), nullptr, 0) != 0;
 }
 
 Json::Value ParseJson(const std::string& utf8) {
