@@ -1,7 +1,5 @@
 #include "LogLevel.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <iterator>
 #include <string>
@@ -9,13 +7,14 @@
 #include "CmdProtocol.h"
 #include "LogFilter.h"
 #include "PipeClient.h"
+#include "Polling.h"
 #include "ServicePipes.h"
 #include "Text.h"
 
 namespace wrb {
 namespace {
 
-constexpr DWORD kPollMilliseconds = 10;
+constexpr uint32_t kPollMilliseconds = 10;
 
 constexpr LogLevelRow kLevels[] = {
     {"F", LogFilterWord(kRankFatal), "fatal only"},
@@ -46,17 +45,6 @@ LogLevelChange SendLevel(const LogLevelRow& row) {
     return client.Send(text.c_str(), bytes) ? LogLevelChange::Done : LogLevelChange::CannotSend;
 }
 
-bool AwaitWord(uint32_t word, double timeoutSeconds) {
-    const ULONGLONG deadline = GetTickCount64() + static_cast<ULONGLONG>(timeoutSeconds * 1000);
-    while (CurrentLogWord() != word) {
-        if (GetTickCount64() >= deadline) {
-            return false;
-        }
-        Sleep(kPollMilliseconds);
-    }
-    return true;
-}
-
 }  // namespace
 
 std::span<const LogLevelRow> LogLevels() {
@@ -80,7 +68,10 @@ LogLevelChange ChangeLogLevel(const LogLevelRow& row, double timeoutSeconds) {
     if (const LogLevelChange sent = SendLevel(row); sent != LogLevelChange::Done) {
         return sent;
     }
-    return AwaitWord(row.word, timeoutSeconds) ? LogLevelChange::Done : LogLevelChange::NotInTime;
+    const auto isChanged = [&row] { return CurrentLogWord() == row.word; };
+    return PollUntil(isChanged, static_cast<uint64_t>(timeoutSeconds * 1000), kPollMilliseconds)
+               ? LogLevelChange::Done
+               : LogLevelChange::NotInTime;
 }
 
 }  // namespace wrb

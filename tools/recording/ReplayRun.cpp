@@ -1,13 +1,12 @@
 #include "ReplayRun.h"
 
-#include <windows.h>
-
 #include <chrono>
 #include <cwchar>
 #include <functional>
 
 #include "Bytes.h"
 #include "Conversation.h"
+#include "Polling.h"
 #include "RecordingFile.h"
 #include "ServicePipes.h"
 
@@ -77,15 +76,17 @@ Replayed ReplayRun::Send(const ReplayItem& item, const CommandMessage& parts) {
 
 // `next`: the trace's next record before the command was sent.
 void ReplayRun::AwaitEnd(uint64_t next, const CommandMessage& parts) {
-    const uint64_t deadline = GetTickCount64() + kEndMilliseconds;
-    for (TracedCommand traced; GetTickCount64() < deadline; Sleep(1)) {
+    TracedCommand traced;
+    const auto hasEnded = [&] {
         for (const uint64_t end = m_trace->Look(); next < end; ++next) {
             if (m_trace->Read(next, traced) && IsTextOf(traced.command, std::size(traced.command), parts.name) &&
                 IsTextOf(traced.uid, std::size(traced.uid), parts.uid)) {
-                return;
+                return true;
             }
         }
-    }
+        return false;
+    };
+    PollUntil(hasEnded, kEndMilliseconds, 1);
 }
 
 }  // namespace wrb

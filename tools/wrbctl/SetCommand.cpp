@@ -10,6 +10,7 @@
 #include "DbListing.h"
 #include "Failure.h"
 #include "JsonText.h"
+#include "Polling.h"
 #include "ScanChanges.h"
 #include "SettingTarget.h"
 #include "Subcommands.h"
@@ -186,17 +187,6 @@ void WriteAudit(const GroupChange& group, const std::wstring& uid) {
     }
 }
 
-bool AwaitStored(const GroupChange& change, const std::wstring& uid) {
-    const uint64_t deadline = GetTickCount64() + kStoreMilliseconds;
-    while (!IsStored(change, uid)) {
-        if (GetTickCount64() >= deadline) {
-            return false;
-        }
-        Sleep(kPollMilliseconds);
-    }
-    return true;
-}
-
 int Write(const Plan& plan) {
     Progress progress("writing agents", plan.changed.size());
     for (const std::wstring& uid : plan.changed) {
@@ -205,7 +195,7 @@ int Write(const Plan& plan) {
             if (!StoreChange(group, uid)) {
                 return Fail(kExitFailed, "cannot write to " + target + "; the debug log says why");
             }
-            if (!AwaitStored(group, uid)) {
+            if (!PollUntil([&] { return IsStored(group, uid); }, kStoreMilliseconds, kPollMilliseconds)) {
                 return Fail(kExitTimedOut, target + " still has the old values of [" +
                                                WideToUtf8(group.group->section) + "] after 10 s");
             }

@@ -13,6 +13,7 @@
 #include "Failure.h"
 #include "Fwlog.h"
 #include "HomeFolder.h"
+#include "Polling.h"
 #include "SettingTarget.h"
 #include "Subcommands.h"
 #include "Text.h"
@@ -93,14 +94,14 @@ int Send(const std::wstring& uid, const std::wstring& package, const std::wstrin
 }
 
 int AwaitRows(const std::wstring& uid, uint64_t before, uint64_t records) {
-    const uint64_t deadline = GetTickCount64() + kRowsMilliseconds;
     uint64_t rows = 0;
-    while (rows < records && GetTickCount64() < deadline) {
-        Sleep(kPollMilliseconds);
+    const auto haveArrived = [&] {
         rows = std::max(CountRows(uid).value_or(before), before) - before;  // old rows may have been deleted
-    }
+        return rows >= records;
+    };
+    const bool isWhole = PollUntil(haveArrived, kRowsMilliseconds, kPollMilliseconds);
     PrintOut(std::to_string(rows) + " of " + std::to_string(records) + " records arrived in the log pool\n");
-    return rows >= records ? kExitOk : kExitTimedOut;
+    return isWhole ? kExitOk : kExitTimedOut;
 }
 
 int RunUpload(const UploadOptions& options) {
