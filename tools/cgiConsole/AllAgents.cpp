@@ -110,10 +110,7 @@ std::string CountsText(const AllAgentsValues::Setting& setting) {
     std::string text;
     for (std::size_t i = 0; i < std::min(kShown, setting.counts.size()); ++i) {
         const auto& [value, agents] = setting.counts[i];
-        const std::string name = setting.setting->kind == SettingKind::Switch ? (value == L"1" ? "on" : "off")
-                                 : value.empty()                              ? "empty"
-                                                                              : WideToUtf8(value);
-        text += (i == 0 ? "" : "; ") + name + " (" + std::to_string(agents) + ")";
+        text += (i == 0 ? "" : "; ") + setting.setting->Shown(value) + " (" + std::to_string(agents) + ")";
     }
     const std::size_t more = setting.counts.size() - std::min(kShown, setting.counts.size());
     return text + (more == 0 ? "" : "; " + std::to_string(more) + " other values");

@@ -15,13 +15,6 @@ namespace {
 
 constexpr std::wstring_view kEverySection = L"*";
 
-std::string ShownText(const SettingInfo& setting, const std::wstring& text) {
-    if (setting.kind == SettingKind::Switch) {
-        return text == L"1" ? "on" : "off";
-    }
-    return text.empty() ? "empty" : WideToUtf8(text);
-}
-
 // The scan setting that a line shows; null for other lines.
 const SettingInfo* SettingOf(const Explanation& line) {
     const ScanGroup* const group = FindScanSection(line.section);
@@ -73,8 +66,8 @@ Data Difference(const SettingChange& change) {
     row["section"] = TextData(change.setting->group->section);
     row["label"] = change.setting->help->label;
     row["key"] = TextData(change.setting->Key());
-    row["other"] = ShownText(*change.setting, change.before);
-    row["agent"] = ShownText(*change.setting, change.after);
+    row["other"] = change.setting->Shown(change.before);
+    row["agent"] = change.setting->Shown(change.after);
     return row;
 }
 

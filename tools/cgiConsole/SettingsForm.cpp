@@ -56,21 +56,13 @@ Data Options(const SettingInfo& setting, const std::wstring& value) {
     return options;
 }
 
-std::string DefaultText(const SettingInfo& setting) {
-    const std::wstring text = setting.Default();
-    if (setting.kind == SettingKind::Switch) {
-        return text == L"1" ? "on" : "off";
-    }
-    return text.empty() ? "empty" : WideToUtf8(text);
-}
-
 Data Control(const SettingInfo& setting, const std::wstring& stored, const ControlNote* note) {
     const std::wstring& value = note != nullptr ? note->typed : stored;
     Data control;
     control["key"] = TextData(setting.Key());
     control["label"] = setting.help->label;
     control["help"] = setting.help->text;
-    control["default"] = DefaultText(setting);
+    control["default"] = setting.Shown(setting.Default());
     control["value"] = TextData(value);
     control["was"] = TextData(stored);
     control["switch"] = setting.kind == SettingKind::Switch;

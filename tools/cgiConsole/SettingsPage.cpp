@@ -263,9 +263,7 @@ View PreviewView(const Subject& subject, const Merged& merged, const AllAgentsVa
         row["label"] = now.setting->help->label;
         row["key"] = TextData(now.setting->Key());
         row["before"] = CountsText(now);
-        row["after"] = now.setting->kind == SettingKind::Switch ? Data(after == L"1" ? "on" : "off")
-                       : after.empty()                          ? Data("empty")
-                                                                : TextData(after);
+        row["after"] = now.setting->Shown(after);
         row["value"] = TextData(after);
         row["changes"] = !isSame;
         rows.push_back(row);

@@ -5,6 +5,7 @@
 #include "IgnoringCase.h"
 #include "NearestName.h"
 #include "ScanRowText.h"
+#include "Text.h"
 
 namespace wrb {
 namespace {
@@ -82,6 +83,13 @@ std::string SettingInfo::Range() const {
         text += (i == 0 ? "" : i + 1 < numbers.size() ? ", " : " or ") + std::to_string(numbers[i]);
     }
     return text;
+}
+
+std::string SettingInfo::Shown(std::wstring_view value) const {
+    if (kind == SettingKind::Switch) {
+        return value == L"1" ? "on" : "off";
+    }
+    return value.empty() ? "empty" : WideToUtf8(value);
 }
 
 bool SettingInfo::IsSetFor(bool agent) const noexcept {

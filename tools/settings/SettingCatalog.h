@@ -41,6 +41,9 @@ struct SettingInfo {
     // What a value may be, for people: "0 or 1", "0 to 255 layers", "a text".
     std::string Range() const;
 
+    // A value for people: "on" or "off" for a switch, "empty" for an empty text, else as it is. UTF-8.
+    std::string Shown(std::wstring_view value) const;
+
     // The database keeps one move folder, so an agent's second one cannot be set.
     bool IsSetFor(bool agent) const noexcept;
 };
