@@ -217,10 +217,6 @@ std::wstring TargetOf(const Subject& subject) {
                                                  : L"server-wide defaults";
 }
 
-std::wstring NameOf(const SettingInfo& setting) {
-    return std::wstring(setting.Section()) + L"." + std::wstring(setting.Key());
-}
-
 View StoredView(const Subject& subject, std::size_t count) {
     View view;
     view.location = AddressOf(subject, *subject.group) + L"&stored=" + std::to_wstring(count);
@@ -243,7 +239,7 @@ View StoreOne(const Request& request, const Subject& subject, const Source& give
     }
     std::vector<AuditEntry> entries;
     for (const SettingChange& change : merged.change.changes) {
-        entries.push_back({NameOf(*change.setting), change.before, change.after});
+        entries.push_back({change.setting->Name(), change.before, change.after});
     }
     AddAudit(request, TargetOf(subject), entries);
     return StoredView(subject, entries.size());
@@ -297,7 +293,7 @@ View WriteAll(const Request& request, const Subject& subject, const GroupChange&
     for (const AllAgentsValues::Setting& now : all.settings) {
         const std::wstring after = ScanRowText(*now.setting->row, change.after);
         if (now.counts.size() != 1 || now.counts.front().value != after) {
-            entries.push_back({NameOf(*now.setting), Utf8ToWide(CountsText(now)), after});
+            entries.push_back({now.setting->Name(), Utf8ToWide(CountsText(now)), after});
         }
     }
     AddAudit(request, TargetOf(subject), entries);

@@ -31,6 +31,7 @@ struct SettingInfo {
 
     std::wstring_view Section() const noexcept { return group->section; }
     std::wstring_view Key() const noexcept { return row->key; }
+    std::wstring Name() const { return std::wstring(Section()) + L"." + std::wstring(Key()); }
 
     // What a missing key of the scan INI counts as; empty for a fixed key.
     std::wstring Default() const;

@@ -89,9 +89,7 @@ int FindTargets(const SetOptions& options, Plan& plan) {
 
 int ReportFaults(const MergedChanges& merged) {
     for (const SettingFault& fault : merged.faults) {
-        Fail(kExitUsage,
-             WideToUtf8(std::wstring(fault.setting->Section()) + L"." + std::wstring(fault.setting->Key())) + " " +
-                 fault.wrong);
+        Fail(kExitUsage, WideToUtf8(fault.setting->Name()) + " " + fault.wrong);
     }
     return kExitUsage;
 }
@@ -127,8 +125,7 @@ void PrintPlan(const Plan& plan, bool all) {
                         : std::vector<std::wstring>{L"setting", L"old", L"new"});
     for (const auto& [change, agents] : plan.summary) {
         const auto& [setting, before, after] = change;
-        std::vector<std::wstring> cells{std::wstring(setting->Section()) + L"." + std::wstring(setting->Key()),
-                                        CutTo(before, 40), CutTo(after, 40)};
+        std::vector<std::wstring> cells{setting->Name(), CutTo(before, 40), CutTo(after, 40)};
         if (all) {
             cells.push_back(std::to_wstring(agents));
         }
@@ -182,8 +179,7 @@ std::wstring AccountName() {
 void WriteAudit(const GroupChange& group, const std::wstring& uid) {
     static const std::wstring user = AccountName();
     for (const SettingChange& change : group.changes) {
-        const std::wstring setting = std::wstring(group.group->section) + L"." + std::wstring(change.setting->Key());
-        WriteDbAudit({user, uid.empty() ? L"server" : uid, setting, change.before, change.after});
+        WriteDbAudit({user, uid.empty() ? L"server" : uid, change.setting->Name(), change.before, change.after});
     }
 }
 
