@@ -54,6 +54,8 @@ std::string SelfAddress() {
 }
 
 std::string RenderPage(const Frame& frame, View& view) {
+    const bool isBad = view.kind == NoteKind::Bad;
+    const bool isRead = GatewayVariable(L"REQUEST_METHOD") == L"GET";
     Data data;
     data["title"] = frame.page == nullptr ? "Warrenby" : frame.page->title;
     data["self"] = SelfAddress();
@@ -66,7 +68,8 @@ std::string RenderPage(const Frame& frame, View& view) {
     data["hasUser"] = !frame.user.empty();
     data["note"] = TextData(view.note);
     data["hasNote"] = !view.note.empty();
-    data["bad"] = view.kind == NoteKind::Bad;
+    data["bad"] = isBad;
+    data["outcome"] = !isBad ? "Done." : isRead ? "Not shown." : "Not done.";
     if (frame.page != nullptr) {
         view.data["self"] = SelfAddress();
         view.data["token"] = frame.token;
