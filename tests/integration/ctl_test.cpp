@@ -128,6 +128,7 @@ TEST(Ctl, SeesExplainsAndChangesTheRunningServer) {
 
 TEST(Ctl, FindsNothingInTheSamplesAndEveryMistakeInItsRow) {
     ExpectRows({{{L"check", L"--strict", L"--home", ProgramFolder() + L"sample-home"}, 0, {"no findings in "}}});
+    const std::string kServerIni = "[INI_SERVER_SECTION]\nStringProtectionKey=" + std::string(64, '7') + "\n";
     const struct {
         const wchar_t* file;
         std::string bytes;
@@ -150,14 +151,17 @@ TEST(Ctl, FindsNothingInTheSamplesAndEveryMistakeInItsRow) {
          "no findings"},
         {L"Private\\wrbserver.ini", "[INI_SERVER_SECTION]\nStringProtectionKey=12\n", 1, 1,
          "is not 64 hexadecimal digits"},
-        {L"Private\\wrbserver.ini", "[LOG_TICKET_SECTION]\nNumberOfConcurrentLogUploadingClient=90\n", 0, 1,
-         "is 90, but counts as 40"},
+        {L"Private\\wrbserver.ini", "[INI_SERVER_SECTION]\n", 0, 1, "warning: has no StringProtectionKey"},
+        {L"Private\\wrbserver.ini", kServerIni + "[LOG_TICKET_SECTION]\nNumberOfConcurrentLogUploadingClient=90\n", 0,
+         1, "is 90, but counts as 40"},
         {L"admin\\ALERT.MSG", "narrow text", 1, 1, "is not UTF-16"},
         {L"admin\\ALERT.MSG", std::string(4098, '\0'), 0, 1, "is longer than 4096 bytes"},
     };
     for (const auto& row : kRows) {
         const TempFolder folder;
         std::filesystem::create_directories((folder / row.file).parent_path());
+        std::filesystem::create_directories(folder / L"Private");
+        WriteAll(folder / L"Private\\wrbserver.ini", kServerIni);
         WriteAll(folder / row.file, row.bytes);
         ExpectRows({{{L"check", L"--home", folder.Path()}, row.code, {row.part}},
                     {{L"check", L"--strict", L"--home", folder.Path()}, row.strict, {}}});

@@ -193,12 +193,18 @@ void CheckAlertText(const std::string& file, std::string_view bytes, std::vector
     }
 }
 
+// A key that is wrong is an error of its line.
+void CheckKeyIsThere(CINICache& serverIni, std::vector<IniFinding>& findings) {
+    wchar_t first[2];
+    if (serverIni.readINIString(first, kProtectionKeySection, kProtectionKeyName, L"", 2) == 0) {
+        findings.push_back({false, "Private\\wrbserver.ini", 0,
+                            "has no " + WideToUtf8(kProtectionKeyName) +
+                                ": agents with addresses get no web-threat settings; make one with wrbctl make-key"});
+    }
+}
+
 // Limits that are never reached because another one is lower.
-void CheckTicket(const std::wstring& home, std::vector<IniFinding>& findings) {
-    CINICache scanIni;
-    CINICache serverIni;
-    scanIni.init((home + L"wrbscan.ini").c_str(), 0);
-    serverIni.init((home + L"Private\\wrbserver.ini").c_str(), 0);
+void CheckTicket(CINICache& scanIni, CINICache& serverIni, std::vector<IniFinding>& findings) {
     const TicketSettings ticket(scanIni, serverIni);
     const TicketThreads threads = ticket.Threads();
     const char* const section = "LOG_TICKET_SECTION";
@@ -234,7 +240,12 @@ std::vector<IniFinding> CheckHomeFolder(const std::wstring& home) {
             std::ranges::move(more, std::back_inserter(findings));
         }
     }
-    CheckTicket(home, findings);
+    CINICache scanIni;
+    CINICache serverIni;
+    scanIni.init((home + kFiles[0].second).c_str(), 0);
+    serverIni.init((home + kFiles[1].second).c_str(), 0);
+    CheckKeyIsThere(serverIni, findings);
+    CheckTicket(scanIni, serverIni, findings);
     for (const AlertFile& alert : kAlertFiles) {
         const std::wstring name = std::wstring(L"admin\\") + alert.name;
         if (const auto bytes = ReadFile(home + name)) {

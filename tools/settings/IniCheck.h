@@ -20,8 +20,8 @@ struct IniFinding {
 // `bytes` is the file's content, `file` its name for people. Unknown sections and keys come with the nearest known one.
 std::vector<IniFinding> CheckIni(IniFile kind, const std::string& file, std::string_view bytes);
 
-// The INI files, the limits of the upload ticket and the alert texts below a home folder with a backslash at its end. A
-// missing file has no finding.
+// The INI files, the protection key, the limits of the upload ticket and the alert texts below a home folder with a
+// backslash at its end. A missing file has no finding, but a missing key has one.
 std::vector<IniFinding> CheckHomeFolder(const std::wstring& home);
 
 }  // namespace wrb

@@ -17,7 +17,7 @@ constexpr char kExamples[] = R"(Examples:
   wrbctl check --strict                     fail on warnings, too
   wrbctl check --home D:\staging\home --json
 
-Checks wrbscan.ini, Private\wrbserver.ini, the upload ticket and the alert texts in admin.
+Checks wrbscan.ini, Private\wrbserver.ini, the protection key, the upload ticket and the alert texts in admin.
 
 Exit codes: 0 no error (with --strict no finding), 1 findings, 2 wrong command line.
 )";
