@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "Bytes.h"
 #include "CommandFilter.h"
@@ -18,6 +19,7 @@
 #include "SharedBlock.h"
 #include "StopEvent.h"
 #include "Subcommands.h"
+#include "Terminal.h"
 #include "Text.h"
 
 namespace wrb {
@@ -35,6 +37,7 @@ Exit codes: 0 done, 1 failed or commands are missing, 2 wrong command line, 3 th
 )";
 
 constexpr DWORD kPauseMilliseconds = 20;
+constexpr uint64_t kProgressMilliseconds = 1000;
 
 struct RecordOptions {
     std::string file;
@@ -123,6 +126,46 @@ class Recorder {
     uint64_t m_missed = 0;
 };
 
+class RecordProgress {
+  public:
+    // Has an effect once a second.
+    void Show(const Recorder& recorder) {
+        if (const uint64_t now = GetTickCount64(); now >= m_next) {
+            m_next = now + kProgressMilliseconds;
+            m_line.Show(std::to_string(recorder.Commands()) + " commands recorded, " +
+                        std::to_string(recorder.Missed()) + " missed");
+        }
+    }
+
+  private:
+    uint64_t m_next = 0;  // on the tick clock
+    StatusLine m_line;
+};
+
+enum class Ending { Asked, HostEnded, TakenOver, CannotWrite };
+
+// Records until the options, Ctrl-C, the host or a failure end it. CannotWrite: GetLastError tells.
+Ending RecordAll(FeedClaim& claim, Recorder& recorder, HANDLE host, const RecordOptions& options,
+                 RecordProgress& progress) {
+    const uint64_t end = GetTickCount64() + static_cast<uint64_t>(options.seconds * 1000);
+    bool hostRuns = true;
+    while (hostRuns && !g_isStopped && !recorder.IsFull() && (options.seconds <= 0 || GetTickCount64() < end)) {
+        hostRuns = WaitForSingleObject(host, kPauseMilliseconds) == WAIT_TIMEOUT;
+        if (!claim.Renew()) {
+            return Ending::TakenOver;
+        }
+        if (!recorder.TakeAll()) {
+            return Ending::CannotWrite;
+        }
+        progress.Show(recorder);
+    }
+    if (!recorder.TakeAll() || !recorder.Finish()) {
+        return Ending::CannotWrite;
+    }
+    return hostRuns ? Ending::Asked : Ending::HostEnded;
+}
+
+// The exit code of a recording that has its end.
 int Report(const Recorder& recorder, const RecordOptions& options) {
     PrintOut(std::to_string(recorder.Commands()) + " commands in " + options.file + "\n");
     return recorder.Missed() == 0
@@ -132,23 +175,19 @@ int Report(const Recorder& recorder, const RecordOptions& options) {
 
 // The exit code.
 int Follow(FeedClaim& claim, Recorder& recorder, HANDLE host, const RecordOptions& options) {
-    const uint64_t end = GetTickCount64() + static_cast<uint64_t>(options.seconds * 1000);
     PrintErr(std::string("wrbctl: recording until ") + (options.seconds > 0 ? "the time is over" : "Ctrl-C") + "\n");
-    bool hostRuns = true;
-    while (hostRuns && !g_isStopped && !recorder.IsFull() && (options.seconds <= 0 || GetTickCount64() < end)) {
-        hostRuns = WaitForSingleObject(host, kPauseMilliseconds) == WAIT_TIMEOUT;
-        if (!claim.Renew()) {
-            return Fail(kExitFailed, "another program has taken the recording over; the file is cut short");
-        }
-        if (!recorder.TakeAll()) {
-            return FailSystem(kExitFailed, "cannot write " + options.file, GetLastError());
-        }
+    std::optional<RecordProgress> progress(std::in_place);
+    const Ending ending = RecordAll(claim, recorder, host, options, *progress);
+    const DWORD error = GetLastError();
+    progress.reset();  // its line goes away
+    if (ending == Ending::TakenOver) {
+        return Fail(kExitFailed, "another program has taken the recording over; the file is cut short");
     }
-    if (!recorder.TakeAll() || !recorder.Finish()) {
-        return FailSystem(kExitFailed, "cannot write " + options.file, GetLastError());
+    if (ending == Ending::CannotWrite) {
+        return FailSystem(kExitFailed, "cannot write " + options.file, error);
     }
     const int code = Report(recorder, options);
-    return hostRuns ? code : Fail(kExitServiceNotRunning, "the host has ended");
+    return ending == Ending::Asked ? code : Fail(kExitServiceNotRunning, "the host has ended");
 }
 
 int RunRecord(const RecordOptions& options) {
