@@ -73,8 +73,8 @@ DbServer::DbServer(DbServerOptions options)
       m_writer(m_options.database, 1),
       m_readers(m_options.database, ConnectionsOf(m_options)),
       m_lister(m_options.database, 1),
-      m_files(std::max(1u, m_options.workers / 2)),
-      m_listPlaces(kMostLists),
+      m_fileLimit(std::max(1u, m_options.workers / 2)),
+      m_listLimit(kMostLists),
       m_listener(ListenerOptions(m_options, [this](PipeDrop reason, std::size_t bytes,
                                                    uint32_t pid) { NoteDrop(reason, bytes, pid); }),
                  PipeListener::InOrder{
@@ -179,7 +179,7 @@ Job DbServer::AcceptText(std::span<const uint8_t> bytes, const std::string& from
 
 // Agents' questions do not wait for a list, which may read whole tables.
 Job DbServer::PutList(Job list, const std::string& from, const std::wstring& replyPipe) {
-    list = m_listPlaces.Admit(std::move(list));
+    list = m_listLimit.Admit(std::move(list));
     if (!list) {
         return RefuseAsker(from, replyPipe, L"too many lists wait");
     }
@@ -269,9 +269,9 @@ Job DbServer::AcceptSerialized(std::string message, std::size_t begin, const std
     if (!mayNameFile) {
         return read;
     }
-    read = m_files.Admit(std::move(read));
+    read = m_fileLimit.Admit(std::move(read));
     if (!read) {
-        return RefuseAsker(from, replyPipe, kNoFilePlace);
+        return RefuseAsker(from, replyPipe, kTooManyFiles);
     }
     return read;
 }

@@ -25,7 +25,7 @@
 #include "AnswerPipe.h"
 #include "DbCommands.h"
 #include "FaultBoard.h"
-#include "FilePlaces.h"
+#include "JobLimit.h"
 #include "JobQueue.h"
 #include "PipeListener.h"
 #include "StorePool.h"
@@ -105,8 +105,8 @@ class DbServer {
     std::atomic<uint64_t> m_written{0};
     std::atomic<uint64_t> m_badRequests{0};
     std::atomic<uint64_t> m_failed{0};
-    FilePlaces m_files;
-    FilePlaces m_listPlaces;  // of those that wait and the one that runs
+    JobLimit m_fileLimit;
+    JobLimit m_listLimit;  // of those that wait and the one that runs
     WriteLane m_writes;
     JobQueue m_lists;
     PipeListener m_listener;  // last: its threads use the members above

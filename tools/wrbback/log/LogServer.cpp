@@ -42,7 +42,7 @@ LogServer::LogServer(const LogSettings& settings, Note note)
     : m_settings(settings),
       m_note(std::move(note)),
       m_files(settings.files),
-      m_messageFiles(kMostFiles),
+      m_fileLimit(kMostFiles),
       m_listener(
           ListenerOptions(settings.allowed,
                           [this](PipeDrop reason, std::size_t bytes, uint32_t pid) {
@@ -77,7 +77,7 @@ LogServerCounters LogServer::Counters() const {
 Job LogServer::Accept(std::string message, const PipePeer& peer) {
     Take(message, peer);
     return MayNameFile(BytesOf(message))
-               ? m_messageFiles.Admit([message = std::move(message)] { DiscardSerialized(BytesOf(message)); })
+               ? m_fileLimit.Admit([message = std::move(message)] { DiscardSerialized(BytesOf(message)); })
                : Job();
 }
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "FilePlaces.h"
+#include "JobLimit.h"
 #include "LogFeed.h"
 #include "LogFiles.h"
 #include "LogSettings.h"
@@ -54,7 +54,7 @@ class LogServer {
     const LogSettings m_settings;
     const Note m_note;
     LogFiles m_files;
-    FilePlaces m_messageFiles;
+    JobLimit m_fileLimit;
     SharedLogFeed m_feed;  // none: the system has refused it
     std::atomic<uint64_t> m_lines{0};
     std::atomic<uint64_t> m_badMessages{0};

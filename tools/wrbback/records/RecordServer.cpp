@@ -36,7 +36,7 @@ const RecordServer::Service RecordServer::kServices[] = {
 RecordServer::RecordServer(RecordServerOptions options)
     : m_options(std::move(options)),
       m_writer({m_options.database, m_options.keep, m_options.note, m_options.alarm}),
-      m_files(kMostFiles) {
+      m_fileLimit(kMostFiles) {
     for (const Service& service : kServices) {
         PipeListenerOptions listener;
         listener.name = service.pipe;
@@ -83,9 +83,9 @@ Job RecordServer::Accept(const Service& service, std::string message, const Pipe
         Take(service, message, peer);
         return {};
     }
-    Job job = m_files.Admit([this, &service, message = std::move(message), peer] { Take(service, message, peer); });
+    Job job = m_fileLimit.Admit([this, &service, message = std::move(message), peer] { Take(service, message, peer); });
     if (!job) {
-        Refuse(service, peer, kNoFilePlace);
+        Refuse(service, peer, kTooManyFiles);
     }
     return job;
 }

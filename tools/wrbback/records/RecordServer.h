@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "FilePlaces.h"
+#include "JobLimit.h"
 #include "PipeListener.h"
 #include "RecordWriter.h"
 
@@ -68,7 +68,7 @@ class RecordServer {
     const RecordServerOptions m_options;
     RecordWriter m_writer;
     std::atomic<uint64_t> m_badMessages{0};
-    FilePlaces m_files;
+    JobLimit m_fileLimit;
     std::vector<std::unique_ptr<PipeListener>> m_listeners;  // last: their threads use the members above
 };
 

@@ -5,7 +5,7 @@
 #include <future>
 #include <vector>
 
-#include "FilePlaces.h"
+#include "JobLimit.h"
 #include "WriteLane.h"
 
 namespace wrb {
@@ -37,17 +37,17 @@ TEST(WriteLane, ReadersSeeEarlierChangesAndPassOneThatIsHeld) {
     EXPECT_TRUE(std::ranges::is_sorted(done));
 }
 
-TEST(FilePlaces, AJobKeepsItsPlaceUntilItGoesAway) {
-    FilePlaces places(2);
+TEST(JobLimit, AJobCountsUntilItIsDestroyed) {
+    JobLimit limit(2);
     unsigned done = 0;
     for (int round = 0; round < 2; ++round) {
-        const Job first = places.Admit([&done] { ++done; });
-        Job second = places.Admit([&done] { ++done; });
+        const Job first = limit.Admit([&done] { ++done; });
+        Job second = limit.Admit([&done] { ++done; });
         ASSERT_TRUE(first && second);
         second();
-        EXPECT_FALSE(places.Admit([] {}));
+        EXPECT_FALSE(limit.Admit([] {}));
         second = {};
-        EXPECT_TRUE(places.Admit([] {}));
+        EXPECT_TRUE(limit.Admit([] {}));
     }
     EXPECT_EQ(done, 2u);
 }
