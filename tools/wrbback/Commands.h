@@ -1,4 +1,5 @@
-// The subcommands of the program. Each returns the exit code.
+// The subcommands of the program. Each returns the exit code; a database that fails throws SqlError, which the program
+// reports at its end.
 #pragma once
 
 #include <optional>

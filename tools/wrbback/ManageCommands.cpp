@@ -82,34 +82,20 @@ void PrintAgentsAsJson(const std::vector<AgentRow>& agents) {
     PrintJson(list);
 }
 
-// Runs `work`; a database that fails is an exit code.
-template <typename Work>
-int WithStore(const std::string& address, const Work& work) {
-    try {
-        return work(*OpenStore(Utf8ToWide(address)));
-    } catch (const SqlError& error) {
-        return Fail(error.what(), kExitFailed);
-    }
-}
-
 }  // namespace
 
 int ShowAgents(const std::string& store, const std::string& filter, bool json) {
-    return WithStore(store, [&](SqlDb& db) {
-        const std::vector<AgentRow> agents = FindAgents(db, Utf8ToWide(filter));
-        (json ? PrintAgentsAsJson : PrintAgents)(agents);
-        if (agents.empty()) {
-            PrintErr("wrbback: no agent\n");
-        }
-        return kExitOk;
-    });
+    const std::vector<AgentRow> agents = FindAgents(*OpenStore(Utf8ToWide(store)), Utf8ToWide(filter));
+    (json ? PrintAgentsAsJson : PrintAgents)(agents);
+    if (agents.empty()) {
+        PrintErr("wrbback: no agent\n");
+    }
+    return kExitOk;
 }
 
 int Export(const std::string& store) {
-    return WithStore(store, [](SqlDb& db) {
-        PrintOut(WriteSeed(ReadSeed(db)));
-        return kExitOk;
-    });
+    PrintOut(WriteSeed(ReadSeed(*OpenStore(Utf8ToWide(store)))));
+    return kExitOk;
 }
 
 int Backup(const std::string& store, const std::string& file) {
@@ -118,34 +104,32 @@ int Backup(const std::string& store, const std::string& file) {
     if (GetFileAttributesW(copy.c_str()) != INVALID_FILE_ATTRIBUTES) {
         return Fail(file + ": exists already", kExitFailed);
     }
-    return WithStore(store, [&](SqlDb& db) {
-        try {
-            db.BackUp(copy);
-            SqlDb(copy).Execute(DialectOf(SqlEngine::Sqlite).prepareFile);
-            return kExitOk;
-        } catch (const SqlError&) {
-            DeleteFileW(copy.c_str());  // nobody takes the part for a copy
-            throw;
-        }
-    });
+    const auto db = OpenStore(Utf8ToWide(store));
+    try {
+        db->BackUp(copy);
+        SqlDb(copy).Execute(DialectOf(SqlEngine::Sqlite).prepareFile);
+        return kExitOk;
+    } catch (const SqlError&) {
+        DeleteFileW(copy.c_str());  // nobody takes the part for a copy
+        throw;
+    }
 }
 
 int Check(const std::string& store) {
-    return WithStore(store, [&](SqlDb& db) -> int {
-        VerifyStore(db, Utf8ToWide(store), VerifyDepth::kIndexesToo);
-        const std::string name = ParseSqlAddress(Utf8ToWide(store)).name;
-        for (const std::string& table : TablesOfAgents()) {
-            const int64_t orphans =
-                db.NumberOf("SELECT count(*) FROM " + table + " WHERE uid NOT IN (SELECT uid FROM agent)");
-            if (orphans != 0) {
-                return Fail(name + ": " + std::to_string(orphans) + " rows of " + table + " belong to no agent",
-                            kExitFailed);
-            }
+    const auto db = OpenStore(Utf8ToWide(store));
+    VerifyStore(*db, Utf8ToWide(store), VerifyDepth::kIndexesToo);
+    const std::string name = ParseSqlAddress(Utf8ToWide(store)).name;
+    for (const std::string& table : TablesOfAgents()) {
+        const int64_t orphans =
+            db->NumberOf("SELECT count(*) FROM " + table + " WHERE uid NOT IN (SELECT uid FROM agent)");
+        if (orphans != 0) {
+            return Fail(name + ": " + std::to_string(orphans) + " rows of " + table + " belong to no agent",
+                        kExitFailed);
         }
-        PrintOut(name + ": version " + std::to_string(kStoreVersion) + ", " +
-                 std::to_string(db.NumberOf("SELECT count(*) FROM agent")) + " agents, no fault found\n");
-        return kExitOk;
-    });
+    }
+    PrintOut(name + ": version " + std::to_string(kStoreVersion) + ", " +
+             std::to_string(db->NumberOf("SELECT count(*) FROM agent")) + " agents, no fault found\n");
+    return kExitOk;
 }
 
 }  // namespace wrb

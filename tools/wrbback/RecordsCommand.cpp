@@ -19,31 +19,23 @@ void ShowTable(SqlDb& db, const RecordTable& table, const ShowOptions& options) 
 }  // namespace
 
 int ShowLogPool(const ShowOptions& options) {
-    try {
-        const auto db = OpenStore(Utf8ToWide(options.database));
-        std::string before = options.json ? "{" : "";
-        for (const RecordTable* table : {&kCfwLogRecords, &kRestoreLogRecords}) {
-            if (options.table.empty() || options.table == table->name) {
-                PrintOut(before + (options.json ? "\"" + std::string(table->name) + "\": " : ""));
-                ShowTable(*db, *table, options);
-                before = options.json ? ", " : "\n";
-            }
+    const auto db = OpenStore(Utf8ToWide(options.database));
+    std::string before = options.json ? "{" : "";
+    for (const RecordTable* table : {&kCfwLogRecords, &kRestoreLogRecords}) {
+        if (options.table.empty() || options.table == table->name) {
+            PrintOut(before + (options.json ? "\"" + std::string(table->name) + "\": " : ""));
+            ShowTable(*db, *table, options);
+            before = options.json ? ", " : "\n";
         }
-        PrintOut(options.json ? "}\n" : "");
-        return kExitOk;
-    } catch (const SqlError& error) {
-        return Fail(error.what(), kExitFailed);
     }
+    PrintOut(options.json ? "}\n" : "");
+    return kExitOk;
 }
 
 int ShowEvents(const ShowOptions& options) {
-    try {
-        ShowTable(*OpenStore(Utf8ToWide(options.database)), kEventRecords, options);
-        PrintOut(options.json ? "\n" : "");
-        return kExitOk;
-    } catch (const SqlError& error) {
-        return Fail(error.what(), kExitFailed);
-    }
+    ShowTable(*OpenStore(Utf8ToWide(options.database)), kEventRecords, options);
+    PrintOut(options.json ? "\n" : "");
+    return kExitOk;
 }
 
 }  // namespace wrb

@@ -15,11 +15,7 @@ int Seed(const std::string& file, const std::string& database) {
     } catch (const SeedError& error) {
         return Fail(file + ": " + error.what(), kExitUsage);
     }
-    try {
-        StoreSeed(*CreateStore(Utf8ToWide(database)), seed);
-    } catch (const SqlError& error) {
-        return Fail(error.what(), kExitFailed);
-    }
+    StoreSeed(*CreateStore(Utf8ToWide(database)), seed);
     PrintOut("wrbback: " + std::to_string(seed.agents.size()) + " agents in " +
              ParseSqlAddress(Utf8ToWide(database)).name + "\n");
     return kExitOk;
