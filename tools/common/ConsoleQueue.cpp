@@ -108,10 +108,4 @@ void ConsoleQueue::Drain(std::chrono::milliseconds limit) const {
     m_printer->Drain(limit);
 }
 
-int ConsoleQueue::Fail(const std::string& line, int code) noexcept {
-    Err(line);
-    Drain(kPatience);
-    return code;
-}
-
 }  // namespace wrb

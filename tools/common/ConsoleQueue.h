@@ -15,7 +15,7 @@ class ConsoleQueue {
   public:
     static constexpr std::size_t kMostBytes = 64 * 1024;
 
-    // How long Fail waits, and the end of a program should.
+    // How long the end of a program waits for its last texts.
     static constexpr std::chrono::milliseconds kPatience{5'000};
 
     // Every line begins with "PROGRAM: ". Throws std::system_error when the thread cannot start.
@@ -30,9 +30,6 @@ class ConsoleQueue {
 
     // Returns when everything is printed, or after `limit`.
     void Drain(std::chrono::milliseconds limit) const;
-
-    // For the end of a program that cannot serve: prints `line` as an error, waits for it, and returns `code`.
-    int Fail(const std::string& line, int code) noexcept;
 
   private:
     class Printer;

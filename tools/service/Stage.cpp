@@ -1,9 +1,13 @@
 #include "Stage.h"
 
+#include <windows.h>
+
 #include "CrashDump.h"
 #include "EventLog.h"
+#include "ExitCode.h"
 #include "HomeFolder.h"
 #include "ServiceProcess.h"
+#include "SystemText.h"
 #include "Text.h"
 #include "Version.h"
 
@@ -39,6 +43,18 @@ int Stage::Refuse(StartFault fault, const std::string& why, int exitCode) const 
     Tell(WRB_EVENT_START_REFUSED, {Utf8ToWide(why)});
     m_console.Drain(ConsoleQueue::kPatience);
     return exitCode;
+}
+
+int Stage::RefuseAtStopEvent(uint32_t error) const {
+    return error == ERROR_ALREADY_EXISTS
+               ? Refuse(StartFault::AlreadyRunning, "already running on this machine", kExitFailed)
+               : Refuse(StartFault::System, "cannot create the stop event: " + SystemText(error), kExitFailed);
+}
+
+int Stage::RefuseAtPipe(const std::string& pipe, uint32_t error) const {
+    return error == ERROR_ALREADY_EXISTS
+               ? Refuse(StartFault::PipeTaken, "another program serves the " + pipe, kExitFailed)
+               : Refuse(StartFault::System, "cannot create the " + pipe + ": " + SystemText(error), kExitFailed);
 }
 
 void Stage::Serving(const std::string& how) const {

@@ -27,6 +27,11 @@ class Stage {
     // The program cannot serve. Returns `exitCode`.
     int Refuse(StartFault fault, const std::string& why, int exitCode) const;
 
+    // The stop event, or the pipe of that name for people, cannot be made; `error` is the system's. Returns
+    // kExitFailed.
+    int RefuseAtStopEvent(uint32_t error) const;
+    int RefuseAtPipe(const std::string& pipe, uint32_t error) const;
+
     void Serving(const std::string& how) const;       // "serving with 20 workers"
     void Stopping() const;                            // nothing is accepted any more
     void Stopped(const std::string& counters) const;  // all is finished

@@ -59,12 +59,6 @@ std::string Settle(const ServeOptions& options, LogSettings& settings) {
     return {};
 }
 
-int RefuseAtPipe(const Stage& stage, const std::string& pipe, DWORD error) {
-    return error == ERROR_ALREADY_EXISTS
-               ? stage.Refuse(StartFault::PipeTaken, "another program serves the " + pipe, kExitFailed)
-               : stage.Refuse(StartFault::System, "cannot create the " + pipe + ": " + SystemText(error), kExitFailed);
-}
-
 std::string CountersText(const DbServerCounters& db, const RecordServerCounters& records,
                          const LogServerCounters& log) {
     return "database: " + std::to_string(db.reads) + " reads, " + std::to_string(db.writes) + " writes, " +
@@ -116,14 +110,14 @@ int RunServices(const ServeOptions& options, const LogSettings& settings, const 
                           .allowed = settings.allowed,
                           .alarm = [&write](const std::wstring& note) { write(kLogError, note); }});
     if (!log.Start()) {
-        return RefuseAtPipe(stage, "log service's pipe", GetLastError());
+        return stage.RefuseAtPipe("log service's pipe", GetLastError());
     }
     if (!db.Start()) {
-        return RefuseAtPipe(stage, "database server's pipe", GetLastError());
+        return stage.RefuseAtPipe("database server's pipe", GetLastError());
     }
     if (const wchar_t* pipe = records.Start()) {
         const DWORD error = GetLastError();
-        return RefuseAtPipe(stage, "pipe " + WideToUtf8(pipe), error);
+        return stage.RefuseAtPipe("pipe " + WideToUtf8(pipe), error);
     }
     stage.Serving("ready");
     stop.Wait();
@@ -164,11 +158,7 @@ int Serve(const ServeOptions& options, ConsoleQueue& console, const Stage& stage
     }
     StopEvent stop;
     if (!stop.Create(kBackEndStopEvent)) {
-        const DWORD error = GetLastError();
-        return error == ERROR_ALREADY_EXISTS
-                   ? stage.Refuse(StartFault::AlreadyRunning, "already running on this machine", kExitFailed)
-                   : stage.Refuse(StartFault::System, "cannot create the stop event: " + SystemText(error),
-                                  kExitFailed);
+        return stage.RefuseAtStopEvent(GetLastError());
     }
     if (settings.enabled && LogFiles(settings.files).Write("") == LogWriteResult::Failed) {
         const DWORD error = GetLastError();

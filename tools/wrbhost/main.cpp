@@ -66,10 +66,7 @@ int Serve(const EntryPoints& library, const Options& options, const CommandHostO
     if (!host.Start()) {
         const DWORD error = GetLastError();
         library.finalize();
-        return error == ERROR_ALREADY_EXISTS
-                   ? stage.Refuse(StartFault::PipeTaken, "another program serves the command pipe", kExitFailed)
-                   : stage.Refuse(StartFault::System, "cannot create the command pipe: " + SystemText(error),
-                                  kExitFailed);
+        return stage.RefuseAtPipe("command pipe", error);
     }
     MailDelivery mail(home);
     mail.Start();
@@ -99,11 +96,7 @@ int Serve(const EntryPoints& library, const Options& options, const CommandHostO
 int Host(const Options& options, ConsoleQueue& console, const Stage& stage) {
     StopEvent stop;
     if (!stop.Create(kServerStopEvent)) {
-        const DWORD error = GetLastError();
-        return error == ERROR_ALREADY_EXISTS
-                   ? stage.Refuse(StartFault::AlreadyRunning, "already running on this machine", kExitFailed)
-                   : stage.Refuse(StartFault::System, "cannot create the stop event: " + SystemText(error),
-                                  kExitFailed);
+        return stage.RefuseAtStopEvent(GetLastError());
     }
     SharedHostBoard board;
     if (!board.Create(kBoard)) {
