@@ -54,11 +54,6 @@ std::optional<std::wstring> ServiceAccountSid(const std::wstring& account) {
     return AccountSid(account.starts_with(L".\\") ? account.substr(2) : account);
 }
 
-struct Configuration {
-    std::wstring commandLine;
-    std::wstring account;
-};
-
 std::vector<std::wstring> ArgumentsIn(const std::wstring& commandLine) {
     constexpr std::ptrdiff_t kOwn = 3;  // PROGRAM service run
     std::vector<std::wstring> words = SplitCommandLine(commandLine.c_str());
@@ -67,19 +62,14 @@ std::vector<std::wstring> ArgumentsIn(const std::wstring& commandLine) {
 }
 
 // What is given, else what a service that is there has.
-Configuration Settle(SC_HANDLE present, const InstallOptions& options) {
-    Configuration settled{CommandLine(options.arguments), options.account};
-    alignas(QUERY_SERVICE_CONFIGW) BYTE room[8192];
-    DWORD bytes = 0;
-    const auto* const config = reinterpret_cast<QUERY_SERVICE_CONFIGW*>(room);
-    if (present != nullptr &&
-        QueryServiceConfigW(present, reinterpret_cast<QUERY_SERVICE_CONFIGW*>(room), sizeof room, &bytes)) {
-        if (options.arguments.empty()) {
-            settled.commandLine = CommandLine(ArgumentsIn(config->lpBinaryPathName));
-        }
-        if (options.account.empty() && config->lpServiceStartName != nullptr) {
-            settled.account = config->lpServiceStartName;
-        }
+ServiceConfiguration Settle(SC_HANDLE present, const InstallOptions& options) {
+    ServiceConfiguration settled{CommandLine(options.arguments), options.account};
+    const auto configuration = present != nullptr ? QueryConfiguration(present) : std::nullopt;
+    if (configuration && options.arguments.empty()) {
+        settled.commandLine = CommandLine(ArgumentsIn(configuration->commandLine));
+    }
+    if (configuration && options.account.empty()) {
+        settled.account = configuration->account;
     }
     if (settled.account.empty()) {
         settled.account = kDefaultAccount;
@@ -93,7 +83,8 @@ std::wstring DependencyList(const ServiceSpec& spec) {
 }
 
 // Makes the service or changes it. False: GetLastError tells.
-bool Register(const ServiceSpec& spec, const InstallOptions& options, Configuration& settled, ServiceHandle& service) {
+bool Register(const ServiceSpec& spec, const InstallOptions& options, ServiceConfiguration& settled,
+              ServiceHandle& service) {
     const ServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT | SC_MANAGER_CREATE_SERVICE));
     if (!manager) {
         return false;
@@ -192,7 +183,7 @@ bool PrepareFolders(const ServiceSpec& spec, const std::wstring& account) {
 }  // namespace
 
 int InstallService(const ServiceSpec& spec, const InstallOptions& options) {
-    Configuration settled;
+    ServiceConfiguration settled;
     ServiceHandle service;
     if (!Register(spec, options, settled, service)) {
         return FailAtService(spec, "cannot install the service", GetLastError());

@@ -71,6 +71,17 @@ bool QueryService(SC_HANDLE service, SERVICE_STATUS_PROCESS& status) {
                                 &bytes) != 0;
 }
 
+std::optional<ServiceConfiguration> QueryConfiguration(SC_HANDLE service) {
+    alignas(QUERY_SERVICE_CONFIGW) BYTE room[8192];  // the system's limit
+    auto* const found = reinterpret_cast<QUERY_SERVICE_CONFIGW*>(room);
+    DWORD bytes = 0;
+    if (!QueryServiceConfigW(service, found, sizeof room, &bytes)) {
+        return std::nullopt;
+    }
+    const wchar_t* const account = found->lpServiceStartName;
+    return ServiceConfiguration{found->lpBinaryPathName, account != nullptr ? account : L""};
+}
+
 bool WaitForService(SC_HANDLE service, DWORD pending, SERVICE_STATUS_PROCESS& status) {
     DWORD checkPoint = 0;
     ULONGLONG last = GetTickCount64();
@@ -133,11 +144,8 @@ int StopService(const ServiceSpec& spec) {
 int ShowService(const ServiceSpec& spec) {
     const ServiceHandle service = OpenOwnService(spec, SERVICE_QUERY_STATUS | SERVICE_QUERY_CONFIG);
     SERVICE_STATUS_PROCESS status{};
-    alignas(QUERY_SERVICE_CONFIGW) BYTE room[8192];  // the system's limit
-    DWORD bytes = 0;
-    auto* const config = reinterpret_cast<QUERY_SERVICE_CONFIGW*>(room);
-    if (!service || !QueryService(service.Get(), status) ||
-        !QueryServiceConfigW(service.Get(), config, sizeof room, &bytes)) {
+    std::optional<ServiceConfiguration> configuration;
+    if (!service || !QueryService(service.Get(), status) || !(configuration = QueryConfiguration(service.Get()))) {
         return FailAtService(spec, "cannot see the service", GetLastError());
     }
     const bool runs = status.dwCurrentState == SERVICE_RUNNING;
@@ -148,8 +156,8 @@ int ShowService(const ServiceSpec& spec) {
     if (const std::string end = EndText(status); !runs && !end.empty()) {
         text += "ended:   " + end + "\n";
     }
-    text += "account: " + WideToUtf8(config->lpServiceStartName) +
-            "\nprogram: " + WideToUtf8(config->lpBinaryPathName) + "\n";
+    text += "account: " + WideToUtf8(configuration->account) + "\nprogram: " + WideToUtf8(configuration->commandLine) +
+            "\n";
     PrintOut(text);
     return runs ? kExitOk : kExitServiceNotRunning;
 }

@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,5 +45,13 @@ int FailAtService(const ServiceSpec& spec, const std::string& what, DWORD error)
 bool WaitForService(SC_HANDLE service, DWORD pending, SERVICE_STATUS_PROCESS& status);
 
 bool QueryService(SC_HANDLE service, SERVICE_STATUS_PROCESS& status);  // false: GetLastError tells
+
+struct ServiceConfiguration {
+    std::wstring commandLine;
+    std::wstring account;
+};
+
+// Nothing: GetLastError tells.
+std::optional<ServiceConfiguration> QueryConfiguration(SC_HANDLE service);
 
 }  // namespace wrb
