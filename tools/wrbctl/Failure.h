@@ -1,5 +1,7 @@
 #pragma once
 
+#include <windows.h>
+
 #include <string>
 
 #include "Console.h"
@@ -16,6 +18,12 @@ inline int Fail(ExitCode code, const std::string& message) {
 
 inline int FailSystem(ExitCode code, const std::string& message, unsigned long error) {
     return Fail(code, message + ": " + SystemText(error));
+}
+
+// For a pipe, or a section, that a program makes while it runs. `absent` says that the program does not run, `what`
+// that the object cannot be opened although it exists.
+inline int FailToOpen(const std::string& absent, const std::string& what, unsigned long error) {
+    return error == ERROR_FILE_NOT_FOUND ? Fail(kExitServiceNotRunning, absent) : FailSystem(kExitFailed, what, error);
 }
 
 }  // namespace wrb

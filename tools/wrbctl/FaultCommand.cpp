@@ -8,7 +8,6 @@
 #include "FaultBoard.h"
 #include "JsonText.h"
 #include "Subcommands.h"
-#include "SystemText.h"
 
 namespace wrb {
 namespace {
@@ -55,10 +54,8 @@ int RunFault(const FaultOptions& options) {
     }
     SharedFaultBoard board;
     if (!board.Open(kFaultBoard)) {
-        const DWORD error = GetLastError();
-        return error == ERROR_FILE_NOT_FOUND
-                   ? Fail(kExitServiceNotRunning, "the back end does not run, or was started without --allow-faults")
-                   : Fail(kExitFailed, "cannot open the section of the faults: " + SystemText(error));
+        return FailToOpen("the back end does not run, or was started without --allow-faults",
+                          "cannot open the section of the faults", GetLastError());
     }
     if (options.clear) {
         board->Clear();

@@ -104,9 +104,7 @@ int SendToHost(const std::wstring& message) {
     CPipeClient client;
     uint64_t bytes = message.size() * sizeof(wchar_t);
     if (!client.Initial(kHostPipe)) {
-        const DWORD error = GetLastError();
-        return error == ERROR_FILE_NOT_FOUND ? Fail(kExitServiceNotRunning, "the host is not running; start wrbhost")
-                                             : FailSystem(kExitFailed, "cannot connect to the host", error);
+        return FailToOpen("the host is not running; start wrbhost", "cannot connect to the host", GetLastError());
     }
     if (!client.Send(message.data(), bytes)) {
         return FailSystem(kExitFailed, "cannot send to the host", GetLastError());

@@ -12,7 +12,6 @@
 #include "LogFilter.h"
 #include "LogLevel.h"
 #include "Subcommands.h"
-#include "SystemText.h"
 #include "Terminal.h"
 
 namespace wrb {
@@ -80,10 +79,7 @@ int RunTail(const TailOptions& options) {
     }
     SharedLogFeed feed;
     if (!feed.Open(kLogFeedSection)) {
-        const DWORD error = GetLastError();
-        return error == ERROR_FILE_NOT_FOUND
-                   ? Fail(kExitServiceNotRunning, "the log service does not run; start wrbback serve")
-                   : Fail(kExitFailed, "cannot follow the log: " + SystemText(error));
+        return FailToOpen("the log service does not run; start wrbback serve", "cannot follow the log", GetLastError());
     }
     uint64_t shown = 0;
     FollowFeed(

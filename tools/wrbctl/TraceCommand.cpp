@@ -12,7 +12,6 @@
 #include "JsonText.h"
 #include "SharedBlock.h"
 #include "Subcommands.h"
-#include "SystemText.h"
 #include "Text.h"
 #include "VisibleText.h"
 
@@ -75,9 +74,7 @@ constexpr char kHeads[] =
 int RunTrace(const TraceOptions& options) {
     SharedBlock<TraceFeed> feed;
     if (!feed.Open(kTraceSection)) {
-        const DWORD error = GetLastError();
-        return error == ERROR_FILE_NOT_FOUND ? Fail(kExitServiceNotRunning, "the host does not run; start wrbhost")
-                                             : Fail(kExitFailed, "cannot trace commands: " + SystemText(error));
+        return FailToOpen("the host does not run; start wrbhost", "cannot trace commands", GetLastError());
     }
     uint64_t shown = 0;
     FollowFeed(
