@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <iterator>
+#include <random>
 #include <stdexcept>
 
 #include "Text.h"
@@ -64,6 +65,22 @@ void ReadKind(std::string_view text, FaultRule& rule) {
 }
 
 }  // namespace
+
+std::optional<std::vector<uint8_t>> SpoiltAnswer(FaultKind kind, std::span<const uint8_t> answer) {
+    constexpr std::size_t kLeastGarbage = 64;
+    std::vector<uint8_t> bytes;
+    if (kind == FaultKind::Silence) {
+        return std::nullopt;
+    }
+    if (kind == FaultKind::Truncate) {
+        bytes.assign(answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(answer.size() / 2));
+    } else if (kind == FaultKind::Garbage) {
+        std::minstd_rand random;
+        bytes.resize(std::max(answer.size(), kLeastGarbage));
+        std::ranges::generate(bytes, [&] { return static_cast<uint8_t>(random() >> 8); });
+    }
+    return bytes;
+}
 
 bool CanFail(DbCommand command, FaultKind kind) noexcept {
     return DescribeDbCommand(command).answer != DbAnswer::None || kind == FaultKind::Delay ||

@@ -3,8 +3,10 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "DbCommands.h"
 
@@ -28,6 +30,9 @@ struct FaultRule {
 
 // A write has no answer to spoil: it can be delayed and silenced.
 bool CanFail(DbCommand command, FaultKind kind) noexcept;
+
+// The answer as the fault leaves it; nothing when none is sent. Not for a delay.
+std::optional<std::vector<uint8_t>> SpoiltAnswer(FaultKind kind, std::span<const uint8_t> answer);
 
 // "COMMAND:KIND[=TIME][:every=N]", COMMAND being "*" for every command and TIME "2s" or "500ms". Throws
 // std::invalid_argument, whose text says what is wrong.

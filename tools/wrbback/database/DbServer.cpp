@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <random>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -31,23 +30,6 @@ constexpr std::chrono::seconds kListLimit{30};
 
 std::wstring Shown(std::wstring_view text) {
     return std::wstring(text.substr(0, kShownCharacters));
-}
-
-// Nothing: no answer is sent.
-std::optional<std::vector<uint8_t>> Spoilt(FaultKind kind, std::span<const uint8_t> answer) {
-    constexpr std::size_t kLeastGarbage = 64;
-    std::vector<uint8_t> bytes;
-    if (kind == FaultKind::Silence) {
-        return std::nullopt;
-    }
-    if (kind == FaultKind::Truncate) {
-        bytes.assign(answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(answer.size() / 2));
-    } else if (kind == FaultKind::Garbage) {
-        std::minstd_rand random;
-        bytes.resize(std::max(answer.size(), kLeastGarbage));
-        std::ranges::generate(bytes, [&] { return static_cast<uint8_t>(random() >> 8); });
-    }
-    return bytes;
 }
 
 unsigned ConnectionsOf(const DbServerOptions& options) {
@@ -334,7 +316,7 @@ bool DbServer::ReplyTo(DbCommand command, const std::wstring& replyPipe, std::sp
     if (!fault || fault->kind == FaultKind::Delay) {
         return Reply(replyPipe, answer);
     }
-    if (const auto spoilt = Spoilt(fault->kind, answer)) {
+    if (const auto spoilt = SpoiltAnswer(fault->kind, answer)) {
         Reply(replyPipe, *spoilt);
     }
     return false;
