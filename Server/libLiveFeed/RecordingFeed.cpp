@@ -116,7 +116,7 @@ bool RecordingFeed::Read(std::string& record) {
     uint32_t bytes = 0;
     CopyOut(begin, &bytes, sizeof bytes);
     if (waiting > kQueueBytes || bytes < sizeof(RecordedCommand) || bytes > waiting) {
-        CountMissed();  // the section is broken: go on behind it
+        CountMissed();  // the section is broken: drop all that waits
         m_read.store(end, std::memory_order_release);
         return false;
     }

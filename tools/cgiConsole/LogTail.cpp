@@ -11,7 +11,7 @@ namespace {
 
 constexpr int64_t kMostBytes = 1 << 20;
 
-// From the weightiest to the lightest. A line of another class is shown at every level.
+// From the most severe to the least. A line of another class is shown at every level.
 constexpr std::string_view kClasses = "FEWID";
 
 std::string ReadEnd(const std::wstring& path, bool& isReadable) {

@@ -58,7 +58,7 @@ class StatusLine {
     std::size_t m_width = 0;  // of what stands there
 };
 
-// How far a work has come, from its second second on.
+// Shows on the status line how many steps of a task are done. A task of less than a second shows nothing.
 class Progress {
   public:
     Progress(std::string what, std::size_t total);

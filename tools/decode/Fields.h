@@ -24,7 +24,7 @@ struct Decoded {
     std::string problem;               // what is wrong with the message; empty: all of it is understood
 };
 
-// A message that does not go on as it should. The text says what is missing.
+// Thrown where a message breaks its format. The text says what is missing.
 class DecodeProblem : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;

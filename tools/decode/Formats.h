@@ -13,7 +13,7 @@ bool BeginsWith(std::span<const uint8_t> bytes, std::initializer_list<uint8_t> s
 bool IsMessage(std::span<const uint8_t> bytes);
 void DecodeMessage(FieldCursor& cursor);
 
-// The frame of the database server and the request behind it.
+// The frame of the database server and the request that follows it.
 bool IsFrame(std::span<const uint8_t> bytes);
 void DecodeFrame(FieldCursor& cursor);
 

@@ -1,7 +1,7 @@
 // Recordings without personal data: uids and texts are replaced, numbers, names of commands, sections and keys stay.
 //
 // The same uid always gets the same mask, in the form of a uid, and the same text the same mask, "~" and 12 hexadecimal
-// digits. The masks come from a random key, which is kept nowhere: nobody can tell a text by trying.
+// digits. The masks come from a random key, which is kept nowhere: nobody can mask a guess and compare.
 #pragma once
 
 #include <string>

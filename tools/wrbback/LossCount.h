@@ -1,4 +1,4 @@
-// Losses that are told now and then, not one by one.
+// Counts losses and says when to report them.
 #pragma once
 
 #include <cstdint>
@@ -8,15 +8,15 @@
 
 namespace wrb {
 
-// The first loss is told at once, what follows in sums, one a minute. Any thread.
+// The first loss is reported at once, the following ones as sums, one a minute. Any thread.
 class LossCount {
   public:
     explicit LossCount(const IClock& clock = SystemClock()) : m_clock(clock) {}
 
-    // Counts one. Returns what is to be told now: the losses since the last time, or 0 within a minute of it.
+    // Counts one. Returns the losses to report now: those since the last report, or 0 within a minute of it.
     uint64_t Add();
 
-    // The losses that have not been told; they count as told now.
+    // The losses that have not been reported; they count as reported now.
     uint64_t Rest();
 
   private:

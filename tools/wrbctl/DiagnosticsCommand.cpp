@@ -27,7 +27,7 @@ constexpr char kExamples[] = R"(Examples:
   wrbctl diagnostics server.zip --log C:\Warrenby\Log\wrbdebug.log
 
 The archive has the status, the version, the counters, what 'wrbctl check' finds, both INI files with their secrets
-masked and the end of the log. Look at it before you give it away: texts of the log may name computers and users.
+masked and the end of the log. Read it before you pass it on: texts of the log may name computers and users.
 
 Exit codes: 0 done, 1 cannot write the file, 2 wrong command line.
 )";
@@ -121,7 +121,7 @@ int RunDiagnostics(const DiagnosticsOptions& options) {
     if (const unsigned long error = _doserrno; !out) {
         return FailSystem(kExitFailed, "cannot write " + options.file, error);
     }
-    PrintOut("wrote " + options.file + "; look at it before you give it away\n");
+    PrintOut("wrote " + options.file + "; read it before you pass it on\n");
     return kExitOk;
 }
 
@@ -129,9 +129,8 @@ int RunDiagnostics(const DiagnosticsOptions& options) {
 
 void AddDiagnostics(CLI::App& app, Run& run) {
     const auto options = std::make_shared<DiagnosticsOptions>();
-    CLI::App* const diagnostics =
-        AddSubcommand(app, "diagnostics", "Collect what somebody needs who helps, in a ZIP file", kExamples, options,
-                      RunDiagnostics, run);
+    CLI::App* const diagnostics = AddSubcommand(app, "diagnostics", "Collect the data for a support case in a ZIP file",
+                                                kExamples, options, RunDiagnostics, run);
     diagnostics->add_option("file", options->file, "ZIP file to make; an existing one is replaced")->required();
     diagnostics->add_option("--log", options->log, "Also the end of this log file")->check(CLI::ExistingFile);
 }

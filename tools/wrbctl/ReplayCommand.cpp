@@ -45,7 +45,7 @@ struct ReplayCommandOptions {
     CommandFilter filter;
 };
 
-// What has become of the commands of one name.
+// The results of all commands of one name.
 struct CommandResult {
     uint64_t sent = 0;
     uint64_t failed = 0;  // not delivered, or not answered though it was when recorded

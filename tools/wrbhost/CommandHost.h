@@ -1,4 +1,4 @@
-// The command pipe, the lanes behind it, and the worker threads.
+// The command pipe, the lanes in which its commands wait, and the worker threads.
 #pragma once
 
 #include <atomic>
