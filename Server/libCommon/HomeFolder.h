@@ -9,6 +9,10 @@ namespace wrb {
 // Room for the longest home folder and its terminator.
 inline constexpr std::size_t kHomeFolderCapacity = 260;
 
+// The INI files of the server, below the home folder.
+inline constexpr wchar_t kScanIniFile[] = L"wrbscan.ini";
+inline constexpr wchar_t kServerIniFile[] = L"Private\\wrbserver.ini";
+
 // The home folder as installed: the value "Local_Path" (REG_SZ, 64-bit view) of the registry key
 // HKEY_LOCAL_MACHINE\SOFTWARE\CallowaySystems\Warrenby\service\Information, as written. Empty when it is missing, of
 // another type or longer than 1023 characters. Read afresh at every call; never logs; any thread.

@@ -11,6 +11,7 @@
 #include "CommandLine.h"
 #include "DebugLog.h"
 #include "Frame.h"
+#include "HomeFolder.h"
 #include "INICache.h"
 #include "RequestOrigin.h"
 #include "Resources.h"
@@ -30,8 +31,8 @@ std::wstring HomeFolderOf() {
 }
 
 void BindIniCaches(const std::wstring& home) {
-    ScanIniCache().init((home + L"wrbscan.ini").c_str(), 0);
-    ServerIniCache().init((home + L"Private\\wrbserver.ini").c_str(), 0);
+    ScanIniCache().init((home + kScanIniFile).c_str(), 0);
+    ServerIniCache().init((home + kServerIniFile).c_str(), 0);
 }
 
 // A file that the pages load. Its address changes with its content, so browsers may keep it.

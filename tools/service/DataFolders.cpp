@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "Handle.h"
+#include "HomeFolder.h"
 
 namespace wrb {
 namespace {
@@ -42,7 +43,7 @@ bool DeleteIfThere(const std::wstring& path) {
 }  // namespace
 
 bool DeleteData(const ServiceSpec& spec, const std::wstring& home) {
-    bool done = DeleteIfThere(home + L"Private") && DeleteIfThere(home + L"wrbscan.ini");
+    bool done = DeleteIfThere(home + L"Private") && DeleteIfThere(home + kScanIniFile);
     for (const wchar_t* folder : spec.folders) {
         done = DeleteIfThere(home + folder) && done;
     }

@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "AlertFiles.h"
+#include "HomeFolder.h"
 #include "IgnoringCase.h"
 #include "NearestName.h"
 #include "SettingCatalog.h"
@@ -193,13 +194,17 @@ void CheckAlertText(const std::string& file, std::string_view bytes, std::vector
     }
 }
 
+IniFinding ServerIniWarning(std::string text) {
+    return {false, WideToUtf8(kServerIniFile), 0, std::move(text)};
+}
+
 // A key that is wrong is an error of its line.
 void CheckKeyIsThere(CINICache& serverIni, std::vector<IniFinding>& findings) {
     wchar_t first[2];
     if (serverIni.readINIString(first, kProtectionKeySection, kProtectionKeyName, L"", 2) == 0) {
-        findings.push_back({false, "Private\\wrbserver.ini", 0,
-                            "has no " + WideToUtf8(kProtectionKeyName) +
-                                ": agents with addresses get no web-threat settings; make one with wrbctl make-key"});
+        findings.push_back(
+            ServerIniWarning("has no " + WideToUtf8(kProtectionKeyName) +
+                             ": agents with addresses get no web-threat settings; make one with wrbctl make-key"));
     }
 }
 
@@ -212,15 +217,15 @@ void CheckTicket(CINICache& scanIni, CINICache& serverIni, std::vector<IniFindin
         const char* const key = TicketSettings::Key(setting);
         const uint32_t asked = serverIni.readINIInt(section, key, 0);
         if (asked > threads.maximum) {
-            findings.push_back({false, "Private\\wrbserver.ini", 0,
-                                std::string(key) + " is " + std::to_string(asked) + ", but counts as " +
-                                    std::to_string(threads.maximum) + ", the Command_Handler_Maxium_Thread_Number"});
+            findings.push_back(ServerIniWarning(std::string(key) + " is " + std::to_string(asked) + ", but counts as " +
+                                                std::to_string(threads.maximum) +
+                                                ", the Command_Handler_Maxium_Thread_Number"));
         }
     }
     if (ticket.Read(TicketSetting::Ahead, threads) < ticket.Read(TicketSetting::Free, threads)) {
-        findings.push_back({false, "Private\\wrbserver.ini", 0,
-                            "NumberOfMaxConcurrentLogUploadingClient is below NumberOfConcurrentLogUploadingClient and "
-                            "has no effect"});
+        findings.push_back(ServerIniWarning(
+            "NumberOfMaxConcurrentLogUploadingClient is below NumberOfConcurrentLogUploadingClient and "
+            "has no effect"));
     }
 }
 
@@ -232,8 +237,8 @@ std::vector<IniFinding> CheckIni(IniFile kind, const std::string& file, std::str
 
 std::vector<IniFinding> CheckHomeFolder(const std::wstring& home) {
     std::vector<IniFinding> findings;
-    constexpr std::pair<IniFile, const wchar_t*> kFiles[] = {{IniFile::Scan, L"wrbscan.ini"},
-                                                             {IniFile::Server, L"Private\\wrbserver.ini"}};
+    constexpr std::pair<IniFile, const wchar_t*> kFiles[] = {{IniFile::Scan, kScanIniFile},
+                                                             {IniFile::Server, kServerIniFile}};
     for (const auto& [kind, name] : kFiles) {
         if (const auto bytes = ReadFile(home + name)) {
             std::vector<IniFinding> more = CheckIni(kind, WideToUtf8(name), *bytes);
@@ -242,8 +247,8 @@ std::vector<IniFinding> CheckHomeFolder(const std::wstring& home) {
     }
     CINICache scanIni;
     CINICache serverIni;
-    scanIni.init((home + kFiles[0].second).c_str(), 0);
-    serverIni.init((home + kFiles[1].second).c_str(), 0);
+    scanIni.init((home + kScanIniFile).c_str(), 0);
+    serverIni.init((home + kServerIniFile).c_str(), 0);
     CheckKeyIsThere(serverIni, findings);
     CheckTicket(scanIni, serverIni, findings);
     for (const AlertFile& alert : kAlertFiles) {

@@ -20,8 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr wchar_t kServerIni[] = L"Private\\wrbserver.ini";
-
 StatusItem Item(const char* name, Health health, std::string text) {
     return {.name = name, .health = health, .text = std::move(text), .details = Json::Value(Json::objectValue)};
 }
@@ -29,7 +27,7 @@ StatusItem Item(const char* name, Health health, std::string text) {
 // Whether the server INI gives the key a value.
 bool HasServerKey(const std::wstring& home, const wchar_t* key) {
     wchar_t first[2];
-    return GetPrivateProfileStringW(kProtectionKeySection, key, L"", first, 2, (home + kServerIni).c_str()) != 0;
+    return GetPrivateProfileStringW(kProtectionKeySection, key, L"", first, 2, (home + kServerIniFile).c_str()) != 0;
 }
 
 StatusItem CheckIni(const std::wstring& home, const wchar_t* file, int64_t cachedSeconds) {
@@ -89,12 +87,12 @@ StatusItem CheckHome(const std::wstring& home) {
 }
 
 StatusItems CheckInis(const std::wstring& home) {
-    return {CheckIni(home, L"wrbscan.ini", 6), CheckIni(home, kServerIni, 6),
+    return {CheckIni(home, kScanIniFile, 6), CheckIni(home, kServerIniFile, 6),
             CheckIni(home, L"Private\\wrbSbaSvr.ini", 30)};
 }
 
 StatusItem CheckKey(const std::wstring& home) {
-    if (ReadProtectionKey(home + kServerIni)) {
+    if (ReadProtectionKey(home + kServerIniFile)) {
         return Item("protection key", Health::Good, "there");
     }
     const bool isWrong = HasServerKey(home, kProtectionKeyName);

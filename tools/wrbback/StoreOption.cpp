@@ -23,7 +23,7 @@ constexpr wchar_t kServiceStore[] = L"sqlite:Data\\agents.db";
 constexpr DWORD kAddressCharacters = 4096;
 
 std::wstring ServerIni() {
-    return HomeFolder() + L"Private\\wrbserver.ini";
+    return HomeFolder() + kServerIniFile;
 }
 
 // Empty: the file does not name a store.

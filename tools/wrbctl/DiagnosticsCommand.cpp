@@ -105,8 +105,8 @@ int RunDiagnostics(const DiagnosticsOptions& options) {
     zip.Add("status.json", JsonText(StatusJson(ReadServerStatus())));
     zip.Add("counters.json", CountersText());
     zip.Add("check.txt", FindingsText(home));
-    constexpr std::pair<const char*, const wchar_t*> kInis[] = {{"wrbscan.ini", L"wrbscan.ini"},
-                                                                {"wrbserver.ini", L"Private\\wrbserver.ini"}};
+    constexpr std::pair<const char*, const wchar_t*> kInis[] = {{"wrbscan.ini", kScanIniFile},
+                                                                {"wrbserver.ini", kServerIniFile}};
     for (const auto& [name, file] : kInis) {
         if (const auto bytes = ReadFrom(home + file, kLogTail)) {
             zip.Add(name, MaskSecrets(*bytes));

@@ -35,8 +35,8 @@ bool HasValue(const std::wstring& ini) {
 
 int RunMakeKey(const MakeKeyOptions& options) {
     // The system looks for a relative path in its own folder.
-    const std::filesystem::path path = std::filesystem::absolute(
-        options.ini.empty() ? HomeFolder() + L"Private\\wrbserver.ini" : Utf8ToWide(options.ini));
+    const std::filesystem::path path =
+        std::filesystem::absolute(options.ini.empty() ? HomeFolder() + kServerIniFile : Utf8ToWide(options.ini));
     const std::string name = WideToUtf8(path.wstring());
     if (!options.force && HasValue(path.wstring())) {
         return Fail(kExitFailed, name + " has a key; --force replaces it, and then the agents need the new one");

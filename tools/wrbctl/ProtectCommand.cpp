@@ -24,7 +24,7 @@ Exit codes: 0 done, 1 there is no key, or the text cannot be protected, 2 wrong 
 struct ProtectOptions {};
 
 int RunProtect(const ProtectOptions&) {
-    const std::wstring ini = HomeFolder() + L"Private\\wrbserver.ini";
+    const std::wstring ini = HomeFolder() + kServerIniFile;
     const std::optional<ProtectionKey> key = ReadProtectionKey(ini);
     if (!key) {
         return Fail(kExitFailed, WideToUtf8(ini) + " has no protection key: make one with wrbctl make-key");

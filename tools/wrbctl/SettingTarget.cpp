@@ -54,8 +54,8 @@ int KeepKey(const SettingName& name, std::vector<Explanation>& lines) {
 
 void BindIniCaches() {
     const std::wstring home = HomeFolder();
-    ScanIniCache().init((home + L"wrbscan.ini").c_str(), 0);
-    ServerIniCache().init((home + L"Private\\wrbserver.ini").c_str(), 0);
+    ScanIniCache().init((home + kScanIniFile).c_str(), 0);
+    ServerIniCache().init((home + kServerIniFile).c_str(), 0);
 }
 
 int CheckDatabaseServes() {

@@ -33,9 +33,9 @@ std::vector<std::wstring> Accounts(const std::wstring& file) {
 
 std::string ReadHostSettings(const HostOptions& options, CommandHostOptions& settings) {
     const std::wstring home = HomeFolder();
-    const std::wstring server = home + L"Private\\wrbserver.ini";
+    const std::wstring server = home + kServerIniFile;
     const CommandHostOptions defaults;
-    settings.lanes.workers = Number(options.workers, home + L"wrbscan.ini", L"Command_Handler_Static_Thread_Number",
+    settings.lanes.workers = Number(options.workers, home + kScanIniFile, L"Command_Handler_Static_Thread_Number",
                                     defaults.lanes.workers, kMostWorkers);
     settings.lanes.queuedPerLane = Number(options.queue, server, L"CommandQueueLength",
                                           static_cast<unsigned>(defaults.lanes.queuedPerLane), kMostQueued);
@@ -55,7 +55,7 @@ std::string ReadHostSettings(const HostOptions& options, CommandHostOptions& set
 }
 
 bool HasProtectionKey() {
-    return ReadProtectionKey(HomeFolder() + L"Private\\wrbserver.ini").has_value();
+    return ReadProtectionKey(HomeFolder() + kServerIniFile).has_value();
 }
 
 }  // namespace wrb

@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "DebugLog.h"
+#include "HomeFolder.h"
 #include "ProtectionKeyFile.h"
 #include "StringProtection.h"
 #include "Text.h"
@@ -27,10 +28,10 @@ std::optional<std::string> PlainPassword(const std::wstring& text, const std::ws
 }  // namespace
 
 MailDelivery::MailDelivery(const std::wstring& homeFolder)
-    : m_serverIni(homeFolder + L"Private\\wrbserver.ini"),
+    : m_serverIni(homeFolder + kServerIniFile),
       m_folder(homeFolder),
       m_queue(m_folder, SystemClock(), [this](const std::string& text) { return Send(text); }) {
-    m_scanIni.init((homeFolder + L"wrbscan.ini").c_str(), kExpirySeconds);
+    m_scanIni.init((homeFolder + kScanIniFile).c_str(), kExpirySeconds);
 }
 
 void MailDelivery::Start() {

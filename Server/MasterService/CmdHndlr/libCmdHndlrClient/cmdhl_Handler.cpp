@@ -29,8 +29,8 @@ void InitialiseIniCaches() {
     wchar_t scanIni[kPathCharacters];
     wchar_t serverIni[kPathCharacters];
     wchar_t sbaIni[kPathCharacters];
-    wrb::FormatInto(scanIni, kPathCharacters, L"%swrbscan.ini", home);
-    wrb::FormatInto(serverIni, kPathCharacters, L"%sPrivate\\wrbserver.ini", home);
+    wrb::FormatInto(scanIni, kPathCharacters, L"%s%s", home, wrb::kScanIniFile);
+    wrb::FormatInto(serverIni, kPathCharacters, L"%s%s", home, wrb::kServerIniFile);
     // The server's other programs use this path, with its doubled separator and lower-case "private".
     wrb::FormatInto(sbaIni, kPathCharacters, L"%s\\private\\%s", home, L"wrbSbaSvr.ini");
     WRB_LOG(kLogInfo, L"%s - cmdhl_Initialize: ini home:[%s]", L"cmdhl_Initialize", scanIni);
