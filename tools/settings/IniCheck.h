@@ -1,4 +1,4 @@
-// Finds what is wrong in the files that an administrator edits: the two INI files and the alert texts.
+// Finds what is wrong in an INI file that an administrator edits.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +10,10 @@
 
 namespace wrb {
 
+// How files begin that editors mark with their encoding.
+inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+inline constexpr std::string_view kUtf16Mark = "\xFF\xFE";
+
 struct IniFinding {
     bool isError = false;  // else a warning: the server works, perhaps not as was meant
     std::string file;
@@ -19,9 +23,5 @@ struct IniFinding {
 
 // `bytes` is the file's content, `file` its name for people. Unknown sections and keys come with the nearest known one.
 std::vector<IniFinding> CheckIni(IniFile kind, const std::string& file, std::string_view bytes);
-
-// The INI files, the protection key, the limits of the upload ticket and the alert texts below a home folder with a
-// backslash at its end. A missing file has no finding, but a missing key has one.
-std::vector<IniFinding> CheckHomeFolder(const std::wstring& home);
 
 }  // namespace wrb

@@ -2,8 +2,8 @@
 
 #include "Console.h"
 #include "ExitCode.h"
+#include "HomeCheck.h"
 #include "HomeFolder.h"
-#include "IniCheck.h"
 #include "JsonText.h"
 #include "Subcommands.h"
 #include "Terminal.h"
