@@ -2,16 +2,13 @@
 
 #include <algorithm>
 #include <iostream>
-#include <map>
-#include <tuple>
 
 #include "Console.h"
 #include "Conversation.h"
 #include "DbListing.h"
 #include "Failure.h"
-#include "JsonText.h"
 #include "Polling.h"
-#include "ScanChanges.h"
+#include "SetPlan.h"
 #include "SettingTarget.h"
 #include "Subcommands.h"
 #include "Terminal.h"
@@ -44,19 +41,8 @@ struct SetOptions {
     bool json = false;
 };
 
-// How many agents change a setting from one value to another.
-using Summary = std::map<std::tuple<const SettingInfo*, std::wstring, std::wstring>, std::size_t>;
-
-struct Plan {
-    std::vector<SettingAssignment> assignments;
-    std::vector<std::wstring> uids;     // an empty one: the server
-    std::vector<std::wstring> changed;  // those of them that change
-    std::size_t unreadable = 0;         // agents without settings of the group
-    Summary summary;
-};
-
 // 0, or the exit code of faults that have been reported.
-int ParseAssignments(const SetOptions& options, Plan& plan) {
+int ParseAssignments(const SetOptions& options, SetPlan& plan) {
     int code = kExitOk;
     for (std::size_t i = options.server || options.all ? 0 : 1; i < options.arguments.size(); ++i) {
         std::string wrong;
@@ -72,7 +58,7 @@ int ParseAssignments(const SetOptions& options, Plan& plan) {
     return code;
 }
 
-int FindTargets(const SetOptions& options, Plan& plan) {
+int FindTargets(const SetOptions& options, SetPlan& plan) {
     BindIniCaches();
     if (!options.all) {
         plan.uids.push_back(options.server ? std::wstring() : Utf8ToWide(options.arguments[0]));
@@ -87,76 +73,7 @@ int FindTargets(const SetOptions& options, Plan& plan) {
     return plan.uids.empty() ? Fail(kExitFailed, "the database has no agents") : kExitOk;
 }
 
-int ReportFaults(const MergedChanges& merged) {
-    for (const SettingFault& fault : merged.faults) {
-        Fail(kExitUsage, WideToUtf8(fault.setting->Name()) + " " + fault.wrong);
-    }
-    return kExitUsage;
-}
-
-// Reads every target and sums up what would change.
-int Preview(Plan& plan) {
-    Progress progress("reading agents", plan.uids.size());
-    for (const std::wstring& uid : plan.uids) {
-        const MergedChanges merged = MergeChanges(plan.assignments, uid);
-        if (!merged.faults.empty()) {
-            return ReportFaults(merged);
-        }
-        if (merged.unreadable != nullptr) {
-            if (plan.uids.size() == 1) {
-                return FailUnreadable(uid, {std::wstring(merged.unreadable->section)});
-            }
-            ++plan.unreadable;
-        } else if (!merged.groups.empty()) {
-            plan.changed.push_back(uid);
-        }
-        for (const GroupChange& group : merged.groups) {
-            for (const SettingChange& change : group.changes) {
-                ++plan.summary[{change.setting, change.before, change.after}];
-            }
-        }
-        progress.Step();
-    }
-    return kExitOk;
-}
-
-void PrintPlan(const Plan& plan, bool all) {
-    TextTable table(all ? std::vector<std::wstring>{L"setting", L"old", L"new", L"agents"}
-                        : std::vector<std::wstring>{L"setting", L"old", L"new"});
-    for (const auto& [change, agents] : plan.summary) {
-        const auto& [setting, before, after] = change;
-        std::vector<std::wstring> cells{setting->Name(), CutTo(before, 40), CutTo(after, 40)};
-        if (all) {
-            cells.push_back(std::to_wstring(agents));
-        }
-        table.Add(std::move(cells));
-    }
-    PrintOut(table.Text(TerminalColumns()));
-    if (plan.unreadable != 0) {
-        PrintOut(std::to_string(plan.unreadable) + (plan.unreadable == 1 ? " agent has" : " agents have") +
-                 " no settings of the group: nothing changes there\n");
-    }
-}
-
-void PrintPlanAsJson(const Plan& plan, bool written) {
-    Json::Value result;
-    Json::Value& changes = result["changes"] = Json::Value(Json::arrayValue);
-    for (const auto& [change, agents] : plan.summary) {
-        const auto& [setting, before, after] = change;
-        Json::Value row;
-        row["section"] = WideToUtf8(setting->Section());
-        row["key"] = WideToUtf8(setting->Key());
-        row["old"] = WideToUtf8(before);
-        row["new"] = WideToUtf8(after);
-        row["targets"] = static_cast<Json::UInt64>(agents);
-        changes.append(std::move(row));
-    }
-    result["unreadable"] = static_cast<Json::UInt64>(plan.unreadable);
-    result["written"] = written;
-    PrintJson(result);
-}
-
-bool IsConfirmed(const Plan& plan, const SetOptions& options) {
+bool IsConfirmed(const SetPlan& plan, const SetOptions& options) {
     if (options.yes) {
         return true;
     }
@@ -183,7 +100,7 @@ void WriteAudit(const GroupChange& group, const std::wstring& uid) {
     }
 }
 
-int Write(const Plan& plan) {
+int Write(const SetPlan& plan) {
     Progress progress("writing agents", plan.changed.size());
     for (const std::wstring& uid : plan.changed) {
         const std::string target = uid.empty() ? "the server-wide defaults" : WideToUtf8(uid);
@@ -208,7 +125,7 @@ void TellHost() {
     Tell(tally, L"CMDHL_CLEAR_INI_CACHE", {});
 }
 
-int WriteConfirmed(const Plan& plan, const SetOptions& options) {
+int WriteConfirmed(const SetPlan& plan, const SetOptions& options) {
     if (!IsConfirmed(plan, options)) {
         return Fail(kExitFailed, "nothing is written");
     }
@@ -217,7 +134,7 @@ int WriteConfirmed(const Plan& plan, const SetOptions& options) {
         TellHost();
     }
     if (options.json) {
-        PrintPlanAsJson(plan, code == kExitOk);
+        PrintSetPlanAsJson(plan, code == kExitOk);
     } else if (code == kExitOk) {
         PrintOut(options.server
                      ? "stored and read back; agents with settings of their own keep them, --all changes those\n"
@@ -232,18 +149,18 @@ int RunSet(const SetOptions& options) {
         !CheckCount(options.arguments.size(), noUid ? 1 : 2, SIZE_MAX, "set UID|--server|--all SECTION.KEY=VALUE...")) {
         return options.server && options.all ? Fail(kExitUsage, "take one of --server and --all") : kExitUsage;
     }
-    Plan plan;
+    SetPlan plan;
     int code = ParseAssignments(options, plan);
     code = code == kExitOk ? FindTargets(options, plan) : code;
-    code = code == kExitOk ? Preview(plan) : code;
+    code = code == kExitOk ? ReadSetPlan(plan) : code;
     if (code != kExitOk) {
         return code;
     }
     if (!options.json) {
-        PrintPlan(plan, options.all);
+        PrintSetPlan(plan, options.all);
     }
     if (plan.changed.empty() || options.dryRun) {
-        options.json ? PrintPlanAsJson(plan, false)
+        options.json ? PrintSetPlanAsJson(plan, false)
                      : PrintOut(plan.changed.empty() ? "nothing to change\n" : "dry run: nothing is written\n");
         return kExitOk;
     }
