@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <span>
 #include <utility>
 
 #include "CancelAfter.h"
@@ -20,6 +21,7 @@ constexpr wchar_t kNew[] = L"Temp\\NewMail";
 constexpr wchar_t kMail[] = L"Temp\\Mail";
 constexpr std::wstring_view kWaiting = L".eml";
 constexpr std::wstring_view kFailed = L".failed";
+constexpr std::size_t kMostDeleted = 100;      // at a time: others can fill the folders
 constexpr uint32_t kFileMilliseconds = 2'000;  // whoever holds an oplock on a file decides how long it takes
 
 CWrbSRWLock g_storing;  // held from the count of the files until the new one is there
@@ -33,8 +35,12 @@ bool IsNewName(std::wstring_view name) {
     });
 }
 
+bool IsWaiting(std::wstring_view name) {
+    return name.ends_with(kWaiting);
+}
+
 bool IsMail(std::wstring_view name) {
-    return (name.ends_with(kWaiting) || name.ends_with(kFailed)) && IsNewName(name.substr(0, name.rfind(L'.')));
+    return (IsWaiting(name) || name.ends_with(kFailed)) && IsNewName(name.substr(0, name.rfind(L'.')));
 }
 
 // Empty without a home folder: the name alone would mean the current folder.
@@ -42,12 +48,12 @@ std::wstring Below(const std::wstring& home, const wchar_t* name) {
     return home.empty() ? home : home + name + L"\\";
 }
 
-// The mails of a folder that is held, waiting or failed, sorted.
-std::vector<std::wstring> MailsIn(const std::wstring& folder) {
+// The mails of a folder that is held, waiting or failed, sorted; those found in time, where others have filled it.
+std::vector<std::wstring> MailsIn(const std::wstring& folder, const CancelAfter& limit) {
     std::vector<std::wstring> names;
     WIN32_FIND_DATAW found;
     const SearchHandle search(FindFirstFileW((folder + L"*").c_str(), &found));
-    for (BOOL more = static_cast<bool>(search); more; more = FindNextFileW(search.Get(), &found)) {
+    for (BOOL more = static_cast<bool>(search); more && !limit.IsOver(); more = FindNextFileW(search.Get(), &found)) {
         if ((found.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == 0 &&
             IsMail(found.cFileName)) {
             names.emplace_back(found.cFileName);
@@ -55,6 +61,13 @@ std::vector<std::wstring> MailsIn(const std::wstring& folder) {
     }
     std::ranges::sort(names);
     return names;
+}
+
+// The first ones, at most kMostDeleted.
+void DeleteSome(const std::wstring& folder, std::span<const std::wstring> names) {
+    for (const std::wstring& name : names.first(std::min(names.size(), kMostDeleted))) {
+        DeleteFileW((folder + name).c_str());
+    }
 }
 
 uint32_t ErrorUnless(BOOL done) {
@@ -69,15 +82,15 @@ uint32_t CreateFolder(const std::wstring& folder) {
 template <typename Work>
 uint32_t InTime(Work work) {
     const CancelAfter limit(kFileMilliseconds);
-    return limit ? work() : limit.Error();
+    return limit ? work(limit) : limit.Error();
 }
 
-// The error of the folder, when it cannot be held, or what work() returns while it is.
+// The error of the folder, when it cannot be held, or what work(limit) returns while it is.
 template <typename Work>
 uint32_t InHeldFolder(const std::wstring& home, const wchar_t* name, Work work) {
-    return InTime([&] {
+    return InTime([&](const CancelAfter& limit) {
         const HeldFolder held(home, name);
-        return held.Error() != ERROR_SUCCESS ? held.Error() : work();
+        return held.Error() != ERROR_SUCCESS ? held.Error() : work(limit);
     });
 }
 
@@ -132,65 +145,65 @@ std::wstring MailFolder::NewName(int64_t seconds) {
 
 uint32_t MailFolder::Store(const std::wstring& name, std::string_view text) const {
     const ExclusiveGuard guard(g_storing);
-    const auto write = [&] {
+    const auto write = [&](const CancelAfter& limit) {
         const std::wstring file = name + std::wstring(kWaiting);
-        const uint32_t error = MakeRoom();
+        const uint32_t error = MakeRoom(limit);
         return error != ERROR_SUCCESS ? error : WriteAndRename(m_new + file, m_mail + file, text);
     };
-    return InTime([&] {
+    return InTime([&](const CancelAfter&) {
         for (const std::wstring& folder : {Below(m_home, kTemp), m_new, m_mail}) {
             if (const uint32_t error = CreateFolder(folder); error != ERROR_SUCCESS) {
                 return error;
             }
         }
-        return InHeldFolder(m_home, kNew, [&] { return InHeldFolder(m_home, kMail, write); });
+        return InHeldFolder(m_home, kNew, [&](const CancelAfter&) { return InHeldFolder(m_home, kMail, write); });
     });
 }
 
-uint32_t MailFolder::MakeRoom() const {
-    const std::vector<std::wstring> names = MailsIn(m_mail);
-    std::size_t count = names.size();
-    for (auto name = names.begin(); count >= kMostFiles && name != names.end(); ++name) {
-        if (name->ends_with(kFailed) && DeleteFileW((m_mail + *name).c_str())) {
-            --count;
-        }
+uint32_t MailFolder::MakeRoom(const CancelAfter& limit) const {
+    std::vector<std::wstring> failed = MailsIn(m_mail, limit);
+    if (limit.IsOver()) {
+        return ERROR_OPERATION_ABORTED;
     }
-    return count < kMostFiles ? ERROR_SUCCESS : ERROR_NOT_ENOUGH_QUOTA;
+    const std::size_t excess = failed.size() - std::min(failed.size(), kMostFiles - 1);
+    const std::size_t waiting = std::erase_if(failed, [](const std::wstring& name) { return IsWaiting(name); });
+    DeleteSome(m_mail, std::span(failed).first(std::min(excess, failed.size())));
+    return waiting < kMostFiles ? ERROR_SUCCESS : ERROR_NOT_ENOUGH_QUOTA;
 }
 
 std::vector<std::wstring> MailFolder::Waiting() const {
     std::vector<std::wstring> names;
-    InHeldFolder(m_home, kMail, [&] {
-        names = MailsIn(m_mail);
+    InHeldFolder(m_home, kMail, [&](const CancelAfter& limit) {
+        names = MailsIn(m_mail, limit);
         return ERROR_SUCCESS;
     });
-    std::erase_if(names, [](const std::wstring& name) { return !name.ends_with(kWaiting); });
+    std::erase_if(names, [](const std::wstring& name) { return !IsWaiting(name); });
     names.resize(std::min(names.size(), kMostFiles));
     return names;
 }
 
 std::optional<std::string> MailFolder::Read(const std::wstring& file) const {
     std::string text;
-    const uint32_t error = InHeldFolder(m_home, kMail, [&] { return ReadWhole(m_mail + file, text); });
+    const uint32_t error =
+        InHeldFolder(m_home, kMail, [&](const CancelAfter&) { return ReadWhole(m_mail + file, text); });
     return error == ERROR_SUCCESS ? std::optional(std::move(text)) : std::nullopt;
 }
 
 uint32_t MailFolder::Delete(const std::wstring& file) const {
-    return InHeldFolder(m_home, kMail, [&] { return ErrorUnless(DeleteFileW((m_mail + file).c_str())); });
+    return InHeldFolder(m_home, kMail,
+                        [&](const CancelAfter&) { return ErrorUnless(DeleteFileW((m_mail + file).c_str())); });
 }
 
 uint32_t MailFolder::MarkFailed(const std::wstring& file) const {
     const std::wstring failed = file.substr(0, file.size() - kWaiting.size()) + std::wstring(kFailed);
-    return InHeldFolder(m_home, kMail, [&] {
+    return InHeldFolder(m_home, kMail, [&](const CancelAfter&) {
         return ErrorUnless(MoveFileExW((m_mail + file).c_str(), (m_mail + failed).c_str(), MOVEFILE_REPLACE_EXISTING));
     });
 }
 
 void MailFolder::DeleteUnfinished() const {
-    InHeldFolder(m_home, kNew, [&] {
-        for (const std::wstring& name : MailsIn(m_new)) {
-            DeleteFileW((m_new + name).c_str());
-        }
+    InHeldFolder(m_home, kNew, [&](const CancelAfter& limit) {
+        DeleteSome(m_new, MailsIn(m_new, limit));
         return ERROR_SUCCESS;
     });
 }

@@ -14,8 +14,11 @@
 
 namespace wrb {
 
+class CancelAfter;
+
 // Any thread; one process stores at a time. The functions that return a number return 0 or the Windows error. A
-// function that another process holds up by an oplock gives up after two seconds, with ERROR_OPERATION_ABORTED (995).
+// function that another process holds up by an oplock gives up after two seconds, with ERROR_OPERATION_ABORTED (995);
+// so does a Store for which the folder has too many files to be read in that time.
 class MailFolder {
   public:
     static constexpr std::size_t kMostFiles = 1000;
@@ -28,7 +31,7 @@ class MailFolder {
     static std::wstring NewName(int64_t seconds);
 
     // The file is written to Temp\NewMail and then renamed, so that a mail that shows is whole. Of more than kMostFiles
-    // the oldest failed ones are deleted; when all wait, the error is ERROR_NOT_ENOUGH_QUOTA.
+    // the oldest failed ones are deleted, at most 100 of them; when so many wait, the error is ERROR_NOT_ENOUGH_QUOTA.
     uint32_t Store(const std::wstring& name, std::string_view text) const;
 
     // The waiting mails as file names, oldest first, kMostFiles at most.
@@ -39,11 +42,11 @@ class MailFolder {
     uint32_t Delete(const std::wstring& file) const;
     uint32_t MarkFailed(const std::wstring& file) const;
 
-    // Deletes what an interrupted Store has left: for the start of the process that stores.
+    // Deletes what an interrupted Store has left, at most 100 files: for the start of the process that stores.
     void DeleteUnfinished() const;
 
   private:
-    uint32_t MakeRoom() const;
+    uint32_t MakeRoom(const CancelAfter& limit) const;
 
     const std::wstring m_home;
     const std::wstring m_new;

@@ -207,6 +207,13 @@ TEST(MailFolder, TheOldestFailedMailsGiveWay) {
     EXPECT_EQ(folder.MarkFailed(name(0) + L".eml"), 0u);
     EXPECT_EQ(folder.Store(name(2002), "new"), 0u);
     EXPECT_EQ(folder.Read(name(2002) + L".eml"), "new");
+    for (int i = 0; i < 150; ++i) {  // others have filled the folder
+        WriteAll(mails / (name(3000 + i) + L".failed"), "");
+    }
+    EXPECT_EQ(folder.MarkFailed(name(1) + L".eml"), 0u);
+    EXPECT_EQ(folder.Store(name(2003), "text"), 0u);
+    EXPECT_FALSE(std::filesystem::exists(mails / (name(3000 + 98) + L".failed")));
+    EXPECT_TRUE(std::filesystem::exists(mails / (name(3000 + 99) + L".failed")));
     WriteAll(mails / (name(2002) + L".eml"), std::string(MailFolder::kMostBytes + 1, 'x'));
     EXPECT_FALSE(folder.Read(name(2002) + L".eml"));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(unfinished), {}), std::ssize(foreign));
