@@ -53,7 +53,7 @@ std::optional<ReceivedLine> ParseLogLine(std::wstring_view fields) {
     std::wstring process;
     std::wstring thread;
     reader >> seconds >> process >> thread >> line.level >> line.sourceFile >> number;
-    line.seconds = static_cast<int32_t>(seconds);
+    line.seconds = seconds;  // senders write it with a sign: negative from 2038 on
     line.process = static_cast<uint32_t>(_wcstoui64(process.c_str(), nullptr, 10));
     line.thread = static_cast<uint32_t>(_wcstoui64(thread.c_str(), nullptr, 10));
     line.line = static_cast<int32_t>(number);

@@ -174,6 +174,7 @@ TEST(LogLine, TimeIsLocalAndNeverFails) {
     char expected[32];
     std::strftime(expected, sizeof expected, "%Y %m/%d %H:%M:%S ", std::localtime(&seconds));
     EXPECT_TRUE(FormatLogLine({.seconds = seconds}).starts_with(expected));
+    EXPECT_EQ(ParseLogLine(L"-2147483648\t1\t2\t0\tsource\t3\ttext")->seconds, 1ll << 31);  // in January 2038
     EXPECT_TRUE(FormatLogLine({.seconds = INT32_MIN}).starts_with("1970 01/01 00:00:00 "));
 }
 
