@@ -2,6 +2,7 @@
 
 #include "Handle.h"
 #include "ServerAccess.h"
+#include "SharedMemory.h"
 
 namespace wrb {
 namespace {
@@ -14,12 +15,13 @@ TraceFeed* MapFeed() noexcept {
     }
     KernelHandle section(CreateFileMappingW(INVALID_HANDLE_VALUE, access.Attributes(), PAGE_READWRITE, 0,
                                             static_cast<DWORD>(sizeof(TraceFeed)), kTraceSection));
-    void* const view =
-        section ? MapViewOfFile(section.Get(), FILE_MAP_READ | FILE_MAP_WRITE, 0, 0, sizeof(TraceFeed)) : nullptr;
-    if (view != nullptr) {
-        static_cast<void>(section.Release());
+    MappedView view(section ? MapViewOfFile(section.Get(), FILE_MAP_READ | FILE_MAP_WRITE, 0, 0, sizeof(TraceFeed))
+                            : nullptr);
+    if (!view || UsableBytes(view.Get()) < sizeof(TraceFeed)) {
+        return nullptr;
     }
-    return static_cast<TraceFeed*>(view);
+    static_cast<void>(section.Release());
+    return static_cast<TraceFeed*>(view.Release());
 }
 
 }  // namespace

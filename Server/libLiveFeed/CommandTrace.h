@@ -23,7 +23,7 @@ struct TracedCommand {
 using TraceFeed = LiveFeed<TracedCommand, 1024>;
 
 // Makes the section, or opens the one that is there. For the server's accounts. Null when the system refuses, or the
-// section of that name is smaller than a feed. The same each time, for the rest of the process.
+// section of that name is smaller than a feed or has no pages. The same each time, for the rest of the process.
 TraceFeed* OpenTraceFeed() noexcept;
 
 }  // namespace wrb

@@ -76,9 +76,10 @@ Replayed ReplayRun::Send(const ReplayItem& item, const CommandMessage& parts) {
 
 // `next`: the trace's next record before the command was sent.
 void ReplayRun::AwaitEnd(uint64_t next, const CommandMessage& parts) {
+    const uint64_t deadline = GetTickCount64() + kEndMilliseconds;
     TracedCommand traced;
     const auto hasEnded = [&] {
-        for (const uint64_t end = m_trace->Look(); next < end; ++next) {
+        for (const uint64_t end = m_trace->Look(); next < end && GetTickCount64() < deadline; ++next) {
             if (m_trace->Read(next, traced) && IsTextOf(traced.command, std::size(traced.command), parts.name) &&
                 IsTextOf(traced.uid, std::size(traced.uid), parts.uid)) {
                 return true;

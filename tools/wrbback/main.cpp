@@ -77,7 +77,8 @@ void AddServeOptions(CLI::App* serve, ServeOptions& options) {
     serve->add_option("--log-level", options.logLevel, "Lines wanted: F, E, W, I, D, all (default) or none");
     serve->add_option("--split-size", options.splitBytes, "Bytes after which a new log file begins; 0: never")
         ->check(CLI::Range(uint64_t{0}, uint64_t{1} << 40));
-    serve->add_option("--max-logs", options.maxLogs, "Log files that are kept, the current one included; 0: all");
+    serve->add_option("--max-logs", options.maxLogs, "Log files that are kept, the current one included; 0: all")
+        ->check(CLI::Range(0u, 999'999u));
     serve->add_option("--max-rows", options.maxRows, "Rows kept of each log-pool and event table (1000000); 0: all")
         ->check(CLI::Range(int64_t{0}, int64_t{1} << 40));
     CLI::Option* const allow =
