@@ -1,6 +1,7 @@
 // wrbhost as a program: the real command library, and one that misbehaves.
 
 #include "HostProcess.h"
+#include "ServerHome.h"
 #include "UniqueName.h"
 
 namespace wrb::test {
@@ -110,6 +111,10 @@ TEST(Host, SaysWhyItDoesNotStart) {
     for (const auto& [arguments, code, output] : kCases) {
         ExpectRun(kHost, arguments, code, output);
     }
+    const ServerHome home;
+    home.Write(L"Private\\wrbserver.ini", "[INI_SERVER_SECTION]\nCommandPipeAccounts=" + std::string(8191, ';') + "\n");
+    ExpectRun(kHost, {}, 2, "CommandPipeAccounts of Private\\wrbserver.ini has more than 8190 characters");
+    home.Write(L"Private\\wrbserver.ini", "");
     const FakePipeService other(kHostPipe);
     ExpectRun(kHost, {}, 1, "another program serves the command pipe");
 }

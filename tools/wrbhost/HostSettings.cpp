@@ -22,11 +22,12 @@ unsigned Number(const std::optional<unsigned>& option, const std::wstring& file,
     return static_cast<unsigned>(std::clamp(static_cast<int>(asked), 1, static_cast<int>(most)));
 }
 
-std::vector<std::wstring> Accounts(const std::wstring& file) {
+// Nothing: the list is too long. The system cuts it, and the rest of a SID may be that of another account.
+std::optional<std::vector<std::wstring>> Accounts(const std::wstring& file) {
     std::wstring list(kAccountsCharacters, L'\0');
     list.resize(GetPrivateProfileStringW(kSection, L"CommandPipeAccounts", L"", list.data(), kAccountsCharacters,
                                          file.c_str()));
-    return ListItems(list);
+    return list.size() < kAccountsCharacters - 1 ? std::optional(ListItems(list)) : std::nullopt;
 }
 
 }  // namespace
@@ -44,11 +45,15 @@ std::string ReadHostSettings(const HostOptions& options, CommandHostOptions& set
     settings.memoryBudget = std::size_t{Number(options.memoryMiB, server, L"CommandMemoryInM",
                                                static_cast<unsigned>(defaults.memoryBudget >> 20), kMostMemoryMiB)}
                             << 20;
-    std::vector<std::wstring> accounts = Accounts(server);
-    for (const std::string& account : options.allowed) {
-        accounts.push_back(Utf8ToWide(account));
+    std::optional<std::vector<std::wstring>> accounts = Accounts(server);
+    if (!accounts) {
+        return "CommandPipeAccounts of Private\\wrbserver.ini has more than " +
+               std::to_string(kAccountsCharacters - 2) + " characters";
     }
-    if (const auto unknown = AddAccountSids(accounts, settings.allowed)) {
+    for (const std::string& account : options.allowed) {
+        accounts->push_back(Utf8ToWide(account));
+    }
+    if (const auto unknown = AddAccountSids(*accounts, settings.allowed)) {
         return "no such account: " + WideToUtf8(*unknown);
     }
     return {};
