@@ -1,15 +1,20 @@
 // cgiConsole: the server's console in the browser, a gateway program.
+#include <windows.h>
+
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <iterator>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Answer.h"
 #include "CommandLine.h"
 #include "DebugLog.h"
+#include "ExitCode.h"
 #include "Frame.h"
 #include "HomeFolder.h"
 #include "INICache.h"
@@ -52,6 +57,17 @@ std::optional<Answer> AssetAnswer(const Request& request) {
     }
     return Answer{.headers = {std::string("Content-Type: ") + found->type, "Cache-Control: max-age=604800"},
                   .body = std::string(ResourceText(found->resource))};
+}
+
+// Ends the process when the web server neither sends the rest of a request nor takes the answer.
+void EndInTime() {
+    std::thread([] {
+        constexpr std::chrono::minutes kLongest{5};
+        std::this_thread::sleep_for(kLongest);
+        WRB_LOG(kLogError, L"%s - the request is given up after %d minutes", kModule,
+                static_cast<int>(kLongest.count()));
+        TerminateProcess(GetCurrentProcess(), kExitTimedOut);
+    }).detach();
 }
 
 // What the request reader says; nothing when the request is whole.
@@ -199,6 +215,7 @@ int main() try {
     }
     cmdhl_ReloadDebugSetting(L"", L"");  // for the library's lines; the next call is for our own
     DebugLogSetup(L"", L"", "CONSOLE", true);
+    wrb::EndInTime();
     CPutStream out(false);
     wrb::PutAnswer(out, wrb::SafeAnswer());
     return 0;
