@@ -161,6 +161,9 @@ SeedData ParseSeed(const std::string& utf8) {
     if (!IsUtf8(utf8)) {
         throw SeedError("the file: is not UTF-8");
     }
+    if (utf8.find('\0') != std::string::npos) {  // the reader takes it for the end
+        throw SeedError("the file: holds a NUL");
+    }
     const Json::Value value = ParseJson(utf8);
     const JsonNode root(value);
     root.RefuseUnknown({"agents", "serviceSwitch", "note"});

@@ -285,6 +285,7 @@ TEST(Seed, WhatIsWrongIsSaidWithItsPlace) {
         {R"({"agents": [], "agents": []})", "not JSON"},
         {std::string(200, '[') + std::string(200, ']'), "not JSON"},
         {"\xFF{}", "the file: is not UTF-8"},
+        {std::string("{\"agents\": []}\0{}", 17), "the file: holds a NUL"},
         {"{}", "the file: \"agents\" is missing"},
         {R"({"agents": [], "\u0000\u001b[2J": 1})", "\\u0000\\u001B[2J: unknown key"},
         {R"({"agents": [{"uid": "3f2a6c10-5b1e-4d27-9a64-0c8e7d51b2fg"}]})", "agents[0].uid: must be a GUID"},
