@@ -163,7 +163,8 @@ bool Prepare(const std::wstring& folder, const std::wstring& sid, FolderRight ri
 bool PrepareFolders(const ServiceSpec& spec, const std::wstring& account) {
     const std::optional<std::wstring> sid = ServiceAccountSid(account);
     if (!sid) {
-        Warn(spec, "no rights in the home folder for " + WideToUtf8(account), GetLastError());
+        const DWORD error = GetLastError();
+        Warn(spec, "no rights in the home folder for " + WideToUtf8(account), error);
         return false;
     }
     const std::wstring home = HomeFolder();

@@ -61,10 +61,11 @@ std::string StoreOfService() {
 }
 
 int SettleServiceStore() {
-    if (ConfiguredStore().empty() && !WritePrivateProfileStringW(kSection, kKey, kServiceStore, ServerIni().c_str())) {
-        return Fail(
-            "cannot write the store of the service into " + WideToUtf8(ServerIni()) + ": " + SystemText(GetLastError()),
-            kExitFailed);
+    const std::wstring ini = ServerIni();
+    if (ConfiguredStore().empty() && !WritePrivateProfileStringW(kSection, kKey, kServiceStore, ini.c_str())) {
+        const DWORD error = GetLastError();
+        return Fail("cannot write the store of the service into " + WideToUtf8(ini) + ": " + SystemText(error),
+                    kExitFailed);
     }
     const std::wstring address = ConfiguredStore();
     try {
