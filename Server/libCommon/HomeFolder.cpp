@@ -6,14 +6,25 @@
 
 namespace wrb {
 
+namespace {
+
+LSTATUS ReadValue(DWORD types, void* data, DWORD* bytes) {
+    return RegGetValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\CallowaySystems\\Warrenby\\service\\Information", L"Local_Path",
+                        types | RRF_SUBKEY_WOW6464KEY, nullptr, data, bytes);
+}
+
+}  // namespace
+
 std::wstring ReadLocalPath() {
     wchar_t text[1024];
     DWORD bytes = sizeof text;
-    const LSTATUS status =
-        RegGetValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\CallowaySystems\\Warrenby\\service\\Information", L"Local_Path",
-                     RRF_RT_REG_SZ | RRF_SUBKEY_WOW6464KEY, nullptr, text, &bytes);
+    const LSTATUS status = ReadValue(RRF_RT_REG_SZ, text, &bytes);
     // The value may have been stored with zeros inside or with several at its end.
     return status == ERROR_SUCCESS ? std::wstring(text, wcsnlen(text, bytes / sizeof(wchar_t))) : std::wstring();
+}
+
+bool HasLocalPath() {
+    return ReadValue(RRF_RT_ANY, nullptr, nullptr) == ERROR_SUCCESS;
 }
 
 std::wstring ProgramFolder() {

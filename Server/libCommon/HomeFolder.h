@@ -18,6 +18,9 @@ inline constexpr wchar_t kServerIniFile[] = L"Private\\wrbserver.ini";
 // another type or longer than 1023 characters. Read afresh at every call; never logs; any thread.
 std::wstring ReadLocalPath();
 
+// Whether the value is there, of whatever type. Any thread.
+bool HasLocalPath();
+
 // The installed folder, with a backslash added when it ends in none. Without it, or when it is too long, the folder of
 // the running program. Always ends in a backslash and has at most kHomeFolderCapacity - 1 characters; empty when even
 // the program's folder is longer. Read afresh at every call; any thread.

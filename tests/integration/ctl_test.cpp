@@ -24,6 +24,12 @@ void ExpectRows(const std::vector<Row>& rows) {
     }
 }
 
+TEST(Ctl, SaysThatTheEntryOfTheHomeFolderIsOfNoUse) {
+    const ServerHome home;
+    home.SpoilEntry();
+    ExpectRun(kCtl, {L"status"}, 3, "the folder of this program; the registry value Local_Path is no text of 1 to 258");
+}
+
 TEST(Ctl, SeesExplainsAndChangesTheRunningServer) {
     const ServerHome home;
     home.Write(L"wrbscan.ini",

@@ -28,6 +28,12 @@ class ServerHome {
         WriteAll(m_folder / name, bytes);
     }
 
+    // The entry is a number, no text.
+    void SpoilEntry() const {
+        const DWORD number = 1;
+        RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, kValue, REG_DWORD, &number, sizeof number);
+    }
+
   private:
     static constexpr wchar_t kKey[] = L"SOFTWARE\\CallowaySystems\\Warrenby\\service\\Information";
     static constexpr wchar_t kValue[] = L"Local_Path";

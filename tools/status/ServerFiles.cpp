@@ -78,6 +78,11 @@ StatusItem CheckHome(const std::wstring& home) {
         WideToUtf8(home) + (isInstalled ? ", from the registry value Local_Path" : ", the folder of this program");
     item.details["folder"] = WideToUtf8(home);
     item.details["fromRegistry"] = isInstalled;
+    if (!isInstalled && HasLocalPath()) {
+        item.health = Health::Warning;
+        item.text += "; the registry value Local_Path is no text of 1 to " + std::to_string(kHomeFolderCapacity - 2) +
+                     " characters";
+    }
     std::error_code error;
     if (!fs::is_directory(home, error)) {
         item.health = Health::Warning;
